@@ -1,0 +1,122 @@
+#pragma once
+// The host application: its document, map, layers and map graphics.
+
+#include "platform/features.h"
+#include "platform/rasters.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wxl::platform {
+
+class IFeatureLayer {
+public:
+    virtual ~IFeatureLayer() = default;
+    virtual std::string Name() const = 0;
+    virtual std::shared_ptr<IFeatureClass> FeatureClass() = 0;
+    virtual std::shared_ptr<ISelectionSet> Selection() = 0;
+
+    /// A message that says why rows cannot be changed now (read-only, being edited, locked); empty when they can.
+    virtual std::string WhyReadOnly() const = 0;
+};
+
+class IRasterLayer {
+public:
+    virtual ~IRasterLayer() = default;
+    virtual std::string Name() const = 0;
+
+    /// Mean cell size in x, size in cells, lower-left corner.
+    virtual RasterGeometry Geometry() const = 0;
+};
+
+/// Classes of layers that lists tell apart.
+enum class LayerClass { kFeature, kRaster, kGroup, kTin, kAnnotation, kMesh, kOther };
+
+/// A layer of the map's tree. `Feature` or `Raster` is set when the layer is one.
+struct Layer {
+    std::string Name;
+    LayerClass Class = LayerClass::kOther;
+    ShapeType Shape = ShapeType::kNull;  ///< feature layers
+    bool SimpleFeatures = true;          ///< feature layers: no annotation or network
+    std::shared_ptr<IFeatureLayer> Feature;
+    std::shared_ptr<IRasterLayer> Raster;
+};
+
+/// A drawn leg of a track.
+struct TrackLeg {
+    Point From;
+    Point To;
+};
+
+/// Graphics of one owner on the map.
+class IGraphicsContainer {
+public:
+    virtual ~IGraphicsContainer() = default;
+    virtual void AddLeg(const TrackLeg& leg) = 0;
+    virtual void DeleteLegs() = 0;
+    virtual void Refresh() = 0;
+};
+
+class IMap {
+public:
+    virtual ~IMap() = default;
+
+    /// All layers, group layers walked recursively, in the order of the table of contents.
+    virtual std::vector<Layer> Layers() = 0;
+
+    /// Adds a dataset that stands on disk as a layer.
+    virtual void AddDataset(const std::filesystem::path& dataset) = 0;
+
+    /// The part of the map on screen; empty where there is no screen.
+    virtual Extent View() const = 0;
+    virtual void PanTo(const Point& centre) = 0;
+
+    /// A new container of track graphics of its own.
+    virtual std::unique_ptr<IGraphicsContainer> NewGraphics() = 0;
+};
+
+/// What happens to the map while a form is open.
+class IMapEvents {
+public:
+    virtual ~IMapEvents() = default;
+    virtual void ContentsChanged() = 0;
+    virtual void FocusMapChanged() = 0;
+    virtual void SelectionChanged() = 0;
+};
+
+class IMxDocument {
+public:
+    virtual ~IMxDocument() = default;
+    virtual std::shared_ptr<IMap> FocusMap() = 0;
+
+    /// The layer highlighted in the table of contents, when there is exactly one.
+    virtual std::optional<Layer> SelectedLayer() = 0;
+
+    /// Redraws the map with its selection.
+    virtual void Redraw() = 0;
+
+    /// Sends map events to `listener` until it is set to null; the listener must outlive that.
+    virtual void SetListener(IMapEvents* listener) = 0;
+};
+
+/// An extension of the host, of which only its presence matters here.
+class IExtension {
+public:
+    virtual ~IExtension() = default;
+    virtual std::string Name() const = 0;
+};
+
+class IApplication {
+public:
+    virtual ~IApplication() = default;
+    virtual std::shared_ptr<IMxDocument> Document() = 0;
+
+    /// The extension of that identifier, or null.
+    virtual std::shared_ptr<IExtension> FindExtension(std::string_view identifier) = 0;
+};
+
+}  // namespace wxl::platform

@@ -1,0 +1,47 @@
+#include "platform/values.h"
+
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+
+namespace wxl::platform {
+
+void Extent::Include(const Point& point) {
+    XMin = std::min(XMin, point.X);
+    YMin = std::min(YMin, point.Y);
+    XMax = std::max(XMax, point.X);
+    YMax = std::max(YMax, point.Y);
+}
+
+bool IsMissing(const FieldValue& value) {
+    return std::holds_alternative<std::monostate>(value);
+}
+
+std::string ValueText(const FieldValue& value) {
+    if (const auto* whole = std::get_if<std::int64_t>(&value)) return std::to_string(*whole);
+    if (const auto* number = std::get_if<double>(&value)) return NumberText(*number);
+    if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    return {};
+}
+
+double ValueNumber(const FieldValue& value) {
+    if (const auto* whole = std::get_if<std::int64_t>(&value)) return static_cast<double>(*whole);
+    if (const auto* number = std::get_if<double>(&value)) return *number;
+    if (const auto* text = std::get_if<std::string>(&value)) return NumberFromText(*text);
+    Raise(error_number::kTypeMismatch);
+}
+
+bool ValueLess(const FieldValue& a, const FieldValue& b) {
+    const auto* wholeA = std::get_if<std::int64_t>(&a);
+    const auto* wholeB = std::get_if<std::int64_t>(&b);
+    if (wholeA && wholeB) return *wholeA < *wholeB;
+    const auto rank = [](const FieldValue& v) {
+        return IsMissing(v) ? 0 : std::holds_alternative<std::string>(v) ? 2 : 1;
+    };
+    if (rank(a) != rank(b)) return rank(a) < rank(b);
+    if (rank(a) == 1) return ValueNumber(a) < ValueNumber(b);
+    return rank(a) == 2 && std::get<std::string>(a) < std::get<std::string>(b);
+}
+
+}  // namespace wxl::platform
