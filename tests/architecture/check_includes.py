@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""Holds the house against its plan: who may include what.
+
+Toolkit and GIS headers stay in adapters/ and apps/ (and their tests); arrows between rooms run one way.
+"""
+import pathlib
+import re
+import sys
+
+FOREIGN = re.compile(r'^\s*#\s*include\s*[<"](Q[A-Za-z]|qgs|gdal|ogr|geos|cpl_|proj\.h|fmt/|CLI/|nlohmann/)')
+OWN = re.compile(r'^\s*#\s*include\s*"([a-z_]+)/')
+
+# Which rooms each room may include, itself aside.
+MAY_INCLUDE = {
+    "platform": set(),
+    "engine": {"platform"},
+    "utilities": {"platform"},
+    "isopleths": {"platform", "utilities"},
+    "kde_tool": {"platform", "engine", "isopleths", "utilities"},
+    "movement": {"platform", "utilities"},
+    "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "movement"},
+}
+# Adapters draw the forms and know the ports, never the other way round.
+ADAPTERS = {
+    "adapters/memory": {"platform", "adapters/memory"},
+    "adapters/files": {"platform", "adapters/files"},
+    "adapters/qgis": {"platform", "kde_tool", "movement", "host", "utilities", "adapters/files", "adapters/qgis"},
+}
+SOURCES = {".h", ".cpp"}
+
+
+def included_room(line):
+    match = OWN.match(line)
+    if not match:
+        return None
+    path = re.search(r'"([^"]+)"', line).group(1)
+    return "/".join(path.split("/")[:2]) if path.startswith("adapters/") else match.group(1)
+
+
+def problems(root):
+    for room, allowed in {**MAY_INCLUDE, **ADAPTERS}.items():
+        core = room in MAY_INCLUDE
+        for file in sorted((root / room).rglob("*")):
+            if file.suffix not in SOURCES:
+                continue
+            for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+                where = f"{file.relative_to(root)}:{number}"
+                if core and FOREIGN.match(line):
+                    yield f"{where}: the core includes a toolkit or GIS header: {line.strip()}"
+                target = included_room(line)
+                if target and target != room and target not in allowed:
+                    yield f"{where}: {room} must not include {target}"
+
+
+def main():
+    root = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parents[2]
+    found = list(problems(root))
+    print("\n".join(found) if found else "architecture: every include runs the right way")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
