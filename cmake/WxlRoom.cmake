@@ -18,6 +18,7 @@ target_compile_options(
             -Werror
             # Results must be the same on every machine: no fused multiply-add behind our back.
             -ffp-contract=off)
+set(WXL_DATA_DIR "${CMAKE_SOURCE_DIR}/../shared/data" CACHE PATH "Real telemetry for tests; they are skipped where it is absent")
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
@@ -33,6 +34,7 @@ function(wxl_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE wxl_flags ${TEST_DEPENDS} GTest::gmock GTest::gtest_main)
-  target_compile_definitions(${name} PRIVATE WXL_SOURCE_DIR="${CMAKE_SOURCE_DIR}" WXL_BINARY_DIR="${CMAKE_BINARY_DIR}")
+  target_compile_definitions(${name} PRIVATE WXL_SOURCE_DIR="${CMAKE_SOURCE_DIR}" WXL_BINARY_DIR="${CMAKE_BINARY_DIR}"
+                                             WXL_DATA_DIR="${WXL_DATA_DIR}")
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600 LABELS "${TEST_LABELS}")
 endfunction()
