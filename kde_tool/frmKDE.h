@@ -1,0 +1,211 @@
+#pragma once
+#include "kde_tool/animal_fixes.h"
+#include "kde_tool/statistics_tables.h"
+#include "platform/controls.h"
+#include "platform/services.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace wxl::utilities {
+class Utilities;
+}
+
+namespace wxl::kde_tool {
+
+/// The form "Kernel Density Estimation": the settings of a batch analysis, its statistics tables and its run.
+///
+/// The controls are plain values. Press it as a user does: change a control, then call its handler; an option button is
+/// chosen by `Value = true` and its Click, which clears the other buttons of its group. Call Form_Load once first.
+/// Handlers report their faults in message boxes and never throw.
+class frmKDE {
+public:
+    /// The services and the Utilities (connected to the application) must outlive the form.
+    frmKDE(const platform::Services& services, utilities::Utilities& geodata);
+
+    const std::string Caption = "Kernel Density Estimation";
+    bool Visible = true;  ///< false after btnExit
+
+    // All pages
+    platform::Tab SSTab1{{"Input Data", "Kernel Settings", "Bandwidth", "Output Options"}};
+    platform::TextBox txtStatus;
+    platform::ProgressBar PBar;
+    platform::Button btnOK{"OK"};
+    platform::Button btnExit{"Exit"};
+    platform::Button btnLoadSettings{"Load Settings"};
+    platform::Button btnSaveSettings{"Save Settings"};
+    platform::CheckBox chkSilent{"Silent mode"};
+
+    // Page "Input Data", frames "Input" and "Independence of observations"
+    platform::Label lblPntL{"Point layer:"};
+    platform::ComboBox cmbPntL;
+    platform::CheckBox chkUseSel{"Use selected features only"};
+    platform::Label lblUIDFLD{"Unique animal ID field for batch processing:"};
+    platform::ComboBox cmbUIDFLD;
+    platform::Button btnCalcIO{"Calculate"};
+    platform::DataGrid datagridIO;
+    platform::Button btnIOSave{"Save As..."};
+    platform::Label lblIO1{"Schoener Index: value < 1.6 or > 2.4 indicates significant autocorrelation."};
+    platform::Label lblIO2{"Swihart and Slade Index: value > 0.6 indicates significant autocorrelation."};
+
+    // Page "Kernel Settings", frames "Standardization" and "Kernel parameters"
+    platform::CheckBox chkRescale{"Rescale to unit variance"};
+    platform::DataGrid datagridVar;
+    platform::Label lblVar{
+        "Rescaling to unit variance is advisable where the standard deviations of x and y differ strongly "
+        "(ratio far from 1)."};
+    platform::OptionButton optFixed{"Fixed kernel", true};
+    platform::OptionButton optAdaptive{"Adaptive kernel"};
+    platform::Label lblKernelForm{"Kernel form:"};
+    platform::ComboBox cmbKernelForm;
+
+    // Page "Bandwidth", frame "Bandwidth Selection"
+    platform::OptionButton optBE_LSCV{"LSCV (Least Squares Cross Validation)"};
+    platform::OptionButton optBE_BCV{"BCV (Biased Cross Validation)"};
+    platform::OptionButton optBE_HREF{"Reference bandwidth (see table below)", true};
+    platform::OptionButton optBE_MANUAL{"User defined (unscaled constant across animals):"};
+    platform::TextBox txtBW;
+    platform::OptionButton optPropHref{"Proportion(s) of reference bandwidth:"};
+    platform::TextBox txtPropHref{"0.2, 0.4, 0.6, 0.8, 1.0"};
+    platform::DataGrid datagridHref;
+
+    // Page "Output Options", frames "Output", "Isopleths" and "Extents"
+    platform::Label lblOutFolder{"Output folder (a new, empty folder is strongly recommended):"};
+    platform::TextBox txtOutFolder;  ///< shows the output folder; see SetOutputFolder
+    platform::Button btnFolder{"Browse..."};
+    platform::Label lblR{"Raster name prefix:"};
+    platform::TextBox txtR;
+    platform::Label lblCellSize{"Raster cell size (coordinate system units):"};
+    platform::TextBox txtCellSize;
+    platform::Label lblScaling{"Scaling factor (multiplier):"};
+    platform::TextBox txtScaling{"1000000"};
+    platform::CheckBox chkVerbose{"Write verbose analysis log file"};
+    platform::CheckBox chkBnds{"Isopleths (%):"};
+    platform::TextBox txtBnds{"95, 90, 50"};
+    platform::CheckBox chkLines{"Lines"};
+    platform::CheckBox chkPolys{"Polygons"};
+    platform::CheckBox chkDonuts{"Donut polygons"};
+    platform::OptionButton optFull{
+        "Every UD is calculated at the full extent of the input point layer plus this buffer:", true};
+    platform::TextBox txtBuffer{"2000"};
+    platform::OptionButton optSmall{"Minimize the extent of each UD"};
+    platform::OptionButton optExtRef{"Every UD is calculated at the same extent as this raster layer:"};
+    platform::ComboBox cmbExtRef;
+
+    /// Fills the lists and sets the first enabled states. The first point layer is chosen, as by a click.
+    void Form_Load();
+
+    // Option changes
+    void chkBnds_Click();
+    void optFixed_Click();
+    void optAdaptive_Click();
+    void optBE_LSCV_Click();
+    void optBE_BCV_Click();
+    void optBE_HREF_Click();
+    void optBE_MANUAL_Click();
+    void optPropHref_Click();
+    void optFull_Click();
+    void optSmall_Click();
+    void optExtRef_Click();
+
+    /// A point layer was chosen: fills the list of ID fields; tables of the previous layer are cleared.
+    void cmbPntL_Click();
+
+    /// Another ID field, or other features: the tables no longer belong to the choice and are cleared.
+    void cmbUIDFLD_Click();
+    void chkUseSel_Click();
+
+    /// Cuts the prefix to its first 6 characters, with a warning.
+    void txtR_Change();
+
+    /// The page SSTab1.Current was chosen after `previousTab`: the variance and reference bandwidth tables are filled
+    /// for the chosen layer and ID field, the largest reference bandwidth and the suggested buffer are updated.
+    void SSTab1_Click(int previousTab);
+
+    // Buttons
+    void btnCalcIO_Click();
+    void btnIOSave_Click();
+    void btnSaveSettings_Click();
+    void btnLoadSettings_Click();
+    void btnFolder_Click();
+    void btnExit_Click();
+
+    /// Runs the batch analysis.
+    void btnOK_Click();
+
+    // Groups of controls on and off: Enabled and the background colour
+    void DisableIso();
+    void EnableIso();
+    void DisableBW();
+    void EnableBW();
+    void EnableBW2();
+    void DisableBW2();
+    void DisableBuffer();
+    void EnableBuffer();
+    void DisableExtRef();
+    void EnableExtRef();
+
+    /// Keeps the folder (UTF-8) as the output folder and shows it in txtOutFolder.
+    void SetOutputFolder(const std::string& folder);
+
+    /// The output folder as chosen or loaded; "" when there is none.
+    const std::string& OutputFolder() const { return m_outFolder; }
+
+    /// Where the output folder lies on disk: the folder of that name, or one that differs from it only in case (a
+    /// loaded folder is in capitals); as it stands when there is none.
+    std::filesystem::path OutputFolderPath() const;
+
+    /// Largest reference bandwidth in map units when its table was last filled for the present layer and field; else 0.
+    double LargestReferenceBandwidth() const { return m_largestHref; }
+
+    /// Writes the settings file (an older file of that name is replaced). RuntimeError when it cannot be written.
+    void SaveSettings(const std::filesystem::path& file);
+
+    /// The chosen point layer; RuntimeError when none is chosen or it has left the map.
+    platform::Layer PointLayer() const;
+
+    /// The points of the chosen layer by the chosen ID field; RuntimeError when either is missing.
+    GroupedFixes ReadFixes() const;
+
+    /// Fills the independence table.
+    void FillIndependenceTable(const GroupedFixes& fixes);
+
+    /// Fills the variance table and nothing else.
+    void FillVarianceTable(const GroupedFixes& fixes);
+
+    /// Fills the reference bandwidth table and updates the largest reference bandwidth and the suggested buffer.
+    void FillHrefTable(const GroupedFixes& fixes);
+
+    /// The numbers behind datagridIO, datagridVar and datagridHref; empty while the table is.
+    const std::vector<IndependenceRow>& IndependenceNumbers() const { return m_independence; }
+    const std::vector<VarianceRow>& VarianceNumbers() const { return m_variances; }
+    const std::vector<HrefRow>& HrefNumbers() const { return m_hrefs; }
+
+    /// Whether the map has a layer of exactly that name.
+    bool LayerInMap(const std::string& name) const;
+
+    /// Sets the enabled states that follow from the chosen options.
+    void RefreshEnabledStates();
+
+    /// What the last load noted about output folders that do not exist; never shown.
+    const std::string& LoadNote() const { return m_loadNote; }
+
+    const platform::Services& Services() const { return m_services; }
+    utilities::Utilities& Geodata() const { return m_geodata; }
+
+private:
+    void ClearTables();
+    void SuggestBuffer();
+
+    platform::Services m_services;
+    utilities::Utilities& m_geodata;
+    std::string m_outFolder;
+    std::string m_loadNote;
+    double m_largestHref = 0.0;
+    std::vector<IndependenceRow> m_independence;
+    std::vector<VarianceRow> m_variances;
+    std::vector<HrefRow> m_hrefs;
+};
+
+}  // namespace wxl::kde_tool

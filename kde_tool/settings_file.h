@@ -1,0 +1,24 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace wxl::kde_tool {
+
+class frmKDE;
+
+/// Settings files larger than this are not read.
+inline constexpr std::uint64_t kSettingsFileLimit = 1024 * 1024;
+
+/// The form's settings as the bytes of a settings file: Windows-1252, lines ended by CRLF. The point layer, the ID
+/// field, "selected features only" and the list of proportions are not part of it.
+std::string SettingsFileBytes(const frmKDE& form);
+
+/// Puts the settings found in the bytes of a settings file into the form's controls, as a user would choose them.
+///
+/// Lines end at CRLF, LF or CR. Every line is upper-cased first; keys may stand in any order, unknown lines are passed
+/// over, values that cannot be used change nothing, and the last line is never a key. Returns what the reader noted:
+/// output folders that do not exist, each with a carriage return. Never throws for what stands in the file.
+std::string ReadSettings(std::string_view bytes, frmKDE& form);
+
+}  // namespace wxl::kde_tool
