@@ -1,9 +1,11 @@
 #include "platform/values.h"
 
+#include "platform/checked.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace wxl::platform {
 
@@ -30,6 +32,29 @@ double ValueNumber(const FieldValue& value) {
     if (const auto* number = std::get_if<double>(&value)) return *number;
     if (const auto* text = std::get_if<std::string>(&value)) return NumberFromText(*text);
     Raise(error_number::kTypeMismatch);
+}
+
+FieldValue ValueForColumn(const FieldValue& value, FieldType type) {
+    if (IsMissing(value)) return value;
+    if (type == FieldType::kText || type == FieldType::kDate) return ValueText(value);
+    if (type == FieldType::kInteger && std::holds_alternative<std::int64_t>(value)) return value;
+    const double number = ValueNumber(value);
+    if (!std::isfinite(number)) Raise(error_number::kOverflow);
+    if (type == FieldType::kDouble) return number;
+    const double whole = round_half_even(number, 0);
+    constexpr double kLimit = 9223372036854775808.0;  // 2^63
+    if (whole < -kLimit || whole >= kLimit) Raise(error_number::kOverflow);
+    return static_cast<std::int64_t>(whole);
+}
+
+bool ValueEquals(const FieldValue& cell, const FieldValue& wanted) {
+    if (IsMissing(cell) || IsMissing(wanted)) return IsMissing(cell) && IsMissing(wanted);
+    if (cell.index() == wanted.index()) return cell == wanted;
+    const auto comparable = [](const FieldValue& v) {
+        const auto* text = std::get_if<std::string>(&v);
+        return !text || IsNumeric(*text);
+    };
+    return comparable(cell) && comparable(wanted) && ValueNumber(cell) == ValueNumber(wanted);
 }
 
 bool ValueLess(const FieldValue& a, const FieldValue& b) {

@@ -66,6 +66,15 @@ std::string ValueText(const FieldValue& value);
 /// The value as a number; a text must be one (RuntimeError 13), a missing value is RuntimeError 13 too.
 double ValueNumber(const FieldValue& value);
 
+/// The value as a column of that type holds it: whole numbers and numbers are turned into each other (rounded half to
+/// even; RuntimeError 6 when a whole number would not fit in 64 bits), a number becomes text in a text or date column.
+/// A text in a number column must be a number (RuntimeError 13). Infinite values and NaN are RuntimeError 6.
+FieldValue ValueForColumn(const FieldValue& value, FieldType type);
+
+/// Whether a cell holds the wanted value: numbers by size, texts by their bytes, missing equals missing. A text and a
+/// number are equal when the text is a number of that size.
+bool ValueEquals(const FieldValue& cell, const FieldValue& wanted);
+
 /// Ascending: missing values, then numbers by size, then texts by their bytes.
 bool ValueLess(const FieldValue& a, const FieldValue& b);
 
