@@ -1,0 +1,13 @@
+#pragma once
+#include "platform/rasters.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace wxl::files {
+
+/// The first band of any raster that GDAL opens: a GRID folder, a GeoTIFF, ... RuntimeError 53 when nothing stands
+/// there, 57 when it is no raster, 5 when its cells are not square or not north-up. Nothing is written beside it.
+std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path);
+
+}  // namespace wxl::files
