@@ -15,8 +15,8 @@ enum class Topic { kNotice, kBuffer, kOverlap, kAddFields, kOutOfSequence };
 
 /// One message box. An empty title means the application's own.
 struct MessageBox {
-    std::string Text;
-    std::string Title;
+    std::string Text = {};
+    std::string Title = {};
     Icon Sign = Icon::kNone;
     Buttons Choice = Buttons::kOk;
     Topic About = Topic::kNotice;
@@ -33,8 +33,8 @@ public:
 
 /// A common file dialog: filter in the form "Text files (*.txt)|*.txt".
 struct FileDialog {
-    std::string Title;
-    std::string Filter;
+    std::string Title = {};
+    std::string Filter = {};
     bool AskBeforeOverwriting = false;  ///< save dialogs only
 };
 

@@ -1,0 +1,72 @@
+#include "apps/cli/program.h"
+
+#include "apps/cli/commands.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <string_view>
+
+namespace wxl::cli {
+
+namespace {
+
+void print_lines(const std::string& text, Console& console, void (Console::*print)(std::string_view)) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) (console.*print)(line);
+}
+
+/// What a parse that ends the program says: help and version are results, anything else is a wrong call.
+int tell_parse_end(const CLI::App& program, const CLI::ParseError& end, Console& console) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const int code = program.exit(end, out, err);
+    print_lines(out.str(), console, &Console::Result);
+    print_lines(err.str(), console, &Console::Problem);
+    return code == 0 ? exit_code::kDone : exit_code::kWrongCall;
+}
+
+int run_parsed(const std::vector<Command>& commands, Console& console) {
+    const auto chosen =
+        std::find_if(commands.begin(), commands.end(), [](const Command& command) { return command.Parser->parsed(); });
+    if (chosen == commands.end()) throw WrongCall("no command given");
+    return chosen->Run(console);
+}
+
+int run_guarded(std::vector<std::string> arguments, Console& console) {
+    CLI::App program("Home ranges from animal tracking data: density rasters, isopleths, statistics", "wxl");
+    bool quiet = false;
+    program.set_version_flag("--version", "wxl " WXL_VERSION, "Print the program's version and exit");
+    program.add_flag("-q,--quiet", quiet, "No progress and no notes on standard error; problems are still told");
+    program.require_subcommand(1);
+    program.fallthrough();
+    const std::vector<Command> commands = register_commands(program);
+    try {
+        std::reverse(arguments.begin(), arguments.end());
+        program.parse(std::move(arguments));
+    } catch (const CLI::ParseError& end) {
+        return tell_parse_end(program, end, console);
+    }
+    console.SetQuiet(quiet);
+    return run_parsed(commands, console);
+}
+
+}  // namespace
+
+int run_program(std::vector<std::string> arguments, Console& console) noexcept {
+    int code = exit_code::kFailed;
+    try {
+        code = run_guarded(std::move(arguments), console);
+    } catch (const WrongCall& wrong) {
+        console.Fail(wrong.what());
+        code = exit_code::kWrongCall;
+    } catch (...) {
+        console.Fail(platform::CurrentError().Description);
+    }
+    if (!console.Finish() && code == exit_code::kDone)
+        code = console.Fail("the result could not be written to standard output");
+    return code;
+}
+
+}  // namespace wxl::cli
