@@ -1,0 +1,184 @@
+#pragma once
+#include "engine/kernel_grid.h"
+#include "engine/point_sample.h"
+#include "engine/search_profile.h"
+#include "engine/status.h"
+#include "platform/controls.h"
+#include "platform/map.h"
+#include "platform/messages.h"
+#include "platform/workspaces.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace wxl::engine {
+
+class clsLSCV;
+
+/// The kernel functions on offer.
+enum TKernelType : std::int32_t { kernel_Guassian = 0 };
+
+/// Ways of choosing the bandwidth.
+enum BandwidthEstimator : std::int32_t { be_Manual = 0, be_LSCV = 1, be_HREF = 2, be_BCV = 3 };
+
+/// Kernel density of one animal's fixes on a grid: bivariate normal kernel, fixed or adaptive (Silverman 1986, ch. 5).
+///
+/// Order of use: SetInputCoords (it resets the object), grid and kernel setters, one bandwidth choice, CalculateKernel,
+/// then the getters. Only WriteKernelToRaster throws; read lErrorStatus and WarningMessages after each other step.
+/// Setters ignore a number that is not greater than zero, not finite, or (cell size) beyond 32 bits.
+class clsKernelCalculator {
+public:
+    /// Message boxes about faults go to `messages`; WriteKernelToRaster writes into `rasters`. Both outlive the object.
+    explicit clsKernelCalculator(platform::IMessages& messages, platform::IRasterWorkspace* rasters = nullptr)
+        : m_messages(&messages), m_rasters(rasters) {}
+
+    bool LSCVMinimized = false;     ///< the last LSCV or BCV search ended at an interior minimum
+    bool HasLSCVProfile = false;    ///< a search profile is held
+    std::int32_t lErrorStatus = 0;  ///< kernel_status
+
+    /// Copies the fixes, in map units, and clears warnings, status, proportion of HREF and the results of a search.
+    void SetInputCoords(std::span<const platform::Point> coordinates);
+
+    /// Cell side in map units, kept as a whole number (rounded half to even): below 0.5 it becomes 0, and
+    /// CalculateKernel faults.
+    void SetCellSize(double dCellSize);
+
+    /// Size of the grid in cells. More than 50,000,000 cells set status 1001, and SetColumns warns as well.
+    void SetRows(std::int32_t lRows);
+    void SetColumns(std::int32_t lColumns);
+
+    /// Lower-left corner of the grid in map units.
+    void SetOriginCoords(double dX, double dY);
+
+    /// Cell size, columns, rows and origin of a raster layer; null sets status 1010.
+    void SetReferenceRaster(platform::IRasterLayer* pRL);
+
+    /// Bandwidth in map units. The estimator becomes be_Manual even when the value is refused.
+    void SetManualBandwidth(double dBandwidth);
+
+    /// Multiplier of the bandwidth, applied by each CalculateKernel. The estimator becomes be_Manual in any case.
+    void SetProportionHRefBandwidth(double dProportion);
+
+    /// Multiplier of every grid value; 1000000 by default.
+    void SetScalingFactor(double dFactor);
+
+    /// There is one kernel: the argument is ignored.
+    void SetKernelType(TKernelType type);
+
+    /// true: fixed kernel (the default); false: adaptive.
+    void SetFixedKernel(bool bFixed);
+
+    /// Whether coordinates are divided by their standard deviations before anything else.
+    void SetEnforceUnitVariance(bool bEnforce);
+
+    /// Reach of each fix's kernel in map units: whole cells, Int(radius / cell) + 1 around the fix's own cell.
+    void SetLimitRadius(double dRadius);
+
+    /// Accepted and ignored.
+    void SetProgressBar(platform::ProgressBar* pBar);
+
+    /// The host that gets a turn about every 50 ms of long work; null (the default): none.
+    void SetHost(platform::IHost* host) { m_host = host; }
+
+    /// Format of WriteKernelToRaster: "GRID" (the default) or "GTiff".
+    void SetRasterFormat(const std::string& format) { m_rasterFormat = format; }
+
+    /// Bandwidth = reference bandwidth of the (rescaled) fixes.
+    void CalculateHREF();
+
+    /// Bandwidth of the smallest LSCV (BCV) score, or HREF with a warning where the search finds no interior minimum.
+    void CalculateLSCV();
+    void CalculateBCV();
+
+    /// Fills the grid with the density per square map unit x scaling factor. A manual bandwidth is divided by the mean
+    /// standard deviation under unit variance, and the bandwidth is multiplied by the proportion of HREF: both happen
+    /// anew at each call, so the bandwidth is to be set before each.
+    void CalculateKernel();
+
+    /// Writes the grid as a one-band raster of 32-bit floats and returns it; null when there is no valid grid. Throws
+    /// RuntimeError when the raster cannot be written (6: a density beyond 32-bit floats; 91: no raster workspace).
+    std::shared_ptr<platform::IRasterDataset> WriteKernelToRaster(const std::filesystem::path& sFolder,
+                                                                  const std::string& dsName,
+                                                                  const platform::SpatialReference& pSR);
+
+    /// Warnings so far, each followed by a single carriage return.
+    std::string WarningMessages() const { return m_warnings; }
+
+    /// Sum of the grid values x cell area: the scaling factor when the whole density lies in the grid.
+    double GetKernelVolume() const { return m_volume; }
+    double GetCellSize() const { return static_cast<double>(m_cellSize); }
+
+    /// Bandwidth as stored: in units of the rescaled fixes once they are rescaled.
+    double GetBandwidth() const { return m_bandwidth; }
+
+    /// Reference bandwidth as stored; -1 when the fixes do not allow one.
+    double GetHREF() const { return m_href; }
+
+    /// Bandwidth in map units.
+    double GetScaledBandwidth() const;
+    std::int32_t GetRowCount() const { return m_rows; }
+    std::int32_t GetColumnCount() const { return m_columns; }
+    double GetOriginX() const { return m_originX; }
+    double GetOriginY() const { return m_originY; }
+
+    /// The grid, valid until the next call that changes the object; null before a successful CalculateKernel.
+    const KernelGrid* GetKernel() const { return m_kernelCalculated ? &m_kernel : nullptr; }
+
+    /// The scores of the last search; nothing before one.
+    std::optional<SearchProfile> GetLSCVProfile() const;
+
+private:
+    struct SearchSteps;
+
+    void Warn(const std::string& text);
+    void Fail(std::int32_t status, const std::string& text);
+    bool GridTooLarge() const;
+    void Rescale();
+    void RescaleOnce(std::int32_t step);
+    void ShowFault(const std::string& label);
+    void CalculateBySearch(const SearchSteps& steps);
+    void TakeSearchResult(const clsLSCV& search, const SearchSteps& steps);
+    void ComputeKernel();
+    bool BandwidthBelowCell() const;
+    void CalculateLocalFactors();
+    void AccumulateFixes();
+
+    platform::IMessages* m_messages;
+    platform::IRasterWorkspace* m_rasters;
+    platform::IHost* m_host = nullptr;
+    std::string m_rasterFormat = "GRID";
+
+    std::int32_t m_rows = 0;
+    std::int32_t m_columns = 0;
+    std::int32_t m_cellSize = 0;
+    double m_originX = 0.0;
+    double m_originY = 0.0;
+    double m_topY = 0.0;
+    bool m_originSet = false;
+    KernelGrid m_kernel;
+    double m_bandwidth = 0.0;
+    double m_href = 0.0;
+    PointSample m_points;
+    double m_limitRadius = 0.0;
+    bool m_fixedKernel = true;
+    bool m_enforceUnitVariance = false;
+    double m_sdX = 0.0;
+    double m_sdY = 0.0;
+    double m_scalingFactor = 1000000.0;
+    TKernelType m_kernelType = kernel_Guassian;
+    BandwidthEstimator m_estimator = be_Manual;
+    double m_volume = 0.0;
+    bool m_kernelCalculated = false;
+    std::vector<double> m_localFactors;
+    SearchProfile m_profile;
+    bool m_rescaled = false;
+    double m_proportionHref = 0.0;
+    std::string m_warnings;
+};
+
+}  // namespace wxl::engine
