@@ -1,0 +1,171 @@
+#include "kde_tool/run_plan.h"
+
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <unordered_map>
+
+namespace wxl::kde_tool {
+namespace {
+
+using platform::FieldValue;
+using platform::IsNumeric;
+using platform::NumberFromText;
+using platform::NumberText;
+
+/// Recommended buffers are this many bandwidths.
+constexpr double kBufferFactor = 3.5;
+
+bool is_list(const RunInputs& inputs) {
+    return inputs.Method == BandwidthMethod::kManual || inputs.Method == BandwidthMethod::kProportion;
+}
+
+bool is_number_above(const std::string& text, double limit) {
+    return IsNumeric(text) && NumberFromText(text) > limit;
+}
+
+std::string number_text_17(double value) {
+    std::array<char, 64> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 17).ptr;
+    return platform::UpperCase(std::string(text.data(), end));
+}
+
+void tell_apart(std::vector<std::string>& names, std::span<const FieldValue> ids) {
+    std::unordered_map<std::string, int> uses;
+    for (const std::string& name : names) ++uses[name];
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (const double* number = std::get_if<double>(&ids[i]); number && uses[names[i]] > 1)
+            names[i] = number_text_17(*number);
+    }
+}
+
+std::int32_t whole_cells(double length, double cellSize) {
+    const double cells = std::floor(length / cellSize);
+    if (!(cells >= 0.0)) return 0;
+    return cells > kCellLimit ? kCellLimit + 1 : static_cast<std::int32_t>(cells);
+}
+
+}  // namespace
+
+std::optional<std::string> undefined_setting(const RunInputs& inputs) {
+    if (inputs.Method == BandwidthMethod::kProportion && inputs.ProportionText.empty())
+        return "Error: the proportion(s) of reference bandwidth have not been defined on the Bandwidth tab.";
+    if (inputs.Method == BandwidthMethod::kManual && inputs.BandwidthText.empty())
+        return "Error: the user defined bandwidth has not been defined on the Bandwidth tab.";
+    if (inputs.Mode == ExtentMode::kFull && inputs.BufferText.empty())
+        return "Error: the extent buffer has not been defined on the Output Options tab.";
+    if (inputs.Mode == ExtentMode::kReference && inputs.ReferenceName.empty())
+        return "Error: the extent reference layer has not been defined on the Output Options tab.";
+    if (inputs.Isopleths && inputs.IsoplethText.empty())
+        return "Error: the isopleth percentages have not been defined on the Output Options tab.";
+    return std::nullopt;
+}
+
+std::optional<std::string> unusable_setting(const RunInputs& inputs) {
+    if (inputs.LayerName.empty()) return "Error: please choose a point layer on the Input Data tab.";
+    if (inputs.IdField.empty())
+        return "Error: please choose the field that names the animals (unique animal ID) on the Input Data tab.";
+    if (inputs.OutputFolder.empty()) return "Error: please choose an output folder on the Output Options tab.";
+    if (inputs.Mode != ExtentMode::kReference && !is_number_above(inputs.CellSizeText, 0.5))
+        return "Error: please enter the raster cell size on the Output Options tab. It must be a number above 0.5 and "
+               "is used as a whole number of map units.";
+    if (!is_number_above(inputs.ScalingText, 0.0))
+        return "Error: please enter the scaling factor on the Output Options tab. It must be a number above 0.";
+    if (inputs.Mode == ExtentMode::kFull && !IsNumeric(inputs.BufferText))
+        return "Error: the extent buffer on the Output Options tab is not a number.";
+    return std::nullopt;
+}
+
+std::vector<double> bandwidth_values(const RunInputs& inputs) {
+    if (inputs.Method == BandwidthMethod::kManual) return platform::NumbersFromText(inputs.BandwidthText);
+    if (inputs.Method == BandwidthMethod::kProportion) return platform::NumbersFromText(inputs.ProportionText);
+    return {0.0};
+}
+
+double largest_value(const RunInputs& inputs, std::span<const double> values) {
+    return is_list(inputs) && !values.empty() ? *std::max_element(values.begin(), values.end()) : 0.0;
+}
+
+std::optional<std::vector<double>> isopleth_percentages(std::string_view text) {
+    std::vector<double> percentages;
+    for (const std::string& piece : platform::Split(text, ',')) {
+        if (!IsNumeric(piece)) return std::nullopt;
+        percentages.push_back(NumberFromText(piece));
+    }
+    return percentages;
+}
+
+std::vector<std::string> naming_ids(std::span<const FieldValue> ids, bool textIds) {
+    std::vector<std::string> names;
+    names.reserve(ids.size());
+    for (const FieldValue& id : ids)
+        names.push_back(textIds ? std::to_string(names.size() + 1) : platform::ValueText(id));
+    if (!textIds) tell_apart(names, ids);
+    return names;
+}
+
+std::string raster_name(const RunInputs& inputs, const std::string& namingId, std::size_t number, std::size_t count) {
+    const bool numbered =
+        inputs.Method == BandwidthMethod::kProportion || (inputs.Method == BandwidthMethod::kManual && count > 1);
+    return inputs.Prefix + namingId + (numbered ? "_b" + std::to_string(number) : "");
+}
+
+std::string isopleth_name(const std::string& rasterName) {
+    return rasterName + "_iso";
+}
+
+std::vector<std::string> dataset_names(const RunInputs& inputs, const std::string& rasterName) {
+    std::vector<std::string> names = {rasterName};
+    if (!inputs.Isopleths) return names;
+    const std::string stem = isopleth_name(rasterName);
+    if (inputs.Lines) names.push_back(stem + "_line");
+    if (inputs.Polygons) names.push_back(stem + "_poly");
+    if (inputs.Donuts) names.push_back(stem + "_donut");
+    return names;
+}
+
+BufferAdvice recommended_buffer(BandwidthMethod method, double largestValue, double largestHref) {
+    if (method == BandwidthMethod::kManual) {
+        const double product = largestValue * kBufferFactor;
+        return {std::floor(product + 0.5), product};
+    }
+    const double bandwidth = method == BandwidthMethod::kProportion ? largestValue * largestHref : largestHref;
+    return {std::floor(bandwidth * kBufferFactor), bandwidth * kBufferFactor};
+}
+
+std::string buffer_question(const BufferAdvice& advice) {
+    return "Warning: the extent buffer distance you have provided may not be large enough to capture the full extent "
+           "of "
+           "the utilization distribution. This data truncation can profoundly distort the isopleths. It is recommended "
+           "you use a buffer distance of at least " +
+           NumberText(advice.Shown) + " for this dataset. Do you wish to use this recommended value?";
+}
+
+platform::RasterGeometry enlarged_grid(const platform::Extent& extent, double margin, double cellSize) {
+    return {extent.XMin - margin, extent.YMin - margin, cellSize, whole_cells(extent.Width() + 2.0 * margin, cellSize),
+            whole_cells(extent.Height() + 2.0 * margin, cellSize)};
+}
+
+double edge_threshold(BandwidthMethod method, double scalingFactor) {
+    const bool list = method == BandwidthMethod::kManual || method == BandwidthMethod::kProportion;
+    return scalingFactor * (list ? 5e-10 : 1e-08);
+}
+
+bool has_overlap(std::span<const platform::Point> points) {
+    std::vector<platform::Point> sorted(points.begin(), points.end());
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& a, const auto& b) { return a.X != b.X ? a.X < b.X : a.Y < b.Y; });
+    return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
+}
+
+std::string overlap_question(std::span<const std::string> ids) {
+    std::string list;
+    for (std::size_t i = 0; i < ids.size(); ++i) list += (i == 0 ? "" : "  ") + ids[i];
+    return "Warning: overlapping points were detected for the following animals:\r\n" + list +
+           "\r\nThis may prevent reasonable estimation of the bandwidth. Would you like to continue anyway?";
+}
+
+}  // namespace wxl::kde_tool

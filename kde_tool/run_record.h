@@ -1,0 +1,57 @@
+#pragma once
+// What an analysis run tells whoever started it, one animal at a time.
+
+#include "kde_tool/run_inputs.h"
+#include "platform/values.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wxl::kde_tool {
+
+/// One row of a search profile.
+struct ProfilePoint {
+    double Bandwidth = 0.0;  ///< units of the stored sample
+    double Score = 0.0;
+};
+
+/// One isopleth: the density level that encloses a percentage of the volume.
+struct IsoplethRecord {
+    double Percent = 0.0;
+    double Level = 0.0;          ///< density per square map unit x scaling factor
+    std::optional<double> Area;  ///< square map units; absent when no polygons were made
+};
+
+/// One distribution of one animal: with several bandwidths per animal there is one record for each.
+struct AnimalRecord {
+    std::string Id;
+    std::string NamingId;  ///< the part of the output names that stands for the animal
+    std::int32_t SampleSize = 0;
+    BandwidthMethod Method = BandwidthMethod::kHref;
+    double Bandwidth = 0.0;          ///< units of the stored sample (unit variance when rescaled)
+    double BandwidthMapUnits = 0.0;  ///< the same in map units
+    double Href = 0.0;               ///< units of the stored sample; 0 for a user-defined bandwidth
+    bool Minimized = false;          ///< LSCV and BCV: the search ended at a minimum inside its range
+    std::vector<ProfilePoint> Profile;
+    platform::RasterGeometry Grid;
+    double Volume = 0.0;
+    std::string RasterName;
+    std::vector<IsoplethRecord> Isopleths;
+    std::optional<double> MaxEdgeValue;  ///< absent when no isopleths were made
+    bool EdgeWarning = false;
+    std::int32_t Status = 0;          ///< the calculator's status, 0 when the distribution was computed
+    std::int32_t IsoplethStatus = 0;  ///< the isopleth object's status, 0 when isopleths were made or not asked for
+    std::string Warnings;             ///< the calculator's warnings, each followed by a carriage return
+    std::vector<std::string> Files;   ///< datasets written, in the order of writing
+};
+
+/// Listens to a run. The run keeps no record after it was handed over, so that a long batch costs no memory.
+class IRunObserver {
+public:
+    virtual ~IRunObserver() = default;
+    virtual void AnimalDone(const AnimalRecord& record) = 0;
+};
+
+}  // namespace wxl::kde_tool
