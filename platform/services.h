@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/clock.h"
 #include "platform/file_system.h"
+#include "platform/folder_lock.h"
 #include "platform/geometry_operators.h"
 #include "platform/map.h"
 #include "platform/messages.h"
@@ -22,6 +23,7 @@ struct Services {
     ITinWorkspace* Tins = nullptr;
     IGeometryOperators* Geometry = nullptr;
     IContourOperation* Contours = nullptr;
+    IFolderLocks* Locks = nullptr;
 };
 
 }  // namespace wxl::platform

@@ -1,5 +1,5 @@
 # Disk, GDAL and rasters.
 find_package(GDAL CONFIG REQUIRED)
 
-wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp DEPENDS wxl_platform)
+wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp folder_lock.cpp DEPENDS wxl_platform)
 wxl_room(adapter_gdal SOURCES gdal_support.cpp DEPENDS wxl_platform wxl_adapter_disk GDAL::GDAL)

@@ -1,0 +1,132 @@
+#include "adapters/files/folder_lock.h"
+
+#include "adapters/files/posix_error.h"
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace wxl::files {
+namespace {
+
+constexpr int kAttempts = 100;
+
+class Descriptor {
+public:
+    explicit Descriptor(int value) : m_value(value) {}
+    ~Descriptor() {
+        if (m_value >= 0) ::close(m_value);
+    }
+    Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int Value() const { return m_value; }
+
+private:
+    int m_value;
+};
+
+/// Whether the locked file is the one that stands under the name now: its last owner may have deleted it in between.
+bool is_named(int descriptor, const std::filesystem::path& file) {
+    struct stat held {};
+    struct stat named {};
+    return ::fstat(descriptor, &held) == 0 && ::stat(file.c_str(), &named) == 0 && held.st_ino == named.st_ino &&
+           held.st_dev == named.st_dev;
+}
+
+std::string text_of(int descriptor) {
+    std::array<char, 256> text{};
+    const ssize_t length = ::pread(descriptor, text.data(), text.size(), 0);
+    return length > 0 ? std::string(text.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+/// "process 4711 on HOST" from the lock file's text.
+std::string holder_of(const std::string& text) {
+    const std::size_t blank = text.find(' ');
+    if (blank == std::string::npos || blank == 0) return {};
+    return "process " + text.substr(0, blank) + " on " + text.substr(blank + 1);
+}
+
+void sign(int descriptor) {
+    std::array<char, 256> host{};
+    if (::gethostname(host.data(), host.size() - 1) != 0) host = {'?'};
+    const std::string text = std::to_string(::getpid()) + " " + host.data();
+    // The text only helps the message of whoever meets the lock: a full disk must not stop the run here.
+    if (::ftruncate(descriptor, 0) != 0 || ::pwrite(descriptor, text.data(), text.size(), 0) < 0) return;
+}
+
+bool runs(long process) {
+    if (process <= 0) return false;
+    return ::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM;
+}
+
+class FolderLock final : public platform::IFolderLock {
+public:
+    FolderLock(platform::IFileSystem& files, platform::IFolders& folders, std::filesystem::path folder,
+               Descriptor descriptor)
+        : m_files(files), m_folders(folders), m_folder(std::move(folder)), m_descriptor(std::move(descriptor)) {}
+    ~FolderLock() override { ::unlink((m_folder / kLockFileName).c_str()); }
+
+    std::size_t RemoveLeftovers() override {
+        std::size_t removed = 0;
+        for (const std::string& name : m_files.List(m_folder)) {
+            const auto owner = TemporaryNameOwner(name);
+            // Process numbers come round: what bears our own was left by an earlier process.
+            if (!owner || (*owner != ::getpid() && runs(*owner))) continue;
+            if (m_files.FolderExists(m_folder / name))
+                m_folders.DeleteTree(m_folder / name);
+            else
+                m_files.DeleteFile(m_folder / name, true);
+            ++removed;
+        }
+        return removed;
+    }
+
+private:
+    platform::IFileSystem& m_files;
+    platform::IFolders& m_folders;
+    std::filesystem::path m_folder;
+    Descriptor m_descriptor;
+};
+
+}  // namespace
+
+std::unique_ptr<platform::IFolderLock> FolderLocks::Take(const std::filesystem::path& folder, std::string& holder) {
+    const std::filesystem::path file = folder / kLockFileName;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        Descriptor descriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+        if (descriptor.Value() < 0) RaiseErrno(errno, file);
+        if (::flock(descriptor.Value(), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
+            holder = holder_of(text_of(descriptor.Value()));
+            return nullptr;
+        }
+        if (!is_named(descriptor.Value(), file)) continue;
+        sign(descriptor.Value());
+        return std::make_unique<FolderLock>(m_files, m_folders, folder, std::move(descriptor));
+    }
+    return nullptr;
+}
+
+std::optional<long> TemporaryNameOwner(std::string_view name) {
+    static constexpr std::string_view kMark = ".part";
+    const std::size_t mark = name.rfind(kMark);
+    if (name.empty() || name.front() != '.' || mark == std::string_view::npos) return std::nullopt;
+    const std::string_view behind = name.substr(mark + kMark.size());
+    if (!behind.empty() && behind.front() != '.') return std::nullopt;
+    const std::string_view before = name.substr(0, mark);
+    const std::size_t point = before.rfind('.');
+    if (point == 0 || point == std::string_view::npos) return std::nullopt;
+    const std::string_view digits = before.substr(point + 1);
+    long owner = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), owner);
+    if (error != std::errc() || end != digits.data() + digits.size() || owner < 0) return std::nullopt;
+    return owner;
+}
+
+}  // namespace wxl::files

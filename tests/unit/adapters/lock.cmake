@@ -1,0 +1,1 @@
+wxl_test(test_folder_lock SOURCES test_folder_lock.cpp DEPENDS wxl_adapter_disk)

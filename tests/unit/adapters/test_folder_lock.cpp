@@ -1,0 +1,99 @@
+#include "adapters/files/disk_file_system.h"
+#include "adapters/files/folder_lock.h"
+#include "platform/runtime_error.h"
+#include "tests/support/scratch_folder.h"
+
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace wxl::files {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FolderLockTest : testing::Test {
+    tests::ScratchFolder Folder;
+    DiskFileSystem Files;
+    DiskFolders Folders;
+    FolderLocks Locks{Files, Folders};
+    std::string Holder;
+
+    void Touch(const std::string& name) { std::ofstream(Folder / name) << "x"; }
+};
+
+TEST_F(FolderLockTest, A_locked_folder_is_refused_with_its_holder_and_free_again_afterwards) {
+    auto lock = Locks.Take(Folder.Path(), Holder);
+    ASSERT_NE(lock, nullptr);
+    EXPECT_EQ(Locks.Take(Folder.Path(), Holder), nullptr);
+    EXPECT_TRUE(Holder.starts_with("process " + std::to_string(::getpid()) + " on ")) << Holder;
+    lock.reset();
+    EXPECT_TRUE(fs::is_empty(Folder.Path()));
+    EXPECT_NE(Locks.Take(Folder.Path(), Holder), nullptr);
+}
+
+TEST_F(FolderLockTest, A_lock_file_of_a_killed_process_stops_nobody) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::string holder;
+        const auto lock = Locks.Take(Folder.Path(), holder);
+        ::raise(SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    ASSERT_TRUE(fs::exists(Folder / std::string(kLockFileName)));
+    EXPECT_NE(Locks.Take(Folder.Path(), Holder), nullptr);
+}
+
+TEST_F(FolderLockTest, A_missing_folder_is_path_not_found) {
+    try {
+        Locks.Take(Folder / "absent", Holder);
+        FAIL();
+    } catch (const platform::RuntimeError& error) {
+        EXPECT_EQ(error.Number, 76);
+    }
+}
+
+TEST_F(FolderLockTest, Leftovers_of_dead_processes_go_and_everything_else_stays) {
+    const pid_t dead = ::fork();
+    if (dead == 0) ::_exit(0);
+    ::waitpid(dead, nullptr, 0);
+    const std::string gone = std::to_string(dead);
+    const pid_t running = ::fork();
+    if (running == 0) {
+        ::pause();
+        ::_exit(0);
+    }
+    const std::string alive = std::to_string(running);
+    fs::create_directory(Folder / (".K1." + gone + ".part"));
+    Touch(".K1." + gone + ".part/hdr.adf");
+    Touch(".K1_iso_poly." + gone + ".part.shp");
+    Touch(".K2." + std::to_string(::getpid()) + ".part");
+    Touch(".K3." + alive + ".part");
+    Touch("K4");
+    Touch(".K5.part");
+    const auto lock = Locks.Take(Folder.Path(), Holder);
+    EXPECT_EQ(lock->RemoveLeftovers(), 3U);
+    ::kill(running, SIGKILL);
+    ::waitpid(running, nullptr, 0);
+    EXPECT_FALSE(fs::exists(Folder / (".K1." + gone + ".part")));
+    EXPECT_FALSE(fs::exists(Folder / (".K1_iso_poly." + gone + ".part.shp")));
+    EXPECT_TRUE(fs::exists(Folder / (".K3." + alive + ".part")));
+    EXPECT_TRUE(fs::exists(Folder / "K4"));
+    EXPECT_TRUE(fs::exists(Folder / ".K5.part"));
+}
+
+TEST(TemporaryNameOwner, Reads_the_process_number_before_the_mark) {
+    EXPECT_EQ(TemporaryNameOwner(".K1.4711.part"), 4711);
+    EXPECT_EQ(TemporaryNameOwner(".K1.5.4711.part.dbf"), 4711);
+    EXPECT_EQ(TemporaryNameOwner(platform::TemporaryName("K1")), ::getpid());
+    for (const char* name : {"", ".", "K1.4711.part", ".K1.part", ".K1.47x.part", ".4711.part", ".K1.4711.party",
+                             ".K1.-5.part", ".K1.99999999999999999999.part"})
+        EXPECT_EQ(TemporaryNameOwner(name), std::nullopt) << name;
+}
+
+}  // namespace
+}  // namespace wxl::files
