@@ -14,6 +14,9 @@ class Utilities;
 
 namespace wxl::kde_tool {
 
+/// The only entry of cmbKernelForm.
+inline constexpr const char* kGaussianForm = "Gaussian (bivariate normal)";
+
 /// The form "Kernel Density Estimation": the settings of a batch analysis, its statistics tables and its run.
 ///
 /// The controls are plain values. Press it as a user does: change a control, then call its handler; an option button is
@@ -160,7 +163,7 @@ public:
     double LargestReferenceBandwidth() const { return m_largestHref; }
 
     /// Writes the settings file (an older file of that name is replaced). RuntimeError when it cannot be written.
-    void SaveSettings(const std::filesystem::path& file);
+    void SaveSettings(const std::filesystem::path& file) const;
 
     /// The chosen point layer; RuntimeError when none is chosen or it has left the map.
     platform::Layer PointLayer() const;
@@ -185,6 +188,9 @@ public:
     /// Whether the map has a layer of exactly that name.
     bool LayerInMap(const std::string& name) const;
 
+    /// Whether there is a folder of that name, letter case aside.
+    bool FolderExists(const std::string& folder) const;
+
     /// Sets the enabled states that follow from the chosen options.
     void RefreshEnabledStates();
 
@@ -195,8 +201,16 @@ public:
     utilities::Utilities& Geodata() const { return m_geodata; }
 
 private:
+    template <class Procedure>
+    void Shielded(Procedure&& procedure);
+    void FillPointLayers();
+    void FillReferenceLayers();
+    void FillIdFields();
     void ClearTables();
     void SuggestBuffer();
+    void ChooseBandwidth(const platform::OptionButton& chosen);
+    void ChooseExtent(const platform::OptionButton& chosen);
+    void SwitchIso(bool on);
 
     platform::Services m_services;
     utilities::Utilities& m_geodata;

@@ -1,0 +1,446 @@
+#include "kde_tool/frmKDE.h"
+
+#include "kde_tool/boxes.h"
+#include "kde_tool/settings_file.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "utilities/Utilities.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+
+namespace wxl::kde_tool {
+
+using platform::BackColor;
+
+namespace {
+
+constexpr int kPointLayers = 3;   ///< kinds of utilities::Utilities::ListLayers
+constexpr int kRasterLayers = 9;
+constexpr std::size_t kPrefixLength = 6;
+
+template <class Control>
+void enable(Control& control, bool enabled) {
+    control.Enabled = enabled;
+    if constexpr (requires { control.Back; }) control.Back = enabled ? BackColor::kWindow : BackColor::kButtonFace;
+}
+
+void clear(platform::ComboBox& list) {
+    list.Items.clear();
+    list.ListIndex = -1;
+}
+
+/// One of a group is chosen at a time: a chosen button clears its siblings.
+void clear_siblings(const platform::OptionButton& chosen, std::initializer_list<platform::OptionButton*> group) {
+    if (!chosen.Value) return;
+    for (platform::OptionButton* button : group)
+        if (button != &chosen) button->Value = false;
+}
+
+/// Bytes of the first `count` characters of a UTF-8 text.
+std::size_t prefix_bytes(const std::string& text, std::size_t count) {
+    const auto starts_character = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!starts_character(text[i])) continue;
+        if (count == 0) return i;
+        --count;
+    }
+    return text.size();
+}
+
+}  // namespace
+
+frmKDE::frmKDE(const platform::Services& services, utilities::Utilities& geodata)
+    : m_services(services), m_geodata(geodata) {}
+
+/// The form's handlers report a fault with its description, which names the layer, field or file.
+template <class Procedure>
+void frmKDE::Shielded(Procedure&& procedure) {
+    try {
+        std::forward<Procedure>(procedure)();
+    } catch (...) {
+        ShowError(*m_services.Messages, "Error: " + platform::CurrentError().Description);
+    }
+}
+
+// --- Start-up ---
+
+void frmKDE::Form_Load() {
+    Shielded([&] {
+        enable(chkUseSel, false);
+        enable(cmbUIDFLD, false);
+        enable(btnIOSave, false);
+        enable(lblIO1, false);
+        enable(lblIO2, false);
+        ClearTables();
+        DisableBW();
+        DisableBW2();
+        DisableIso();
+        FillPointLayers();
+        FillReferenceLayers();
+        cmbKernelForm.Items = {kGaussianForm};
+        cmbKernelForm.ListIndex = 0;
+        DisableExtRef();
+    });
+}
+
+void frmKDE::FillPointLayers() {
+    clear(cmbPntL);
+    m_geodata.ListLayers(kPointLayers, cmbPntL);
+    if (cmbPntL.Items.empty())
+        return ShowWarning(*m_services.Messages,
+                           "Warning: no point layers are present in map (nothing to work with).");
+    cmbPntL.ListIndex = 0;
+    cmbPntL_Click();
+}
+
+void frmKDE::FillReferenceLayers() {
+    clear(cmbExtRef);
+    m_geodata.ListLayers(kRasterLayers, cmbExtRef);
+    if (!cmbExtRef.Items.empty()) return;
+    enable(optExtRef, false);
+    enable(cmbExtRef, false);
+}
+
+// --- Input data ---
+
+void frmKDE::cmbPntL_Click() {
+    Shielded([&] {
+        enable(cmbUIDFLD, false);
+        clear(cmbUIDFLD);
+        enable(chkUseSel, false);
+        ClearTables();
+        if (cmbPntL.Text().empty()) return;
+        FillIdFields();
+    });
+}
+
+void frmKDE::FillIdFields() {
+    const platform::Layer layer = PointLayer();
+    enable(chkUseSel, true);
+    for (const platform::Field& field : layer.Feature->FeatureClass()->Table().Fields())
+        if (field.Type != platform::FieldType::kGeometry) cmbUIDFLD.Items.push_back(field.Name);
+    enable(cmbUIDFLD, true);
+}
+
+void frmKDE::cmbUIDFLD_Click() {
+    ClearTables();
+}
+
+void frmKDE::chkUseSel_Click() {
+    ClearTables();
+}
+
+platform::Layer frmKDE::PointLayer() const {
+    if (cmbPntL.Text().empty())
+        platform::Raise(platform::error_number::kObjectNotSet, "No point layer is chosen.");
+    platform::Layer layer = m_geodata.GetLayerByName(cmbPntL.Text());
+    if (!layer.Feature || layer.Shape != platform::ShapeType::kPoint || !layer.Feature->FeatureClass())
+        platform::Raise(platform::error_number::kObjectNotSet,
+                        "The first layer named " + cmbPntL.Text() + " is not a point layer.");
+    return layer;
+}
+
+GroupedFixes frmKDE::ReadFixes() const {
+    const platform::Layer layer = PointLayer();
+    if (cmbUIDFLD.Text().empty())
+        platform::Raise(platform::error_number::kObjectNotSet, "No unique animal ID field is chosen.");
+    return GroupFixes(*layer.Feature, cmbUIDFLD.Text(), chkUseSel.Value != 0);
+}
+
+bool frmKDE::LayerInMap(const std::string& name) const {
+    return m_geodata.LayerExists(name);
+}
+
+// --- Statistics ---
+
+void frmKDE::ClearTables() {
+    datagridIO.Clear();
+    datagridVar.Clear();
+    datagridHref.Clear();
+    m_independence.clear();
+    m_variances.clear();
+    m_hrefs.clear();
+    m_largestHref = 0.0;
+}
+
+void frmKDE::SSTab1_Click(int previousTab) {
+    if (previousTab == SSTab1.Current || cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) return;
+    Shielded([&] {
+        const GroupedFixes fixes = ReadFixes();
+        FillVarianceTable(fixes);
+        FillHrefTable(fixes);
+    });
+}
+
+void frmKDE::FillIndependenceTable(const GroupedFixes& fixes) {
+    m_independence = IndependenceRows(fixes.Animals);
+    datagridIO = IndependenceTable(m_independence, cmbUIDFLD.Text(), fixes.TextIds);
+}
+
+void frmKDE::FillVarianceTable(const GroupedFixes& fixes) {
+    m_variances = VarianceRows(fixes.Animals);
+    datagridVar = VarianceTable(m_variances, cmbUIDFLD.Text());
+}
+
+void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
+    m_hrefs = HrefRows(fixes.Animals);
+    datagridHref = HrefTable(m_hrefs, cmbUIDFLD.Text());
+    m_largestHref = LargestHref(m_hrefs);
+    SuggestBuffer();
+}
+
+/// The buffer stays as it is where there is nothing to derive one from: no reference bandwidth, or a list of
+/// proportions that cannot be read.
+void frmKDE::SuggestBuffer() {
+    double widest = m_largestHref;
+    if (optPropHref.Value) {
+        const auto pieces = platform::Split(txtPropHref.Text, ',');
+        if (!std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return platform::IsNumeric(piece); }))
+            return;
+        const auto proportions = platform::NumbersFromText(txtPropHref.Text);
+        widest *= *std::max_element(proportions.begin(), proportions.end());
+    }
+    if (widest > 0.0) txtBuffer.Text = platform::NumberText(std::floor(3.5 * widest + 0.5));
+}
+
+void frmKDE::btnCalcIO_Click() {
+    if (cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) {
+        m_services.Messages->Show({.Text = "Warning: a point feature layer and a unique ID field must be identified "
+                                           "prior to calculating the independence of observation indices.",
+                                   .Title = "Cannot calculate"});
+        return;
+    }
+    Shielded([&] {
+        FillIndependenceTable(ReadFixes());
+        datagridIO.Visible = true;
+        enable(btnIOSave, true);
+        enable(lblIO1, true);
+        enable(lblIO2, true);
+    });
+}
+
+void frmKDE::btnIOSave_Click() {
+    Shielded([&] {
+        const auto file = m_services.Dialogs->SaveFile({.Title = "Save Data As...",
+                                                        .Filter = "Comma delimited text files (*.csv)|*.csv",
+                                                        .AskBeforeOverwriting = true});
+        if (!file || file->empty())
+            return ShowWarning(*m_services.Messages, "Warning: no file specified therefore data not saved.");
+        if (datagridIO.Columns.empty())
+            return ShowError(*m_services.Messages,
+                             "The independence of observation data has not yet been calculated.");
+        platform::PublishFile(*m_services.Files, *file, platform::ToWindows1252(IndependenceCsv(datagridIO)));
+    });
+}
+
+// --- Kernel and bandwidth ---
+
+void frmKDE::optFixed_Click() {
+    clear_siblings(optFixed, {&optFixed, &optAdaptive});
+}
+
+void frmKDE::optAdaptive_Click() {
+    clear_siblings(optAdaptive, {&optFixed, &optAdaptive});
+}
+
+void frmKDE::ChooseBandwidth(const platform::OptionButton& chosen) {
+    clear_siblings(chosen, {&optBE_LSCV, &optBE_BCV, &optBE_HREF, &optBE_MANUAL, &optPropHref});
+}
+
+void frmKDE::optBE_LSCV_Click() {
+    ChooseBandwidth(optBE_LSCV);
+    DisableBW();
+    DisableBW2();
+}
+
+void frmKDE::optBE_BCV_Click() {
+    ChooseBandwidth(optBE_BCV);
+    DisableBW();
+    DisableBW2();
+}
+
+void frmKDE::optBE_HREF_Click() {
+    ChooseBandwidth(optBE_HREF);
+    DisableBW();
+    DisableBW2();
+}
+
+void frmKDE::optBE_MANUAL_Click() {
+    ChooseBandwidth(optBE_MANUAL);
+    if (optBE_MANUAL.Value)
+        EnableBW();
+    else
+        DisableBW();
+    DisableBW2();
+}
+
+void frmKDE::optPropHref_Click() {
+    ChooseBandwidth(optPropHref);
+    DisableBW();
+    EnableBW2();
+}
+
+// --- Output options ---
+
+void frmKDE::chkBnds_Click() {
+    if (chkBnds.Value != 0)
+        EnableIso();
+    else
+        DisableIso();
+}
+
+void frmKDE::ChooseExtent(const platform::OptionButton& chosen) {
+    clear_siblings(chosen, {&optFull, &optSmall, &optExtRef});
+}
+
+void frmKDE::optFull_Click() {
+    ChooseExtent(optFull);
+    DisableExtRef();
+    EnableBuffer();
+}
+
+void frmKDE::optSmall_Click() {
+    ChooseExtent(optSmall);
+    DisableBuffer();
+    DisableExtRef();
+}
+
+void frmKDE::optExtRef_Click() {
+    ChooseExtent(optExtRef);
+    EnableExtRef();
+}
+
+void frmKDE::txtR_Change() {
+    const std::size_t kept = prefix_bytes(txtR.Text, kPrefixLength);
+    if (kept == txtR.Text.size()) return;
+    txtR.Text.resize(kept);
+    ShowWarning(*m_services.Messages,
+                "Warning: raster name prefix cannot be longer than 6 characters. This is necessary because of the "
+                "automatic naming convention for output rasters.");
+}
+
+void frmKDE::btnFolder_Click() {
+    Shielded([&] {
+        const auto folder = m_services.Dialogs->ChooseFolder("Output folder");
+        if (folder && !folder->empty()) SetOutputFolder(folder->string());
+    });
+}
+
+void frmKDE::SetOutputFolder(const std::string& folder) {
+    m_outFolder = folder;
+    txtOutFolder.Text = folder;
+}
+
+std::filesystem::path frmKDE::OutputFolderPath() const {
+    const std::filesystem::path found = m_services.Folders->FindIgnoringCase(m_outFolder);
+    return found.empty() ? std::filesystem::path(m_outFolder) : found;
+}
+
+bool frmKDE::FolderExists(const std::string& folder) const {
+    return !m_services.Folders->FindIgnoringCase(folder).empty();
+}
+
+// --- Settings files and leaving ---
+
+void frmKDE::btnSaveSettings_Click() {
+    Shielded([&] {
+        const auto file = m_services.Dialogs->SaveFile(
+            {.Title = "Save Settings File", .Filter = "Text files (*.txt)|*.txt", .AskBeforeOverwriting = true});
+        if (!file || file->empty())
+            return ShowWarning(*m_services.Messages, "Warning: no file specified therefore settings not saved.");
+        SaveSettings(*file);
+        txtStatus.Text = "Settings saved";
+    });
+}
+
+void frmKDE::SaveSettings(const std::filesystem::path& file) const {
+    platform::PublishFile(*m_services.Files, file, SettingsFileBytes(*this));
+}
+
+/// Errors while loading are passed over, as every failing step of the reader is.
+void frmKDE::btnLoadSettings_Click() {
+    try {
+        const auto file = m_services.Dialogs->OpenFile({.Title = "Open Settings File", .Filter = "Text files (*.txt)|*.txt"});
+        if (!file || file->empty()) return;
+        m_loadNote = ReadSettings(m_services.Files->ReadFile(*file, kSettingsFileLimit), *this);
+        txtStatus.Text = "Settings loaded";
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+void frmKDE::btnExit_Click() {
+    Visible = false;
+}
+
+void frmKDE::RefreshEnabledStates() {
+    chkBnds_Click();
+    if (optBE_MANUAL.Value)
+        optBE_MANUAL_Click();
+    else if (optPropHref.Value)
+        optPropHref_Click();
+    else
+        optBE_HREF_Click();
+    if (optExtRef.Value)
+        optExtRef_Click();
+    else if (optSmall.Value)
+        optSmall_Click();
+    else
+        optFull_Click();
+}
+
+// --- Groups of controls on and off ---
+
+void frmKDE::DisableIso() {
+    SwitchIso(false);
+}
+
+void frmKDE::EnableIso() {
+    SwitchIso(true);
+}
+
+void frmKDE::SwitchIso(bool on) {
+    enable(chkLines, on);
+    enable(chkPolys, on);
+    enable(chkDonuts, on);
+    enable(txtBnds, on);
+}
+
+void frmKDE::DisableBW() {
+    enable(txtBW, false);
+}
+
+void frmKDE::EnableBW() {
+    enable(txtBW, true);
+}
+
+void frmKDE::EnableBW2() {
+    enable(txtPropHref, true);
+}
+
+void frmKDE::DisableBW2() {
+    enable(txtPropHref, false);
+}
+
+void frmKDE::DisableBuffer() {
+    enable(txtBuffer, false);
+}
+
+void frmKDE::EnableBuffer() {
+    enable(txtBuffer, true);
+    DisableExtRef();
+}
+
+void frmKDE::DisableExtRef() {
+    enable(cmbExtRef, false);
+}
+
+void frmKDE::EnableExtRef() {
+    enable(cmbExtRef, true);
+    DisableBuffer();
+}
+
+}  // namespace wxl::kde_tool

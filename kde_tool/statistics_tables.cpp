@@ -1,0 +1,185 @@
+#include "kde_tool/statistics_tables.h"
+
+#include "engine/clsLSCV.h"
+#include "kde_tool/independence.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace wxl::kde_tool {
+
+using platform::NumberText;
+using platform::Point;
+
+namespace {
+
+constexpr std::size_t kCountWidth = 4;
+constexpr std::size_t kSchoenerWidth = 10;
+constexpr std::size_t kSwihartSladeWidth = 11;
+constexpr int kDigits = 15;  ///< significant digits of a number as text
+
+struct Spread {
+    double X = 0.0;
+    double Y = 0.0;
+};
+
+/// Standard deviations with divisor n - 1. Taken from the first fix, so that a coordinate that does not vary gives
+/// exactly 0.
+std::optional<Spread> spread(std::span<const Point> fixes) {
+    if (fixes.size() < 2) return std::nullopt;
+    const auto n = static_cast<double>(fixes.size());
+    const Point first = fixes.front();
+    Point mean;
+    for (const Point& fix : fixes) {
+        mean.X += (fix.X - first.X) / n;
+        mean.Y += (fix.Y - first.Y) / n;
+    }
+    Spread squares;
+    for (const Point& fix : fixes) {
+        squares.X += std::pow(fix.X - first.X - mean.X, 2);
+        squares.Y += std::pow(fix.Y - first.Y - mean.Y, 2);
+    }
+    const Spread result{std::sqrt(squares.X / (n - 1.0)), std::sqrt(squares.Y / (n - 1.0))};
+    if (!std::isfinite(result.X) || !std::isfinite(result.Y)) return std::nullopt;
+    return result;
+}
+
+/// HREF as the run computes it; nothing for a sample it cannot use.
+std::optional<double> reference_bandwidth(std::span<const Point> fixes) {
+    if (fixes.size() < 2) return std::nullopt;
+    engine::clsLSCV search;
+    search.SetInputCoords(fixes);
+    search.CalculateHREF();
+    const double href = search.GetHREF();
+    return href > 0.0 && std::isfinite(href) ? std::optional(href) : std::nullopt;
+}
+
+std::optional<double> scaled_reference_bandwidth(std::span<const Point> fixes) {
+    const auto deviations = spread(fixes);
+    if (!deviations || deviations->X == 0.0 || deviations->Y == 0.0) return std::nullopt;
+    std::vector<Point> unitVariance;
+    unitVariance.reserve(fixes.size());
+    for (const Point& fix : fixes) unitVariance.push_back({fix.X / deviations->X, fix.Y / deviations->Y});
+    return reference_bandwidth(unitVariance);
+}
+
+std::string text_or_na(const std::optional<double>& value) {
+    return value ? NumberText(*value) : "N/A";
+}
+
+std::string fitted_or_na(const std::optional<double>& value, std::size_t width) {
+    return value ? FittedNumberText(*value, width) : "N/A";
+}
+
+/// `value` rounded to that many significant digits.
+double round_to_digits(double value, int digits) {
+    std::array<char, 64> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific,
+                                   digits - 1);
+    double rounded = value;
+    std::from_chars(text.data(), end.ptr, rounded);
+    return rounded;
+}
+
+}  // namespace
+
+std::vector<IndependenceRow> IndependenceRows(std::span<const AnimalFixes> animals) {
+    std::vector<IndependenceRow> rows;
+    rows.reserve(animals.size());
+    for (const AnimalFixes& animal : animals)
+        rows.push_back({.Id = animal.Id,
+                        .NamingId = animal.NamingId,
+                        .Count = std::ssize(animal.Fixes),
+                        .Schoener = Schoener(animal.Fixes),
+                        .SwihartSlade = SwihartSlade(animal.Fixes)});
+    return rows;
+}
+
+std::vector<VarianceRow> VarianceRows(std::span<const AnimalFixes> animals) {
+    std::vector<VarianceRow> rows;
+    rows.reserve(animals.size());
+    for (const AnimalFixes& animal : animals) {
+        VarianceRow row{.Id = animal.Id, .Count = std::ssize(animal.Fixes), .SdX = {}, .SdY = {}, .Ratio = {}};
+        if (const auto deviations = spread(animal.Fixes)) {
+            row.SdX = deviations->X;
+            row.SdY = deviations->Y;
+            if (deviations->Y > 0.0) row.Ratio = deviations->X / deviations->Y;
+        }
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+std::vector<HrefRow> HrefRows(std::span<const AnimalFixes> animals) {
+    std::vector<HrefRow> rows;
+    rows.reserve(animals.size());
+    for (const AnimalFixes& animal : animals)
+        rows.push_back({.Id = animal.Id,
+                        .Count = std::ssize(animal.Fixes),
+                        .Href = reference_bandwidth(animal.Fixes),
+                        .HrefScaled = scaled_reference_bandwidth(animal.Fixes)});
+    return rows;
+}
+
+double LargestHref(std::span<const HrefRow> rows) {
+    double largest = 0.0;
+    for (const HrefRow& row : rows) largest = std::max(largest, row.Href.value_or(0.0));
+    return largest;
+}
+
+platform::DataGrid IndependenceTable(std::span<const IndependenceRow> rows, const std::string& idField, bool textIds) {
+    platform::DataGrid table;
+    table.Columns = {idField, "Count", "Schoener", "Swihart_Slade"};
+    if (textIds) table.Columns.insert(table.Columns.begin() + 1, "Naming_ID");
+    for (const IndependenceRow& row : rows) {
+        std::vector<std::string> cells = {platform::ValueText(row.Id)};
+        if (textIds) cells.push_back(row.NamingId);
+        cells.push_back(FittedNumberText(static_cast<double>(row.Count), kCountWidth));
+        cells.push_back(fitted_or_na(row.Schoener, kSchoenerWidth));
+        cells.push_back(fitted_or_na(row.SwihartSlade, kSwihartSladeWidth));
+        table.Rows.push_back(std::move(cells));
+    }
+    return table;
+}
+
+platform::DataGrid VarianceTable(std::span<const VarianceRow> rows, const std::string& idField) {
+    platform::DataGrid table;
+    table.Columns = {idField, "Count", "StdDev(x)", "StdDev(y)", "Ratio(x:y)"};
+    for (const VarianceRow& row : rows)
+        table.Rows.push_back({platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.SdX),
+                              text_or_na(row.SdY), text_or_na(row.Ratio)});
+    return table;
+}
+
+platform::DataGrid HrefTable(std::span<const HrefRow> rows, const std::string& idField) {
+    platform::DataGrid table;
+    table.Columns = {idField, "Count", "href", "href (scaled)"};
+    for (const HrefRow& row : rows)
+        table.Rows.push_back({platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.Href),
+                              text_or_na(row.HrefScaled)});
+    return table;
+}
+
+std::string FittedNumberText(double value, std::size_t width) {
+    for (int digits = kDigits; digits > 0; --digits) {
+        std::string text = NumberText(round_to_digits(value, digits));
+        if (text.size() <= width) return text;
+    }
+    return NumberText(value);
+}
+
+std::string IndependenceCsv(const platform::DataGrid& table) {
+    if (table.Columns.empty()) return {};
+    std::string text = table.Columns.front() + ",Count,Schoener,Swihart_Slade\r\n";
+    for (const auto& row : table.Rows) {
+        text += row.front();
+        for (auto cell = row.end() - 3; cell != row.end(); ++cell) text += "," + *cell;
+        text += "\r\n";
+    }
+    return text;
+}
+
+}  // namespace wxl::kde_tool
