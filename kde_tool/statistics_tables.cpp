@@ -1,13 +1,15 @@
 #include "kde_tool/statistics_tables.h"
 
-#include "engine/clsLSCV.h"
+#include "engine/numeric.h"
 #include "kde_tool/independence.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace wxl::kde_tool {
 
@@ -16,7 +18,6 @@ using platform::Point;
 
 namespace {
 
-constexpr std::size_t kCountWidth = 4;
 constexpr std::size_t kSchoenerWidth = 10;
 constexpr std::size_t kSwihartSladeWidth = 11;
 constexpr int kDigits = 15;  ///< significant digits of a number as text
@@ -26,37 +27,38 @@ struct Spread {
     double Y = 0.0;
 };
 
-/// Standard deviations with divisor n - 1. Taken from the first fix, so that a coordinate that does not vary gives
-/// exactly 0.
+/// The value of `compute`; nothing where it is beyond the range of numbers.
+template <class Compute>
+auto if_representable(Compute&& compute) -> std::optional<decltype(compute())> {
+    try {
+        return compute();
+    } catch (const platform::RuntimeError&) {
+        return std::nullopt;
+    }
+}
+
+/// Standard deviations with divisor n - 1; nothing where they are not defined.
 std::optional<Spread> spread(std::span<const Point> fixes) {
     if (fixes.size() < 2) return std::nullopt;
-    const auto n = static_cast<double>(fixes.size());
-    const Point first = fixes.front();
-    Point mean;
-    for (const Point& fix : fixes) {
-        mean.X += (fix.X - first.X) / n;
-        mean.Y += (fix.Y - first.Y) / n;
-    }
-    Spread squares;
-    for (const Point& fix : fixes) {
-        squares.X += std::pow(fix.X - first.X - mean.X, 2);
-        squares.Y += std::pow(fix.Y - first.Y - mean.Y, 2);
-    }
-    const Spread result{std::sqrt(squares.X / (n - 1.0)), std::sqrt(squares.Y / (n - 1.0))};
-    if (!std::isfinite(result.X) || !std::isfinite(result.Y)) return std::nullopt;
-    return result;
+    std::vector<Point> fromFirst;  // so that a coordinate that does not vary gives exactly 0
+    fromFirst.reserve(fixes.size());
+    for (const Point& fix : fixes) fromFirst.push_back({fix.X - fixes.front().X, fix.Y - fixes.front().Y});
+    return if_representable([&] {
+        return Spread{std::sqrt(engine::Variance(fromFirst, 0)), std::sqrt(engine::Variance(fromFirst, 1))};
+    });
 }
 
-/// HREF as the run computes it; nothing for a sample it cannot use.
+/// Reference bandwidth n^(-1/6) x sqrt(mean variance) (Silverman 1986); nothing where the fixes have no spread.
 std::optional<double> reference_bandwidth(std::span<const Point> fixes) {
-    if (fixes.size() < 2) return std::nullopt;
-    engine::clsLSCV search;
-    search.SetInputCoords(fixes);
-    search.CalculateHREF();
-    const double href = search.GetHREF();
-    return href > 0.0 && std::isfinite(href) ? std::optional(href) : std::nullopt;
+    const auto deviations = spread(fixes);
+    if (!deviations || (deviations->X == 0.0 && deviations->Y == 0.0)) return std::nullopt;
+    return if_representable([&] {
+        const double sigma = std::sqrt((engine::Variance(fixes, 1) + engine::Variance(fixes, 0)) / 2.0);
+        return std::pow(static_cast<double>(fixes.size()), -1.0 / 6.0) * sigma;
+    });
 }
 
+/// Reference bandwidth after each coordinate was divided by its standard deviation.
 std::optional<double> scaled_reference_bandwidth(std::span<const Point> fixes) {
     const auto deviations = spread(fixes);
     if (!deviations || deviations->X == 0.0 || deviations->Y == 0.0) return std::nullopt;
@@ -137,7 +139,7 @@ platform::DataGrid IndependenceTable(std::span<const IndependenceRow> rows, cons
     for (const IndependenceRow& row : rows) {
         std::vector<std::string> cells = {platform::ValueText(row.Id)};
         if (textIds) cells.push_back(row.NamingId);
-        cells.push_back(FittedNumberText(static_cast<double>(row.Count), kCountWidth));
+        cells.push_back(std::to_string(row.Count));
         cells.push_back(fitted_or_na(row.Schoener, kSchoenerWidth));
         cells.push_back(fitted_or_na(row.SwihartSlade, kSwihartSladeWidth));
         table.Rows.push_back(std::move(cells));

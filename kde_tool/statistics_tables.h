@@ -47,7 +47,8 @@ std::vector<HrefRow> HrefRows(std::span<const AnimalFixes> animals);
 double LargestHref(std::span<const HrefRow> rows);
 
 /// Columns: the ID field, "Naming_ID" with text IDs, "Count", "Schoener", "Swihart_Slade"; "N/A" where not defined.
-/// The last three hold at most 4, 10 and 11 characters: see FittedNumberText.
+/// "Schoener" holds at most 10 and "Swihart_Slade" at most 11 characters: see FittedNumberText. "Count" is made for 4
+/// characters; a larger count stands whole, because a shortened one would be another number.
 platform::DataGrid IndependenceTable(std::span<const IndependenceRow> rows, const std::string& idField, bool textIds);
 
 /// Columns: the ID field, "Count", "StdDev(x)", "StdDev(y)", "Ratio(x:y)".
