@@ -17,8 +17,8 @@ using platform::BackColor;
 
 namespace {
 
-constexpr int kPointLayers = 3;   ///< kinds of utilities::Utilities::ListLayers
-constexpr int kRasterLayers = 9;
+constexpr int kPointLayers = 3;  ///< kinds of utilities::Utilities::ListLayers
+constexpr int kRasterLayers = 2;
 constexpr std::size_t kPrefixLength = 6;
 
 template <class Control>
@@ -90,8 +90,7 @@ void frmKDE::FillPointLayers() {
     clear(cmbPntL);
     m_geodata.ListLayers(kPointLayers, cmbPntL);
     if (cmbPntL.Items.empty())
-        return ShowWarning(*m_services.Messages,
-                           "Warning: no point layers are present in map (nothing to work with).");
+        return ShowWarning(*m_services.Messages, "Warning: no point layers are present in map (nothing to work with).");
     cmbPntL.ListIndex = 0;
     cmbPntL_Click();
 }
@@ -120,8 +119,7 @@ void frmKDE::cmbPntL_Click() {
 void frmKDE::FillIdFields() {
     const platform::Layer layer = PointLayer();
     enable(chkUseSel, true);
-    for (const platform::Field& field : layer.Feature->FeatureClass()->Table().Fields())
-        if (field.Type != platform::FieldType::kGeometry) cmbUIDFLD.Items.push_back(field.Name);
+    m_geodata.FillFieldList(layer, cmbUIDFLD);
     enable(cmbUIDFLD, true);
 }
 
@@ -134,8 +132,7 @@ void frmKDE::chkUseSel_Click() {
 }
 
 platform::Layer frmKDE::PointLayer() const {
-    if (cmbPntL.Text().empty())
-        platform::Raise(platform::error_number::kObjectNotSet, "No point layer is chosen.");
+    if (cmbPntL.Text().empty()) platform::Raise(platform::error_number::kObjectNotSet, "No point layer is chosen.");
     platform::Layer layer = m_geodata.GetLayerByName(cmbPntL.Text());
     if (!layer.Feature || layer.Shape != platform::ShapeType::kPoint || !layer.Feature->FeatureClass())
         platform::Raise(platform::error_number::kObjectNotSet,
@@ -230,8 +227,7 @@ void frmKDE::btnIOSave_Click() {
         if (!file || file->empty())
             return ShowWarning(*m_services.Messages, "Warning: no file specified therefore data not saved.");
         if (datagridIO.Columns.empty())
-            return ShowError(*m_services.Messages,
-                             "The independence of observation data has not yet been calculated.");
+            return ShowError(*m_services.Messages, "The independence of observation data has not yet been calculated.");
         platform::PublishFile(*m_services.Files, *file, platform::ToWindows1252(IndependenceCsv(datagridIO)));
     });
 }
@@ -363,7 +359,8 @@ void frmKDE::SaveSettings(const std::filesystem::path& file) const {
 /// Errors while loading are passed over, as every failing step of the reader is.
 void frmKDE::btnLoadSettings_Click() {
     try {
-        const auto file = m_services.Dialogs->OpenFile({.Title = "Open Settings File", .Filter = "Text files (*.txt)|*.txt"});
+        const auto file =
+            m_services.Dialogs->OpenFile({.Title = "Open Settings File", .Filter = "Text files (*.txt)|*.txt"});
         if (!file || file->empty()) return;
         m_loadNote = ReadSettings(m_services.Files->ReadFile(*file, kSettingsFileLimit), *this);
         txtStatus.Text = "Settings loaded";

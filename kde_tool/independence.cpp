@@ -9,8 +9,8 @@ using platform::Point;
 
 namespace {
 
-/// Both indices depend on differences alone. Taken from the first fix, large map coordinates lose no digits, and fixes at one
-/// location are exactly 0.
+/// Both indices depend on differences alone. Taken from the first fix, large map coordinates lose no digits, and fixes
+/// at one location are exactly 0.
 Point from_first(std::span<const Point> fixes, std::size_t i) {
     return {fixes[i].X - fixes[0].X, fixes[i].Y - fixes[0].Y};
 }

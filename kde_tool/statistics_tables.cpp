@@ -79,8 +79,8 @@ std::string fitted_or_na(const std::optional<double>& value, std::size_t width) 
 /// `value` rounded to that many significant digits.
 double round_to_digits(double value, int digits) {
     std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific,
-                                   digits - 1);
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific, digits - 1);
     double rounded = value;
     std::from_chars(text.data(), end.ptr, rounded);
     return rounded;
@@ -160,8 +160,8 @@ platform::DataGrid HrefTable(std::span<const HrefRow> rows, const std::string& i
     platform::DataGrid table;
     table.Columns = {idField, "Count", "href", "href (scaled)"};
     for (const HrefRow& row : rows)
-        table.Rows.push_back({platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.Href),
-                              text_or_na(row.HrefScaled)});
+        table.Rows.push_back(
+            {platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.Href), text_or_na(row.HrefScaled)});
     return table;
 }
 
