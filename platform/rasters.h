@@ -25,7 +25,8 @@ public:
     /// Reads one row of Columns cells into `cells` (RuntimeError 9 when the row or the span does not fit).
     virtual void ReadRow(std::int32_t row, std::span<float> cells) = 0;
 
-    /// Exact minimum and maximum over all cells, computed anew (skip factor 1 in both directions).
+    /// Exact minimum and maximum over all cells, computed anew (skip factor 1 in both directions). Cells that are not a
+    /// number are passed over; both values are NaN when there is no other.
     virtual RasterStatistics ComputeStatistics() = 0;
 };
 
@@ -46,7 +47,11 @@ public:
 class IRasterWriter {
 public:
     virtual ~IRasterWriter() = default;
+
+    /// RuntimeError 9 when the row has not Columns cells or all rows are written, 6 for a cell that CheckCells refuses.
     virtual void WriteRow(std::span<const float> cells) = 0;
+
+    /// Gives the raster its name and opens it; RuntimeError 5 before the last row is written.
     virtual std::shared_ptr<IRasterDataset> Publish() = 0;
 };
 
@@ -57,5 +62,16 @@ struct RasterDefinition {
     RasterGeometry Geometry;
     SpatialReference Reference;
 };
+
+/// Refuses a definition that no raster can have: a bad name (CheckDatasetName), no cells, a cell size or origin that is
+/// not finite, or one so far out that doubles cannot tell its cells apart. RuntimeError 5 with the reason.
+void CheckRasterDefinition(const RasterDefinition& definition);
+
+/// Refuses cells that are not finite, and the lowest float, which formats keep for missing cells. RuntimeError 6 that
+/// names the raster.
+void CheckCells(std::span<const float> cells, const std::string& name);
+
+/// Minimum and maximum of a band, row by row; for bands that have no faster way.
+RasterStatistics StatisticsByRows(IRasterBand& band);
 
 }  // namespace wxl::platform

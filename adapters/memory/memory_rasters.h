@@ -1,6 +1,5 @@
 #pragma once
 #include "adapters/memory/memory_file_system.h"
-#include "platform/map.h"
 #include "platform/workspaces.h"
 
 #include <vector>
@@ -41,18 +40,6 @@ public:
 
 private:
     std::set<std::filesystem::path> m_tins;
-};
-
-/// A raster layer of a map.
-class MemoryRasterLayer final : public platform::IRasterLayer {
-public:
-    MemoryRasterLayer(std::string name, const platform::RasterGeometry& geometry);
-    std::string Name() const override { return m_name; }
-    platform::RasterGeometry Geometry() const override { return m_geometry; }
-
-private:
-    std::string m_name;
-    platform::RasterGeometry m_geometry;
 };
 
 }  // namespace wxl::memory
