@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/file_system.h"
 #include "platform/workspaces.h"
 
 namespace wxl::files {
