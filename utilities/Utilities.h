@@ -137,18 +137,18 @@ public:
 private:
     struct Measurement;
     std::vector<platform::Layer> DataLayers() const;
-    bool AddMeasurement(const Measurement& measurement, platform::IFeatureClass& featureClass,
-                        const std::string& sField, double dFactor, bool bYield);
-    std::optional<int> MeasurementField(platform::ITable& table, const std::string& sField);
     void DeleteSiblings(const std::filesystem::path& sFolder, const std::string& sName);
     bool DeleteDetected(const std::filesystem::path& sFolder, const std::string& sName);
-    void ReportError(const std::string& procedure, const std::string& detail = {}) const;
+    bool AddMeasurement(const Measurement& measurement, platform::IFeatureClass& featureClass,
+                        const std::string& sField, double& dFactor, bool bYield);
+    std::optional<int> MeasurementField(platform::ITable& table, const std::string& sField);
+    void ShowError(const std::string& procedure, const std::string& detail = {}) const;
 
     platform::Services m_services;
     std::shared_ptr<platform::IApplication> m_application;
     std::shared_ptr<platform::IMxDocument> m_document;
     std::shared_ptr<platform::IMap> m_map;
-    std::string m_deleteFileTrace;
+    std::string m_deleteFileTrace = "DeleteFile";
 };
 
 }  // namespace wxl::utilities

@@ -1,0 +1,237 @@
+#include "isopleths/levels.h"
+
+#include "platform/checked.h"
+#include "platform/runtime_error.h"
+
+#include <cmath>
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace wxl::isopleths {
+namespace {
+
+using platform::RuntimeError;
+
+std::vector<double> levels_of(const std::vector<double>& cells, std::int32_t columns,
+                              const std::vector<double>& percentages) {
+    const auto rows = static_cast<std::int32_t>(cells.size()) / columns;
+    return isopleth_levels({columns, rows, cells}, percentages);
+}
+
+std::int32_t fault_of(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const RuntimeError& error) {
+        return error.Number;
+    }
+    return 0;
+}
+
+/// The levels by plain accumulation, anew for every percentage.
+std::vector<double> plain_levels(const std::vector<double>& cells, const std::vector<double>& percentages) {
+    double minimum = cells.front();
+    double maximum = cells.front();
+    for (const double cell : cells) {
+        if (cell < minimum) minimum = cell;
+        if (cell > maximum) maximum = cell;
+    }
+    const double range = maximum - minimum;
+    std::vector<std::int32_t> histogram(100001, 0);
+    for (const double cell : cells) {
+        const std::int32_t bin = platform::floor_i32(platform::quotient((cell - minimum) * 100000.0, range));
+        if (bin < 0 || bin > 100000) platform::Raise(platform::error_number::kSubscript);
+        ++histogram.at(static_cast<std::size_t>(bin));
+    }
+    const auto weight = [&](std::int32_t b) {
+        if (b < 0 || b > 100000) platform::Raise(platform::error_number::kSubscript);
+        return platform::product_i32(histogram.at(static_cast<std::size_t>(b)), b);
+    };
+    double total = 0.0;
+    for (std::int32_t b = 1; b <= 100000; ++b) total += weight(b);
+    std::vector<double> levels;
+    for (const double percentage : percentages) {
+        const double target = percentage / 100.0 * total;
+        double accumulated = 0.0;
+        std::int32_t b = 100001;
+        while (accumulated < target) {
+            --b;
+            accumulated += weight(b);
+        }
+        levels.push_back(b * range / 100000.0 + minimum);
+    }
+    return levels;
+}
+
+// Cells 0, 1, 2, 3 lie in the bins 0, 33333, 66666 and 100000; the total is 199999.
+TEST(Levels, A_level_is_the_lowest_bin_that_completes_the_share_from_the_top) {
+    const std::vector<double> levels = levels_of({0, 1, 2, 3}, 2, {50, 51, 83.3, 83.4, 100});
+    ASSERT_EQ(levels.size(), 5U);
+    EXPECT_DOUBLE_EQ(levels[0], 3.0);      // 99999.5 of bin 100000's 100000
+    EXPECT_DOUBLE_EQ(levels[1], 1.99998);  // 101999.49: bin 66666 is needed
+    EXPECT_DOUBLE_EQ(levels[2], 1.99998);  // 166599.167 of 166666
+    EXPECT_DOUBLE_EQ(levels[3], 0.99999);  // 166799.166: bin 33333 is needed
+    EXPECT_DOUBLE_EQ(levels[4], 0.99999);
+}
+
+// Two cells in bin 100000, two in bin 50000, one in bin 0: total 300000, of which the top bin holds exactly two thirds.
+TEST(Levels, A_share_that_falls_on_a_bins_boundary_takes_that_bin) {
+    const std::vector<double> levels = levels_of({0, 5, 5, 10, 10}, 5, {100.0 * 2 / 3, 66.0, 67.0});
+    EXPECT_DOUBLE_EQ(levels[1], 10.0);
+    EXPECT_DOUBLE_EQ(levels[2], 5.0);
+    EXPECT_EQ(levels[0], 100.0 * 2 / 3 / 100.0 * 300000 <= 200000.0 ? levels[1] : levels[2]);
+}
+
+TEST(Levels, Zero_percent_lies_above_every_cell) {
+    EXPECT_DOUBLE_EQ(levels_of({10, 20, 30, 40}, 2, {0}).front(), 10 + 1.00001 * 30);
+}
+
+TEST(Levels, Hundred_percent_with_cells_in_bin_1_is_one_bin_above_the_minimum) {
+    // 0.000015 of a range of 1 lies in bin 1.
+    EXPECT_DOUBLE_EQ(levels_of({0, 0.000015, 0.5, 1}, 2, {100}).front(), 0.00001);
+}
+
+TEST(Levels, Hundred_percent_stops_at_the_lowest_bin_with_weight) {
+    EXPECT_DOUBLE_EQ(levels_of({0, 0, 0, 7}, 2, {100}).front(), 7.0);
+}
+
+TEST(Levels, More_than_hundred_percent_is_a_subscript_out_of_range) {
+    EXPECT_EQ(fault_of([] { levels_of({0, 1, 2, 3}, 2, {50, 100.1}); }), 9);
+}
+
+TEST(Levels, Percentages_keep_their_order_and_may_repeat) {
+    const std::vector<double> levels = levels_of({0, 1, 2, 3}, 2, {100, 0, 100, 51});
+    EXPECT_DOUBLE_EQ(levels[0], 0.99999);
+    EXPECT_DOUBLE_EQ(levels[1], 3.00003);
+    EXPECT_DOUBLE_EQ(levels[2], 0.99999);
+    EXPECT_DOUBLE_EQ(levels[3], 1.99998);
+}
+
+TEST(Levels, Negative_percentages_count_as_none) {
+    EXPECT_DOUBLE_EQ(levels_of({0, 1, 2, 3}, 2, {-5}).front(), 3.00003);
+}
+
+TEST(Levels, Equal_cells_are_a_fault) {
+    EXPECT_EQ(fault_of([] { levels_of({4, 4, 4, 4}, 2, {50}); }), 6);
+}
+
+TEST(Levels, A_value_that_is_not_a_number_is_a_fault) {
+    VolumeHistogram histogram(0.0, 1.0);
+    const std::vector<double> cells = {0.0, std::numeric_limits<double>::quiet_NaN(), 1.0};
+    EXPECT_EQ(fault_of([&] { histogram.Add(std::span<const double>(cells)); }), 9);
+}
+
+TEST(Levels, Values_outside_the_range_are_a_fault) {
+    for (const double outside : {-0.001, 1.00002, 1e300, -std::numeric_limits<double>::infinity()}) {
+        VolumeHistogram histogram(0.0, 1.0);
+        const std::vector<double> cells = {outside};
+        EXPECT_EQ(fault_of([&] { histogram.Add(std::span<const double>(cells)); }), 9) << outside;
+    }
+}
+
+// A cell one ulp of single precision above 0.5 lies in bin 50000 + 0.00596: floor, no rounding.
+TEST(Levels, Cells_of_single_precision_are_binned_in_double_precision) {
+    VolumeHistogram histogram(0.0, 1.0);
+    const std::vector<float> cells = {0.0F, std::nextafter(0.5F, 1.0F), std::nextafter(0.5F, 0.0F), 1.0F};
+    histogram.Add(std::span<const float>(cells));
+    EXPECT_EQ(histogram.TotalVolume(), 100000.0 + 50000.0 + 49999.0);
+}
+
+TEST(Levels, A_bin_100000_of_21474_cells_passes_and_of_21475_overflows) {
+    std::vector<double> cells(21475, 1.0);
+    cells[0] = 0.0;
+    EXPECT_DOUBLE_EQ(levels_of(cells, 25, {50}).front(), 1.0);
+    cells.resize(21500, 1.0);
+    EXPECT_EQ(fault_of([&] { levels_of(cells, 25, {50}); }), 6);
+}
+
+// 28633 x 75000 is 2147475000, 28634 x 75000 is 2147550000.
+TEST(Levels, A_bin_75000_overflows_at_28634_cells) {
+    for (const std::size_t count : {28633U, 28634U}) {
+        std::vector<double> cells(count, 0.75);
+        cells.push_back(0.0);
+        cells.push_back(1.0);
+        const auto columns = static_cast<std::int32_t>(cells.size());
+        EXPECT_EQ(fault_of([&] { levels_of(cells, columns, {50}); }), count == 28633U ? 0 : 6) << count;
+    }
+}
+
+TEST(Levels, Missing_data_cells_enter_as_the_values_they_hold) {
+    const double missing = static_cast<double>(-std::numeric_limits<float>::max());
+    const std::vector<double> levels = levels_of({missing, 0, 0, 8}, 2, {60});
+    // All three others share bin 100000.
+    EXPECT_EQ(levels.front(), 100000 * (8 - missing) / 100000.0 + missing);
+}
+
+TEST(Levels, A_surface_without_cells_is_a_fault) {
+    EXPECT_EQ(fault_of([] { isopleth_levels({0, 0, {}}, std::vector<double>{50}); }), 9);
+}
+
+TEST(Levels, Equal_the_plain_loop_on_random_and_hostile_grids) {
+    std::mt19937 random(20261120);
+    std::uniform_real_distribution<double> uniform(0.0, 1.0);
+    for (int round = 0; round < 60; ++round) {
+        const std::size_t count = 2 + static_cast<std::size_t>(random() % 3000);
+        const double power = 1.0 + 6.0 * uniform(random);
+        const double base = (uniform(random) - 0.5) * std::pow(10.0, std::floor(uniform(random) * 8.0));
+        std::vector<double> cells(count);
+        for (double& cell : cells)
+            cell = static_cast<double>(static_cast<float>(base + std::pow(uniform(random), power)));
+        if (round % 7 == 0) cells.assign(30000, cells.front());
+        if (round % 7 == 0) cells.back() = cells.front() + (round % 2 == 0 ? 1.0 : -1.0);
+        std::vector<double> percentages = {0, 100, 95, 50, 99.999, 1e-9};
+        for (int i = 0; i < 8; ++i) percentages.push_back(100.0 * uniform(random));
+        if (round % 5 == 4) percentages.push_back(100.0 + 1e-9);
+
+        std::vector<double> expected;
+        std::vector<double> found;
+        const std::int32_t expectedFault = fault_of([&] { expected = plain_levels(cells, percentages); });
+        const auto columns = static_cast<std::int32_t>(cells.size());
+        const std::int32_t foundFault = fault_of([&] { found = levels_of(cells, columns, percentages); });
+        EXPECT_EQ(foundFault, expectedFault) << round;
+        EXPECT_EQ(found, expected) << round;
+    }
+}
+
+TEST(SurfaceEdge, Holds_the_cells_of_all_four_sides) {
+    const std::vector<double> cells = {1, 2, 3, 4, 99, 6, 7, 98, 9, 10, 11, 12};
+    VolumeHistogram histogram(1, 99);
+    SurfaceEdge edge;
+    scan_surface({3, 4, cells}, edge, histogram);
+    EXPECT_EQ(edge.North, (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(edge.South, (std::vector<double>{10, 11, 12}));
+    EXPECT_EQ(edge.West, (std::vector<double>{1, 4, 7, 10}));
+    EXPECT_EQ(edge.East, (std::vector<double>{3, 6, 9, 12}));
+    EXPECT_EQ(edge.MaxValue, 12.0);
+}
+
+TEST(SurfaceEdge, The_largest_value_of_a_non_positive_edge_is_0) {
+    const std::vector<double> cells = {-1, -2, -3, -4, 5, -6, 0, -8, -9};
+    VolumeHistogram histogram(-9, 5);
+    SurfaceEdge edge;
+    scan_surface({3, 3, cells}, edge, histogram);
+    EXPECT_EQ(edge.MaxValue, 0.0);
+}
+
+TEST(SurfaceEdge, Is_measured_on_every_side) {
+    for (const std::size_t highest : {0U, 1U, 2U, 3U, 5U, 6U, 7U, 8U}) {
+        std::vector<double> cells(9, 0.0);
+        cells[highest] = 7.5;
+        VolumeHistogram histogram(0, 7.5);
+        SurfaceEdge edge;
+        scan_surface({3, 3, cells}, edge, histogram);
+        EXPECT_EQ(edge.MaxValue, 7.5) << highest;
+    }
+}
+
+TEST(SurfaceEdge, Is_known_after_a_fault_of_the_histogram) {
+    const std::vector<double> cells = {3, 3, 3, 3};
+    VolumeHistogram histogram(3, 3);
+    SurfaceEdge edge;
+    EXPECT_NE(fault_of([&] { scan_surface({2, 2, cells}, edge, histogram); }), 0);
+    EXPECT_EQ(edge.MaxValue, 3.0);
+}
+
+}  // namespace
+}  // namespace wxl::isopleths
