@@ -1,5 +1,6 @@
 #include "kde_tool/animal_fixes.h"
 
+#include "kde_tool/naming_ids.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -71,9 +72,10 @@ std::unique_ptr<platform::IFeatureCursor> points_of(platform::IFeatureLayer& lay
 }
 
 void name_animals(GroupedFixes& groups) {
-    std::size_t next = 1;
-    for (AnimalFixes& animal : groups.Animals)
-        animal.NamingId = groups.TextIds ? std::to_string(next++) : platform::ValueText(animal.Id);
+    std::vector<FieldValue> ids;
+    for (const AnimalFixes& animal : groups.Animals) ids.push_back(animal.Id);
+    const std::vector<std::string> names = naming_ids(ids, groups.TextIds);
+    for (std::size_t i = 0; i < names.size(); ++i) groups.Animals[i].NamingId = names[i];
 }
 
 }  // namespace

@@ -370,7 +370,10 @@ void frmKDE::btnLoadSettings_Click() {
 }
 
 void frmKDE::btnExit_Click() {
-    Visible = false;
+    if (m_running)
+        m_stopRequested = true;
+    else
+        Visible = false;
 }
 
 void frmKDE::RefreshEnabledStates() {

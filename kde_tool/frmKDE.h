@@ -1,5 +1,6 @@
 #pragma once
 #include "kde_tool/animal_fixes.h"
+#include "kde_tool/run_record.h"
 #include "kde_tool/statistics_tables.h"
 #include "platform/controls.h"
 #include "platform/services.h"
@@ -29,6 +30,9 @@ public:
 
     const std::string Caption = "Kernel Density Estimation";
     bool Visible = true;  ///< false after btnExit
+
+    /// Format of the rasters that a run writes: "GRID" or "GTiff".
+    std::string RasterFormat = "GRID";
 
     // All pages
     platform::Tab SSTab1{{"Input Data", "Kernel Settings", "Bandwidth", "Output Options"}};
@@ -132,9 +136,11 @@ public:
     void btnSaveSettings_Click();
     void btnLoadSettings_Click();
     void btnFolder_Click();
+
+    /// Closes the form. During a run it asks the run to stop instead, which it does after the present distribution.
     void btnExit_Click();
 
-    /// Runs the batch analysis.
+    /// Runs the batch analysis. Nothing while a run is in progress.
     void btnOK_Click();
 
     // Groups of controls on and off: Enabled and the background colour
@@ -197,6 +203,14 @@ public:
     /// What the last load noted about output folders that do not exist; never shown.
     const std::string& LoadNote() const { return m_loadNote; }
 
+    /// Tells `observer` of every distribution of a run; null (the default): nobody. It must outlive the runs.
+    void SetObserver(IRunObserver* observer) { m_observer = observer; }
+    IRunObserver* Observer() const { return m_observer; }
+
+    /// Whether a run is in progress, and whether it was asked to stop.
+    bool Running() const { return m_running; }
+    bool StopRequested() const { return m_stopRequested; }
+
     const platform::Services& Services() const { return m_services; }
     utilities::Utilities& Geodata() const { return m_geodata; }
 
@@ -217,6 +231,9 @@ private:
     std::string m_outFolder;
     std::string m_loadNote;
     double m_largestHref = 0.0;
+    bool m_running = false;
+    bool m_stopRequested = false;
+    IRunObserver* m_observer = nullptr;
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;
     std::vector<HrefRow> m_hrefs;

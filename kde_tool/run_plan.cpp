@@ -3,15 +3,11 @@
 #include "platform/text.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
-#include <unordered_map>
 
 namespace wxl::kde_tool {
 namespace {
 
-using platform::FieldValue;
 using platform::IsNumeric;
 using platform::NumberFromText;
 using platform::NumberText;
@@ -25,21 +21,6 @@ bool is_list(const RunInputs& inputs) {
 
 bool is_number_above(const std::string& text, double limit) {
     return IsNumeric(text) && NumberFromText(text) > limit;
-}
-
-std::string number_text_17(double value) {
-    std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 17).ptr;
-    return platform::UpperCase(std::string(text.data(), end));
-}
-
-void tell_apart(std::vector<std::string>& names, std::span<const FieldValue> ids) {
-    std::unordered_map<std::string, int> uses;
-    for (const std::string& name : names) ++uses[name];
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (const double* number = std::get_if<double>(&ids[i]); number && uses[names[i]] > 1)
-            names[i] = number_text_17(*number);
-    }
 }
 
 std::int32_t whole_cells(double length, double cellSize) {
@@ -96,15 +77,6 @@ std::optional<std::vector<double>> isopleth_percentages(std::string_view text) {
         percentages.push_back(NumberFromText(piece));
     }
     return percentages;
-}
-
-std::vector<std::string> naming_ids(std::span<const FieldValue> ids, bool textIds) {
-    std::vector<std::string> names;
-    names.reserve(ids.size());
-    for (const FieldValue& id : ids)
-        names.push_back(textIds ? std::to_string(names.size() + 1) : platform::ValueText(id));
-    if (!textIds) tell_apart(names, ids);
-    return names;
 }
 
 std::string raster_name(const RunInputs& inputs, const std::string& namingId, std::size_t number, std::size_t count) {

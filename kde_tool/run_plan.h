@@ -30,10 +30,6 @@ double largest_value(const RunInputs& inputs, std::span<const double> values);
 /// The isopleth percentages, in the order typed; nothing when a piece is no number.
 std::optional<std::vector<double>> isopleth_percentages(std::string_view text);
 
-/// One naming ID per animal: 1, 2, 3 ... for text IDs, the ID itself for numbers. Numbers that agree in 15 digits are
-/// told apart by writing 17, so that no two animals share a name.
-std::vector<std::string> naming_ids(std::span<const platform::FieldValue> ids, bool textIds);
-
 /// Prefix + naming ID, followed by "_b" and `number` (from 1) for proportions, and for lists of two or more bandwidths.
 std::string raster_name(const RunInputs& inputs, const std::string& namingId, std::size_t number, std::size_t count);
 

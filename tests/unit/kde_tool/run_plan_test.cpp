@@ -1,4 +1,5 @@
 #include "kde_tool/run_plan.h"
+
 #include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +9,6 @@
 namespace wxl::kde_tool {
 namespace {
 
-using platform::FieldValue;
 using testing::ElementsAre;
 
 RunInputs usable_inputs() {
@@ -107,19 +107,6 @@ TEST(RunPlan, Isopleth_percentages_keep_their_order_and_refuse_what_is_no_number
     EXPECT_THAT(*isopleth_percentages("95, 90,50"), ElementsAre(95.0, 90.0, 50.0));
     EXPECT_EQ(isopleth_percentages("95, x, 50"), std::nullopt);
     EXPECT_EQ(isopleth_percentages("95,"), std::nullopt);
-}
-
-TEST(RunPlan, Text_ids_are_named_by_their_place_and_numbers_by_themselves) {
-    const std::vector<FieldValue> texts = {std::string("Ada"), std::string("Bo")};
-    EXPECT_THAT(naming_ids(texts, true), ElementsAre("1", "2"));
-    const std::vector<FieldValue> numbers = {std::int64_t{-3}, std::int64_t{12}, 3.5, 1e20};
-    EXPECT_THAT(naming_ids(numbers, false), ElementsAre("-3", "12", "3.5", "1E+20"));
-}
-
-// 0.1 + 0.2 differs from 0.3 in the 17th digit only.
-TEST(RunPlan, Numbers_that_agree_in_15_digits_get_names_of_their_own) {
-    const std::vector<FieldValue> numbers = {0.3, 0.1 + 0.2, 2.0};
-    EXPECT_THAT(naming_ids(numbers, false), ElementsAre("0.29999999999999999", "0.30000000000000004", "2"));
 }
 
 TEST(RunPlan, Rasters_are_numbered_for_proportions_and_for_lists_of_bandwidths) {

@@ -1,0 +1,177 @@
+#include "kde_tool/animal_run.h"
+
+#include "engine/clsKernelCalculator.h"
+#include "isopleths/clsHISO.h"
+#include "kde_tool/run_plan.h"
+#include "platform/runtime_error.h"
+#include "utilities/Utilities.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace wxl::kde_tool {
+namespace {
+
+/// Kernels reach, and smallest extents are padded, by this many bandwidths.
+constexpr double kReach = 4.0;
+
+platform::Extent bounds_of(const std::vector<platform::Point>& fixes) {
+    platform::Extent bounds;
+    for (const platform::Point& fix : fixes) bounds.Include(fix);
+    return bounds;
+}
+
+AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
+                       BandwidthMethod method) {
+    AnimalRecord record;
+    record.Id = platform::ValueText(animal.Id);
+    record.NamingId = animal.NamingId;
+    record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
+    record.Method = method;
+    record.Bandwidth = calculator.GetBandwidth();
+    record.BandwidthMapUnits = calculator.GetScaledBandwidth();
+    record.Href = calculator.GetHREF();
+    record.Minimized = calculator.LSCVMinimized;
+    if (const auto profile = calculator.GetLSCVProfile())
+        for (const engine::ProfileRow& row : *profile) record.Profile.push_back({row.Bandwidth, row.Score});
+    record.Grid = {calculator.GetOriginX(), calculator.GetOriginY(), calculator.GetCellSize(),
+                   calculator.GetColumnCount(), calculator.GetRowCount()};
+    record.Volume = calculator.GetKernelVolume();
+    record.Status = calculator.lErrorStatus;
+    record.Warnings = calculator.WarningMessages();
+    return record;
+}
+
+/// Areas of the polygons of one percentage: one feature per level that has a contour.
+std::optional<double> area_of(platform::IFeatureClass& polygons, double percent) {
+    const int percentField = polygons.Table().FindField("PERCENT");
+    const int areaField = polygons.Table().FindField("AREA");
+    if (percentField < 0 || areaField < 0) return std::nullopt;
+    const auto cursor = polygons.Find({.Where = std::nullopt, .WithShape = false});
+    while (const auto feature = cursor->NextFeature())
+        if (platform::ValueNumber(feature->Value(percentField)) == percent)
+            return platform::ValueNumber(feature->Value(areaField));
+    return std::nullopt;
+}
+
+}  // namespace
+
+AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
+    AnimalRecord record;
+    const auto raster = ComputeRaster(animal, index, record);
+    m_report.Write(animal_lines(record, m_frame.Inputs, m_frame.TextIds));
+    if (m_frame.Inputs.Isopleths && raster) DrawIsopleths(raster, record);
+    m_report.Write(animal_end_lines(record));
+    return record;
+}
+
+std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalFixes& animal, std::size_t index,
+                                                                   AnimalRecord& record) {
+    engine::clsKernelCalculator calculator(*m_services.Messages, m_services.Rasters);
+    Configure(calculator, animal);
+    ChooseBandwidth(calculator, m_frame.Values.at(index));
+    calculator.SetLimitRadius(kReach * calculator.GetScaledBandwidth());
+    if (m_frame.Inputs.Mode == ExtentMode::kMinimum) SetSmallestExtent(calculator, animal);
+    m_stages.Stage("Calculating kernel...");
+    calculator.CalculateKernel();
+
+    record = record_of(calculator, animal, m_frame.Inputs.Method);
+    record.RasterName = raster_name(m_frame.Inputs, animal.NamingId, index + 1, m_frame.Values.size());
+    ShowWarnings(record);
+    m_stages.Stage("Writing kernel...");
+    const auto raster = calculator.WriteKernelToRaster(m_frame.Folder, record.RasterName, m_frame.Reference);
+    if (raster) record.Files.push_back(raster->Path().empty() ? record.RasterName : raster->Path().string());
+    return raster;
+}
+
+void AnimalRun::Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const {
+    const RunInputs& inputs = m_frame.Inputs;
+    calculator.SetInputCoords(animal.Fixes);
+    calculator.SetHost(m_services.Host);
+    calculator.SetProgressBar(&m_progress);
+    calculator.SetRasterFormat(m_frame.RasterFormat);
+    calculator.SetKernelType(engine::kernel_Guassian);
+    calculator.SetFixedKernel(inputs.FixedKernel);
+    calculator.SetEnforceUnitVariance(inputs.Rescale);
+    calculator.SetScalingFactor(m_frame.ScalingFactor);
+    calculator.SetCellSize(m_frame.CellSize);
+    if (inputs.Mode == ExtentMode::kFull) SetFullExtent(calculator);
+    if (inputs.Mode == ExtentMode::kReference) calculator.SetReferenceRaster(m_frame.ReferenceRaster.get());
+}
+
+void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
+    const auto grid = enlarged_grid(m_frame.LayerExtent, m_frame.Buffer, calculator.GetCellSize());
+    calculator.SetRows(grid.Rows);
+    calculator.SetColumns(grid.Columns);
+    calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
+}
+
+void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const {
+    const auto grid =
+        enlarged_grid(bounds_of(animal.Fixes), kReach * calculator.GetScaledBandwidth(), calculator.GetCellSize());
+    calculator.SetColumns(grid.Columns);
+    calculator.SetRows(grid.Rows);
+    calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
+}
+
+void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double value) {
+    switch (m_frame.Inputs.Method) {
+        case BandwidthMethod::kLscv:
+            m_stages.Stage("Calculating LSCV...");
+            return calculator.CalculateLSCV();
+        case BandwidthMethod::kBcv:
+            m_stages.Stage("Calculating BCV...");
+            return calculator.CalculateBCV();
+        case BandwidthMethod::kHref:
+            return calculator.CalculateHREF();
+        case BandwidthMethod::kManual:
+            return calculator.SetManualBandwidth(value);
+        case BandwidthMethod::kProportion:
+            calculator.CalculateHREF();
+            return calculator.SetProportionHRefBandwidth(value);
+    }
+}
+
+void AnimalRun::ShowWarnings(const AnimalRecord& record) const {
+    if (record.Warnings.empty() || m_frame.Inputs.Silent) return;
+    m_services.Messages->Show({.Text = record.Warnings + "(Animal ID: " + record.Id + ")", .Title = "Warnings"});
+}
+
+void AnimalRun::DrawIsopleths(const std::shared_ptr<platform::IRasterDataset>& raster, AnimalRecord& record) {
+    m_stages.Stage("Isopleths...");
+    const RunInputs& inputs = m_frame.Inputs;
+    isopleths::clsHISO isopleths(m_services, m_geodata);
+    isopleths.SetCalculateLines(inputs.Lines);
+    isopleths.SetCalculatePolys(inputs.Polygons);
+    isopleths.SetCalculateDonuts(inputs.Donuts);
+    isopleths.SetIsoplethBoundaries(m_frame.Percentages);
+    isopleths.SetOutputFolder(m_frame.Folder);
+    isopleths.SetOutputName(isopleth_name(record.RasterName));
+    isopleths.SetRasterDataset(raster);
+    isopleths.CreateIsopleths();
+    TakeIsopleths(isopleths, record);
+    if (!record.EdgeWarning) return;
+    m_services.Messages->Show({.Text = kEdgeWarningText, .Title = "Warning", .Sign = platform::Icon::kExclamation});
+}
+
+void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord& record) const {
+    record.IsoplethStatus = isopleths.GetErrorStatus();
+    record.MaxEdgeValue = isopleths.GetMaxEdgeValue();
+    record.EdgeWarning = *record.MaxEdgeValue > edge_threshold(m_frame.Inputs.Method, m_frame.ScalingFactor);
+    const auto polygons = isopleths.GetPolysFeatureClass();
+    const std::vector<double>& levels = isopleths.GetLevels();
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const double percent = m_frame.Percentages.at(i);
+        record.Isopleths.push_back({percent, levels[i], polygons ? area_of(*polygons, percent) : std::nullopt});
+    }
+    const std::string stem = isopleth_name(record.RasterName);
+    if (isopleths.GetLinesFeatureClass()) AddFile(stem + "_line.shp", record);
+    if (polygons) AddFile(stem + "_poly.shp", record);
+    if (isopleths.GetDonutsFeatureClass()) AddFile(stem + "_donut.shp", record);
+}
+
+void AnimalRun::AddFile(const std::string& name, AnimalRecord& record) const {
+    record.Files.push_back((m_frame.Folder / name).string());
+}
+
+}  // namespace wxl::kde_tool
