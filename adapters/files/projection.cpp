@@ -1,0 +1,91 @@
+#include "adapters/files/projection.h"
+
+#include "adapters/files/gdal_support.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <memory>
+#include <vector>
+
+namespace wxl::files {
+
+namespace {
+
+using platform::Point;
+
+double within_half_turn(double degrees) {
+    return degrees - 360.0 * std::floor((degrees + 180.0) / 360.0);
+}
+
+/// The middle value; the mean of the two middle values of an even count.
+double median(std::vector<double>& values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    if (values.size() % 2 == 1) return *middle;
+    return (*middle + *std::max_element(values.begin(), middle)) / 2.0;
+}
+
+}  // namespace
+
+std::string UtmZone::Name() const {
+    return fmt::format("{}{}", Number, South ? 'S' : 'N');
+}
+
+std::string UtmZone::Code() const {
+    return fmt::format("EPSG:{}", (South ? 32700 : 32600) + Number);
+}
+
+double UtmZone::MiddleDegrees() const {
+    return Number * 6.0 - 183.0;
+}
+
+std::optional<UtmZone> utm_zone_of(const Point& degrees) {
+    if (!(degrees.Y >= -80.0 && degrees.Y <= 84.0) || !std::isfinite(degrees.X)) return std::nullopt;
+    const double east = within_half_turn(degrees.X) + 180.0;
+    return UtmZone{std::clamp(static_cast<int>(east / 6.0) + 1, 1, 60), degrees.Y < 0.0};
+}
+
+Point median_position(std::span<const Point> degrees) {
+    std::vector<double> values;
+    values.reserve(degrees.size());
+    const double first = degrees.front().X;
+    for (const Point& point : degrees) values.push_back(first + within_half_turn(point.X - first));
+    const double longitude = within_half_turn(median(values));
+    values.clear();
+    for (const Point& point : degrees) values.push_back(point.Y);
+    return {longitude, median(values)};
+}
+
+std::optional<std::size_t> project(std::span<Point> points, const platform::SpatialReference& from,
+                                   const platform::SpatialReference& to) {
+    const GdalErrors errors;
+    const OGRSpatialReference source = ToOgr(from);
+    const OGRSpatialReference target = ToOgr(to);
+    const std::unique_ptr<OGRCoordinateTransformation> transformation(
+        OGRCreateCoordinateTransformation(&source, &target));
+    if (!transformation)
+        platform::Raise(platform::error_number::kInvalidCall,
+                        fmt::format("no transformation from {} to {}: {}", from.Name, to.Name, errors.Text()));
+
+    constexpr std::size_t kAtOnce = 4096;
+    std::vector<double> x(kAtOnce);
+    std::vector<double> y(kAtOnce);
+    std::vector<int> done(kAtOnce);
+    for (std::size_t start = 0; start < points.size(); start += kAtOnce) {
+        const std::size_t count = std::min(kAtOnce, points.size() - start);
+        for (std::size_t i = 0; i < count; ++i) {
+            x[i] = points[start + i].X;
+            y[i] = points[start + i].Y;
+        }
+        transformation->Transform(static_cast<int>(count), x.data(), y.data(), nullptr, done.data());
+        for (std::size_t i = 0; i < count; ++i) {
+            if (done[i] == 0 || !std::isfinite(x[i]) || !std::isfinite(y[i])) return start + i;
+            points[start + i] = {x[i], y[i]};
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace wxl::files

@@ -1,0 +1,34 @@
+#pragma once
+#include "platform/values.h"
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace wxl::files {
+
+/// A zone of the Universal Transverse Mercator grid on WGS 84: 6 degrees of longitude each, number 1 from 180 W.
+/// The wider zones around Norway and Svalbard are not applied.
+struct UtmZone {
+    int Number = 1;
+    bool South = false;
+
+    std::string Name() const;      ///< "32N"
+    std::string Code() const;      ///< "EPSG:32632"
+    double MiddleDegrees() const;  ///< central meridian
+};
+
+/// The zone of a position in degrees, longitudes -180 to 360; nothing beyond 84 N and 80 S, where there are no zones.
+std::optional<UtmZone> utm_zone_of(const platform::Point& degrees);
+
+/// The median longitude and latitude. Longitudes are taken around the first one, so that fixes on both sides of the
+/// 180th meridian have their median there. `degrees` is not empty.
+platform::Point median_position(std::span<const platform::Point> degrees);
+
+/// Projects points in place from one coordinate system to another, x before y in both. The index of the first point
+/// that cannot be projected, or nothing when all were. RuntimeError 5 when there is no way between the two.
+std::optional<std::size_t> project(std::span<platform::Point> points, const platform::SpatialReference& from,
+                                   const platform::SpatialReference& to);
+
+}  // namespace wxl::files

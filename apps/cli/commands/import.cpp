@@ -1,0 +1,218 @@
+#include "apps/cli/commands/import.h"
+
+#include "adapters/files/gdal_support.h"
+#include "adapters/files/projection.h"
+#include "adapters/files/timestamp.h"
+#include "adapters/files/tracking_csv.h"
+#include "apps/cli/shapefile_output.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fstream>
+#include <optional>
+#include <vector>
+
+namespace wxl::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace error_number = platform::error_number;
+using files::Tracking;
+using files::TrackingFix;
+using platform::Point;
+using platform::Raise;
+using platform::SpatialReference;
+
+/// "EPSG:n" in any case; an empty text when it is one, else what is wrong, as CLI11 wants it.
+std::string check_crs(const std::string& text) {
+    const bool prefix = text.size() > 5 && text.size() < 13 && (text[0] == 'E' || text[0] == 'e') &&
+                        CLI::detail::to_lower(text.substr(0, 5)) == "epsg:";
+    const bool digits = prefix && text.find_first_not_of("0123456789", 5) == std::string::npos;
+    return digits ? "" : fmt::format("\"{}\" is no code like EPSG:32633", text);
+}
+
+std::string check_target_crs(const std::string& text) { return text == "auto" ? "" : check_crs(text); }
+
+Tracking read_input(const ImportOptions& options, Console& console) {
+    std::error_code ignored;
+    if (!fs::exists(options.Input, ignored)) Raise(error_number::kFileNotFound, options.Input + ": there is no such file");
+    if (fs::is_directory(options.Input, ignored))
+        Raise(error_number::kFileNotFound, options.Input + " is a folder: name the CSV file in it");
+    std::ifstream source(options.Input, std::ios::binary);
+    if (!source) Raise(error_number::kPermissionDenied, options.Input + " may not be read: check its permissions");
+
+    const auto size = fs::file_size(options.Input, ignored);
+    const double bytes = ignored ? 0.0 : static_cast<double>(size);
+    files::CsvReader reader(source, options.Input);
+    Tracking tracking = files::read_tracking(
+        reader, {options.Id, options.X, options.Y, options.Time}, [&](std::uint64_t position) {
+            if (bytes > 0.0) console.Progress(static_cast<double>(position) / bytes, "reading " + options.Input);
+        });
+    console.EndProgress();
+    return tracking;
+}
+
+/// The coordinate system of an option, whose code may exist in form only.
+SpatialReference reference_of(const std::string& code, const std::string& option) {
+    try {
+        return files::ReferenceFromText(code);
+    } catch (const platform::RuntimeError&) {
+        throw WrongCall(fmt::format("{} {}: there is no such coordinate system", option, code));
+    }
+}
+
+[[noreturn]] void refuse_position(const ImportOptions& options, const TrackingFix& fix, const std::string& what) {
+    Raise(error_number::kTypeMismatch, fmt::format("{}, line {}: the position {}, {} {}", options.Input, fix.Line, fix.X,
+                                                   fix.Y, what));
+}
+
+void check_degrees(const ImportOptions& options, const Tracking& tracking) {
+    for (const TrackingFix& fix : tracking.Fixes) {
+        if (fix.X < -180.0 || fix.X > 360.0 || fix.Y < -90.0 || fix.Y > 90.0)
+            refuse_position(options, fix,
+                            fmt::format("is not in degrees; say what it is by --from-crs EPSG:n (it was taken for {}), "
+                                        "or empty the cells",
+                                        options.FromCrs));
+    }
+}
+
+std::vector<Point> positions(const Tracking& tracking) {
+    std::vector<Point> points;
+    points.reserve(tracking.Fixes.size());
+    for (const TrackingFix& fix : tracking.Fixes) points.push_back({fix.X, fix.Y});
+    return points;
+}
+
+/// Says when fixes lie so far beside the zone that its distances no longer hold.
+void note_far_fixes(const std::vector<Point>& degrees, const files::UtmZone& zone, Console& console) {
+    constexpr double kFar = 9.0;  // one and a half zones from the middle: distances 1 % too long at the equator
+    const auto far = std::count_if(degrees.begin(), degrees.end(), [&](const Point& point) {
+        return std::abs(std::remainder(point.X - zone.MiddleDegrees(), 360.0)) > kFar;
+    });
+    if (far > 0)
+        console.Note(fmt::format(
+            "{} fixes lie more than 9 degrees from the middle of UTM zone {}, where distances are distorted; consider "
+            "another projection by --to-crs",
+            far, zone.Name()));
+}
+
+/// A coordinate system and how the user would ask for it.
+struct Target {
+    SpatialReference Reference;
+    std::string Code;
+};
+
+Target choose_target(const ImportOptions& options, const SpatialReference& from, const std::vector<Point>& points,
+                     Console& console) {
+    if (options.ToCrs != "auto") return {reference_of(options.ToCrs, "--to-crs"), options.ToCrs};
+    if (!from.IsGeographic) return {from, options.FromCrs};
+    const auto zone = files::utm_zone_of(files::median_position(points));
+    if (!zone)
+        Raise(error_number::kInvalidCall,
+              options.Input + ": the median position lies near a pole, where there is no UTM zone; choose a projection by "
+                              "--to-crs EPSG:n");
+    note_far_fixes(points, *zone, console);
+    return {reference_of(zone->Code(), "--to-crs"), zone->Code()};
+}
+
+/// The positions in the coordinate system of the output.
+std::vector<Point> project_fixes(const ImportOptions& options, const Tracking& tracking, Console& console,
+                                 Target& target) {
+    const SpatialReference from = reference_of(options.FromCrs, "--from-crs");
+    if (from.IsGeographic) check_degrees(options, tracking);
+    std::vector<Point> points = positions(tracking);
+    target = choose_target(options, from, points, console);
+    if (target.Reference == from) return points;
+    if (const auto failed = files::project(points, from, target.Reference))
+        refuse_position(options, tracking.Fixes[*failed],
+                        fmt::format("cannot be projected to {}; correct it, or choose another projection by --to-crs",
+                                    target.Reference.Name));
+    return points;
+}
+
+std::vector<platform::Field> fields_of(const Tracking& tracking) {
+    std::size_t longest = 1;
+    for (const std::string& animal : tracking.Animals) longest = std::max(longest, animal.size());
+    std::vector<platform::Field> fields{{"animal", platform::FieldType::kText, static_cast<int>(longest), 0}};
+    if (tracking.Columns.Time.empty()) return fields;
+    fields.push_back({"Time2", platform::FieldType::kInteger, 11, 0});
+    fields.push_back({"Date", platform::FieldType::kText, 10, 0});
+    fields.push_back({"Time1", platform::FieldType::kText, 8, 0});
+    return fields;
+}
+
+void insert_fixes(const Tracking& tracking, const std::vector<Point>& points, platform::IInsertCursor& cursor) {
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const TrackingFix& fix = tracking.Fixes[i];
+        std::vector<platform::FieldValue> values{tracking.Animals[fix.Animal]};
+        if (fix.HasTime()) {
+            values.emplace_back(fix.Seconds);
+            values.emplace_back(files::date_text(fix.Seconds));
+            values.emplace_back(files::time_of_day_text(fix.Seconds));
+        }
+        cursor.Insert(platform::Geometry::OfPoint(points[i]), values);
+    }
+    cursor.Flush();
+}
+
+std::string counted(std::size_t count, const std::string& noun) {
+    const char* plural = noun.ends_with('x') ? "es" : "s";
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : plural);
+}
+
+void tell_choices(const Tracking& tracking, Console& console) {
+    const files::TrackingColumns& columns = tracking.Columns;
+    console.Note(fmt::format("columns: animal \"{}\", x \"{}\", y \"{}\", {}", columns.Id, columns.X, columns.Y,
+                             columns.Time.empty() ? "no time" : fmt::format("time \"{}\"", columns.Time)));
+    const files::LeftOutRows& out = tracking.LeftOut;
+    console.Note(fmt::format("rows left out: {} not visible, {} outliers, {} without a position, {} without an animal",
+                             out.NotVisible, out.Outliers, out.WithoutPosition, out.WithoutAnimal));
+    if (!columns.Time.empty() && tracking.WithoutTime > 0)
+        console.Note(fmt::format("{} without a time kept, after the others of the animal; Time2 is empty there",
+                                 counted(static_cast<std::size_t>(tracking.WithoutTime), "fix")));
+}
+
+}  // namespace
+
+void register_import(CLI::App& command, ImportOptions& options) {
+    command.add_option("FILE.csv", options.Input, "Tracking file: a header row, then one row per fix")->required();
+    command.add_option("OUT.shp", options.Output, "Point shapefile to write")->required();
+    command.add_option("--id", options.Id, "Column that names the animal")->type_name("COLUMN");
+    CLI::Option* x = command.add_option("--x", options.X, "Column of longitudes or eastings")->type_name("COLUMN");
+    CLI::Option* y = command.add_option("--y", options.Y, "Column of latitudes or northings")->type_name("COLUMN");
+    x->needs(y);
+    y->needs(x);
+    command.add_option("--time", options.Time, "Column of the time of the fix")->type_name("COLUMN");
+    command.add_option("--from-crs", options.FromCrs, "Coordinate system of the file")
+        ->type_name("EPSG:n")
+        ->check(check_crs)
+        ->capture_default_str();
+    command
+        .add_option("--to-crs", options.ToCrs,
+                    "Coordinate system of the shapefile; auto: the UTM zone of the median position for degrees, else that "
+                    "of the file")
+        ->type_name("auto|EPSG:n")
+        ->check(check_target_crs)
+        ->capture_default_str();
+    command.add_flag("--overwrite", options.Overwrite, "Replace a shapefile of that name");
+}
+
+int run_import(const ImportOptions& options, Console& console) {
+    const ShapefileOutput output(options.Output, options.Overwrite);
+    const Tracking tracking = read_input(options, console);
+    tell_choices(tracking, console);
+    Target target;
+    const std::vector<Point> points = project_fixes(options, tracking, console, target);
+    output.Write(platform::ShapeType::kPoint, fields_of(tracking), target.Reference,
+                 [&](platform::IInsertCursor& cursor) { insert_fixes(tracking, points, cursor); });
+    console.Result(fmt::format("{}: {} of {}, {} ({})", options.Output, counted(points.size(), "fix"),
+                               counted(tracking.Animals.size(), "animal"), target.Reference.Name, target.Code));
+    return exit_code::kDone;
+}
+
+}  // namespace wxl::cli
