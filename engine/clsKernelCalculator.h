@@ -137,16 +137,21 @@ private:
 
     void Warn(const std::string& text);
     void Fail(std::int32_t status, const std::string& text);
-    bool GridTooLarge() const;
-    void Rescale();
-    void RescaleOnce(std::int32_t step);
+    void FailTooLarge();
     void ShowFault(const std::string& label);
+    bool GridTooLarge() const;
+    void RescaleOnce(std::int32_t unitsStep, std::int32_t loopStep);
     void CalculateBySearch(const SearchSteps& steps);
     void TakeSearchResult(const clsLSCV& search, const SearchSteps& steps);
+
     void ComputeKernel();
-    bool BandwidthBelowCell() const;
+    std::int32_t LayOutGrid();
+    void ChooseUnits();
+    bool BandwidthBelowCell();
     void CalculateLocalFactors();
-    void AccumulateFixes();
+    void ComputeLocalFactors(std::string& workingValues);
+    void AccumulateFixes(std::int32_t reach);
+    void Normalise();
 
     platform::IMessages* m_messages;
     platform::IRasterWorkspace* m_rasters;
@@ -159,7 +164,6 @@ private:
     double m_originX = 0.0;
     double m_originY = 0.0;
     double m_topY = 0.0;
-    bool m_originSet = false;
     KernelGrid m_kernel;
     double m_bandwidth = 0.0;
     double m_href = 0.0;
@@ -170,7 +174,6 @@ private:
     double m_sdX = 0.0;
     double m_sdY = 0.0;
     double m_scalingFactor = 1000000.0;
-    TKernelType m_kernelType = kernel_Guassian;
     BandwidthEstimator m_estimator = be_Manual;
     double m_volume = 0.0;
     bool m_kernelCalculated = false;

@@ -1,0 +1,148 @@
+#include "engine/vector_math.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace wxl::engine {
+namespace {
+
+/// exp by reduction to |r| <= ln 2 / 2 (ln 2 in two parts, Cody and Waite 1980) and the series to degree 13, whose rest
+/// is below 1E-17. Branch-free, so that loops over it are vectorised.
+[[gnu::always_inline]] inline double exponential(double x) {
+    constexpr double kRounder = 0x1.8p52;
+    const double clamped = x < -708.0 ? -708.0 : x;
+    const double shifted = clamped * 1.4426950408889634 + kRounder;
+    const double whole = shifted - kRounder;
+    const double r = (clamped - whole * 0x1.62e42fee00000p-1) - whole * 0x1.a39ef35793c76p-33;
+    double series = 1.0 / 6227020800.0;
+    series = series * r + 1.0 / 479001600.0;
+    series = series * r + 1.0 / 39916800.0;
+    series = series * r + 1.0 / 3628800.0;
+    series = series * r + 1.0 / 362880.0;
+    series = series * r + 1.0 / 40320.0;
+    series = series * r + 1.0 / 5040.0;
+    series = series * r + 1.0 / 720.0;
+    series = series * r + 1.0 / 120.0;
+    series = series * r + 1.0 / 24.0;
+    series = series * r + 1.0 / 6.0;
+    series = series * r + 0.5;
+    series = series * r + 1.0;
+    series = series * r + 1.0;
+    // The low bits of `shifted` hold the whole number; moved to the exponent field they multiply by its power of two.
+    const std::uint64_t power = std::bit_cast<std::uint64_t>(shifted) << 52;
+    const double result = std::bit_cast<double>(std::bit_cast<std::uint64_t>(series) + power);
+    return x < -708.0 ? 0.0 : result;
+}
+
+[[gnu::always_inline]] inline void exponentials(double* __restrict values, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) values[i] = exponential(values[i]);
+}
+
+[[gnu::always_inline]] inline void add_ranks(double* __restrict row, const double* __restrict columns,
+                                             std::size_t stride, const double* __restrict weights, std::size_t count) {
+    static_assert(kRankOfUpdate == 8);
+    const double w0 = weights[0], w1 = weights[1], w2 = weights[2], w3 = weights[3];
+    const double w4 = weights[4], w5 = weights[5], w6 = weights[6], w7 = weights[7];
+    const double* __restrict c1 = columns + stride;
+    const double* __restrict c2 = c1 + stride;
+    const double* __restrict c3 = c2 + stride;
+    const double* __restrict c4 = c3 + stride;
+    const double* __restrict c5 = c4 + stride;
+    const double* __restrict c6 = c5 + stride;
+    const double* __restrict c7 = c6 + stride;
+    for (std::size_t i = 0; i < count; ++i) {
+        double sum = row[i];
+        sum += w0 * columns[i];
+        sum += w1 * c1[i];
+        sum += w2 * c2[i];
+        sum += w3 * c3[i];
+        sum += w4 * c4[i];
+        sum += w5 * c5[i];
+        sum += w6 * c6[i];
+        sum += w7 * c7[i];
+        row[i] = sum;
+    }
+}
+
+[[gnu::always_inline]] inline void add_rank(double* __restrict row, const double* __restrict column, double weight,
+                                            std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) row[i] += weight * column[i];
+}
+
+[[gnu::always_inline]] inline void squared_distances(double x, double y, const double* __restrict xs,
+                                                     const double* __restrict ys, double* __restrict squares,
+                                                     std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const double dx = x - xs[i];
+        const double dy = y - ys[i];
+        squares[i] = dy * dy + dx * dx;
+    }
+}
+
+void exponentials_portable(double* values, std::size_t count) {
+    exponentials(values, count);
+}
+
+void add_ranks_portable(double* row, const double* columns, std::size_t stride, const double* weights,
+                        std::size_t count) {
+    add_ranks(row, columns, stride, weights, count);
+}
+
+void add_rank_portable(double* row, const double* column, double weight, std::size_t count) {
+    add_rank(row, column, weight, count);
+}
+
+void squared_distances_portable(double x, double y, const double* xs, const double* ys, double* squares,
+                                std::size_t count) {
+    squared_distances(x, y, xs, ys, squares, count);
+}
+
+#if defined(__x86_64__)
+
+// Fused multiply-add is left out of the target on purpose: it would round otherwise than the portable form.
+__attribute__((target("avx2"))) void exponentials_avx2(double* values, std::size_t count) {
+    exponentials(values, count);
+}
+
+__attribute__((target("avx2"))) void add_ranks_avx2(double* row, const double* columns, std::size_t stride,
+                                                    const double* weights, std::size_t count) {
+    add_ranks(row, columns, stride, weights, count);
+}
+
+__attribute__((target("avx2"))) void add_rank_avx2(double* row, const double* column, double weight,
+                                                   std::size_t count) {
+    add_rank(row, column, weight, count);
+}
+
+__attribute__((target("avx2"))) void squared_distances_avx2(double x, double y, const double* xs, const double* ys,
+                                                            double* squares, std::size_t count) {
+    squared_distances(x, y, xs, ys, squares, count);
+}
+
+bool has_avx2() {
+    return __builtin_cpu_supports("avx2") != 0;
+}
+
+constexpr VectorMath kAvx2 = {exponentials_avx2, add_ranks_avx2, add_rank_avx2, squared_distances_avx2};
+
+#endif
+
+constexpr VectorMath kPortable = {exponentials_portable, add_ranks_portable, add_rank_portable,
+                                  squared_distances_portable};
+
+}  // namespace
+
+const VectorMath& portable_vector_math() {
+    return kPortable;
+}
+
+const VectorMath& vector_math() {
+#if defined(__x86_64__)
+    static const bool kWide = has_avx2();
+    return kWide ? kAvx2 : kPortable;
+#else
+    return kPortable;
+#endif
+}
+
+}  // namespace wxl::engine
