@@ -1,4 +1,6 @@
 #pragma once
+#include "isopleths/levels.h"
+#include "isopleths/rings.h"
 #include "platform/features.h"
 #include "platform/rasters.h"
 #include "platform/services.h"
@@ -11,6 +13,9 @@
 #include <vector>
 
 namespace wxl::isopleths {
+
+class IsoplethOutputs;
+struct OutputClass;
 
 /// Status of the isopleth object; 0 is good.
 namespace isopleth_status {
@@ -67,7 +72,7 @@ public:
 
     /// Largest cell value on the raster's outer edge, in raster units, at least 0. Valid after a failed run too, as
     /// soon as the edge was read.
-    double GetMaxEdgeValue() const { return m_maxEdgeValue; }
+    double GetMaxEdgeValue() const { return m_edge.MaxValue; }
 
     /// Levels of the last run, in raster units and in the order of the percentages; empty when they could not be found.
     const std::vector<double>& GetLevels() const { return m_levels; }
@@ -79,10 +84,17 @@ public:
     void CreateIsopleths();
 
 private:
-    struct Outputs;
+    using Contours = std::vector<std::vector<Ring>>;  ///< of each level, in the order of the percentages
+
     bool IsReady();
-    void Run();
-    void Fail();
+    void FindLevels(platform::IRasterBand& band);
+    void Produce(platform::IRasterDataset& dataset);
+    void InsertLines(const Contours& contours, OutputClass& lines) const;
+    std::vector<platform::Geometry> InsertPolygons(Contours contours, OutputClass& polys) const;
+    void InsertDonuts(const std::vector<platform::Geometry>& polygons, OutputClass& donuts) const;
+    void Finish(IsoplethOutputs& outputs);
+    std::shared_ptr<platform::IFeatureClass> Published(const OutputClass& output,
+                                                       std::shared_ptr<platform::IFeatureClass> earlier) const;
 
     platform::Services m_services;
     utilities::Utilities* m_utilities;
@@ -90,7 +102,6 @@ private:
     std::shared_ptr<platform::IRasterBand> m_band;
     std::vector<double> m_boundaries;
     std::int32_t m_lowerBound = 0;
-    bool m_outputSet = false;
     bool m_calculateLines = false;
     bool m_calculatePolys = false;
     bool m_calculateDonuts = false;
@@ -99,7 +110,7 @@ private:
     std::shared_ptr<platform::IFeatureClass> m_donuts;
     std::filesystem::path m_outputFolder;
     std::string m_outputName;
-    double m_maxEdgeValue = 0.0;
+    SurfaceEdge m_edge;
     std::vector<double> m_levels;
     platform::RasterStatistics m_statistics;
     std::int32_t m_errorStatus = 0;

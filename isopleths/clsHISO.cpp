@@ -1,0 +1,207 @@
+#include "isopleths/clsHISO.h"
+
+#include "isopleths/edge_closing.h"
+#include "isopleths/isopleth_outputs.h"
+#include "isopleths/level_polygons.h"
+#include "platform/runtime_error.h"
+
+#include <cmath>
+#include <span>
+#include <utility>
+
+namespace wxl::isopleths {
+
+namespace error_number = platform::error_number;
+using platform::Geometry;
+
+namespace {
+
+/// A band without a dataset, as what contouring asks for.
+class BandDataset final : public platform::IRasterDataset {
+public:
+    explicit BandDataset(std::shared_ptr<platform::IRasterBand> band) : m_band(std::move(band)) {}
+    std::string Name() const override { return {}; }
+    platform::SpatialReference Reference() const override { return {}; }
+    std::shared_ptr<platform::IRasterBand> Band() override { return m_band; }
+    std::filesystem::path Path() const override { return {}; }
+
+private:
+    std::shared_ptr<platform::IRasterBand> m_band;
+};
+
+/// The level closest to a contour's value; of equally close ones the first.
+std::size_t nearest_level(double value, std::span<const double> levels) {
+    std::size_t nearest = 0;
+    for (std::size_t i = 1; i < levels.size(); ++i) {
+        if (std::abs(value - levels[i]) < std::abs(value - levels[nearest])) nearest = i;
+    }
+    return nearest;
+}
+
+/// The closed contours of each level, in the order of the levels.
+std::vector<std::vector<Ring>> contours_of(std::vector<platform::ContourLine> lines, std::span<const double> levels,
+                                           const OuterEdge& edge) {
+    std::vector<std::vector<platform::ContourLine>> byLevel(levels.size());
+    for (platform::ContourLine& line : lines) byLevel[nearest_level(line.Value, levels)].push_back(std::move(line));
+
+    std::vector<std::vector<Ring>> contours(levels.size());
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        // A level that repeats has its contours at its first place.
+        if (nearest_level(levels[i], levels) == i)
+            contours[i] = closed_contours(std::move(byLevel[i]), levels[i], edge);
+    }
+    return contours;
+}
+
+bool is_empty(const std::vector<std::vector<Ring>>& contours) {
+    for (const auto& rings : contours) {
+        if (!rings.empty()) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+clsHISO::clsHISO(const platform::Services& services, utilities::Utilities& utilities)
+    : m_services(services), m_utilities(&utilities) {}
+
+void clsHISO::SetIsoplethBoundaries(std::vector<double> dPercentages, std::int32_t lLowerBound) {
+    m_boundaries = std::move(dPercentages);
+    m_lowerBound = lLowerBound;
+}
+
+void clsHISO::SetRasterDataset(std::shared_ptr<platform::IRasterDataset> pDataset) {
+    if (pDataset)
+        m_dataset = std::move(pDataset);
+    else
+        m_errorStatus = isopleth_status::kNoDataset;
+}
+
+void clsHISO::SetRasterBand(std::shared_ptr<platform::IRasterBand> pBand) {
+    if (pBand)
+        m_band = std::move(pBand);
+    else
+        m_errorStatus = isopleth_status::kNoBand;
+}
+
+void clsHISO::SetOutputFolder(const std::filesystem::path& sFolder) {
+    if (sFolder.empty())
+        m_errorStatus = isopleth_status::kEmptyOutput;
+    else
+        m_outputFolder = sFolder;
+}
+
+void clsHISO::SetOutputName(const std::string& sName) {
+    if (sName.empty())
+        m_errorStatus = isopleth_status::kEmptyOutput;
+    else
+        m_outputName = sName;
+}
+
+bool clsHISO::IsReady() {
+    const auto refuse = [this](std::int32_t status) {
+        m_errorStatus = status;
+        return false;
+    };
+    if (!m_dataset && !m_band) return refuse(isopleth_status::kNoRaster);
+    if (!m_calculateLines && !m_calculatePolys && !m_calculateDonuts) return refuse(isopleth_status::kNothingWanted);
+    if (m_outputFolder.empty() || m_outputName.empty()) return refuse(isopleth_status::kNoOutput);
+    return true;
+}
+
+void clsHISO::CreateIsopleths() {
+    if (!IsReady()) return;
+    try {
+        const auto dataset = m_dataset ? m_dataset : std::make_shared<BandDataset>(m_band);
+        const auto band = dataset->Band();
+        if (!band) platform::Raise(error_number::kObjectNotSet);
+        FindLevels(*band);
+        Produce(*dataset);
+    } catch (...) {
+        m_errorStatus = isopleth_status::kFailed;
+        const platform::RuntimeError error = platform::CurrentError();
+        m_services.Messages->Show({.Text = "CreateIsopleths " + std::to_string(m_errorStatus) + "\r" +
+                                           std::to_string(error.Number) + "\r" + error.Description,
+                                   .Title = "Error",
+                                   .Sign = platform::Icon::kCritical});
+    }
+}
+
+void clsHISO::FindLevels(platform::IRasterBand& band) {
+    m_levels.clear();
+    m_statistics = band.ComputeStatistics();
+    VolumeHistogram histogram(m_statistics.Minimum, m_statistics.Maximum);
+    scan_surface(band, m_services.Host, m_edge, histogram);
+    if (m_lowerBound != 0 || m_boundaries.empty()) platform::Raise(error_number::kSubscript);
+    m_levels = histogram.Levels(m_boundaries);
+}
+
+void clsHISO::Produce(platform::IRasterDataset& dataset) {
+    const OuterEdge edge(dataset.Band()->Geometry(), m_edge);
+    Contours contours = contours_of(m_services.Contours->Contours(dataset, m_levels), m_levels, edge);
+    if (is_empty(contours)) {
+        m_errorStatus = isopleth_status::kNoContours;
+        return;
+    }
+
+    IsoplethOutputs outputs(*m_utilities);
+    const OutputPlace place{m_outputFolder, m_outputName, dataset.Reference()};
+    if (m_calculateLines) outputs.CreateLines(place);
+    if (m_calculatePolys) outputs.CreatePolys(place);
+    if (m_calculateDonuts) outputs.CreateDonuts(place);
+
+    if (outputs.Lines) InsertLines(contours, outputs.Lines);
+    if (outputs.Polys || outputs.Donuts) {
+        const std::vector<Geometry> polygons = InsertPolygons(std::move(contours), outputs.Polys);
+        if (outputs.Donuts) InsertDonuts(polygons, outputs.Donuts);
+    }
+    Finish(outputs);
+}
+
+void clsHISO::InsertLines(const Contours& contours, OutputClass& lines) const {
+    for (std::size_t i = 0; i < contours.size(); ++i) {
+        for (const Ring& contour : contours[i])
+            lines.Insert({platform::ShapeType::kPolyline, {}, {contour}}, {m_levels[i], m_boundaries[i]});
+    }
+}
+
+std::vector<Geometry> clsHISO::InsertPolygons(Contours contours, OutputClass& polys) const {
+    std::vector<Geometry> polygons(contours.size());
+    for (std::size_t i = contours.size(); i-- > 0;) {
+        polygons[i] = level_polygon(std::move(contours[i]), *m_services.Geometry);
+        if (polys && !polygons[i].IsNull()) polys.Insert(polygons[i], {m_levels[i], m_boundaries[i]});
+        m_services.Host->Yield();
+    }
+    return polygons;
+}
+
+void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, OutputClass& donuts) const {
+    for (std::size_t i = 0; i < polygons.size(); ++i) {
+        if (polygons[i].IsNull()) continue;
+        if (i == 0) {
+            donuts.Insert(polygons[0], {m_statistics.Maximum, m_levels[0], 0.0, m_boundaries[0]});
+        } else {
+            const Geometry ring = ring_between(polygons[i - 1], polygons[i], *m_services.Geometry);
+            donuts.Insert(ring, {m_levels[i - 1], m_levels[i], m_boundaries[i - 1], m_boundaries[i]});
+        }
+        m_services.Host->Yield();
+    }
+}
+
+void clsHISO::Finish(IsoplethOutputs& outputs) {
+    outputs.Flush();
+    outputs.Measure();
+    m_lines = Published(outputs.Lines, m_lines);
+    m_polys = Published(outputs.Polys, m_polys);
+    m_donuts = Published(outputs.Donuts, m_donuts);
+}
+
+/// The output under its final name, or the earlier one when it was not wanted.
+std::shared_ptr<platform::IFeatureClass> clsHISO::Published(const OutputClass& output,
+                                                            std::shared_ptr<platform::IFeatureClass> earlier) const {
+    if (!output) return earlier;
+    m_services.Shapefiles->Publish(output.Class);
+    return output.Class;
+}
+
+}  // namespace wxl::isopleths
