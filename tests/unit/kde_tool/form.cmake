@@ -1,0 +1,20 @@
+# The form, its statistics and its settings file.
+wxl_test(
+  test_kde_statistics
+  SOURCES
+  animal_fixes_test.cpp
+  independence_test.cpp
+  statistics_tables_test.cpp
+  DEPENDS
+  wxl_kde_tool
+  wxl_adapter_memory_vector)
+wxl_test(
+  test_kde_form
+  SOURCES
+  frmKDE_test.cpp
+  frmKDE_statistics_test.cpp
+  settings_file_test.cpp
+  DEPENDS
+  wxl_kde_tool
+  wxl_adapter_memory_vector
+  wxl_adapter_memory_raster)
