@@ -16,8 +16,9 @@ class TheForm : public FormTest {};
 template <class Control>
 void expect_enabled(const Control& control, bool enabled, const char* name) {
     EXPECT_EQ(control.Enabled, enabled) << name;
-    if constexpr (requires { control.Back; })
+    if constexpr (requires { control.Back; }) {
         EXPECT_EQ(control.Back, enabled ? BackColor::kWindow : BackColor::kButtonFace) << name;
+    }
 }
 
 #define EXPECT_ON(control) expect_enabled(form.control, true, #control)
