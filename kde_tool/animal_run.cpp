@@ -80,7 +80,8 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");
     const auto raster = calculator.WriteKernelToRaster(m_frame.Folder, record.RasterName, m_frame.Reference);
-    if (raster) record.Files.push_back(raster->Path().empty() ? record.RasterName : raster->Path().string());
+    if (raster)
+        record.Files.push_back((raster->Path().empty() ? m_frame.Folder / record.RasterName : raster->Path()).string());
     return raster;
 }
 

@@ -1,0 +1,475 @@
+#include "platform/text.h"
+#include "tests/unit/kde_tool/run_fixture.h"
+
+#include <gmock/gmock.h>
+
+namespace wxl::kde_tool {
+namespace {
+
+using platform::Answer;
+using platform::Buttons;
+using platform::Icon;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct AnalysisRunTest : RunTest {
+    /// The one box of a run that was refused before it wrote anything.
+    void ExpectRefused(const std::string& text, const std::string& title = "Error") {
+        Messages.Clear();
+        Run();
+        ASSERT_EQ(Messages.Boxes().size(), 1U);
+        EXPECT_EQ(Messages.Last().Text, text);
+        EXPECT_EQ(Messages.Last().Title, title);
+        EXPECT_FALSE(HasReport());
+        EXPECT_FALSE(HasSettingsRecord());
+        EXPECT_TRUE(Form->btnOK.Enabled);
+        EXPECT_FALSE(Locks.IsHeld("/out"));
+    }
+};
+
+// --- Checks ---
+
+TEST_F(AnalysisRunTest, Undefined_settings_end_the_run_before_anything_is_written) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "";
+    ExpectRefused("Error: the user defined bandwidth has not been defined on the Bandwidth tab.");
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "";
+    ExpectRefused("Error: the proportion(s) of reference bandwidth have not been defined on the Bandwidth tab.");
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Form->txtBuffer.Text = "";
+    ExpectRefused("Error: the extent buffer has not been defined on the Output Options tab.");
+    Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
+    ExpectRefused("Error: the extent reference layer has not been defined on the Output Options tab.");
+    Choose(Form->optSmall, &frmKDE::optSmall_Click);
+    WantPolygons("");
+    ExpectRefused("Error: the isopleth percentages have not been defined on the Output Options tab.");
+    Form->txtBnds.Text = "95, x, 50";
+    ExpectRefused("Error: an invalid isopleth value was detected. Please check these values and run the tool again.");
+}
+
+TEST_F(AnalysisRunTest, Unusable_settings_and_folders_are_refused_with_an_instruction) {
+    AddTwoAnimals();
+    Open();
+    Form->txtCellSize.Text = "";
+    ExpectRefused(
+        "Error: please enter the raster cell size on the Output Options tab. It must be a number above 0.5 and is used "
+        "as a whole number of map units.");
+    Form->txtCellSize.Text = "50";
+    Form->SetOutputFolder("");
+    ExpectRefused("Error: please choose an output folder on the Output Options tab.");
+    Form->SetOutputFolder("/absent");
+    ExpectRefused(
+        "Error: the output folder /absent does not exist. Please choose an existing folder on the Output Options tab.");
+}
+
+TEST_F(AnalysisRunTest, A_bandwidth_that_is_no_number_is_a_run_time_error) {
+    AddTwoAnimals();
+    Open();
+    Disk->AddFile("/out/WXL_KDE_ANALYSIS.txt", "earlier run");
+    Form->txtBW.Text = "100, x";
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 1U);
+    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Type mismatch"));
+    EXPECT_EQ(Messages.Last().Title, "Error");
+    EXPECT_FALSE(HasReport());
+}
+
+TEST_F(AnalysisRunTest, A_point_without_geometry_is_refused) {
+    AddTwoAnimals();
+    Points->Add(platform::Geometry{}, {std::string("Bo"), std::int64_t{3}});
+    Open();
+    ExpectRefused(
+        "Error: null geometry detected in point layer. Please correct or remove these null geometries before using "
+        "this "
+        "tool.");
+}
+
+TEST_F(AnalysisRunTest, A_raster_of_that_name_is_a_naming_conflict) {
+    AddTwoAnimals();
+    Open();
+    const auto earlier = Rasters.Create("/out", {.Name = "K7", .Geometry = {0.0, 0.0, 1.0, 1, 1}, .Reference = {}});
+    earlier->WriteRow(std::vector<float>{1.0F});
+    earlier->Publish();
+    ExpectRefused(
+        "Error: naming conflict detected (pre-existing raster in output folder). You should use a new, empty folder "
+        "for "
+        "the output of this tool. Exiting...",
+        "User error");
+    EXPECT_FALSE(HasRaster("K3"));
+}
+
+TEST_F(AnalysisRunTest, A_folder_in_use_by_another_run_is_refused_and_left_alone) {
+    AddTwoAnimals();
+    Open();
+    Disk->AddFile("/out/WXL_KDE_ANALYSIS.txt", "the other run's");
+    Locks.Hold("/out");
+    Run();
+    EXPECT_THAT(Messages.Texts(),
+                ElementsAre("Error: another analysis is writing into the output folder (process 4711 on elsewhere). "
+                            "Please wait until it has finished, or choose another folder."));
+    Form->txtBW.Text = "x";
+    Run();
+    EXPECT_EQ(Report(), "the other run's");
+}
+
+TEST_F(AnalysisRunTest, A_prefix_that_leaves_the_folder_is_an_error_before_anything_is_written) {
+    AddTwoAnimals();
+    Disk->AddFolder("/out/deeper");
+    Open();
+    for (const char* prefix : {"../", "../../", "a/b", "..\\", "*"}) {
+        Messages.Clear();
+        Form->txtR.Text = prefix;
+        Run();
+        ASSERT_EQ(Messages.Boxes().size(), 1U) << prefix;
+        EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: The output name ")) << prefix;
+        EXPECT_FALSE(HasReport());
+    }
+    EXPECT_THAT(Files.List("/out"), ElementsAre("deeper"));
+}
+
+// --- Buffer ---
+
+TEST_F(AnalysisRunTest, Buffer_recommendation_accepted_takes_the_product_before_truncation) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "133.3";
+    Messages.WillAnswer({Answer::kYes});
+    Run();
+    const platform::MessageBox& box = Messages.Boxes().front();
+    EXPECT_THAT(box.Text, HasSubstr("a buffer distance of at least 467 for this dataset"));
+    EXPECT_EQ(box.Title, "Warning");
+    EXPECT_EQ(box.Sign, Icon::kExclamation);
+    EXPECT_EQ(box.Choice, Buttons::kYesNoCancel);
+    EXPECT_EQ(Form->txtBuffer.Text, "466.55");
+    EXPECT_THAT(Report(), HasSubstr("\r\nExtent setting: full extent + 466.55\r\n"));
+    // Int((900 + 933.1) / 50) = 36, Int((300 + 933.1) / 50) = 24, origin (1000 - 466.55, 500 - 466.55).
+    EXPECT_EQ(Keeper.Records.at(0).Grid.Columns, 36);
+    EXPECT_EQ(Keeper.Records.at(0).Grid.Rows, 24);
+    EXPECT_DOUBLE_EQ(Keeper.Records.at(0).Grid.OriginX, 533.45);
+}
+
+TEST_F(AnalysisRunTest, Buffer_recommendation_declined_keeps_the_buffer) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "349";
+    Messages.WillAnswer({Answer::kNo});
+    Run();
+    EXPECT_THAT(Messages.Texts().front(), HasSubstr("at least 350 for this dataset"));
+    EXPECT_EQ(Form->txtBuffer.Text, "349");
+    EXPECT_EQ(Messages.Last().Text, "Processing complete.");
+}
+
+TEST_F(AnalysisRunTest, Buffer_recommendation_cancelled_deletes_report_and_settings_record) {
+    AddTwoAnimals();
+    Open();
+    Disk->AddFile("/out/WXL_KDE_ANALYSIS.txt", "earlier run");
+    Form->txtBuffer.Text = "349";
+    bool recordWasThere = false;
+    Messages.SetOnShow([&](const auto&) { recordWasThere = HasSettingsRecord(); });
+    Messages.WillAnswer({Answer::kCancel});
+    Run();
+    EXPECT_TRUE(recordWasThere);
+    EXPECT_EQ(Messages.Boxes().size(), 1U);
+    EXPECT_FALSE(HasReport());
+    EXPECT_FALSE(HasSettingsRecord());
+    EXPECT_TRUE(Form->btnOK.Enabled);
+    EXPECT_EQ(Form->txtStatus.Text, "");
+    EXPECT_FALSE(HasRaster("K3"));
+}
+
+TEST_F(AnalysisRunTest, No_recommendation_before_the_reference_bandwidths_are_known_nor_for_other_extents) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Form->txtBuffer.Text = "1";
+    Form->chkSilent.Value = 1;
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
+    Form->SSTab1.Current = 1;
+    Form->SSTab1_Click(0);
+    Form->txtR.Text = "L";
+    Form->txtBuffer.Text = "1";
+    Choose(Form->optSmall, &frmKDE::optSmall_Click);
+    Messages.Clear();
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
+}
+
+// --- Overlapping points ---
+
+TEST_F(AnalysisRunTest, Overlapping_points_are_named_and_declining_cancels) {
+    AddTwoAnimals();
+    Points->AddPoint(1000.0, 500.0, {std::string("Bo"), std::int64_t{3}});
+    Points->AddPoint(1500.0, 600.0, {std::string("Ada"), std::int64_t{7}});
+    Open();
+    Messages.WillAnswer({Answer::kNo});
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 1U);
+    EXPECT_EQ(Messages.Last().Text,
+              "Warning: overlapping points were detected for the following animals:\r\n3  7\r\nThis may prevent "
+              "reasonable estimation of the bandwidth. Would you like to continue anyway?");
+    EXPECT_EQ(Messages.Last().Title, "Warning");
+    EXPECT_EQ(Messages.Last().Choice, Buttons::kYesNo);
+    EXPECT_FALSE(HasReport());
+    EXPECT_FALSE(HasSettingsRecord());
+    EXPECT_FALSE(HasRaster("K3"));
+
+    Messages.WillAnswer({Answer::kYes});
+    Run();
+    EXPECT_EQ(Messages.Last().Text, "Processing complete.");
+    EXPECT_TRUE(HasRaster("K3"));
+}
+
+// --- Animals ---
+
+TEST_F(AnalysisRunTest, A_failing_animal_does_not_stop_the_batch) {
+    Points->AddPoint(1300.0, 600.0, {std::string("Cy"), std::int64_t{1}});
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Run();
+    EXPECT_EQ(Messages.Boxes().front().Text,
+              "The bandwidth or dimensions of the output raster were 0. Could not calculate kernel.\r(Animal ID: 1)");
+    EXPECT_EQ(Messages.Boxes().front().Title, "Warnings");
+    EXPECT_THAT(Report(), HasSubstr("Unique ID: 1\r\nSample size: 1\r\nBandwidth: 0\r\n"));
+    EXPECT_THAT(Report(),
+                HasSubstr("Raster name: K1\r\nWarnings!The bandwidth or dimensions of the output raster were 0. Could "
+                          "not calculate kernel.\r\r\nError encountered while calculating kernel! (code: 5001)\r\n\r\n"
+                          "Unique ID: 3\r\n"));
+    EXPECT_FALSE(HasRaster("K1"));
+    EXPECT_TRUE(HasRaster("K3"));
+    EXPECT_TRUE(HasRaster("K7"));
+    EXPECT_EQ(Keeper.Records.at(0).Status, 5001);
+    EXPECT_EQ(Keeper.Records.at(1).Status, 0);
+}
+
+TEST_F(AnalysisRunTest, Silent_mode_hides_the_calculators_warnings_only) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "40";
+    Form->chkSilent.Value = 1;
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
+    EXPECT_EQ(Messages.Last().Title, "Status");
+    EXPECT_THAT(Report(), HasSubstr("Warnings!The bandwidth (40) is smaller than the cell size (50). Processing "
+                                    "aborted.\r\r\nError encountered while calculating kernel! (code: 5002)\r\n"));
+}
+
+TEST_F(AnalysisRunTest, A_full_extent_over_the_limit_is_each_animals_failure_with_its_message) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "1e9";
+    Form->chkSilent.Value = 1;
+    Run();
+    EXPECT_EQ(Messages.Last().Text, "Processing complete.");
+    EXPECT_THAT(Report(), HasSubstr("Warnings!Output raster is too large (> 50 million cells). Kernel could not be "
+                                    "calculated. Please increase the output cell size."));
+    EXPECT_THAT(Report(), HasSubstr("(code: 1001)"));
+}
+
+TEST_F(AnalysisRunTest, Proportions_give_numbered_rasters_and_multiply_the_bandwidth) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "0.8, 1.0";
+    Run();
+    EXPECT_TRUE(HasRaster("K3_b1") && HasRaster("K3_b2") && HasRaster("K7_b1") && HasRaster("K7_b2"));
+    EXPECT_FALSE(HasRaster("K3"));
+    ASSERT_EQ(Keeper.Records.size(), 4U);
+    EXPECT_NEAR(Keeper.Records[0].Bandwidth, 0.8 * 91.6486424665735, 1e-9);
+    EXPECT_NEAR(Keeper.Records[0].Href, 91.6486424665735, 1e-9);
+    EXPECT_NEAR(Keeper.Records[1].Bandwidth, 91.6486424665735, 1e-9);
+    EXPECT_EQ(Keeper.Records[2].RasterName, "K7_b1");
+}
+
+TEST_F(AnalysisRunTest, A_list_of_bandwidths_gives_numbered_rasters) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "60, 100";
+    Run();
+    EXPECT_TRUE(HasRaster("K3_b1") && HasRaster("K3_b2") && HasRaster("K7_b1") && HasRaster("K7_b2"));
+    EXPECT_EQ(Keeper.Records.at(1).Bandwidth, 100.0);
+}
+
+TEST_F(AnalysisRunTest, A_taken_numbered_name_is_a_run_time_error_that_deletes_the_report) {
+    AddTwoAnimals();
+    Open();
+    Disk->AddFolder("/out/K7_b1");
+    Form->txtBW.Text = "60, 100";
+    Run();
+    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: "));
+    EXPECT_FALSE(HasReport());
+    EXPECT_TRUE(HasRaster("K3_b1"));
+    EXPECT_TRUE(Form->btnOK.Enabled);
+}
+
+TEST_F(AnalysisRunTest, Smallest_extent_is_the_animals_box_and_four_bandwidths) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optSmall, &frmKDE::optSmall_Click);
+    Run();
+    // Animal 7: x 1500 to 1900, y 600 to 800, bandwidth 100, cell 50.
+    EXPECT_EQ(Keeper.Records.at(1).Grid, (platform::RasterGeometry{1100.0, 200.0, 50.0, 24, 20}));
+    EXPECT_TRUE(HasRaster("K7"));
+}
+
+TEST_F(AnalysisRunTest, A_reference_raster_gives_extent_and_cells) {
+    AddTwoAnimals();
+    Application->Doc().Map().AddLayer(memory::layer_of(std::make_shared<memory::MemoryRasterLayer>(
+        "study area", platform::RasterGeometry{500.0, 100.0, 40.0, 45, 30})));
+    Open();
+    Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
+    ASSERT_TRUE(Form->cmbExtRef.Select("study area"));
+    Form->txtCellSize.Text = "";
+    Run();
+    EXPECT_EQ(Keeper.Records.at(0).Grid, (platform::RasterGeometry{500.0, 100.0, 40.0, 45, 30}));
+    EXPECT_THAT(Report(), HasSubstr("Extent setting: reference layer (study area)\r\n"));
+    EXPECT_THAT(Report(), HasSubstr("Raster cell size: \r\n"));
+}
+
+TEST_F(AnalysisRunTest, Selected_features_alone_are_grouped_at_the_layers_full_extent) {
+    AddTwoAnimals();
+    Layer->Select({0, 1, 2, 3});
+    Open();
+    Form->chkUseSel.Value = 1;
+    Form->chkUseSel_Click();
+    Run();
+    ASSERT_EQ(Keeper.Records.size(), 1U);
+    EXPECT_EQ(Keeper.Records[0].Id, "3");
+    EXPECT_EQ(Keeper.Records[0].Grid.Columns, 34);
+    EXPECT_THAT(Report(), HasSubstr("(Using selected features only)\r\n"));
+
+    Layer->Select({});
+    Messages.Clear();
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Error: no animal was found among the selected points. Please select the "
+                                              "points to analyse."));
+}
+
+TEST_F(AnalysisRunTest, Points_without_an_id_are_counted_in_a_warning) {
+    AddTwoAnimals();
+    Points->AddPoint(1100.0, 600.0, {std::string("?"), std::monostate{}});
+    Open();
+    Run();
+    EXPECT_EQ(Messages.Boxes().front().Text, "Warning: 1 points have no value in the field ID and are left out.");
+    EXPECT_EQ(Keeper.Records.size(), 2U);
+}
+
+// --- Isopleths ---
+
+TEST_F(AnalysisRunTest, Isopleths_are_drawn_and_measured) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "700";
+    WantPolygons("95, 50");
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
+    const AnimalRecord& record = Keeper.Records.at(0);
+    ASSERT_EQ(record.Isopleths.size(), 2U);
+    EXPECT_EQ(record.Isopleths[0].Percent, 95.0);
+    EXPECT_LT(record.Isopleths[0].Level, record.Isopleths[1].Level);
+    ASSERT_TRUE(record.Isopleths[0].Area && record.Isopleths[1].Area);
+    EXPECT_GT(*record.Isopleths[0].Area, *record.Isopleths[1].Area);
+    EXPECT_THAT(record.Files, ElementsAre("/out/K3", "/out/K3_iso_poly.shp"));
+    EXPECT_EQ(record.IsoplethStatus, 0);
+    EXPECT_FALSE(record.EdgeWarning);
+}
+
+// With buffer 400 the density at the edge is 0.004 for animal 3 and 0.007 for animal 7: above 5e-10 x 1000000, but
+// below 1e-08 x 1000000.
+TEST_F(AnalysisRunTest, The_edge_warning_hangs_on_the_method) {
+    AddTwoAnimals();
+    Open();
+    WantPolygons("95");
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 3U);
+    EXPECT_THAT(Messages.Boxes()[0].Text,
+                testing::StartsWith("A warning was generated when calculating the isopleths."));
+    EXPECT_EQ(Messages.Boxes()[0].Title, "Warning");
+    EXPECT_EQ(Messages.Boxes()[0].Sign, Icon::kExclamation);
+    EXPECT_NEAR(Keeper.Records.at(0).MaxEdgeValue.value(), 0.004264525931838387, 1e-9);
+    EXPECT_THAT(Report(), HasSubstr("is valid.\r\n\r\nUnique ID: 7\r\n"));
+
+    Messages.Clear();
+    Keeper.Records.clear();
+    Form->txtR.Text = "L";
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Run();
+    EXPECT_FALSE(Keeper.Records.at(0).EdgeWarning);
+    EXPECT_GT(Keeper.Records.at(0).MaxEdgeValue.value(), 0.0005);
+}
+
+// --- Progress, stop and failing disks ---
+
+TEST_F(AnalysisRunTest, Stages_show_in_the_status_box_with_the_button_disabled) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optBE_LSCV, &frmKDE::optBE_LSCV_Click);
+    WantPolygons("95");
+    Form->chkSilent.Value = 1;
+    std::vector<std::string> statuses;
+    double lastProgress = 0.0;
+    Host.SetOnYield([&] {
+        EXPECT_FALSE(Form->btnOK.Enabled);
+        EXPECT_GE(Form->PBar.Value, lastProgress);
+        lastProgress = Form->PBar.Value;
+        if (statuses.empty() || statuses.back() != Form->txtStatus.Text) statuses.push_back(Form->txtStatus.Text);
+        Form->btnOK_Click();
+    });
+    Run();
+    ASSERT_GE(statuses.size(), 5U);
+    EXPECT_THAT(std::vector<std::string>(statuses.begin() + 1, statuses.begin() + 5),
+                ElementsAre("Calculating LSCV...", "Calculating kernel...", "Writing kernel...", "Isopleths..."));
+    EXPECT_EQ(lastProgress, 100.0);
+    EXPECT_TRUE(Form->btnOK.Enabled);
+    EXPECT_EQ(Form->txtStatus.Text, "");
+    EXPECT_EQ(Keeper.Records.size(), 2U);
+}
+
+TEST_F(AnalysisRunTest, Exit_during_a_run_stops_it_after_the_present_distribution) {
+    AddTwoAnimals();
+    Open();
+    Host.SetOnYield([&] {
+        if (Form->txtStatus.Text == "Calculating kernel...") Form->btnExit_Click();
+    });
+    Run();
+    EXPECT_TRUE(Form->Visible);
+    EXPECT_TRUE(HasRaster("K3"));
+    EXPECT_FALSE(HasRaster("K7"));
+    EXPECT_TRUE(HasSettingsRecord());
+    EXPECT_THAT(Report(),
+                testing::EndsWith("Volume: " + platform::NumberText(Keeper.Records.at(0).Volume) +
+                                  " / 1000000\r\n\r\nFinish time: 11/20/2026 3:04:05 PM\r\nProcessing stopped "
+                                  "by the user\r\n"));
+    EXPECT_EQ(Messages.Last().Text, "Processing stopped.");
+    Host.SetOnYield({});
+    Form->btnExit_Click();
+    EXPECT_FALSE(Form->Visible);
+}
+
+TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_cancel_routine) {
+    AddTwoAnimals();
+    Open();
+    Disk->Fail(memory::DiskStep::kOpen, 1, 61);
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 1U);
+    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Disk full"));
+    EXPECT_FALSE(HasReport());
+}
+
+TEST_F(AnalysisRunTest, A_report_that_cannot_be_deleted_is_told_by_the_cancel_routine) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "349";
+    Messages.WillAnswer({Answer::kCancel});
+    Messages.SetOnShow([&](const auto&) { Disk->Fail(memory::DiskStep::kDelete, 1, 70); });
+    Run();
+    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("Error_Cancel: Permission denied"));
+    EXPECT_EQ(Messages.Last().Title, "Error");
+    EXPECT_TRUE(Form->btnOK.Enabled);
+}
+
+}  // namespace
+}  // namespace wxl::kde_tool
