@@ -47,7 +47,7 @@ public:
 
 private:
     platform::IMxDocument& Document() const;
-    platform::IFeatureClass& SelectedClass();
+    std::shared_ptr<platform::IFeatureClass> SelectedClass() const;
     std::string FillRows(platform::IFeatureCursor& cursor);
 
     platform::Services m_services;
