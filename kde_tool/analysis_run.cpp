@@ -93,30 +93,32 @@ void frmKDE::btnOK_Click() {
     m_running = true;
     m_stopRequested = false;
     btnOK.Enabled = false;
-    AnalysisRun(*this).Run();
+    m_lastRun = AnalysisRun(*this).Run();
     m_running = false;
     btnOK.Enabled = true;
 }
 
 AnalysisRun::AnalysisRun(frmKDE& form) : m_form(form), m_services(form.Services()), m_report(*form.Services().Files) {}
 
-void AnalysisRun::Run() {
+RunOutcome AnalysisRun::Run() {
     try {
         switch (Start()) {
             case Outcome::kGoOn:
                 RunAnimals();
                 return Finish();
             case Outcome::kCancelled:
-                return Cancel();
+                Cancel();
+                return RunOutcome::kCancelled;
             case Outcome::kRefused:
                 m_form.txtStatus.Text.clear();
-                return;
+                return RunOutcome::kRefused;
         }
     } catch (...) {
         const platform::RuntimeError error = platform::CurrentError();
         ShowError(*m_services.Messages, "KDE: " + error.Description);
         Cancel();
     }
+    return RunOutcome::kFailed;
 }
 
 AnalysisRun::Outcome AnalysisRun::Start() {
@@ -281,7 +283,7 @@ void AnalysisRun::RunAnimals() {
     ShowProgress(static_cast<double>(m_done));
 }
 
-void AnalysisRun::Finish() {
+RunOutcome AnalysisRun::Finish() {
     const bool stopped = m_done < m_animals.Animals.size() * m_frame.Values.size();
     Lines lines = finish_lines(m_services.Clock->Now());
     if (stopped) lines.back() = "Processing stopped by the user";
@@ -289,8 +291,11 @@ void AnalysisRun::Finish() {
     m_report.Close();
     m_lock.reset();
     m_form.txtStatus.Text.clear();
-    m_services.Messages->Show({.Text = stopped ? "Processing stopped." : "Processing complete.", .Title = "Status"});
+    m_services.Messages->Show({.Text = stopped ? "Processing stopped." : "Processing complete.",
+                               .Title = "Status",
+                               .Sign = platform::Icon::kInformation});
     m_form.PBar.Value = m_form.PBar.Minimum;
+    return stopped ? RunOutcome::kStopped : RunOutcome::kComplete;
 }
 
 void AnalysisRun::Cancel() {

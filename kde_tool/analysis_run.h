@@ -13,6 +13,7 @@
 namespace wxl::kde_tool {
 
 class frmKDE;
+enum class RunOutcome;
 
 /// Names of the two text files of a run, joined to the output folder as files in it.
 inline constexpr const char* kReportFile = "\\WXL_KDE_ANALYSIS.txt";
@@ -30,7 +31,7 @@ public:
     explicit AnalysisRun(frmKDE& form);
 
     /// Reports every fault in message boxes and never throws.
-    void Run();
+    RunOutcome Run();
 
 private:
     enum class Outcome { kGoOn, kRefused, kCancelled };
@@ -45,7 +46,7 @@ private:
     Outcome AgreeOnBuffer();
     Outcome AgreeOnOverlaps();
     void RunAnimals();
-    void Finish();
+    RunOutcome Finish();
     void Cancel();
     void DeleteRunFiles();
     void Stage(const std::string& status) override;

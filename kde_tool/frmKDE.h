@@ -18,6 +18,16 @@ namespace wxl::kde_tool {
 /// The only entry of cmbKernelForm.
 inline constexpr const char* kGaussianForm = "Gaussian (bivariate normal)";
 
+/// How a run ended.
+enum class RunOutcome {
+    kNone,       ///< there was none yet
+    kComplete,   ///< every distribution was met, failing ones included
+    kStopped,    ///< the user stopped it; what was done is kept
+    kRefused,    ///< a check failed, before anything was written
+    kCancelled,  ///< cancelled by an answer
+    kFailed      ///< a run-time error
+};
+
 /// The form "Kernel Density Estimation": the settings of a batch analysis, its statistics tables and its run.
 ///
 /// The controls are plain values. Press it as a user does: change a control, then call its handler; an option button is
@@ -207,6 +217,9 @@ public:
     void SetObserver(IRunObserver* observer) { m_observer = observer; }
     IRunObserver* Observer() const { return m_observer; }
 
+    /// How the last run ended.
+    RunOutcome LastRun() const { return m_lastRun; }
+
     /// Whether a run is in progress, and whether it was asked to stop.
     bool Running() const { return m_running; }
     bool StopRequested() const { return m_stopRequested; }
@@ -233,6 +246,7 @@ private:
     double m_largestHref = 0.0;
     bool m_running = false;
     bool m_stopRequested = false;
+    RunOutcome m_lastRun = RunOutcome::kNone;
     IRunObserver* m_observer = nullptr;
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;

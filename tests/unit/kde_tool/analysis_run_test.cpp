@@ -170,6 +170,7 @@ TEST_F(AnalysisRunTest, Buffer_recommendation_cancelled_deletes_report_and_setti
     Messages.SetOnShow([&](const auto&) { recordWasThere = HasSettingsRecord(); });
     Messages.WillAnswer({Answer::kCancel});
     Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kCancelled);
     EXPECT_TRUE(recordWasThere);
     EXPECT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_FALSE(HasReport());
@@ -251,6 +252,7 @@ TEST_F(AnalysisRunTest, Silent_mode_hides_the_calculators_warnings_only) {
     Form->txtBW.Text = "40";
     Form->chkSilent.Value = 1;
     Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
     EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
     EXPECT_EQ(Messages.Last().Title, "Status");
     EXPECT_THAT(Report(), HasSubstr("Warnings!The bandwidth (40) is smaller than the cell size (50). Processing "
@@ -435,6 +437,7 @@ TEST_F(AnalysisRunTest, Exit_during_a_run_stops_it_after_the_present_distributio
         if (Form->txtStatus.Text == "Calculating kernel...") Form->btnExit_Click();
     });
     Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kStopped);
     EXPECT_TRUE(Form->Visible);
     EXPECT_TRUE(HasRaster("K3"));
     EXPECT_FALSE(HasRaster("K7"));
@@ -454,6 +457,7 @@ TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_ca
     Open();
     Disk->Fail(memory::DiskStep::kOpen, 1, 61);
     Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
     ASSERT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Disk full"));
     EXPECT_FALSE(HasReport());
