@@ -1,0 +1,165 @@
+#include "kde_tool/animal_fixes.h"
+
+#include "adapters/memory/memory_map.h"
+#include "platform/runtime_error.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace wxl::kde_tool {
+namespace {
+
+using memory::MemoryFeatureClass;
+using memory::MemoryFeatureLayer;
+using platform::FieldType;
+using platform::FieldValue;
+using platform::Point;
+using testing::ElementsAre;
+
+std::shared_ptr<MemoryFeatureLayer> point_layer(FieldType idType) {
+    return std::make_shared<MemoryFeatureLayer>(
+        "fixes", std::make_shared<MemoryFeatureClass>(platform::ShapeType::kPoint,
+                                                      std::vector<platform::Field>{{.Name = "ID", .Type = idType}}));
+}
+
+std::vector<std::string> ids(const GroupedFixes& fixes) {
+    std::vector<std::string> result;
+    for (const AnimalFixes& animal : fixes.Animals) result.push_back(platform::ValueText(animal.Id));
+    return result;
+}
+
+std::vector<std::string> naming_ids(const GroupedFixes& fixes) {
+    std::vector<std::string> result;
+    for (const AnimalFixes& animal : fixes.Animals) result.push_back(animal.NamingId);
+    return result;
+}
+
+TEST(GroupFixes, Groups_by_animal_ascending_with_fixes_in_layer_order) {
+    const auto layer = point_layer(FieldType::kInteger);
+    auto& points = layer->Features();
+    points.AddPoint(1, 1, {std::int64_t{12}});
+    points.AddPoint(2, 2, {std::int64_t{3}});
+    points.AddPoint(3, 3, {std::int64_t{12}});
+    points.AddPoint(0, 0, {std::int64_t{3}});
+
+    const GroupedFixes fixes = GroupFixes(*layer, "id", false);
+    EXPECT_THAT(ids(fixes), ElementsAre("3", "12"));
+    EXPECT_THAT(naming_ids(fixes), ElementsAre("3", "12"));
+    EXPECT_THAT(fixes.Animals[0].Fixes, ElementsAre(Point{2, 2}, Point{0, 0}));
+    EXPECT_THAT(fixes.Animals[1].Fixes, ElementsAre(Point{1, 1}, Point{3, 3}));
+    EXPECT_FALSE(fixes.TextIds);
+    EXPECT_FALSE(fixes.NullGeometry);
+    EXPECT_EQ(fixes.WithoutId, 0);
+}
+
+TEST(GroupFixes, Text_ids_get_naming_ids_in_the_order_of_their_bytes) {
+    const auto layer = point_layer(FieldType::kText);
+    for (const char* id : {"wolf", "O'Malley", "12", "Wolf", "\xC3\x84sop"}) layer->Features().AddPoint(0, 0, {id});
+    const GroupedFixes fixes = GroupFixes(*layer, "ID", false);
+    EXPECT_TRUE(fixes.TextIds);
+    EXPECT_THAT(ids(fixes), ElementsAre("12", "O'Malley", "Wolf", "wolf", "\xC3\x84sop"));
+    EXPECT_THAT(naming_ids(fixes), ElementsAre("1", "2", "3", "4", "5"));
+}
+
+TEST(GroupFixes, Only_the_selected_features_take_part_when_asked) {
+    const auto layer = point_layer(FieldType::kInteger);
+    auto& points = layer->Features();
+    points.AddPoint(1, 1, {std::int64_t{1}});
+    const auto second = points.AddPoint(2, 2, {std::int64_t{1}});
+    const auto third = points.AddPoint(3, 3, {std::int64_t{2}});
+    layer->Select({second, third});
+    const GroupedFixes fixes = GroupFixes(*layer, "ID", true);
+    EXPECT_THAT(ids(fixes), ElementsAre("1", "2"));
+    EXPECT_THAT(fixes.Animals[0].Fixes, ElementsAre(Point{2, 2}));
+    EXPECT_EQ(GroupFixes(*layer, "ID", false).Animals[0].Fixes.size(), 2U);
+}
+
+TEST(GroupFixes, Points_without_an_id_belong_to_no_animal) {
+    const auto layer = point_layer(FieldType::kText);
+    layer->Features().AddPoint(1, 1, {FieldValue{}});
+    layer->Features().AddPoint(2, 2, {""});
+    layer->Features().AddPoint(3, 3, {"a"});
+    const GroupedFixes text = GroupFixes(*layer, "ID", false);
+    EXPECT_THAT(ids(text), ElementsAre("a"));
+    EXPECT_EQ(text.WithoutId, 2);
+
+    const auto numbers = point_layer(FieldType::kDouble);
+    numbers->Features().AddPoint(1, 1, {FieldValue{}});
+    numbers->Features().AddPoint(1, 1, {0.0});
+    EXPECT_THAT(ids(GroupFixes(*numbers, "ID", false)), ElementsAre("0"));
+    EXPECT_EQ(GroupFixes(*numbers, "ID", false).WithoutId, 1);
+}
+
+TEST(GroupFixes, A_point_without_location_is_told_and_left_out) {
+    const auto layer = point_layer(FieldType::kInteger);
+    auto& points = layer->Features();
+    points.AddPoint(1, 1, {std::int64_t{1}});
+    points.Add(platform::Geometry{}, {std::int64_t{1}});
+    points.Add(platform::Geometry{}, {std::int64_t{2}});
+    const GroupedFixes fixes = GroupFixes(*layer, "ID", false);
+    EXPECT_TRUE(fixes.NullGeometry);
+    EXPECT_THAT(ids(fixes), ElementsAre("1", "2"));
+    EXPECT_EQ(fixes.Animals[0].Fixes.size(), 1U);
+    EXPECT_TRUE(fixes.Animals[1].Fixes.empty());
+
+    const auto infinite = point_layer(FieldType::kInteger);
+    infinite->Features().AddPoint(std::numeric_limits<double>::infinity(), 1, {std::int64_t{1}});
+    EXPECT_TRUE(GroupFixes(*infinite, "ID", false).NullGeometry);
+}
+
+TEST(GroupFixes, A_whole_number_and_the_same_decimal_number_are_one_animal) {
+    const auto layer = point_layer(FieldType::kDouble);
+    layer->Features().AddPoint(1, 1, {std::int64_t{7}});
+    layer->Features().AddPoint(2, 2, {7.0});
+    layer->Features().AddPoint(3, 3, {-0.0});
+    layer->Features().AddPoint(4, 4, {0.0});
+    EXPECT_THAT(ids(GroupFixes(*layer, "ID", false)), ElementsAre("0", "7"));
+}
+
+TEST(GroupFixes, An_empty_layer_has_no_animals) {
+    EXPECT_TRUE(GroupFixes(*point_layer(FieldType::kText), "ID", false).Animals.empty());
+}
+
+TEST(GroupFixes, A_field_that_is_not_there_is_named_in_the_fault) {
+    try {
+        GroupFixes(*point_layer(FieldType::kText), "Animal", false);
+        FAIL();
+    } catch (const platform::RuntimeError& error) {
+        EXPECT_EQ(error.Number, 9);
+        EXPECT_EQ(error.Description, "The layer fixes has no field Animal.");
+    }
+}
+
+TEST(GroupFixes, Reads_the_layer_once_however_many_animals_there_are) {
+    const auto layer = point_layer(FieldType::kInteger);
+    for (std::int64_t i = 0; i < 3000; ++i) layer->Features().AddPoint(0, 0, {i % 1000});
+    const auto before = layer->Features().Finds();
+    EXPECT_EQ(GroupFixes(*layer, "ID", false).Animals.size(), 1000U);
+    EXPECT_EQ(layer->Features().Finds() - before, 1);
+}
+
+// The plain twin asks the layer once per animal.
+TEST(GroupFixes, Agrees_with_one_query_per_animal_on_random_layers) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 20; ++round) {
+        const auto layer = point_layer(FieldType::kText);
+        std::uniform_int_distribution<int> animal(0, 15);
+        for (int i = 0; i < 200; ++i)
+            layer->Features().AddPoint(i, -i, {"a" + std::to_string(animal(random) * (round % 3))});
+        const GroupedFixes fixes = GroupFixes(*layer, "ID", false);
+        std::size_t total = 0;
+        for (const AnimalFixes& group : fixes.Animals) {
+            std::vector<Point> expected;
+            const auto cursor = layer->Features().Find({.Where = platform::AttributeQuery{"", "ID", group.Id}});
+            while (const auto feature = cursor->NextFeature()) expected.push_back(feature->Shape().Location);
+            EXPECT_EQ(group.Fixes, expected);
+            total += expected.size();
+        }
+        EXPECT_EQ(total, 200U);
+    }
+}
+
+}  // namespace
+}  // namespace wxl::kde_tool

@@ -1,0 +1,29 @@
+# The form, its statistics and its settings file.
+wxl_test(
+  test_kde_statistics
+  SOURCES
+  animal_fixes_test.cpp
+  independence_test.cpp
+  statistics_tables_test.cpp
+  DEPENDS
+  wxl_kde_tool
+  wxl_adapter_memory_vector)
+wxl_test(
+  test_kde_form
+  SOURCES
+  frmKDE_test.cpp
+  frmKDE_statistics_test.cpp
+  settings_file_test.cpp
+  DEPENDS
+  wxl_kde_tool
+  wxl_adapter_memory_vector
+  wxl_adapter_memory_raster)
+wxl_test(
+  test_kde_settings_seeds
+  SOURCES
+  settings_reader_seeds_test.cpp
+  ${CMAKE_SOURCE_DIR}/fuzz/fuzz_settings_reader.cpp
+  DEPENDS
+  wxl_kde_tool
+  wxl_adapter_memory_vector
+  wxl_adapter_memory_raster)
