@@ -1,0 +1,186 @@
+// Level polygons from real contours, compared with the step-by-step rules and with the contourer's own polygons.
+
+#include "isopleths/level_polygons.h"
+
+#include "adapters/files/contour_operation.h"
+#include "adapters/files/geos_operators.h"
+#include "adapters/memory/memory_rasters.h"
+#include "isopleths/edge_closing.h"
+#include "tests/unit/isopleths/polygonized.h"
+#include "tests/unit/isopleths/surfaces.h"
+
+#include <gtest/gtest.h>
+
+namespace wxl::isopleths {
+namespace {
+
+using platform::Geometry;
+using platform::IGeometryOperators;
+using platform::RasterGeometry;
+using tests::Surface;
+
+const RasterGeometry kPlace{500000, 4000000, 30, 70, 50};
+
+std::vector<Ring> contours_of(const Surface& surface, double level) {
+    files::ContourOperation operation;
+    const auto raster = memory::MakeRaster("ud", surface.Geometry, surface.Cells);
+    return closed_contours(operation.Contours(*raster, std::vector{level}), level,
+                           OuterEdge(surface.Geometry, surface.Edge()));
+}
+
+/// The rules, one contour after the other: P around A gives P minus A, P within A gives A minus P, else their union.
+Geometry step_by_step(const std::vector<Ring>& contours, IGeometryOperators& operators) {
+    Geometry a;
+    for (const Ring& contour : contours) {
+        const Geometry p = operators.CleanUp({platform::ShapeType::kPolygon, {}, {contour}});
+        if (a.IsNull())
+            a = p;
+        else if (operators.Contains(p, a))
+            a = operators.Difference(p, a);
+        else if (operators.Contains(a, p))
+            a = operators.Difference(a, p);
+        else
+            a = operators.Union(a, p);
+    }
+    return a.IsNull() ? a : operators.CleanUp(a);
+}
+
+double symmetric_difference(const Geometry& a, const Geometry& b, IGeometryOperators& operators) {
+    return operators.Area(operators.Difference(a, b)) + operators.Area(operators.Difference(b, a));
+}
+
+void expect_equal_polygons(const Geometry& found, const Geometry& expected, const std::string& where) {
+    files::GeosOperators operators;
+    const double area = operators.Area(expected);
+    EXPECT_LE(symmetric_difference(found, expected, operators), 1e-9 * area) << where << ", area " << area;
+    EXPECT_TRUE(tests::is_valid(found)) << where;
+}
+
+void compare_at_levels(const Surface& surface, const std::string& name) {
+    files::GeosOperators operators;
+    const double low = surface.Minimum();
+    const double range = surface.Maximum() - low;
+    for (const double share : {0.03, 0.2, 0.5, 0.77, 0.95}) {
+        const double level = low + share * range;
+        const std::string where = name + " at " + std::to_string(share);
+        const std::vector<Ring> contours = contours_of(surface, level);
+        const Geometry found = level_polygon(contours, operators);
+        expect_equal_polygons(found, step_by_step(contours, operators), where + " (rules)");
+        expect_equal_polygons(found, tests::polygonized_above(surface, level), where + " (polygonized)");
+    }
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_smooth_surfaces) {
+    for (std::uint64_t seed = 1; seed <= 12; ++seed)
+        compare_at_levels(tests::random_bumps(kPlace, 6, 4, 15, 0.0, seed), "smooth " + std::to_string(seed));
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_hills_and_lakes) {
+    for (std::uint64_t seed = 1; seed <= 12; ++seed)
+        compare_at_levels(tests::random_bumps(kPlace, 60, 1, 6, 0.5, seed), "hills " + std::to_string(seed));
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_islands_in_lakes_in_islands) {
+    compare_at_levels(tests::waves(kPlace, 7.3), "waves");
+    compare_at_levels(tests::waves({0, 0, 1, 41, 41}, 4.1), "short waves");
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_a_high_border) {
+    const Surface bowl = tests::surface_of(kPlace, [](double column, double row) {
+        return 1.0 - std::exp(-((column - 33) * (column - 33) + (row - 22) * (row - 22)) / 60.0);
+    });
+    compare_at_levels(bowl, "bowl");
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_bands) {
+    const Surface bands = tests::surface_of(
+        kPlace, [](double column, double row) { return std::sin((column + 0.4 * row) / 5.0) + 0.01 * row; });
+    compare_at_levels(bands, "bands");
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_noise) {
+    for (std::uint64_t seed = 1; seed <= 4; ++seed) {
+        tests::Dice dice(seed);
+        const Surface noise = tests::surface_of({0, 0, 10, 30, 20}, [&](double, double) { return dice.Uniform(); });
+        compare_at_levels(noise, "noise " + std::to_string(seed));
+    }
+}
+
+TEST(LevelPolygons, Equal_the_rules_and_the_polygonized_contours_on_very_small_rasters) {
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+        const RasterGeometry geometry{0, 0, 5, 1 + static_cast<std::int32_t>(seed % 4),
+                                      1 + static_cast<std::int32_t>(seed / 4 % 3)};
+        if (geometry.Columns * geometry.Rows < 2) continue;
+        tests::Dice dice(seed);
+        const Surface surface = tests::surface_of(geometry, [&](double, double) { return dice.Uniform(); });
+        compare_at_levels(surface, "small " + std::to_string(seed));
+    }
+}
+
+// Cells that equal the level make contours that touch each other and themselves. The polygonized contours of such a
+// surface are not valid, so that only the rules serve as a yardstick.
+TEST(LevelPolygons, Equal_the_rules_where_contours_touch) {
+    files::GeosOperators operators;
+    for (std::uint64_t seed = 1; seed <= 25; ++seed) {
+        const Surface surface = tests::random_steps({1000, 2000, 10, 12, 9}, 4, seed);
+        for (const double level : {1.0, 2.0, 3.0}) {
+            const std::string where = "steps " + std::to_string(seed) + " at " + std::to_string(level);
+            const std::vector<Ring> contours = contours_of(surface, level);
+            const Geometry found = level_polygon(contours, operators);
+            const Geometry expected = step_by_step(contours, operators);
+            EXPECT_LE(symmetric_difference(found, expected, operators), 1e-9 * operators.Area(expected)) << where;
+            EXPECT_TRUE(tests::is_valid(found)) << where;
+        }
+    }
+}
+
+TEST(LevelPolygons, A_depression_is_a_hole) {
+    const Surface crater = tests::surface_of({0, 0, 1, 41, 41}, [](double column, double row) {
+        const double d = std::hypot(column - 20, row - 20);
+        return std::exp(-(d - 8) * (d - 8) / 10);
+    });
+    files::GeosOperators operators;
+    const Geometry polygon = level_polygon(contours_of(crater, 0.5), operators);
+    ASSERT_EQ(polygon.Parts.size(), 2U);
+    EXPECT_GT(clockwise_area(polygon.Parts[0]), 0);
+    EXPECT_LT(clockwise_area(polygon.Parts[1]), 0);
+}
+
+TEST(LevelPolygons, No_contour_gives_no_shape) {
+    files::GeosOperators operators;
+    EXPECT_TRUE(level_polygon({}, operators).IsNull());
+}
+
+TEST(RingBetween, Takes_the_inner_polygon_out_of_the_outer) {
+    files::GeosOperators operators;
+    const Geometry inner{platform::ShapeType::kPolygon, {}, {{{2, 2}, {2, 4}, {4, 4}, {4, 2}, {2, 2}}}};
+    const Geometry outer{platform::ShapeType::kPolygon, {}, {{{0, 0}, {0, 9}, {9, 9}, {9, 0}, {0, 0}}}};
+    EXPECT_EQ(operators.Area(ring_between(inner, outer, operators)), 77);
+    EXPECT_EQ(operators.Area(ring_between({}, outer, operators)), 81);
+    EXPECT_TRUE(ring_between(outer, inner, operators).IsNull());
+    EXPECT_TRUE(ring_between(inner, {}, operators).IsNull());
+}
+
+TEST(RingBetween, Rings_of_falling_levels_are_disjoint_and_add_up_to_the_last_polygon) {
+    files::GeosOperators operators;
+    for (std::uint64_t seed = 1; seed <= 6; ++seed) {
+        const Surface surface = tests::random_bumps(kPlace, 30, 2, 9, 0.3, seed);
+        Geometry before;
+        Geometry all;
+        double sum = 0.0;
+        for (const double share : {0.9, 0.6, 0.45, 0.3}) {
+            const double level = surface.Minimum() + share * (surface.Maximum() - surface.Minimum());
+            const Geometry polygon = level_polygon(contours_of(surface, level), operators);
+            const Geometry ring = ring_between(before, polygon, operators);
+            EXPECT_TRUE(tests::is_valid(ring));
+            sum += operators.Area(ring);
+            all = all.IsNull() ? ring : operators.Union(all, ring);
+            before = polygon;
+        }
+        EXPECT_NEAR(sum / operators.Area(before), 1.0, 1e-9);
+        EXPECT_LE(symmetric_difference(all, before, operators), 1e-9 * sum);
+    }
+}
+
+}  // namespace
+}  // namespace wxl::isopleths
