@@ -1,0 +1,46 @@
+#pragma once
+#include "platform/features.h"
+
+#include <memory>
+
+class QgsVectorLayer;
+
+namespace wxl::adapters::qgis {
+
+struct TableState;
+
+/// The features of a vector layer of any provider. A layer in edit mode is written through its edit buffer (so that
+/// the user's Undo and Save keep their meaning), any other through its provider, in bulk at Flush.
+class QgisFeatureClass final : public platform::IFeatureClass, public platform::ITable {
+public:
+    explicit QgisFeatureClass(QgsVectorLayer& layer);
+
+    platform::ShapeType Shape() const override;
+    platform::SpatialReference Reference() const override;
+    platform::Extent Bounds() const override;
+    std::int64_t FeatureCount() const override;
+    platform::ITable& Table() override { return *this; }
+    std::unique_ptr<platform::IFeatureCursor> Find(const platform::Search& search) override;
+    std::unique_ptr<platform::IInsertCursor> Insert() override;
+
+    std::vector<platform::Field> Fields() const override;
+    int FindField(std::string_view name) const override;
+    int AddField(const platform::Field& field) override;
+    void DeleteField(int field) override;
+
+private:
+    std::shared_ptr<TableState> m_state;
+};
+
+/// The layer's selection at the time of each call.
+class QgisSelectionSet final : public platform::ISelectionSet {
+public:
+    explicit QgisSelectionSet(QgsVectorLayer& layer);
+    std::int64_t Count() const override;
+    std::unique_ptr<platform::IFeatureCursor> Find(const platform::Search& search) override;
+
+private:
+    std::shared_ptr<TableState> m_state;
+};
+
+}  // namespace wxl::adapters::qgis

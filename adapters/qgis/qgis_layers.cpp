@@ -1,0 +1,73 @@
+#include "adapters/qgis/qgis_layers.h"
+
+#include "adapters/qgis/qgis_feature_class.h"
+#include "adapters/qgis/qgis_values.h"
+#include "platform/runtime_error.h"
+
+#include <qgsvectordataprovider.h>
+
+namespace wxl::adapters::qgis {
+namespace {
+
+template <class LayerType>
+LayerType& open(const QPointer<LayerType>& layer) {
+    if (layer.isNull()) platform::Raise(platform::error_number::kObjectNotSet, "The layer was removed from the map.");
+    return *layer;
+}
+
+}  // namespace
+
+std::string QgisFeatureLayer::Name() const {
+    return FromQString(open(m_layer).name());
+}
+
+std::shared_ptr<platform::IFeatureClass> QgisFeatureLayer::FeatureClass() {
+    return std::make_shared<QgisFeatureClass>(open(m_layer));
+}
+
+std::shared_ptr<platform::ISelectionSet> QgisFeatureLayer::Selection() {
+    return std::make_shared<QgisSelectionSet>(open(m_layer));
+}
+
+std::string QgisFeatureLayer::WhyReadOnly() const {
+    QgsVectorLayer& layer = open(m_layer);
+    if (layer.readOnly())
+        return "The layer \"" + Name() + "\" is set to read-only in this project. Please allow editing and try again.";
+    const auto needed = QgsVectorDataProvider::ChangeAttributeValues | QgsVectorDataProvider::AddAttributes |
+                        QgsVectorDataProvider::DeleteFeatures;
+    if ((layer.dataProvider()->capabilities() & needed) != needed)
+        return "The data of the layer \"" + Name() +
+               "\" cannot be changed: the file is write-protected, or its format is read-only. Please export the layer "
+               "to a new shapefile or GeoPackage and use that.";
+    return {};
+}
+
+std::string QgisRasterLayer::Name() const {
+    return FromQString(open(m_layer).name());
+}
+
+platform::RasterGeometry QgisRasterLayer::Geometry() const {
+    const QgsRasterLayer& layer = open(m_layer);
+    const QgsRectangle box = layer.extent();
+    return {box.xMinimum(), box.yMinimum(), layer.rasterUnitsPerPixelX(), layer.width(), layer.height()};
+}
+
+platform::Layer FromQgsLayer(QgsMapLayer& layer) {
+    platform::Layer result;
+    result.Name = FromQString(layer.name());
+    if (auto* vector = qobject_cast<QgsVectorLayer*>(&layer); vector && vector->isValid()) {
+        result.Class = platform::LayerClass::kFeature;
+        result.Shape = ShapeTypeOf(vector->geometryType());
+        result.Feature = std::make_shared<QgisFeatureLayer>(*vector);
+    } else if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer); raster && raster->isValid()) {
+        result.Class = platform::LayerClass::kRaster;
+        result.Raster = std::make_shared<QgisRasterLayer>(*raster);
+    } else if (layer.type() == QgsMapLayerType::MeshLayer) {
+        result.Class = platform::LayerClass::kMesh;
+    } else if (layer.type() == QgsMapLayerType::AnnotationLayer) {
+        result.Class = platform::LayerClass::kAnnotation;
+    }
+    return result;
+}
+
+}  // namespace wxl::adapters::qgis

@@ -1,0 +1,116 @@
+#include "adapters/qgis/qgis_messages.h"
+
+#include "adapters/qgis/qgis_values.h"
+#include "platform/text.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <utility>
+
+namespace wxl::adapters::qgis {
+namespace {
+
+QMessageBox::Icon icon_of(platform::Icon icon) {
+    switch (icon) {
+        case platform::Icon::kCritical:
+            return QMessageBox::Critical;
+        case platform::Icon::kExclamation:
+            return QMessageBox::Warning;
+        case platform::Icon::kQuestion:
+            return QMessageBox::Question;
+        case platform::Icon::kInformation:
+            return QMessageBox::Information;
+        case platform::Icon::kNone:
+            break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons buttons_of(platform::Buttons buttons) {
+    switch (buttons) {
+        case platform::Buttons::kYesNo:
+            return QMessageBox::Yes | QMessageBox::No;
+        case platform::Buttons::kYesNoCancel:
+            return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+        case platform::Buttons::kOk:
+            break;
+    }
+    return QMessageBox::Ok;
+}
+
+std::optional<std::filesystem::path> path_of(const QString& chosen) {
+    if (chosen.isEmpty()) return std::nullopt;
+    return std::filesystem::path(FromQString(chosen));
+}
+
+}  // namespace
+
+platform::Answer QgisMessages::Show(const platform::MessageBox& box) {
+    QWidget* parent = QApplication::activeModalWidget() ? QApplication::activeModalWidget() : m_parent.data();
+    QMessageBox dialog(parent);
+    dialog.setObjectName(QStringLiteral("wxlMessageBox"));
+    dialog.setIcon(icon_of(box.Sign));
+    dialog.setWindowTitle(box.Title.empty() ? QStringLiteral("WXL Tools") : ToQString(box.Title));
+    dialog.setTextFormat(Qt::PlainText);
+    QString text = ToQString(box.Text);
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    dialog.setText(text);
+    dialog.setStandardButtons(buttons_of(box.Choice));
+    switch (dialog.exec()) {
+        case QMessageBox::Yes:
+            return platform::Answer::kYes;
+        case QMessageBox::No:
+            return platform::Answer::kNo;
+        case QMessageBox::Cancel:
+            return platform::Answer::kCancel;
+        default:
+            break;
+    }
+    // A question closed by the window's own button is not answered with Yes.
+    if (box.Choice == platform::Buttons::kYesNo) return platform::Answer::kNo;
+    return box.Choice == platform::Buttons::kYesNoCancel ? platform::Answer::kCancel : platform::Answer::kOk;
+}
+
+std::optional<std::filesystem::path> QgisFileDialogs::OpenFile(const platform::FileDialog& dialog) {
+    return path_of(
+        QFileDialog::getOpenFileName(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter)));
+}
+
+std::optional<std::filesystem::path> QgisFileDialogs::SaveFile(const platform::FileDialog& dialog) {
+    const auto options = dialog.AskBeforeOverwriting ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite;
+    return path_of(QFileDialog::getSaveFileName(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter),
+                                                nullptr, options));
+}
+
+std::optional<std::filesystem::path> QgisFileDialogs::ChooseFolder(const std::string& title) {
+    return path_of(QFileDialog::getExistingDirectory(m_parent, ToQString(title)));
+}
+
+void QgisHost::Yield() {
+    std::erase_if(m_refreshers, [](const auto& refresher) { return refresher.expired(); });
+    for (const auto& refresher : std::vector(m_refreshers))
+        if (const auto refresh = refresher.lock()) (*refresh)();
+    QApplication::processEvents();
+}
+
+void QgisHost::SetStatus(std::string_view text) {
+    if (!m_statusBar.isNull()) m_statusBar->showMessage(ToQString(text));
+}
+
+std::shared_ptr<void> QgisHost::OnYield(std::function<void()> refresh) {
+    auto token = std::make_shared<std::function<void()>>(std::move(refresh));
+    m_refreshers.push_back(token);
+    return token;
+}
+
+QString ToQtFilter(const std::string& filter) {
+    // Pairs of description and pattern; the descriptions already show the pattern.
+    QStringList filters;
+    const std::vector<std::string> pieces = platform::Split(filter, '|');
+    for (std::size_t i = 0; i < pieces.size(); i += 2) filters << ToQString(pieces[i]);
+    return filters.join(QStringLiteral(";;"));
+}
+
+}  // namespace wxl::adapters::qgis

@@ -1,0 +1,52 @@
+#pragma once
+#include "platform/messages.h"
+
+#include <functional>
+#include <QPointer>
+#include <QWidget>
+#include <vector>
+
+class QStatusBar;
+
+namespace wxl::adapters::qgis {
+
+/// Message boxes over the active window. An empty title becomes the application's name.
+class QgisMessages final : public platform::IMessages {
+public:
+    explicit QgisMessages(QWidget* parent) : m_parent(parent) {}
+    platform::Answer Show(const platform::MessageBox& box) override;
+
+private:
+    QPointer<QWidget> m_parent;
+};
+
+class QgisFileDialogs final : public platform::IFileDialogs {
+public:
+    explicit QgisFileDialogs(QWidget* parent) : m_parent(parent) {}
+    std::optional<std::filesystem::path> OpenFile(const platform::FileDialog& dialog) override;
+    std::optional<std::filesystem::path> SaveFile(const platform::FileDialog& dialog) override;
+    std::optional<std::filesystem::path> ChooseFolder(const std::string& title) override;
+
+private:
+    QPointer<QWidget> m_parent;
+};
+
+/// Gives Qt's event loop a turn; forms on screen show their new values first.
+class QgisHost final : public platform::IHost {
+public:
+    explicit QgisHost(QStatusBar* statusBar) : m_statusBar(statusBar) {}
+    void Yield() override;
+    void SetStatus(std::string_view text) override;
+
+    /// Calls `refresh` at every Yield until the returned token is destroyed.
+    [[nodiscard]] std::shared_ptr<void> OnYield(std::function<void()> refresh);
+
+private:
+    QPointer<QStatusBar> m_statusBar;
+    std::vector<std::weak_ptr<std::function<void()>>> m_refreshers;
+};
+
+/// "Text files (*.txt)|*.txt" as Qt writes it.
+QString ToQtFilter(const std::string& filter);
+
+}  // namespace wxl::adapters::qgis

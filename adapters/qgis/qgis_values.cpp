@@ -1,0 +1,205 @@
+#include "adapters/qgis/qgis_values.h"
+
+#include <algorithm>
+#include <QDateTime>
+#include <qgslinestring.h>
+#include <qgsmultilinestring.h>
+#include <qgsmultipolygon.h>
+#include <qgspolygon.h>
+#include <qgsunittypes.h>
+
+namespace wxl::adapters::qgis {
+namespace {
+
+using platform::Geometry;
+using platform::Point;
+using platform::ShapeType;
+using Ring = std::vector<Point>;
+
+Ring vertices(const QgsCurve& curve) {
+    Ring ring;
+    const std::unique_ptr<QgsLineString> line(curve.curveToLine());
+    ring.reserve(static_cast<std::size_t>(line->numPoints()));
+    for (int i = 0; i < line->numPoints(); ++i) ring.push_back({line->xAt(i), line->yAt(i)});
+    return ring;
+}
+
+double twice_signed_area(const Ring& ring) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i + 1 < ring.size(); ++i)
+        sum += (ring[i].X - ring[0].X) * (ring[i + 1].Y - ring[0].Y) -
+               (ring[i + 1].X - ring[0].X) * (ring[i].Y - ring[0].Y);
+    return sum;
+}
+
+Ring turned(Ring ring, bool clockwise) {
+    if ((twice_signed_area(ring) < 0.0) != clockwise) std::reverse(ring.begin(), ring.end());
+    return ring;
+}
+
+std::unique_ptr<QgsLineString> line_of(const Ring& ring) {
+    QVector<double> x;
+    QVector<double> y;
+    for (const Point& p : ring) {
+        x.push_back(p.X);
+        y.push_back(p.Y);
+    }
+    return std::make_unique<QgsLineString>(x, y);
+}
+
+}  // namespace
+
+QString ToQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+}
+
+std::string FromQString(const QString& text) {
+    const QByteArray bytes = text.toUtf8();
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+platform::FieldValue FromVariant(const QVariant& value) {
+    if (!value.isValid() || value.isNull()) return std::monostate{};
+    switch (value.type()) {
+        case QVariant::Int:
+        case QVariant::LongLong:
+        case QVariant::UInt:
+        case QVariant::Bool:
+            return std::int64_t{value.toLongLong()};
+        case QVariant::Double:
+        case QVariant::ULongLong:
+            return value.toDouble();
+        case QVariant::Date:
+            return FromQString(value.toDate().toString(Qt::ISODate));
+        case QVariant::Time:
+            return FromQString(value.toTime().toString(Qt::ISODate));
+        case QVariant::DateTime:
+            return FromQString(value.toDateTime().toString(Qt::ISODate));
+        default:
+            return FromQString(value.toString());
+    }
+}
+
+QVariant ToVariant(const platform::FieldValue& value, QVariant::Type type) {
+    if (platform::IsMissing(value)) return QVariant(type);
+    if (const auto* whole = std::get_if<std::int64_t>(&value)) return QVariant(qlonglong{*whole});
+    if (const auto* number = std::get_if<double>(&value)) return QVariant(*number);
+    return QVariant(ToQString(std::get<std::string>(value)));
+}
+
+ShapeType ShapeTypeOf(QgsWkbTypes::GeometryType type) {
+    switch (type) {
+        case QgsWkbTypes::PointGeometry:
+            return ShapeType::kPoint;
+        case QgsWkbTypes::LineGeometry:
+            return ShapeType::kPolyline;
+        case QgsWkbTypes::PolygonGeometry:
+            return ShapeType::kPolygon;
+        default:
+            return ShapeType::kNull;
+    }
+}
+
+Geometry FromQgsGeometry(const QgsGeometry& geometry) {
+    if (geometry.isNull() || geometry.isEmpty()) return {};
+    Geometry result;
+    result.Type = ShapeTypeOf(geometry.type());
+    if (result.Type == ShapeType::kPoint) {
+        const QgsPoint vertex = geometry.vertexAt(0);
+        result.Location = {vertex.x(), vertex.y()};
+        return result;
+    }
+    for (auto part = geometry.const_parts_begin(); part != geometry.const_parts_end(); ++part) {
+        if (const auto* curve = qgsgeometry_cast<const QgsCurve*>(*part)) {
+            result.Parts.push_back(vertices(*curve));
+        } else if (const auto* polygon = qgsgeometry_cast<const QgsCurvePolygon*>(*part)) {
+            result.Parts.push_back(turned(vertices(*polygon->exteriorRing()), true));
+            for (int i = 0; i < polygon->numInteriorRings(); ++i)
+                result.Parts.push_back(turned(vertices(*polygon->interiorRing(i)), false));
+        }
+    }
+    return result;
+}
+
+QgsGeometry ToQgsGeometry(const Geometry& geometry) {
+    switch (geometry.Type) {
+        case ShapeType::kPoint:
+            return QgsGeometry::fromPointXY({geometry.Location.X, geometry.Location.Y});
+        case ShapeType::kPolyline: {
+            auto lines = std::make_unique<QgsMultiLineString>();
+            for (const Ring& part : geometry.Parts) lines->addGeometry(line_of(part).release());
+            return QgsGeometry(std::move(lines));
+        }
+        case ShapeType::kPolygon: {
+            auto polygons = std::make_unique<QgsMultiPolygon>();
+            std::unique_ptr<QgsPolygon> polygon;
+            const auto finish = [&] {
+                if (polygon) polygons->addGeometry(polygon.release());
+            };
+            for (const Ring& ring : geometry.Parts) {
+                if (polygon && twice_signed_area(ring) > 0.0) {
+                    polygon->addInteriorRing(line_of(ring).release());
+                    continue;
+                }
+                finish();
+                polygon = std::make_unique<QgsPolygon>();
+                polygon->setExteriorRing(line_of(ring).release());
+            }
+            finish();
+            return QgsGeometry(std::move(polygons));
+        }
+        case ShapeType::kNull:
+            break;
+    }
+    return {};
+}
+
+platform::Field FromQgsField(const QgsField& field) {
+    platform::Field result;
+    result.Name = FromQString(field.name());
+    result.Length = field.length();
+    result.Precision = field.precision();
+    switch (field.type()) {
+        case QVariant::Int:
+        case QVariant::LongLong:
+        case QVariant::UInt:
+        case QVariant::Bool:
+            result.Type = platform::FieldType::kInteger;
+            break;
+        case QVariant::Double:
+        case QVariant::ULongLong:
+            result.Type = platform::FieldType::kDouble;
+            break;
+        case QVariant::Date:
+        case QVariant::Time:
+        case QVariant::DateTime:
+            result.Type = platform::FieldType::kDate;
+            break;
+        default:
+            result.Type = platform::FieldType::kText;
+            break;
+    }
+    return result;
+}
+
+QgsField ToQgsField(const platform::Field& field) {
+    QVariant::Type type = QVariant::String;
+    if (field.Type == platform::FieldType::kDouble) type = QVariant::Double;
+    if (field.Type == platform::FieldType::kInteger) type = QVariant::LongLong;
+    if (field.Type == platform::FieldType::kDate) type = QVariant::Date;
+    return QgsField(ToQString(field.Name), type, QString(), field.Length, field.Precision);
+}
+
+platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs) {
+    if (!crs.isValid()) return {};
+    platform::SpatialReference reference;
+    reference.Name = FromQString(crs.description());
+    reference.Wkt = FromQString(crs.toWkt(QgsCoordinateReferenceSystem::WKT_PREFERRED));
+    reference.UnitName = FromQString(QgsUnitTypes::encodeUnit(crs.mapUnits()));
+    reference.IsGeographic = crs.isGeographic();
+    if (!crs.isGeographic() && crs.mapUnits() != QgsUnitTypes::DistanceUnknownUnit)
+        reference.MetersPerUnit = QgsUnitTypes::fromUnitToUnitFactor(crs.mapUnits(), QgsUnitTypes::DistanceMeters);
+    return reference;
+}
+
+}  // namespace wxl::adapters::qgis

@@ -1,0 +1,37 @@
+#pragma once
+#include "platform/values.h"
+
+#include <qgscoordinatereferencesystem.h>
+#include <qgsfield.h>
+#include <qgsgeometry.h>
+#include <qgswkbtypes.h>
+#include <QString>
+#include <QVariant>
+#include <string>
+#include <string_view>
+
+namespace wxl::adapters::qgis {
+
+// Values of QGIS and Qt as values of the platform, and back.
+
+QString ToQString(std::string_view text);
+std::string FromQString(const QString& text);
+
+platform::FieldValue FromVariant(const QVariant& value);
+
+/// A null of the field's type for a missing value.
+QVariant ToVariant(const platform::FieldValue& value, QVariant::Type type);
+
+platform::ShapeType ShapeTypeOf(QgsWkbTypes::GeometryType type);
+
+/// The first point of a (multi)point; all parts of a line; rings of a polygon, outer rings clockwise before their
+/// holes.
+platform::Geometry FromQgsGeometry(const QgsGeometry& geometry);
+QgsGeometry ToQgsGeometry(const platform::Geometry& geometry);
+
+platform::Field FromQgsField(const QgsField& field);
+QgsField ToQgsField(const platform::Field& field);
+
+platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs);
+
+}  // namespace wxl::adapters::qgis
