@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
-#include <QStatusBar>
 #include <utility>
 
 namespace wxl::adapters::qgis {

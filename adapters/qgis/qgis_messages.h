@@ -3,10 +3,9 @@
 
 #include <functional>
 #include <QPointer>
+#include <QStatusBar>
 #include <QWidget>
 #include <vector>
-
-class QStatusBar;
 
 namespace wxl::adapters::qgis {
 

@@ -1,0 +1,178 @@
+#include "adapters/qgis/form_binder.h"
+
+#include "adapters/qgis/qgis_values.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QTableWidget>
+#include <QTabWidget>
+
+namespace wxl::adapters::qgis {
+namespace {
+
+void show_background(QWidget& widget, platform::BackColor colour) {
+    QPalette palette = widget.palette();
+    const QPalette::ColorRole role = colour == platform::BackColor::kWindow ? QPalette::Base : QPalette::Button;
+    palette.setColor(QPalette::Base, QPalette().color(QPalette::Active, role));
+    palette.setColor(QPalette::Disabled, QPalette::Base, QPalette().color(QPalette::Active, role));
+    widget.setPalette(palette);
+}
+
+void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
+    QStringList headers;
+    for (const std::string& column : grid.Columns) headers << ToQString(column);
+    const int rows = static_cast<int>(grid.Rows.size());
+    widget.setColumnCount(headers.size());
+    widget.setHorizontalHeaderLabels(headers);
+    widget.setRowCount(rows);
+    for (int row = 0; row < rows; ++row) {
+        const auto& cells = grid.Rows[static_cast<std::size_t>(row)];
+        for (int column = 0; column < headers.size() && column < static_cast<int>(cells.size()); ++column) {
+            auto* item = new QTableWidgetItem(ToQString(cells[static_cast<std::size_t>(column)]));
+            if (column > 0) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            widget.setItem(row, column, item);
+        }
+    }
+    widget.setVisible(grid.Visible);
+}
+
+}  // namespace
+
+void FormBinder::Run(const Handler& change, const Handler& handler) {
+    if (m_refreshing) return;
+    change();
+    if (handler) handler();
+    Refresh();
+}
+
+void FormBinder::Refresh() {
+    if (m_refreshing) return;
+    m_refreshing = true;
+    for (const Handler& refresh : m_refreshers) refresh();
+    m_refreshing = false;
+}
+
+void FormBinder::Bind(QLineEdit& widget, platform::TextBox& control, const char* name, Handler changed) {
+    widget.setObjectName(QLatin1String(name));
+    connect(&widget, &QLineEdit::textChanged, this, [this, &control, changed](const QString& text) {
+        Run([&] { control.Text = FromQString(text); }, changed);
+    });
+    m_refreshers.push_back([&widget, &control] {
+        // Setting an equal text would move the cursor of somebody who types.
+        if (const QString text = ToQString(control.Text); widget.text() != text) widget.setText(text);
+        widget.setEnabled(control.Enabled);
+        show_background(widget, control.Back);
+    });
+}
+
+void FormBinder::Bind(QCheckBox& widget, platform::CheckBox& control, const char* name, Handler clicked) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setText(ToQString(control.Caption).trimmed());
+    connect(&widget, &QCheckBox::toggled, this,
+            [this, &control, clicked](bool checked) { Run([&] { control.Value = checked ? 1 : 0; }, clicked); });
+    m_refreshers.push_back([&widget, &control] {
+        widget.setChecked(control.Value == 1);
+        widget.setEnabled(control.Enabled);
+    });
+}
+
+void FormBinder::Bind(QRadioButton& widget, platform::OptionButton& control, const char* name, Handler clicked) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setText(ToQString(control.Caption));
+    // The form clears the siblings of a chosen button itself.
+    widget.setAutoExclusive(false);
+    connect(&widget, &QRadioButton::clicked, this,
+            [this, &control, clicked] { Run([&] { control.Value = true; }, clicked); });
+    m_refreshers.push_back([&widget, &control] {
+        widget.setChecked(control.Value);
+        widget.setEnabled(control.Enabled);
+    });
+}
+
+void FormBinder::Bind(QComboBox& widget, platform::ComboBox& control, const char* name, Handler clicked) {
+    widget.setObjectName(QLatin1String(name));
+    connect(&widget, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this, &control, clicked](int index) { Run([&] { control.ListIndex = index; }, clicked); });
+    m_refreshers.push_back([&widget, &control] {
+        QStringList items;
+        for (const std::string& item : control.Items) items << ToQString(item);
+        QStringList shown;
+        for (int i = 0; i < widget.count(); ++i) shown << widget.itemText(i);
+        if (items != shown) {
+            widget.clear();
+            widget.addItems(items);
+        }
+        widget.setCurrentIndex(control.ListIndex);
+        widget.setEnabled(control.Enabled);
+        show_background(widget, control.Back);
+    });
+}
+
+void FormBinder::Bind(QPushButton& widget, platform::Button& control, const char* name, Handler clicked) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setText(ToQString(control.Caption));
+    connect(&widget, &QPushButton::clicked, this, [this, clicked] { Run([] {}, clicked); });
+    m_refreshers.push_back([&widget, &control] { widget.setEnabled(control.Enabled); });
+}
+
+void FormBinder::Bind(QLabel& widget, platform::Label& control, const char* name) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setTextFormat(Qt::PlainText);
+    m_refreshers.push_back([&widget, &control] {
+        widget.setText(ToQString(control.Caption));
+        widget.setEnabled(control.Enabled);
+    });
+}
+
+void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const char* name) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    widget.setAlternatingRowColors(true);
+    widget.verticalHeader()->setVisible(false);
+    widget.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // A table of thousands of animals is laid out again only when it has changed.
+    m_refreshers.push_back([&widget, &control, shown = platform::DataGrid{}, first = true]() mutable {
+        const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;
+        if (!same) show_table(widget, control);
+        if (!same) shown = control;
+        first = false;
+    });
+}
+
+void FormBinder::Bind(QProgressBar& widget, platform::ProgressBar& control, const char* name) {
+    widget.setObjectName(QLatin1String(name));
+    widget.setRange(0, 1000);
+    m_refreshers.push_back([&widget, &control] {
+        const double range = control.Maximum - control.Minimum;
+        widget.setValue(range > 0.0 ? static_cast<int>(1000.0 * (control.Value - control.Minimum) / range) : 0);
+    });
+}
+
+void FormBinder::Bind(QSlider& widget, platform::Slider& control, const char* name, Handler changed) {
+    widget.setObjectName(QLatin1String(name));
+    connect(&widget, &QSlider::valueChanged, this,
+            [this, &control, changed](int value) { Run([&] { control.Value = value; }, changed); });
+    m_refreshers.push_back([&widget, &control] {
+        widget.setRange(control.Minimum, control.Maximum);
+        widget.setValue(control.Value);
+        widget.setEnabled(control.Enabled);
+    });
+}
+
+void FormBinder::Bind(QTabWidget& widget, platform::Tab& control, const char* name, std::function<void(int)> clicked) {
+    widget.setObjectName(QLatin1String(name));
+    connect(&widget, &QTabWidget::currentChanged, this, [this, &control, clicked](int page) {
+        const int previous = control.Current;
+        Run([&] { control.Current = page; }, [&] { clicked(previous); });
+    });
+    m_refreshers.push_back([&widget, &control] { widget.setCurrentIndex(control.Current); });
+}
+
+}  // namespace wxl::adapters::qgis

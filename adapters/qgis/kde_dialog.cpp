@@ -1,0 +1,309 @@
+#include "adapters/qgis/kde_dialog.h"
+
+#include "adapters/qgis/qgis_values.h"
+#include "platform/runtime_error.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace wxl::adapters::qgis {
+namespace {
+
+template <class Widget>
+Widget* with_tip(Widget* widget, const char* tip) {
+    widget->setToolTip(QString::fromUtf8(tip));
+    return widget;
+}
+
+QLineEdit* number_edit(const char* tip) {
+    auto* edit = with_tip(new QLineEdit, tip);
+    edit->setMinimumWidth(110);
+    return edit;
+}
+
+QLabel* caption(const platform::Label& label, QWidget* buddy) {
+    auto* widget = new QLabel(ToQString(label.Caption));
+    widget->setBuddy(buddy);
+    return widget;
+}
+
+QHBoxLayout* row(std::initializer_list<QWidget*> widgets) {
+    auto* layout = new QHBoxLayout;
+    for (QWidget* widget : widgets) layout->addWidget(widget);
+    return layout;
+}
+
+QGroupBox* frame(const char* title, QLayout* layout) {
+    auto* box = new QGroupBox(QString::fromUtf8(title));
+    box->setLayout(layout);
+    return box;
+}
+
+QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    for (QWidget* widget : frames) layout->addWidget(widget);
+    if (stretchAtEnd) layout->addStretch();
+    return page;
+}
+
+}  // namespace
+
+KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : QDialog(parent), m_form(form) {
+    setObjectName(QStringLiteral("frmKDE"));
+    setWindowTitle(ToQString(form.Caption));
+    form.Form_Load();
+
+    m_tabs = new QTabWidget;
+    const std::vector<QWidget*> pages = {InputPage(), KernelPage(), BandwidthPage(), OutputPage()};
+    for (std::size_t i = 0; i < pages.size(); ++i) m_tabs->addTab(pages[i], ToQString(form.SSTab1.Pages[i]));
+    m_binder.Bind(*m_tabs, form.SSTab1, "SSTab1", [this](int previous) { m_form.SSTab1_Click(previous); });
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_tabs);
+    layout->addLayout(Footer());
+    m_binder.AlsoRefresh([this] {
+        ShowUnits();
+        for (int i = 0; i < m_tabs->count(); ++i) m_tabs->widget(i)->setEnabled(!Running());
+        if (!m_form.Visible && isVisible()) accept();
+    });
+    m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
+    m_binder.Refresh();
+    resize(640, 620);
+}
+
+QWidget* KdeDialog::InputPage() {
+    auto* layer = with_tip(new QComboBox, "Point layer with one feature per fix");
+    auto* selected = with_tip(new QCheckBox, "Leave out the fixes that are not selected in the map");
+    auto* field = with_tip(new QComboBox, "Field that names the animal of each fix");
+    m_binder.Bind(*layer, m_form.cmbPntL, "cmbPntL", [this] { m_form.cmbPntL_Click(); });
+    m_binder.Bind(*selected, m_form.chkUseSel, "chkUseSel", [this] { m_form.chkUseSel_Click(); });
+    m_binder.Bind(*field, m_form.cmbUIDFLD, "cmbUIDFLD", [this] { m_form.cmbUIDFLD_Click(); });
+    auto* input = new QVBoxLayout;
+    input->addWidget(caption(m_form.lblPntL, layer));
+    input->addWidget(layer);
+    input->addWidget(selected);
+    input->addWidget(caption(m_form.lblUIDFLD, field));
+    input->addWidget(field);
+
+    auto* calculate = with_tip(new QPushButton, "Computes both indices for every animal, in the order of the layer");
+    auto* table = new QTableWidget;
+    auto* save = with_tip(new QPushButton, "Saves the table as comma-separated text");
+    auto* schoener = new QLabel;
+    auto* swihart = new QLabel;
+    schoener->setWordWrap(true);
+    swihart->setWordWrap(true);
+    m_binder.Bind(*calculate, m_form.btnCalcIO, "btnCalcIO", [this] { m_form.btnCalcIO_Click(); });
+    m_binder.Bind(*table, m_form.datagridIO, "datagridIO");
+    m_binder.Bind(*save, m_form.btnIOSave, "btnIOSave", [this] { m_form.btnIOSave_Click(); });
+    m_binder.Bind(*schoener, m_form.lblIO1, "lblIO1");
+    m_binder.Bind(*swihart, m_form.lblIO2, "lblIO2");
+    auto* buttons = row({calculate, save});
+    buttons->addStretch();
+    auto* independence = new QVBoxLayout;
+    independence->addLayout(buttons);
+    independence->addWidget(table, 1);
+    independence->addWidget(schoener);
+    independence->addWidget(swihart);
+    return page_of({frame("Input", input), frame("Independence of observations", independence)}, false);
+}
+
+QWidget* KdeDialog::KernelPage() {
+    auto* rescale = with_tip(new QCheckBox, "Divides x and y by their standard deviations before smoothing");
+    auto* table = new QTableWidget;
+    auto* hint = new QLabel;
+    hint->setWordWrap(true);
+    m_binder.Bind(*rescale, m_form.chkRescale, "chkRescale");
+    m_binder.Bind(*table, m_form.datagridVar, "datagridVar");
+    m_binder.Bind(*hint, m_form.lblVar, "lblVar");
+    auto* standardization = new QVBoxLayout;
+    standardization->addWidget(rescale);
+    standardization->addWidget(hint);
+    standardization->addWidget(table, 1);
+
+    auto* fixed = with_tip(new QRadioButton, "The same bandwidth at every fix");
+    auto* adaptive = with_tip(new QRadioButton, "Wider kernels where fixes are sparse");
+    auto* form = new QComboBox;
+    m_binder.Bind(*fixed, m_form.optFixed, "optFixed", [this] { m_form.optFixed_Click(); });
+    m_binder.Bind(*adaptive, m_form.optAdaptive, "optAdaptive", [this] { m_form.optAdaptive_Click(); });
+    m_binder.Bind(*form, m_form.cmbKernelForm, "cmbKernelForm");
+    auto* formRow = row({caption(m_form.lblKernelForm, form), form});
+    formRow->addStretch();
+    auto* kernel = new QVBoxLayout;
+    kernel->addWidget(fixed);
+    kernel->addWidget(adaptive);
+    kernel->addLayout(formRow);
+    return page_of({frame("Standardization", standardization), frame("Kernel parameters", kernel)}, false);
+}
+
+QWidget* KdeDialog::BandwidthPage() {
+    auto* lscv = with_tip(new QRadioButton, "Searches 0.05 to 2 times the reference bandwidth");
+    auto* bcv = with_tip(new QRadioButton, "Searches 0.05 to 3 times the reference bandwidth");
+    auto* href = with_tip(new QRadioButton, "The reference bandwidth of each animal");
+    auto* manual = with_tip(new QRadioButton, "One bandwidth, or several separated by commas, for all animals");
+    auto* proportion = with_tip(new QRadioButton, "One estimate for each proportion");
+    auto* bandwidth = number_edit("One bandwidth, or several separated by commas");
+    auto* proportions = with_tip(new QLineEdit, "Proportions separated by commas");
+    auto* table = new QTableWidget;
+    m_binder.Bind(*lscv, m_form.optBE_LSCV, "optBE_LSCV", [this] { m_form.optBE_LSCV_Click(); });
+    m_binder.Bind(*bcv, m_form.optBE_BCV, "optBE_BCV", [this] { m_form.optBE_BCV_Click(); });
+    m_binder.Bind(*href, m_form.optBE_HREF, "optBE_HREF", [this] { m_form.optBE_HREF_Click(); });
+    m_binder.Bind(*manual, m_form.optBE_MANUAL, "optBE_MANUAL", [this] { m_form.optBE_MANUAL_Click(); });
+    m_binder.Bind(*bandwidth, m_form.txtBW, "txtBW");
+    m_binder.Bind(*proportion, m_form.optPropHref, "optPropHref", [this] { m_form.optPropHref_Click(); });
+    m_binder.Bind(*proportions, m_form.txtPropHref, "txtPropHref");
+    m_binder.Bind(*table, m_form.datagridHref, "datagridHref");
+    auto* choices = new QGridLayout;
+    choices->addWidget(lscv, 0, 0, 1, 3);
+    choices->addWidget(bcv, 1, 0, 1, 3);
+    choices->addWidget(href, 2, 0, 1, 3);
+    choices->addWidget(manual, 3, 0);
+    choices->addWidget(bandwidth, 3, 1);
+    choices->addWidget(UnitLabel(), 3, 2);
+    choices->addWidget(proportion, 4, 0);
+    choices->addWidget(proportions, 4, 1, 1, 2);
+    choices->setColumnStretch(1, 1);
+    auto* selection = new QVBoxLayout;
+    selection->addLayout(choices);
+    selection->addWidget(table, 1);
+    return page_of({frame("Bandwidth Selection", selection)}, false);
+}
+
+QWidget* KdeDialog::OutputPage() {
+    auto* folder = with_tip(new QLineEdit, "Folder for rasters, isopleths and the report");
+    folder->setReadOnly(true);
+    auto* browse = with_tip(new QPushButton, "Chooses the output folder");
+    auto* prefix = with_tip(new QLineEdit, "At most 6 characters; the animal's ID follows");
+    prefix->setMaximumWidth(110);
+    auto* cell = number_edit("Whole number; smaller than the bandwidth");
+    auto* scaling = number_edit("The volume of a complete distribution");
+    auto* verbose = with_tip(new QCheckBox, "Writes the profile of every search into the report");
+    m_binder.Bind(*folder, m_form.txtOutFolder, "txtOutFolder");
+    m_binder.Bind(*browse, m_form.btnFolder, "btnFolder", [this] { m_form.btnFolder_Click(); });
+    m_binder.Bind(*prefix, m_form.txtR, "txtR", [this] { m_form.txtR_Change(); });
+    m_binder.Bind(*cell, m_form.txtCellSize, "txtCellSize");
+    m_binder.Bind(*scaling, m_form.txtScaling, "txtScaling");
+    m_binder.Bind(*verbose, m_form.chkVerbose, "chkVerbose");
+    auto* output = new QGridLayout;
+    output->addWidget(caption(m_form.lblOutFolder, folder), 0, 0, 1, 3);
+    output->addWidget(folder, 1, 0, 1, 2);
+    output->addWidget(browse, 1, 2);
+    output->addWidget(caption(m_form.lblR, prefix), 2, 0);
+    output->addWidget(prefix, 2, 1);
+    output->addWidget(caption(m_form.lblCellSize, cell), 3, 0);
+    output->addWidget(cell, 3, 1);
+    output->addWidget(UnitLabel(), 3, 2);
+    output->addWidget(caption(m_form.lblScaling, scaling), 4, 0);
+    output->addWidget(scaling, 4, 1);
+    output->addWidget(verbose, 5, 0, 1, 3);
+    output->setColumnStretch(1, 1);
+
+    auto* bounds = with_tip(new QCheckBox, "Contours that enclose these percentages of the volume");
+    auto* percentages =
+        with_tip(new QLineEdit, "Percentages separated by commas; donuts need them in increasing order");
+    auto* lines = new QCheckBox;
+    auto* polygons = new QCheckBox;
+    auto* donuts = new QCheckBox;
+    m_binder.Bind(*bounds, m_form.chkBnds, "chkBnds", [this] { m_form.chkBnds_Click(); });
+    m_binder.Bind(*percentages, m_form.txtBnds, "txtBnds");
+    m_binder.Bind(*lines, m_form.chkLines, "chkLines");
+    m_binder.Bind(*polygons, m_form.chkPolys, "chkPolys");
+    m_binder.Bind(*donuts, m_form.chkDonuts, "chkDonuts");
+    auto* kinds = row({lines, polygons, donuts});
+    kinds->addStretch();
+    auto* isopleths = new QVBoxLayout;
+    isopleths->addLayout(row({bounds, percentages}));
+    isopleths->addLayout(kinds);
+
+    auto* full = new QRadioButton;
+    auto* buffer = number_edit("Distance added on every side of the layer");
+    auto* small = with_tip(new QRadioButton, "The animal's fixes and four bandwidths on every side");
+    auto* reference = new QRadioButton;
+    auto* rasters = with_tip(new QComboBox, "Raster whose extent and cells are taken over");
+    m_binder.Bind(*full, m_form.optFull, "optFull", [this] { m_form.optFull_Click(); });
+    m_binder.Bind(*buffer, m_form.txtBuffer, "txtBuffer");
+    m_binder.Bind(*small, m_form.optSmall, "optSmall", [this] { m_form.optSmall_Click(); });
+    m_binder.Bind(*reference, m_form.optExtRef, "optExtRef", [this] { m_form.optExtRef_Click(); });
+    m_binder.Bind(*rasters, m_form.cmbExtRef, "cmbExtRef");
+    auto* bufferRow = row({buffer, UnitLabel()});
+    bufferRow->setContentsMargins(24, 0, 0, 0);
+    bufferRow->addStretch();
+    auto* rasterRow = row({rasters});
+    rasterRow->setContentsMargins(24, 0, 0, 0);
+    auto* extents = new QVBoxLayout;
+    extents->addWidget(full);
+    extents->addLayout(bufferRow);
+    extents->addWidget(small);
+    extents->addWidget(reference);
+    extents->addLayout(rasterRow);
+    return page_of({frame("Output", output), frame("Isopleths", isopleths), frame("Extents", extents)}, true);
+}
+
+QLayout* KdeDialog::Footer() {
+    auto* status = with_tip(new QLineEdit, "What the analysis is doing");
+    status->setReadOnly(true);
+    status->setFocusPolicy(Qt::NoFocus);
+    auto* progress = new QProgressBar;
+    auto* silent = with_tip(new QCheckBox, "Keeps the warnings of single animals out of message boxes");
+    auto* load = new QPushButton;
+    auto* save = new QPushButton;
+    auto* ok = with_tip(new QPushButton, "Runs the analysis");
+    auto* exit = new QPushButton;
+    ok->setDefault(true);
+    m_binder.Bind(*status, m_form.txtStatus, "txtStatus");
+    m_binder.Bind(*progress, m_form.PBar, "PBar");
+    m_binder.Bind(*silent, m_form.chkSilent, "chkSilent");
+    m_binder.Bind(*load, m_form.btnLoadSettings, "btnLoadSettings", [this] { m_form.btnLoadSettings_Click(); });
+    m_binder.Bind(*save, m_form.btnSaveSettings, "btnSaveSettings", [this] { m_form.btnSaveSettings_Click(); });
+    m_binder.Bind(*ok, m_form.btnOK, "btnOK", [this] { m_form.btnOK_Click(); });
+    m_binder.Bind(*exit, m_form.btnExit, "btnExit", [this] { m_form.btnExit_Click(); });
+    auto* layout = new QVBoxLayout;
+    layout->addLayout(row({status, progress}));
+    auto* buttons = row({load, save, silent});
+    buttons->addStretch();
+    buttons->addWidget(ok);
+    buttons->addWidget(exit);
+    layout->addLayout(buttons);
+    return layout;
+}
+
+QLabel* KdeDialog::UnitLabel() {
+    auto* label = new QLabel;
+    label->setEnabled(false);
+    m_unitLabels.push_back(label);
+    return label;
+}
+
+void KdeDialog::ShowUnits() {
+    QString unit;
+    try {
+        unit = ToQString(m_form.PointLayer().Feature->FeatureClass()->Reference().UnitName);
+    } catch (const platform::RuntimeError&) {
+        // No layer, no unit.
+    }
+    for (QLabel* label : m_unitLabels) label->setText(unit);
+}
+
+void KdeDialog::reject() {
+    // Escape and the window's close button are the Exit button.
+    m_form.btnExit_Click();
+    m_binder.Refresh();
+}
+
+void KdeDialog::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    reject();
+}
+
+}  // namespace wxl::adapters::qgis

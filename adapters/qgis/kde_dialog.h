@@ -1,0 +1,45 @@
+#pragma once
+#include "adapters/qgis/form_binder.h"
+#include "adapters/qgis/qgis_messages.h"
+#include "kde_tool/frmKDE.h"
+
+#include <QDialog>
+#include <QLabel>
+#include <vector>
+
+class QTabWidget;
+class QVBoxLayout;
+
+namespace wxl::adapters::qgis {
+
+/// frmKDE on screen: four pages, and below them status, progress and the buttons.
+class KdeDialog final : public QDialog {
+public:
+    /// The form and the host must outlive the dialog; Form_Load is called here.
+    KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent);
+
+    void reject() override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    QWidget* InputPage();
+    QWidget* KernelPage();
+    QWidget* BandwidthPage();
+    QWidget* OutputPage();
+    QLayout* Footer();
+
+    /// A small grey label for the unit of a number, kept up to date with the chosen layer's coordinate system.
+    QLabel* UnitLabel();
+    void ShowUnits();
+    bool Running() const { return !m_form.btnOK.Enabled; }
+
+    kde_tool::frmKDE& m_form;
+    FormBinder m_binder;
+    std::shared_ptr<void> m_yieldToken;
+    std::vector<QLabel*> m_unitLabels;
+    QTabWidget* m_tabs = nullptr;
+};
+
+}  // namespace wxl::adapters::qgis
