@@ -14,7 +14,7 @@
 #include <QTableWidget>
 #include <QTabWidget>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 void show_background(QWidget& widget, platform::BackColor colour) {
@@ -175,4 +175,4 @@ void FormBinder::Bind(QTabWidget& widget, platform::Tab& control, const char* na
     m_refreshers.push_back([&widget, &control] { widget.setCurrentIndex(control.Current); });
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

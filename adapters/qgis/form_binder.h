@@ -17,7 +17,7 @@ class QSlider;
 class QTableWidget;
 class QTabWidget;
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// Ties the control values of a form to widgets: what the user does is written into the control and its handler is
 /// called, and after every handler all widgets show the controls' new values. One method per kind of control; every
@@ -55,4 +55,4 @@ private:
     bool m_refreshing = false;
 };
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -17,7 +17,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 template <class Widget>
@@ -306,4 +306,4 @@ void KdeDialog::closeEvent(QCloseEvent* event) {
     reject();
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -10,7 +10,7 @@
 class QTabWidget;
 class QVBoxLayout;
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// frmKDE on screen: four pages, and below them status, progress and the buttons.
 class KdeDialog final : public QDialog {
@@ -42,4 +42,4 @@ private:
     QTabWidget* m_tabs = nullptr;
 };
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -14,7 +14,7 @@
 #include <qgsvectorlayer.h>
 #include <QPointer>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 using platform::error_number::kDeviceIo;
 using platform::error_number::kObjectNotSet;
@@ -340,4 +340,4 @@ std::unique_ptr<platform::IFeatureCursor> QgisSelectionSet::Find(const platform:
     return std::make_unique<SelectionCursor>(m_state, request_of(m_state->Open(), search));
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

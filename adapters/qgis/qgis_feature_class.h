@@ -5,7 +5,7 @@
 
 class QgsVectorLayer;
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 struct TableState;
 
@@ -43,4 +43,4 @@ private:
     std::shared_ptr<TableState> m_state;
 };
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

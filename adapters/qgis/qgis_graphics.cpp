@@ -1,5 +1,7 @@
 #include "adapters/qgis/qgis_graphics.h"
 
+#include "movement/track_symbol.h"
+
 #include <array>
 #include <cmath>
 #include <qgsmapcanvasitem.h>
@@ -7,14 +9,14 @@
 #include <QPolygonF>
 #include <vector>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
-const QColor kLineColour(223, 223, 223);
-const QColor kMarkerColour(255, 0, 0);
-constexpr qreal kLineWidth = 2.0;
-constexpr qreal kMarkerLength = 12.0;
-constexpr qreal kMarkerWidth = 8.0;
+using namespace movement::track_symbol;
+
+QColor to_qcolor(const Colour& colour) {
+    return {colour.Red, colour.Green, colour.Blue};
+}
 
 /// An arrow head whose tip lies at `tip`, turned along the leg.
 void draw_marker(QPainter& painter, const QPointF& from, const QPointF& tip) {
@@ -35,13 +37,10 @@ public:
 
     void Add(const platform::TrackLeg& leg) {
         m_legs.push_back(leg);
-        m_box.combineExtentWith(leg.From.X, leg.From.Y);
-        m_box.combineExtentWith(leg.To.X, leg.To.Y);
     }
 
     void Clear() {
         m_legs.clear();
-        m_box.setMinimal();
     }
 
     void Show() {
@@ -62,18 +61,17 @@ public:
         const auto in_view = [&](const platform::TrackLeg& leg) {
             return view.intersects(QgsRectangle(leg.From.X, leg.From.Y, leg.To.X, leg.To.Y));
         };
-        painter->setPen(QPen(kLineColour, kLineWidth));
+        painter->setPen(QPen(to_qcolor(kLineColour), kLineWidth));
         for (const platform::TrackLeg& leg : m_legs)
             if (in_view(leg)) painter->drawLine(canvas_point(leg.From), canvas_point(leg.To));
         painter->setPen(Qt::NoPen);
-        painter->setBrush(kMarkerColour);
+        painter->setBrush(to_qcolor(kMarkerColour));
         for (const platform::TrackLeg& leg : m_legs)
             if (in_view(leg)) draw_marker(*painter, canvas_point(leg.From), canvas_point(leg.To));
     }
 
 private:
     std::vector<platform::TrackLeg> m_legs;
-    QgsRectangle m_box;
 };
 
 QgisTrackGraphics::QgisTrackGraphics(QgsMapCanvas& canvas) : m_canvas(&canvas), m_item(new Item(&canvas)) {}
@@ -94,4 +92,4 @@ void QgisTrackGraphics::Refresh() {
     if (!m_canvas.isNull()) m_item->Show();
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

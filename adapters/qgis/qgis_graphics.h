@@ -4,7 +4,7 @@
 #include <memory>
 #include <qgsmapcanvas.h>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// Legs of one track on the map canvas: grey lines with a red marker at each leg's end, turned along the leg.
 /// Drawing touches only the legs in view; adding a leg costs the same however many are there.
@@ -25,4 +25,4 @@ private:
     Item* m_item;  // owned by the canvas scene while the canvas lives
 };
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -6,7 +6,7 @@
 
 #include <qgsvectordataprovider.h>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 template <class LayerType>
@@ -70,4 +70,4 @@ platform::Layer FromQgsLayer(QgsMapLayer& layer) {
     return result;
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

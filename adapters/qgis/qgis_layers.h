@@ -5,7 +5,7 @@
 #include <qgsvectorlayer.h>
 #include <QPointer>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// A vector layer of the project; removed layers answer with RuntimeError 91.
 class QgisFeatureLayer final : public platform::IFeatureLayer {
@@ -33,4 +33,4 @@ private:
 /// The layer in the platform's terms.
 platform::Layer FromQgsLayer(QgsMapLayer& layer);
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -10,7 +10,7 @@
 #include <qgsrasterlayer.h>
 #include <qgsvectorlayer.h>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 void walk(QgsLayerTreeGroup& group, std::vector<platform::Layer>& layers) {
@@ -124,4 +124,4 @@ std::shared_ptr<platform::IExtension> QgisApplication::FindExtension(std::string
     return nullptr;
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

@@ -10,7 +10,7 @@
 
 class QgsProject;
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// What the adapter needs of the desktop around it: the canvas and the layer tree. Both outlive the adapter's objects.
 struct Desktop {
@@ -62,4 +62,4 @@ private:
     std::shared_ptr<QgisDocument> m_document;
 };
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

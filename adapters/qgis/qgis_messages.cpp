@@ -8,7 +8,7 @@
 #include <QMessageBox>
 #include <utility>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 QMessageBox::Icon icon_of(platform::Icon icon) {
@@ -112,4 +112,4 @@ QString ToQtFilter(const std::string& filter) {
     return filters.join(QStringLiteral(";;"));
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

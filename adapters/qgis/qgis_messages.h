@@ -7,7 +7,7 @@
 #include <QWidget>
 #include <vector>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 /// Message boxes over the active window. An empty title becomes the application's name.
 class QgisMessages final : public platform::IMessages {
@@ -48,4 +48,4 @@ private:
 /// "Text files (*.txt)|*.txt" as Qt writes it.
 QString ToQtFilter(const std::string& filter);
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

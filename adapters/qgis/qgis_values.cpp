@@ -8,7 +8,7 @@
 #include <qgspolygon.h>
 #include <qgsunittypes.h>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 namespace {
 
 using platform::Geometry;
@@ -202,4 +202,4 @@ platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs) {
     return reference;
 }
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

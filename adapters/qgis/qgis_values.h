@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace wxl::adapters::qgis {
+namespace wxl::qgis {
 
 // Values of QGIS and Qt as values of the platform, and back.
 
@@ -34,4 +34,4 @@ QgsField ToQgsField(const platform::Field& field);
 
 platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs);
 
-}  // namespace wxl::adapters::qgis
+}  // namespace wxl::qgis

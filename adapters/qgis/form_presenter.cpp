@@ -1,0 +1,37 @@
+#include "adapters/qgis/form_presenter.h"
+
+#include "adapters/qgis/about_dialog.h"
+#include "adapters/qgis/kde_dialog.h"
+#include "adapters/qgis/please_wait_window.h"
+#include "adapters/qgis/travel_dialog.h"
+
+namespace wxl::qgis {
+
+QgisFormPresenter::QgisFormPresenter(QgisHost& host, QWidget* window, QWidget* map)
+    : m_host(host), m_window(window), m_map(map) {}
+
+QgisFormPresenter::~QgisFormPresenter() = default;
+
+void QgisFormPresenter::ShowKernelDialog(kde_tool::frmKDE& form) {
+    KdeDialog(form, m_host, m_window).exec();
+}
+
+void QgisFormPresenter::ShowAbout(host::frmAbout& form) {
+    AboutDialog(form, m_window).exec();
+}
+
+void QgisFormPresenter::ShowTrackPlayer(movement::frmOVI& form) {
+    TravelDialog(form, m_host, m_map).exec();
+}
+
+void QgisFormPresenter::ShowPleaseWait(movement::FrmPW& form) {
+    m_pleaseWait = std::make_unique<PleaseWaitWindow>(form, m_host, m_window);
+    m_pleaseWait->show();
+    m_pleaseWait->raise();
+}
+
+void QgisFormPresenter::HidePleaseWait(movement::FrmPW&) {
+    m_pleaseWait.reset();
+}
+
+}  // namespace wxl::qgis

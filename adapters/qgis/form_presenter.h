@@ -1,0 +1,33 @@
+#pragma once
+#include "adapters/qgis/qgis_messages.h"
+#include "host/IFormPresenter.h"
+
+#include <memory>
+#include <QPointer>
+#include <QWidget>
+
+namespace wxl::qgis {
+
+class PleaseWaitWindow;
+
+/// Shows the forms of all tools as dialogs of the desktop.
+class QgisFormPresenter final : public host::IFormPresenter {
+public:
+    /// `window` is the parent of the dialogs, `map` the widget that the track player must not hide.
+    QgisFormPresenter(QgisHost& host, QWidget* window, QWidget* map);
+    ~QgisFormPresenter() override;
+
+    void ShowKernelDialog(kde_tool::frmKDE& form) override;
+    void ShowAbout(host::frmAbout& form) override;
+    void ShowTrackPlayer(movement::frmOVI& form) override;
+    void ShowPleaseWait(movement::FrmPW& form) override;
+    void HidePleaseWait(movement::FrmPW& form) override;
+
+private:
+    QgisHost& m_host;
+    QPointer<QWidget> m_window;
+    QPointer<QWidget> m_map;
+    std::unique_ptr<PleaseWaitWindow> m_pleaseWait;
+};
+
+}  // namespace wxl::qgis

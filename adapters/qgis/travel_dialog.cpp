@@ -1,0 +1,109 @@
+#include "adapters/qgis/travel_dialog.h"
+
+#include "adapters/qgis/qgis_values.h"
+
+#include <algorithm>
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QShowEvent>
+#include <QSlider>
+
+namespace wxl::qgis {
+
+TravelDialog::TravelDialog(movement::frmOVI& form, QgisHost& host, QWidget* map)
+    : QDialog(map ? map->window() : nullptr), m_form(form), m_map(map) {
+    setObjectName(QStringLiteral("frmOVI"));
+    setWindowTitle(ToQString(form.Caption));
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(Track());
+    layout->addLayout(Buttons());
+    form.Form_Load();
+    m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
+    m_binder.Refresh();
+}
+
+QLayout* TravelDialog::Track() {
+    auto* fix = new QLabel;
+    auto* counter = new QLabel;
+    auto* stats = new QLabel;
+    auto* when = new QLabel;
+    auto* position = new QSlider(Qt::Horizontal);
+    auto* delayLabel = new QLabel;
+    auto* delay = new QSlider(Qt::Horizontal);
+    auto* seconds = new QLineEdit;
+    position->setToolTip(tr("Position along the track"));
+    delay->setToolTip(tr("Time between two steps of automatic play"));
+    seconds->setMaximumWidth(70);
+    m_binder.Bind(*fix, m_form.Label1, "Label1");
+    m_binder.Bind(*counter, m_form.lblfix, "lblfix");
+    m_binder.Bind(*stats, m_form.lblStats, "lblStats");
+    m_binder.Bind(*when, m_form.LblDateAndTime1, "LblDateAndTime1");
+    m_binder.Bind(*position, m_form.Slider, "Slider", [this] { m_form.Slider_Change(); });
+    m_binder.Bind(*delayLabel, m_form.Label2, "Label2");
+    m_binder.Bind(*delay, m_form.SlideSec, "SlideSec", [this] { m_form.SlideSec_Change(); });
+    m_binder.Bind(*seconds, m_form.TxtSec, "TxtSec");
+    auto* track = new QGridLayout;
+    track->addWidget(fix, 0, 0);
+    track->addWidget(position, 0, 1);
+    track->addWidget(counter, 0, 2);
+    track->addWidget(delayLabel, 1, 0);
+    track->addWidget(delay, 1, 1);
+    track->addWidget(seconds, 1, 2);
+    track->addWidget(when, 2, 0, 1, 3);
+    track->addWidget(stats, 3, 0, 1, 3);
+    track->setColumnStretch(1, 1);
+    return track;
+}
+
+QLayout* TravelDialog::Buttons() {
+    auto* play = new QPushButton;
+    auto* stop = new QPushButton;
+    auto* forward = new QPushButton;
+    auto* back = new QPushButton;
+    auto* erase = new QPushButton;
+    auto* save = new QPushButton;
+    auto* oneStep = new QCheckBox;
+    auto* keep = new QCheckBox;
+    play->setDefault(true);
+    m_binder.Bind(*play, m_form.CmdTrackMoose, "CmdTrackMoose", [this] { m_form.CmdTrackMoose_Click(); });
+    m_binder.Bind(*stop, m_form.cmdStop, "cmdStop", [this] { m_form.cmdStop_Click(); });
+    m_binder.Bind(*forward, m_form.CmbStep, "CmbStep", [this] { m_form.CmbStep_Click(); });
+    m_binder.Bind(*back, m_form.cmdStepBack, "cmdStepBack", [this] { m_form.cmdStepBack_Click(); });
+    m_binder.Bind(*erase, m_form.cmdDeleteGraphic, "cmdDeleteGraphic", [this] { m_form.cmdDeleteGraphic_Click(); });
+    m_binder.Bind(*save, m_form.CmdSaveTravel, "CmdSaveTravel", [this] { m_form.CmdSaveTravel_Click(); });
+    m_binder.Bind(*oneStep, m_form.cbOneStep, "cbOneStep", [this] { m_form.cbOneStep_Click(); });
+    m_binder.Bind(*keep, m_form.CBKeepGraphic, "CBKeepGraphic", [this] { m_form.CBKeepGraphic_Click(); });
+    auto* buttons = new QGridLayout;
+    buttons->addWidget(play, 0, 0);
+    buttons->addWidget(stop, 0, 1);
+    buttons->addWidget(back, 0, 2);
+    buttons->addWidget(forward, 0, 3);
+    buttons->addWidget(erase, 1, 0, 1, 2);
+    buttons->addWidget(save, 1, 2, 1, 2);
+    buttons->addWidget(oneStep, 2, 0, 1, 2);
+    buttons->addWidget(keep, 2, 2, 1, 2);
+    return buttons;
+}
+
+void TravelDialog::reject() {
+    m_form.Form_Unload();
+    QDialog::reject();
+}
+
+void TravelDialog::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    if (!m_map) return;
+    // Below the map where the screen has room, else over its lower edge.
+    const QRect map(m_map->mapToGlobal(QPoint(0, 0)), m_map->size());
+    const QRect screen = m_map->screen()->availableGeometry();
+    const int top = std::min(map.bottom() + 1, screen.bottom() - frameGeometry().height());
+    const int left = std::clamp(map.left(), screen.left(), std::max(screen.left(), screen.right() - width()));
+    move(left, top);
+}
+
+}  // namespace wxl::qgis

@@ -1,0 +1,141 @@
+// The functions that QGIS looks for in a plugin library, and the plugin's wiring.
+
+#include "adapters/files/contour_operation.h"
+#include "adapters/files/disk_file_system.h"
+#include "adapters/files/folder_lock.h"
+#include "adapters/files/geos_operators.h"
+#include "adapters/files/raster_workspace.h"
+#include "adapters/files/shapefile_workspace.h"
+#include "adapters/qgis/desktop_toolbar.h"
+#include "adapters/qgis/form_presenter.h"
+#include "adapters/qgis/qgis_map.h"
+#include "adapters/qgis/qgis_messages.h"
+
+#include <memory>
+#include <optional>
+#include <qgisinterface.h>
+#include <qgisplugin.h>
+#include <qgsconfig.h>
+#include <QIcon>
+#include <QMainWindow>
+#include <QPointer>
+
+namespace {
+
+using namespace wxl;
+
+const QString kName = QStringLiteral("WXL Tools");
+const QString kDescription =
+    QStringLiteral("Home ranges from animal tracking data: kernel density, isopleths, statistics and movement tools");
+const QString kCategory = QStringLiteral("Analysis");
+const QString kVersion = QStringLiteral("Version 1.1");
+const QString kIcon;
+
+/// Everything that the commands work with, in order of construction.
+class Wiring {
+public:
+    explicit Wiring(QgisInterface& desktop)
+        : m_messages(desktop.mainWindow()),
+          m_dialogs(desktop.mainWindow()),
+          m_host(qobject_cast<QMainWindow*>(desktop.mainWindow())->statusBar()),
+          m_rasters(m_files, m_folders),
+          m_tins(m_files, m_folders),
+          m_presenter(m_host, desktop.mainWindow(), desktop.mapCanvas()),
+          m_application(
+              std::make_shared<qgis::QgisApplication>(qgis::Desktop{desktop.mapCanvas(), desktop.layerTreeView(), {}})),
+          m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application)) {}
+
+    QToolBar* ToolBar() const { return m_toolBar.Widget(); }
+
+private:
+    platform::Services Services() {
+        platform::Services services;
+        services.Messages = &m_messages;
+        services.Dialogs = &m_dialogs;
+        services.Host = &m_host;
+        services.Clock = &m_clock;
+        services.Files = &m_files;
+        services.Folders = &m_folders;
+        services.TempPath = &m_tempPath;
+        services.Rasters = &m_rasters;
+        services.Shapefiles = &m_shapefiles;
+        services.Tins = &m_tins;
+        services.Geometry = &m_geometry;
+        services.Contours = &m_contours;
+        services.Locks = &m_locks;
+        return services;
+    }
+
+    qgis::QgisMessages m_messages;
+    qgis::QgisFileDialogs m_dialogs;
+    qgis::QgisHost m_host;
+    platform::SystemClock m_clock;
+    files::DiskFileSystem m_files;
+    files::DiskFolders m_folders;
+    files::SystemTempPath m_tempPath;
+    files::RasterWorkspace m_rasters;
+    files::ShapefileWorkspace m_shapefiles;
+    files::TinWorkspace m_tins;
+    files::GeosOperators m_geometry;
+    files::ContourOperation m_contours;
+    files::FolderLocks m_locks;
+    qgis::QgisFormPresenter m_presenter;
+    std::shared_ptr<qgis::QgisApplication> m_application;
+    qgis::DesktopToolBar m_toolBar;
+};
+
+class WxlPlugin final : public QgisPlugin {
+public:
+    explicit WxlPlugin(QgisInterface* desktop)
+        : QgisPlugin(kName, kDescription, kCategory, kVersion, QgisPlugin::UI), m_desktop(desktop) {}
+
+    void initGui() override {
+        m_wiring.emplace(*m_desktop);
+        m_toolBar = m_wiring->ToolBar();
+        m_desktop->addToolBar(m_toolBar);
+    }
+
+    void unload() override {
+        delete m_toolBar.data();
+        m_wiring.reset();
+    }
+
+private:
+    QgisInterface* m_desktop;
+    std::optional<Wiring> m_wiring;
+    QPointer<QToolBar> m_toolBar;
+};
+
+}  // namespace
+
+QGISEXTERN QgisPlugin* classFactory(QgisInterface* desktop) {
+    return new WxlPlugin(desktop);
+}
+
+QGISEXTERN const QString* name() {
+    return &kName;
+}
+
+QGISEXTERN const QString* description() {
+    return &kDescription;
+}
+
+QGISEXTERN const QString* category() {
+    return &kCategory;
+}
+
+QGISEXTERN int type() {
+    return QgisPlugin::UI;
+}
+
+QGISEXTERN const QString* version() {
+    return &kVersion;
+}
+
+QGISEXTERN const QString* icon() {
+    return &kIcon;
+}
+
+QGISEXTERN void unload(QgisPlugin* plugin) {
+    delete plugin;
+}
