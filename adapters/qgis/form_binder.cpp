@@ -40,6 +40,7 @@ void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
             widget.setItem(row, column, item);
         }
     }
+    if (headers.size() > 0) widget.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     widget.setVisible(grid.Visible);
 }
 
@@ -136,7 +137,7 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setAlternatingRowColors(true);
     widget.verticalHeader()->setVisible(false);
-    widget.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    widget.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     // A table of thousands of animals is laid out again only when it has changed.
     m_refreshers.push_back([&widget, &control, shown = platform::DataGrid{}, first = true]() mutable {
         const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;

@@ -1,0 +1,46 @@
+#include "tests/gui/qgis_environment.h"
+
+#include "tests/support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <QDir>
+
+namespace wxl::tests {
+namespace {
+
+/// One QGIS application for the whole program, with a profile of its own and no screen.
+class QgisEnvironment final : public testing::Environment {
+public:
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        m_application =
+            std::make_unique<QgsApplication>(m_argc, m_argv, true, QString::fromStdString(m_profile.Path().string()));
+        QgsApplication::init(QString::fromStdString(m_profile.Path().string()));
+        QgsApplication::initQgis();
+    }
+
+    void TearDown() override {
+        QgsApplication::exitQgis();
+        m_application.reset();
+    }
+
+private:
+    ScratchFolder m_profile;
+    char m_name[10] = "test_qgis";
+    char* m_argv[2] = {m_name, nullptr};
+    int m_argc = 1;
+    std::unique_ptr<QgsApplication> m_application;
+};
+
+const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new QgisEnvironment);
+
+}  // namespace
+
+void SaveScreenshot(QWidget& widget, const QString& name) {
+    QDir folder(QStringLiteral(WXL_BINARY_DIR "/gui-screenshots"));
+    folder.mkpath(QStringLiteral("."));
+    ASSERT_TRUE(widget.grab().save(folder.filePath(name + QStringLiteral(".png"))));
+}
+
+}  // namespace wxl::tests

@@ -1,0 +1,11 @@
+#pragma once
+#include <qgsapplication.h>
+#include <QString>
+#include <QWidget>
+
+namespace wxl::tests {
+
+/// Saves what the widget looks like as gui-screenshots/NAME.png under the build folder.
+void SaveScreenshot(QWidget& widget, const QString& name);
+
+}  // namespace wxl::tests

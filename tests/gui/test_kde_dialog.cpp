@@ -1,0 +1,165 @@
+#include "adapters/memory/memory_services.h"
+#include "adapters/qgis/kde_dialog.h"
+#include "adapters/qgis/qgis_map.h"
+#include "tests/gui/qgis_environment.h"
+#include "utilities/Utilities.h"
+
+#include <array>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <QCheckBox>
+#include <QComboBox>
+#include <qgsproject.h>
+#include <qgsvectordataprovider.h>
+#include <qgsvectorlayer.h>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QTabWidget>
+#include <QTest>
+
+namespace wxl::qgis {
+namespace {
+
+/// The dialog over a project with one point layer: two wolves, 20 fixes each on circles of radius 300 m and 900 m.
+class KdeDialogTest : public testing::Test {
+protected:
+    void SetUp() override {
+        auto* layer =
+            new QgsVectorLayer(QStringLiteral("Point?crs=EPSG:32632&field=animal:string(20)&field=Time2:integer"),
+                               QStringLiteral("wolves"), QStringLiteral("memory"));
+        QgsFeatureList features;
+        for (int i = 0; i < 40; ++i) {
+            const double angle = i * std::numbers::pi / 10.0;
+            const double radius = i < 20 ? 300.0 : 900.0;
+            QgsFeature feature(layer->fields());
+            feature.setAttribute(0, i < 20 ? QStringLiteral("Asta") : QStringLiteral("Björn"));
+            feature.setAttribute(1, i * 3600);
+            feature.setGeometry(
+                QgsGeometry::fromPointXY({500000.0 + radius * std::cos(angle), 5800000.0 + radius * std::sin(angle)}));
+            features << feature;
+        }
+        ASSERT_TRUE(layer->dataProvider()->addFeatures(features));
+        QgsProject::instance()->addMapLayer(layer);
+        m_services.Messages = &m_messages;
+        m_services.Dialogs = &m_dialogs;
+        m_services.Host = &m_host;
+        m_geodata = std::make_unique<utilities::Utilities>(m_services);
+        m_geodata->ConnectToApplication(std::make_shared<QgisApplication>(Desktop{}));
+        m_form = std::make_unique<kde_tool::frmKDE>(m_services, *m_geodata);
+        m_dialog = std::make_unique<KdeDialog>(*m_form, m_host, nullptr);
+        m_dialog->show();
+    }
+
+    void TearDown() override {
+        m_dialog.reset();
+        QgsProject::instance()->clear();
+    }
+
+    template <class Widget>
+    Widget& Find(const char* name) {
+        auto* widget = m_dialog->findChild<Widget*>(QLatin1String(name));
+        if (!widget) throw std::runtime_error(std::string("no widget ") + name);
+        return *widget;
+    }
+
+    void ShowPage(int page) { Find<QTabWidget>("SSTab1").setCurrentIndex(page); }
+
+    memory::MemoryMessages m_messages;
+    memory::MemoryFileDialogs m_dialogs;
+    QgisHost m_host{nullptr};
+    platform::Services m_services;
+    std::unique_ptr<utilities::Utilities> m_geodata;
+    std::unique_ptr<kde_tool::frmKDE> m_form;
+    std::unique_ptr<KdeDialog> m_dialog;
+};
+
+TEST_F(KdeDialogTest, Lists_hold_the_layer_and_its_fields) {
+    EXPECT_EQ(Find<QComboBox>("cmbPntL").currentText(), "wolves");
+    EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").findText(QStringLiteral("animal")), 0);
+    EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").findText(QStringLiteral("Time2")), 1);
+}
+
+TEST_F(KdeDialogTest, Every_control_of_the_form_has_a_widget) {
+    for (const char* name :
+         {"SSTab1",          "txtStatus",   "PBar",          "btnOK",       "btnExit",      "btnLoadSettings",
+          "btnSaveSettings", "chkSilent",   "cmbPntL",       "chkUseSel",   "cmbUIDFLD",    "btnCalcIO",
+          "datagridIO",      "btnIOSave",   "lblIO1",        "lblIO2",      "chkRescale",   "datagridVar",
+          "optFixed",        "optAdaptive", "cmbKernelForm", "optBE_LSCV",  "optBE_BCV",    "optBE_HREF",
+          "txtBW",           "txtPropHref", "optBE_MANUAL",  "optPropHref", "datagridHref", "txtOutFolder",
+          "btnFolder",       "txtR",        "txtCellSize",   "txtScaling",  "chkVerbose",   "chkBnds",
+          "txtBnds",         "chkLines",    "chkPolys",      "chkDonuts",   "optFull",      "txtBuffer",
+          "optSmall",        "optExtRef",   "cmbExtRef"})
+        EXPECT_NE(m_dialog->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
+}
+
+TEST_F(KdeDialogTest, Calculate_fills_the_independence_table) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    EXPECT_FALSE(Find<QPushButton>("btnIOSave").isEnabled());
+    Find<QPushButton>("btnCalcIO").click();
+    const auto& table = Find<QTableWidget>("datagridIO");
+    ASSERT_EQ(table.rowCount(), 2);
+    EXPECT_EQ(table.item(0, 0)->text(), "Asta");
+    EXPECT_EQ(table.item(1, 0)->text(), QString::fromUtf8("Björn"));
+    EXPECT_TRUE(Find<QPushButton>("btnIOSave").isEnabled());
+}
+
+TEST_F(KdeDialogTest, Choosing_options_switches_the_text_boxes) {
+    ShowPage(2);
+    EXPECT_FALSE(Find<QLineEdit>("txtBW").isEnabled());
+    Find<QRadioButton>("optBE_MANUAL").click();
+    EXPECT_TRUE(Find<QLineEdit>("txtBW").isEnabled());
+    EXPECT_FALSE(Find<QRadioButton>("optBE_HREF").isChecked());
+    Find<QRadioButton>("optPropHref").click();
+    EXPECT_FALSE(Find<QLineEdit>("txtBW").isEnabled());
+    EXPECT_TRUE(Find<QLineEdit>("txtPropHref").isEnabled());
+}
+
+TEST_F(KdeDialogTest, Prefix_is_cut_to_six_characters_with_a_warning) {
+    ShowPage(3);
+    auto& prefix = Find<QLineEdit>("txtR");
+    QTest::keyClicks(&prefix, QStringLiteral("abcdefg"));
+    EXPECT_EQ(prefix.text(), "abcdef");
+    EXPECT_EQ(m_messages.Last().Title, "Warning");
+}
+
+TEST_F(KdeDialogTest, Changing_the_page_fills_variances_and_bandwidths) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    ShowPage(1);
+    EXPECT_EQ(Find<QTableWidget>("datagridVar").rowCount(), 2);
+    ShowPage(2);
+    EXPECT_EQ(Find<QTableWidget>("datagridHref").rowCount(), 2);
+    // 20 points on a circle of radius 900: variance 900^2 / 2 x 20 / 19, HREF = sqrt(variance) x 20^(-1/6) = 396.31...
+    EXPECT_NEAR(m_form->LargestReferenceBandwidth(), 900.0 * std::sqrt(0.5 * 20.0 / 19.0) * std::pow(20.0, -1.0 / 6.0),
+                1e-9);
+}
+
+TEST_F(KdeDialogTest, Nothing_is_cut_off_on_any_page) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    Find<QPushButton>("btnCalcIO").click();
+    const std::array<const char*, 4> pages = {"input-data", "kernel-settings", "bandwidth", "output-options"};
+    for (int page = 0; page < 4; ++page) {
+        ShowPage(page);
+        QTest::qWait(20);
+        tests::SaveScreenshot(*m_dialog,
+                              QStringLiteral("kde-%1").arg(QLatin1String(pages[static_cast<std::size_t>(page)])));
+        for (const QWidget* widget : m_dialog->findChildren<QWidget*>()) {
+            if (!widget->isVisible() || widget->objectName().isEmpty() || !qobject_cast<const QAbstractButton*>(widget))
+                continue;
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << widget->objectName().toStdString();
+        }
+    }
+    EXPECT_LE(m_dialog->width(), 1280);
+    EXPECT_LE(m_dialog->height(), 860);
+}
+
+TEST_F(KdeDialogTest, Exit_closes_the_dialog) {
+    Find<QPushButton>("btnExit").click();
+    EXPECT_FALSE(m_dialog->isVisible());
+    EXPECT_FALSE(m_form->Visible);
+}
+
+}  // namespace
+}  // namespace wxl::qgis
