@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace wxl::movement {
 
@@ -22,8 +23,9 @@ public:
     /// Lifts the limit of object IDs to 32767. Off at first.
     void SetBeyondLimits(bool value) { m_beyondLimits = value; }
 
-    /// The object ID of the last feature of the selected layer, selected or not; 0 after a reported fault.
-    std::int64_t getLastFID();
+    /// The object ID of the last feature of the selected layer, selected or not; nothing after a reported fault, which
+    /// ends the tool.
+    std::optional<std::int64_t> getLastFID();
 
 private:
     platform::Services m_services;

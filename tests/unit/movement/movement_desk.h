@@ -1,6 +1,7 @@
 #pragma once
 #include "adapters/memory/memory_map.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/memory/memory_shapefile_workspace.h"
 #include "movement/FrmPW.h"
 #include "platform/runtime_error.h"
 #include "platform/services.h"
@@ -70,6 +71,7 @@ protected:
         Services.Host = &Host;
         Services.Clock = &Clock;
         Services.Geometry = &Geometry;
+        Services.Shapefiles = &Shapefiles;
     }
 
     /// Highlights a new layer with these columns and returns its table.
@@ -88,6 +90,7 @@ protected:
     memory::MemoryFileDialogs Dialogs;
     memory::MemoryHost Host;
     memory::MemoryClock Clock;
+    memory::MemoryShapefileWorkspace Shapefiles;
     PlaneGeometry Geometry;
     platform::Services Services;
     RecordingPleaseWait PleaseWait;

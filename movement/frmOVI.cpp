@@ -1,0 +1,334 @@
+#include "movement/frmOVI.h"
+
+#include "movement/error_labels.h"
+#include "movement/flag_up.h"
+#include "movement/play_delay.h"
+#include "movement/selected_layer.h"
+#include "platform/guarded.h"
+#include "platform/text.h"
+
+namespace wxl::movement {
+
+using namespace wxl::platform;
+namespace labels = error_labels::track_player;
+
+namespace {
+
+constexpr const char* kTitle = "Display Tracks";
+constexpr const char* kRestart = "You must select a point layer and restart the display tracks tool.";
+
+bool is_inside(const Extent& view, const Point& place) {
+    return place.X >= view.XMin && place.X <= view.XMax && place.Y >= view.YMin && place.Y <= view.YMax;
+}
+
+}  // namespace
+
+frmOVI::frmOVI(const Services& services) : m_services(services) {}
+
+frmOVI::~frmOVI() {
+    Form_Unload();
+}
+
+// Opening and closing
+
+void frmOVI::Form_Load() {
+    Guarded(*m_services.Messages, labels::kFormLoad, [&] {
+        if (!m_application) Raise(error_number::kObjectNotSet);
+        m_document = m_application->Document();
+        m_map = Document().FocusMap();
+        m_graphics = Map().NewGraphics();
+        Document().SetListener(this);
+        m_stop = false;
+        Rebuild();
+    });
+}
+
+void frmOVI::Form_Unload() {
+    Guarded(*m_services.Messages, labels::kFormUnload, [&] {
+        m_stop = true;
+        if (m_document) m_document->SetListener(nullptr);
+        if (m_graphics) {
+            DeleteMooseTracks();
+            RefreshGraphics();
+        }
+        m_graphics.reset();
+        m_map.reset();
+        m_document.reset();
+        ForgetFixes();
+    });
+}
+
+void frmOVI::Form_Terminate() {
+    Guarded(*m_services.Messages, labels::kFormTerminate, [&] {
+        Form_Unload();
+        m_application.reset();
+    });
+}
+
+/// Sets the player up from the present selection.
+void frmOVI::Rebuild() {
+    ForgetFixes();
+    lblStats.Caption = "Meters per sec: 0 Distance: 0";
+    LblDateAndTime1.Caption = "Date:";
+    lblfix.Caption = "0/0";
+    if (!GetCollectionFromActiveLayer() || m_fixes.empty()) return;
+    Slider.Maximum = static_cast<std::int32_t>(m_fixes.size()) - 1;
+    m_previous = FixAt(0);
+    lblfix.Caption = FixText(m_previous->FID);
+}
+
+void frmOVI::ForgetFixes() {
+    m_fixes.clear();
+    m_previous.reset();
+    m_layer.reset();
+    Slider.Minimum = 0;
+    Slider.Maximum = 0;
+    Slider.Value = 0;
+}
+
+// Map events
+
+void frmOVI::ContentsChanged() {
+    if (m_addingOwnLayer) return;
+    m_services.Messages->Show({.Text = "Feature Layer changed. Please restart the display tracks tool."});
+}
+
+void frmOVI::FocusMapChanged() {
+    if (m_addingOwnLayer) return;
+    m_services.Messages->Show({.Text = "Maps changed. Please restart the display tracks tool."});
+}
+
+void frmOVI::SelectionChanged() {
+    if (m_addingOwnLayer) return;
+    Guarded(*m_services.Messages, labels::kFormLoad, [&] {
+        if (m_playing) m_stop = true;
+        const auto layer = selected_feature_layer(Document());
+        if (!layer || feature_class_of(*layer)->Shape() != ShapeType::kPoint) {
+            ForgetFixes();
+            m_services.Messages->Show(
+                {.Text = "You must select a point layer and restart the Display Tracks Tool", .Title = kTitle});
+            return;
+        }
+        if (const auto all = getAndSelectAllFromActiveLayer()) m_lastFID = m_limit.Checked(last_fid(*all));
+        Rebuild();
+    });
+}
+
+// Stepping and playing
+
+void frmOVI::CmbStep_Click() {
+    GuardedWithAdvice(*m_services.Messages, labels::kStep, labels::kAdvice, [&] {
+        CBKeepGraphic_Click();
+        const std::int32_t next = Slider.Value + 1;
+        if (!HasFix(next)) {
+            m_services.Messages->Show({.Text = "No more steps forward.", .Title = kTitle});
+            return;
+        }
+        StepTo(next, m_keepGraphic);
+    });
+}
+
+void frmOVI::cmdStepBack_Click() {
+    GuardedWithAdvice(*m_services.Messages, labels::kStepBack, labels::kAdvice, [&] {
+        CBKeepGraphic_Click();
+        const std::int32_t next = Slider.Value - 1;
+        if (!HasFix(next)) {
+            m_services.Messages->Show({.Text = "No more steps back.", .Title = kTitle});
+            return;
+        }
+        StepTo(next, m_keepGraphic);
+    });
+}
+
+void frmOVI::CmdTrackMoose_Click() {
+    Guarded(*m_services.Messages, labels::kTrack, [&] {
+        if (m_playing) return;
+        CBKeepGraphic_Click();
+        const double delay = NumberFromText(TxtSec.Text);
+        cbOneStep_Click();
+        setupTrackMoose(m_keepGraphic, delay, m_oneStep);
+    });
+}
+
+void frmOVI::setupTrackMoose(bool keepPath, double delaySeconds, bool oneStep) {
+    Guarded(*m_services.Messages, labels::kSetupTrack, [&] {
+        if (!GetSelectionFromActiveLayer()) return;
+        if (!m_graphics) m_graphics = Map().NewGraphics();
+        if (!m_stop) {
+            DeleteMooseTracks();
+            RefreshGraphics();
+        }
+        m_stop = false;
+        Auto_Track_Moose(keepPath, delaySeconds, oneStep);
+    });
+}
+
+void frmOVI::Auto_Track_Moose(bool keepPath, double delaySeconds, bool oneStep) {
+    GuardedWithAdvice(*m_services.Messages, labels::kAutoTrack, labels::kAdvice, [&] {
+        const FlagUp playing(m_playing);
+        while (!m_stop) {
+            const std::int32_t next = Slider.Value + 1;
+            if (!HasFix(next)) {
+                m_services.Messages->Show({.Text = "No more steps. Please reset.", .Title = kTitle});
+                return;
+            }
+            const bool drawn = StepTo(next, keepPath);
+            // A single step pauses as Stop does, so that the next one goes on from here.
+            if (oneStep) m_stop = true;
+            Wait(drawn && !oneStep ? delaySeconds : 0.0);
+        }
+    });
+}
+
+/// Gives the host its turns until the delay has passed or Stop was pressed.
+void frmOVI::Wait(double seconds) {
+    PlayDelay delay(*m_services.Clock, seconds);
+    do {
+        m_services.Host->Yield();
+    } while (!m_stop && !delay.HasPassed());
+}
+
+void frmOVI::cmdStop_Click() {
+    Guarded(*m_services.Messages, labels::kStop, [&] { m_stop = true; });
+}
+
+void frmOVI::cbOneStep_Click() {
+    Guarded(*m_services.Messages, labels::kOneStep, [&] { m_oneStep = cbOneStep.Value != 0; });
+}
+
+void frmOVI::CBKeepGraphic_Click() {
+    m_keepGraphic = CBKeepGraphic.Value != 0;
+}
+
+void frmOVI::cmdDeleteGraphic_Click() {
+    Guarded(*m_services.Messages, labels::kDeleteGraphic, [&] {
+        DeleteMooseTracks();
+        RefreshGraphics();
+    });
+}
+
+void frmOVI::Slider_Change() {
+    GuardedWithAdvice(*m_services.Messages, labels::kStep, labels::kAdvice, [&] {
+        if (!HasFix(Slider.Value)) return;
+        m_previous = FixAt(Slider.Value);
+        ShowLabels(*m_previous);
+    });
+}
+
+void frmOVI::SlideSec_Change() {
+    Guarded(*m_services.Messages, labels::kSlideSec, [&] { TxtSec.Text = NumberText(SlideSec.Value * 0.01 + 0.01); });
+}
+
+bool frmOVI::HasFix(std::int64_t position) const {
+    return position >= 0 && position < static_cast<std::int64_t>(m_fixes.size());
+}
+
+/// The fix at a position; RuntimeError 6 when its object ID exceeds the limit.
+TrackFix frmOVI::FixAt(std::int64_t position) const {
+    const TrackFix& fix = m_fixes.at(static_cast<std::size_t>(position));
+    m_limit.Checked(fix.FID);
+    return fix;
+}
+
+std::string frmOVI::FixText(std::int64_t fid) const {
+    return std::to_string(m_limit.Checked(fid + 1)) + "/" + std::to_string(m_limit.Checked(m_lastFID + 1));
+}
+
+void frmOVI::ShowLabels(const TrackFix& fix) {
+    lblStats.Caption = stats_text(fix);
+    LblDateAndTime1.Caption = date_and_time_text(fix);
+    lblfix.Caption = FixText(fix.FID);
+}
+
+/// Asks before a leg over missing fixes is drawn. Fixes met on the way back are never missing.
+bool frmOVI::ConfirmLeg(const TrackFix& current) {
+    if (!m_previous || current.FID <= m_previous->FID + 1) return true;
+    return m_services.Messages->Show(
+               {.Text = "This track segment is out of sequence.  Do you want to draw the track segment?",
+                .Title = kTitle,
+                .Choice = Buttons::kYesNo,
+                .About = Topic::kOutOfSequence}) == Answer::kYes;
+}
+
+/// Shows the fix at a position that exists and draws the leg to it; whether the leg was drawn.
+bool frmOVI::StepTo(std::int32_t position, bool keepPath) {
+    // Copies, because a box or a turn of the host can bring a new selection meanwhile.
+    Slider.Value = position;
+    const TrackFix current = FixAt(position);
+    ShowLabels(current);
+    const std::optional<TrackFix> previous = m_previous;
+    const bool draw = previous && ConfirmLeg(current);
+    m_previous = current;
+    if (draw) DrawMooseLine(*previous, current, keepPath);
+    return draw;
+}
+
+// Drawing
+
+void frmOVI::DrawMooseLine(const TrackFix& previous, const TrackFix& current, bool keepPath) {
+    Guarded(*m_services.Messages, labels::kDrawLine, [&] {
+        if (!m_graphics || !previous.Location || !current.Location) Raise(error_number::kObjectNotSet);
+        if (!keepPath) DeleteMooseTracks();
+        const TrackLeg leg{*previous.Location, *current.Location};
+        m_graphics->AddLeg(leg);
+        m_legs.push_back(leg);
+        if (const Extent view = Map().View(); !view.IsEmpty() && !is_inside(view, leg.To)) Map().PanTo(leg.To);
+        RefreshGraphics();
+    });
+}
+
+void frmOVI::DeleteMooseTracks() {
+    Guarded(*m_services.Messages, labels::kDeleteTracks, [&] {
+        if (!m_graphics) Raise(error_number::kObjectNotSet);
+        m_graphics->DeleteLegs();
+        m_legs.clear();
+    });
+}
+
+void frmOVI::RefreshGraphics() {
+    if (m_graphics) m_graphics->Refresh();
+}
+
+// Look-ups
+
+std::shared_ptr<IFeatureLayer> frmOVI::GetCollectionFromActiveLayer() {
+    return Guarded(*m_services.Messages, labels::kGetCollection, [&]() -> std::shared_ptr<IFeatureLayer> {
+        const auto selection = GetSelectionFromActiveLayer();
+        if (!selection) return nullptr;
+        m_layer = selected_feature_layer(Document());
+        m_fixes = gather_fixes(*feature_class_of(*m_layer), *selection);
+        return m_layer;
+    });
+}
+
+std::shared_ptr<ISelectionSet> frmOVI::GetSelectionFromActiveLayer() {
+    return Guarded(*m_services.Messages, labels::kGetSelection, [&]() -> std::shared_ptr<ISelectionSet> {
+        const auto layer = selected_feature_layer(Document());
+        const bool points = layer && feature_class_of(*layer)->Shape() == ShapeType::kPoint;
+        auto selection = points ? layer->Selection() : nullptr;
+        if (selection && selection->Count() > 0) return selection;
+        m_services.Messages->Show({.Text = kRestart, .Title = kTitle});
+        return nullptr;
+    });
+}
+
+std::unique_ptr<IFeatureCursor> frmOVI::getAndSelectAllFromActiveLayer() {
+    return Guarded(*m_services.Messages, labels::kGetAndSelectAll, [&]() -> std::unique_ptr<IFeatureCursor> {
+        const auto layer = selected_feature_layer(Document());
+        if (layer) return feature_class_of(*layer)->Find({.Where = std::nullopt, .WithShape = false});
+        m_services.Messages->Show({.Text = kRestart, .Title = kTitle});
+        return nullptr;
+    });
+}
+
+IMxDocument& frmOVI::Document() {
+    if (!m_document) Raise(error_number::kObjectNotSet);
+    return *m_document;
+}
+
+IMap& frmOVI::Map() {
+    if (!m_map) Raise(error_number::kObjectNotSet);
+    return *m_map;
+}
+
+}  // namespace wxl::movement
