@@ -24,7 +24,7 @@ platform::Extent bounds_of(const std::vector<platform::Point>& fixes) {
 AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
                        BandwidthMethod method) {
     AnimalRecord record;
-    record.Id = platform::ValueText(animal.Id);
+    record.Id = animal.Id;
     record.NamingId = animal.NamingId;
     record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
     record.Method = method;
@@ -135,7 +135,8 @@ void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double 
 
 void AnimalRun::ShowWarnings(const AnimalRecord& record) const {
     if (record.Warnings.empty() || m_frame.Inputs.Silent) return;
-    m_services.Messages->Show({.Text = record.Warnings + "(Animal ID: " + record.Id + ")", .Title = "Warnings"});
+    m_services.Messages->Show(
+        {.Text = record.Warnings + "(Animal ID: " + platform::ValueText(record.Id) + ")", .Title = "Warnings"});
 }
 
 void AnimalRun::DrawIsopleths(const std::shared_ptr<platform::IRasterDataset>& raster, AnimalRecord& record) {

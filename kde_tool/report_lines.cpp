@@ -139,7 +139,7 @@ Lines extent_settings_lines(const RunInputs& inputs) {
 }
 
 Lines animal_lines(const AnimalRecord& record, const RunInputs& inputs, bool textIds) {
-    Lines lines = {"Unique ID: " + record.Id};
+    Lines lines = {"Unique ID: " + platform::ValueText(record.Id)};
     if (textIds) lines.push_back("Unique numerical ID used for naming output: " + record.NamingId);
     lines.push_back("Sample size: " + std::to_string(record.SampleSize));
     lines.push_back("Bandwidth: " + NumberText(record.Bandwidth));

@@ -26,7 +26,7 @@ struct IsoplethRecord {
 
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.
 struct AnimalRecord {
-    std::string Id;
+    platform::FieldValue Id;
     std::string NamingId;  ///< the part of the output names that stands for the animal
     std::int32_t SampleSize = 0;
     BandwidthMethod Method = BandwidthMethod::kHref;

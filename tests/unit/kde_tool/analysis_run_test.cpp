@@ -339,7 +339,7 @@ TEST_F(AnalysisRunTest, Selected_features_alone_are_grouped_at_the_layers_full_e
     Form->chkUseSel_Click();
     Run();
     ASSERT_EQ(Keeper.Records.size(), 1U);
-    EXPECT_EQ(Keeper.Records[0].Id, "3");
+    EXPECT_EQ(Keeper.Records[0].Id, platform::FieldValue(std::int64_t{3}));
     EXPECT_EQ(Keeper.Records[0].Grid.Columns, 34);
     EXPECT_THAT(Report(), HasSubstr("(Using selected features only)\r\n"));
 

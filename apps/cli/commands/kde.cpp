@@ -1,0 +1,173 @@
+#include "apps/cli/commands/kde.h"
+
+#include "adapters/files/files_map.h"
+#include "apps/cli/commands/kde_form.h"
+#include "apps/cli/commands/kde_output.h"
+#include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/tool_session.h"
+#include "platform/runtime_error.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fmt/format.h>
+
+namespace wxl::cli {
+
+namespace {
+
+void add_data_options(CLI::App& command, KdeOptions& options) {
+    add_measured_input_options(command, options.Points);
+    command.add_option("--id-field", options.IdField, "Field that names the animal")->required()->type_name("FIELD");
+    command.add_option("--where", options.Where, "Use only the fixes that meet this condition")->type_name("SQL");
+}
+
+void add_kernel_options(CLI::App& command, KdeOptions& options) {
+    command
+        .add_option("--bandwidth", options.Bandwidth,
+                    "href, lscv, bcv, bandwidths in map units (150 or 100,150), or proportions of HREF (prop:0.5,1)")
+        ->type_name("METHOD");
+    command.add_flag("--adaptive", options.Adaptive, "Adaptive kernel instead of a fixed one");
+    command.add_flag("--rescale", options.Rescale, "Rescale the coordinates to unit variance");
+    command.add_flag("--independence", options.Independence, "Put the indices of independence into the report");
+}
+
+void add_raster_options(CLI::App& command, KdeOptions& options) {
+    command.add_option("--out", options.Out, "Output folder; made when it is not there")->type_name("DIR");
+    command.add_option("--cell-size", options.CellSize, "Cell size in map units, used as a whole number")
+        ->type_name("C");
+    command.add_option("--prefix", options.Prefix, "Prefix of the raster names, at most 6 characters")->type_name("P");
+    command.add_option("--scaling", options.Scaling, "Factor of the densities; 1000000 without it")->type_name("S");
+    command
+        .add_option("--extent", options.Extent,
+                    "full (all fixes and a suggested buffer), full:BUFFER, min (each animal's own), or ref:RASTER")
+        ->type_name("EXTENT");
+    command.add_option("--raster-format", options.RasterFormat, "GRID or GTiff")
+        ->check(CLI::IsMember({"GRID", "GTiff"}, CLI::ignore_case))
+        ->capture_default_str();
+}
+
+void add_isopleth_options(CLI::App& command, KdeOptions& options) {
+    command.add_option("--isopleths", options.Isopleths, "Percentages of the volume; 95, 90, 50 without it")
+        ->type_name("P[,P...]");
+    command.add_flag("--lines", options.Lines, "Isopleths as lines");
+    command.add_flag("--polygons", options.Polygons, "Isopleths as polygons");
+    command.add_flag("--donuts", options.Donuts, "Rings between consecutive isopleths");
+}
+
+void add_run_options(CLI::App& command, KdeOptions& options) {
+    command.add_flag("--verbose-log", options.VerboseLog, "Put the search profiles into the report");
+    command.add_option("--settings", options.Settings, "Settings file to start from; options given count more")
+        ->type_name("FILE");
+    command.add_option("--save-settings", options.SaveSettings, "Save the settings to this file")->type_name("FILE");
+    add_answer_option(command, options.Questions);
+    command.add_flag("--json", options.Json, "One JSON object on standard output");
+    command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");
+    command.add_flag("--overwrite", options.Overwrite, "Replace earlier rasters and isopleths of the same names");
+}
+
+constexpr const char* kFooter =
+    "Estimates a utilization distribution for every animal of a point layer and writes\n"
+    "it as a raster, with isopleths as shapefiles where asked for. The folder also gets\n"
+    "WXL_KDE_ANALYSIS.txt, a report to which every run is appended, and\n"
+    "WXL_KERNEL_SETTINGS.txt, which --settings takes.\n"
+    "\n"
+    "A raster is named after the prefix and the animal: its number, or 1, 2, 3 ... where\n"
+    "the field is text; _b1, _b2 ... follow for lists of bandwidths and proportions.\n"
+    "\n"
+    "An animal that cannot be computed (one fix, a bandwidth below the cell size) is told\n"
+    "in the report and on standard error; the others are computed. Questions are answered\n"
+    "by --answer buffer=yes|no|cancel and --answer overlap=yes|no.\n"
+    "\n"
+    "Examples:\n"
+    "\n"
+    "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
+    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons\n"
+    "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run";
+
+void make_folder(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::filesystem::create_directories(folder, failure);
+    if (!std::filesystem::is_directory(folder, failure))
+        platform::Raise(platform::error_number::kPathNotFound,
+                        folder.string() + ": this folder cannot be made; choose another by --out");
+}
+
+/// Tells of distributions that could not be computed.
+int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
+    if (output.Failed() > 0)
+        console.Problem(fmt::format("wxl: {} of {} distributions could not be computed; the report says why",
+                                    output.Failed(), output.Done()));
+    const bool done = outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done();
+    return done ? exit_code::kDone : exit_code::kFailed;
+}
+
+/// The host of a run: every turn that it gets draws the form's progress.
+class ProgressHost final : public platform::IHost {
+public:
+    ProgressHost(platform::IHost& host, Console& console) : m_host(host), m_console(console) {}
+    void Watch(const kde_tool::frmKDE& form) { m_form = &form; }
+    void Yield() override {
+        m_host.Yield();
+        if (!m_form || !m_form->Running()) return;
+        const platform::ProgressBar& bar = m_form->PBar;
+        m_console.Progress((bar.Value - bar.Minimum) / (bar.Maximum - bar.Minimum), m_form->txtStatus.Text);
+    }
+    void SetStatus(std::string_view text) override { m_host.SetStatus(text); }
+
+private:
+    platform::IHost& m_host;
+    Console& m_console;
+    const kde_tool::frmKDE* m_form = nullptr;
+};
+
+int press_ok(const KdeOptions& options, kde_tool::frmKDE& form, Console& console) {
+    if (!std::filesystem::exists(form.OutputFolderPath())) make_folder(form.OutputFolderPath());
+    if (options.Overwrite) delete_outputs(form);
+    KdeOutput output(console, form.OutputFolderPath(), options.Json);
+    form.SetObserver(&output);
+    form.btnOK_Click();
+    form.SetObserver(nullptr);
+    console.EndProgress();
+    output.Finish(form.LastRun());
+    return exit_code_of(form.LastRun(), output, console);
+}
+
+/// Adds the raster of --extent ref:RASTER to the map, under its path as a name, which no other layer has.
+void add_reference(const KdeOptions& options, ToolSession& session) {
+    if (!options.Extent || !options.Extent->starts_with("ref:")) return;
+    const std::string raster = options.Extent->substr(4);
+    platform::Layer layer = files::layer_of(std::make_shared<files::FilesRasterLayer>(raster));
+    layer.Name = raster;
+    session.Document().Map().AddLayer(std::move(layer));
+}
+
+}  // namespace
+
+void register_kde(CLI::App& command, KdeOptions& options) {
+    add_data_options(command, options);
+    add_raster_options(command, options);
+    add_kernel_options(command, options);
+    add_isopleth_options(command, options);
+    add_run_options(command, options);
+    command.footer(kFooter);
+}
+
+int run_kde(const KdeOptions& options, Console& console) {
+    check_options(options);
+    const auto layer = open_measured_point_layer(options.Points);
+    ToolSession session(console, options.Questions);
+    session.AddInput(layer);
+    add_reference(options, session);
+    OptionDialogs dialogs;
+    platform::Services services = session.Services();
+    ProgressHost host(*services.Host, console);
+    services.Host = &host;
+    services.Dialogs = &dialogs;
+    kde_tool::frmKDE form(services, session.Geodata());
+    host.Watch(form);
+    fill_form(options, *layer, dialogs, form);
+    if (options.DryRun) return print_plan(form, options.Json, console);
+    return press_ok(options, form, console);
+}
+
+}  // namespace wxl::cli

@@ -1,0 +1,49 @@
+#pragma once
+#include "apps/cli/console.h"
+#include "apps/cli/console_messages.h"
+#include "apps/cli/input_layer.h"
+
+#include <optional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace wxl::cli {
+
+/// wxl kde: the batch kernel density analysis. An option that was not given leaves what the settings file or the form's
+/// defaults say.
+struct KdeOptions {
+    InputOptions Points;
+    std::string IdField;
+    std::string Where;
+    std::optional<std::string> Out;
+    std::optional<std::string> Prefix;
+    std::optional<std::string> CellSize;
+    std::optional<std::string> Scaling;
+    std::optional<std::string> Bandwidth;
+    std::optional<std::string> Extent;
+    std::optional<std::string> Isopleths;
+    bool Adaptive = false;
+    bool Rescale = false;
+    bool Independence = false;
+    bool Lines = false;
+    bool Polygons = false;
+    bool Donuts = false;
+    bool VerboseLog = false;
+    std::string Settings;
+    std::string SaveSettings;
+    std::string RasterFormat = "GRID";
+    bool Json = false;
+    bool DryRun = false;
+    bool Overwrite = false;
+    Answers Questions;
+};
+
+void register_kde(CLI::App& command, KdeOptions& options);
+
+/// Fills the analysis form, presses OK and writes what came of it.
+int run_kde(const KdeOptions& options, Console& console);
+
+}  // namespace wxl::cli

@@ -1,0 +1,45 @@
+#pragma once
+#include "apps/cli/console.h"
+#include "apps/cli/json_values.h"
+#include "kde_tool/frmKDE.h"
+#include "kde_tool/run_record.h"
+
+#include <filesystem>
+#include <string>
+
+namespace wxl::cli {
+
+/// "href", "lscv", "bcv", "manual" or "proportion".
+const char* method_name(kde_tool::BandwidthMethod method);
+
+/// The record as one JSON object. Numbers that are not defined are null.
+Json json_of(const kde_tool::AnimalRecord& record);
+
+/// Writes a run's records as they come, as lines for people or as one JSON object, and counts the failing ones.
+class KdeOutput final : public kde_tool::IRunObserver {
+public:
+    /// `folder`: the output folder, for the names of report and settings record.
+    KdeOutput(Console& console, std::filesystem::path folder, bool json);
+
+    void AnimalDone(const kde_tool::AnimalRecord& record) override;
+
+    /// Ends the output of a run that wrote its report, or of one that broke off.
+    void Finish(kde_tool::RunOutcome outcome);
+
+    std::size_t Done() const { return m_done; }
+    std::size_t Failed() const { return m_failed; }
+
+private:
+    void Print(const kde_tool::AnimalRecord& record);
+    std::string Head() const;
+
+    Console& m_console;
+    std::filesystem::path m_report;
+    std::filesystem::path m_settings;
+    bool m_json;
+    std::string m_pending;  ///< the JSON line that waits to know whether another follows
+    std::size_t m_done = 0;
+    std::size_t m_failed = 0;
+};
+
+}  // namespace wxl::cli
