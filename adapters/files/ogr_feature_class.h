@@ -56,8 +56,11 @@ public:
     std::string Name() const;
     std::filesystem::path Path() const;
 
-    /// Where the rows with these object IDs went since `generation` of the class (see Generation): ascending, deleted
-    /// ones left out.
+    /// Those of the object IDs (ascending) that there are rows for.
+    std::vector<std::int64_t> Existing(std::span<const std::int64_t> oids) const;
+
+    /// The object IDs that the rows with these object IDs (ascending), as they were in `generation`, have now; without
+    /// rows deleted since.
     std::vector<std::int64_t> Follow(std::span<const std::int64_t> oids, std::size_t generation) const;
 
     /// Counts up whenever object IDs change.

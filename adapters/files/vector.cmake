@@ -6,3 +6,29 @@ target_include_directories(wxl_geos SYSTEM INTERFACE ${GEOS_INCLUDE_DIR})
 target_link_libraries(wxl_geos INTERFACE ${GEOS_C_LIBRARY})
 
 wxl_room(adapter_geos SOURCES geos_geometry.cpp geos_operators.cpp DEPENDS wxl_platform wxl_geos)
+
+wxl_room(
+  adapter_files_vector
+  SOURCES
+  dbf_cells.cpp
+  dbf_file.cpp
+  dbf_layout.cpp
+  files_map.cpp
+  input_file.cpp
+  ogr_class_state.cpp
+  ogr_cursors.cpp
+  ogr_feature_class.cpp
+  ogr_source.cpp
+  shapefile_editor.cpp
+  shapefile_parts.cpp
+  shapefile_workspace.cpp
+  shp_file.cpp
+  transaction_editor.cpp
+  DEPENDS
+  wxl_platform
+  wxl_adapter_disk
+  wxl_adapter_gdal
+  wxl_adapter_geos
+  wxl_adapter_files_raster
+  PRIVATE_DEPENDS
+  wxl_adapter_memory_vector)

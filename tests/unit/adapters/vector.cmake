@@ -1,2 +1,2 @@
 # Tests of geometry operators and of vector data on disk.
-wxl_test(geos_operators_test SOURCES geos_operators_test.cpp DEPENDS wxl_adapter_geos)
+wxl_test(test_geos_operators SOURCES test_geos_operators.cpp DEPENDS wxl_adapter_geos)

@@ -1,0 +1,134 @@
+#include "adapters/files/files_map.h"
+
+#include "adapters/files/raster_dataset.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+
+namespace wxl::files {
+
+using platform::IFeatureCursor;
+using platform::Layer;
+using platform::LayerClass;
+using platform::Search;
+
+class FilesFeatureLayer::SelectionSet final : public platform::ISelectionSet {
+public:
+    explicit SelectionSet(std::shared_ptr<OgrFeatureClass> features) : m_features(std::move(features)) {}
+
+    std::int64_t Count() const override {
+        return m_isAll ? m_features->FeatureCount() : static_cast<std::int64_t>(OIDs().size());
+    }
+
+    std::unique_ptr<IFeatureCursor> Find(const Search& search) override {
+        return m_isAll ? m_features->Find(search) : m_features->FindAmong(OIDs(), search);
+    }
+
+    void SelectAll() { m_isAll = true; }
+
+    void Select(std::vector<std::int64_t> oids) {
+        std::sort(oids.begin(), oids.end());
+        oids.erase(std::unique(oids.begin(), oids.end()), oids.end());
+        m_oids = m_features->Existing(oids);
+        m_generation = m_features->Generation();
+        m_isAll = false;
+    }
+
+private:
+    const std::vector<std::int64_t>& OIDs() const {
+        m_oids = m_features->Follow(m_oids, m_generation);
+        m_generation = m_features->Generation();
+        return m_oids;
+    }
+
+    std::shared_ptr<OgrFeatureClass> m_features;
+    bool m_isAll = true;
+    mutable std::vector<std::int64_t> m_oids;
+    mutable std::size_t m_generation = 0;
+};
+
+FilesFeatureLayer::FilesFeatureLayer(std::string name, std::shared_ptr<OgrFeatureClass> features)
+    : m_name(std::move(name)),
+      m_features(std::move(features)),
+      m_selection(std::make_shared<SelectionSet>(m_features)) {}
+
+FilesFeatureLayer::~FilesFeatureLayer() = default;
+
+std::shared_ptr<platform::ISelectionSet> FilesFeatureLayer::Selection() {
+    return m_selection;
+}
+
+void FilesFeatureLayer::SelectAll() {
+    m_selection->SelectAll();
+}
+
+void FilesFeatureLayer::Select(std::vector<std::int64_t> oids) {
+    m_selection->Select(std::move(oids));
+}
+
+FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path) {
+    const auto raster = OpenRaster(path);
+    m_name = raster->Name();
+    m_geometry = raster->Band()->Geometry();
+}
+
+std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input) {
+    auto features = OgrFeatureClass::Open(input);
+    return std::make_shared<FilesFeatureLayer>(features->Name(), features);
+}
+
+Layer layer_of(const std::shared_ptr<FilesFeatureLayer>& layer) {
+    Layer entry;
+    entry.Name = layer->Name();
+    entry.Class = LayerClass::kFeature;
+    entry.Shape = layer->Features().Shape();
+    entry.Feature = layer;
+    return entry;
+}
+
+Layer layer_of(const std::shared_ptr<FilesRasterLayer>& layer) {
+    Layer entry;
+    entry.Name = layer->Name();
+    entry.Class = LayerClass::kRaster;
+    entry.Raster = layer;
+    return entry;
+}
+
+void FilesMap::AddDataset(const std::filesystem::path& dataset) {
+    try {
+        m_layers.push_back(layer_of(OpenFeatureLayer(dataset.string())));
+    } catch (const platform::RuntimeError& error) {
+        if (error.Number != platform::error_number::kDeviceIo) throw;
+        m_layers.push_back(layer_of(std::make_shared<FilesRasterLayer>(dataset)));
+    }
+}
+
+namespace {
+
+class UndrawnGraphics final : public platform::IGraphicsContainer {
+public:
+    void AddLeg(const platform::TrackLeg&) override {}
+    void DeleteLegs() override {}
+    void Refresh() override {}
+};
+
+}  // namespace
+
+std::unique_ptr<platform::IGraphicsContainer> FilesMap::NewGraphics() {
+    return std::make_unique<UndrawnGraphics>();
+}
+
+void FilesMap::AddGroup(std::string name, std::vector<Layer> layers) {
+    Layer group;
+    group.Name = std::move(name);
+    group.Class = LayerClass::kGroup;
+    m_layers.push_back(std::move(group));
+    for (Layer& layer : layers) m_layers.push_back(std::move(layer));
+}
+
+void FilesDocument::AddSelectedLayer(const Layer& layer) {
+    m_map->AddLayer(layer);
+    m_selectedLayer = layer;
+}
+
+}  // namespace wxl::files

@@ -1,0 +1,144 @@
+#include "adapters/files/shapefile_parts.h"
+
+#include "adapters/files/posix_error.h"
+#include "platform/file_system.h"
+#include "platform/runtime_error.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <span>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace wxl::files {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array<std::string_view, 4> kAttributeIndexes = {"idm", "ind", "ain", "aih"};
+constexpr std::array<std::string_view, 5> kSpatialIndexes = {"qix", "sbn", "sbx", "fbn", "fbx"};
+constexpr std::array<std::string_view, 5> kOtherParts = {"dbf", "shx", "prj", "cpg", "qpj"};
+
+void remove_parts(const fs::path& shapefile, std::span<const std::string_view> extensions) {
+    for (const std::string_view extension : extensions) {
+        std::error_code failure;
+        const auto part = part_of(shapefile, extension);
+        fs::remove(part, failure);
+        if (failure) RaiseErrno(failure.value(), part);
+    }
+}
+
+std::string ascii_upper(std::string_view text) {
+    std::string upper(text);
+    for (char& c : upper)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return upper;
+}
+
+fs::path swap_folder(const fs::path& shapefile) {
+    return shapefile.parent_path() / ("." + shapefile.stem().string() + ".swap");
+}
+
+fs::path folder_of(const fs::path& file) {
+    return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
+/// Gives a new file the rights and, where the system allows it, the owner of the old one.
+void take_over_rights(const fs::path& old, const fs::path& replacement) {
+    struct stat status = {};
+    if (::stat(old.c_str(), &status) != 0) return;
+    [[maybe_unused]] const int ignored = ::chown(replacement.c_str(), status.st_uid, status.st_gid);
+    if (::chmod(replacement.c_str(), status.st_mode & 07777) != 0) RaiseErrno(errno, replacement);
+}
+
+}  // namespace
+
+fs::path part_of(const fs::path& shapefile, std::string_view extension) {
+    const auto lower = fs::path(shapefile).replace_extension(extension);
+    const auto upper = fs::path(shapefile).replace_extension(ascii_upper(extension));
+    std::error_code ignored;
+    return !fs::exists(lower, ignored) && fs::exists(upper, ignored) ? upper : lower;
+}
+
+std::vector<fs::path> parts_of(const fs::path& shapefile) {
+    std::vector<fs::path> parts;
+    std::error_code ignored;
+    const auto add = [&](fs::path part) {
+        if (fs::exists(part, ignored)) parts.push_back(std::move(part));
+    };
+    for (const auto extension : kSpatialIndexes) add(part_of(shapefile, extension));
+    for (const auto extension : kAttributeIndexes) add(part_of(shapefile, extension));
+    for (const auto extension : kOtherParts) add(part_of(shapefile, extension));
+    add(shapefile.string() + ".xml");
+    parts.push_back(shapefile);
+    return parts;
+}
+
+void remove_indexes(const fs::path& shapefile, bool rowsChange) {
+    remove_parts(shapefile, kAttributeIndexes);
+    if (rowsChange) remove_parts(shapefile, kSpatialIndexes);
+}
+
+void rename_file(const fs::path& from, const fs::path& to) {
+    if (std::rename(from.c_str(), to.c_str()) != 0) RaiseErrno(errno, to);
+}
+
+void sync_folder(const fs::path& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    ::fsync(descriptor);
+    ::close(descriptor);
+}
+
+void finish_interrupted_swap(const fs::path& shapefile) {
+    const fs::path swap = swap_folder(shapefile);
+    std::error_code failure;
+    if (!fs::is_directory(swap, failure)) return;
+    std::vector<fs::path> waiting;
+    for (const auto& entry : fs::directory_iterator(swap, failure)) waiting.push_back(entry.path());
+    for (const fs::path& file : waiting) {
+        // Another program may be finishing the same change.
+        if (std::rename(file.c_str(), (folder_of(shapefile) / file.filename()).c_str()) != 0 && errno != ENOENT)
+            RaiseErrno(errno, file);
+    }
+    sync_folder(folder_of(shapefile));
+    if (::rmdir(swap.c_str()) != 0 && errno != ENOENT) RaiseErrno(errno, swap);
+}
+
+TemporaryFolder::TemporaryFolder(const fs::path& beside) {
+    static std::atomic<unsigned> count = 0;
+    const std::string name = beside.stem().string() + "." + std::to_string(++count);
+    m_path = folder_of(beside) / platform::TemporaryName(name);
+    if (::mkdir(m_path.c_str(), 0777) != 0) RaiseErrno(errno, m_path);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
+}
+
+PartsSwap::PartsSwap(fs::path shapefile) : m_shapefile(std::move(shapefile)), m_folder(m_shapefile) {}
+
+fs::path PartsSwap::Replacement(const fs::path& old) {
+    m_replaced.push_back(old);
+    return m_folder.Path() / old.filename();
+}
+
+void PartsSwap::Commit() {
+    for (const fs::path& old : m_replaced) take_over_rights(old, m_folder.Path() / old.filename());
+    if (m_replaced.size() == 1) {
+        rename_file(m_folder.Path() / m_replaced.front().filename(), m_replaced.front());
+        sync_folder(folder_of(m_shapefile));
+        return;
+    }
+    sync_folder(m_folder.Path());
+    rename_file(m_folder.Path(), swap_folder(m_shapefile));
+    sync_folder(folder_of(m_shapefile));
+    finish_interrupted_swap(m_shapefile);
+}
+
+}  // namespace wxl::files

@@ -1,0 +1,122 @@
+#include "adapters/files/transaction_editor.h"
+
+#include "platform/runtime_error.h"
+
+#include <unistd.h>
+
+namespace wxl::files {
+
+using platform::Field;
+using platform::Raise;
+namespace error_number = platform::error_number;
+namespace fs = std::filesystem;
+
+namespace {
+
+GdalDatasetPtr open_for_update(const fs::path& path) {
+    RegisterGdal();
+    return GdalDatasetPtr(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+}
+
+bool is_writable(const fs::path& path) {
+    std::error_code failure;
+    const fs::perms rights = fs::status(path, failure).permissions();
+    const bool protectedByOwner =
+        (rights & (fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write)) == fs::perms::none;
+    return !failure && !protectedByOwner && ::access(path.c_str(), W_OK) == 0;
+}
+
+void change_cells(OGRLayer& layer, const RowEdits& edits) {
+    for (const auto& [oid, cells] : edits.Values) {
+        if (edits.Deleted.contains(oid)) continue;
+        const OGRFeatureUniquePtr feature(layer.GetFeature(oid));
+        if (!feature)
+            Raise(error_number::kInvalidCall, "There is no feature with the object ID " + std::to_string(oid) + ".");
+        for (const auto& [field, value] : cells) set_value(*feature, field, value);
+        if (layer.SetFeature(feature.get()) != OGRERR_NONE) Raise(error_number::kDeviceIo);
+    }
+}
+
+void delete_rows(OGRLayer& layer, const RowEdits& edits) {
+    for (const std::int64_t oid : edits.Deleted)
+        if (layer.DeleteFeature(oid) != OGRERR_NONE) Raise(error_number::kDeviceIo);
+}
+
+void insert_rows(OGRLayer& layer, const RowEdits& edits) {
+    for (const NewRow& row : edits.Inserted) {
+        const OGRFeatureUniquePtr feature(OGRFeature::CreateFeature(layer.GetLayerDefn()));
+        for (std::size_t i = 0; i < row.Values.size(); ++i) set_value(*feature, static_cast<int>(i), row.Values[i]);
+        feature->SetGeometryDirectly(to_ogr(row.Shape, layer.GetGeomType()).release());
+        if (layer.CreateFeature(feature.get()) != OGRERR_NONE) Raise(error_number::kDeviceIo);
+    }
+}
+
+}  // namespace
+
+template <class Action>
+void TransactionEditor::InTransaction(Action&& action) {
+    if (const std::string why = WhyReadOnly(); !why.empty()) Raise(error_number::kPermissionDenied, why);
+    GdalErrors errors;
+    GdalDatasetPtr dataset = open_for_update(m_path);
+    OGRLayer* layer = dataset ? dataset->GetLayerByName(m_layer.c_str()) : nullptr;
+    if (layer == nullptr || dataset->StartTransaction() != OGRERR_NONE)
+        errors.RaiseWriting(m_path.string(), m_path.parent_path());
+    try {
+        action(*layer);
+    } catch (...) {
+        const platform::RuntimeError fault = platform::CurrentError();
+        dataset->RollbackTransaction();
+        if (fault.Number == error_number::kDeviceIo) errors.RaiseWriting(m_path.string(), m_path.parent_path());
+        throw fault;
+    }
+    const bool committed = dataset->CommitTransaction() == OGRERR_NONE;
+    if (!committed) dataset->RollbackTransaction();
+    if (!CloseChecked(std::move(dataset), errors) || !committed)
+        errors.RaiseWriting(m_path.string(), m_path.parent_path());
+}
+
+std::string TransactionEditor::WhyReadOnly() const {
+    if (!is_writable(m_path)) return m_path.string() + " is read-only.";
+    const fs::path folder = m_path.has_parent_path() ? m_path.parent_path() : fs::path(".");
+    if (!is_writable(folder)) return "The folder " + folder.string() + " is read-only.";
+    const GdalErrors errors;
+    const GdalDatasetPtr dataset = open_for_update(m_path);
+    if (!dataset) return m_path.string() + " cannot be opened for changes: " + errors.Text();
+    // A transaction that changes nothing shows whether another program holds the file.
+    dataset->ReleaseResultSet(dataset->ExecuteSQL("BEGIN IMMEDIATE", nullptr, nullptr));
+    if (errors.Failed()) return m_path.string() + " is in use by another program.";
+    dataset->ReleaseResultSet(dataset->ExecuteSQL("ROLLBACK", nullptr, nullptr));
+    return {};
+}
+
+void TransactionEditor::Write(const RowEdits& edits) {
+    InTransaction([&](OGRLayer& layer) {
+        change_cells(layer, edits);
+        delete_rows(layer, edits);
+        insert_rows(layer, edits);
+    });
+    if (!edits.Deleted.empty()) RecomputeExtent();
+}
+
+void TransactionEditor::RecomputeExtent() {
+    const GdalErrors quiet;
+    const GdalDatasetPtr dataset = open_for_update(m_path);
+    if (!dataset || std::string(dataset->GetDriverName()) != "GPKG") return;
+    const std::string statement = "RECOMPUTE EXTENT ON \"" + m_layer + "\"";
+    dataset->ReleaseResultSet(dataset->ExecuteSQL(statement.c_str(), nullptr, nullptr));
+}
+
+void TransactionEditor::AddField(const Field& field) {
+    InTransaction([&](OGRLayer& layer) {
+        const auto definition = field_definition(field);
+        if (layer.CreateField(definition.get()) != OGRERR_NONE) Raise(error_number::kDeviceIo);
+    });
+}
+
+void TransactionEditor::DeleteField(int field) {
+    InTransaction([&](OGRLayer& layer) {
+        if (layer.DeleteField(field) != OGRERR_NONE) Raise(error_number::kDeviceIo);
+    });
+}
+
+}  // namespace wxl::files

@@ -1,0 +1,35 @@
+#pragma once
+#include "adapters/files/ogr_source.h"
+#include "adapters/files/row_editor.h"
+
+namespace wxl::files {
+
+/// Changes layers of databases in a file (GeoPackage, SpatiaLite): every change is one transaction.
+class TransactionEditor final : public IRowEditor {
+public:
+    TransactionEditor(std::filesystem::path path, std::string layer)
+        : m_path(std::move(path)), m_layer(std::move(layer)) {}
+
+    /// Whether a driver's layers are changed so.
+    static bool Suits(const std::string& driver) { return driver == "GPKG" || driver == "SQLite"; }
+
+    std::string WhyReadOnly() const override;
+    void Check(int, const platform::FieldValue&) const override {}
+    void Write(const RowEdits& edits) override;
+    void AddField(const platform::Field& field) override;
+    void DeleteField(int field) override;
+    std::vector<std::int64_t> Repack() override { return {}; }
+
+private:
+    template <class Action>
+    void InTransaction(Action&& action);
+
+    /// A GeoPackage keeps a layer's extent beside it, and deletions do not shrink it. Without this it stays too wide,
+    /// which does no harm: failures do not matter.
+    void RecomputeExtent();
+
+    std::filesystem::path m_path;
+    std::string m_layer;
+};
+
+}  // namespace wxl::files
