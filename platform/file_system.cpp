@@ -40,7 +40,11 @@ void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::str
         files.Rename(temporary, file);
     } catch (...) {
         const RuntimeError error = CurrentError();
-        if (files.FileExists(temporary)) files.DeleteFile(temporary, true);
+        try {
+            if (files.FileExists(temporary)) files.DeleteFile(temporary, true);
+        } catch (const RuntimeError&) {
+            // The first failure is the one to report.
+        }
         throw error;
     }
 }

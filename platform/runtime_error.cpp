@@ -1,7 +1,10 @@
 #include "platform/runtime_error.h"
 
+#include <filesystem>
 #include <new>
+#include <stdexcept>
 #include <utility>
+#include <variant>
 
 namespace wxl::platform {
 
@@ -56,6 +59,14 @@ RuntimeError CurrentError() {
         return error;
     } catch (const std::bad_alloc&) {
         return {error_number::kOutOfMemory, DescriptionOf(error_number::kOutOfMemory)};
+    } catch (const std::length_error&) {
+        return {error_number::kOutOfMemory, DescriptionOf(error_number::kOutOfMemory)};
+    } catch (const std::out_of_range& error) {
+        return {error_number::kSubscript, error.what()};
+    } catch (const std::bad_variant_access&) {
+        return {error_number::kTypeMismatch, DescriptionOf(error_number::kTypeMismatch)};
+    } catch (const std::filesystem::filesystem_error& error) {
+        return {error_number::kDeviceIo, error.what()};
     } catch (const std::exception& error) {
         return {error_number::kInvalidCall, error.what()};
     } catch (...) {

@@ -49,6 +49,9 @@ std::optional<std::pair<char32_t, std::size_t>> decode(std::string_view text, st
         if ((byte(at + i) & 0xC0) != 0x80) return std::nullopt;
         c = (c << 6) | (byte(at + i) & 0x3FU);
     }
+    static constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
+    const bool surrogate = c >= 0xD800 && c <= 0xDFFF;
+    if (c < kSmallest[length] || surrogate || c > 0x10FFFF) return std::nullopt;
     return std::pair{c, length};
 }
 
@@ -71,6 +74,23 @@ bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
+/// Whether a decimal number beyond the range of a double is too small for it (else it is too large): by the power of
+/// ten of its first digit that is not zero.
+bool is_tiny(std::string_view number) {
+    const auto e = number.find_first_of("eE");
+    const std::string_view digits = number.substr(0, e);
+    const auto first = digits.find_first_of("123456789");
+    const auto point = std::min(digits.find('.'), digits.size());
+    const auto place = static_cast<double>(point) - static_cast<double>(first);
+    // The exponent itself may be beyond any whole number: only its size matters, and a double saturates.
+    double exponent = 0.0;
+    if (e != std::string_view::npos)
+        for (const char c : number.substr(e + 1))
+            if (is_digit(c)) exponent = exponent * 10.0 + (c - '0');
+    const bool negative = e != std::string_view::npos && number[e + 1] == '-';
+    return place + (negative ? -exponent : exponent) < 0.0;
+}
+
 /// The number in the text, whole or not at all; infinite when it is beyond a double.
 std::optional<double> parse(std::string_view text) {
     text = Trim(text);
@@ -85,12 +105,8 @@ std::optional<double> parse(std::string_view text) {
     double value = 0.0;
     const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (code == std::errc::result_out_of_range) {
-        // Too small is 0, too large is infinite: the exponent's sign tells.
-        const auto e = text.find_first_of("eE");
-        const bool tiny =
-            e != std::string_view::npos ? text.find('-', e) != std::string_view::npos : *first == '.' || *first == '0';
         if (end != text.data() + text.size()) return std::nullopt;
-        return tiny ? 0.0 : HUGE_VAL;
+        return is_tiny(text) ? 0.0 : HUGE_VAL;
     }
     if (code != std::errc{} || end != text.data() + text.size()) return std::nullopt;
     return value;

@@ -6,8 +6,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace wxl::platform {
+namespace {
+
+/// A long double holds every 64-bit whole number and every double, so that mixed columns keep their order.
+long double exact_number(const FieldValue& value) {
+    static_assert(std::numeric_limits<long double>::digits >= 64);
+    if (const auto* whole = std::get_if<std::int64_t>(&value)) return static_cast<long double>(*whole);
+    return static_cast<long double>(std::get<double>(value));
+}
+
+/// NaN comes first, so that sorting has one order whatever the values.
+bool number_less(long double a, long double b) {
+    if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && !std::isnan(b);
+    return a < b;
+}
+
+}  // namespace
 
 void Extent::Include(const Point& point) {
     XMin = std::min(XMin, point.X);
@@ -58,14 +75,11 @@ bool ValueEquals(const FieldValue& cell, const FieldValue& wanted) {
 }
 
 bool ValueLess(const FieldValue& a, const FieldValue& b) {
-    const auto* wholeA = std::get_if<std::int64_t>(&a);
-    const auto* wholeB = std::get_if<std::int64_t>(&b);
-    if (wholeA && wholeB) return *wholeA < *wholeB;
     const auto rank = [](const FieldValue& v) {
         return IsMissing(v) ? 0 : std::holds_alternative<std::string>(v) ? 2 : 1;
     };
     if (rank(a) != rank(b)) return rank(a) < rank(b);
-    if (rank(a) == 1) return ValueNumber(a) < ValueNumber(b);
+    if (rank(a) == 1) return number_less(exact_number(a), exact_number(b));
     return rank(a) == 2 && std::get<std::string>(a) < std::get<std::string>(b);
 }
 

@@ -75,7 +75,7 @@ FieldValue ValueForColumn(const FieldValue& value, FieldType type);
 /// number are equal when the text is a number of that size.
 bool ValueEquals(const FieldValue& cell, const FieldValue& wanted);
 
-/// Ascending: missing values, then numbers by size, then texts by their bytes.
+/// Ascending: missing values, then numbers by size (NaN before all others), then texts by their bytes.
 bool ValueLess(const FieldValue& a, const FieldValue& b);
 
 /// A coordinate system, as far as the tools look at it.
