@@ -6,8 +6,8 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <limits>
-#include <map>
 #include <numbers>
+#include <set>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -193,35 +193,43 @@ TEST_P(ContourContract, Levels_that_are_no_numbers_are_5) {
     EXPECT_EQ(error_of([&] { Contours({0.0, 0.0, 1.0, 2, 2}, cells, {kInfinity}); }), 5);
 }
 
-// Every vertex lies where linear interpolation between the four cell centres around it gives the level: on a line
-// between two neighbouring centres, or on the prolongation of such a line over the outer half cell.
-TEST_P(ContourContract, Vertices_lie_where_interpolation_meets_the_level) {
+// The literal twin: a vertex stands wherever the level lies between two neighbouring cell centres, and on the outer
+// edge opposite such a place between two outer cells; nowhere else.
+TEST_P(ContourContract, Vertices_stand_at_every_crossing_and_nowhere_else) {
     const RasterGeometry geometry{0.0, 0.0, 1.0, 23, 19};
     const auto cells = checked_cells(23, 19);
     const double level = 123.456;
     const auto at = [&](int column, int row) {
-        const int c = std::clamp(column, 0, 22);
-        const int r = std::clamp(row, 0, 18);
-        return static_cast<double>(cells[static_cast<std::size_t>(r * 23 + c)]);
+        return static_cast<double>(cells[static_cast<std::size_t>(row * 23 + column)]);
     };
-    int met = 0;
-    for (const auto& line : Contours(geometry, cells, {level})) {
-        for (const Point& vertex : line.Vertices) {
-            const double u = vertex.X - 0.5;
-            const double v = 18.5 - vertex.Y;
-            const int c = static_cast<int>(std::floor(u));
-            const int r = static_cast<int>(std::floor(v));
-            const double fu = u - c;
-            const double fv = v - r;
-            const double north = at(c, r) * (1.0 - fu) + at(c + 1, r) * fu;
-            const double south = at(c, r + 1) * (1.0 - fu) + at(c + 1, r + 1) * fu;
-            const bool onGrid = std::min({fu, 1.0 - fu, fv, 1.0 - fv}) < 1e-9;
-            if (!onGrid) continue;
-            ++met;
-            EXPECT_NEAR(north * (1.0 - fv) + south * fv, level, 1e-6) << vertex.X << ' ' << vertex.Y;
+    // Rounded to 1e-6 of a cell, so that the order of the arithmetic does not matter.
+    using Place = std::pair<long, long>;
+    const auto place = [](double x, double y) { return Place{std::lround(x * 1e6), std::lround(y * 1e6)}; };
+    std::set<Place> expected;
+    for (int row = 0; row < 19; ++row) {
+        for (int column = 0; column < 23; ++column) {
+            const double here = at(column, row);
+            const double x = column + 0.5;
+            const double y = 18.5 - row;
+            if (column < 22 && (here < level) != (at(column + 1, row) < level)) {
+                const double crossing = x + (level - here) / (at(column + 1, row) - here);
+                expected.insert(place(crossing, y));
+                if (row == 0) expected.insert(place(crossing, 19.0));
+                if (row == 18) expected.insert(place(crossing, 0.0));
+            }
+            if (row < 18 && (here < level) != (at(column, row + 1) < level)) {
+                const double crossing = y - (level - here) / (at(column, row + 1) - here);
+                expected.insert(place(x, crossing));
+                if (column == 0) expected.insert(place(0.0, crossing));
+                if (column == 22) expected.insert(place(23.0, crossing));
+            }
         }
     }
-    EXPECT_GT(met, 200);
+    std::set<Place> met;
+    for (const auto& line : Contours(geometry, cells, {level}))
+        for (const Point& vertex : line.Vertices) met.insert(place(vertex.X, vertex.Y));
+    EXPECT_GT(expected.size(), 300U);
+    EXPECT_EQ(met, expected);
 }
 
 }  // namespace wxl::tests
