@@ -59,7 +59,8 @@ LagOneSums lag_one_sums(std::span<const Point> fixes) {
     return sums;
 }
 
-/// Sums of squares of a constant can be a rounding above 0 (the trailing fixes may differ from the first): ask exactly.
+/// Whether a coordinate differs between fixes. Asked exactly: the sum of squares of a constant other than 0 can be a
+/// rounding above 0.
 bool varies(std::span<const Point> fixes, double Point::*coordinate) {
     for (const Point& fix : fixes)
         if (fix.*coordinate != fixes.front().*coordinate) return true;
