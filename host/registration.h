@@ -39,7 +39,6 @@ struct Menu {
     std::string Name;
     std::string Caption;
     std::vector<MenuItem> Items;
-    bool StartsGroup = false;
 };
 
 struct ToolBar {
