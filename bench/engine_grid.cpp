@@ -55,10 +55,10 @@ void cases(benchmark::internal::Benchmark* bench) {
     bench->Args({3000, 95})->Args({30000, 70})->Args({300, 400})->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK_CAPTURE(compute, fixed/engine, false)->Apply(cases);
-BENCHMARK_CAPTURE(compute_twin, fixed/twin, false)->Apply(cases)->Iterations(1);
-BENCHMARK_CAPTURE(compute, adaptive/engine, true)->Apply(cases);
-BENCHMARK_CAPTURE(compute_twin, adaptive/twin, true)->Apply(cases)->Iterations(1);
+BENCHMARK_CAPTURE(compute, fixed_engine, false)->Apply(cases);
+BENCHMARK_CAPTURE(compute_twin, fixed_twin, false)->Apply(cases)->Iterations(1);
+BENCHMARK_CAPTURE(compute, adaptive_engine, true)->Apply(cases);
+BENCHMARK_CAPTURE(compute_twin, adaptive_twin, true)->Apply(cases)->Iterations(1);
 
 }  // namespace
 

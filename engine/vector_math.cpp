@@ -79,6 +79,45 @@ namespace {
     }
 }
 
+[[gnu::always_inline]] inline void find_bins(const double* __restrict values, double shift, std::int64_t lastBin,
+                                             std::int64_t* __restrict bins, double* __restrict offsets,
+                                             std::size_t count) {
+    constexpr std::uint64_t kFraction = 0x000FFFFFFFFFFFFFU;
+    constexpr std::uint64_t kOne = 0x3FF0000000000000U;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto bits = std::bit_cast<std::uint64_t>(values[i] + shift);
+        const auto bin = static_cast<std::int64_t>(bits >> (52 - kBinBits));
+        bins[i] = bin < lastBin ? bin : lastBin;
+        // What the leading bits leave over, as a number in [1, 2).
+        const double rest = std::bit_cast<double>(((bits << kBinBits) & kFraction) | kOne);
+        offsets[i] = 2.0 * rest - 3.0;
+    }
+}
+
+[[gnu::always_inline]] inline void add_moments(const std::int64_t* __restrict bins, const double* __restrict offsets,
+                                               const double* __restrict weights, std::int64_t firstBin,
+                                               double* __restrict moments, std::size_t count) {
+    static_assert(kMomentOrders == 8);
+    for (std::size_t i = 0; i < count; ++i) {
+        double* sums = moments + static_cast<std::size_t>(bins[i] - firstBin) * kMomentOrders;
+        const double z = offsets[i];
+        const double square = z * z;
+        const double fourth = square * square;
+        const double w = weights[i];
+        const double powers[4] = {w, w * z, w * square, w * (z * square)};
+        for (std::size_t k = 0; k < 4; ++k) sums[k] += powers[k];
+        for (std::size_t k = 0; k < 4; ++k) sums[k + 4] += powers[k] * fourth;
+    }
+}
+
+[[gnu::always_inline]] inline void spread(double* __restrict cells, std::size_t stride, const double* __restrict rows,
+                                          const double* __restrict columns) {
+    for (std::size_t r = 0; r < kSpreadWidth; ++r) {
+        double* __restrict row = cells + r * stride;
+        for (std::size_t c = 0; c < kSpreadWidth; ++c) row[c] += rows[r] * columns[c];
+    }
+}
+
 void exponentials_portable(double* values, std::size_t count) {
     exponentials(values, count);
 }
@@ -96,6 +135,28 @@ void squared_distances_portable(double x, double y, const double* xs, const doub
                                 std::size_t count) {
     squared_distances(x, y, xs, ys, squares, count);
 }
+
+void find_bins_portable(const double* values, double shift, std::int64_t lastBin, std::int64_t* bins, double* offsets,
+                        std::size_t count) {
+    find_bins(values, shift, lastBin, bins, offsets, count);
+}
+
+void add_moments_portable(const std::int64_t* bins, const double* offsets, const double* weights, std::int64_t firstBin,
+                          double* moments, std::size_t count) {
+    add_moments(bins, offsets, weights, firstBin, moments, count);
+}
+
+void spread_portable(double* cells, std::size_t stride, const double* rows, const double* columns) {
+    spread(cells, stride, rows, columns);
+}
+
+constexpr VectorMath kPortable = {.Exponentials = exponentials_portable,
+                                  .AddRanks = add_ranks_portable,
+                                  .AddRank = add_rank_portable,
+                                  .SquaredDistances = squared_distances_portable,
+                                  .FindBins = find_bins_portable,
+                                  .AddMoments = add_moments_portable,
+                                  .Spread = spread_portable};
 
 #if defined(__x86_64__)
 
@@ -119,16 +180,35 @@ __attribute__((target("avx2"))) void squared_distances_avx2(double x, double y, 
     squared_distances(x, y, xs, ys, squares, count);
 }
 
+__attribute__((target("avx2"))) void find_bins_avx2(const double* values, double shift, std::int64_t lastBin,
+                                                    std::int64_t* bins, double* offsets, std::size_t count) {
+    find_bins(values, shift, lastBin, bins, offsets, count);
+}
+
+__attribute__((target("avx2"))) void add_moments_avx2(const std::int64_t* bins, const double* offsets,
+                                                      const double* weights, std::int64_t firstBin, double* moments,
+                                                      std::size_t count) {
+    add_moments(bins, offsets, weights, firstBin, moments, count);
+}
+
+__attribute__((target("avx2"))) void spread_avx2(double* cells, std::size_t stride, const double* rows,
+                                                 const double* columns) {
+    spread(cells, stride, rows, columns);
+}
+
+constexpr VectorMath kAvx2 = {.Exponentials = exponentials_avx2,
+                              .AddRanks = add_ranks_avx2,
+                              .AddRank = add_rank_avx2,
+                              .SquaredDistances = squared_distances_avx2,
+                              .FindBins = find_bins_avx2,
+                              .AddMoments = add_moments_avx2,
+                              .Spread = spread_avx2};
+
 bool has_avx2() {
     return __builtin_cpu_supports("avx2") != 0;
 }
 
-constexpr VectorMath kAvx2 = {exponentials_avx2, add_ranks_avx2, add_rank_avx2, squared_distances_avx2};
-
 #endif
-
-constexpr VectorMath kPortable = {exponentials_portable, add_ranks_portable, add_rank_portable,
-                                  squared_distances_portable};
 
 }  // namespace
 
