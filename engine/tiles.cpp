@@ -14,6 +14,7 @@ using Place = std::pair<std::int64_t, std::int64_t>;
 struct Placed {
     Place Square;
     platform::Point Position;
+    std::size_t Index;
 };
 
 std::vector<Placed> placed_by_square(std::span<const platform::Point> points, double side) {
@@ -24,7 +25,7 @@ std::vector<Placed> placed_by_square(std::span<const platform::Point> points, do
     for (const platform::Point& point : points) {
         const auto row = static_cast<std::int64_t>(std::floor((point.Y - extent.YMin) / side));
         const auto column = static_cast<std::int64_t>(std::floor((point.X - extent.XMin) / side));
-        placed.push_back({{row, column}, point});
+        placed.push_back({{row, column}, point, placed.size()});
     }
     std::stable_sort(placed.begin(), placed.end(),
                      [](const Placed& a, const Placed& b) { return a.Square < b.Square; });
@@ -55,10 +56,12 @@ void for_each_tile(std::span<const platform::Point> points, double side, double 
     for (std::size_t first = 0; first < placed.size();) {
         const Place square = placed[first].Square;
         tile.Owners.clear();
+        tile.Indexes.clear();
         tile.Margin.clear();
         platform::Extent extent;
         for (; first < placed.size() && placed[first].Square == square; ++first) {
             tile.Owners.push_back(placed[first].Position);
+            tile.Indexes.push_back(placed[first].Index);
             extent.Include(placed[first].Position);
         }
         const platform::Extent reached{extent.XMin - reach, extent.YMin - reach, extent.XMax + reach,

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/values.h"
 
+#include <cstddef>
 #include <functional>
 #include <span>
 #include <vector>
@@ -10,6 +11,7 @@ namespace wxl::engine {
 /// A square of the plane with the points in it and those around it.
 struct Tile {
     std::vector<platform::Point> Owners;  ///< in the square; each point has one owner tile
+    std::vector<std::size_t> Indexes;     ///< of the owners, in the whole sample
     std::vector<platform::Point> Margin;  ///< outside it, within reach of the owners' bounding box
 };
 

@@ -6,14 +6,15 @@
 namespace wxl::engine {
 namespace {
 
-/// exp by reduction to |r| <= ln 2 / 2 (ln 2 in two parts, Cody and Waite 1980) and the series to degree 13, whose rest
-/// is below 1E-17. Branch-free, so that loops over it are vectorised.
+constexpr double kLowestExponent = -708.0;
+
+/// exp for x in [-708, 700] by reduction to |r| <= ln 2 / 2 (ln 2 in two parts, Cody and Waite 1980) and the series to
+/// degree 13, whose rest is below 1E-17.
 [[gnu::always_inline]] inline double exponential(double x) {
     constexpr double kRounder = 0x1.8p52;
-    const double clamped = x < -708.0 ? -708.0 : x;
-    const double shifted = clamped * 1.4426950408889634 + kRounder;
+    const double shifted = x * 1.4426950408889634 + kRounder;
     const double whole = shifted - kRounder;
-    const double r = (clamped - whole * 0x1.62e42fee00000p-1) - whole * 0x1.a39ef35793c76p-33;
+    const double r = (x - whole * 0x1.62e42fee00000p-1) - whole * 0x1.a39ef35793c76p-33;
     double series = 1.0 / 6227020800.0;
     series = series * r + 1.0 / 479001600.0;
     series = series * r + 1.0 / 39916800.0;
@@ -30,12 +31,21 @@ namespace {
     series = series * r + 1.0;
     // The low bits of `shifted` hold the whole number; moved to the exponent field they multiply by its power of two.
     const std::uint64_t power = std::bit_cast<std::uint64_t>(shifted) << 52;
-    const double result = std::bit_cast<double>(std::bit_cast<std::uint64_t>(series) + power);
-    return x < -708.0 ? 0.0 : result;
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(series) + power);
 }
 
+/// Three loops over a block that stays in cache: as one, the lower bound would become a branch and nothing would be
+/// vectorised.
 [[gnu::always_inline]] inline void exponentials(double* __restrict values, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) values[i] = exponential(values[i]);
+    constexpr std::size_t kBlock = 512;
+    constexpr double kVanished = 4e-308;
+    for (std::size_t first = 0; first < count; first += kBlock) {
+        double* __restrict block = values + first;
+        const std::size_t size = count - first < kBlock ? count - first : kBlock;
+        for (std::size_t i = 0; i < size; ++i) block[i] = block[i] < kLowestExponent ? kLowestExponent : block[i];
+        for (std::size_t i = 0; i < size; ++i) block[i] = exponential(block[i]);
+        for (std::size_t i = 0; i < size; ++i) block[i] = block[i] < kVanished ? 0.0 : block[i];
+    }
 }
 
 [[gnu::always_inline]] inline void add_ranks(double* __restrict row, const double* __restrict columns,
