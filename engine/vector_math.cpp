@@ -38,7 +38,7 @@ constexpr double kLowestExponent = -708.0;
 /// vectorised.
 [[gnu::always_inline]] inline void exponentials(double* __restrict values, std::size_t count) {
     constexpr std::size_t kBlock = 512;
-    constexpr double kVanished = 4e-308;
+    constexpr double kVanished = 3.3076e-308;  // exp(kLowestExponent) and a little
     for (std::size_t first = 0; first < count; first += kBlock) {
         double* __restrict block = values + first;
         const std::size_t size = count - first < kBlock ? count - first : kBlock;

@@ -56,7 +56,7 @@ TEST(SearchDifferential, Small_hostile_samples) {
 }
 
 TEST(SearchDifferential, Larger_hostile_samples) {
-    for (const auto& sample : tests::hostile_samples(500)) expect_same_default_search(sample);
+    for (const auto& sample : tests::hostile_samples(330)) expect_same_default_search(sample);
 }
 
 TEST(SearchDifferential, Two_and_three_fixes) {
