@@ -9,6 +9,7 @@
 #include <fmt/ranges.h>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace wxl::files {
 
@@ -18,7 +19,7 @@ using Names = std::span<const std::string_view>;
 
 // Names without their punctuation and in small letters, the surest first: "location-long", "location.long",
 // "location_long" and "locationLong" are all "locationlong".
-constexpr std::array<std::string_view, 13> kId = {"individuallocalidentifier",
+constexpr std::array<std::string_view, 14> kId = {"individuallocalidentifier",
                                                   "organismid",
                                                   "individualid",
                                                   "animalid",
@@ -29,6 +30,7 @@ constexpr std::array<std::string_view, 13> kId = {"individuallocalidentifier",
                                                   "organismname",
                                                   "name",
                                                   "taglocalidentifier",
+                                                  "taglocal",
                                                   "tagid",
                                                   "id"};
 constexpr std::array<std::string_view, 10> kX = {
@@ -53,7 +55,7 @@ std::string bare_name(std::string_view name) {
 
 class Header {
 public:
-    Header(const std::vector<std::string>& names, const std::string& file) : m_names(names), m_file(file) {
+    Header(const std::vector<std::string>& names, std::string file) : m_names(names), m_file(std::move(file)) {
         for (const std::string& name : names) m_bare.push_back(bare_name(name));
     }
 
@@ -96,7 +98,7 @@ private:
     }
 
     const std::vector<std::string>& m_names;
-    const std::string& m_file;
+    std::string m_file;
     std::vector<std::string> m_bare;
 };
 
@@ -143,6 +145,10 @@ TrackingLayout find_tracking_columns(const std::vector<std::string>& header, con
     for (const std::string_view name : kOutlier)
         if (const auto found = columns.FindBare(name)) layout.Outlier.push_back(*found);
     return layout;
+}
+
+std::optional<std::size_t> find_animal_column(const std::vector<std::string>& names) {
+    return Header(names, "").FindFirst(kId);
 }
 
 }  // namespace wxl::files

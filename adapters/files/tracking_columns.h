@@ -22,4 +22,7 @@ struct TrackingLayout {
 TrackingLayout find_tracking_columns(const std::vector<std::string>& header, const TrackingColumns& wanted,
                                      const std::string& file);
 
+/// The column or field that looks like the animal's name, also where the name was cut to the 10 bytes of a shapefile.
+std::optional<std::size_t> find_animal_column(const std::vector<std::string>& names);
+
 }  // namespace wxl::files

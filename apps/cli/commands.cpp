@@ -1,5 +1,11 @@
 #include "apps/cli/commands.h"
 
+#include "apps/cli/commands/bandwidth.h"
+#include "apps/cli/commands/import.h"
+#include "apps/cli/commands/info.h"
+#include "apps/cli/commands/manual.h"
+#include "apps/cli/commands/stats.h"
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
@@ -20,8 +26,15 @@ void add(std::vector<Command>& commands, CLI::App& program, const std::string& n
 
 }  // namespace
 
-std::vector<Command> register_commands([[maybe_unused]] CLI::App& program) {
+std::vector<Command> register_commands(CLI::App& program) {
     std::vector<Command> commands;
+    add(commands, program, "import", "Turn a tracking CSV into a point shapefile", register_import, run_import);
+    add(commands, program, "info", "Tell what a point layer holds", register_info, run_info);
+    add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
+    add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
+        run_stats);
+    add(commands, program, "man", "Print a manual page", register_man, run_man);
+    add(commands, program, "completion", "Print a completion script", register_completion, run_completion);
     return commands;
 }
 

@@ -66,6 +66,11 @@ std::string with_line_feeds(std::string_view text) {
     return lines;
 }
 
+bool is_fault_report(const platform::MessageBox& box) {
+    return box.Title == "Error" || box.Sign == platform::Icon::kCritical ||
+           box.Text.find("Error number: ") != std::string::npos;
+}
+
 std::string option_that_answers(const platform::MessageBox& box) {
     const auto topic =
         std::find_if(kTopics.begin(), kTopics.end(), [&](const auto& pair) { return pair.second == box.About; });
@@ -98,6 +103,7 @@ ConsoleMessages::ConsoleMessages(Console& console, Answers answers)
     : m_console(console), m_answers(std::move(answers)) {}
 
 Answer ConsoleMessages::Show(const platform::MessageBox& box) {
+    if (is_fault_report(box)) ++m_faults;
     const bool question = box.Choice != Buttons::kOk;
     if (m_stopped && question) throw QuestionUnanswered();
     if (m_stopped) return Answer::kOk;

@@ -44,10 +44,15 @@ public:
     /// Whether an unanswered question stopped the run: the command must then end with exit code 1.
     bool Stopped() const { return m_stopped; }
 
+    /// How many boxes reported a fault: a title "Error", or a handler's "... Error number: N". A command whose work
+    /// ended in such a box has failed.
+    int Faults() const { return m_faults; }
+
 private:
     Console& m_console;
     Answers m_answers;
     bool m_stopped = false;
+    int m_faults = 0;
 };
 
 /// The host of a run without a window: nothing to repaint, status texts are not shown. After an unanswered question

@@ -12,6 +12,19 @@ namespace wxl::cli {
 
 namespace {
 
+constexpr const char* kFooter =
+    "A tracking table becomes a point shapefile in metres by wxl import. Every other\n"
+    "command reads any point layer in projected coordinates, given as FILE, or as\n"
+    "FILE:LAYER where a file holds several layers.\n"
+    "\n"
+    "Results go to standard output, progress and messages to standard error. Nothing\n"
+    "is overwritten unless --overwrite is given.\n"
+    "\n"
+    "Examples:\n"
+    "\n"
+    "  wxl import wolves.csv wolves.shp\n"
+    "  wxl info wolves.shp";
+
 void print_lines(const std::string& text, Console& console, void (Console::*print)(std::string_view)) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) (console.*print)(line);
@@ -30,7 +43,7 @@ int tell_parse_end(const CLI::App& program, const CLI::ParseError& end, Console&
 int run_parsed(const std::vector<Command>& commands, Console& console) {
     const auto chosen =
         std::find_if(commands.begin(), commands.end(), [](const Command& command) { return command.Parser->parsed(); });
-    if (chosen == commands.end()) throw WrongCall("no command given");
+    if (chosen == commands.end()) throw WrongCall("name a command; wxl --help lists them");
     return chosen->Run(console);
 }
 
@@ -39,9 +52,10 @@ int run_guarded(std::vector<std::string> arguments, Console& console) {
     bool quiet = false;
     program.set_version_flag("--version", "wxl " WXL_VERSION, "Print the program's version and exit");
     program.add_flag("-q,--quiet", quiet, "No progress and no notes on standard error; problems are still told");
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
     program.fallthrough();
     const std::vector<Command> commands = register_commands(program);
+    program.footer(kFooter);  // after the commands, which would inherit it
     try {
         std::reverse(arguments.begin(), arguments.end());
         program.parse(std::move(arguments));

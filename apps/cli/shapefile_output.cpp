@@ -42,7 +42,8 @@ ShapefileOutput::ShapefileOutput(const std::string& path, bool overwrite)
     if (!platform::EqualNoCase(fs::path(path).extension().string(), ".shp"))
         throw WrongCall(path + ": the output is a shapefile, its name must end in .shp");
     if (!files::DiskFileSystem().FolderExists(m_folder))
-        platform::Raise(error_number::kPathNotFound, fmt::format("{}: there is no such folder; make it first", m_folder.string()));
+        platform::Raise(error_number::kPathNotFound,
+                        fmt::format("{}: there is no such folder; make it first", m_folder.string()));
     if (IsTaken() && !overwrite)
         platform::Raise(error_number::kFileExists, path + " exists: choose another name, or give --overwrite");
 }
@@ -65,7 +66,9 @@ void ShapefileOutput::WriteInto(const fs::path& folder, const platform::FeatureC
     workspace.Publish(created);
 }
 
-bool ShapefileOutput::IsTaken() const { return files::DiskFileSystem().FileExists(m_folder / (m_name + ".shp")); }
+bool ShapefileOutput::IsTaken() const {
+    return files::DiskFileSystem().FileExists(m_folder / (m_name + ".shp"));
+}
 
 /// Moves a whole shapefile over the old one: the old one goes first, so that its side files never stand beside the new
 /// one's.

@@ -8,8 +8,8 @@
 
 namespace wxl::cli {
 
-/// A shapefile that a command is asked to write, "FOLDER/NAME.shp". Nothing stands under that name until all is on disk,
-/// and an old shapefile is replaced only by a whole new one.
+/// A shapefile that a command is asked to write, "FOLDER/NAME.shp". Nothing stands under that name until all is on
+/// disk, and an old shapefile is replaced only by a whole new one.
 class ShapefileOutput {
 public:
     /// WrongCall when the name does not end in .shp; RuntimeError 76 when the folder is missing, 58 when the shapefile

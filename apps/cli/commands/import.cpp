@@ -36,11 +36,14 @@ std::string check_crs(const std::string& text) {
     return digits ? "" : fmt::format("\"{}\" is no code like EPSG:32633", text);
 }
 
-std::string check_target_crs(const std::string& text) { return text == "auto" ? "" : check_crs(text); }
+std::string check_target_crs(const std::string& text) {
+    return text == "auto" ? "" : check_crs(text);
+}
 
 Tracking read_input(const ImportOptions& options, Console& console) {
     std::error_code ignored;
-    if (!fs::exists(options.Input, ignored)) Raise(error_number::kFileNotFound, options.Input + ": there is no such file");
+    if (!fs::exists(options.Input, ignored))
+        Raise(error_number::kFileNotFound, options.Input + ": there is no such file");
     if (fs::is_directory(options.Input, ignored))
         Raise(error_number::kFileNotFound, options.Input + " is a folder: name the CSV file in it");
     std::ifstream source(options.Input, std::ios::binary);
@@ -49,8 +52,8 @@ Tracking read_input(const ImportOptions& options, Console& console) {
     const auto size = fs::file_size(options.Input, ignored);
     const double bytes = ignored ? 0.0 : static_cast<double>(size);
     files::CsvReader reader(source, options.Input);
-    Tracking tracking = files::read_tracking(
-        reader, {options.Id, options.X, options.Y, options.Time}, [&](std::uint64_t position) {
+    Tracking tracking =
+        files::read_tracking(reader, {options.Id, options.X, options.Y, options.Time}, [&](std::uint64_t position) {
             if (bytes > 0.0) console.Progress(static_cast<double>(position) / bytes, "reading " + options.Input);
         });
     console.EndProgress();
@@ -67,8 +70,8 @@ SpatialReference reference_of(const std::string& code, const std::string& option
 }
 
 [[noreturn]] void refuse_position(const ImportOptions& options, const TrackingFix& fix, const std::string& what) {
-    Raise(error_number::kTypeMismatch, fmt::format("{}, line {}: the position {}, {} {}", options.Input, fix.Line, fix.X,
-                                                   fix.Y, what));
+    Raise(error_number::kTypeMismatch,
+          fmt::format("{}, line {}: the position {}, {} {}", options.Input, fix.Line, fix.X, fix.Y, what));
 }
 
 void check_degrees(const ImportOptions& options, const Tracking& tracking) {
@@ -107,32 +110,40 @@ struct Target {
     std::string Code;
 };
 
-Target choose_target(const ImportOptions& options, const SpatialReference& from, const std::vector<Point>& points,
+/// The coordinate systems asked for.
+struct Request {
+    Target From;
+    std::optional<Target> To;  ///< none: to be chosen by the positions
+};
+
+Request resolve(const ImportOptions& options) {
+    Request request{{reference_of(options.FromCrs, "--from-crs"), options.FromCrs}, std::nullopt};
+    if (options.ToCrs != "auto") request.To = Target{reference_of(options.ToCrs, "--to-crs"), options.ToCrs};
+    return request;
+}
+
+Target choose_target(const ImportOptions& options, const Request& request, const std::vector<Point>& points,
                      Console& console) {
-    if (options.ToCrs != "auto") return {reference_of(options.ToCrs, "--to-crs"), options.ToCrs};
-    if (!from.IsGeographic) return {from, options.FromCrs};
+    if (request.To) return *request.To;
+    if (!request.From.Reference.IsGeographic) return request.From;
     const auto zone = files::utm_zone_of(files::median_position(points));
     if (!zone)
         Raise(error_number::kInvalidCall,
-              options.Input + ": the median position lies near a pole, where there is no UTM zone; choose a projection by "
-                              "--to-crs EPSG:n");
+              options.Input +
+                  ": the median position lies near a pole, where there is no UTM zone; choose a projection by "
+                  "--to-crs EPSG:n");
     note_far_fixes(points, *zone, console);
     return {reference_of(zone->Code(), "--to-crs"), zone->Code()};
 }
 
-/// The positions in the coordinate system of the output.
-std::vector<Point> project_fixes(const ImportOptions& options, const Tracking& tracking, Console& console,
-                                 Target& target) {
-    const SpatialReference from = reference_of(options.FromCrs, "--from-crs");
-    if (from.IsGeographic) check_degrees(options, tracking);
-    std::vector<Point> points = positions(tracking);
-    target = choose_target(options, from, points, console);
-    if (target.Reference == from) return points;
-    if (const auto failed = files::project(points, from, target.Reference))
-        refuse_position(options, tracking.Fixes[*failed],
-                        fmt::format("cannot be projected to {}; correct it, or choose another projection by --to-crs",
-                                    target.Reference.Name));
-    return points;
+/// Projects the positions of the fixes in place.
+void project_fixes(const ImportOptions& options, const Tracking& tracking, const SpatialReference& from,
+                   const SpatialReference& to, std::vector<Point>& points) {
+    if (to == from) return;
+    if (const auto failed = files::project(points, from, to))
+        refuse_position(
+            options, tracking.Fixes[*failed],
+            fmt::format("cannot be projected to {}; correct it, or choose another projection by --to-crs", to.Name));
 }
 
 std::vector<platform::Field> fields_of(const Tracking& tracking) {
@@ -193,21 +204,43 @@ void register_import(CLI::App& command, ImportOptions& options) {
         ->check(check_crs)
         ->capture_default_str();
     command
-        .add_option("--to-crs", options.ToCrs,
-                    "Coordinate system of the shapefile; auto: the UTM zone of the median position for degrees, else that "
-                    "of the file")
+        .add_option(
+            "--to-crs", options.ToCrs,
+            "Coordinate system of the shapefile; auto: the UTM zone of the median position for degrees, else that "
+            "of the file")
         ->type_name("auto|EPSG:n")
         ->check(check_target_crs)
         ->capture_default_str();
     command.add_flag("--overwrite", options.Overwrite, "Replace a shapefile of that name");
+    command.footer(
+        "Turns a table of fixes into a point shapefile for the other commands, sorted by\n"
+        "animal and time, with the fields animal (text), Time2 (whole seconds since\n"
+        "1970-01-01 UTC), Date and Time1 (UTC).\n"
+        "\n"
+        "Columns are found by the names that Movebank, Darwin Core and most people give\n"
+        "them, in any case and with any punctuation; options name others. Cells are\n"
+        "separated by commas, semicolons or tabs. Rows that are not visible, are marked as\n"
+        "outliers, or have no position or no animal are left out and counted on standard\n"
+        "error. A fix whose time is empty is kept, after the others of its animal; a time\n"
+        "that cannot be read is an error. Times without an offset are UTC.\n"
+        "\n"
+        "Positions in degrees are projected to the UTM zone (WGS 84) of their median.\n"
+        "\n"
+        "Examples:\n"
+        "\n"
+        "  wxl import wolves.csv wolves.shp\n"
+        "  wxl import relocs.csv relocs.shp --id wolf --x east --y north --from-crs EPSG:25833");
 }
 
 int run_import(const ImportOptions& options, Console& console) {
     const ShapefileOutput output(options.Output, options.Overwrite);
+    const Request request = resolve(options);
     const Tracking tracking = read_input(options, console);
     tell_choices(tracking, console);
-    Target target;
-    const std::vector<Point> points = project_fixes(options, tracking, console, target);
+    if (request.From.Reference.IsGeographic) check_degrees(options, tracking);
+    std::vector<Point> points = positions(tracking);
+    const Target target = choose_target(options, request, points, console);
+    project_fixes(options, tracking, request.From.Reference, target.Reference, points);
     output.Write(platform::ShapeType::kPoint, fields_of(tracking), target.Reference,
                  [&](platform::IInsertCursor& cursor) { insert_fixes(tracking, points, cursor); });
     console.Result(fmt::format("{}: {} of {}, {} ({})", options.Output, counted(points.size(), "fix"),

@@ -13,7 +13,7 @@ namespace wxl::cli {
 struct ImportOptions {
     std::string Input;
     std::string Output;
-    std::string Id;    ///< column names; empty: found by their usual names
+    std::string Id;  ///< column names; empty: found by their usual names
     std::string X;
     std::string Y;
     std::string Time;

@@ -23,7 +23,7 @@ TEST(Program, Call_without_a_command_is_wrong) {
     const Ran ran = run_wxl({});
     EXPECT_EQ(ran.Code, 2);
     EXPECT_EQ(ran.Out, "");
-    EXPECT_EQ(ran.Err, "A subcommand is required\nRun with --help for more information.\n");
+    EXPECT_EQ(ran.Err, "wxl: name a command; wxl --help lists them\n");
 }
 
 TEST(Program, Unknown_command_is_a_wrong_call) {

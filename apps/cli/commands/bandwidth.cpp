@@ -1,0 +1,192 @@
+#include "apps/cli/commands/bandwidth.h"
+
+#include "apps/cli/console_messages.h"
+#include "apps/cli/json_values.h"
+#include "apps/cli/text_output.h"
+#include "engine/clsKernelCalculator.h"
+#include "kde_tool/animal_fixes.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <optional>
+#include <vector>
+
+namespace wxl::cli {
+
+namespace {
+
+using platform::NumberText;
+
+/// What was found for one animal, in units of the searched sample unless it says otherwise.
+struct AnimalBandwidth {
+    platform::FieldValue Id;
+    std::size_t Count = 0;
+    std::optional<double> Bandwidth;
+    std::optional<double> MapUnits;
+    std::optional<double> Href;
+    bool Searched = false;
+    bool Minimised = false;
+    engine::SearchProfile Profile;  ///< without the rows that the search did not reach
+    std::string Warnings;
+};
+
+std::optional<double> if_positive(double value) {
+    return value > 0.0 && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+engine::SearchProfile reached_rows(engine::SearchProfile profile) {
+    while (!profile.empty() && profile.back() == engine::ProfileRow{}) profile.pop_back();
+    return profile;
+}
+
+AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
+                             ConsoleMessages& messages) {
+    engine::clsKernelCalculator calculator(messages);
+    calculator.SetInputCoords(animal.Fixes);
+    calculator.SetEnforceUnitVariance(options.Rescale);
+    if (options.Method == "lscv") {
+        calculator.CalculateLSCV();
+    } else if (options.Method == "bcv") {
+        calculator.CalculateBCV();
+    } else {
+        calculator.CalculateHREF();
+    }
+    AnimalBandwidth found;
+    found.Id = animal.Id;
+    found.Count = animal.Fixes.size();
+    found.Href = if_positive(calculator.GetHREF());
+    if (!found.Href) return found;
+    found.Bandwidth = if_positive(calculator.GetBandwidth());
+    found.MapUnits = if_positive(calculator.GetScaledBandwidth());
+    found.Searched = calculator.HasLSCVProfile;
+    found.Minimised = calculator.LSCVMinimized;
+    found.Profile = reached_rows(calculator.GetLSCVProfile().value_or(engine::SearchProfile{}));
+    found.Warnings = calculator.WarningMessages();
+    return found;
+}
+
+std::vector<AnimalBandwidth> find_bandwidths(const BandwidthOptions& options, Console& console) {
+    const auto layer = open_measured_point_layer(options.Points);
+    const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
+    const kde_tool::GroupedFixes groups = kde_tool::GroupFixes(*layer, idField, false);
+    ConsoleMessages messages(console, {});
+    std::vector<AnimalBandwidth> found;
+    for (const kde_tool::AnimalFixes& animal : groups.Animals) {
+        console.Progress(static_cast<double>(found.size()) / static_cast<double>(groups.Animals.size()),
+                         platform::ValueText(animal.Id));
+        found.push_back(bandwidth_of(animal, options, messages));
+    }
+    console.EndProgress();
+    return found;
+}
+
+void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console) {
+    for (const AnimalBandwidth& animal : animals) {
+        const std::string id = platform::ValueText(animal.Id);
+        if (!animal.Bandwidth)
+            console.Problem(
+                fmt::format("{}: no bandwidth, because its {} fixes are too few or have no spread", id, animal.Count));
+        for (const std::string& warning : platform::Split(animal.Warnings, '\r'))
+            if (!warning.empty()) console.Problem(fmt::format("{}: {}", id, warning));
+    }
+}
+
+const engine::ProfileRow* smallest(const engine::SearchProfile& profile) {
+    const auto found = std::min_element(profile.begin(), profile.end(),
+                                        [](const auto& a, const auto& b) { return a.Score < b.Score; });
+    return found == profile.end() ? nullptr : &*found;
+}
+
+Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions& options) {
+    Json json = Json::array();
+    for (const AnimalBandwidth& animal : animals) {
+        Json one{{"id", json_value(animal.Id)},
+                 {"n", animal.Count},
+                 {"method", options.Method},
+                 {"bandwidth", json_number(animal.Bandwidth)}};
+        if (options.Rescale) one["bandwidth_map_units"] = json_number(animal.MapUnits);
+        one["href"] = json_number(animal.Href);
+        one["minimised"] = animal.Searched ? Json(animal.Minimised) : Json(nullptr);
+        const engine::ProfileRow* minimum = smallest(animal.Profile);
+        one["minimum"] = minimum == nullptr
+                             ? Json(nullptr)
+                             : Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}};
+        json.push_back(std::move(one));
+    }
+    return json;
+}
+
+std::string text_of(const std::optional<double>& value) {
+    return value ? NumberText(*value) : "";
+}
+
+TextTable table_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions& options) {
+    TextTable table{{"id", "n", "bandwidth", "href"}, {}};
+    if (options.Rescale) table.Columns.push_back("bandwidth_map_units");
+    const bool searches = options.Method != "href";
+    if (searches) table.Columns.push_back("minimised");
+    for (const AnimalBandwidth& animal : animals) {
+        std::vector<std::string> row{platform::ValueText(animal.Id), std::to_string(animal.Count),
+                                     text_of(animal.Bandwidth), text_of(animal.Href)};
+        if (options.Rescale) row.push_back(text_of(animal.MapUnits));
+        if (searches) row.push_back(!animal.Searched ? "" : animal.Minimised ? "yes" : "no");
+        table.Rows.push_back(std::move(row));
+    }
+    return table;
+}
+
+TextTable profile_of(const std::vector<AnimalBandwidth>& animals) {
+    TextTable table{{"id", "h", "score"}, {}};
+    for (const AnimalBandwidth& animal : animals)
+        for (const engine::ProfileRow& row : animal.Profile)
+            table.Rows.push_back({platform::ValueText(animal.Id), NumberText(row.Bandwidth), NumberText(row.Score)});
+    return table;
+}
+
+}  // namespace
+
+void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
+    add_measured_input_options(command, options.Points);
+    command.add_option("--id-field", options.IdField, "Field that names the animal")->type_name("FIELD")->required();
+    command.add_option("--method", options.Method, "href (reference rule), lscv or bcv (cross-validation searches)")
+        ->type_name("METHOD")
+        ->required()
+        ->check(CLI::IsMember({"href", "lscv", "bcv"}));
+    command.add_flag("--rescale", options.Rescale,
+                     "Rescale each animal's fixes to unit variance first; bandwidths are then in those units");
+    command.add_option("--profile", options.Profile, "Write the scores of the search as CSV (id, h, score)")
+        ->type_name("OUT.csv");
+    command.add_flag("--overwrite", options.Overwrite, "Replace a file of that name");
+    command.add_flag("--json", options.Json, "Print one JSON array");
+    command.footer(
+        "Finds the bandwidth that wxl kde would use for each animal, without computing a\n"
+        "density. Where a search finds no minimum inside its range (0.05 to 2 times the\n"
+        "reference bandwidth for lscv, to 3 times for bcv), the reference bandwidth is\n"
+        "used and standard error says so.\n"
+        "\n"
+        "Example:\n"
+        "\n"
+        "  wxl bandwidth wolves.shp --id-field animal --method lscv --profile scores.csv");
+}
+
+int run_bandwidth(const BandwidthOptions& options, Console& console) {
+    if (!options.Profile.empty() && options.Method == "href")
+        throw WrongCall("--profile needs --method lscv or bcv: the reference rule has no scores");
+    std::optional<TextOutput> profile;
+    if (!options.Profile.empty()) profile.emplace(options.Profile, options.Overwrite);
+    const std::vector<AnimalBandwidth> animals = find_bandwidths(options, console);
+    tell_problems(animals, console);
+    if (profile) profile->Write(csv_text(profile_of(animals)));
+    if (options.Json) {
+        console.Result(json_text(json_of(animals, options)));
+    } else {
+        print_table(table_of(animals, options), console);
+    }
+    const bool any = std::any_of(animals.begin(), animals.end(), [](const auto& a) { return a.Bandwidth.has_value(); });
+    return any ? exit_code::kDone : console.Fail(options.Points.Input + ": no animal has a bandwidth");
+}
+
+}  // namespace wxl::cli

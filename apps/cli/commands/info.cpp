@@ -1,0 +1,154 @@
+#include "apps/cli/commands/info.h"
+
+#include "adapters/files/tracking_columns.h"
+#include "apps/cli/json_values.h"
+#include "kde_tool/animal_fixes.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <optional>
+#include <vector>
+
+namespace wxl::cli {
+
+namespace {
+
+using platform::NumberText;
+
+/// What is told of a layer.
+struct LayerFacts {
+    std::string Layer;
+    std::int64_t Points = 0;
+    platform::Extent Bounds;
+    platform::SpatialReference Reference;
+    std::vector<platform::Field> Fields;
+    std::string IdField;  ///< empty: not known
+    kde_tool::GroupedFixes Groups;
+};
+
+std::string guess_id_field(const std::vector<platform::Field>& fields) {
+    std::vector<std::string> names;
+    for (const platform::Field& field : fields) names.push_back(field.Name);
+    const auto found = files::find_animal_column(names);
+    return found ? names[*found] : "";
+}
+
+LayerFacts facts_of(const InfoOptions& options) {
+    const auto layer = open_point_layer(options.Points);
+    platform::IFeatureClass& points = *layer->FeatureClass();
+    LayerFacts facts{
+        layer->Name(), points.FeatureCount(), points.Bounds(), points.Reference(), points.Table().Fields(), "", {}};
+    facts.IdField = options.IdField.empty() ? guess_id_field(facts.Fields)
+                                            : find_id_field(points.Table(), options.IdField, options.Points.Input);
+    if (!facts.IdField.empty()) facts.Groups = kde_tool::GroupFixes(*layer, facts.IdField, false);
+    return facts;
+}
+
+std::string type_name(platform::FieldType type) {
+    switch (type) {
+        case platform::FieldType::kInteger:
+            return "whole number";
+        case platform::FieldType::kDouble:
+            return "number";
+        case platform::FieldType::kText:
+            return "text";
+        case platform::FieldType::kDate:
+            return "date";
+        case platform::FieldType::kObjectId:
+            return "object ID";
+        case platform::FieldType::kGeometry:
+            return "geometry";
+    }
+    return "";
+}
+
+void tell_line(Console& console, std::string_view label, const std::string& text) {
+    console.Result(fmt::format("{:<9}{}", label, text));
+}
+
+std::string reference_text(const platform::SpatialReference& reference) {
+    if (reference.Name.empty()) return "unknown";
+    return reference.UnitName.empty() ? reference.Name : fmt::format("{} ({})", reference.Name, reference.UnitName);
+}
+
+std::string extent_text(const platform::Extent& extent) {
+    if (extent.IsEmpty()) return "none";
+    return fmt::format("x {} to {}, y {} to {}", NumberText(extent.XMin), NumberText(extent.XMax),
+                       NumberText(extent.YMin), NumberText(extent.YMax));
+}
+
+void tell_text(const LayerFacts& facts, Console& console) {
+    tell_line(console, "layer", facts.Layer);
+    tell_line(console, "points", std::to_string(facts.Points));
+    tell_line(console, "extent", extent_text(facts.Bounds));
+    tell_line(console, "crs", reference_text(facts.Reference));
+    std::vector<std::string> fields;
+    for (const platform::Field& field : facts.Fields)
+        fields.push_back(fmt::format("{} ({})", field.Name, type_name(field.Type)));
+    tell_line(console, "fields", fmt::format("{}", fmt::join(fields, ", ")));
+    if (facts.IdField.empty()) return;
+    tell_line(console, "animals", fmt::format("{} by {}", facts.Groups.Animals.size(), facts.IdField));
+    for (const kde_tool::AnimalFixes& animal : facts.Groups.Animals)
+        console.Result(fmt::format("  {}: {}", platform::ValueText(animal.Id), animal.Fixes.size()));
+}
+
+Json json_of(const LayerFacts& facts) {
+    Json json;
+    json["layer"] = facts.Layer;
+    json["points"] = facts.Points;
+    const platform::Extent& extent = facts.Bounds;
+    json["extent"] = extent.IsEmpty() ? Json(nullptr) : Json{extent.XMin, extent.YMin, extent.XMax, extent.YMax};
+    const platform::SpatialReference& crs = facts.Reference;
+    json["crs"] = crs.Name.empty() ? Json(nullptr)
+                                   : Json{{"name", crs.Name}, {"unit", crs.UnitName}, {"degrees", crs.IsGeographic}};
+    json["fields"] = Json::array();
+    for (const platform::Field& field : facts.Fields)
+        json["fields"].push_back({{"name", field.Name}, {"type", type_name(field.Type)}});
+    json["id_field"] = facts.IdField.empty() ? Json(nullptr) : Json(facts.IdField);
+    if (facts.IdField.empty()) {
+        json["animals"] = nullptr;
+        return json;
+    }
+    json["animals"] = Json::array();
+    for (const kde_tool::AnimalFixes& animal : facts.Groups.Animals)
+        json["animals"].push_back({{"id", json_value(animal.Id)}, {"n", animal.Fixes.size()}});
+    json["without_id"] = facts.Groups.WithoutId;
+    return json;
+}
+
+}  // namespace
+
+void register_info(CLI::App& command, InfoOptions& options) {
+    add_input_options(command, options.Points);
+    command
+        .add_option("--id-field", options.IdField, "Field that names the animal (default: found by its usual names)")
+        ->type_name("FIELD");
+    command.add_flag("--json", options.Json, "Print one JSON object");
+    command.footer(
+        "Tells how many points the layer holds, where they lie, in which coordinate\n"
+        "system, its fields, and each animal with the number of its fixes. Points without\n"
+        "a location count as points but not as fixes.\n"
+        "\n"
+        "Example:\n"
+        "\n"
+        "  wxl info wolves.shp --id-field animal");
+}
+
+int run_info(const InfoOptions& options, Console& console) {
+    const LayerFacts facts = facts_of(options);
+    if (facts.IdField.empty()) console.Note("the animals are not known: name their field by --id-field FIELD");
+    if (facts.Groups.WithoutId > 0)
+        console.Note(fmt::format("{} points name no animal in {}", facts.Groups.WithoutId, facts.IdField));
+    if (facts.Groups.NullGeometry) console.Note("some points have no location");
+    if (options.Json) {
+        console.Result(json_text(json_of(facts)));
+    } else {
+        tell_text(facts, console);
+    }
+    return exit_code::kDone;
+}
+
+}  // namespace wxl::cli

@@ -1,0 +1,70 @@
+#include "apps/cli/commands/manual.h"
+
+#include "adapters/files/disk_file_system.h"
+#include "apps/cli/manual.h"
+#include "platform/file_system.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <vector>
+
+namespace wxl::cli {
+
+namespace {
+
+void print(std::string text, Console& console) {
+    if (text.ends_with('\n')) text.pop_back();
+    console.Result(text);
+}
+
+std::vector<const CLI::App*> all_commands(const CLI::App& program) {
+    return program.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+}
+
+const CLI::App& find_command(const CLI::App& program, const std::string& name) {
+    if (name.empty()) return program;
+    for (const CLI::App* command : all_commands(program))
+        if (command->get_name() == name) return *command;
+    throw WrongCall("man: there is no command \"" + name + "\"");
+}
+
+void write_all(const CLI::App& program, const std::filesystem::path& folder) {
+    files::DiskFileSystem disk;
+    const auto write = [&](const CLI::App& command) {
+        platform::PublishFile(disk, folder / manual_file_name(program, command), manual_page(program, command));
+    };
+    write(program);
+    for (const CLI::App* command : all_commands(program)) write(*command);
+}
+
+}  // namespace
+
+void register_man(CLI::App& command, ManOptions& options) {
+    options.Program = command.get_parent();
+    command.group("");
+    command.add_option("COMMAND", options.Command, "Command whose page is printed; none: the program's page");
+    command.add_option("--all", options.Folder, "Write the pages of all commands into this folder")
+        ->type_name("FOLDER");
+}
+
+int run_man(const ManOptions& options, Console& console) {
+    if (!options.Folder.empty()) {
+        write_all(*options.Program, options.Folder);
+    } else {
+        print(manual_page(*options.Program, find_command(*options.Program, options.Command)), console);
+    }
+    return exit_code::kDone;
+}
+
+void register_completion(CLI::App& command, CompletionOptions& options) {
+    options.Program = command.get_parent();
+    command.group("");
+    command.add_option("SHELL", options.Shell, "bash")->required()->check(CLI::IsMember({"bash"}));
+}
+
+int run_completion(const CompletionOptions& options, Console& console) {
+    print(bash_completion(*options.Program), console);
+    return exit_code::kDone;
+}
+
+}  // namespace wxl::cli

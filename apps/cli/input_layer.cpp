@@ -1,0 +1,111 @@
+#include "apps/cli/input_layer.h"
+
+#include "adapters/files/projection.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <fstream>
+#include <string_view>
+#include <vector>
+
+namespace wxl::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace error_number = platform::error_number;
+using platform::EqualNoCase;
+using platform::Raise;
+
+/// The file of "PATH" or "PATH:LAYER".
+fs::path file_of(const std::string& input) {
+    std::error_code ignored;
+    if (fs::exists(input, ignored)) return input;
+    const std::size_t colon = input.rfind(':');
+    return colon == std::string::npos ? input : input.substr(0, colon);
+}
+
+/// Whether the file is a text that only says where the data are.
+bool leads_elsewhere(const fs::path& file) {
+    std::error_code ignored;
+    if (!fs::is_regular_file(file, ignored)) return false;
+    std::ifstream source(file, std::ios::binary);
+    std::array<char, 4096> start{};
+    source.read(start.data(), start.size());
+    const std::string_view text(start.data(), static_cast<std::size_t>(source.gcount()));
+    constexpr std::array<std::string_view, 8> kRoots = {"<OGRVRT",   "<VRTDataset", "<OGRWFS", "<OGCAPI",
+                                                        "<GDAL_WMS", "<GDAL_WMTS",  "<OGRCSW", "<OGRGMLAS"};
+    return std::any_of(kRoots.begin(), kRoots.end(),
+                       [&](std::string_view root) { return text.find(root) != std::string_view::npos; });
+}
+
+void refuse_indirect(const std::string& input) {
+    const fs::path file = file_of(input);
+    const bool indirect = input.rfind("/vsi", 0) == 0 || input.find("://") != std::string::npos ||
+                          EqualNoCase(file.extension().string(), ".vrt") || leads_elsewhere(file);
+    if (indirect)
+        Raise(error_number::kInvalidCall,
+              input + " leads to data elsewhere: name the file that holds them, or give --allow-indirect");
+}
+
+std::string degrees_advice(platform::IFeatureClass& points) {
+    const platform::Extent extent = points.Bounds();
+    const auto zone = extent.IsEmpty()
+                          ? std::nullopt
+                          : files::utm_zone_of({(extent.XMin + extent.XMax) / 2.0, (extent.YMin + extent.YMax) / 2.0});
+    if (!zone) return "wxl import projects a tracking table (--to-crs EPSG:n)";
+    return fmt::format("wxl import projects a tracking table to UTM zone {} ({})", zone->Name(), zone->Code());
+}
+
+}  // namespace
+
+void add_input_options(CLI::App& command, InputOptions& options) {
+    command.add_option("INPUT", options.Input, "Point layer: FILE, or FILE:LAYER where the file holds several")
+        ->required();
+    command.add_flag("--allow-indirect", options.AllowIndirect,
+                     "Read inputs that lead to data elsewhere (archives, addresses, virtual datasets)");
+}
+
+void add_measured_input_options(CLI::App& command, InputOptions& options) {
+    add_input_options(command, options);
+    command.add_flag("--degrees", options.Degrees, "Take a layer in degrees as it is: distances are then in degrees");
+}
+
+std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& options) {
+    if (!options.AllowIndirect) refuse_indirect(options.Input);
+    auto layer = files::OpenFeatureLayer(options.Input);
+    if (layer->FeatureClass()->Shape() != platform::ShapeType::kPoint)
+        Raise(error_number::kInvalidCall, options.Input + " holds no points: name a point layer");
+    return layer;
+}
+
+std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options) {
+    auto layer = open_point_layer(options);
+    platform::IFeatureClass& points = *layer->FeatureClass();
+    const platform::SpatialReference reference = points.Reference();
+    if (reference.IsGeographic && !options.Degrees)
+        Raise(
+            error_number::kInvalidCall,
+            fmt::format("{} is in degrees ({}), in which distances cannot be measured: project it first ({}), or give "
+                        "--degrees",
+                        options.Input, reference.Name, degrees_advice(points)));
+    return layer;
+}
+
+std::string find_id_field(platform::ITable& table, const std::string& wanted, const std::string& input) {
+    const std::vector<platform::Field> fields = table.Fields();
+    const int found = table.FindField(wanted);
+    if (found >= 0) return fields[static_cast<std::size_t>(found)].Name;
+    std::vector<std::string> names;
+    for (const platform::Field& field : fields) names.push_back(field.Name);
+    Raise(error_number::kSubscript,
+          fmt::format("{} has no field \"{}\"; its fields are: {}", input, wanted, fmt::join(names, ", ")));
+}
+
+}  // namespace wxl::cli

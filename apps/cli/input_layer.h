@@ -1,0 +1,38 @@
+#pragma once
+#include "adapters/files/files_map.h"
+#include "apps/cli/console.h"
+
+#include <memory>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace wxl::cli {
+
+/// The point layer that a command reads.
+struct InputOptions {
+    std::string Input;           ///< PATH or PATH:LAYER
+    bool AllowIndirect = false;  ///< sources that lead elsewhere may be read
+    bool Degrees = false;        ///< a layer in degrees is taken as it is
+};
+
+/// Gives `command` the argument INPUT and --allow-indirect.
+void add_input_options(CLI::App& command, InputOptions& options);
+
+/// The same and --degrees, for commands that measure distances.
+void add_measured_input_options(CLI::App& command, InputOptions& options);
+
+/// Opens the point layer. RuntimeError with advice: no such file or layer, several layers, no points, and, unless
+/// allowed, a source that leads elsewhere: a /vsi path, a URL, a virtual dataset.
+std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& options);
+
+/// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
+/// UTM zone of the layer and how to come to it.
+std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options);
+
+/// Name of the field of `table` found without regard to case. RuntimeError 9 that lists the fields when there is none.
+std::string find_id_field(platform::ITable& table, const std::string& wanted, const std::string& input);
+
+}  // namespace wxl::cli

@@ -1,0 +1,34 @@
+#pragma once
+#include "apps/cli/console.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wxl::cli {
+
+/// A text file that a command is asked to write. Nothing stands under its name until all of it is on disk.
+class TextOutput {
+public:
+    /// RuntimeError 76 when the folder is missing, 58 when the file exists and `overwrite` is false.
+    TextOutput(std::string path, bool overwrite);
+    void Write(std::string_view text) const;
+
+private:
+    std::string m_path;
+};
+
+/// Rows of text cells under column names.
+struct TextTable {
+    std::vector<std::string> Columns;
+    std::vector<std::vector<std::string>> Rows;  ///< as many cells as columns
+};
+
+/// Comma-separated text with a header row: LF line ends, quotes only where a cell needs them.
+std::string csv_text(const TextTable& table);
+
+/// Prints the table as results, columns two blanks apart, with "N/A" for an empty cell. The first column is aligned
+/// left, all others (numbers) right.
+void print_table(const TextTable& table, Console& console);
+
+}  // namespace wxl::cli

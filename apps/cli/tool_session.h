@@ -1,0 +1,63 @@
+#pragma once
+#include "adapters/files/contour_operation.h"
+#include "adapters/files/disk_file_system.h"
+#include "adapters/files/files_map.h"
+#include "adapters/files/folder_lock.h"
+#include "adapters/files/geos_operators.h"
+#include "adapters/files/raster_workspace.h"
+#include "adapters/files/shapefile_workspace.h"
+#include "apps/cli/console_messages.h"
+#include "platform/services.h"
+#include "utilities/Utilities.h"
+
+#include <memory>
+
+namespace wxl::cli {
+
+/// File dialogs of a run without a screen: always cancelled.
+class NoDialogs final : public platform::IFileDialogs {
+public:
+    std::optional<std::filesystem::path> OpenFile(const platform::FileDialog&) override { return std::nullopt; }
+    std::optional<std::filesystem::path> SaveFile(const platform::FileDialog&) override { return std::nullopt; }
+    std::optional<std::filesystem::path> ChooseFolder(const std::string&) override { return std::nullopt; }
+};
+
+/// What the tools need around them, over files on disk and the console: a document with one map, message boxes, and
+/// all services.
+class ToolSession {
+public:
+    ToolSession(Console& console, Answers answers);
+    ToolSession(const ToolSession&) = delete;
+    ToolSession& operator=(const ToolSession&) = delete;
+
+    /// Puts the layer into the map and highlights it.
+    void AddInput(const std::shared_ptr<files::FilesFeatureLayer>& layer);
+
+    const platform::Services& Services() const { return m_services; }
+    ConsoleMessages& Messages() { return m_messages; }
+    files::FilesDocument& Document() { return m_application->Doc(); }
+    const std::shared_ptr<files::FilesApplication>& Application() const { return m_application; }
+
+    /// Connected to the application.
+    utilities::Utilities& Geodata() { return m_geodata; }
+
+private:
+    ConsoleMessages m_messages;
+    ConsoleHost m_host;
+    NoDialogs m_dialogs;
+    platform::SystemClock m_clock;
+    files::DiskFileSystem m_files;
+    files::DiskFolders m_folders;
+    files::SystemTempPath m_tempPath;
+    files::RasterWorkspace m_rasters;
+    files::TinWorkspace m_tins;
+    files::ShapefileWorkspace m_shapefiles;
+    files::GeosOperators m_geometry;
+    files::ContourOperation m_contours;
+    files::FolderLocks m_locks;
+    platform::Services m_services;
+    std::shared_ptr<files::FilesApplication> m_application;
+    utilities::Utilities m_geodata;
+};
+
+}  // namespace wxl::cli

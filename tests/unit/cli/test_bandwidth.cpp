@@ -1,0 +1,124 @@
+#include "tests/unit/cli/layer_files.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
+
+namespace wxl::cli {
+namespace {
+
+using tests::ScratchFolder;
+
+const std::string kSquare =
+    "a,0,0,2018-05-09\n"
+    "a,2,0,2018-05-10\n"
+    "a,0,2,2018-05-11\n"
+    "a,2,2,2018-05-12\n";
+
+/// Two clouds of 60 fixes, spread 100, centres 1500 apart: cross-validation prefers a bandwidth of a cloud's size to
+/// that of the whole.
+std::string two_clusters() {
+    std::mt19937 random(7);
+    const auto normal = [&] {
+        double sum = -6.0;
+        for (int i = 0; i < 12; ++i) sum += static_cast<double>(random()) / 4294967296.0;
+        return sum;
+    };
+    std::ostringstream rows;
+    for (int i = 0; i < 120; ++i)
+        rows << "c," << (i % 2) * 1500 + 100.0 * normal() << "," << 100.0 * normal() << ",2018-05-09\n";
+    return rows.str();
+}
+
+TEST(Bandwidth, Reference_bandwidth_of_a_square) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kSquare);
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "");
+    EXPECT_EQ(ran.Out,
+              "id  n          bandwidth               href\n"
+              "a   4  0.916486424665735  0.916486424665735\n");
+}
+
+TEST(Bandwidth, Rescaled_bandwidth_is_told_in_both_units) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kSquare);
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href", "--rescale", "--json"});
+    EXPECT_EQ(ran.Code, 0);
+    const auto json = nlohmann::json::parse(ran.Out);
+    EXPECT_NEAR(json[0]["bandwidth"].get<double>(), std::pow(4.0, -1.0 / 6.0), 1e-12);
+    EXPECT_NEAR(json[0]["bandwidth_map_units"].get<double>(), std::sqrt(4.0 / 3.0) * std::pow(4.0, -1.0 / 6.0), 1e-12);
+}
+
+TEST(Bandwidth, Search_tells_its_minimum_and_writes_the_scores_it_reached) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters());
+    const std::string csv = (folder / "p.csv").string();
+    const Ran ran =
+        run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv", "--profile", csv, "--json"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    const auto json = nlohmann::json::parse(ran.Out);
+    ASSERT_EQ(json.size(), 1U);
+    EXPECT_EQ(json[0]["id"], "c");
+    EXPECT_EQ(json[0]["n"], 120);
+    EXPECT_EQ(json[0]["method"], "lscv");
+    const double href = json[0]["href"].get<double>();
+    const double smallest = json[0]["minimum"]["h"].get<double>();
+    EXPECT_TRUE(json[0]["minimised"].get<bool>());
+    EXPECT_EQ(json[0]["bandwidth"].get<double>(), smallest);
+
+    std::istringstream lines(read_file(csv));
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "id,h,score");
+    int rows = 0;
+    double lowest = INFINITY;
+    double lowestAt = 0.0;
+    while (std::getline(lines, line)) {
+        double h = 0.0;
+        double score = 0.0;
+        ASSERT_EQ(std::sscanf(line.c_str(), "c,%lf,%lf", &h, &score), 2) << line;
+        EXPECT_GE(h, 0.05 * href * 0.999999);
+        EXPECT_LE(h, 2.0 * href * 1.000001);
+        if (score < lowest) lowestAt = h;
+        lowest = std::min(lowest, score);
+        ++rows;
+    }
+    EXPECT_GE(rows, 201);
+    EXPECT_LE(rows, 203);
+    EXPECT_NEAR(lowestAt, smallest, 1e-9 * smallest);
+}
+
+TEST(Bandwidth, Animal_without_spread_is_told_and_the_others_go_on) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kSquare + "b,5,5,2018-05-09\n");
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href", "--json"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_NE(ran.Err.find("b: no bandwidth, because its 1 fixes are too few or have no spread\n"), std::string::npos);
+    const auto json = nlohmann::json::parse(ran.Out);
+    EXPECT_EQ(json[1]["id"], "b");
+    EXPECT_TRUE(json[1]["bandwidth"].is_null());
+    EXPECT_TRUE(json[1]["href"].is_null());
+    EXPECT_TRUE(json[1]["minimised"].is_null());
+    EXPECT_TRUE(json[1]["minimum"].is_null());
+}
+
+TEST(Bandwidth, Layer_in_which_no_animal_has_one_fails) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "b,5,5,2018-05-09\nb,5,5,2018-05-10\n");
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_NE(ran.Err.find("wxl: " + layer + ": no animal has a bandwidth\n"), std::string::npos) << ran.Err;
+}
+
+TEST(Bandwidth, Reference_rule_has_no_profile) {
+    const Ran ran = run_wxl({"bandwidth", "x.shp", "--id-field", "animal", "--method", "href", "--profile", "p.csv"});
+    EXPECT_EQ(ran.Code, 2);
+    EXPECT_EQ(ran.Err, "wxl: --profile needs --method lscv or bcv: the reference rule has no scores\n");
+}
+
+}  // namespace
+}  // namespace wxl::cli

@@ -1,0 +1,278 @@
+#include "adapters/files/ogr_feature_class.h"
+#include "tests/support/telemetry.h"
+#include "tests/unit/cli/layer_files.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <variant>
+#include <vector>
+
+namespace wxl::cli {
+namespace {
+
+using platform::FieldValue;
+using tests::ScratchFolder;
+
+const std::string kHeader =
+    "event-id,visible,timestamp,location-long,location-lat,import-marked-outlier,individual-local-identifier\n";
+const std::string kNoneLeftOut =
+    "rows left out: 0 not visible, 0 outliers, 0 without a position, 0 without an animal\n";
+
+struct Row {
+    std::vector<FieldValue> Values;
+    platform::Point Location;
+};
+
+std::vector<Row> rows_of(const std::string& shapefile) {
+    const auto points = files::OgrFeatureClass::Open(shapefile);
+    const auto cursor = points->Find({});
+    std::vector<Row> rows;
+    while (const auto feature = cursor->NextFeature()) {
+        Row row{{}, feature->Shape().Location};
+        for (int i = 0; i < static_cast<int>(points->Table().Fields().size()); ++i)
+            row.Values.push_back(feature->Value(i));
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+TEST(Import, Movebank_table_becomes_a_shapefile_in_its_utm_zone) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv",
+                                       kHeader +
+                                           "1,true,2018-05-09 14:59:05.000,15.0,0.0,false,\"007\"\n"
+                                           "2,false,2018-05-09 15:59:05.000,15.1,0.0,false,\"007\"\n"
+                                           "3,true,2018-05-08 00:00:00.000,15.0,0.0,false,\"007\"\n"
+                                           "4,true,2018-05-08 00:00:00.000,15.0,0.0,true,\"007\"\n"
+                                           "5,true,2018-05-08 00:00:00.000,,,false,\"007\"\n"
+                                           "6,true,2018-05-08 00:00:00.000,15.0,0.0,false,\n"
+                                           "7,true,,15.0,0.0,false,\"007\"\n"
+                                           "8,true,2018-05-10 00:00:00.000,15.0,0.0,false,\"00\xC3\xA9\"\n");
+    const std::string shp = (folder / "t.shp").string();
+    const Ran ran = run_wxl({"import", csv, shp});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 4 fixes of 2 animals, WGS 84 / UTM zone 33N (EPSG:32633)\n");
+    EXPECT_EQ(
+        ran.Err,
+        "columns: animal \"individual-local-identifier\", x \"location-long\", y \"location-lat\", time \"timestamp\"\n"
+        "rows left out: 1 not visible, 1 outliers, 1 without a position, 1 without an animal\n"
+        "1 fix without a time kept, after the others of the animal; Time2 is empty there\n");
+
+    const auto fields = files::OgrFeatureClass::Open(shp)->Table().Fields();
+    ASSERT_EQ(fields.size(), 4U);
+    EXPECT_EQ(fields[0].Name, "animal");
+    EXPECT_EQ(fields[0].Type, platform::FieldType::kText);
+    EXPECT_EQ(fields[1].Name, "Time2");
+    EXPECT_EQ(fields[1].Type, platform::FieldType::kInteger);
+    EXPECT_EQ(fields[2].Name, "Date");
+    EXPECT_EQ(fields[3].Name, "Time1");
+
+    const auto rows = rows_of(shp);
+    ASSERT_EQ(rows.size(), 4U);
+    const std::int64_t day = 17659LL * 86400;  // 2018-05-08
+    EXPECT_EQ(rows[0].Values, (std::vector<FieldValue>{"007", day, "2018-05-08", "00:00:00"}));
+    EXPECT_EQ(rows[1].Values, (std::vector<FieldValue>{"007", day + 86400 + 53945, "2018-05-09", "14:59:05"}));
+    EXPECT_EQ(rows[2].Values[0], FieldValue("007"));
+    EXPECT_TRUE(platform::IsMissing(rows[2].Values[1]));
+    EXPECT_EQ(rows[3].Values[0], FieldValue("00\xC3\xA9"));
+    EXPECT_NEAR(rows[0].Location.X, 500000.0, 1e-6);
+    EXPECT_NEAR(rows[0].Location.Y, 0.0, 1e-6);
+    EXPECT_EQ(files::OgrFeatureClass::Open(shp)->Reference().Name, "WGS 84 / UTM zone 33N");
+}
+
+TEST(Import, Every_file_of_the_shapefile_has_its_final_name_and_nothing_else_is_left) {
+    ScratchFolder folder;
+    make_layer(folder, "a,1,2,2018-05-09\n");
+    EXPECT_EQ(names_in(folder.Path()),
+              (std::set<std::string>{"layer.csv", "layer.cpg", "layer.dbf", "layer.prj", "layer.shp", "layer.shx"}));
+}
+
+TEST(Import, Projected_coordinates_are_kept_as_they_are) {
+    ScratchFolder folder;
+    const auto rows = rows_of(make_layer(folder, "a,123456.789,6000000.125,2018-05-09\n"));
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].Location, (platform::Point{123456.789, 6000000.125}));
+}
+
+TEST(Import, Target_coordinate_system_can_be_chosen) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
+    const std::string shp = (folder / "t.shp").string();
+    const Ran ran = run_wxl({"-q", "import", csv, shp, "--to-crs", "epsg:3035"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 1 fix of 1 animal, ETRS89-extended / LAEA Europe (epsg:3035)\n");
+    EXPECT_EQ(ran.Err, "");
+    // The centre of that projection has these coordinates by definition.
+    const auto rows = rows_of(shp);
+    EXPECT_NEAR(rows.at(0).Location.X, 4321000.0, 0.01);
+    EXPECT_NEAR(rows.at(0).Location.Y, 3210000.0, 0.01);
+}
+
+TEST(Import, Table_without_times_gets_no_time_fields) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
+    EXPECT_EQ(ran.Err, "columns: animal \"id\", x \"lon\", y \"lat\", no time\n" + kNoneLeftOut);
+    EXPECT_EQ(files::OgrFeatureClass::Open((folder / "t.shp").string())->Table().Fields().size(), 1U);
+}
+
+TEST(Import, Fixes_far_from_the_zone_are_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,9,52\na,9,52\na,25,52\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(
+        ran.Err,
+        "columns: animal \"id\", x \"lon\", y \"lat\", no time\n" + kNoneLeftOut +
+            "1 fixes lie more than 9 degrees from the middle of UTM zone 32N, where distances are distorted; consider "
+            "another projection by --to-crs\n");
+}
+
+TEST(Import, Existing_shapefile_is_kept_unless_overwriting_is_asked_for) {
+    ScratchFolder folder;
+    const std::string shp = make_layer(folder, "a,1,2,2018-05-09\n");
+    const std::string csv = write_file(folder, "new.csv", "animal,x,y\nb,3,4\nb,5,6\n");
+    const Ran refused = run_wxl({"import", csv, shp, "--from-crs", "EPSG:32633"});
+    EXPECT_EQ(refused.Code, 1);
+    EXPECT_EQ(refused.Out, "");
+    EXPECT_EQ(refused.Err, "wxl: " + shp + " exists: choose another name, or give --overwrite\n");
+    EXPECT_EQ(rows_of(shp).size(), 1U);
+
+    const Ran ran = run_wxl({"import", csv, shp, "--from-crs", "EPSG:32633", "--overwrite"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(rows_of(shp).size(), 2U);
+    EXPECT_EQ(files::OgrFeatureClass::Open(shp)->Table().Fields().size(), 1U);
+    EXPECT_EQ(names_in(folder.Path()), (std::set<std::string>{"layer.csv", "layer.cpg", "layer.dbf", "layer.prj",
+                                                              "layer.shp", "layer.shx", "new.csv"}));
+}
+
+TEST(Import, Failure_leaves_no_file_behind_and_the_old_shapefile_whole) {
+    ScratchFolder folder;
+    const std::string shp = make_layer(folder, "a,1,2,2018-05-09\n");
+    const auto before = names_in(folder.Path());
+    const std::string bytes = read_file(shp);
+    const std::string csv = write_file(folder, "layer.csv", "animal,x,y\nb,3,4\nb,oops,6\n");
+    const Ran ran = run_wxl({"import", csv, shp, "--from-crs", "EPSG:32633", "--overwrite"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: " + csv +
+                           ", line 3: \"oops\" in column \"x\" is not a coordinate; correct it, or empty the cell\n");
+    EXPECT_EQ(names_in(folder.Path()), before);
+    EXPECT_EQ(read_file(shp), bytes);
+}
+
+/// Runs a call that fails and returns what it says.
+std::string failure(std::vector<std::string> arguments, int code) {
+    const Ran ran = run_wxl(std::move(arguments));
+    EXPECT_EQ(ran.Code, code);
+    EXPECT_EQ(ran.Out, "");
+    return ran.Err;
+}
+
+TEST(Import, Wrong_files_and_names_are_told_with_advice) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
+    const std::string shp = (folder / "t.shp").string();
+    const std::string absent = (folder / "absent.csv").string();
+    const std::string home = folder.Path().string();
+    EXPECT_EQ(failure({"import", absent, shp}, 1), "wxl: " + absent + ": there is no such file\n");
+    EXPECT_EQ(failure({"import", home, shp}, 1), "wxl: " + home + " is a folder: name the CSV file in it\n");
+    EXPECT_EQ(failure({"import", csv, home + "/no/t.shp"}, 1),
+              "wxl: " + home + "/no: there is no such folder; make it first\n");
+    EXPECT_EQ(failure({"import", csv, home + "/t.gpkg"}, 2),
+              "wxl: " + home + "/t.gpkg: the output is a shapefile, its name must end in .shp\n");
+    EXPECT_EQ(failure({"import", csv, shp, "--from-crs", "EPSG:999999"}, 2),
+              "wxl: --from-crs EPSG:999999: there is no such coordinate system\n");
+    EXPECT_EQ(failure({"import", csv, shp, "--to-crs", "/etc/passwd"}, 2),
+              "--to-crs: \"/etc/passwd\" is no code like EPSG:32633\nRun with --help for more information.\n");
+    EXPECT_EQ(failure({"import", csv, shp, "--x", "lon"}, 2),
+              "--x requires --y\nRun with --help for more information.\n");
+    EXPECT_EQ(failure({"import", csv}, 2), "OUT.shp is required\nRun with --help for more information.\n");
+    EXPECT_EQ(names_in(folder.Path()), (std::set<std::string>{"t.csv"}));
+}
+
+TEST(Import, Positions_that_are_no_degrees_are_told_with_their_line) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,x,y\na,10,52\na,512345.5,6000000\n");
+    EXPECT_EQ(
+        failure({"import", "-q", csv, (folder / "t.shp").string()}, 1),
+        "wxl: " + csv +
+            ", line 3: the position 512345.5, 6000000 is not in degrees; say what it is by --from-crs EPSG:n (it was "
+            "taken for EPSG:4326), or empty the cells\n");
+}
+
+TEST(Import, Positions_near_a_pole_need_a_projection) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,86\n");
+    EXPECT_EQ(failure({"import", "-q", csv, (folder / "t.shp").string()}, 1),
+              "wxl: " + csv +
+                  ": the median position lies near a pole, where there is no UTM zone; choose a projection by --to-crs "
+                  "EPSG:n\n");
+}
+
+TEST(Import, Real_telemetry_of_three_birds) {
+    const auto csv = tests::TelemetryFile("O_ASSEN-gps-2018.csv");
+    WXL_NEEDS_TELEMETRY(csv);
+    ScratchFolder folder;
+    const std::string shp = (folder / "birds.shp").string();
+    const Ran ran = run_wxl({"import", csv.string(), shp});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 14893 fixes of 3 animals, WGS 84 / UTM zone 32N (EPSG:32632)\n");
+    EXPECT_EQ(ran.Err,
+              "columns: animal \"individual-local-identifier\", x \"location-long\", y \"location-lat\", time "
+              "\"timestamp\"\n" +
+                  kNoneLeftOut);
+    const auto rows = rows_of(shp);
+    ASSERT_EQ(rows.size(), 14893U);
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const bool ascending =
+            rows[i - 1].Values[0] == rows[i].Values[0]
+                ? std::get<std::int64_t>(rows[i - 1].Values[1]) <= std::get<std::int64_t>(rows[i].Values[1])
+                : std::get<std::string>(rows[i - 1].Values[0]) < std::get<std::string>(rows[i].Values[0]);
+        ASSERT_TRUE(ascending) << i;
+    }
+}
+
+TEST(Import, Real_telemetry_with_invisible_rows) {
+    const auto csv = tests::TelemetryFile("O_ASSEN-gps-2019.csv");
+    WXL_NEEDS_TELEMETRY(csv);
+    ScratchFolder folder;
+    const std::string shp = (folder / "birds.shp").string();
+    const Ran ran = run_wxl({"import", csv.string(), shp});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 5259 fixes of 2 animals, WGS 84 / UTM zone 32N (EPSG:32632)\n");
+    EXPECT_NE(ran.Err.find("rows left out: 4 not visible, 0 outliers"), std::string::npos);
+}
+
+TEST(Import, Real_telemetry_with_line_ends_of_carriage_returns) {
+    const auto csv = tests::TelemetryFile("mahoney_cougar_coyote_sample-gps.csv");
+    WXL_NEEDS_TELEMETRY(csv);
+    ScratchFolder folder;
+    const std::string shp = (folder / "cats.shp").string();
+    const Ran ran = run_wxl({"import", csv.string(), shp});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 30 fixes of 2 animals, WGS 84 / UTM zone 12N (EPSG:32612)\n");
+}
+
+TEST(Import, Sample_is_four_animals_with_about_a_thousand_fixes) {
+    ScratchFolder folder;
+    const std::string shp = (folder / "wolves.shp").string();
+    const Ran ran = run_wxl({"import", WXL_SOURCE_DIR "/samples/wolves.csv", shp});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, shp + ": 1001 fixes of 4 animals, WGS 84 / UTM zone 33N (EPSG:32633)\n");
+    EXPECT_EQ(
+        ran.Err,
+        "columns: animal \"individual-local-identifier\", x \"location-long\", y \"location-lat\", time \"timestamp\"\n"
+        "rows left out: 2 not visible, 4 outliers, 3 without a position, 0 without an animal\n");
+}
+
+TEST(Import, Sample_is_what_its_script_makes) {
+    if (std::system("python3 -c '' >/dev/null 2>&1") != 0) GTEST_SKIP() << "python3 is absent";
+    ScratchFolder folder;
+    const std::string made = (folder / "wolves.csv").string();
+    ASSERT_EQ(std::system(("python3 " WXL_SOURCE_DIR "/samples/make_sample.py " + made).c_str()), 0);
+    EXPECT_EQ(read_file(made), read_file(WXL_SOURCE_DIR "/samples/wolves.csv"));
+}
+
+}  // namespace
+}  // namespace wxl::cli

@@ -1,0 +1,68 @@
+#include "tests/unit/cli/layer_files.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace wxl::cli {
+namespace {
+
+using tests::ScratchFolder;
+
+TEST(Info, Layer_is_told_in_lines) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "b,1,2,2018-05-09\na,3.5,4,2018-05-09\na,5,-6,2018-05-10\n");
+    const Ran ran = run_wxl({"info", layer});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "");
+    EXPECT_EQ(ran.Out,
+              "layer    layer\n"
+              "points   3\n"
+              "extent   x 1 to 5, y -6 to 4\n"
+              "crs      WGS 84 / UTM zone 33N (metre)\n"
+              "fields   animal (text), Time2 (whole number), Date (text), Time1 (text)\n"
+              "animals  2 by animal\n"
+              "  a: 2\n"
+              "  b: 1\n");
+}
+
+TEST(Info, Layer_is_told_in_json) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "b,1,2,2018-05-09\na,3.5,4,2018-05-09\n");
+    const Ran ran = run_wxl({"info", layer, "--json", "--id-field", "TIME2"});
+    EXPECT_EQ(ran.Code, 0);
+    const auto json = nlohmann::json::parse(ran.Out);
+    EXPECT_EQ(json["layer"], "layer");
+    EXPECT_EQ(json["points"], 2);
+    EXPECT_EQ(json["extent"], (nlohmann::json{1.0, 2.0, 3.5, 4.0}));
+    EXPECT_EQ(json["crs"]["name"], "WGS 84 / UTM zone 33N");
+    EXPECT_EQ(json["crs"]["unit"], "metre");
+    EXPECT_EQ(json["crs"]["degrees"], false);
+    EXPECT_EQ(json["fields"][1], (nlohmann::json{{"name", "Time2"}, {"type", "whole number"}}));
+    EXPECT_EQ(json["id_field"], "Time2");
+    EXPECT_EQ(json["animals"], (nlohmann::json{{{"id", 1525824000}, {"n", 2}}}));
+    EXPECT_EQ(json["without_id"], 0);
+}
+
+TEST(Info, Animals_are_left_open_where_no_field_looks_like_their_name) {
+    ScratchFolder folder;
+    const std::string file = write_file(
+        folder, "p.geojson",
+        R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"wolf":"a"},"geometry":{"type":"Point","coordinates":[10,52]}}]})");
+    const Ran ran = run_wxl({"info", file});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "the animals are not known: name their field by --id-field FIELD\n");
+    EXPECT_NE(ran.Out.find("fields   wolf (text)\n"), std::string::npos) << ran.Out;
+    EXPECT_EQ(ran.Out.find("animals"), std::string::npos);
+}
+
+TEST(Info, Unknown_field_is_told_with_the_fields_there_are) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "b,1,2,2018-05-09\n");
+    const Ran ran = run_wxl({"info", layer, "--id-field", "wolf"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Out, "");
+    EXPECT_EQ(ran.Err, "wxl: " + layer + " has no field \"wolf\"; its fields are: animal, Time2, Date, Time1\n");
+}
+
+}  // namespace
+}  // namespace wxl::cli
