@@ -3,6 +3,7 @@
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/import.h"
 #include "apps/cli/commands/info.h"
+#include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/manual.h"
 #include "apps/cli/commands/stats.h"
 
@@ -30,6 +31,8 @@ std::vector<Command> register_commands(CLI::App& program) {
     std::vector<Command> commands;
     add(commands, program, "import", "Turn a tracking CSV into a point shapefile", register_import, run_import);
     add(commands, program, "info", "Tell what a point layer holds", register_info, run_info);
+    add(commands, program, "kde", "Estimate home ranges: density rasters, isopleths and a report", register_kde,
+        run_kde);
     add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);

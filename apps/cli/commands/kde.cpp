@@ -10,10 +10,15 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
+#include <map>
+#include <string>
 
 namespace wxl::cli {
 
 namespace {
+
+/// Formats as written by the user in any case.
+const std::map<std::string, std::string> kFormats = {{"GRID", "GRID"}, {"GTiff", "GTiff"}};
 
 void add_data_options(CLI::App& command, KdeOptions& options) {
     add_measured_input_options(command, options.Points);
@@ -41,8 +46,9 @@ void add_raster_options(CLI::App& command, KdeOptions& options) {
         .add_option("--extent", options.Extent,
                     "full (all fixes and a suggested buffer), full:BUFFER, min (each animal's own), or ref:RASTER")
         ->type_name("EXTENT");
-    command.add_option("--raster-format", options.RasterFormat, "GRID or GTiff")
-        ->check(CLI::IsMember({"GRID", "GTiff"}, CLI::ignore_case))
+    command.add_option("--raster-format", options.RasterFormat, "Format of the rasters")
+        ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
+        ->type_name("GRID|GTiff")
         ->capture_default_str();
 }
 
@@ -123,7 +129,8 @@ private:
 int press_ok(const KdeOptions& options, kde_tool::frmKDE& form, Console& console) {
     if (!std::filesystem::exists(form.OutputFolderPath())) make_folder(form.OutputFolderPath());
     if (options.Overwrite) delete_outputs(form);
-    KdeOutput output(console, form.OutputFolderPath(), options.Json);
+    KdeOutput output(console, form.OutputFolderPath(), options.Json,
+                     form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
     form.SetObserver(&output);
     form.btnOK_Click();
     form.SetObserver(nullptr);

@@ -160,7 +160,7 @@ void visit_pages(const KdeOptions& options, frmKDE& form) {
 }
 
 void save_settings(const KdeOptions& options, OptionDialogs& dialogs, frmKDE& form) {
-    if (options.SaveSettings.empty()) return;
+    if (options.SaveSettings.empty() || options.DryRun) return;
     if (!options.Overwrite && form.Services().Files->FileExists(options.SaveSettings))
         platform::Raise(platform::error_number::kFileExists,
                         options.SaveSettings + " is there already: give --overwrite, or another name");

@@ -42,18 +42,6 @@ Json levels_of(const AnimalRecord& record) {
     return levels;
 }
 
-std::string areas_text(const AnimalRecord& record) {
-    std::string text;
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
-        if (isopleth.Area) text += fmt::format(", {} %: {:.6g}", NumberText(isopleth.Percent), *isopleth.Area);
-    return text.empty() ? text : text + " square map units";
-}
-
-std::string outcome_text(const AnimalRecord& record) {
-    if (record.Status != 0) return fmt::format("failed (code {})", record.Status);
-    return record.Files.front() + areas_text(record);
-}
-
 }  // namespace
 
 const char* method_name(BandwidthMethod method) {
@@ -96,11 +84,12 @@ Json json_of(const AnimalRecord& record) {
             {"files", record.Files}};
 }
 
-KdeOutput::KdeOutput(Console& console, std::filesystem::path folder, bool json)
+KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres)
     : m_console(console),
       m_report(kde_tool::file_in_folder(folder, kde_tool::kReportFile)),
       m_settings(kde_tool::file_in_folder(folder, kde_tool::kSettingsRecordFile)),
-      m_json(json) {}
+      m_json(json),
+      m_metres(metres) {}
 
 std::string KdeOutput::Head() const {
     return fmt::format("{{\"report\":{},\"settings\":{},\"animals\":[", one_line(m_report.string()),
@@ -113,13 +102,27 @@ void KdeOutput::AnimalDone(const AnimalRecord& record) {
     Print(record);
 }
 
+std::string KdeOutput::AreasText(const AnimalRecord& record) const {
+    std::string text;
+    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths) {
+        if (!isopleth.Area) continue;
+        text += fmt::format(", {} %: {:.6g}{}", NumberText(isopleth.Percent),
+                            m_metres ? *isopleth.Area / 1e6 : *isopleth.Area, m_metres ? " km2" : "");
+    }
+    return text;
+}
+
 void KdeOutput::Print(const AnimalRecord& record) {
-    if (!m_json)
-        return m_console.Result(fmt::format(
-            "{}: {} fixes, bandwidth {}, {} x {} cells: {}", platform::ValueText(record.Id), record.SampleSize,
-            NumberText(record.BandwidthMapUnits), record.Grid.Columns, record.Grid.Rows, outcome_text(record)));
-    m_console.Result(m_done == 1 ? Head() : m_pending + ",");
-    m_pending = one_line(json_of(record));
+    if (m_json) {
+        m_console.Result(m_done == 1 ? Head() : m_pending + ",");
+        m_pending = one_line(json_of(record));
+        return;
+    }
+    const std::string outcome =
+        record.Status == 0 ? record.Files.front() + AreasText(record) : fmt::format("failed (code {})", record.Status);
+    m_console.Result(fmt::format("{}: {} fixes, bandwidth {:.6g}, {} x {} cells: {}", platform::ValueText(record.Id),
+                                 record.SampleSize, record.BandwidthMapUnits, record.Grid.Columns, record.Grid.Rows,
+                                 outcome));
 }
 
 void KdeOutput::Finish(kde_tool::RunOutcome outcome) {

@@ -18,8 +18,9 @@ Json json_of(const kde_tool::AnimalRecord& record);
 /// Writes a run's records as they come, as lines for people or as one JSON object, and counts the failing ones.
 class KdeOutput final : public kde_tool::IRunObserver {
 public:
-    /// `folder`: the output folder, for the names of report and settings record.
-    KdeOutput(Console& console, std::filesystem::path folder, bool json);
+    /// `folder`: the output folder, for the names of report and settings record. `metres`: map units are metres, so
+    /// that areas can be told in square kilometres.
+    KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
 
     void AnimalDone(const kde_tool::AnimalRecord& record) override;
 
@@ -32,11 +33,13 @@ public:
 private:
     void Print(const kde_tool::AnimalRecord& record);
     std::string Head() const;
+    std::string AreasText(const kde_tool::AnimalRecord& record) const;
 
     Console& m_console;
     std::filesystem::path m_report;
     std::filesystem::path m_settings;
     bool m_json;
+    bool m_metres;
     std::string m_pending;  ///< the JSON line that waits to know whether another follows
     std::size_t m_done = 0;
     std::size_t m_failed = 0;

@@ -23,9 +23,9 @@ using kde_tool::frmKDE;
 using kde_tool::RunInputs;
 using platform::NumberText;
 
-constexpr double kReach = 4.0;              // bandwidths
-constexpr double kSecondsPerUpdate = 1e-9;  // one fix in one cell, measured
-constexpr double kSecondsPerCell = 5e-8;    // writing and contouring one cell, measured
+constexpr double kReach = 4.0;               // bandwidths
+constexpr double kSecondsPerUpdate = 1e-10;  // one fix in one cell, measured
+constexpr double kSecondsPerCell = 1e-7;     // writing and contouring one cell, measured
 constexpr double kBytesPerCell = 8.0;
 
 /// What the plan of every distribution needs to know of the run.
@@ -116,14 +116,19 @@ Json json_of(const PlannedDistribution& plan, const char* method) {
             {"raster", plan.RasterName}};
 }
 
-std::string line_of(const PlannedDistribution& plan) {
+bool is_search(BandwidthMethod method) {
+    return method == BandwidthMethod::kLscv || method == BandwidthMethod::kBcv;
+}
+
+std::string line_of(const PlannedDistribution& plan, BandwidthMethod method) {
     const std::string size = is_too_large(plan)
                                  ? "more than 50 million cells: give a larger cell size"
                                  : fmt::format("{} x {} cells, {:.3g} MB, about {:.2g} s", plan.Grid.Columns,
                                                plan.Grid.Rows, plan.Megabytes, plan.Seconds);
+    const std::string bandwidth = is_search(method) ? "by a search (planned with HREF)" : NumberText(plan.Bandwidth);
     return fmt::format("{}: {} fixes, HREF {}, bandwidth {}, {}, raster {}", platform::ValueText(plan.Id),
-                       plan.SampleSize, plan.Href ? NumberText(*plan.Href) : "not defined", NumberText(plan.Bandwidth),
-                       size, plan.RasterName);
+                       plan.SampleSize, plan.Href ? NumberText(*plan.Href) : "not defined", bandwidth, size,
+                       plan.RasterName);
 }
 
 /// Deletes one dataset of the run where it stands.
@@ -173,7 +178,7 @@ int print_plan(frmKDE& form, bool asJson, Console& console) {
         if (asJson)
             animals.push_back(json_of(plan, method_name(inputs.Method)));
         else
-            console.Result(line_of(plan));
+            console.Result(line_of(plan, inputs.Method));
     }
     if (asJson) console.Result(json_text(Json{{"animals", animals}}));
     return exit_code::kDone;

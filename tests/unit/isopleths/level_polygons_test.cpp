@@ -6,7 +6,6 @@
 #include "adapters/files/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
 #include "isopleths/edge_closing.h"
-#include "tests/support/step_by_step.h"
 #include "tests/unit/isopleths/polygonized.h"
 #include "tests/unit/isopleths/surfaces.h"
 
@@ -18,7 +17,6 @@ namespace {
 using platform::Geometry;
 using platform::IGeometryOperators;
 using platform::RasterGeometry;
-using tests::step_by_step;
 using tests::Surface;
 
 const RasterGeometry kPlace{500000, 4000000, 30, 70, 50};
@@ -28,6 +26,23 @@ std::vector<Ring> contours_of(const Surface& surface, double level) {
     const auto raster = memory::MakeRaster("ud", surface.Geometry, surface.Cells);
     return closed_contours(operation.Contours(*raster, std::vector{level}), level,
                            OuterEdge(surface.Geometry, surface.Edge()));
+}
+
+/// The rules, one contour after the other: P around A gives P minus A, P within A gives A minus P, else their union.
+Geometry step_by_step(const std::vector<Ring>& contours, IGeometryOperators& operators) {
+    Geometry a;
+    for (const Ring& contour : contours) {
+        const Geometry p = operators.CleanUp({platform::ShapeType::kPolygon, {}, {contour}});
+        if (a.IsNull())
+            a = p;
+        else if (operators.Contains(p, a))
+            a = operators.Difference(p, a);
+        else if (operators.Contains(a, p))
+            a = operators.Difference(a, p);
+        else
+            a = operators.Union(a, p);
+    }
+    return a.IsNull() ? a : operators.CleanUp(a);
 }
 
 double symmetric_difference(const Geometry& a, const Geometry& b, IGeometryOperators& operators) {

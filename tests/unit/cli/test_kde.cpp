@@ -1,0 +1,371 @@
+#include "adapters/files/disk_file_system.h"
+#include "adapters/files/folder_lock.h"
+#include "adapters/files/raster_dataset.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/unit/cli/captured_console.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+namespace wxl::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string content(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// Points in metres (UTM 33N): animal 3 at four corners of a square of side 200, animal 7 with five fixes, animal 9
+/// with one fix.
+struct KdeCommand : testing::Test {
+    tests::ScratchFolder Folder;
+    const std::string Points = Folder / "points.shp";
+    const std::string Out = Folder / "out";
+
+    KdeCommand() {
+        Import("points",
+               "a,x,y\n3,1000,500\n3,1200,500\n3,1000,700\n3,1200,700\n"
+               "7,1900,800\n7,1500,600\n7,1600,750\n7,1700,650\n7,1640,780\n");
+    }
+
+    void Import(const std::string& name, const std::string& csv, const std::string& crs = "EPSG:32633") {
+        std::ofstream(Folder / (name + ".csv")) << csv;
+        const Ran ran = run_wxl({"import", Folder / (name + ".csv"), Folder / (name + ".shp"), "--id", "a", "--x", "x",
+                                 "--y", "y", "--from-crs", crs, "--to-crs", crs});
+        ASSERT_EQ(ran.Code, 0) << ran.Err;
+    }
+
+    Ran Kde(std::vector<std::string> more) const {
+        std::vector<std::string> arguments = {"kde", Points, "--id-field", "animal", "--out", Out};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run_wxl(arguments);
+    }
+
+    std::string Report() const { return content(fs::path(Out) / "WXL_KDE_ANALYSIS.txt"); }
+    bool Stands(const std::string& name) const { return fs::exists(fs::path(Out) / name); }
+};
+
+TEST_F(KdeCommand, Writes_rasters_isopleths_and_a_report_and_says_where) {
+    const Ran ran =
+        Kde({"--cell-size", "20", "--prefix", "K", "--extent", "min", "--isopleths", "95,50", "--polygons"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_THAT(ran.Out, StartsWith("3: 4 fixes, bandwidth 91.6486, 46 x 46 cells: " + Out + "/K1, 95 %: "));
+    EXPECT_THAT(ran.Out, HasSubstr(" km2\n7: 5 fixes, bandwidth "));
+    EXPECT_THAT(ran.Out, HasSubstr("\nreport: " + Out + "/WXL_KDE_ANALYSIS.txt\n"));
+    EXPECT_TRUE(Stands("K1/hdr.adf") && Stands("K2/hdr.adf") && Stands("K1_iso_poly.shp") && Stands("K2_iso_poly.shp"));
+    EXPECT_TRUE(Stands("WXL_KERNEL_SETTINGS.txt"));
+    EXPECT_FALSE(Stands(".wxl_run.lock"));
+    EXPECT_THAT(Report(), HasSubstr("\r\nUnique ID field: animal\r\n"));
+}
+
+TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
+    const Ran ran = Kde({"--cell-size", "20", "--bandwidth", "60,100", "--isopleths", "95,50", "--polygons", "--lines",
+                         "--extent", "full:500", "--json", "--rescale"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json result = json::parse(ran.Out);
+    EXPECT_EQ(result["report"], Out + "/WXL_KDE_ANALYSIS.txt");
+    EXPECT_EQ(result["settings"], Out + "/WXL_KERNEL_SETTINGS.txt");
+    ASSERT_EQ(result["animals"].size(), 4U);
+    const json& first = result["animals"][0];
+    EXPECT_EQ(first["id"], "3");
+    EXPECT_EQ(first["naming_id"], "1");
+    EXPECT_EQ(first["n"], 4);
+    EXPECT_EQ(first["method"], "manual");
+    // Unit variance: both standard deviations are sqrt(40000 / 3), and 60 map units are 60 / 115.470... of them.
+    EXPECT_NEAR(first["bandwidth"].get<double>(), 0.519615242270663, 1e-12);
+    EXPECT_NEAR(first["bandwidth_map_units"].get<double>(), 60.0, 1e-9);
+    EXPECT_EQ(first["href"], 0.0);
+    EXPECT_TRUE(first["minimised"].is_null());
+    // Int((900 + 1000) / 20) columns and Int((300 + 1000) / 20) rows.
+    EXPECT_EQ(first["columns"], 95);
+    EXPECT_EQ(first["rows"], 65);
+    EXPECT_EQ(first["cell_size"], 20.0);
+    EXPECT_EQ(first["origin"], json::array({500.0, 0.0}));
+    EXPECT_NEAR(first["volume"].get<double>(), 1e6, 1e3);
+    EXPECT_EQ(first["raster"], "1_b1");
+    ASSERT_EQ(first["levels"].size(), 2U);
+    EXPECT_EQ(first["levels"][0]["percent"], 95.0);
+    EXPECT_GT(first["levels"][0]["area"].get<double>(), first["levels"][1]["area"].get<double>());
+    EXPECT_LT(first["levels"][0]["level"].get<double>(), first["levels"][1]["level"].get<double>());
+    EXPECT_TRUE(first["max_edge_value"].is_number());
+    EXPECT_EQ(first["edge_warning"], false);
+    EXPECT_EQ(first["status"], 0);
+    EXPECT_EQ(first["isopleth_status"], 0);
+    EXPECT_EQ(first["warnings"], json::array());
+    EXPECT_EQ(first["files"], json::array({Out + "/1_b1", Out + "/1_b1_iso_line.shp", Out + "/1_b1_iso_poly.shp"}));
+    EXPECT_EQ(result["animals"][3]["raster"], "2_b2");
+}
+
+TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
+    const Ran ran = Kde({"--cell-size", "5", "--bandwidth", "lscv", "--extent", "min", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    for (const json& animal : json::parse(ran.Out)["animals"]) {
+        EXPECT_EQ(animal["method"], "lscv");
+        EXPECT_TRUE(animal["minimised"].is_boolean());
+        EXPECT_EQ(animal["warnings"].empty(), animal["minimised"].get<bool>());
+        EXPECT_TRUE(animal["max_edge_value"].is_null());
+    }
+}
+
+TEST_F(KdeCommand, Wrong_calls_end_with_2_and_write_nothing) {
+    const std::vector<std::vector<std::string>> calls = {
+        {},
+        {"--cell-size", "0.5"},
+        {"--cell-size", "ten"},
+        {"--cell-size", "20", "--bandwidth", "narrow"},
+        {"--cell-size", "20", "--bandwidth", "100,"},
+        {"--cell-size", "20", "--bandwidth", "prop:-1"},
+        {"--cell-size", "20", "--extent", "wide"},
+        {"--cell-size", "20", "--extent", "full:x"},
+        {"--cell-size", "20", "--isopleths", "95,x", "--lines"},
+        {"--cell-size", "20", "--isopleths", "101", "--lines"},
+        {"--cell-size", "20", "--isopleths", "95"},
+        {"--cell-size", "20", "--scaling", "0"},
+        {"--cell-size", "20", "--raster-format", "PNG"},
+        {"--cell-size", "20", "--answer", "perhaps"},
+    };
+    for (const auto& call : calls) {
+        const Ran ran = Kde(call);
+        EXPECT_EQ(ran.Code, 2) << testing::PrintToString(call);
+        EXPECT_EQ(ran.Out, "") << testing::PrintToString(call);
+        EXPECT_NE(ran.Err, "") << testing::PrintToString(call);
+        EXPECT_FALSE(fs::exists(Out)) << testing::PrintToString(call);
+    }
+    EXPECT_EQ(run_wxl({"kde", Points, "--id-field", "animal", "--cell-size", "20"}).Code, 2);
+}
+
+TEST_F(KdeCommand, Inputs_that_cannot_be_used_end_with_1_and_advice) {
+    Ran ran = run_wxl({"kde", Folder / "absent.shp", "--id-field", "animal", "--out", Out, "--cell-size", "20"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(ran.Err, HasSubstr("absent.shp"));
+    ran = run_wxl({"kde", Points, "--id-field", "wolf", "--out", Out, "--cell-size", "20"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(ran.Err, HasSubstr("animal"));
+    EXPECT_FALSE(fs::exists(Out));
+}
+
+TEST_F(KdeCommand, A_layer_in_degrees_is_refused_with_the_zone_unless_allowed) {
+    Import("degrees", "a,x,y\n1,12.1,55.6\n1,12.2,55.7\n1,12.3,55.5\n", "EPSG:4326");
+    const std::vector<std::string> call = {
+        "kde", Folder / "degrees.shp", "--id-field", "animal",   "--out", Out, "--cell-size",
+        "1",   "--bandwidth",          "5",          "--extent", "min"};
+    const Ran refused = run_wxl(call);
+    EXPECT_EQ(refused.Code, 1);
+    EXPECT_THAT(refused.Err, HasSubstr("wxl import"));
+    EXPECT_THAT(refused.Err, HasSubstr("33N"));
+    EXPECT_FALSE(fs::exists(Out));
+    std::vector<std::string> allowed = call;
+    allowed.push_back("--degrees");
+    EXPECT_EQ(run_wxl(allowed).Code, 0);
+}
+
+TEST_F(KdeCommand, A_question_without_an_answer_stops_the_run_and_names_the_option) {
+    const Ran stopped = Kde({"--cell-size", "20", "--extent", "full:10"});
+    EXPECT_EQ(stopped.Code, 1);
+    EXPECT_THAT(stopped.Err,
+                HasSubstr("Warning: the extent buffer distance you have provided may not be large enough"));
+    EXPECT_THAT(stopped.Err, HasSubstr("--answer buffer=yes"));
+    EXPECT_EQ(stopped.Out, "");
+    EXPECT_TRUE(fs::is_empty(Out));
+    EXPECT_EQ(Kde({"--cell-size", "20", "--extent", "full:10", "--answer", "buffer=cancel"}).Code, 1);
+    EXPECT_TRUE(fs::is_empty(Out));
+    EXPECT_EQ(Kde({"--cell-size", "20", "--extent", "full:10", "--answer", "buffer=no"}).Code, 0);
+    EXPECT_THAT(Report(), HasSubstr("full extent + 10\r\n"));
+}
+
+TEST_F(KdeCommand, A_buffer_is_suggested_wide_enough_for_every_method) {
+    int number = 0;
+    for (const char* bandwidth : {"href", "lscv", "bcv", "33.3,100", "prop:0.5,1.5"}) {
+        const std::string out = Folder / ("run" + std::to_string(number++));
+        const Ran ran = run_wxl(
+            {"kde", Points, "--id-field", "animal", "--out", out, "--cell-size", "20", "--bandwidth", bandwidth});
+        EXPECT_EQ(ran.Code, 0) << bandwidth << ran.Err;
+    }
+}
+
+TEST_F(KdeCommand, Overlapping_fixes_are_asked_about) {
+    Import("doubled", "a,x,y\n1,0,0\n1,0,0\n1,300,200\n1,100,900\n");
+    const auto run = [&](const std::string& answer) {
+        return run_wxl({"kde", Folder / "doubled.shp", "--id-field", "animal", "--out", Out, "--cell-size", "20",
+                        "--extent", "min", "--answer", answer});
+    };
+    EXPECT_EQ(run("overlap=no").Code, 1);
+    EXPECT_TRUE(fs::is_empty(Out));
+    EXPECT_EQ(run("overlap=yes").Code, 0);
+}
+
+TEST_F(KdeCommand, A_dry_run_tells_the_plan_and_writes_nothing) {
+    const Ran text = Kde({"--cell-size", "20", "--extent", "min", "--dry-run", "--prefix", "K"});
+    EXPECT_EQ(text.Code, 0) << text.Err;
+    EXPECT_THAT(text.Out, StartsWith("3: 4 fixes, HREF 91.6486424665735, bandwidth 91.6486424665735, 46 x 46 cells, "));
+    EXPECT_THAT(text.Out, HasSubstr("raster K1\n7: 5 fixes, HREF "));
+    const Ran asJson =
+        Kde({"--cell-size", "20", "--extent", "min", "--dry-run", "--json", "--bandwidth", "prop:0.5,2"});
+    const json animals = json::parse(asJson.Out)["animals"];
+    ASSERT_EQ(animals.size(), 4U);
+    EXPECT_NEAR(animals[1]["bandwidth_map_units"].get<double>(), 2.0 * 91.6486424665735, 1e-9);
+    EXPECT_EQ(animals[1]["columns"], 46);
+    EXPECT_NEAR(animals[1]["megabytes"].get<double>(), 46 * 46 * 8 / 1e6, 1e-12);
+    EXPECT_EQ(animals[1]["raster"], "1_b2");
+    const Ran large = Kde({"--cell-size", "1", "--extent", "full:1e6", "--dry-run"});
+    EXPECT_THAT(large.Out, HasSubstr("more than 50 million cells"));
+    EXPECT_FALSE(fs::exists(Out));
+}
+
+TEST_F(KdeCommand, The_plan_gives_the_grids_that_the_run_then_has) {
+    for (const std::string extent : {"min", "full"})
+        for (const std::string bandwidth : {"href", "80", "prop:0.8"}) {
+            const std::vector<std::string> call = {"--cell-size", "15",        "--extent", extent,     "--bandwidth",
+                                                   bandwidth,     "--rescale", "--json",   "--prefix", "P"};
+            std::vector<std::string> dry = call;
+            dry.emplace_back("--dry-run");
+            std::vector<std::string> wet = call;
+            wet.emplace_back("--overwrite");
+            const json planned = json::parse(Kde(dry).Out)["animals"];
+            const json done = json::parse(Kde(wet).Out)["animals"];
+            ASSERT_EQ(planned.size(), done.size());
+            for (std::size_t i = 0; i < done.size(); ++i)
+                for (const char* key : {"columns", "rows", "cell_size", "raster"})
+                    EXPECT_EQ(planned[i][key], done[i][key]) << extent << bandwidth << key;
+        }
+}
+
+TEST_F(KdeCommand, Nothing_is_overwritten_unless_asked) {
+    const std::vector<std::string> call = {"--cell-size", "20",         "--extent", "min", "--isopleths",
+                                           "95",          "--polygons", "--prefix", "K"};
+    ASSERT_EQ(Kde(call).Code, 0);
+    std::ofstream(fs::path(Out) / "K1_notes.txt") << "mine";
+    const Ran second = Kde(call);
+    EXPECT_EQ(second.Code, 1);
+    EXPECT_THAT(second.Err, HasSubstr("naming conflict detected"));
+    std::vector<std::string> forced = call;
+    forced[1] = "40";
+    forced.emplace_back("--overwrite");
+    const Ran third = Kde(forced);
+    EXPECT_EQ(third.Code, 0) << third.Err;
+    EXPECT_EQ(content(fs::path(Out) / "K1_notes.txt"), "mine");
+    EXPECT_EQ(files::OpenRaster(fs::path(Out) / "K1")->Band()->Geometry().CellSize, 40.0);
+    EXPECT_THAT(Report(), HasSubstr(std::string(60, '=')));
+}
+
+TEST_F(KdeCommand, A_prefix_cannot_leave_the_folder) {
+    fs::create_directories(Out);
+    fs::create_directory(Folder / "1");
+    for (const bool overwrite : {false, true}) {
+        std::vector<std::string> call = {"--cell-size", "20", "--extent", "min", "--prefix", "../"};
+        if (overwrite) call.emplace_back("--overwrite");
+        const Ran ran = Kde(call);
+        EXPECT_EQ(ran.Code, 1);
+        EXPECT_THAT(ran.Err, HasSubstr("path separator"));
+    }
+    EXPECT_TRUE(fs::exists(Folder / "1"));
+    EXPECT_TRUE(fs::is_empty(Out));
+}
+
+TEST_F(KdeCommand, Settings_are_saved_and_loaded) {
+    const std::string settings = Folder / "settings.txt";
+    ASSERT_EQ(Kde({"--cell-size", "20", "--extent", "full:700", "--adaptive", "--isopleths", "95", "--lines",
+                   "--save-settings", settings})
+                  .Code,
+              0);
+    EXPECT_THAT(content(settings), HasSubstr("[EXTENT]\r\nFULL\r\n700\r\n"));
+    const std::string other = Folder / "other";
+    const Ran ran = run_wxl(
+        {"kde", Points, "--id-field", "animal", "--out", other, "--settings", settings, "--cell-size", "25", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json first = json::parse(ran.Out)["animals"][0];
+    EXPECT_EQ(first["cell_size"], 25.0);
+    EXPECT_EQ(first["origin"], json::array({300.0, -200.0}));
+    EXPECT_EQ(first["files"].size(), 2U);
+    EXPECT_THAT(content(fs::path(other) / "WXL_KDE_ANALYSIS.txt"), HasSubstr("Kernel type: adaptive\r\n"));
+    EXPECT_EQ(Kde({"--cell-size", "20", "--prefix", "S", "--save-settings", settings}).Code, 1);
+    EXPECT_EQ(Kde({"--settings", Folder / "absent.txt"}).Code, 1);
+}
+
+TEST_F(KdeCommand, A_condition_selects_the_fixes) {
+    const Ran ran = Kde({"--cell-size", "20", "--extent", "min", "--where", "animal = '7'", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json animals = json::parse(ran.Out)["animals"];
+    ASSERT_EQ(animals.size(), 1U);
+    EXPECT_EQ(animals[0]["n"], 5);
+    EXPECT_THAT(Report(), HasSubstr("(Using selected features only)\r\n"));
+    EXPECT_EQ(Kde({"--cell-size", "20", "--where", "animal ==="}).Code, 1);
+}
+
+TEST_F(KdeCommand, Rasters_can_be_GeoTIFFs) {
+    const Ran ran = Kde({"--cell-size", "20", "--extent", "min", "--raster-format", "gtiff", "--isopleths", "95",
+                         "--polygons", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_TRUE(Stands("1.tif") && Stands("1_iso_poly.shp"));
+    EXPECT_EQ(json::parse(ran.Out)["animals"][0]["files"][0], Out + "/1.tif");
+    EXPECT_EQ(Kde({"--cell-size", "20", "--extent", "min", "--raster-format", "GTiff"}).Code, 1);
+}
+
+TEST_F(KdeCommand, A_reference_raster_gives_extent_and_cells) {
+    ASSERT_EQ(Kde({"--cell-size", "40", "--extent", "full:500", "--prefix", "R"}).Code, 0);
+    const std::string other = Folder / "other";
+    const Ran ran = run_wxl({"kde", Points, "--id-field", "animal", "--out", other, "--extent", "ref:" + Out + "/R1",
+                             "--bandwidth", "80", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json first = json::parse(ran.Out)["animals"][0];
+    EXPECT_EQ(first["cell_size"], 40.0);
+    EXPECT_EQ(first["columns"], 47);
+    EXPECT_EQ(first["origin"], json::array({500.0, 0.0}));
+    EXPECT_EQ(
+        run_wxl({"kde", Points, "--id-field", "animal", "--out", other, "--extent", "ref:" + Out + "/absent"}).Code, 1);
+}
+
+TEST_F(KdeCommand, Failing_animals_are_told_and_a_batch_without_any_success_fails) {
+    Import("one", "a,x,y\n1,0,0\n2,0,0\n2,500,100\n2,100,400\n");
+    const auto run = [&](const std::string& out, const std::string& cell) {
+        return run_wxl({"kde", Folder / "one.shp", "--id-field", "animal", "--out", Folder / out, "--cell-size", cell,
+                        "--extent", "min", "--json"});
+    };
+    const Ran some = run("some", "20");
+    EXPECT_EQ(some.Code, 0);
+    EXPECT_THAT(some.Err, HasSubstr("(Animal ID: 1)"));
+    EXPECT_THAT(some.Err, HasSubstr("wxl: 1 of 2 distributions could not be computed"));
+    const json failed = json::parse(some.Out)["animals"][0];
+    EXPECT_EQ(failed["status"], 5001);
+    EXPECT_TRUE(failed["volume"].is_null());
+    EXPECT_EQ(failed["warnings"],
+              json::array({"The bandwidth or dimensions of the output raster were 0. Could not calculate kernel."}));
+    EXPECT_EQ(run("none", "5000").Code, 1);
+}
+
+TEST_F(KdeCommand, A_folder_in_which_another_run_works_is_refused) {
+    files::DiskFileSystem disk;
+    files::DiskFolders folders;
+    files::FolderLocks locks(disk, folders);
+    fs::create_directories(Out);
+    std::string holder;
+    const auto lock = locks.Take(Out, holder);
+    for (const bool overwrite : {false, true}) {
+        std::vector<std::string> call = {"--cell-size", "20", "--extent", "min"};
+        if (overwrite) call.emplace_back("--overwrite");
+        const Ran ran = Kde(call);
+        EXPECT_EQ(ran.Code, 1);
+        EXPECT_THAT(ran.Err, HasSubstr("another analysis is writing into the output folder (process "));
+    }
+    EXPECT_FALSE(Stands("WXL_KDE_ANALYSIS.txt"));
+}
+
+TEST_F(KdeCommand, Independence_indices_stand_in_the_report_when_asked_for) {
+    ASSERT_EQ(
+        Kde({"--cell-size", "20", "--extent", "min", "--independence", "--verbose-log", "--bandwidth", "bcv"}).Code, 0);
+    EXPECT_THAT(Report(), HasSubstr("Independence of observation indices:\r\nanimal, Count, Schoener, Swihart_Slade\r\n"
+                                    "3, 4, 2, 0.5\r\n"));
+    EXPECT_THAT(Report(), HasSubstr("BCV Profile:\r\nh,BCV_value\r\n"));
+}
+
+}  // namespace
+}  // namespace wxl::cli
