@@ -1,5 +1,5 @@
 // Kernel grids of 1000 x 1000 cells: the calculator beside the plain loop.
-// Names: <kernel>/<program>/<fixes>/<search radius in cells>.
+// Names: <program>/<kernel>/<fixes>/<search radius in cells>.
 
 #include "engine/clsKernelCalculator.h"
 #include "tests/support/engine_twins.h"
@@ -28,7 +28,7 @@ tests::TwinKernel scene(const benchmark::State& state, bool adaptive) {
     return kernel;
 }
 
-void compute(benchmark::State& state, bool adaptive) {
+void grid_engine(benchmark::State& state, bool adaptive) {
     const tests::TwinKernel twin = scene(state, adaptive);
     SilentMessages messages;
     for (auto _ : state) {
@@ -46,7 +46,7 @@ void compute(benchmark::State& state, bool adaptive) {
     }
 }
 
-void compute_twin(benchmark::State& state, bool adaptive) {
+void grid_twin(benchmark::State& state, bool adaptive) {
     const tests::TwinKernel twin = scene(state, adaptive);
     for (auto _ : state) benchmark::DoNotOptimize(tests::twin_grid(twin).Volume);
 }
@@ -55,10 +55,10 @@ void cases(benchmark::internal::Benchmark* bench) {
     bench->Args({3000, 95})->Args({30000, 70})->Args({300, 400})->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK_CAPTURE(compute, fixed_engine, false)->Apply(cases);
-BENCHMARK_CAPTURE(compute_twin, fixed_twin, false)->Apply(cases)->Iterations(1);
-BENCHMARK_CAPTURE(compute, adaptive_engine, true)->Apply(cases);
-BENCHMARK_CAPTURE(compute_twin, adaptive_twin, true)->Apply(cases)->Iterations(1);
+BENCHMARK_CAPTURE(grid_engine, fixed, false)->Apply(cases);
+BENCHMARK_CAPTURE(grid_twin, fixed, false)->Apply(cases)->Iterations(1);
+BENCHMARK_CAPTURE(grid_engine, adaptive, true)->Apply(cases);
+BENCHMARK_CAPTURE(grid_twin, adaptive, true)->Apply(cases)->Iterations(1);
 
 }  // namespace
 

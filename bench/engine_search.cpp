@@ -1,4 +1,4 @@
-// LSCV and BCV searches over the default range: the optimiser beside the plain loop. Names: <score>/<program>/<fixes>.
+// LSCV and BCV searches over the default range: the optimiser beside the plain loop. Names: <program>/<score>/<fixes>.
 
 #include "engine/clsLSCV.h"
 #include "tests/support/engine_twins.h"
@@ -20,7 +20,7 @@ std::vector<platform::Point> sample(const benchmark::State& state) {
     return tests::normal_sample(static_cast<std::size_t>(state.range(0)), 800.0, {512345.0, 5834567.0}, 21);
 }
 
-void search(benchmark::State& state, void (engine::clsLSCV::*calculate)()) {
+void search_engine(benchmark::State& state, void (engine::clsLSCV::*calculate)()) {
     const std::vector<platform::Point> points = sample(state);
     SilentMessages messages;
     for (auto _ : state) {
@@ -49,13 +49,13 @@ void sizes(benchmark::internal::Benchmark* bench) {
     bench->Arg(3000)->Arg(30000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK_CAPTURE(search, lscv_engine, &engine::clsLSCV::CalculateLSCV)->Apply(sizes);
-BENCHMARK_CAPTURE(search_twin, lscv_twin, tests::TwinScore::kLscv, 2.0)
+BENCHMARK_CAPTURE(search_engine, lscv, &engine::clsLSCV::CalculateLSCV)->Apply(sizes);
+BENCHMARK_CAPTURE(search_twin, lscv, tests::TwinScore::kLscv, 2.0)
     ->Arg(3000)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(search, bcv_engine, &engine::clsLSCV::CalculateBCV2)->Apply(sizes);
-BENCHMARK_CAPTURE(search_twin, bcv_twin, tests::TwinScore::kBcv, 3.0)
+BENCHMARK_CAPTURE(search_engine, bcv, &engine::clsLSCV::CalculateBCV2)->Apply(sizes);
+BENCHMARK_CAPTURE(search_twin, bcv, tests::TwinScore::kBcv, 3.0)
     ->Arg(3000)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);

@@ -48,7 +48,7 @@ double reach_of(Criterion criterion) {
 }
 
 double highest_wave_of(Criterion criterion) {
-    return criterion == Criterion::kLscv ? 8.4 : 9.3;
+    return criterion == Criterion::kLscv ? 8.2 : 8.9;
 }
 
 PairLevel::PairLevel(Criterion criterion, double lowest, double highest)

@@ -18,9 +18,10 @@ constexpr double kPerPoint = 300.0;
 /// Cells of the largest transform, 8 bytes each.
 constexpr double kMostCells = 1.2e8;
 
-/// In tiles, bandwidths share a transform up to this ratio, and a tile's own transform has about this many cells a
-/// side.
-constexpr double kLevelRatio = 4.0;
+/// Bandwidths share a transform up to these ratios: the reach of the largest widens the box, and the smallest sets its
+/// cells. A tile's own transform has about this many cells a side.
+constexpr double kRatioOfSpectrum = 7.0;
+constexpr double kRatioOfTiles = 4.0;
 constexpr double kCellsOfTile = 2048.0;
 
 /// Tiles are numbered exactly up to here.
@@ -36,10 +37,14 @@ double cost_of_pairs(double count) {
     return kPerPair * count * (count - 1.0) / 2.0;
 }
 
+double cell_of_spectrum(Criterion criterion, double lowest) {
+    return 3.141592653589793 * lowest / (1.5 * highest_wave_of(criterion));
+}
+
 /// Cells of a transform, as a real number: the sizes themselves may be beyond any whole number.
 double cells_of_spectrum(Criterion criterion, const platform::Extent& extent, double lowest, double highest) {
     const double apart = reach_of(criterion) * highest;
-    const double cell = 3.141592653589793 * lowest / (1.5 * highest_wave_of(criterion));
+    const double cell = cell_of_spectrum(criterion, lowest);
     return (extent.Width() + apart) / cell * ((extent.Height() + apart) / cell);
 }
 
@@ -54,14 +59,14 @@ struct Level {
     double Side;
 };
 
-std::vector<Level> levels_of(Criterion criterion, std::span<const double> bandwidths) {
+std::vector<Level> levels_of(Criterion criterion, std::span<const double> bandwidths, double ratio) {
     std::vector<Level> levels;
     while (!bandwidths.empty()) {
         const double lowest = bandwidths.front();
-        const auto end = std::upper_bound(bandwidths.begin(), bandwidths.end(), kLevelRatio * lowest);
+        const auto end = std::upper_bound(bandwidths.begin(), bandwidths.end(), ratio * lowest);
         const auto count = static_cast<std::size_t>(end - bandwidths.begin());
         const double reach = reach_of(criterion) * bandwidths[count - 1];
-        const double cell = 3.141592653589793 * lowest / (1.5 * highest_wave_of(criterion));
+        const double cell = cell_of_spectrum(criterion, lowest);
         levels.push_back({bandwidths.first(count), reach, std::max(kCellsOfTile * cell - 3.0 * reach, 2.0 * reach)});
         bandwidths = bandwidths.subspan(count);
     }
@@ -87,7 +92,7 @@ TileChoice choice_for(Criterion criterion, const Tile& tile, const Level& level)
 double cost_of_tiles(Criterion criterion, std::span<const platform::Point> points, std::span<const double> bandwidths) {
     const platform::Extent extent = bounds_of(points);
     double cost = 0.0;
-    for (const Level& level : levels_of(criterion, bandwidths)) {
+    for (const Level& level : levels_of(criterion, bandwidths, kRatioOfTiles)) {
         if (std::max(extent.Width(), extent.Height()) / level.Side > kMostTilesAcross)
             return std::numeric_limits<double>::infinity();
         for_each_tile(points, level.Side, level.Reach,
@@ -110,10 +115,32 @@ void append(const PairLevel& sums, std::span<const double> bandwidths, std::vect
     }
 }
 
+double cost_of_spectra(Criterion criterion, std::span<const platform::Point> points,
+                       std::span<const double> bandwidths) {
+    const platform::Extent extent = bounds_of(points);
+    double cost = 0.0;
+    for (const Level& level : levels_of(criterion, bandwidths, kRatioOfSpectrum)) {
+        const double cells = cells_of_spectrum(criterion, extent, level.Bandwidths.front(), level.Bandwidths.back());
+        cost += cost_of_spectrum(cells, static_cast<double>(points.size()));
+    }
+    return cost;
+}
+
+std::vector<PairSum> sums_by_spectra(Criterion criterion, std::span<const platform::Point> points,
+                                     std::span<const double> bandwidths, WorkClock& clock) {
+    std::vector<PairSum> results;
+    for (const Level& level : levels_of(criterion, bandwidths, kRatioOfSpectrum)) {
+        PairLevel sums(criterion, level.Bandwidths.front(), level.Bandwidths.back());
+        sums.AddSpectrum(points, clock);
+        append(sums, level.Bandwidths, results, clock);
+    }
+    return results;
+}
+
 std::vector<PairSum> sums_by_tiles(Criterion criterion, std::span<const platform::Point> points,
                                    std::span<const double> bandwidths, WorkClock& clock) {
     std::vector<PairSum> results;
-    for (const Level& level : levels_of(criterion, bandwidths)) {
+    for (const Level& level : levels_of(criterion, bandwidths, kRatioOfTiles)) {
         PairLevel sums(criterion, level.Bandwidths.front(), level.Bandwidths.back());
         for_each_tile(points, level.Side, level.Reach, [&](const Tile& tile) {
             add_tile(sums, tile, choice_for(criterion, tile, level).Spectrum, clock);
@@ -129,8 +156,7 @@ PairMethod fastest_pair_method(Criterion criterion, std::span<const platform::Po
                                std::span<const double> bandwidths) {
     const auto count = static_cast<double>(points.size());
     const double direct = cost_of_pairs(count);
-    const double cells = cells_of_spectrum(criterion, bounds_of(points), bandwidths.front(), bandwidths.back());
-    const double spectrum = cost_of_spectrum(cells, count);
+    const double spectrum = cost_of_spectra(criterion, points, bandwidths);
     if (spectrum < direct) return PairMethod::kSpectrum;
     // Looking at the tiles takes a while itself; below this it cannot pay.
     constexpr double kWorthTiles = 5e8;
@@ -141,11 +167,9 @@ PairMethod fastest_pair_method(Criterion criterion, std::span<const platform::Po
 std::vector<PairSum> pair_sums(Criterion criterion, std::span<const platform::Point> points,
                                std::span<const double> bandwidths, PairMethod method, WorkClock& clock) {
     if (method == PairMethod::kTiles) return sums_by_tiles(criterion, points, bandwidths, clock);
+    if (method == PairMethod::kSpectrum) return sums_by_spectra(criterion, points, bandwidths, clock);
     PairLevel sums(criterion, bandwidths.front(), bandwidths.back());
-    if (method == PairMethod::kSpectrum)
-        sums.AddSpectrum(points, clock);
-    else
-        sums.AddPairs(points, clock);
+    sums.AddPairs(points, clock);
     std::vector<PairSum> results;
     append(sums, bandwidths, results, clock);
     return results;

@@ -14,7 +14,7 @@ namespace wxl::engine {
 /// Ways of summing over pairs.
 enum class PairMethod {
     kDirect,    ///< every pair once, into bins of the squared distance
-    kSpectrum,  ///< one Fourier transform of all points
+    kSpectrum,  ///< bandwidths in groups, each with one Fourier transform of all points
     kTiles      ///< bandwidths in groups; tiles of the plane, each with the faster of the two for its group
 };
 
