@@ -23,7 +23,8 @@ MAY_INCLUDE = {
 # Adapters draw the forms and know the ports, never the other way round.
 ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
-    "adapters/files": {"platform", "adapters/files"},
+    # A new shapefile is gathered in memory before it is written.
+    "adapters/files": {"platform", "adapters/files", "adapters/memory"},
     "adapters/qgis": {"platform", "kde_tool", "movement", "host", "utilities", "adapters/files", "adapters/qgis"},
 }
 SOURCES = {".h", ".cpp"}
