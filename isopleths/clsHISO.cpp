@@ -137,7 +137,8 @@ void clsHISO::FindLevels(platform::IRasterBand& band) {
 }
 
 void clsHISO::Produce(platform::IRasterDataset& dataset) {
-    const OuterEdge edge(dataset.Band()->Geometry(), m_edge);
+    const platform::RasterGeometry geometry = dataset.Band()->Geometry();
+    const OuterEdge edge(geometry, m_edge);
     Contours contours = contours_of(m_services.Contours->Contours(dataset, m_levels), m_levels, edge);
     if (is_empty(contours)) {
         m_errorStatus = isopleth_status::kNoContours;
@@ -153,7 +154,7 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     if (outputs.Lines) InsertLines(contours, outputs.Lines);
     if (outputs.Polys || outputs.Donuts) {
         const std::vector<Geometry> polygons = InsertPolygons(std::move(contours), outputs.Polys);
-        if (outputs.Donuts) InsertDonuts(polygons, outputs.Donuts);
+        if (outputs.Donuts) InsertDonuts(polygons, geometry.Bounds(), outputs.Donuts);
     }
     Finish(outputs);
 }
@@ -175,13 +176,18 @@ std::vector<Geometry> clsHISO::InsertPolygons(Contours contours, OutputClass& po
     return polygons;
 }
 
-void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, OutputClass& donuts) const {
+void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform::Extent& bounds,
+                           OutputClass& donuts) const {
     for (std::size_t i = 0; i < polygons.size(); ++i) {
-        if (polygons[i].IsNull()) continue;
+        const Geometry& outer = polygons[i];
+        if (outer.IsNull()) continue;
         if (i == 0) {
-            donuts.Insert(polygons[0], {m_statistics.Maximum, m_levels[0], 0.0, m_boundaries[0]});
+            donuts.Insert(outer, {m_statistics.Maximum, m_levels[0], 0.0, m_boundaries[0]});
         } else {
-            const Geometry ring = ring_between(polygons[i - 1], polygons[i], *m_services.Geometry);
+            const Geometry& inner = polygons[i - 1];
+            const bool isNested = m_levels[i - 1] > m_levels[i] && !reaches_border(inner, bounds);
+            const Geometry ring = isNested ? nested_ring(inner, outer, *m_services.Geometry)
+                                           : ring_between(inner, outer, *m_services.Geometry);
             donuts.Insert(ring, {m_levels[i - 1], m_levels[i], m_boundaries[i - 1], m_boundaries[i]});
         }
         m_services.Host->Yield();

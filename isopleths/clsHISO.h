@@ -91,7 +91,8 @@ private:
     void Produce(platform::IRasterDataset& dataset);
     void InsertLines(const Contours& contours, OutputClass& lines) const;
     std::vector<platform::Geometry> InsertPolygons(Contours contours, OutputClass& polys) const;
-    void InsertDonuts(const std::vector<platform::Geometry>& polygons, OutputClass& donuts) const;
+    void InsertDonuts(const std::vector<platform::Geometry>& polygons, const platform::Extent& bounds,
+                      OutputClass& donuts) const;
     void Finish(IsoplethOutputs& outputs);
     std::shared_ptr<platform::IFeatureClass> Published(const OutputClass& output,
                                                        std::shared_ptr<platform::IFeatureClass> earlier) const;

@@ -1,5 +1,6 @@
 #include "isopleths/level_polygons.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace wxl::isopleths {
@@ -21,6 +22,20 @@ Geometry ring_between(const Geometry& inner, const Geometry& outer, IGeometryOpe
     if (inner.IsNull() || outer.IsNull()) return outer;
     const Geometry ring = operators.Difference(outer, inner);
     return ring.IsNull() ? ring : operators.CleanUp(ring);
+}
+
+Geometry nested_ring(const Geometry& inner, const Geometry& outer, IGeometryOperators& operators) {
+    std::vector<Ring> rings = outer.Parts;
+    rings.insert(rings.end(), inner.Parts.begin(), inner.Parts.end());
+    sort_by_area(rings);
+    return level_polygon(std::move(rings), operators);
+}
+
+bool reaches_border(const Geometry& shape, const platform::Extent& bounds) {
+    const auto isOnBorder = [&](const platform::Point& p) {
+        return p.X <= bounds.XMin || p.X >= bounds.XMax || p.Y <= bounds.YMin || p.Y >= bounds.YMax;
+    };
+    return std::ranges::any_of(shape.Parts, [&](const Ring& ring) { return std::ranges::any_of(ring, isOnBorder); });
 }
 
 }  // namespace wxl::isopleths

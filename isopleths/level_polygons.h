@@ -20,4 +20,13 @@ platform::Geometry level_polygon(std::vector<Ring> contours, platform::IGeometry
 platform::Geometry ring_between(const platform::Geometry& inner, const platform::Geometry& outer,
                                 platform::IGeometryOperators& operators);
 
+/// The same for an inner polygon that lies within the outer one and shares no stretch of its boundary, as polygons of
+/// two levels of one surface do that stay clear of the raster's edge: what lies within an odd number of the rings of
+/// both. Takes no time that grows with rings times rings, as cutting many islands out of many does.
+platform::Geometry nested_ring(const platform::Geometry& inner, const platform::Geometry& outer,
+                               platform::IGeometryOperators& operators);
+
+/// Whether a shape has a vertex on the border of a rectangle (or outside).
+bool reaches_border(const platform::Geometry& shape, const platform::Extent& bounds);
+
 }  // namespace wxl::isopleths

@@ -6,6 +6,7 @@
 #include "adapters/files/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
 #include "isopleths/edge_closing.h"
+#include "tests/support/step_by_step.h"
 #include "tests/unit/isopleths/polygonized.h"
 #include "tests/unit/isopleths/surfaces.h"
 
@@ -17,6 +18,7 @@ namespace {
 using platform::Geometry;
 using platform::IGeometryOperators;
 using platform::RasterGeometry;
+using tests::step_by_step;
 using tests::Surface;
 
 const RasterGeometry kPlace{500000, 4000000, 30, 70, 50};
@@ -26,23 +28,6 @@ std::vector<Ring> contours_of(const Surface& surface, double level) {
     const auto raster = memory::MakeRaster("ud", surface.Geometry, surface.Cells);
     return closed_contours(operation.Contours(*raster, std::vector{level}), level,
                            OuterEdge(surface.Geometry, surface.Edge()));
-}
-
-/// The rules, one contour after the other: P around A gives P minus A, P within A gives A minus P, else their union.
-Geometry step_by_step(const std::vector<Ring>& contours, IGeometryOperators& operators) {
-    Geometry a;
-    for (const Ring& contour : contours) {
-        const Geometry p = operators.CleanUp({platform::ShapeType::kPolygon, {}, {contour}});
-        if (a.IsNull())
-            a = p;
-        else if (operators.Contains(p, a))
-            a = operators.Difference(p, a);
-        else if (operators.Contains(a, p))
-            a = operators.Difference(a, p);
-        else
-            a = operators.Union(a, p);
-    }
-    return a.IsNull() ? a : operators.CleanUp(a);
 }
 
 double symmetric_difference(const Geometry& a, const Geometry& b, IGeometryOperators& operators) {
@@ -180,6 +165,49 @@ TEST(RingBetween, Rings_of_falling_levels_are_disjoint_and_add_up_to_the_last_po
         EXPECT_NEAR(sum / operators.Area(before), 1.0, 1e-9);
         EXPECT_LE(symmetric_difference(all, before, operators), 1e-9 * sum);
     }
+}
+
+TEST(NestedRing, Equals_the_difference_of_polygons_that_stay_clear_of_the_edge) {
+    files::GeosOperators operators;
+    int compared = 0;
+    const auto compare = [&](const Surface& surface, const std::vector<double>& levels, const std::string& name) {
+        Geometry inner;
+        for (const double level : levels) {
+            const Geometry outer = level_polygon(contours_of(surface, level), operators);
+            if (!outer.IsNull() && !reaches_border(inner, surface.Geometry.Bounds())) {
+                const Geometry found = nested_ring(inner, outer, operators);
+                const Geometry expected = ring_between(inner, outer, operators);
+                EXPECT_LE(symmetric_difference(found, expected, operators), 1e-9 * operators.Area(outer)) << name;
+                EXPECT_TRUE(tests::is_valid(found)) << name;
+                if (!inner.IsNull()) ++compared;
+            }
+            inner = outer;
+        }
+    };
+    for (std::uint64_t seed = 1; seed <= 10; ++seed) {
+        const Surface hills = tests::random_bumps(kPlace, 60, 1, 5, 0.4, seed);
+        const double top = hills.Maximum();
+        compare(hills, {0.9 * top, 0.7 * top, 0.5 * top, 0.499999 * top, 0.3 * top}, "hills " + std::to_string(seed));
+        Surface steps = tests::random_steps({1000, 2000, 10, 14, 11}, 4, seed);
+        for (std::int32_t c = 0; c < 14; ++c) {
+            for (std::int32_t r = 0; r < 11; ++r) {
+                if (c == 0 || r == 0 || c == 13 || r == 10) steps.Cells[static_cast<std::size_t>(r * 14 + c)] = 0.0F;
+            }
+        }
+        compare(steps, {3, 2.5, 2, 1, 0.5}, "steps " + std::to_string(seed));
+    }
+    EXPECT_GT(compared, 40);
+}
+
+TEST(ReachesBorder, Tells_shapes_on_the_edge_from_those_inside) {
+    const platform::Extent bounds{0, 0, 10, 10};
+    const auto shape = [](double x) {
+        return Geometry{platform::ShapeType::kPolygon, {}, {{{x, 2}, {x, 4}, {x + 2, 4}, {x, 2}}}};
+    };
+    EXPECT_FALSE(reaches_border(shape(3), bounds));
+    EXPECT_TRUE(reaches_border(shape(0), bounds));
+    EXPECT_TRUE(reaches_border(shape(8), bounds));
+    EXPECT_FALSE(reaches_border({}, bounds));
 }
 
 }  // namespace
