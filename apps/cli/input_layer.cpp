@@ -1,5 +1,6 @@
 #include "apps/cli/input_layer.h"
 
+#include "adapters/files/ogr_source.h"
 #include "adapters/files/projection.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -23,14 +24,6 @@ namespace error_number = platform::error_number;
 using platform::EqualNoCase;
 using platform::Raise;
 
-/// The file of "PATH" or "PATH:LAYER".
-fs::path file_of(const std::string& input) {
-    std::error_code ignored;
-    if (fs::exists(input, ignored)) return input;
-    const std::size_t colon = input.rfind(':');
-    return colon == std::string::npos ? input : input.substr(0, colon);
-}
-
 /// Whether the file is a text that only says where the data are.
 bool leads_elsewhere(const fs::path& file) {
     std::error_code ignored;
@@ -46,7 +39,7 @@ bool leads_elsewhere(const fs::path& file) {
 }
 
 void refuse_indirect(const std::string& input) {
-    const fs::path file = file_of(input);
+    const fs::path file = files::split_input(input).first;
     const bool indirect = input.rfind("/vsi", 0) == 0 || input.find("://") != std::string::npos ||
                           EqualNoCase(file.extension().string(), ".vrt") || leads_elsewhere(file);
     if (indirect)

@@ -146,12 +146,21 @@ void project_fixes(const ImportOptions& options, const Tracking& tracking, const
             fmt::format("cannot be projected to {}; correct it, or choose another projection by --to-crs", to.Name));
 }
 
+/// Width of Time2: 10 digits, which programs take for 32 bits where they can, unless a time lies before 1970 or after
+/// 2286.
+int width_of_seconds(const Tracking& tracking) {
+    std::size_t width = 10;
+    for (const TrackingFix& fix : tracking.Fixes)
+        if (fix.HasTime()) width = std::max(width, std::to_string(fix.Seconds).size());
+    return static_cast<int>(width);
+}
+
 std::vector<platform::Field> fields_of(const Tracking& tracking) {
     std::size_t longest = 1;
     for (const std::string& animal : tracking.Animals) longest = std::max(longest, animal.size());
     std::vector<platform::Field> fields{{"animal", platform::FieldType::kText, static_cast<int>(longest), 0}};
     if (tracking.Columns.Time.empty()) return fields;
-    fields.push_back({"Time2", platform::FieldType::kInteger, 11, 0});
+    fields.push_back({"Time2", platform::FieldType::kInteger, width_of_seconds(tracking), 0});
     fields.push_back({"Date", platform::FieldType::kText, 10, 0});
     fields.push_back({"Time1", platform::FieldType::kText, 8, 0});
     return fields;

@@ -109,6 +109,20 @@ TEST(Import, Target_coordinate_system_can_be_chosen) {
     EXPECT_NEAR(rows.at(0).Location.Y, 3210000.0, 0.01);
 }
 
+TEST(Import, Times_of_any_century_come_back_as_whole_seconds) {
+    ScratchFolder folder;
+    const auto rows = rows_of(make_layer(folder,
+                                         "a,1,2,1900-01-01\n"
+                                         "a,1,2,1969-12-31 23:59:59\n"
+                                         "a,1,2,2038-01-19 03:14:08\n"
+                                         "a,1,2,2300-01-01\n"));
+    ASSERT_EQ(rows.size(), 4U);
+    EXPECT_EQ(rows[0].Values, (std::vector<FieldValue>{"a", -2208988800LL, "1900-01-01", "00:00:00"}));
+    EXPECT_EQ(rows[1].Values, (std::vector<FieldValue>{"a", -1LL, "1969-12-31", "23:59:59"}));
+    EXPECT_EQ(rows[2].Values, (std::vector<FieldValue>{"a", 2147483648LL, "2038-01-19", "03:14:08"}));
+    EXPECT_EQ(rows[3].Values, (std::vector<FieldValue>{"a", 10413792000LL, "2300-01-01", "00:00:00"}));
+}
+
 TEST(Import, Table_without_times_gets_no_time_fields) {
     ScratchFolder folder;
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
