@@ -15,6 +15,7 @@ using movement::xy_tolerance;
 using namespace platform;
 
 const Field kTime2{.Name = "Time2", .Type = FieldType::kDouble};
+const FieldValue kMissing;
 using Oids = std::vector<std::int64_t>;
 
 class Duplicates : public MovementDesk {
@@ -161,7 +162,7 @@ TEST_F(Duplicates, Beyond_the_limits_every_fix_is_compared) {
 }
 
 TEST_F(Duplicates, A_missing_time_ends_the_pass_of_the_first_fix_that_meets_it) {
-    auto& table = AddTimes({{0, 7.0}, {1, 7.0}, {2, FieldValue()}, {3, 7.0}, {4, 7.0}});
+    auto& table = AddTimes({{0, 7.0}, {1, 7.0}, {2, kMissing}, {3, 7.0}, {4, 7.0}});
     ByTime.OnClick();
     EXPECT_EQ(table.OIDs(), (Oids{0, 2, 3, 4}));
     EXPECT_EQ(Messages.Texts(), Texts{"CalcFeatures sub Error number: 13"});
