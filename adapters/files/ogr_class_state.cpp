@@ -58,7 +58,10 @@ OgrFeatureClass::State::State(const std::string& input) {
 }
 
 void OgrFeatureClass::State::Load() {
-    if (m_isShapefile) finish_interrupted_swap(m_path);
+    if (m_isShapefile)
+        finish_interrupted_swap(m_path);
+    else
+        TransactionEditor::FinishInterrupted(m_path);
     DropSources();
     m_stamp = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path);
     m_count.reset();

@@ -28,12 +28,6 @@ std::string_view text_of(std::span<const char> bytes) {
     return {bytes.data(), bytes.size()};
 }
 
-/// Not writable for this user, or protected by its owner against writing (renaming over it would get round that).
-bool is_protected(const fs::path& path) {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) != 0 || (status.st_mode & 0222) == 0 || ::access(path.c_str(), W_OK) != 0;
-}
-
 /// Whether another program holds a lock on a file, of either kind that there is.
 bool is_locked(const fs::path& file) {
     const int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC);

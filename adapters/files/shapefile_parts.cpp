@@ -83,6 +83,11 @@ void remove_indexes(const fs::path& shapefile, bool rowsChange) {
     if (rowsChange) remove_parts(shapefile, kSpatialIndexes);
 }
 
+bool is_protected(const fs::path& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) != 0 || (status.st_mode & 0222) == 0 || ::access(path.c_str(), W_OK) != 0;
+}
+
 void rename_file(const fs::path& from, const fs::path& to) {
     if (std::rename(from.c_str(), to.c_str()) != 0) RaiseErrno(errno, to);
 }

@@ -167,6 +167,8 @@ std::shared_ptr<platform::IFeatureClass> ShapefileWorkspace::Create(
     platform::CheckDatasetName(definition.Name);
     std::error_code ignored;
     if (!fs::is_directory(folder, ignored)) Raise(error_number::kPathNotFound, "There is no folder " + folder.string());
+    if (is_protected(folder))
+        Raise(error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
     const fs::path path = shapefile_path(folder, definition.Name);
     if (fs::exists(path, ignored)) Raise(error_number::kFileExists, path.string() + " already exists.");
     return std::make_shared<NewShapefile>(folder, definition);

@@ -1,8 +1,7 @@
 #include "adapters/files/transaction_editor.h"
 
+#include "adapters/files/shapefile_parts.h"
 #include "platform/runtime_error.h"
-
-#include <unistd.h>
 
 namespace wxl::files {
 
@@ -16,14 +15,6 @@ namespace {
 GdalDatasetPtr open_for_update(const fs::path& path) {
     RegisterGdal();
     return GdalDatasetPtr(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
-}
-
-bool is_writable(const fs::path& path) {
-    std::error_code failure;
-    const fs::perms rights = fs::status(path, failure).permissions();
-    const bool protectedByOwner =
-        (rights & (fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write)) == fs::perms::none;
-    return !failure && !protectedByOwner && ::access(path.c_str(), W_OK) == 0;
 }
 
 void change_cells(OGRLayer& layer, const RowEdits& edits) {
@@ -75,10 +66,18 @@ void TransactionEditor::InTransaction(Action&& action) {
         errors.RaiseWriting(m_path.string(), m_path.parent_path());
 }
 
+void TransactionEditor::FinishInterrupted(const fs::path& path) {
+    std::error_code ignored;
+    if (!fs::exists(path.string() + "-journal", ignored)) return;
+    const GdalErrors quiet;
+    const GdalDatasetPtr dataset = open_for_update(path);
+    if (dataset && dataset->GetLayerCount() > 0) dataset->GetLayer(0)->GetFeatureCount();
+}
+
 std::string TransactionEditor::WhyReadOnly() const {
-    if (!is_writable(m_path)) return m_path.string() + " is read-only.";
+    if (is_protected(m_path)) return m_path.string() + " is read-only.";
     const fs::path folder = m_path.has_parent_path() ? m_path.parent_path() : fs::path(".");
-    if (!is_writable(folder)) return "The folder " + folder.string() + " is read-only.";
+    if (is_protected(folder)) return "The folder " + folder.string() + " is read-only.";
     const GdalErrors errors;
     const GdalDatasetPtr dataset = open_for_update(m_path);
     if (!dataset) return m_path.string() + " cannot be opened for changes: " + errors.Text();

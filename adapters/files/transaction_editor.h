@@ -13,6 +13,10 @@ public:
     /// Whether a driver's layers are changed so.
     static bool Suits(const std::string& driver) { return driver == "GPKG" || driver == "SQLite"; }
 
+    /// Takes back what a killed run left half done: SQLite does it when the file is opened for changes, and refuses to
+    /// open it for reading alone until then. Does nothing when there is nothing to take back.
+    static void FinishInterrupted(const std::filesystem::path& path);
+
     std::string WhyReadOnly() const override;
     void Check(int, const platform::FieldValue&) const override {}
     void Write(const RowEdits& edits) override;
