@@ -53,6 +53,7 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     platform::FieldValue Checked(int field, const platform::FieldValue& value) const;
     void Store(std::int64_t oid, const std::map<int, platform::FieldValue>& values);
     void Delete(std::int64_t oid);
+    void CheckInsert() const { Editor().CheckInsert(); }
     void Insert(const platform::Geometry& shape, std::span<const platform::FieldValue> values);
 
     /// Writes what is held back.

@@ -223,6 +223,7 @@ std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Se
 }
 
 std::unique_ptr<IInsertCursor> open_insert_cursor(std::shared_ptr<Pass> pass) {
+    pass->State().CheckInsert();
     return std::make_unique<OgrInsertCursor>(std::move(pass));
 }
 

@@ -34,6 +34,9 @@ public:
     /// RuntimeError when the column cannot hold the value.
     virtual void Check(int field, const platform::FieldValue& value) const = 0;
 
+    /// RuntimeError when no rows can be appended.
+    virtual void CheckInsert() const = 0;
+
     /// Deleted rows may stay in the file, marked, until Repack; object IDs do not change.
     virtual void Write(const RowEdits& edits) = 0;
     virtual void AddField(const platform::Field& field) = 0;

@@ -114,6 +114,14 @@ void ShapefileEditor::Check(int field, const FieldValue& value) const {
     Cell(field, value);
 }
 
+void ShapefileEditor::CheckInsert() const {
+    std::string header(100, '\0');
+    InputFile(m_shapefile).Read(0, header);
+    if (!holds_plane_shapes(header))
+        Raise(error_number::kInvalidCall,
+              m_shapefile.string() + " holds shapes with heights or measures: no plane shape can be added.");
+}
+
 void ShapefileEditor::Patch(std::uint32_t row, std::span<char> record, const RowEdits& edits) const {
     if (edits.Deleted.contains(row)) record[0] = kDeletedMark;
     const auto values = edits.Values.find(row);

@@ -25,6 +25,7 @@ public:
 
     std::string WhyReadOnly() const override;
     void Check(int field, const platform::FieldValue& value) const override;
+    void CheckInsert() const override;
     void Write(const RowEdits& edits) override;
     void AddField(const platform::Field& field) override;
     void DeleteField(int field) override;

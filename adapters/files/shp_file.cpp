@@ -67,15 +67,18 @@ std::uint32_t count_u31(std::size_t count) {
     return static_cast<std::uint32_t>(count);
 }
 
-/// Extent of a record's shape; empty for a null shape. Points (types 1, 11, 21) are their own extent, all others begin
-/// with theirs.
+/// Points, with heights and measures or without, are their own extent; all other shapes begin with theirs.
+bool is_point_type(std::uint32_t type) {
+    return type == 1 || type == 11 || type == 21;
+}
+
+/// Extent of a record's shape; empty for a null shape.
 Extent record_extent(std::string_view record) {
     Extent extent;
     const std::uint32_t type = load_little<std::uint32_t>(record, 0);
     if (type == kNull) return extent;
     extent.Include({load_little<double>(record, 4), load_little<double>(record, 12)});
-    if (type % 10 != 1 && record.size() >= 36)
-        extent.Include({load_little<double>(record, 20), load_little<double>(record, 28)});
+    if (!is_point_type(type)) extent.Include({load_little<double>(record, 20), load_little<double>(record, 28)});
     return extent;
 }
 
@@ -119,6 +122,11 @@ std::string shp_header(ShapeType type) {
     return header;
 }
 
+bool holds_plane_shapes(const std::string& header) {
+    const std::uint32_t type = load_little<std::uint32_t>(header, 32);
+    return type == kPoint || type == kPolyline || type == kPolygon;
+}
+
 ShpReader::ShpReader(const std::filesystem::path& shp, const std::filesystem::path& shx)
     : m_shapes(shp), m_header(kHeaderLength, '\0') {
     m_shapes.Read(0, m_header);
@@ -141,7 +149,7 @@ std::string ShpReader::Record(std::uint32_t row) const {
     std::string record(length, '\0');
     m_shapes.Read(offset + 8, record);
     const std::uint32_t type = load_little<std::uint32_t>(record, 0);
-    if (type != kNull && record.size() < (type % 10 == 1 ? 20U : 36U))
+    if (type != kNull && record.size() < (is_point_type(type) ? 20U : 36U))
         raise_damaged(m_shapes.Path(), "record " + std::to_string(row) + " is too short");
     return record;
 }

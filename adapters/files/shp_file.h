@@ -60,4 +60,7 @@ private:
 /// Header of an empty file of shapes of that type.
 std::string shp_header(platform::ShapeType type);
 
+/// Whether the shapes of a file with that header have no heights and no measures.
+bool holds_plane_shapes(const std::string& header);
+
 }  // namespace wxl::files

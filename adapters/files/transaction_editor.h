@@ -19,6 +19,7 @@ public:
 
     std::string WhyReadOnly() const override;
     void Check(int, const platform::FieldValue&) const override {}
+    void CheckInsert() const override {}
     void Write(const RowEdits& edits) override;
     void AddField(const platform::Field& field) override;
     void DeleteField(int field) override;

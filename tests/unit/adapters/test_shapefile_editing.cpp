@@ -227,6 +227,7 @@ TEST_F(ShapefileEditing, Heights_of_shapes_are_carried_over) {
         const auto cursor = features->Find({});
         cursor->NextFeature();
         cursor->NextFeature()->Delete();
+        EXPECT_EQ(ErrorOf([&] { features->Insert(); }).Number, 5);
     }
     const GdalDatasetPtr dataset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR));
     const OGRFeatureUniquePtr last(dataset->GetLayer(0)->GetFeature(1));
