@@ -3,6 +3,7 @@
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/import.h"
 #include "apps/cli/commands/info.h"
+#include "apps/cli/commands/isopleths.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/manual.h"
 #include "apps/cli/commands/stats.h"
@@ -36,6 +37,7 @@ std::vector<Command> register_commands(CLI::App& program) {
     add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);
+    add(commands, program, "isopleths", "Draw isopleths of a density raster", register_isopleths, run_isopleths);
     add(commands, program, "man", "Print a manual page", register_man, run_man);
     add(commands, program, "completion", "Print a completion script", register_completion, run_completion);
     return commands;

@@ -105,6 +105,7 @@ ConsoleMessages::ConsoleMessages(Console& console, Answers answers)
 Answer ConsoleMessages::Show(const platform::MessageBox& box) {
     if (is_fault_report(box)) ++m_faults;
     const bool question = box.Choice != Buttons::kOk;
+    if (!question) ++m_notices;
     if (m_stopped && question) throw QuestionUnanswered();
     if (m_stopped) return Answer::kOk;
 

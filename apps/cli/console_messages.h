@@ -48,11 +48,15 @@ public:
     /// ended in such a box has failed.
     int Faults() const { return m_faults; }
 
+    /// How many boxes told something without asking, reports of faults included.
+    int Notices() const { return m_notices; }
+
 private:
     Console& m_console;
     Answers m_answers;
     bool m_stopped = false;
     int m_faults = 0;
+    int m_notices = 0;
 };
 
 /// The host of a run without a window: nothing to repaint, status texts are not shown. After an unanswered question

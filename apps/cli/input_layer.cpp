@@ -38,15 +38,6 @@ bool leads_elsewhere(const fs::path& file) {
                        [&](std::string_view root) { return text.find(root) != std::string_view::npos; });
 }
 
-void refuse_indirect(const std::string& input) {
-    const fs::path file = files::split_input(input).first;
-    const bool indirect = input.rfind("/vsi", 0) == 0 || input.find("://") != std::string::npos ||
-                          EqualNoCase(file.extension().string(), ".vrt") || leads_elsewhere(file);
-    if (indirect)
-        Raise(error_number::kInvalidCall,
-              input + " leads to data elsewhere: name the file that holds them, or give --allow-indirect");
-}
-
 std::string degrees_advice(platform::IFeatureClass& points) {
     const platform::Extent extent = points.Bounds();
     const auto zone = extent.IsEmpty()
@@ -58,11 +49,24 @@ std::string degrees_advice(platform::IFeatureClass& points) {
 
 }  // namespace
 
+void add_indirect_option(CLI::App& command, bool& allowed) {
+    command.add_flag("--allow-indirect", allowed,
+                     "Read inputs that lead to data elsewhere (archives, addresses, virtual datasets)");
+}
+
+void refuse_indirect(const std::string& input) {
+    const fs::path file = files::split_input(input).first;
+    const bool indirect = input.rfind("/vsi", 0) == 0 || input.find("://") != std::string::npos ||
+                          EqualNoCase(file.extension().string(), ".vrt") || leads_elsewhere(file);
+    if (indirect)
+        Raise(error_number::kInvalidCall,
+              input + " leads to data elsewhere: name the file that holds them, or give --allow-indirect");
+}
+
 void add_input_options(CLI::App& command, InputOptions& options) {
     command.add_option("INPUT", options.Input, "Point layer: FILE, or FILE:LAYER where the file holds several")
         ->required();
-    command.add_flag("--allow-indirect", options.AllowIndirect,
-                     "Read inputs that lead to data elsewhere (archives, addresses, virtual datasets)");
+    add_indirect_option(command, options.AllowIndirect);
 }
 
 void add_measured_input_options(CLI::App& command, InputOptions& options) {

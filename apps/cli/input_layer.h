@@ -18,6 +18,12 @@ struct InputOptions {
     bool Degrees = false;        ///< a layer in degrees is taken as it is
 };
 
+/// Gives `command` the flag --allow-indirect.
+void add_indirect_option(CLI::App& command, bool& allowed);
+
+/// RuntimeError 5 for an input that leads to data elsewhere: a /vsi path, a URL, a virtual dataset.
+void refuse_indirect(const std::string& input);
+
 /// Gives `command` the argument INPUT and --allow-indirect.
 void add_input_options(CLI::App& command, InputOptions& options);
 
@@ -25,7 +31,7 @@ void add_input_options(CLI::App& command, InputOptions& options);
 void add_measured_input_options(CLI::App& command, InputOptions& options);
 
 /// Opens the point layer. RuntimeError with advice: no such file or layer, several layers, no points, and, unless
-/// allowed, a source that leads elsewhere: a /vsi path, a URL, a virtual dataset.
+/// allowed, a source that leads elsewhere.
 std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& options);
 
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the

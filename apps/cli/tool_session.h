@@ -10,7 +10,9 @@
 #include "platform/services.h"
 #include "utilities/Utilities.h"
 
+#include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace wxl::cli {
 
@@ -20,6 +22,17 @@ public:
     std::optional<std::filesystem::path> OpenFile(const platform::FileDialog&) override { return std::nullopt; }
     std::optional<std::filesystem::path> SaveFile(const platform::FileDialog&) override { return std::nullopt; }
     std::optional<std::filesystem::path> ChooseFolder(const std::string&) override { return std::nullopt; }
+};
+
+/// File dialogs answered from the command line: each dialog gets the one file set for it, or is cancelled.
+class OptionDialogs final : public platform::IFileDialogs {
+public:
+    std::optional<std::filesystem::path> OpenFile(const platform::FileDialog&) override { return FileToOpen; }
+    std::optional<std::filesystem::path> SaveFile(const platform::FileDialog&) override { return FileToSave; }
+    std::optional<std::filesystem::path> ChooseFolder(const std::string&) override { return std::nullopt; }
+
+    std::optional<std::filesystem::path> FileToOpen;
+    std::optional<std::filesystem::path> FileToSave;
 };
 
 /// What the tools need around them, over files on disk and the console: a document with one map, message boxes, and

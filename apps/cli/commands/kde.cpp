@@ -4,8 +4,8 @@
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/output_folder.h"
 #include "apps/cli/tool_session.h"
-#include "platform/runtime_error.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -90,14 +90,6 @@ constexpr const char* kFooter =
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run";
 
-void make_folder(const std::filesystem::path& folder) {
-    std::error_code failure;
-    std::filesystem::create_directories(folder, failure);
-    if (!std::filesystem::is_directory(folder, failure))
-        platform::Raise(platform::error_number::kPathNotFound,
-                        folder.string() + ": this folder cannot be made; choose another by --out");
-}
-
 /// Tells of distributions that could not be computed.
 int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
     if (output.Failed() > 0)
@@ -127,7 +119,7 @@ private:
 };
 
 int press_ok(const KdeOptions& options, kde_tool::frmKDE& form, Console& console) {
-    if (!std::filesystem::exists(form.OutputFolderPath())) make_folder(form.OutputFolderPath());
+    if (!std::filesystem::exists(form.OutputFolderPath())) make_output_folder(form.OutputFolderPath());
     if (options.Overwrite) delete_outputs(form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
