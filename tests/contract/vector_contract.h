@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace wxl::contract {
 
@@ -39,6 +40,8 @@ public:
 struct NamedHost {
     std::string Name;
     std::function<std::unique_ptr<VectorHost>()> Make;
+
+    friend void PrintTo(const NamedHost& host, std::ostream* out) { *out << host.Name; }
 };
 
 inline std::string HostName(const testing::TestParamInfo<NamedHost>& info) {

@@ -1,0 +1,68 @@
+#include "adapters/files/ogr_feature_class.h"
+#include "adapters/files/shapefile_workspace.h"
+#include "adapters/qgis/qgis_layers.h"
+#include "adapters/qgis/qgis_values.h"
+#include "tests/contract/vector_contract.h"
+#include "tests/contract/vector_files.h"
+#include "tests/support/scratch_folder.h"
+
+#include <map>
+#include <qgsvectorlayer.h>
+
+namespace wxl::contract {
+namespace {
+
+enum class Format { kShapefile, kGeoPackage };
+
+/// Vector layers of QGIS over files of one format.
+class QgisHost final : public VectorHost {
+public:
+    explicit QgisHost(Format format) : m_format(format) {}
+
+    std::shared_ptr<platform::IFeatureLayer> MakeLayer(const platform::FeatureClassDefinition& definition,
+                                                       const std::vector<Row>& rows) override {
+        const auto file = m_format == Format::kShapefile ? WriteShapefile(Folder(), definition, rows)
+                                                         : WriteGeoPackage(Folder(), definition, rows);
+        auto vector = std::make_unique<QgsVectorLayer>(qgis::ToQString(file.string()), qgis::ToQString(definition.Name),
+                                                       QStringLiteral("ogr"));
+        EXPECT_TRUE(vector->isValid()) << file;
+        const auto layer = std::make_shared<qgis::QgisFeatureLayer>(*vector);
+        m_layers[layer.get()] = {std::move(vector), file};
+        return layer;
+    }
+
+    void Select(platform::IFeatureLayer& layer, const std::vector<std::int64_t>& oids) override {
+        QgsFeatureIds ids;
+        for (const std::int64_t oid : oids) ids.insert(oid);
+        m_layers.at(&layer).Vector->selectByIds(ids);
+    }
+
+    std::shared_ptr<platform::IFeatureClass> Reopen(platform::IFeatureLayer& layer) override {
+        return files::OgrFeatureClass::Open(m_layers.at(&layer).File.string());
+    }
+
+    platform::IShapefileWorkspace* Shapefiles() override {
+        return m_format == Format::kShapefile ? &m_shapefiles : nullptr;
+    }
+    std::filesystem::path Folder() const override { return m_folder.Path(); }
+
+private:
+    struct Made {
+        std::unique_ptr<QgsVectorLayer> Vector;
+        std::filesystem::path File;
+    };
+
+    Format m_format;
+    tests::ScratchFolder m_folder;
+    files::ShapefileWorkspace m_shapefiles;
+    std::map<platform::IFeatureLayer*, Made> m_layers;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Qgis, VectorContract,
+    testing::Values(NamedHost{"Shapefile", [] { return std::make_unique<QgisHost>(Format::kShapefile); }},
+                    NamedHost{"GeoPackage", [] { return std::make_unique<QgisHost>(Format::kGeoPackage); }}),
+    HostName);
+
+}  // namespace
+}  // namespace wxl::contract
