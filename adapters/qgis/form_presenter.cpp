@@ -30,8 +30,8 @@ void QgisFormPresenter::ShowPleaseWait(movement::FrmPW& form) {
     m_pleaseWait->raise();
 }
 
-void QgisFormPresenter::HidePleaseWait(movement::FrmPW&) {
-    m_pleaseWait.reset();
+void QgisFormPresenter::HidePleaseWait(movement::FrmPW& form) {
+    if (m_pleaseWait && m_pleaseWait->Shows(form)) m_pleaseWait.reset();
 }
 
 }  // namespace wxl::qgis

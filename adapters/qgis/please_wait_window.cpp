@@ -8,7 +8,8 @@
 namespace wxl::qgis {
 
 PleaseWaitWindow::PleaseWaitWindow(movement::FrmPW& form, QgisHost& host, QWidget* parent)
-    : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint) {
+    : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      m_form(form) {
     setObjectName(QStringLiteral("FrmPW"));
     setWindowTitle(ToQString(form.Caption));
     auto* bar = new QProgressBar;

@@ -35,13 +35,9 @@ class QgisTrackGraphics::Item final : public QgsMapCanvasItem {
 public:
     explicit Item(QgsMapCanvas* canvas) : QgsMapCanvasItem(canvas) { setZValue(50); }
 
-    void Add(const platform::TrackLeg& leg) {
-        m_legs.push_back(leg);
-    }
+    void Add(const platform::TrackLeg& leg) { m_legs.push_back(leg); }
 
-    void Clear() {
-        m_legs.clear();
-    }
+    void Clear() { m_legs.clear(); }
 
     void Show() {
         updatePosition();

@@ -49,7 +49,10 @@ void QgisMap::AddDataset(const std::filesystem::path& dataset) {
     if (!layer->isValid())
         platform::Raise(platform::error_number::kDeviceIo,
                         "The dataset \"" + dataset.string() + "\" could not be added to the map.");
+    // The highlighted layer stays the one that the user works on.
+    QgsMapLayer* current = m_desktop.LayerTree ? m_desktop.LayerTree->currentLayer() : nullptr;
     QgsProject::instance()->addMapLayer(layer.release());
+    if (current) m_desktop.LayerTree->setCurrentLayer(current);
 }
 
 platform::Extent QgisMap::View() const {

@@ -95,7 +95,7 @@ void QgisHost::Yield() {
 }
 
 void QgisHost::SetStatus(std::string_view text) {
-    if (!m_statusBar.isNull()) m_statusBar->showMessage(ToQString(text));
+    if (m_showStatus) m_showStatus(ToQString(text));
 }
 
 std::shared_ptr<void> QgisHost::OnYield(std::function<void()> refresh) {

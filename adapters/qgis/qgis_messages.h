@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <QPointer>
-#include <QStatusBar>
 #include <QWidget>
 #include <vector>
 
@@ -33,7 +32,8 @@ private:
 /// Gives Qt's event loop a turn; forms on screen show their new values first.
 class QgisHost final : public platform::IHost {
 public:
-    explicit QgisHost(QStatusBar* statusBar) : m_statusBar(statusBar) {}
+    /// `showStatus` puts a line into the desktop's status bar; empty where there is none.
+    explicit QgisHost(std::function<void(const QString&)> showStatus) : m_showStatus(std::move(showStatus)) {}
     void Yield() override;
     void SetStatus(std::string_view text) override;
 
@@ -41,7 +41,7 @@ public:
     [[nodiscard]] std::shared_ptr<void> OnYield(std::function<void()> refresh);
 
 private:
-    QPointer<QStatusBar> m_statusBar;
+    std::function<void(const QString&)> m_showStatus;
     std::vector<std::weak_ptr<std::function<void()>>> m_refreshers;
 };
 

@@ -1,11 +1,6 @@
 #pragma once
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/disk_file_system.h"
+#include "adapters/files/disk_services.h"
 #include "adapters/files/files_map.h"
-#include "adapters/files/folder_lock.h"
-#include "adapters/files/geos_operators.h"
-#include "adapters/files/raster_workspace.h"
-#include "adapters/files/shapefile_workspace.h"
 #include "apps/cli/console_messages.h"
 #include "platform/services.h"
 #include "utilities/Utilities.h"
@@ -58,16 +53,7 @@ private:
     ConsoleMessages m_messages;
     ConsoleHost m_host;
     NoDialogs m_dialogs;
-    platform::SystemClock m_clock;
-    files::DiskFileSystem m_files;
-    files::DiskFolders m_folders;
-    files::SystemTempPath m_tempPath;
-    files::RasterWorkspace m_rasters;
-    files::TinWorkspace m_tins;
-    files::ShapefileWorkspace m_shapefiles;
-    files::GeosOperators m_geometry;
-    files::ContourOperation m_contours;
-    files::FolderLocks m_locks;
+    files::DiskServices m_disk;
     platform::Services m_services;
     std::shared_ptr<files::FilesApplication> m_application;
     utilities::Utilities m_geodata;

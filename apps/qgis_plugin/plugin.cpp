@@ -1,11 +1,6 @@
 // The functions that QGIS looks for in a plugin library, and the plugin's wiring.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/folder_lock.h"
-#include "adapters/files/geos_operators.h"
-#include "adapters/files/raster_workspace.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/files/disk_services.h"
 #include "adapters/qgis/desktop_toolbar.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/qgis_map.h"
@@ -15,9 +10,8 @@
 #include <optional>
 #include <qgisinterface.h>
 #include <qgisplugin.h>
-#include <qgsconfig.h>
+#include <qgsstatusbar.h>
 #include <QIcon>
-#include <QMainWindow>
 #include <QPointer>
 
 namespace {
@@ -37,12 +31,10 @@ public:
     explicit Wiring(QgisInterface& desktop)
         : m_messages(desktop.mainWindow()),
           m_dialogs(desktop.mainWindow()),
-          m_host(qobject_cast<QMainWindow*>(desktop.mainWindow())->statusBar()),
-          m_rasters(m_files, m_folders),
-          m_tins(m_files, m_folders),
+          m_host([&desktop](const QString& text) { desktop.statusBarIface()->showMessage(text); }),
           m_presenter(m_host, desktop.mainWindow(), desktop.mapCanvas()),
-          m_application(
-              std::make_shared<qgis::QgisApplication>(qgis::Desktop{desktop.mapCanvas(), desktop.layerTreeView(), {}})),
+          m_application(std::make_shared<wxl::qgis::QgisApplication>(
+              wxl::qgis::Desktop{desktop.mapCanvas(), desktop.layerTreeView(), {}})),
           m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application)) {}
 
     QToolBar* ToolBar() const { return m_toolBar.Widget(); }
@@ -53,35 +45,16 @@ private:
         services.Messages = &m_messages;
         services.Dialogs = &m_dialogs;
         services.Host = &m_host;
-        services.Clock = &m_clock;
-        services.Files = &m_files;
-        services.Folders = &m_folders;
-        services.TempPath = &m_tempPath;
-        services.Rasters = &m_rasters;
-        services.Shapefiles = &m_shapefiles;
-        services.Tins = &m_tins;
-        services.Geometry = &m_geometry;
-        services.Contours = &m_contours;
-        services.Locks = &m_locks;
-        return services;
+        return m_disk.Complete(services);
     }
 
-    qgis::QgisMessages m_messages;
-    qgis::QgisFileDialogs m_dialogs;
-    qgis::QgisHost m_host;
-    platform::SystemClock m_clock;
-    files::DiskFileSystem m_files;
-    files::DiskFolders m_folders;
-    files::SystemTempPath m_tempPath;
-    files::RasterWorkspace m_rasters;
-    files::ShapefileWorkspace m_shapefiles;
-    files::TinWorkspace m_tins;
-    files::GeosOperators m_geometry;
-    files::ContourOperation m_contours;
-    files::FolderLocks m_locks;
-    qgis::QgisFormPresenter m_presenter;
-    std::shared_ptr<qgis::QgisApplication> m_application;
-    qgis::DesktopToolBar m_toolBar;
+    wxl::qgis::QgisMessages m_messages;
+    wxl::qgis::QgisFileDialogs m_dialogs;
+    wxl::qgis::QgisHost m_host;
+    files::DiskServices m_disk;
+    wxl::qgis::QgisFormPresenter m_presenter;
+    std::shared_ptr<wxl::qgis::QgisApplication> m_application;
+    wxl::qgis::DesktopToolBar m_toolBar;
 };
 
 class WxlPlugin final : public QgisPlugin {

@@ -69,7 +69,7 @@ protected:
 
     memory::MemoryMessages m_messages;
     memory::MemoryFileDialogs m_dialogs;
-    QgisHost m_host{nullptr};
+    QgisHost m_host{{}};
     platform::Services m_services;
     std::unique_ptr<utilities::Utilities> m_geodata;
     std::unique_ptr<kde_tool::frmKDE> m_form;
