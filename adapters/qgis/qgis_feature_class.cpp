@@ -1,6 +1,7 @@
 #include "adapters/qgis/qgis_feature_class.h"
 
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -16,72 +17,20 @@
 
 namespace wxl::qgis {
 
-using platform::error_number::kDeviceIo;
-using platform::error_number::kObjectNotSet;
 using platform::error_number::kPermissionDenied;
 using platform::error_number::kSubscript;
 
-/// A layer with the changes that are not written yet.
-struct TableState {
-    QPointer<QgsVectorLayer> Layer;
-    QgsChangedAttributesMap Changes;
-    QgsFeatureIds ToDelete;  ///< no cursor meets these rows again, though they still stand in the store
-
-    QgsVectorLayer& Open() const {
-        if (Layer.isNull()) platform::Raise(kObjectNotSet, "The layer was removed from the map.");
-        return *Layer;
-    }
-
-    void Fail(const char* what) const {
-        platform::Raise(kDeviceIo, "The layer \"" + FromQString(Open().name()) + "\" could not be changed (" + what +
-                                       "): " + FromQString(Open().dataProvider()->error().message()));
-    }
-
-    void Flush() {
-        QgsVectorLayer& layer = Open();
-        if (!Changes.isEmpty()) {
-            const QgsChangedAttributesMap changes = std::exchange(Changes, {});
-            if (layer.isEditable()) {
-                layer.beginEditCommand(QStringLiteral("WXL Tools"));
-                for (auto row = changes.begin(); row != changes.end(); ++row)
-                    if (!layer.changeAttributeValues(row.key(), row.value())) Fail("attribute values");
-                layer.endEditCommand();
-            } else if (!layer.dataProvider()->changeAttributeValues(changes)) {
-                Fail("attribute values");
-            }
-        }
-        if (!ToDelete.isEmpty()) {
-            // One call with all ids: every provider call renumbers a shapefile's rows.
-            const QgsFeatureIds ids = std::exchange(ToDelete, {});
-            if (layer.isEditable()) {
-                layer.beginEditCommand(QStringLiteral("WXL Tools"));
-                if (!layer.deleteFeatures(ids)) Fail("rows");
-                layer.endEditCommand();
-            } else if (!layer.dataProvider()->deleteFeatures(ids)) {
-                Fail("rows");
-            }
-            layer.removeSelection();
-        }
-    }
-};
-
 namespace {
 
-/// One pass state per layer, shared by its class and its selection: a row deleted through one is gone for the other.
-std::shared_ptr<TableState> state_of(QgsVectorLayer& layer) {
-    static std::map<QgsVectorLayer*, std::weak_ptr<TableState>> open;
-    std::erase_if(open, [](const auto& entry) { return entry.second.expired(); });
-    if (auto state = open[&layer].lock(); state && !state->Layer.isNull()) return state;
-    auto state = std::make_shared<TableState>();
-    state->Layer = &layer;
-    open[&layer] = state;
-    return state;
+bool IsGone(QgsVectorLayer& layer, QgsFeatureId id) {
+    const auto pass = TablePass::Running(layer);
+    return pass && pass->IsGone(id);
 }
 
 class QgisFeature final : public platform::IFeature {
 public:
-    QgisFeature(std::shared_ptr<TableState> state, QgsFeature feature)
-        : m_state(std::move(state)), m_feature(std::move(feature)) {}
+    QgisFeature(std::shared_ptr<TablePass> pass, QgsFeature feature)
+        : m_pass(std::move(pass)), m_feature(std::move(feature)) {}
 
     std::int64_t OID() const override { return m_feature.id(); }
     platform::Geometry Shape() const override { return FromQgsGeometry(m_feature.geometry()); }
@@ -93,25 +42,33 @@ public:
 
     void SetValue(int field, const platform::FieldValue& value) override {
         CheckField(field);
-        const QVariant changed = ToVariant(value, m_state->Open().fields().at(field).type());
+        const QgsField column = m_pass->Open().fields().at(field);
+        const QVariant changed = ToVariant(platform::ValueForColumn(value, FromQgsField(column).Type), column.type());
         m_feature.setAttribute(field, changed);
         m_changed[field] = changed;
     }
 
     void Store() override {
-        for (auto cell = m_changed.begin(); cell != m_changed.end(); ++cell)
-            m_state->Changes[m_feature.id()][cell.key()] = cell.value();
-        m_changed.clear();
+        CheckStands();
+        m_pass->Store(m_feature.id(), std::exchange(m_changed, {}));
     }
 
-    void Delete() override { m_state->ToDelete.insert(m_feature.id()); }
+    void Delete() override {
+        CheckStands();
+        m_pass->Delete(m_feature.id());
+    }
 
 private:
+    void CheckStands() const {
+        if (m_pass->IsGone(m_feature.id()))
+            platform::Raise(platform::error_number::kInvalidCall, "The row was deleted.");
+    }
+
     void CheckField(int field) const {
         if (field < 0 || field >= m_feature.attributeCount()) platform::Raise(kSubscript);
     }
 
-    std::shared_ptr<TableState> m_state;
+    std::shared_ptr<TablePass> m_pass;
     QgsFeature m_feature;
     QgsAttributeMap m_changed;
 };
@@ -138,12 +95,12 @@ QgsFeatureRequest request_of(const QgsVectorLayer& layer, const platform::Search
 
 class QgisCursor final : public platform::IFeatureCursor {
 public:
-    QgisCursor(std::shared_ptr<TableState> state, const QgsFeatureRequest& request)
-        : m_state(std::move(state)), m_rows(m_state->Open().getFeatures(request)) {}
+    QgisCursor(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
+        : m_pass(std::move(pass)), m_rows(m_pass->Open().getFeatures(request)) {}
 
     ~QgisCursor() override {
         try {
-            m_state->Flush();
+            m_pass->Flush();
         } catch (const platform::RuntimeError&) {
             // A caller that wants to know calls Flush itself.
         }
@@ -152,30 +109,30 @@ public:
     std::unique_ptr<platform::IFeature> NextFeature() override {
         QgsFeature feature;
         while (m_rows.nextFeature(feature))
-            if (!m_state->ToDelete.contains(feature.id())) return std::make_unique<QgisFeature>(m_state, feature);
+            if (!m_pass->IsGone(feature.id())) return std::make_unique<QgisFeature>(m_pass, feature);
         return nullptr;
     }
 
-    void Flush() override { m_state->Flush(); }
+    void Flush() override { m_pass->Flush(); }
 
 private:
-    std::shared_ptr<TableState> m_state;
+    std::shared_ptr<TablePass> m_pass;
     QgsFeatureIterator m_rows;
 };
 
 /// Selected rows by ascending id: providers promise no order for a list of ids, so they are fetched in sorted blocks.
 class SelectionCursor final : public platform::IFeatureCursor {
 public:
-    SelectionCursor(std::shared_ptr<TableState> state, QgsFeatureRequest request)
-        : m_state(std::move(state)), m_request(std::move(request)) {
-        const QgsFeatureIds& selected = m_state->Open().selectedFeatureIds();
+    SelectionCursor(std::shared_ptr<TablePass> pass, QgsFeatureRequest request)
+        : m_pass(std::move(pass)), m_request(std::move(request)) {
+        const QgsFeatureIds& selected = m_pass->Open().selectedFeatureIds();
         m_ids.assign(selected.begin(), selected.end());
         std::sort(m_ids.begin(), m_ids.end());
     }
 
     ~SelectionCursor() override {
         try {
-            m_state->Flush();
+            m_pass->Flush();
         } catch (const platform::RuntimeError&) {
             // A caller that wants to know calls Flush itself.
         }
@@ -187,12 +144,12 @@ public:
             while (!m_block.empty()) {
                 const QgsFeature feature = m_block.front();
                 m_block.pop_front();
-                if (!m_state->ToDelete.contains(feature.id())) return std::make_unique<QgisFeature>(m_state, feature);
+                if (!m_pass->IsGone(feature.id())) return std::make_unique<QgisFeature>(m_pass, feature);
             }
         }
     }
 
-    void Flush() override { m_state->Flush(); }
+    void Flush() override { m_pass->Flush(); }
 
 private:
     /// False when no ids are left; the block may stay empty when no row of it meets the query.
@@ -208,9 +165,9 @@ private:
         request.setFilterFids(block);
         QgsExpressionContext context;
         context.appendScope(new QgsExpressionContextScope());
-        context.setFields(m_state->Open().fields());
+        context.setFields(m_pass->Open().fields());
         if (where) where->prepare(&context);
-        QgsFeatureIterator rows = m_state->Open().getFeatures(request);
+        QgsFeatureIterator rows = m_pass->Open().getFeatures(request);
         QgsFeature feature;
         while (rows.nextFeature(feature)) {
             context.setFeature(feature);
@@ -222,7 +179,7 @@ private:
     }
 
     static constexpr std::size_t kBlock = 10000;
-    std::shared_ptr<TableState> m_state;
+    std::shared_ptr<TablePass> m_pass;
     QgsFeatureRequest m_request;
     std::vector<QgsFeatureId> m_ids;
     std::size_t m_next = 0;
@@ -231,10 +188,12 @@ private:
 
 class QgisInsertCursor final : public platform::IInsertCursor {
 public:
-    explicit QgisInsertCursor(std::shared_ptr<TableState> state) : m_state(std::move(state)) {}
+    explicit QgisInsertCursor(std::shared_ptr<TablePass> pass) : m_pass(std::move(pass)) {}
 
     void Insert(const platform::Geometry& shape, std::span<const platform::FieldValue> values) override {
-        const QgsFields fields = m_state->Open().fields();
+        if (!shape.IsNull() && shape.Type != ShapeTypeOf(m_pass->Open().geometryType()))
+            platform::Raise(platform::error_number::kInvalidCall, "The layer holds shapes of another type.");
+        const QgsFields fields = m_pass->Open().fields();
         QgsFeature feature(fields);
         feature.setGeometry(ToQgsGeometry(shape));
         for (std::size_t i = 0; i < values.size() && static_cast<int>(i) < fields.count(); ++i)
@@ -243,72 +202,82 @@ public:
     }
 
     void Flush() override {
-        QgsVectorLayer& layer = m_state->Open();
+        QgsVectorLayer& layer = m_pass->Open();
         QgsFeatureList features = std::exchange(m_features, {});
         if (features.isEmpty()) return;
         const bool stored =
             layer.isEditable() ? layer.addFeatures(features) : layer.dataProvider()->addFeatures(features);
-        if (!stored) m_state->Fail("new rows");
+        if (!stored) m_pass->Fail("new rows");
         layer.updateExtents();
     }
 
 private:
-    std::shared_ptr<TableState> m_state;
+    std::shared_ptr<TablePass> m_pass;
     QgsFeatureList m_features;
 };
 
 }  // namespace
 
-QgisFeatureClass::QgisFeatureClass(QgsVectorLayer& layer) : m_state(state_of(layer)) {}
+QgisFeatureClass::QgisFeatureClass(QgsVectorLayer& layer) : m_layer(&layer) {}
 
 platform::ShapeType QgisFeatureClass::Shape() const {
-    return ShapeTypeOf(m_state->Open().geometryType());
+    return ShapeTypeOf(open_layer(m_layer).geometryType());
 }
 
 platform::SpatialReference QgisFeatureClass::Reference() const {
-    return FromCrs(m_state->Open().crs());
+    return FromCrs(open_layer(m_layer).crs());
 }
 
 platform::Extent QgisFeatureClass::Bounds() const {
-    // The cached extent of a layer does not shrink when rows go.
-    QgsVectorLayer& layer = m_state->Open();
-    layer.updateExtents();
-    const QgsRectangle box = layer.extent();
-    if (box.isNull() && layer.featureCount() == 0) return {};
-    return {box.xMinimum(), box.yMinimum(), box.xMaximum(), box.yMaximum()};
+    // Row by row: the cached extent of a layer does not shrink when rows go, and knows no rows without a shape.
+    platform::Extent bounds;
+    QgsFeature feature;
+    auto rows = open_layer(m_layer).getFeatures(QgsFeatureRequest().setNoAttributes());
+    while (rows.nextFeature(feature)) {
+        if (IsGone(open_layer(m_layer), feature.id()) || feature.geometry().isEmpty()) continue;
+        const QgsRectangle box = feature.geometry().boundingBox();
+        bounds.Include({box.xMinimum(), box.yMinimum()});
+        bounds.Include({box.xMaximum(), box.yMaximum()});
+    }
+    return bounds;
 }
 
 std::int64_t QgisFeatureClass::FeatureCount() const {
-    const std::int64_t known = m_state->Open().featureCount();
-    if (known >= 0) return known - m_state->ToDelete.size();
+    // Some providers do not know their count, and one in the middle of deletions counts rows that are gone.
+    const std::int64_t known = open_layer(m_layer).featureCount();
+    if (known >= 0 && !TablePass::Running(open_layer(m_layer))) return known;
     std::int64_t count = 0;
     QgsFeature feature;
     auto rows =
-        m_state->Open().getFeatures(QgsFeatureRequest().setFlags(QgsFeatureRequest::NoGeometry).setNoAttributes());
-    while (rows.nextFeature(feature)) ++count;
+        open_layer(m_layer).getFeatures(QgsFeatureRequest().setFlags(QgsFeatureRequest::NoGeometry).setNoAttributes());
+    while (rows.nextFeature(feature)) count += IsGone(open_layer(m_layer), feature.id()) ? 0 : 1;
     return count;
 }
 
 std::unique_ptr<platform::IFeatureCursor> QgisFeatureClass::Find(const platform::Search& search) {
-    return std::make_unique<QgisCursor>(m_state, request_of(m_state->Open(), search));
+    return std::make_unique<QgisCursor>(TablePass::Join(open_layer(m_layer)), request_of(open_layer(m_layer), search));
 }
 
 std::unique_ptr<platform::IInsertCursor> QgisFeatureClass::Insert() {
-    return std::make_unique<QgisInsertCursor>(m_state);
+    return std::make_unique<QgisInsertCursor>(TablePass::Join(open_layer(m_layer)));
 }
 
 std::vector<platform::Field> QgisFeatureClass::Fields() const {
     std::vector<platform::Field> fields;
-    for (const QgsField& field : m_state->Open().fields()) fields.push_back(FromQgsField(field));
+    for (const QgsField& field : open_layer(m_layer).fields()) fields.push_back(FromQgsField(field));
     return fields;
 }
 
 int QgisFeatureClass::FindField(std::string_view name) const {
-    return m_state->Open().fields().lookupField(ToQString(name));
+    return open_layer(m_layer).fields().lookupField(ToQString(name));
 }
 
 int QgisFeatureClass::AddField(const platform::Field& field) {
-    QgsVectorLayer& layer = m_state->Open();
+    QgsVectorLayer& layer = open_layer(m_layer);
+    if (field.Name.empty()) platform::Raise(platform::error_number::kInvalidCall, "A field needs a name.");
+    if (FindField(field.Name) >= 0)
+        platform::Raise(platform::error_number::kInvalidCall,
+                        "The layer \"" + FromQString(layer.name()) + "\" has a field \"" + field.Name + "\" already.");
     const QgsField added = ToQgsField(field);
     const bool done = layer.isEditable() ? layer.addAttribute(added) : layer.dataProvider()->addAttributes({added});
     layer.updateFields();
@@ -320,7 +289,7 @@ int QgisFeatureClass::AddField(const platform::Field& field) {
 }
 
 void QgisFeatureClass::DeleteField(int field) {
-    QgsVectorLayer& layer = m_state->Open();
+    QgsVectorLayer& layer = open_layer(m_layer);
     if (field < 0 || field >= layer.fields().count()) platform::Raise(kSubscript);
     const bool done =
         layer.isEditable() ? layer.deleteAttribute(field) : layer.dataProvider()->deleteAttributes({field});
@@ -330,14 +299,17 @@ void QgisFeatureClass::DeleteField(int field) {
                         "A field of the layer \"" + FromQString(layer.name()) + "\" could not be deleted.");
 }
 
-QgisSelectionSet::QgisSelectionSet(QgsVectorLayer& layer) : m_state(state_of(layer)) {}
+QgisSelectionSet::QgisSelectionSet(QgsVectorLayer& layer) : m_layer(&layer) {}
 
 std::int64_t QgisSelectionSet::Count() const {
-    return m_state->Open().selectedFeatureCount();
+    const QgsFeatureIds& selected = open_layer(m_layer).selectedFeatureIds();
+    return std::count_if(selected.begin(), selected.end(),
+                         [&](QgsFeatureId id) { return !IsGone(open_layer(m_layer), id); });
 }
 
 std::unique_ptr<platform::IFeatureCursor> QgisSelectionSet::Find(const platform::Search& search) {
-    return std::make_unique<SelectionCursor>(m_state, request_of(m_state->Open(), search));
+    return std::make_unique<SelectionCursor>(TablePass::Join(open_layer(m_layer)),
+                                             request_of(open_layer(m_layer), search));
 }
 
 }  // namespace wxl::qgis

@@ -2,12 +2,10 @@
 #include "platform/features.h"
 
 #include <memory>
-
-class QgsVectorLayer;
+#include <qgsvectorlayer.h>
+#include <QPointer>
 
 namespace wxl::qgis {
-
-struct TableState;
 
 /// The features of a vector layer of any provider. A layer in edit mode is written through its edit buffer (so that
 /// the user's Undo and Save keep their meaning), any other through its provider, in bulk at Flush.
@@ -29,7 +27,7 @@ public:
     void DeleteField(int field) override;
 
 private:
-    std::shared_ptr<TableState> m_state;
+    QPointer<QgsVectorLayer> m_layer;
 };
 
 /// The layer's selection at the time of each call.
@@ -40,7 +38,7 @@ public:
     std::unique_ptr<platform::IFeatureCursor> Find(const platform::Search& search) override;
 
 private:
-    std::shared_ptr<TableState> m_state;
+    QPointer<QgsVectorLayer> m_layer;
 };
 
 }  // namespace wxl::qgis

@@ -88,7 +88,7 @@ private:
 INSTANTIATE_TEST_SUITE_P(
     Qgis, VectorContract,
     testing::Values(NamedHost{"Shapefile", [] { return std::make_unique<QgisHost>(Format::kShapefile); }},
-                    NamedHost{"GeoPackage", [] { return std::make_unique<QgisHost>(Format::kMemory); }}),
+                    NamedHost{"Memory", [] { return std::make_unique<QgisHost>(Format::kMemory); }}),
     HostName);
 
 }  // namespace

@@ -1,0 +1,49 @@
+#pragma once
+#include <memory>
+#include <qgsfeature.h>
+#include <qgsvectorlayer.h>
+#include <QPointer>
+
+namespace wxl::qgis {
+
+/// The layer; RuntimeError 91 when it was removed from the map meanwhile.
+QgsVectorLayer& open_layer(const QPointer<QgsVectorLayer>& layer);
+
+/// A pass over the rows of a layer: what was changed and is not written yet, and which rows are gone. All cursors and
+/// rows of a layer share one; it ends with the last of them, and only then may row numbers change.
+class TablePass {
+public:
+    /// The running pass over the layer, or a new one.
+    static std::shared_ptr<TablePass> Join(QgsVectorLayer& layer);
+
+    /// The running pass, or null.
+    static std::shared_ptr<TablePass> Running(QgsVectorLayer& layer);
+
+    explicit TablePass(QgsVectorLayer& layer) : m_layer(&layer) {}
+    TablePass(const TablePass&) = delete;
+    TablePass& operator=(const TablePass&) = delete;
+    ~TablePass();
+
+    QgsVectorLayer& Open() const { return open_layer(m_layer); }
+    void Store(QgsFeatureId row, const QgsAttributeMap& changed);
+    void Delete(QgsFeatureId row);
+    bool IsGone(QgsFeatureId row) const { return m_gone.contains(row); }
+
+    /// Writes what is held back: through the edit buffer of a layer in edit mode, else through the provider, in bulk.
+    void Flush();
+
+    /// Throws RuntimeError 57 with the provider's own words.
+    [[noreturn]] void Fail(const char* what) const;
+
+private:
+    void FlushChanges(QgsVectorLayer& layer);
+    void FlushDeletions(QgsVectorLayer& layer);
+
+    QPointer<QgsVectorLayer> m_layer;
+    QgsChangedAttributesMap m_changes;
+    QgsFeatureIds m_toDelete;
+    QgsFeatureIds m_gone;
+    bool m_updating = false;  ///< the provider keeps its row numbers until the pass is over
+};
+
+}  // namespace wxl::qgis
