@@ -177,10 +177,7 @@ bool AnalysisRun::GroupAnimals() {
                          m_frame.Inputs.IdField + ".");
         return false;
     }
-    if (m_animals.WithoutId > 0)
-        ShowWarning(*m_services.Messages, "Warning: " + std::to_string(m_animals.WithoutId) +
-                                              " points have no value in the field " + m_frame.Inputs.IdField +
-                                              " and are left out.");
+    WarnOfMissingIds();
     const platform::Layer layer = m_form.PointLayer();
     const auto points = layer.Feature->FeatureClass();
     m_frame.TextIds = m_animals.TextIds;
@@ -190,6 +187,16 @@ bool AnalysisRun::GroupAnimals() {
     if (m_frame.Inputs.Mode == ExtentMode::kReference)
         m_frame.ReferenceRaster = m_form.Geodata().GetLayerByName(m_frame.Inputs.ReferenceName).Raster;
     return true;
+}
+
+void AnalysisRun::WarnOfMissingIds() {
+    const std::int64_t count = m_animals.WithoutId;
+    if (count == 0) return;
+    const std::string& field = m_frame.Inputs.IdField;
+    ShowWarning(*m_services.Messages, count == 1
+                                          ? "Warning: 1 point has no value in the field " + field + " and is left out."
+                                          : "Warning: " + std::to_string(count) +
+                                                " points have no value in the field " + field + " and are left out.");
 }
 
 bool AnalysisRun::TakeFolder() {

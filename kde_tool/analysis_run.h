@@ -40,6 +40,7 @@ private:
     bool SettingsAreUsable();
     bool ParseLists();
     bool GroupAnimals();
+    void WarnOfMissingIds();
     bool TakeFolder();
     bool NamesAreFree();
     void OpenReport();

@@ -118,7 +118,9 @@ TEST(KdeEndToEnd, Text_ids_and_every_method_work_on_real_birds) {
                               "--cell-size", "100", "--extent", "min", "--bandwidth", method, kernel, "--json",
                               "--overwrite", "--answer", "overlap=yes", "--where", "animal = '5515867'"});
             ASSERT_EQ(ran.Code, 0) << method << kernel << ran.Err;
-            for (const json& animal : json::parse(ran.Out)["animals"]) {
+            const json result = json::parse(ran.Out);
+            ASSERT_FALSE(result["animals"].empty());
+            for (const json& animal : result["animals"]) {
                 EXPECT_EQ(animal["n"], 8163);
                 EXPECT_EQ(animal["naming_id"], "1");
             }

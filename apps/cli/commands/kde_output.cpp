@@ -1,5 +1,6 @@
 #include "apps/cli/commands/kde_output.h"
 
+#include "engine/status.h"
 #include "kde_tool/analysis_run.h"
 #include "platform/text.h"
 
@@ -40,6 +41,15 @@ Json levels_of(const AnimalRecord& record) {
                           {"level", json_number(isopleth.Level)},
                           {"area", json_number(isopleth.Area)}});
     return levels;
+}
+
+std::string failure_text(std::int32_t status) {
+    namespace kernel_status = engine::kernel_status;
+    std::string reason;
+    if (status == kernel_status::kGridTooLarge) reason = ": more than 50 million cells";
+    if (status == kernel_status::kNothingToCompute) reason = ": bandwidth or raster size 0";
+    if (status == kernel_status::kBandwidthBelowCell) reason = ": bandwidth below the cell size";
+    return fmt::format("code {}{}", status, reason);
 }
 
 }  // namespace
@@ -118,8 +128,8 @@ void KdeOutput::Print(const AnimalRecord& record) {
         m_pending = one_line(json_of(record));
         return;
     }
-    const std::string outcome =
-        record.Status == 0 ? record.Files.front() + AreasText(record) : fmt::format("failed (code {})", record.Status);
+    const std::string outcome = record.Status == 0 ? record.Files.front() + AreasText(record)
+                                                   : fmt::format("failed ({})", failure_text(record.Status));
     m_console.Result(fmt::format("{}: {} fixes, bandwidth {:.6g}, {} x {} cells: {}", platform::ValueText(record.Id),
                                  record.SampleSize, record.BandwidthMapUnits, record.Grid.Columns, record.Grid.Rows,
                                  outcome));

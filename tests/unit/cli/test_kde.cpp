@@ -108,7 +108,9 @@ TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
 TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
     const Ran ran = Kde({"--cell-size", "5", "--bandwidth", "lscv", "--extent", "min", "--json"});
     ASSERT_EQ(ran.Code, 0) << ran.Err;
-    for (const json& animal : json::parse(ran.Out)["animals"]) {
+    const json result = json::parse(ran.Out);
+    ASSERT_EQ(result["animals"].size(), 2U);
+    for (const json& animal : result["animals"]) {
         EXPECT_EQ(animal["method"], "lscv");
         EXPECT_TRUE(animal["minimised"].is_boolean());
         EXPECT_EQ(animal["warnings"].empty(), animal["minimised"].get<bool>());

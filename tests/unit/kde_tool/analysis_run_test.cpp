@@ -355,7 +355,7 @@ TEST_F(AnalysisRunTest, Points_without_an_id_are_counted_in_a_warning) {
     Points->AddPoint(1100.0, 600.0, {std::string("?"), std::monostate{}});
     Open();
     Run();
-    EXPECT_EQ(Messages.Boxes().front().Text, "Warning: 1 points have no value in the field ID and are left out.");
+    EXPECT_EQ(Messages.Boxes().front().Text, "Warning: 1 point has no value in the field ID and is left out.");
     EXPECT_EQ(Keeper.Records.size(), 2U);
 }
 
