@@ -6,7 +6,10 @@
 #include "apps/cli/commands/isopleths.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/manual.h"
+#include "apps/cli/commands/obs_fields.h"
+#include "apps/cli/commands/remove_duplicates.h"
 #include "apps/cli/commands/stats.h"
+#include "apps/cli/commands/track.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -38,6 +41,11 @@ std::vector<Command> register_commands(CLI::App& program) {
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);
     add(commands, program, "isopleths", "Draw isopleths of a density raster", register_isopleths, run_isopleths);
+    add(commands, program, "obs-fields", "Add times, distances and speeds between fixes to a layer",
+        register_obs_fields, run_obs_fields);
+    add(commands, program, "remove-duplicates", "Delete fixes of the same time or place from a layer",
+        register_remove_duplicates, run_remove_duplicates);
+    add(commands, program, "track", "Write the legs of a track as lines", register_track, run_track);
     add(commands, program, "man", "Print a manual page", register_man, run_man);
     add(commands, program, "completion", "Print a completion script", register_completion, run_completion);
     return commands;

@@ -53,6 +53,16 @@ TEST(ConsoleMessages, Quiet_keeps_warnings_and_drops_information) {
     EXPECT_EQ(m.ErrText.str(), "careful\nsub Error number: 6\n");
 }
 
+TEST(ConsoleMessages, Notices_are_counted_without_questions) {
+    Messages m(parse_answers({"--answer", "yes"}));
+    m.Boxes.Show({.Text = "Go on?", .Choice = Buttons::kYesNo});
+    EXPECT_EQ(m.Boxes.Notices(), 0);
+    m.Boxes.Show({.Text = "No layer."});
+    m.Boxes.Show({.Text = "sub Error number: 6"});
+    EXPECT_EQ(m.Boxes.Notices(), 2);
+    EXPECT_EQ(m.Boxes.Faults(), 1);
+}
+
 TEST(ConsoleMessages, Named_answer_goes_before_the_general_one) {
     Messages m(parse_answers({"--answer", "yes", "--answer", "overlap=no"}));
     EXPECT_EQ(m.Boxes.Show({.Text = "a", .Choice = Buttons::kYesNo, .About = Topic::kBuffer}), Answer::kYes);

@@ -1,0 +1,74 @@
+#include "apps/cli/commands/remove_duplicates.h"
+
+#include "apps/cli/movement_run.h"
+#include "apps/cli/tool_session.h"
+#include "movement/FIndDupTime2.h"
+#include "movement/FindDupxy.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace wxl::cli {
+
+namespace {
+
+template <class Tool>
+void click(const platform::Services& services, PleaseWaitBar& bar, ToolSession& session, bool large) {
+    Tool tool(services, bar);
+    tool.SetBeyondLimits(large);
+    tool.OnCreate(session.Application());
+    tool.OnClick();
+}
+
+}  // namespace
+
+void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& options) {
+    add_input_options(command, options.Points);
+    command
+        .add_option("--by", options.By,
+                    "time2 (equal whole seconds in the field Time2: the lowest row stays) or xy (the same place within "
+                    "1 mm: the first stays)")
+        ->type_name("time2|xy")
+        ->required()
+        ->check(CLI::IsMember({"time2", "xy"}));
+    command.add_option("--where", options.Where, "Compare only the fixes that meet this condition")->type_name("SQL");
+    add_large_option(command, options.Large);
+    command.footer(
+        "Deletes fixes of the same time, or of the same place, from a point layer, so that\n"
+        "one of each is left. Only fixes that meet --where are compared and deleted: use it\n"
+        "where a layer holds several animals.\n"
+        "\n"
+        "The layer itself is changed, and only as a whole; the rows that are left are\n"
+        "numbered anew.\n"
+        "\n"
+        "Examples:\n"
+        "\n"
+        "  wxl remove-duplicates wolves.shp --by time2 --where \"animal = 'W1'\"\n"
+        "  wxl remove-duplicates wolf.shp --by xy");
+}
+
+int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& console) {
+    const auto layer = open_point_layer(options.Points);
+    if (!options.Where.empty()) layer->SelectWhere(options.Where);
+    ToolSession session(console, {});
+    session.AddInput(layer);
+    platform::Services services = session.Services();
+    PleaseWaitBar bar(*services.Host, console, "duplicates");
+    services.Host = &bar;
+    const std::int64_t rows = layer->FeatureClass()->FeatureCount();
+    const std::int64_t compared = layer->Selection()->Count();
+    if (options.By == "time2")
+        click<movement::FIndDupTime2>(services, bar, session, options.Large);
+    else
+        click<movement::FindDupxy>(services, bar, session, options.Large);
+
+    const std::int64_t left = layer->FeatureClass()->FeatureCount();
+    if (!bar.WasShown() || session.Messages().Faults() > 0)
+        return console.Fail(fmt::format("{}: the duplicates were not all removed; {} of {} rows are left{}",
+                                        options.Points.Input, left, rows, large_advice(*layer, options.Large)));
+    console.Result(fmt::format("{}: {} fixes compared, {} deleted, {} left in the layer", options.Points.Input,
+                               compared, rows - left, left));
+    return exit_code::kDone;
+}
+
+}  // namespace wxl::cli

@@ -1,0 +1,113 @@
+#include "tests/unit/cli/layer_files.h"
+#include "tests/unit/cli/layer_rows.h"
+
+#include <gtest/gtest.h>
+
+namespace wxl::cli {
+namespace {
+
+using platform::FieldValue;
+using tests::ScratchFolder;
+
+const std::string kQuestion =
+    "Add Time and Distance Fields: This will add the following fields to the selected layer.\n"
+    "\n"
+    "T_Obs_Sec = Time since last observation in seconds\n"
+    "T_Cumul = Time cumulative in seconds\n"
+    "Dist = Distance from last observation in meters\n"
+    "Dist_Cumul = Distance cumulative in meters\n"
+    "Me_Per_Sec = Meters per second from last obs.\n"
+    "Mi_Per_Hr = Miles per hour from last obs.\n";
+
+// 120 m in a minute, then 180 m in two.
+const std::string kWalk =
+    "a,500000,5000000,2018-05-09 00:00:00\n"
+    "a,500120,5000000,2018-05-09 00:01:00\n"
+    "a,500300,5000000,2018-05-09 00:03:00\n";
+
+TEST(ObsFields, Fills_times_distances_and_speeds) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kWalk);
+    const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Out, layer + ": 3 rows filled\n");
+    EXPECT_EQ(ran.Err, kQuestion);
+    EXPECT_EQ(layer_column(layer, "T_Obs_Sec"), (std::vector<FieldValue>{0.0, 60.0, 120.0}));
+    EXPECT_EQ(layer_column(layer, "T_Cumul"), (std::vector<FieldValue>{0.0, 60.0, 180.0}));
+    EXPECT_EQ(layer_column(layer, "Dist"), (std::vector<FieldValue>{FieldValue(), 120.0, 180.0}));
+    EXPECT_EQ(layer_column(layer, "Dist_Cumul"), (std::vector<FieldValue>{FieldValue(), 120.0, 300.0}));
+    EXPECT_EQ(layer_column(layer, "Me_per_Sec"), (std::vector<FieldValue>{FieldValue(), 2.0, 1.5}));
+    EXPECT_EQ(layer_column(layer, "Mi_per_hr"), (std::vector<FieldValue>{FieldValue(), 4.472727, 3.354545}));
+}
+
+TEST(ObsFields, Question_without_an_answer_changes_nothing) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kWalk);
+    const Ran asked = run_wxl({"obs-fields", layer});
+    EXPECT_EQ(asked.Code, 1);
+    EXPECT_EQ(asked.Out, "");
+    EXPECT_EQ(asked.Err, kQuestion +
+                             "wxl: stopped, because this question has no answer: give --answer add-fields=yes or "
+                             "--answer add-fields=no\n");
+    const Ran declined = run_wxl({"obs-fields", layer, "--answer", "no"});
+    EXPECT_EQ(declined.Code, 0);
+    EXPECT_EQ(declined.Out, layer + ": nothing changed\n");
+    EXPECT_EQ(layer_rows(layer).at(0).Values.size(), 4U);
+    EXPECT_EQ(run_wxl({"obs-fields", layer, "--answer", "no", "--yes"}).Code, 2);
+    EXPECT_EQ(run_wxl({"obs-fields", layer, "--answer", "add-fields=yes"}).Code, 0);
+    EXPECT_EQ(layer_rows(layer).at(0).Values.size(), 10U);
+}
+
+TEST(ObsFields, Rows_of_one_time_end_the_work_and_earlier_rows_stay_filled) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kWalk + "a,500400,5000000,2018-05-09 00:03:00\n");
+    const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Out, "");
+    EXPECT_EQ(ran.Err, kQuestion +
+                           "Divide by zero!!  Check your data.  \n"
+                           "You can not have a value of zero in the time2 field \n"
+                           "or two observartions that were taken at the same time.\n"
+                           "wxl: " +
+                           layer + ": the fields are not complete\n");
+    EXPECT_EQ(layer_column(layer, "Dist"), (std::vector<FieldValue>{FieldValue(), 120.0, 180.0, FieldValue()}));
+}
+
+TEST(ObsFields, Layers_that_are_not_in_utm_are_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "animal,x,y,timestamp\n" + kWalk);
+    const std::string layer = (folder / "t.shp").string();
+    ASSERT_EQ(run_wxl({"import", csv, layer, "--from-crs", "EPSG:3035"}).Code, 0);
+    const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, kQuestion +
+                           "The fields have not been calculated! The data needs to be in and defined with a UTM "
+                           "projection.\nwxl: " +
+                           layer + ": the fields are not complete\n");
+}
+
+TEST(ObsFields, Layers_without_times_and_layers_that_cannot_be_changed_are_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "animal,x,y\na,500000,5000000\n");
+    const std::string layer = (folder / "t.shp").string();
+    ASSERT_EQ(run_wxl({"import", csv, layer, "--from-crs", "EPSG:32633"}).Code, 0);
+    const Ran timeless = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(timeless.Code, 1);
+    EXPECT_EQ(timeless.Err,
+              "You must select a points layer with a Time2 field\nwxl: " + layer + ": the fields are not complete\n");
+
+    const std::string fixed =
+        write_file(folder, "fixed.geojson",
+                   R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"Time2":1},)"
+                   R"("geometry":{"type":"Point","coordinates":[15,45]}}]})");
+    const std::string bytes = read_file(fixed);
+    const Ran readOnly = run_wxl({"obs-fields", fixed, "--yes"});
+    EXPECT_EQ(readOnly.Code, 1);
+    EXPECT_EQ(readOnly.Err,
+              fixed + " is of a format (GeoJSON) that is only read. Shapefiles and GeoPackages can be changed.\nwxl: " +
+                  fixed + ": the fields are not complete\n");
+    EXPECT_EQ(read_file(fixed), bytes);
+}
+
+}  // namespace
+}  // namespace wxl::cli
