@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""End to end in the real desktop under a virtual display: the plugin's outputs are those of the command line tool.
+
+run_desktop_test.py WXL PLUGIN_FOLDER SCREENSHOT_FOLDER
+"""
+import filecmp
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+ROOT = HERE.parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+import enable_plugin  # noqa: E402
+
+
+def files_of(folder):
+    return {p.relative_to(folder): p for p in sorted(folder.rglob("*")) if p.is_file() and not p.name.startswith(".")}
+
+
+def compare(expected, actual):
+    """Names of files that differ. Reports carry the time of the run in two lines, and the folder."""
+    differing = []
+    left, right = files_of(expected), files_of(actual)
+    for name in sorted(set(left) | set(right)):
+        if name not in left or name not in right:
+            differing.append(f"{name}: only in one of the two")
+        elif name.suffix == ".txt":
+            texts = []
+            for path, folder in ((left[name], expected), (right[name], actual)):
+                lines = path.read_bytes().decode("cp1252").replace(str(folder), "FOLDER").split("\r\n")
+                texts.append([l for l in lines if not l.startswith(("Start time: ", "Finish time: "))])
+            if texts[0] != texts[1]:
+                differing.append(f"{name}: " + str([p for p in zip(*texts) if p[0] != p[1]][:3]))
+        elif not filecmp.cmp(left[name], right[name], shallow=False):
+            differing.append(f"{name}: bytes differ")
+    return differing
+
+
+def main():
+    wxl, plugins, shots = sys.argv[1:4]
+    if shutil.which("xvfb-run") is None or not pathlib.Path("/usr/bin/qgis.bin").exists():
+        print("skipped: QGIS or xvfb-run is not installed")
+        return 77
+    pathlib.Path(shots).mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory() as folder:
+        scratch = pathlib.Path(folder)
+        fixes = scratch / "fixes.shp"
+        subprocess.run([wxl, "-q", "import", str(ROOT / "samples" / "wolves.csv"), str(fixes)], check=True)
+        expected, actual = scratch / "expected", scratch / "actual"
+        actual.mkdir()
+        subprocess.run([wxl, "-q", "kde", str(fixes), "--id-field", "animal", "--out", str(expected), "--prefix", "W",
+                        "--cell-size", "100", "--bandwidth", "href", "--extent", "min", "--isopleths", "95,50",
+                        "--polygons", "--independence"], check=True, stdout=subprocess.DEVNULL)
+        profiles = scratch / "profiles"
+        enable_plugin.enable(str(profiles), plugins, "libwxltools")
+        runtime = scratch / "runtime"
+        runtime.mkdir(mode=0o700)
+        environment = dict(os.environ, PATH="/usr/bin:/bin", XDG_RUNTIME_DIR=str(runtime), HOME=str(scratch),
+                           WXL_DESKTOP_TEST=json.dumps({"output": str(actual), "screenshots": shots,
+                                                        "boxes": str(scratch / "boxes.json")}))
+        result = subprocess.run(["xvfb-run", "-a", "-s", "-screen 0 1280x900x24", "qgis.bin", "--nologo",
+                                 "--noversioncheck", "--hide-browser", "--profiles-path", str(profiles), "--code",
+                                 str(HERE / "drive.py"), str(fixes)], env=environment, timeout=300)
+        if result.returncode:
+            print(f"the desktop ended with {result.returncode}")
+            return 1
+        boxes = json.loads((scratch / "boxes.json").read_text(encoding="utf-8"))
+        if boxes[-1:] != [["Status", "Processing complete."]]:
+            print("unexpected message boxes:", boxes)
+            return 1
+        differing = compare(expected, actual)
+        print("\n".join(differing) or f"{len(files_of(actual))} files of the desktop equal those of wxl kde")
+        return 1 if differing else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
