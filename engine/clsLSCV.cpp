@@ -74,8 +74,7 @@ void clsLSCV::SetInputCoords(std::span<const platform::Point> coordinates) {
 void clsLSCV::CalculateHREF() {
     if (lErrorStatus >= 1 || m_hrefDone) return;
     try {
-        const double sigma = std::sqrt((Variance(m_points, 1) + Variance(m_points, 0)) / 2.0);
-        const double href = std::pow(static_cast<double>(m_points.size()), -1.0 / 6.0) * sigma;
+        const double href = ReferenceBandwidth(m_points);
         if (!std::isfinite(href)) platform::Raise(platform::error_number::kOverflow);
         m_href = href;
         m_hrefDone = true;

@@ -49,4 +49,9 @@ double SafeLog(double x) {
     return x > 0.0 ? NaturalLog(x) : -3.4E-300;
 }
 
+double ReferenceBandwidth(std::span<const platform::Point> fixes) {
+    const double sigma = std::sqrt((Variance(fixes, 1) + Variance(fixes, 0)) / 2.0);
+    return std::pow(static_cast<double>(fixes.size()), -1.0 / 6.0) * sigma;
+}
+
 }  // namespace wxl::engine

@@ -29,4 +29,8 @@ double SafeExp(double x);
 /// NaturalLog(x), and -3.4E-300 for x <= 0.
 double SafeLog(double x);
 
+/// Reference bandwidth in the units of the fixes: n^(-1/6) x sqrt(mean of both variances, divisor n - 1) (Silverman
+/// 1986). Faults as Variance does.
+double ReferenceBandwidth(std::span<const platform::Point> fixes);
+
 }  // namespace wxl::engine

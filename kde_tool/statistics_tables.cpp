@@ -48,14 +48,11 @@ std::optional<Spread> spread(std::span<const Point> fixes) {
     });
 }
 
-/// Reference bandwidth n^(-1/6) x sqrt(mean variance) (Silverman 1986); nothing where the fixes have no spread.
+/// The reference bandwidth; nothing where the fixes have no spread.
 std::optional<double> reference_bandwidth(std::span<const Point> fixes) {
     const auto deviations = spread(fixes);
     if (!deviations || (deviations->X == 0.0 && deviations->Y == 0.0)) return std::nullopt;
-    return if_representable([&] {
-        const double sigma = std::sqrt((engine::Variance(fixes, 1) + engine::Variance(fixes, 0)) / 2.0);
-        return std::pow(static_cast<double>(fixes.size()), -1.0 / 6.0) * sigma;
-    });
+    return if_representable([&] { return engine::ReferenceBandwidth(fixes); });
 }
 
 /// Reference bandwidth after each coordinate was divided by its standard deviation.

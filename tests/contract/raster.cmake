@@ -4,10 +4,10 @@ wxl_test(
   SOURCES
   contour_contract.cpp
   file_system_contract.cpp
-  files_disk_test.cpp
-  files_grid_format_test.cpp
-  files_rasters_test.cpp
-  memory_and_files_rasters_test.cpp
+  test_files_disk.cpp
+  test_files_grid_format.cpp
+  test_files_rasters.cpp
+  test_memory_and_files_rasters.cpp
   memory_and_files_stages.cpp
   raster_contract.cpp
   DEPENDS

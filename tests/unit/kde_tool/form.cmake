@@ -2,18 +2,18 @@
 wxl_test(
   test_kde_statistics
   SOURCES
-  animal_fixes_test.cpp
-  independence_test.cpp
-  statistics_tables_test.cpp
+  test_animal_fixes.cpp
+  test_independence.cpp
+  test_statistics_tables.cpp
   DEPENDS
   wxl_kde_tool
   wxl_adapter_memory_vector)
 wxl_test(
   test_kde_form
   SOURCES
-  frmKDE_test.cpp
-  frmKDE_statistics_test.cpp
-  settings_file_test.cpp
+  test_frmKDE.cpp
+  test_frmKDE_statistics.cpp
+  test_settings_file.cpp
   DEPENDS
   wxl_kde_tool
   wxl_adapter_memory_vector
@@ -21,7 +21,7 @@ wxl_test(
 wxl_test(
   test_kde_settings_seeds
   SOURCES
-  settings_reader_seeds_test.cpp
+  test_settings_reader_seeds.cpp
   ${CMAKE_SOURCE_DIR}/fuzz/fuzz_settings_reader.cpp
   DEPENDS
   wxl_kde_tool

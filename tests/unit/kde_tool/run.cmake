@@ -1,10 +1,10 @@
-wxl_test(test_kde_report SOURCES report_lines_test.cpp run_plan_test.cpp naming_ids_test.cpp report_writer_test.cpp
+wxl_test(test_kde_report SOURCES test_report_lines.cpp test_run_plan.cpp test_naming_ids.cpp test_report_writer.cpp
          DEPENDS wxl_kde_tool wxl_adapter_memory_raster)
 wxl_test(
   test_kde_run
   SOURCES
-  analysis_run_test.cpp
-  report_golden_test.cpp
+  test_analysis_run.cpp
+  test_report_golden.cpp
   DEPENDS
   wxl_kde_tool
   wxl_adapter_memory_vector

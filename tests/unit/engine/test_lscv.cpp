@@ -259,8 +259,9 @@ TEST_F(Lscv, A_host_that_stops_the_work_leaves_the_number_of_the_step) {
     search.SetStepValue(0.5e-4);
     search.SetInputCoords(tests::normal_sample(4000, 1.0, {0.0, 0.0}, 112));
     search.CalculateLSCV();
-    EXPECT_EQ(search.lErrorStatus, 962);
-    EXPECT_EQ(messages.Last().Text, "LSCV: 962, 0.5, 1");
+    // The turn comes while the scores are prepared or while they are searched, as the machine is fast or slow.
+    EXPECT_TRUE(search.lErrorStatus == 961 || search.lErrorStatus == 962) << search.lErrorStatus;
+    EXPECT_EQ(messages.Last().Text, "LSCV: " + std::to_string(search.lErrorStatus) + ", 0.5, 1");
 }
 
 }  // namespace
