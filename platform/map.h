@@ -4,6 +4,7 @@
 #include "platform/features.h"
 #include "platform/rasters.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -36,12 +37,15 @@ public:
 /// Classes of layers that lists tell apart.
 enum class LayerClass { kFeature, kRaster, kGroup, kTin, kAnnotation, kMesh, kOther };
 
+/// Feature type codes: what the features of a layer are beyond their shape.
+enum class FeatureType : std::int32_t { kSimple = 1, kDimension = 13 };
+
 /// A layer of the map's tree. `Feature` or `Raster` is set when the layer is one.
 struct Layer {
     std::string Name;
     LayerClass Class = LayerClass::kOther;
-    ShapeType Shape = ShapeType::kNull;  ///< feature layers
-    bool SimpleFeatures = true;          ///< feature layers: no annotation or network
+    ShapeType Shape = ShapeType::kNull;           ///< feature layers
+    FeatureType Features = FeatureType::kSimple;  ///< feature layers
     std::shared_ptr<IFeatureLayer> Feature;
     std::shared_ptr<IRasterLayer> Raster;
 };

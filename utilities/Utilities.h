@@ -57,9 +57,10 @@ public:
     /// Appends the names of the map's layers of a kind to the combo box. False when the map has no layers (and after a
     /// fault), else true, even when no layer is of that kind.
     ///
-    /// Kinds: 1 every layer; 2 raster layers; 3, 4, 5 feature layers of points, polylines, polygons; 6 annotation
-    /// layers; 7 feature layers with a shape whose name ends in ".gis" (lower case); 8 mesh layers; 9 TIN layers;
-    /// 10 polygon layers of simple features; 11 layers that are neither raster nor TIN. Any other kind adds nothing.
+    /// Kinds: 1 every layer; 2 raster layers; 3, 4, 5 feature layers of points, polylines (or dimensions,
+    /// whatever their shape), polygons; 6 annotation layers; 7 feature layers with a shape whose name ends in ".gis"
+    /// (lower case); 8 mesh layers; 9 TIN layers; 10 polygon layers of simple features; 11 layers that are neither
+    /// raster nor TIN. Any other kind adds nothing.
     bool ListLayers(int iKind, platform::ComboBox& combo);
 
     /// Appends the names of a feature layer's fields to the combo box, without the geometry field. False when the

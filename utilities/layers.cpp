@@ -6,6 +6,7 @@
 namespace wxl::utilities {
 
 namespace error_number = platform::error_number;
+using platform::FeatureType;
 using platform::Layer;
 using platform::LayerClass;
 using platform::Raise;
@@ -30,7 +31,8 @@ bool is_of_kind(const Layer& layer, int kind) {
         case 3:
             return is_feature_layer_of(layer, ShapeType::kPoint);
         case 4:
-            return is_feature_layer_of(layer, ShapeType::kPolyline);
+            return is_feature_layer_of(layer, ShapeType::kPolyline) ||
+                   (layer.Class == LayerClass::kFeature && layer.Features == FeatureType::kDimension);
         case 5:
             return is_feature_layer_of(layer, ShapeType::kPolygon);
         case 6:
@@ -43,7 +45,7 @@ bool is_of_kind(const Layer& layer, int kind) {
         case 9:
             return layer.Class == LayerClass::kTin;
         case 10:
-            return is_feature_layer_of(layer, ShapeType::kPolygon) && layer.SimpleFeatures;
+            return is_feature_layer_of(layer, ShapeType::kPolygon) && layer.Features == FeatureType::kSimple;
         case 11:
             return layer.Class != LayerClass::kRaster && layer.Class != LayerClass::kTin;
         default:

@@ -5,6 +5,7 @@ namespace wxl::utilities {
 namespace {
 
 using platform::ComboBox;
+using platform::FeatureType;
 using platform::Layer;
 using platform::LayerClass;
 using platform::ShapeType;
@@ -12,8 +13,9 @@ using tests::UtilitiesRig;
 
 using Names = std::vector<std::string>;
 
-Layer layer(const std::string& name, LayerClass kind, ShapeType shape = ShapeType::kNull, bool simple = true) {
-    return {name, kind, shape, simple, nullptr, nullptr};
+Layer layer(const std::string& name, LayerClass kind, ShapeType shape = ShapeType::kNull,
+            FeatureType features = FeatureType::kSimple) {
+    return {name, kind, shape, features, nullptr, nullptr};
 }
 
 /// One layer of every class, some of them in groups.
@@ -21,7 +23,7 @@ void fill(memory::MemoryMap& map) {
     map.AddLayer(layer("points", LayerClass::kFeature, ShapeType::kPoint));
     map.AddGroup("group", {layer("roads", LayerClass::kFeature, ShapeType::kPolyline),
                            layer("lakes", LayerClass::kFeature, ShapeType::kPolygon),
-                           layer("parcels", LayerClass::kFeature, ShapeType::kPolygon, false)});
+                           layer("parcels", LayerClass::kFeature, ShapeType::kPolygon, FeatureType::kDimension)});
     map.AddLayer(layer("dem", LayerClass::kRaster));
     map.AddLayer(layer("old.gis", LayerClass::kFeature, ShapeType::kPolygon));
     map.AddLayer(layer("OLD.GIS", LayerClass::kFeature, ShapeType::kPoint));
@@ -46,7 +48,7 @@ TEST(ListLayers, Every_kind_lists_its_layers_in_map_order) {
                                      "image.gis", "labels", "flow", "terrain"}));
     EXPECT_EQ(listed(rig, 2), (Names{"dem", "image.gis"}));
     EXPECT_EQ(listed(rig, 3), (Names{"points", "OLD.GIS"}));
-    EXPECT_EQ(listed(rig, 4), (Names{"roads"}));
+    EXPECT_EQ(listed(rig, 4), (Names{"roads", "parcels"}));
     EXPECT_EQ(listed(rig, 5), (Names{"lakes", "parcels", "old.gis"}));
     EXPECT_EQ(listed(rig, 6), (Names{"labels"}));
     EXPECT_EQ(listed(rig, 7), (Names{"old.gis"}));
