@@ -205,9 +205,8 @@ public:
         QgsVectorLayer& layer = m_pass->Open();
         QgsFeatureList features = std::exchange(m_features, {});
         if (features.isEmpty()) return;
-        const bool stored =
-            layer.isEditable() ? layer.addFeatures(features) : layer.dataProvider()->addFeatures(features);
-        if (!stored) m_pass->Fail("new rows");
+        require_no_edits(layer);
+        if (!layer.dataProvider()->addFeatures(features)) m_pass->Fail("new rows");
         layer.updateExtents();
     }
 
@@ -278,8 +277,8 @@ int QgisFeatureClass::AddField(const platform::Field& field) {
     if (FindField(field.Name) >= 0)
         platform::Raise(platform::error_number::kInvalidCall,
                         "The layer \"" + FromQString(layer.name()) + "\" has a field \"" + field.Name + "\" already.");
-    const QgsField added = ToQgsField(field);
-    const bool done = layer.isEditable() ? layer.addAttribute(added) : layer.dataProvider()->addAttributes({added});
+    require_no_edits(layer);
+    const bool done = layer.dataProvider()->addAttributes({ToQgsField(field)});
     layer.updateFields();
     const int index = FindField(field.Name);
     if (!done || index < 0)
@@ -291,8 +290,8 @@ int QgisFeatureClass::AddField(const platform::Field& field) {
 void QgisFeatureClass::DeleteField(int field) {
     QgsVectorLayer& layer = open_layer(m_layer);
     if (field < 0 || field >= layer.fields().count()) platform::Raise(kSubscript);
-    const bool done =
-        layer.isEditable() ? layer.deleteAttribute(field) : layer.dataProvider()->deleteAttributes({field});
+    require_no_edits(layer);
+    const bool done = layer.dataProvider()->deleteAttributes({field});
     layer.updateFields();
     if (!done)
         platform::Raise(kPermissionDenied,

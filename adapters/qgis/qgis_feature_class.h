@@ -7,8 +7,8 @@
 
 namespace wxl::qgis {
 
-/// The features of a vector layer of any provider. A layer in edit mode is written through its edit buffer (so that
-/// the user's Undo and Save keep their meaning), any other through its provider, in bulk at Flush.
+/// The features of a vector layer of any provider, written through that, in bulk at Flush. A layer in edit mode is read
+/// with its unsaved edits and never written (RuntimeError 70): the user saves or discards them first.
 class QgisFeatureClass final : public platform::IFeatureClass, public platform::ITable {
 public:
     explicit QgisFeatureClass(QgsVectorLayer& layer);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <qgsmapcanvasitem.h>
 #include <QPainter>
+#include <QPixmap>
 #include <QPolygonF>
 #include <vector>
 
@@ -18,26 +19,34 @@ QColor to_qcolor(const Colour& colour) {
     return {colour.Red, colour.Green, colour.Blue};
 }
 
-/// An arrow head whose tip lies at `tip`, turned along the leg.
-void draw_marker(QPainter& painter, const QPointF& from, const QPointF& tip) {
+/// A line from `from` to `tip`, and on it an arrow head whose tip lies there, turned along the leg.
+void draw_leg(QPainter& painter, const QPointF& from, const QPointF& tip) {
+    painter.setPen(QPen(to_qcolor(kLineColour), kLineWidth));
+    painter.drawLine(from, tip);
     const qreal length = std::hypot(tip.x() - from.x(), tip.y() - from.y());
     const QPointF along = length > 0.0 ? (tip - from) / length : QPointF(1.0, 0.0);
     const QPointF across(-along.y(), along.x());
     const QPointF base = tip - along * kMarkerLength;
     const std::array<QPointF, 3> head = {tip, base + across * (kMarkerWidth / 2.0),
                                          base - across * (kMarkerWidth / 2.0)};
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(to_qcolor(kMarkerColour));
     painter.drawPolygon(head.data(), static_cast<int>(head.size()));
 }
 
 }  // namespace
 
+/// All legs as one picture of the view, which is begun anew when the view changes; a new leg is added to it.
 class QgisTrackGraphics::Item final : public QgsMapCanvasItem {
 public:
     explicit Item(QgsMapCanvas* canvas) : QgsMapCanvasItem(canvas) { setZValue(50); }
 
     void Add(const platform::TrackLeg& leg) { m_legs.push_back(leg); }
 
-    void Clear() { m_legs.clear(); }
+    void Clear() {
+        m_legs.clear();
+        m_picture = {};
+    }
 
     void Show() {
         updatePosition();
@@ -45,29 +54,52 @@ public:
     }
 
     void updatePosition() override {
-        // The whole canvas: legs may lie anywhere, and the painter is clipped to the view.
-        setRect(mMapCanvas->extent());
+        // The whole view, turned or not; only a map that is being dragged shifts it.
+        const QgsPointXY corner = mMapCanvas->getCoordinateTransform()->toMapCoordinates(0, 0);
+        prepareGeometryChange();
+        setPos(toCanvasCoordinates(corner));
+        mItemSize = mMapCanvas->mapSettings().outputSize() + QSize(2, 2);
     }
 
     void paint(QPainter* painter) override {
-        painter->setRenderHint(QPainter::Antialiasing);
-        const QgsRectangle view = mMapCanvas->extent();
-        const QPointF origin = pos();
-        const auto canvas_point = [&](const platform::Point& p) { return toCanvasCoordinates({p.X, p.Y}) - origin; };
-        const auto in_view = [&](const platform::TrackLeg& leg) {
-            return view.intersects(QgsRectangle(leg.From.X, leg.From.Y, leg.To.X, leg.To.Y));
-        };
-        painter->setPen(QPen(to_qcolor(kLineColour), kLineWidth));
-        for (const platform::TrackLeg& leg : m_legs)
-            if (in_view(leg)) painter->drawLine(canvas_point(leg.From), canvas_point(leg.To));
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(to_qcolor(kMarkerColour));
-        for (const platform::TrackLeg& leg : m_legs)
-            if (in_view(leg)) draw_marker(*painter, canvas_point(leg.From), canvas_point(leg.To));
+        BeginPicture();
+        AddToPicture();
+        painter->drawPixmap(QPointF(0.0, 0.0), m_picture);
     }
 
 private:
+    /// Forgets a picture of another view.
+    void BeginPicture() {
+        const qreal ratio = mMapCanvas->devicePixelRatioF();
+        const QSize size = mMapCanvas->mapSettings().outputSize() * ratio;
+        const QTransform view = mMapCanvas->mapSettings().mapToPixel().transform();
+        if (m_picture.size() == size && m_picture.devicePixelRatio() == ratio && m_view == view) return;
+        m_picture = QPixmap(size);
+        m_picture.setDevicePixelRatio(ratio);
+        m_picture.fill(Qt::transparent);
+        m_view = view;
+        m_drawn = 0;
+    }
+
+    /// Draws the legs that the picture lacks and that meet the view.
+    void AddToPicture() {
+        if (m_picture.isNull()) return;
+        QPainter painter(&m_picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QgsRectangle view = mMapCanvas->mapSettings().visibleExtent();
+        const QPointF origin = pos();
+        const auto canvas_point = [&](const platform::Point& p) { return toCanvasCoordinates({p.X, p.Y}) - origin; };
+        for (; m_drawn < m_legs.size(); ++m_drawn) {
+            const platform::TrackLeg& leg = m_legs[m_drawn];
+            if (view.intersects(QgsRectangle(leg.From.X, leg.From.Y, leg.To.X, leg.To.Y)))
+                draw_leg(painter, canvas_point(leg.From), canvas_point(leg.To));
+        }
+    }
+
     std::vector<platform::TrackLeg> m_legs;
+    QPixmap m_picture;
+    QTransform m_view;        ///< from the map to the pixels of the picture
+    std::size_t m_drawn = 0;  ///< legs that the picture shows
 };
 
 QgisTrackGraphics::QgisTrackGraphics(QgsMapCanvas& canvas) : m_canvas(&canvas), m_item(new Item(&canvas)) {}

@@ -2,6 +2,7 @@
 
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
 
 #include <qgsvectordataprovider.h>
@@ -33,6 +34,7 @@ std::string QgisFeatureLayer::WhyReadOnly() const {
     QgsVectorLayer& layer = open(m_layer);
     if (layer.readOnly())
         return "The layer \"" + Name() + "\" is set to read-only in this project. Please allow editing and try again.";
+    if (std::string reason = why_being_edited(layer); !reason.empty()) return reason;
     const auto needed = QgsVectorDataProvider::ChangeAttributeValues | QgsVectorDataProvider::AddAttributes |
                         QgsVectorDataProvider::DeleteFeatures;
     if ((layer.dataProvider()->capabilities() & needed) != needed)

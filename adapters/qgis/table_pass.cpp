@@ -23,6 +23,17 @@ QgsVectorLayer& open_layer(const QPointer<QgsVectorLayer>& layer) {
     return *layer;
 }
 
+std::string why_being_edited(const QgsVectorLayer& layer) {
+    if (!layer.isEditable()) return {};
+    return "The layer \"" + FromQString(layer.name()) +
+           "\" is being edited. Please save or discard the edits and try again.";
+}
+
+void require_no_edits(const QgsVectorLayer& layer) {
+    if (std::string reason = why_being_edited(layer); !reason.empty())
+        platform::Raise(platform::error_number::kPermissionDenied, std::move(reason));
+}
+
 std::shared_ptr<TablePass> TablePass::Running(QgsVectorLayer& layer) {
     const auto found = passes().find(&layer);
     auto pass = found == passes().end() ? nullptr : found->second.lock();
@@ -59,34 +70,23 @@ void TablePass::Delete(QgsFeatureId row) {
 
 void TablePass::Flush() {
     QgsVectorLayer& layer = Open();
-    if (!m_changes.isEmpty()) FlushChanges(layer);
-    if (!m_toDelete.isEmpty()) FlushDeletions(layer);
-}
-
-void TablePass::FlushChanges(QgsVectorLayer& layer) {
+    if (m_changes.isEmpty() && m_toDelete.isEmpty()) return;
+    if (layer.isEditable()) Drop();
+    require_no_edits(layer);
     const QgsChangedAttributesMap changes = std::exchange(m_changes, {});
-    if (!layer.isEditable()) {
-        if (!layer.dataProvider()->changeAttributeValues(changes)) Fail("attribute values");
-        return;
-    }
-    layer.beginEditCommand(QStringLiteral("WXL Tools"));
-    for (auto row = changes.begin(); row != changes.end(); ++row)
-        if (!layer.changeAttributeValues(row.key(), row.value())) Fail("attribute values");
-    layer.endEditCommand();
+    const QgsFeatureIds deleted = std::exchange(m_toDelete, {});
+    if (!changes.isEmpty() && !layer.dataProvider()->changeAttributeValues(changes)) Fail("attribute values");
+    if (deleted.isEmpty()) return;
+    // Every provider call outside update mode numbers a shapefile's rows anew.
+    if (!m_updating) m_updating = layer.dataProvider()->enterUpdateMode();
+    if (!layer.dataProvider()->deleteFeatures(deleted)) Fail("rows");
+    layer.deselect(deleted);
 }
 
-void TablePass::FlushDeletions(QgsVectorLayer& layer) {
-    const QgsFeatureIds ids = std::exchange(m_toDelete, {});
-    if (layer.isEditable()) {
-        layer.beginEditCommand(QStringLiteral("WXL Tools"));
-        if (!layer.deleteFeatures(ids)) Fail("rows");
-        layer.endEditCommand();
-    } else {
-        // Every provider call outside update mode numbers a shapefile's rows anew.
-        if (!m_updating) m_updating = layer.dataProvider()->enterUpdateMode();
-        if (!layer.dataProvider()->deleteFeatures(ids)) Fail("rows");
-    }
-    layer.deselect(ids);
+void TablePass::Drop() {
+    m_gone.subtract(m_toDelete);
+    m_toDelete.clear();
+    m_changes.clear();
 }
 
 void TablePass::Fail(const char* what) const {

@@ -3,11 +3,19 @@
 #include <qgsfeature.h>
 #include <qgsvectorlayer.h>
 #include <QPointer>
+#include <string>
 
 namespace wxl::qgis {
 
 /// The layer; RuntimeError 91 when it was removed from the map meanwhile.
 QgsVectorLayer& open_layer(const QPointer<QgsVectorLayer>& layer);
+
+/// Why a layer in edit mode is left alone, as a message for the user; empty when it is not in edit mode.
+std::string why_being_edited(const QgsVectorLayer& layer);
+
+/// RuntimeError 70 with that message for a layer in edit mode: rows written behind its edit buffer would be lost with
+/// a rollback, or numbered anew under it.
+void require_no_edits(const QgsVectorLayer& layer);
 
 /// A pass over the rows of a layer: what was changed and is not written yet, and which rows are gone. All cursors and
 /// rows of a layer share one; it ends with the last of them, and only then may row numbers change.
@@ -29,15 +37,16 @@ public:
     void Delete(QgsFeatureId row);
     bool IsGone(QgsFeatureId row) const { return m_gone.contains(row); }
 
-    /// Writes what is held back: through the edit buffer of a layer in edit mode, else through the provider, in bulk.
+    /// Writes what is held back through the provider, in bulk. RuntimeError 70 for a layer that went into edit mode
+    /// meanwhile: what is held back is dropped.
     void Flush();
 
     /// Throws RuntimeError 57 with the provider's own words.
     [[noreturn]] void Fail(const char* what) const;
 
 private:
-    void FlushChanges(QgsVectorLayer& layer);
-    void FlushDeletions(QgsVectorLayer& layer);
+    /// Forgets what is held back; rows about to be deleted stand again.
+    void Drop();
 
     QPointer<QgsVectorLayer> m_layer;
     QgsChangedAttributesMap m_changes;

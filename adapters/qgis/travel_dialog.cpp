@@ -3,6 +3,8 @@
 #include "adapters/qgis/qgis_values.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -14,6 +16,30 @@
 #include <QSlider>
 
 namespace wxl::qgis {
+
+namespace {
+
+/// Where a window of that size hides as little of the map as the screen allows: below the map, to its left or right,
+/// or above it.
+QPoint place_beside(const QRect& map, const QSize& size, const QRect& screen) {
+    const std::array<QPoint, 4> places = {
+        QPoint(map.left(), map.bottom() + 1), QPoint(map.left() - size.width(), map.bottom() + 1 - size.height()),
+        QPoint(map.right() + 1, map.bottom() + 1 - size.height()), QPoint(map.left(), map.top() - size.height())};
+    QPoint best;
+    int leastHidden = std::numeric_limits<int>::max();
+    for (const QPoint& place : places) {
+        const int x = std::clamp(place.x(), screen.left(), std::max(screen.left(), screen.right() + 1 - size.width()));
+        const int y = std::clamp(place.y(), screen.top(), std::max(screen.top(), screen.bottom() + 1 - size.height()));
+        const QRect covered = map & QRect({x, y}, size);
+        const int hidden = covered.width() * covered.height();
+        if (hidden >= leastHidden) continue;
+        leastHidden = hidden;
+        best = {x, y};
+    }
+    return best;
+}
+
+}  // namespace
 
 TravelDialog::TravelDialog(movement::frmOVI& form, QgisHost& host, QWidget* map)
     : QDialog(map ? map->window() : nullptr), m_form(form), m_map(map) {
@@ -98,12 +124,8 @@ void TravelDialog::reject() {
 void TravelDialog::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     if (!m_map) return;
-    // Below the map where the screen has room, else over its lower edge.
-    const QRect map(m_map->mapToGlobal(QPoint(0, 0)), m_map->size());
-    const QRect screen = m_map->screen()->availableGeometry();
-    const int top = std::min(map.bottom() + 1, screen.bottom() - frameGeometry().height());
-    const int left = std::clamp(map.left(), screen.left(), std::max(screen.left(), screen.right() - width()));
-    move(left, top);
+    move(place_beside({m_map->mapToGlobal(QPoint(0, 0)), m_map->size()}, frameGeometry().size(),
+                      m_map->screen()->availableGeometry()));
 }
 
 }  // namespace wxl::qgis

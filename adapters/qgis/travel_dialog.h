@@ -7,7 +7,7 @@
 
 namespace wxl::qgis {
 
-/// frmOVI on screen: modal, at the lower edge of the map so that the track stays in view.
+/// frmOVI on screen: modal, beside the map so that the track stays in view.
 class TravelDialog final : public QDialog {
 public:
     /// The form and the host must outlive the dialog; Form_Load is called here.

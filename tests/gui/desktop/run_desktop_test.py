@@ -4,18 +4,12 @@
 run_desktop_test.py WXL PLUGIN_FOLDER SCREENSHOT_FOLDER
 """
 import filecmp
-import json
-import os
 import pathlib
-import shutil
 import subprocess
 import sys
 import tempfile
 
-HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parents[2]
-sys.path.insert(0, str(ROOT / "scripts"))
-import enable_plugin  # noqa: E402
+from launch_desktop import ROOT, SKIPPED, is_installed, run_in_desktop
 
 
 def files_of(folder):
@@ -43,10 +37,9 @@ def compare(expected, actual):
 
 def main():
     wxl, plugins, shots = sys.argv[1:4]
-    if shutil.which("xvfb-run") is None or not pathlib.Path("/usr/bin/qgis.bin").exists():
+    if not is_installed():
         print("skipped: QGIS or xvfb-run is not installed")
-        return 77
-    pathlib.Path(shots).mkdir(parents=True, exist_ok=True)
+        return SKIPPED
     with tempfile.TemporaryDirectory() as folder:
         scratch = pathlib.Path(folder)
         fixes = scratch / "fixes.shp"
@@ -56,20 +49,9 @@ def main():
         subprocess.run([wxl, "-q", "kde", str(fixes), "--id-field", "animal", "--out", str(expected), "--prefix", "W",
                         "--cell-size", "100", "--bandwidth", "href", "--extent", "min", "--isopleths", "95,50",
                         "--polygons", "--independence"], check=True, stdout=subprocess.DEVNULL)
-        profiles = scratch / "profiles"
-        enable_plugin.enable(str(profiles), plugins, "libwxltools")
-        runtime = scratch / "runtime"
-        runtime.mkdir(mode=0o700)
-        environment = dict(os.environ, PATH="/usr/bin:/bin", XDG_RUNTIME_DIR=str(runtime), HOME=str(scratch),
-                           WXL_DESKTOP_TEST=json.dumps({"output": str(actual), "screenshots": shots,
-                                                        "boxes": str(scratch / "boxes.json")}))
-        result = subprocess.run(["xvfb-run", "-a", "-s", "-screen 0 1280x900x24", "qgis.bin", "--nologo",
-                                 "--noversioncheck", "--hide-browser", "--profiles-path", str(profiles), "--code",
-                                 str(HERE / "drive.py"), str(fixes)], env=environment, timeout=300)
-        if result.returncode:
-            print(f"the desktop ended with {result.returncode}")
+        boxes = run_in_desktop("drive.py", fixes, plugins, shots, scratch, name="desktop", output=str(actual))
+        if boxes is None:
             return 1
-        boxes = json.loads((scratch / "boxes.json").read_text(encoding="utf-8"))
         if boxes[-1:] != [["Status", "Processing complete."]]:
             print("unexpected message boxes:", boxes)
             return 1
