@@ -7,6 +7,7 @@
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/travel_dialog.h"
 #include "movement/FIndDupTime2.h"
 #include "movement/FindDupxy.h"
 #include "movement/OVIOBS.h"
@@ -20,6 +21,7 @@
 #include <qgsmapcanvas.h>
 #include <qgsproject.h>
 #include <qgsvectorlayer.h>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <random>
@@ -84,7 +86,7 @@ protected:
     MovementInQgis() {
         m_services.Messages = &Messages;
         m_services.Dialogs = &m_dialogs;
-        m_services.Host = &m_host;
+        m_services.Host = &Host;
         m_services = m_disk.Complete(m_services);
         Messages.AlwaysAnswer(Topic::kAddFields, Answer::kYes);
     }
@@ -167,7 +169,11 @@ protected:
                 FromCrs(utm)};
     }
 
+    const platform::Services& Services() const { return m_services; }
+    const std::shared_ptr<IApplication>& Application() const { return m_application; }
+
     memory::MemoryMessages Messages;
+    QgisHost Host{{}};
     QgsMapCanvas Canvas;
     QgsVectorLayer* Layer = nullptr;
 
@@ -182,9 +188,8 @@ private:
     std::filesystem::path m_twin;
     files::DiskServices m_disk;
     memory::MemoryFileDialogs m_dialogs;
-    QgisHost m_host{{}};
-    Services m_services;
-    QgisFormPresenter m_presenter{m_host, nullptr, nullptr};
+    platform::Services m_services;
+    QgisFormPresenter m_presenter{Host, nullptr, nullptr};
     std::shared_ptr<IApplication> m_application =
         std::make_shared<QgisApplication>(Desktop{&Canvas, nullptr, [this] { return Layer; }});
 };
@@ -215,6 +220,38 @@ TEST_P(MovementInQgis, Duplicates_in_place_go_as_in_files) {
     EXPECT_EQ(outcome.size(), std::size_t{kRows} / 4 * 3 + 1);
     EXPECT_EQ(Messages.Last().Text, "Deleted 7499 duplicate features");
     EXPECT_EQ(outcome, OutcomeOfFiles<movement::FindDupxy>());
+}
+
+TEST_P(MovementInQgis, Stepping_through_a_long_track_is_measured) {
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    using Clock = std::chrono::steady_clock;
+    Open(walk());
+    movement::frmOVI form(Services());
+    form.SetApplication(Application());
+    form.SetLastFID(kRows - 1);
+    const auto opening = Clock::now();
+    TravelDialog dialog(form, Host, &Canvas);
+    dialog.show();
+    std::cout << "player of " << kRows << " fixes opened, " << GetParam().Name << ": "
+              << Milliseconds(Clock::now() - opening).count() << " ms\n";
+    auto* step = dialog.findChild<QPushButton*>(QStringLiteral("CmbStep"));
+    ASSERT_NE(step, nullptr);
+    form.CBKeepGraphic.Value = 1;
+    constexpr int kSteps = 50;
+    for (int i = 1; i < kRows - kSteps; ++i) form.CmbStep_Click();
+    Canvas.viewport()->repaint();
+    const auto stepping = Clock::now();
+    for (int i = 0; i < kSteps; ++i) {
+        step->click();
+        QApplication::processEvents();
+        Canvas.viewport()->repaint();
+    }
+    std::cout << "step with " << kRows - kSteps << " kept legs, " << GetParam().Name << ": "
+              << Milliseconds(Clock::now() - stepping).count() / kSteps << " ms\n";
+    EXPECT_EQ(form.Legs().size(), std::size_t{kRows} - 1);
+    EXPECT_TRUE(Messages.Texts().empty()) << Messages.Texts().front();
+    dialog.reject();
+    EXPECT_TRUE(form.Legs().empty());
 }
 
 TEST_P(MovementInQgis, The_map_and_its_selection_show_the_deletions) {

@@ -151,6 +151,14 @@ TEST_F(TrackGraphicsTest, A_step_with_30000_kept_legs_is_measured) {
     std::sort(steps.begin(), steps.end());
     std::cout << "step with 30000 kept legs in view: median " << steps[10] << " ms, worst " << steps[20] << " ms\n";
     EXPECT_TRUE(Shows(Picture(), 300.0, 300.0, kGrey)) << "the step is on screen";
+
+    const auto start = std::chrono::steady_clock::now();
+    Canvas.setCenter({410.0, 300.0});
+    QApplication::processEvents();
+    Canvas.viewport()->repaint();
+    const std::chrono::duration<double, std::milli> moved = std::chrono::steady_clock::now() - start;
+    std::cout << "30000 legs drawn anew for a map that moved: " << moved.count() << " ms\n";
+    EXPECT_TRUE(Shows(Picture(), 300.0, 300.0, kGrey));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@ import json
 import os
 import pathlib
 import sys
+import time
 import traceback
 
 from qgis.PyQt.QtCore import QTimer
@@ -25,6 +26,10 @@ def shoot(widget, name):
 
 
 def shoot_screen(name):
+    # What was covered by a window that is gone now is painted first.
+    for _ in range(5):
+        QApplication.processEvents()
+        time.sleep(0.02)
     iface.mainWindow().screen().grabWindow(0).save(str(SHOTS / f"{name}.png"))
 
 

@@ -4,9 +4,10 @@ import time
 from desktop_support import (SETUP, action, boxes, check, child, drive, iface, shoot, shoot_screen, when_dialog,
                              when_file_dialog)
 from qgis.core import QgsProject, QgsVectorLayer
-from qgis.PyQt.QtCore import Qt, QTimer
+from qgis.PyQt.QtCore import QPoint, QRect, Qt, QTimer
 from qgis.PyQt.QtGui import QColor, QImage
-from qgis.PyQt.QtWidgets import QApplication, QCheckBox, QDialogButtonBox, QLabel, QLineEdit, QPushButton, QSlider
+from qgis.PyQt.QtWidgets import (QAbstractButton, QApplication, QCheckBox, QDialogButtonBox, QLabel, QLineEdit,
+                                 QPushButton, QSlider)
 
 GREY = QColor(223, 223, 223).rgb()
 RED = QColor(255, 0, 0).rgb()
@@ -95,6 +96,33 @@ def play_track(layer):
     check(count_of(picture(), RED) == 0, "the track is off the map")
 
 
+def check_looks(dialog):
+    """The dialog leaves the map free, and no text in it is cut off."""
+    viewport = iface.mapCanvas().viewport()
+    map_on_screen = QRect(viewport.mapToGlobal(QPoint(0, 0)), viewport.size())
+    check(not dialog.frameGeometry().intersects(map_on_screen), "the dialog is beside the map")
+    for widget in dialog.findChildren(QLabel) + dialog.findChildren(QAbstractButton):
+        check(widget.width() >= widget.sizeHint().width(), f"{widget.objectName()} shows its whole text")
+
+
+def close_while_playing():
+    """A player that is closed in the middle of a play leaves nothing behind."""
+
+    def play(dialog):
+        child(dialog, QLineEdit, "TxtSec").setText("1")
+        QTimer.singleShot(300, dialog.close)
+        child(dialog, QPushButton, "CmdTrackMoose").click()
+
+    told = len(boxes)
+    start = time.monotonic()
+    when_dialog("frmOVI", play)
+    action("MOLE").trigger()
+    check(time.monotonic() - start < 1.0, "closing does not wait for the delay")
+    check(len(boxes) == told, boxes[told:])
+    wait_for_map()
+    check(count_of(picture(), RED) == 0, "the track is off the map")
+
+
 def use_player(dialog, fixes):
     def click(name):
         child(dialog, QPushButton, name).click()
@@ -106,6 +134,7 @@ def use_player(dialog, fixes):
     shoot_screen("desktop-travel-opened")
     check(counter.text() == f"1/{rows}", counter.text())
     check(slider.maximum() == last, "a position for every fix")
+    check_looks(dialog)
 
     # Stepping, each leg instead of the one before it
     click("CmbStep")
@@ -145,6 +174,7 @@ def use_player(dialog, fixes):
     click("CmdTrackMoose")
     check(slider.value() == last, "played to the end")
     check(boxes[-1] == ("Display Tracks", "No more steps. Please reset."), boxes[-1])
+    check_looks(dialog)
     shoot(dialog, "desktop-travel-player")
     shoot_screen("desktop-travel-end")
     check_legs(picture(), fixes, [(i, i + 1) for i in range(last)])
@@ -172,6 +202,7 @@ def main():
     iface.setActiveLayer(layer)
     movement_commands(layer)
     play_track(layer)
+    close_while_playing()
 
 
 drive(main)
