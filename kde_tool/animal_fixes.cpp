@@ -64,11 +64,13 @@ private:
 };
 
 std::unique_ptr<platform::IFeatureCursor> points_of(platform::IFeatureLayer& layer, platform::IFeatureClass& points,
-                                                    bool selectedOnly) {
-    if (!selectedOnly) return points.Find({});
+                                                    std::string_view idField, bool selectedOnly) {
+    platform::Search search;
+    search.Fields = {std::string(idField)};
+    if (!selectedOnly) return points.Find(search);
     const auto selection = layer.Selection();
     if (!selection) platform::Raise(platform::error_number::kObjectNotSet);
-    return selection->Find({});
+    return selection->Find(search);
 }
 
 void name_animals(GroupedFixes& groups) {
@@ -96,7 +98,7 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
     const auto fields = points->Table().Fields();
     result.TextIds = IsTextId(fields.at(static_cast<std::size_t>(field)).Type);
     Groups groups;
-    const auto cursor = points_of(layer, *points, selectedOnly);
+    const auto cursor = points_of(layer, *points, idField, selectedOnly);
     while (const auto feature = cursor->NextFeature()) {
         const platform::Geometry shape = feature->Shape();
         const bool located = has_location(shape);

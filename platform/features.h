@@ -24,8 +24,9 @@ struct AttributeQuery {
 
 /// Which rows a cursor returns, and what of them. Rows come in the store's own order (object ID for files).
 struct Search {
-    std::optional<AttributeQuery> Where;
-    bool WithShape = true;  ///< false: Shape() may be null, the scan is faster
+    std::optional<AttributeQuery> Where = {};
+    bool WithShape = true;                 ///< false: Shape() may be null, the scan is faster
+    std::vector<std::string> Fields = {};  ///< not empty: cells of other fields may be missing, the scan is faster
 };
 
 /// One row met by a cursor. It stays usable after the cursor has moved on.

@@ -145,11 +145,18 @@ platform::SpatialReference ReferenceFromText(const std::string& text) {
 }
 
 std::string ProjectionFileText(const platform::SpatialReference& reference) {
+    // A batch writes thousands of datasets in one coordinate system, and each translation searches PROJ's database.
+    static std::string lastWkt;
+    static std::string lastText;
+    if (!reference.Wkt.empty() && reference.Wkt == lastWkt) return lastText;
     const OGRSpatialReference ogr = ToOgr(reference);
     if (ogr.IsEmpty()) return {};
     const GdalErrors errors;
-    const std::string wkt = wkt_in(ogr, "WKT1_ESRI");
-    return wkt.empty() ? wkt_in(ogr, "WKT1_GDAL") : wkt;
+    std::string text = wkt_in(ogr, "WKT1_ESRI");
+    if (text.empty()) text = wkt_in(ogr, "WKT1_GDAL");
+    lastWkt = reference.Wkt;
+    lastText = text;
+    return text;
 }
 
 }  // namespace wxl::files

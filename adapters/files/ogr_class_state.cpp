@@ -133,7 +133,7 @@ std::shared_ptr<Pass> OgrFeatureClass::State::JoinPass() {
     return pass;
 }
 
-std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(bool withShape) {
+std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search& wanted) {
     std::unique_ptr<OgrSource> source;
     if (m_idle.empty()) {
         source = std::make_unique<OgrSource>(m_path, m_name);
@@ -142,7 +142,9 @@ std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(bool withShape) {
         m_idle.pop_back();
     }
     source->Version = m_version;
-    source->SetWithShape(withShape);
+    std::vector<std::string> fields = wanted.Fields;
+    if (wanted.Where && !fields.empty()) fields.push_back(wanted.Where->Field);
+    source->SetWanted(wanted.WithShape, fields);
     source->Layer().SetAttributeFilter(nullptr);
     source->Layer().ResetReading();
     return source;
@@ -228,7 +230,7 @@ std::int64_t OgrFeatureClass::State::FeatureCount() {
     const auto pass = JoinPass();
     if (!m_count) {
         const auto* shapefile = dynamic_cast<const ShapefileEditor*>(m_editor.get());
-        auto source = Borrow(false);
+        auto source = Borrow({.WithShape = false});
         m_count = shapefile ? shapefile->CountRows() : source->Layer().GetFeatureCount();
         GiveBack(std::move(source));
     }
@@ -238,7 +240,7 @@ std::int64_t OgrFeatureClass::State::FeatureCount() {
 Extent OgrFeatureClass::State::Bounds() {
     const auto pass = JoinPass();
     if (FeatureCount() == 0) return {};
-    auto source = Borrow(true);
+    auto source = Borrow({});
     OGREnvelope envelope;
     const bool known = source->Layer().GetExtent(&envelope, TRUE) == OGRERR_NONE;
     Extent bounds{envelope.MinX, envelope.MinY, envelope.MaxX, envelope.MaxY};
@@ -266,7 +268,7 @@ Extent OgrFeatureClass::State::ScannedBounds(OGRLayer& layer) {
 
 std::vector<std::int64_t> OgrFeatureClass::State::OIDs(const std::string& condition) {
     const auto pass = JoinPass();
-    auto source = Borrow(false);
+    auto source = Borrow({.WithShape = false});
     std::vector<std::int64_t> oids;
     {
         const GdalErrors errors;

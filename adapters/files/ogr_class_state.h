@@ -37,7 +37,7 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     std::shared_ptr<Pass> JoinPass();
 
     /// An open layer of its own for one reader, and its way back for the next.
-    std::unique_ptr<OgrSource> Borrow(bool withShape);
+    std::unique_ptr<OgrSource> Borrow(const platform::Search& wanted);
     void GiveBack(std::unique_ptr<OgrSource> source);
 
     /// Databases lock out writers while a row is being read: their rows are fetched in groups.

@@ -62,7 +62,7 @@ public:
 /// An open layer of the class, given back at the end.
 class Loan {
 public:
-    Loan(OgrFeatureClass::State& state, bool withShape) : m_state(state), m_source(state.Borrow(withShape)) {}
+    Loan(OgrFeatureClass::State& state, const Search& wanted) : m_state(state), m_source(state.Borrow(wanted)) {}
     ~Loan() { m_state.GiveBack(std::move(m_source)); }
     Loan(const Loan&) = delete;
     Loan& operator=(const Loan&) = delete;
@@ -75,7 +75,7 @@ private:
 
 class RowsInOrder final : public IRows {
 public:
-    RowsInOrder(OgrFeatureClass::State& state, bool withShape) : m_loan(state, withShape) {}
+    RowsInOrder(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted) {}
     OGRFeatureUniquePtr Next() override { return OGRFeatureUniquePtr(m_loan.Layer().GetNextFeature()); }
 
 private:
@@ -85,7 +85,7 @@ private:
 /// Fetches rows in groups and leaves no statement open between them.
 class RowsInGroups final : public IRows {
 public:
-    RowsInGroups(OgrFeatureClass::State& state, bool withShape) : m_loan(state, withShape) {}
+    RowsInGroups(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted) {}
 
     OGRFeatureUniquePtr Next() override {
         if (m_group.empty()) Fetch();
@@ -120,8 +120,8 @@ private:
 
 class RowsOfOIDs final : public IRows {
 public:
-    RowsOfOIDs(OgrFeatureClass::State& state, bool withShape, std::vector<std::int64_t> oids)
-        : m_loan(state, withShape), m_oids(std::move(oids)) {}
+    RowsOfOIDs(OgrFeatureClass::State& state, const Search& wanted, std::vector<std::int64_t> oids)
+        : m_loan(state, wanted), m_oids(std::move(oids)) {}
 
     OGRFeatureUniquePtr Next() override {
         while (m_next < m_oids.size()) {
@@ -210,15 +210,15 @@ std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Se
     if (auto oid = oid_asked_for(search)) return open_cursor(std::move(pass), search, *std::move(oid));
     std::unique_ptr<IRows> rows;
     if (pass->State().ReadsInGroups())
-        rows = std::make_unique<RowsInGroups>(pass->State(), search.WithShape);
+        rows = std::make_unique<RowsInGroups>(pass->State(), search);
     else
-        rows = std::make_unique<RowsInOrder>(pass->State(), search.WithShape);
+        rows = std::make_unique<RowsInOrder>(pass->State(), search);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search,
                                             std::vector<std::int64_t> oids) {
-    auto rows = std::make_unique<RowsOfOIDs>(pass->State(), search.WithShape, std::move(oids));
+    auto rows = std::make_unique<RowsOfOIDs>(pass->State(), search, std::move(oids));
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 

@@ -38,8 +38,8 @@ public:
     platform::ITable& Table() override;
     std::unique_ptr<platform::IFeatureCursor> Find(const platform::Search& search) override;
 
-    /// New rows are written at the cursor's Flush or destruction. RuntimeError 70 for a format that is only read, 5 for a
-    /// shapefile with heights or measures.
+    /// New rows are written at the cursor's Flush or destruction. RuntimeError 70 for a format that is only read, 5 for
+    /// a shapefile with heights or measures.
     std::unique_ptr<platform::IInsertCursor> Insert() override;
 
     /// As Find, over these object IDs only (ascending).

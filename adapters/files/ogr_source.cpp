@@ -4,7 +4,6 @@
 #include "platform/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace wxl::files {
@@ -175,11 +174,23 @@ std::string OgrSource::DriverName() const {
     return m_dataset->GetDriverName();
 }
 
-void OgrSource::SetWithShape(bool withShape) {
-    if (withShape == m_withShape) return;
-    m_withShape = withShape;
-    std::array<const char*, 2> ignored = {withShape ? nullptr : "OGR_GEOMETRY", nullptr};
-    m_layer->SetIgnoredFields(ignored.data());
+void OgrSource::SetWanted(bool withShape, const std::vector<std::string>& fields) {
+    std::vector<std::string> ignored;
+    if (!withShape) ignored.emplace_back("OGR_GEOMETRY");
+    OGRFeatureDefn& columns = *m_layer->GetLayerDefn();
+    for (int i = 0; i < columns.GetFieldCount(); ++i) {
+        const std::string name = columns.GetFieldDefn(i)->GetNameRef();
+        const bool wanted = fields.empty() || std::any_of(fields.begin(), fields.end(), [&](const std::string& wish) {
+                                return platform::EqualNoCase(wish, name);
+                            });
+        if (!wanted) ignored.push_back(name);
+    }
+    if (ignored == m_ignored) return;
+    m_ignored = std::move(ignored);
+    std::vector<const char*> names;
+    for (const std::string& name : m_ignored) names.push_back(name.c_str());
+    names.push_back(nullptr);
+    m_layer->SetIgnoredFields(names.data());
 }
 
 std::pair<fs::path, std::string> split_input(const std::string& input) {

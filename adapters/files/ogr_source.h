@@ -16,8 +16,8 @@ public:
     OGRLayer& Layer() { return *m_layer; }
     std::string DriverName() const;
 
-    /// Whether the next rows are read with their shapes.
-    void SetWithShape(bool withShape);
+    /// The next rows are read with their shapes or without, and with the cells of these fields only (empty: all).
+    void SetWanted(bool withShape, const std::vector<std::string>& fields);
 
     /// The owner's count of changes at the time of opening.
     std::size_t Version = 0;
@@ -25,7 +25,7 @@ public:
 private:
     GdalDatasetPtr m_dataset;
     OGRLayer* m_layer = nullptr;
-    bool m_withShape = true;
+    std::vector<std::string> m_ignored;
 };
 
 /// "PATH" or "PATH:LAYER" as the two. A path that exists is never split.

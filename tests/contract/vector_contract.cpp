@@ -126,6 +126,27 @@ TEST_P(VectorContract, Values_come_back_with_their_types) {
     }
 }
 
+TEST_P(VectorContract, Cells_of_the_fields_asked_for_are_there_and_the_next_scan_has_all) {
+    const auto layer = host->MakeLayer(fixes_definition(), five_fixes());
+    const auto features = layer->FeatureClass();
+    platform::Search search;
+    search.Fields = {"TIME2"};
+    {
+        const auto cursor = features->Find(search);
+        const auto first = cursor->NextFeature();
+        EXPECT_EQ(first->Value(1), FieldValue(std::int64_t{60}));
+        EXPECT_EQ(first->Shape(), five_fixes()[0].Shape);
+    }
+    search.Where = where("Speed", -1.5).Where;
+    {
+        const auto cursor = features->Find(search);
+        const auto second = cursor->NextFeature();
+        EXPECT_EQ(second->Value(1), FieldValue(std::int64_t{120})) << "a query may ask for another field";
+        EXPECT_EQ(cursor->NextFeature(), nullptr);
+    }
+    EXPECT_EQ(feature_at(*features, 0)->Value(0), five_fixes()[0].Values[0]);
+}
+
 TEST_P(VectorContract, Fields_are_found_without_regard_to_case) {
     const auto layer = host->MakeLayer(fixes_definition(), five_fixes());
     ITable& table = layer->FeatureClass()->Table();
