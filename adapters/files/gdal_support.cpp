@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cpl_conv.h>
 #include <cpl_error.h>
+#include <map>
 #include <unistd.h>
 
 namespace wxl::files {
@@ -146,16 +147,14 @@ platform::SpatialReference ReferenceFromText(const std::string& text) {
 
 std::string ProjectionFileText(const platform::SpatialReference& reference) {
     // A batch writes thousands of datasets in one coordinate system, and each translation searches PROJ's database.
-    static std::string lastWkt;
-    static std::string lastText;
-    if (!reference.Wkt.empty() && reference.Wkt == lastWkt) return lastText;
+    static std::map<std::string, std::string> known;
+    if (const auto text = known.find(reference.Wkt); text != known.end()) return text->second;
     const OGRSpatialReference ogr = ToOgr(reference);
     if (ogr.IsEmpty()) return {};
     const GdalErrors errors;
     std::string text = wkt_in(ogr, "WKT1_ESRI");
     if (text.empty()) text = wkt_in(ogr, "WKT1_GDAL");
-    lastWkt = reference.Wkt;
-    lastText = text;
+    if (known.size() < 32) known[reference.Wkt] = text;
     return text;
 }
 
