@@ -71,7 +71,7 @@ TEST(ListLayers, Appends_to_what_the_combo_box_holds) {
     ComboBox combo;
     combo.Items = {"first"};
     rig.Module->ListLayers(4, combo);
-    EXPECT_EQ(combo.Items, (Names{"first", "roads"}));
+    EXPECT_EQ(combo.Items, (Names{"first", "roads", "parcels"}));
 }
 
 TEST(ListLayers, A_map_without_layers_is_false_without_a_message) {
