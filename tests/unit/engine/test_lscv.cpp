@@ -254,9 +254,9 @@ TEST_F(Lscv, A_host_that_stops_the_work_leaves_the_number_of_the_step) {
     memory::MemoryHost host;
     host.SetOnYield([] { platform::Raise(platform::error_number::kInvalidCall); });
     search.SetHost(&host);
-    // Far more than 50 ms of work: ten thousand bandwidths.
+    // Far more than 50 ms of work on any machine: a million bandwidths.
     search.SetSearchRange(0.5, 1.0);
-    search.SetStepValue(0.5e-4);
+    search.SetStepValue(0.5e-6);
     search.SetInputCoords(tests::normal_sample(4000, 1.0, {0.0, 0.0}, 112));
     search.CalculateLSCV();
     // The turn comes while the scores are prepared or while they are searched, as the machine is fast or slow.
