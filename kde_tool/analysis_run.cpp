@@ -104,6 +104,7 @@ RunOutcome AnalysisRun::Run() {
     try {
         switch (Start()) {
             case Outcome::kGoOn:
+                TellBegin();
                 RunAnimals();
                 return Finish();
             case Outcome::kCancelled:
@@ -117,6 +118,7 @@ RunOutcome AnalysisRun::Run() {
         const platform::RuntimeError error = platform::CurrentError();
         ShowError(*m_services.Messages, "KDE: " + error.Description);
         Cancel();
+        TellEnd(RunOutcome::kFailed);
     }
     return RunOutcome::kFailed;
 }
@@ -285,7 +287,7 @@ void AnalysisRun::RunAnimals() {
             m_stage = 0;
             const AnimalRecord record = run.Compute(animal, i);
             ++m_done;
-            if (IRunObserver* observer = m_form.Observer()) observer->AnimalDone(record);
+            for (IRunObserver* observer : m_form.Observers()) observer->AnimalDone(record);
         }
     ShowProgress(static_cast<double>(m_done));
 }
@@ -296,13 +298,33 @@ RunOutcome AnalysisRun::Finish() {
     if (stopped) lines.back() = "Processing stopped by the user";
     m_report.Write(lines);
     m_report.Close();
+    const RunOutcome outcome = stopped ? RunOutcome::kStopped : RunOutcome::kComplete;
+    TellEnd(outcome);
     m_lock.reset();
     m_form.txtStatus.Text.clear();
     m_services.Messages->Show({.Text = stopped ? "Processing stopped." : "Processing complete.",
                                .Title = "Status",
                                .Sign = platform::Icon::kInformation});
     m_form.PBar.Value = m_form.PBar.Minimum;
-    return stopped ? RunOutcome::kStopped : RunOutcome::kComplete;
+    return outcome;
+}
+
+void AnalysisRun::TellBegin() {
+    m_begun = true;
+    for (IRunObserver* observer : m_form.Observers()) observer->RunBegins(m_frame, m_animals);
+}
+
+/// What an observer makes of a run is an extra: when it fails, the run's own results stay.
+void AnalysisRun::TellEnd(RunOutcome outcome) {
+    if (!m_begun) return;
+    m_begun = false;
+    for (IRunObserver* observer : m_form.Observers()) {
+        try {
+            observer->RunEnds(outcome);
+        } catch (...) {
+            ShowError(*m_services.Messages, platform::CurrentError().Description);
+        }
+    }
 }
 
 void AnalysisRun::Cancel() {

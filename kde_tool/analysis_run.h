@@ -13,7 +13,6 @@
 namespace wxl::kde_tool {
 
 class frmKDE;
-enum class RunOutcome;
 
 /// Names of the two text files of a run, joined to the output folder as files in it.
 inline constexpr const char* kReportFile = "\\WXL_KDE_ANALYSIS.txt";
@@ -48,6 +47,8 @@ private:
     Outcome AgreeOnOverlaps();
     void RunAnimals();
     RunOutcome Finish();
+    void TellBegin();
+    void TellEnd(RunOutcome outcome);
     void Cancel();
     void DeleteRunFiles();
     void Stage(const std::string& status) override;
@@ -60,6 +61,7 @@ private:
     GroupedFixes m_animals;
     AnalysisReport m_report;
     std::unique_ptr<platform::IFolderLock> m_lock;
+    bool m_begun = false;     ///< observers were told of the run's begin and wait for its end
     std::size_t m_done = 0;   ///< distributions finished
     std::size_t m_stage = 0;  ///< stages of the present one begun
 };

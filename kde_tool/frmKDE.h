@@ -18,16 +18,6 @@ namespace wxl::kde_tool {
 /// The only entry of cmbKernelForm.
 inline constexpr const char* kGaussianForm = "Gaussian (bivariate normal)";
 
-/// How a run ended.
-enum class RunOutcome {
-    kNone,       ///< there was none yet
-    kComplete,   ///< every distribution was met, failing ones included
-    kStopped,    ///< the user stopped it; what was done is kept
-    kRefused,    ///< a check failed, before anything was written
-    kCancelled,  ///< cancelled by an answer
-    kFailed      ///< a run-time error
-};
-
 /// The form "Kernel Density Estimation": the settings of a batch analysis, its statistics tables and its run.
 ///
 /// The controls are plain values. Press it as a user does: change a control, then call its handler; an option button is
@@ -98,6 +88,8 @@ public:
     platform::Label lblScaling{"Scaling factor (multiplier):"};
     platform::TextBox txtScaling{"1000000"};
     platform::CheckBox chkVerbose{"Write verbose analysis log file"};
+    platform::CheckBox chkAddToMap{"Add results to map", 1};
+    platform::CheckBox chkHtml{"Write an HTML page of the results"};
     platform::CheckBox chkBnds{"Isopleths (%):"};
     platform::TextBox txtBnds{"95, 90, 50"};
     platform::CheckBox chkLines{"Lines"};
@@ -213,9 +205,9 @@ public:
     /// What the last load noted about output folders that do not exist; never shown.
     const std::string& LoadNote() const { return m_loadNote; }
 
-    /// Tells `observer` of every distribution of a run; null (the default): nobody. It must outlive the runs.
-    void SetObserver(IRunObserver* observer) { m_observer = observer; }
-    IRunObserver* Observer() const { return m_observer; }
+    /// Tells `observer` of every run from now on, after those added before. It must outlive the runs.
+    void AddObserver(IRunObserver& observer) { m_observers.push_back(&observer); }
+    const std::vector<IRunObserver*>& Observers() const { return m_observers; }
 
     /// How the last run ended.
     RunOutcome LastRun() const { return m_lastRun; }
@@ -247,7 +239,7 @@ private:
     bool m_running = false;
     bool m_stopRequested = false;
     RunOutcome m_lastRun = RunOutcome::kNone;
-    IRunObserver* m_observer = nullptr;
+    std::vector<IRunObserver*> m_observers;
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;
     std::vector<HrefRow> m_hrefs;

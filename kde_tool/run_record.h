@@ -47,11 +47,33 @@ struct AnimalRecord {
     std::vector<std::string> Files;   ///< datasets written, in the order of writing
 };
 
+struct RunFrame;
+struct GroupedFixes;
+
+/// How a run ended.
+enum class RunOutcome {
+    kNone,       ///< there was none yet
+    kComplete,   ///< every distribution was met, failing ones included
+    kStopped,    ///< the user stopped it; what was done is kept
+    kRefused,    ///< a check failed, before anything was written
+    kCancelled,  ///< cancelled by an answer
+    kFailed      ///< a run-time error
+};
+
 /// Listens to a run. The run keeps no record after it was handed over, so that a long batch costs no memory.
 class IRunObserver {
 public:
     virtual ~IRunObserver() = default;
+
+    /// All questions are answered and the first distribution comes next. Both arguments outlive the run.
+    virtual void RunBegins(const RunFrame& frame, const GroupedFixes& animals) = 0;
+
+    /// A distribution was met, a failing one included.
     virtual void AnimalDone(const AnimalRecord& record) = 0;
+
+    /// A run that had begun is over: the report is closed (or deleted, after a run-time error) and the output folder is
+    /// still held. Called before the closing message.
+    virtual void RunEnds(RunOutcome outcome) = 0;
 };
 
 }  // namespace wxl::kde_tool

@@ -123,9 +123,8 @@ int press_ok(const KdeOptions& options, kde_tool::frmKDE& form, Console& console
     if (options.Overwrite) delete_outputs(form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
-    form.SetObserver(&output);
+    form.AddObserver(output);
     form.btnOK_Click();
-    form.SetObserver(nullptr);
     console.EndProgress();
     output.Finish(form.LastRun());
     return exit_code_of(form.LastRun(), output, console);

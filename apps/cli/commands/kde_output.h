@@ -22,7 +22,9 @@ public:
     /// that areas can be told in square kilometres.
     KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
 
+    void RunBegins(const kde_tool::RunFrame&, const kde_tool::GroupedFixes&) override {}
     void AnimalDone(const kde_tool::AnimalRecord& record) override;
+    void RunEnds(kde_tool::RunOutcome) override {}
 
     /// Ends the output of a run that wrote its report, or of one that broke off.
     void Finish(kde_tool::RunOutcome outcome);

@@ -22,8 +22,12 @@ namespace wxl::kde_tool {
 
 /// Keeps the records of a run.
 struct RecordKeeper final : IRunObserver {
+    std::vector<std::size_t> Begun;  ///< animals of each run that began
     std::vector<AnimalRecord> Records;
+    std::vector<RunOutcome> Ended;
+    void RunBegins(const RunFrame&, const GroupedFixes& animals) override { Begun.push_back(animals.Animals.size()); }
     void AnimalDone(const AnimalRecord& record) override { Records.push_back(record); }
+    void RunEnds(RunOutcome outcome) override { Ended.push_back(outcome); }
 };
 
 struct RunTest : testing::Test {
@@ -92,7 +96,7 @@ struct RunTest : testing::Test {
         Form->txtBuffer.Text = "400";
         Choose(Form->optBE_MANUAL, &frmKDE::optBE_MANUAL_Click);
         Form->txtBW.Text = "100";
-        Form->SetObserver(&Keeper);
+        Form->AddObserver(Keeper);
     }
 
     void ChooseIdField(const std::string& name) {

@@ -1,3 +1,4 @@
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 
@@ -461,6 +462,46 @@ TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_ca
     ASSERT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Disk full"));
     EXPECT_FALSE(HasReport());
+}
+
+TEST_F(AnalysisRunTest, Observers_hear_of_begin_and_end_of_what_became_a_run) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "349";
+    Messages.WillAnswer({Answer::kCancel});
+    Run();
+    EXPECT_THAT(Keeper.Begun, testing::IsEmpty());
+    EXPECT_THAT(Keeper.Ended, testing::IsEmpty());
+
+    Form->txtBuffer.Text = "400";
+    Run();
+    EXPECT_THAT(Keeper.Begun, testing::ElementsAre(2U));
+    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(RunOutcome::kComplete));
+
+    Form->txtR.Text = "L";
+    Host.SetOnYield([&] {
+        if (Form->txtStatus.Text == "Calculating kernel...") Disk->Fail(memory::DiskStep::kWrite, 1, 61);
+    });
+    Run();
+    EXPECT_THAT(Keeper.Begun, testing::ElementsAre(2U, 2U));
+    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(RunOutcome::kComplete, RunOutcome::kFailed));
+}
+
+TEST_F(AnalysisRunTest, An_observer_that_fails_at_the_end_leaves_the_run_as_it_is) {
+    struct Failing final : IRunObserver {
+        void RunBegins(const RunFrame&, const GroupedFixes&) override {}
+        void AnimalDone(const AnimalRecord&) override {}
+        void RunEnds(RunOutcome) override { platform::Raise(61, "Disk full: page"); }
+    } failing;
+    AddTwoAnimals();
+    Open();
+    Form->AddObserver(failing);
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
+    EXPECT_TRUE(HasReport());
+    ASSERT_EQ(Messages.Boxes().size(), 2U);
+    EXPECT_EQ(Messages.Boxes().front().Text, "Disk full: page");
+    EXPECT_EQ(Messages.Last().Text, "Processing complete.");
 }
 
 TEST_F(AnalysisRunTest, A_report_that_cannot_be_deleted_is_told_by_the_cancel_routine) {

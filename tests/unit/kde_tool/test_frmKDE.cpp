@@ -86,8 +86,9 @@ TEST_F(TheForm, Has_its_defaults) {
     EXPECT_EQ(form.txtBuffer.Text, "2000");
     EXPECT_EQ(form.txtBnds.Text, "95, 90, 50");
     for (const auto* box : {&form.chkUseSel, &form.chkRescale, &form.chkVerbose, &form.chkBnds, &form.chkLines,
-                            &form.chkPolys, &form.chkDonuts, &form.chkSilent})
+                            &form.chkPolys, &form.chkDonuts, &form.chkSilent, &form.chkHtml})
         EXPECT_EQ(box->Value, 0) << box->Caption;
+    EXPECT_EQ(form.chkAddToMap.Value, 1);
     EXPECT_EQ(form.LargestReferenceBandwidth(), 0.0);
     EXPECT_EQ(form.SSTab1.Current, 0);
     EXPECT_TRUE(form.btnOK.Enabled);
