@@ -1,28 +1,17 @@
 #pragma once
-#include "kde_tool/animal_fixes.h"
-#include "kde_tool/animal_run.h"
-#include "kde_tool/report_writer.h"
-#include "platform/folder_lock.h"
+#include "kde_tool/run_preparation.h"
 
-#include <filesystem>
-#include <memory>
-#include <optional>
+#include <functional>
 #include <string>
-#include <vector>
 
 namespace wxl::kde_tool {
 
-class frmKDE;
-
-/// Names of the two text files of a run, joined to the output folder as files in it.
-inline constexpr const char* kReportFile = "\\WXL_KDE_ANALYSIS.txt";
-inline constexpr const char* kSettingsRecordFile = "\\WXL_KERNEL_SETTINGS.txt";
-
-/// "\NAME" in `folder`, with the system's separator.
-std::filesystem::path file_in_folder(const std::filesystem::path& folder, const char* name);
-
-/// The form's choices as they stand now.
-RunInputs inputs_of(const frmKDE& form);
+/// A run that was prepared and is computed elsewhere: what its distributions need, and the head of its report.
+struct PreparedRun {
+    const RunFrame& Frame;
+    const GroupedFixes& Animals;
+    Lines ReportHead;
+};
 
 /// One press of the form's OK button: the whole batch, from the checks to "Processing complete.".
 class AnalysisRun final : private IRunStages {
@@ -32,19 +21,13 @@ public:
     /// Reports every fault in message boxes and never throws.
     RunOutcome Run();
 
-private:
-    enum class Outcome { kGoOn, kRefused, kCancelled };
+    /// Prepares the run and hands it over instead of computing it, with the output folder locked: kComplete when `take`
+    /// returned. The settings record is written, the report is not. Faults, those of `take` too, are reported as Run
+    /// does.
+    RunOutcome Plan(const std::function<void(const PreparedRun&)>& take);
 
-    Outcome Start();
-    bool SettingsAreUsable();
-    bool ParseLists();
-    bool GroupAnimals();
-    void WarnOfMissingIds();
-    bool TakeFolder();
-    bool NamesAreFree();
-    void OpenReport();
-    Outcome AgreeOnBuffer();
-    Outcome AgreeOnOverlaps();
+private:
+    RunOutcome Guarded(IReportSink& head, const std::function<RunOutcome()>& work);
     void RunAnimals();
     RunOutcome Finish();
     void TellBegin();
@@ -53,14 +36,12 @@ private:
     void DeleteRunFiles();
     void Stage(const std::string& status) override;
     void ShowProgress(double distributions);
-    void Refuse(const std::string& text, const std::string& title = "Error");
+    std::size_t Total() const;
 
     frmKDE& m_form;
     const platform::Services& m_services;
-    RunFrame m_frame;
-    GroupedFixes m_animals;
     AnalysisReport m_report;
-    std::unique_ptr<platform::IFolderLock> m_lock;
+    std::unique_ptr<RunPreparation> m_preparation;
     bool m_begun = false;     ///< observers were told of the run's begin and wait for its end
     std::size_t m_done = 0;   ///< distributions finished
     std::size_t m_stage = 0;  ///< stages of the present one begun

@@ -55,7 +55,7 @@ class AnimalRun {
 public:
     /// All outlive the object.
     AnimalRun(const platform::Services& services, utilities::Utilities& geodata, const RunFrame& frame,
-              AnalysisReport& report, IRunStages& stages, platform::ProgressBar& progress)
+              IReportSink& report, IRunStages& stages, platform::ProgressBar& progress)
         : m_services(services),
           m_geodata(geodata),
           m_frame(frame),
@@ -81,7 +81,7 @@ private:
     const platform::Services& m_services;
     utilities::Utilities& m_geodata;
     const RunFrame& m_frame;
-    AnalysisReport& m_report;
+    IReportSink& m_report;
     IRunStages& m_stages;
     platform::ProgressBar& m_progress;
 };

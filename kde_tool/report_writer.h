@@ -7,20 +7,41 @@
 
 namespace wxl::kde_tool {
 
+/// Takes the lines of a run's report.
+class IReportSink {
+public:
+    virtual ~IReportSink() = default;
+
+    /// Called once, before the first line.
+    virtual void Open(const std::filesystem::path& file) = 0;
+
+    /// Takes whole lines, without their line ends.
+    virtual void Write(const Lines& lines) = 0;
+};
+
+/// Keeps the lines instead of writing them.
+class CollectedReport final : public IReportSink {
+public:
+    void Open(const std::filesystem::path&) override {}
+    void Write(const Lines& lines) override { Taken.insert(Taken.end(), lines.begin(), lines.end()); }
+
+    Lines Taken;
+};
+
 /// The analysis report of one run: Windows-1252 text, lines ended by CR LF, open for the whole run.
 ///
 /// A report that stands in the folder already is continued below a separator. Every Write reaches the system before it
 /// returns, so that a run that dies leaves a readable report up to there. Failures throw RuntimeError.
-class AnalysisReport {
+class AnalysisReport final : public IReportSink {
 public:
     explicit AnalysisReport(platform::IFileSystem& files) : m_files(files) {}
 
     /// Opens the file, and writes the separator when it existed.
-    void Open(const std::filesystem::path& file);
+    void Open(const std::filesystem::path& file) override;
     bool IsOpen() const { return m_file != nullptr; }
 
     /// Writes whole lines; nothing when the report is not open.
-    void Write(const Lines& lines);
+    void Write(const Lines& lines) override;
 
     /// Closes with the close checked; nothing when the report is not open.
     void Close();
