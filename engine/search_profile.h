@@ -1,4 +1,5 @@
 #pragma once
+#include <optional>
 #include <vector>
 
 namespace wxl::engine {
@@ -12,5 +13,12 @@ struct ProfileRow {
 
 /// The scores of a bandwidth search in the order of evaluation.
 using SearchProfile = std::vector<ProfileRow>;
+
+/// The profile without the rows at its end that the search did not reach.
+SearchProfile ReachedRows(SearchProfile profile);
+
+/// The first of the rows with the smallest score; rows that hold no finite numbers do not count. The rows that the
+/// search did not reach must have been left out.
+std::optional<ProfileRow> SmallestScore(const SearchProfile& reached);
 
 }  // namespace wxl::engine

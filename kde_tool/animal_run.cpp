@@ -32,8 +32,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.BandwidthMapUnits = calculator.GetScaledBandwidth();
     record.Href = calculator.GetHREF();
     record.Minimized = calculator.LSCVMinimized;
-    if (const auto profile = calculator.GetLSCVProfile())
-        for (const engine::ProfileRow& row : *profile) record.Profile.push_back({row.Bandwidth, row.Score});
+    record.Profile = calculator.GetLSCVProfile().value_or(engine::SearchProfile{});
     record.Grid = {calculator.GetOriginX(), calculator.GetOriginY(), calculator.GetCellSize(),
                    calculator.GetColumnCount(), calculator.GetRowCount()};
     record.Volume = calculator.GetKernelVolume();

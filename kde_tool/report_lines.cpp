@@ -75,7 +75,7 @@ void append_search(Lines& lines, const AnimalRecord& record, const std::string& 
     if (!verbose) return;
     lines.push_back(search + " Profile:");
     lines.push_back("h," + search + "_value");
-    for (const ProfilePoint& point : record.Profile)
+    for (const engine::ProfileRow& point : record.Profile)
         lines.push_back(NumberText(point.Bandwidth) + ", " + NumberText(point.Score));
 }
 

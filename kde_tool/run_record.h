@@ -1,6 +1,7 @@
 #pragma once
 // What an analysis run tells whoever started it, one animal at a time.
 
+#include "engine/search_profile.h"
 #include "kde_tool/run_inputs.h"
 #include "platform/values.h"
 
@@ -10,12 +11,6 @@
 #include <vector>
 
 namespace wxl::kde_tool {
-
-/// One row of a search profile.
-struct ProfilePoint {
-    double Bandwidth = 0.0;  ///< units of the stored sample
-    double Score = 0.0;
-};
 
 /// One isopleth: the density level that encloses a percentage of the volume.
 struct IsoplethRecord {
@@ -34,7 +29,7 @@ struct AnimalRecord {
     double BandwidthMapUnits = 0.0;  ///< the same in map units
     double Href = 0.0;               ///< units of the stored sample; 0 for a user-defined bandwidth
     bool Minimized = false;          ///< LSCV and BCV: the search ended at a minimum inside its range
-    std::vector<ProfilePoint> Profile;
+    engine::SearchProfile Profile;   ///< LSCV and BCV: every row, also those that the search did not reach
     platform::RasterGeometry Grid;
     double Volume = 0.0;
     std::string RasterName;

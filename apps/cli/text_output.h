@@ -13,6 +13,7 @@ public:
     /// RuntimeError 76 when the folder is missing, 58 when the file exists and `overwrite` is false.
     TextOutput(std::string path, bool overwrite);
     void Write(std::string_view text) const;
+    const std::string& Path() const { return m_path; }
 
 private:
     std::string m_path;

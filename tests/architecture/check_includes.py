@@ -14,9 +14,10 @@ OWN = re.compile(r'^\s*#\s*include\s*"([a-z_]+)/')
 MAY_INCLUDE = {
     "platform": set(),
     "engine": {"platform"},
+    "pictures": {"platform", "engine"},
     "utilities": {"platform"},
     "isopleths": {"platform", "utilities"},
-    "kde_tool": {"platform", "engine", "isopleths", "utilities"},
+    "kde_tool": {"platform", "engine", "pictures", "isopleths", "utilities"},
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "movement"},
 }
@@ -25,7 +26,7 @@ ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
     # A new shapefile is gathered in memory before it is written.
     "adapters/files": {"platform", "adapters/files", "adapters/memory"},
-    "adapters/qgis": {"platform", "kde_tool", "movement", "host", "utilities", "adapters/files", "adapters/qgis"},
+    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "utilities", "adapters/files", "adapters/qgis"},
 }
 SOURCES = {".h", ".cpp"}
 

@@ -5,11 +5,13 @@
 #include "apps/cli/text_output.h"
 #include "engine/clsKernelCalculator.h"
 #include "kde_tool/animal_fixes.h"
+#include "pictures/profile_picture.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <fmt/format.h>
 #include <optional>
 #include <vector>
@@ -18,6 +20,7 @@ namespace wxl::cli {
 
 namespace {
 
+namespace fs = std::filesystem;
 using platform::NumberText;
 
 /// What was found for one animal, in units of the searched sample unless it says otherwise.
@@ -31,15 +34,11 @@ struct AnimalBandwidth {
     bool Minimised = false;
     engine::SearchProfile Profile;  ///< without the rows that the search did not reach
     std::string Warnings;
+    std::string Plot;  ///< file of its picture; empty: none
 };
 
 std::optional<double> if_positive(double value) {
     return value > 0.0 && std::isfinite(value) ? std::optional(value) : std::nullopt;
-}
-
-engine::SearchProfile reached_rows(engine::SearchProfile profile) {
-    while (!profile.empty() && profile.back() == engine::ProfileRow{}) profile.pop_back();
-    return profile;
 }
 
 AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
@@ -63,15 +62,67 @@ AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const Bandwidt
     found.MapUnits = if_positive(calculator.GetScaledBandwidth());
     found.Searched = calculator.HasLSCVProfile;
     found.Minimised = calculator.LSCVMinimized;
-    found.Profile = reached_rows(calculator.GetLSCVProfile().value_or(engine::SearchProfile{}));
+    found.Profile = engine::ReachedRows(calculator.GetLSCVProfile().value_or(engine::SearchProfile{}));
     found.Warnings = calculator.WarningMessages();
     return found;
 }
 
-std::vector<AnimalBandwidth> find_bandwidths(const BandwidthOptions& options, Console& console) {
+/// What a command reads: the fixes of every animal, and the unit of their coordinates.
+struct Sample {
+    kde_tool::GroupedFixes Groups;
+    std::string Units;
+};
+
+Sample read_sample(const BandwidthOptions& options) {
     const auto layer = open_measured_point_layer(options.Points);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
-    const kde_tool::GroupedFixes groups = kde_tool::GroupFixes(*layer, idField, false);
+    return {kde_tool::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName};
+}
+
+/// The pictures of a search: one file for one animal, and for several one file each, with the naming ID that wxl kde
+/// gives the animal before the ending.
+class Plots {
+public:
+    /// Refuses what cannot be written, before anything is computed.
+    Plots(const BandwidthOptions& options, const Sample& sample) : m_options(options), m_units(sample.Units) {
+        if (options.Plot.empty()) return;
+        for (const kde_tool::AnimalFixes& animal : sample.Groups.Animals) {
+            fs::path file = options.Plot;
+            if (sample.Groups.Animals.size() > 1)
+                file.replace_filename(file.stem().string() + "-" + animal.NamingId + file.extension().string());
+            m_files.emplace_back(file.string(), options.Overwrite);
+        }
+    }
+
+    /// Writes the picture of every animal that was searched.
+    void Write(std::vector<AnimalBandwidth>& animals) const {
+        for (std::size_t i = 0; i < m_files.size(); ++i) {
+            if (!animals[i].Searched || animals[i].Profile.empty()) continue;
+            m_files[i].Write(pictures::ProfileSvg(picture_of(animals[i])));
+            animals[i].Plot = m_files[i].Path();
+        }
+    }
+
+private:
+    pictures::ProfilePicture picture_of(const AnimalBandwidth& animal) const {
+        pictures::ProfilePicture picture;
+        picture.Title = platform::ValueText(animal.Id);
+        picture.Method = m_options.Method == "bcv" ? "BCV" : "LSCV";
+        picture.Units = m_options.Rescale ? "unit variance" : m_units;
+        picture.Minimised = animal.Minimised;
+        picture.Href = animal.Href;
+        picture.Bandwidth = animal.Bandwidth;
+        pictures::SetCurve(picture, animal.Profile);
+        return picture;
+    }
+
+    const BandwidthOptions& m_options;
+    std::string m_units;
+    std::vector<TextOutput> m_files;
+};
+
+std::vector<AnimalBandwidth> find_bandwidths(const kde_tool::GroupedFixes& groups, const BandwidthOptions& options,
+                                             Console& console) {
     ConsoleMessages messages(console, {});
     std::vector<AnimalBandwidth> found;
     for (const kde_tool::AnimalFixes& animal : groups.Animals) {
@@ -94,12 +145,6 @@ void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console
     }
 }
 
-const engine::ProfileRow* smallest(const engine::SearchProfile& profile) {
-    const auto found = std::min_element(profile.begin(), profile.end(),
-                                        [](const auto& a, const auto& b) { return a.Score < b.Score; });
-    return found == profile.end() ? nullptr : &*found;
-}
-
 Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions& options) {
     Json json = Json::array();
     for (const AnimalBandwidth& animal : animals) {
@@ -110,10 +155,10 @@ Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions
         if (options.Rescale) one["bandwidth_map_units"] = json_number(animal.MapUnits);
         one["href"] = json_number(animal.Href);
         one["minimised"] = animal.Searched ? Json(animal.Minimised) : Json(nullptr);
-        const engine::ProfileRow* minimum = smallest(animal.Profile);
-        one["minimum"] = minimum == nullptr
-                             ? Json(nullptr)
-                             : Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}};
+        const std::optional<engine::ProfileRow> minimum = engine::SmallestScore(animal.Profile);
+        one["minimum"] = minimum ? Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}}
+                                 : Json(nullptr);
+        if (!options.Plot.empty()) one["plot"] = animal.Plot.empty() ? Json(nullptr) : Json(animal.Plot);
         json.push_back(std::move(one));
     }
     return json;
@@ -159,13 +204,21 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
                      "Rescale each animal's fixes to unit variance first; bandwidths are then in those units");
     command.add_option("--profile", options.Profile, "Write the scores of the search as CSV (id, h, score)")
         ->type_name("OUT.csv");
-    command.add_flag("--overwrite", options.Overwrite, "Replace a file of that name");
+    command
+        .add_option("--plot", options.Plot,
+                    "Draw the scores of the search as SVG: OUT.svg for one animal, OUT-ID.svg for each of several")
+        ->type_name("OUT.svg");
+    command.add_flag("--overwrite", options.Overwrite, "Replace files of that name");
     command.add_flag("--json", options.Json, "Print one JSON array");
     command.footer(
         "Finds the bandwidth that wxl kde would use for each animal, without computing a\n"
         "density. Where a search finds no minimum inside its range (0.05 to 2 times the\n"
         "reference bandwidth for lscv, to 3 times for bcv), the reference bandwidth is\n"
         "used and standard error says so.\n"
+        "\n"
+        "--plot marks the smallest score, HREF and the bandwidth in use. ID is the naming\n"
+        "ID of wxl kde: the ID itself, or 1, 2, 3 ... where IDs are text. An animal\n"
+        "without a search gets no file.\n"
         "\n"
         "Example:\n"
         "\n"
@@ -175,11 +228,16 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
 int run_bandwidth(const BandwidthOptions& options, Console& console) {
     if (!options.Profile.empty() && options.Method == "href")
         throw WrongCall("--profile needs --method lscv or bcv: the reference rule has no scores");
+    if (!options.Plot.empty() && options.Method == "href")
+        throw WrongCall("--plot needs --method lscv or bcv: the reference rule has no scores");
     std::optional<TextOutput> profile;
     if (!options.Profile.empty()) profile.emplace(options.Profile, options.Overwrite);
-    const std::vector<AnimalBandwidth> animals = find_bandwidths(options, console);
+    const Sample sample = read_sample(options);
+    const Plots plots(options, sample);
+    std::vector<AnimalBandwidth> animals = find_bandwidths(sample.Groups, options, console);
     tell_problems(animals, console);
     if (profile) profile->Write(csv_text(profile_of(animals)));
+    plots.Write(animals);
     if (options.Json) {
         console.Result(json_text(json_of(animals, options)));
     } else {

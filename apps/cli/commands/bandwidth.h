@@ -10,6 +10,7 @@ struct BandwidthOptions {
     std::string Method;  ///< href, lscv or bcv
     bool Rescale = false;
     std::string Profile;  ///< CSV of the scores to write; empty: none
+    std::string Plot;     ///< SVG picture of the scores to write; empty: none
     bool Overwrite = false;
     bool Json = false;
 };

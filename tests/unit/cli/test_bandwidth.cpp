@@ -1,6 +1,10 @@
 #include "tests/unit/cli/layer_files.h"
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -118,6 +122,78 @@ TEST(Bandwidth, Reference_rule_has_no_profile) {
     const Ran ran = run_wxl({"bandwidth", "x.shp", "--id-field", "animal", "--method", "href", "--profile", "p.csv"});
     EXPECT_EQ(ran.Code, 2);
     EXPECT_EQ(ran.Err, "wxl: --profile needs --method lscv or bcv: the reference rule has no scores\n");
+}
+
+/// Names of the files in a folder that end with ".svg", in order.
+std::vector<std::string> pictures_in(const ScratchFolder& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+        if (entry.path().extension() == ".svg") names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(Bandwidth, Plot_of_one_animal_is_one_picture) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters());
+    const std::string svg = (folder / "p.svg").string();
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv", "--plot", svg, "--json"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(pictures_in(folder), std::vector<std::string>{"p.svg"});
+    EXPECT_EQ(nlohmann::json::parse(ran.Out)[0]["plot"], svg);
+    const std::string picture = read_file(svg);
+    EXPECT_THAT(picture, testing::StartsWith("<svg xmlns=\"http://www.w3.org/2000/svg\""));
+    EXPECT_THAT(picture, testing::HasSubstr(">c: LSCV profile</title>"));
+    EXPECT_THAT(picture, testing::HasSubstr(">Bandwidth h (metre)</text>"));
+    EXPECT_THAT(picture, testing::HasSubstr(">HREF "));
+}
+
+TEST(Bandwidth, Plot_of_several_animals_is_a_picture_for_each_that_was_searched) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder, "<b>,9,9,2018-05-09\n" + kSquare + "z,0,0,2018-05-09\nz,1,3,2018-05-10\nz,5,1,2018-05-11\n");
+    const std::string svg = (folder / "p.svg").string();
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "bcv", "--plot", svg, "--json"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    // "<b>" has one fix and naming ID 1.
+    EXPECT_EQ(pictures_in(folder), (std::vector<std::string>{"p-2.svg", "p-3.svg"}));
+    const auto json = nlohmann::json::parse(ran.Out);
+    EXPECT_TRUE(json[0]["plot"].is_null());
+    EXPECT_EQ(json[2]["plot"], (folder / "p-3.svg").string());
+    EXPECT_THAT(read_file((folder / "p-3.svg").string()), testing::HasSubstr(">z: BCV profile</title>"));
+}
+
+TEST(Bandwidth, Plot_of_a_rescaled_sample_is_in_its_units) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters());
+    const std::string svg = (folder / "p.svg").string();
+    EXPECT_EQ(
+        run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv", "--plot", svg, "--rescale"}).Code, 0);
+    EXPECT_THAT(read_file(svg), testing::HasSubstr(">Bandwidth h (unit variance)</text>"));
+}
+
+TEST(Bandwidth, Plot_that_exists_is_replaced_only_when_asked_for) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kSquare + "z,0,0,2018-05-09\nz,1,3,2018-05-10\n");
+    const std::string second = (folder / "p-2.svg").string();
+    std::ofstream(second) << "mine";
+    const std::vector<std::string> call = {"bandwidth", layer,  "--id-field", "animal",
+                                           "--method",  "lscv", "--plot",     (folder / "p.svg").string()};
+    const Ran refused = run_wxl(call);
+    EXPECT_EQ(refused.Code, 1);
+    EXPECT_THAT(refused.Err, testing::HasSubstr(second + " exists: choose another name, or give --overwrite"));
+    EXPECT_EQ(pictures_in(folder), std::vector<std::string>{"p-2.svg"});
+    EXPECT_EQ(read_file(second), "mine");
+    auto again = call;
+    again.push_back("--overwrite");
+    EXPECT_EQ(run_wxl(again).Code, 0);
+    EXPECT_THAT(read_file(second), testing::StartsWith("<svg"));
+}
+
+TEST(Bandwidth, Plot_needs_a_search) {
+    const Ran ran = run_wxl({"bandwidth", "x.shp", "--id-field", "animal", "--method", "href", "--plot", "p.svg"});
+    EXPECT_EQ(ran.Code, 2);
+    EXPECT_THAT(ran.Err, testing::HasSubstr("--plot needs --method lscv or bcv: the reference rule has no scores"));
 }
 
 }  // namespace
