@@ -90,12 +90,18 @@ constexpr const char* kFooter =
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run";
 
-/// Tells of distributions that could not be computed.
+/// Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
     if (output.Failed() > 0)
         console.Problem(fmt::format("wxl: {} of {} distributions could not be computed; the report says why",
                                     output.Failed(), output.Done()));
-    const bool done = outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done();
+    if (output.WithoutIsopleths() > 0)
+        console.Problem(
+            fmt::format("wxl: the isopleths of {} of {} distributions could not be made; the messages above "
+                        "say why",
+                        output.WithoutIsopleths(), output.Done()));
+    const bool done =
+        outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done() && output.WithoutIsopleths() == 0;
     return done ? exit_code::kDone : exit_code::kFailed;
 }
 

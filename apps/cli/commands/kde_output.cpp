@@ -1,6 +1,7 @@
 #include "apps/cli/commands/kde_output.h"
 
 #include "engine/status.h"
+#include "isopleths/clsHISO.h"
 #include "kde_tool/analysis_run.h"
 #include "platform/text.h"
 
@@ -109,6 +110,7 @@ std::string KdeOutput::Head() const {
 void KdeOutput::AnimalDone(const AnimalRecord& record) {
     ++m_done;
     if (record.Status != 0) ++m_failed;
+    if (record.IsoplethStatus == isopleths::isopleth_status::kFailed) ++m_withoutIsopleths;
     Print(record);
 }
 

@@ -32,6 +32,9 @@ public:
     std::size_t Done() const { return m_done; }
     std::size_t Failed() const { return m_failed; }
 
+    /// Distributions whose isopleths met a fault.
+    std::size_t WithoutIsopleths() const { return m_withoutIsopleths; }
+
 private:
     void Print(const kde_tool::AnimalRecord& record);
     std::string Head() const;
@@ -45,6 +48,7 @@ private:
     std::string m_pending;  ///< the JSON line that waits to know whether another follows
     std::size_t m_done = 0;
     std::size_t m_failed = 0;
+    std::size_t m_withoutIsopleths = 0;
 };
 
 }  // namespace wxl::cli
