@@ -3,16 +3,19 @@
 #include "adapters/qgis/about_dialog.h"
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/please_wait_window.h"
+#include "adapters/qgis/result_layers.h"
 #include "adapters/qgis/travel_dialog.h"
 
 namespace wxl::qgis {
 
-QgisFormPresenter::QgisFormPresenter(QgisHost& host, QWidget* window, QWidget* map)
-    : m_host(host), m_window(window), m_map(map) {}
+QgisFormPresenter::QgisFormPresenter(QgisHost& host, QWidget* window, Desktop desktop)
+    : m_host(host), m_window(window), m_desktop(std::move(desktop)) {}
 
 QgisFormPresenter::~QgisFormPresenter() = default;
 
 void QgisFormPresenter::ShowKernelDialog(kde_tool::frmKDE& form) {
+    ResultLayers results(form, m_desktop, m_host);
+    form.AddObserver(results);
     KdeDialog(form, m_host, m_window).exec();
 }
 
@@ -21,7 +24,7 @@ void QgisFormPresenter::ShowAbout(host::frmAbout& form) {
 }
 
 void QgisFormPresenter::ShowTrackPlayer(movement::frmOVI& form) {
-    TravelDialog(form, m_host, m_map).exec();
+    TravelDialog(form, m_host, m_desktop.Canvas).exec();
 }
 
 void QgisFormPresenter::ShowPleaseWait(movement::FrmPW& form) {

@@ -1,4 +1,5 @@
 #pragma once
+#include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_messages.h"
 #include "host/IFormPresenter.h"
 
@@ -13,8 +14,8 @@ class PleaseWaitWindow;
 /// Shows the forms of all tools as dialogs of the desktop.
 class QgisFormPresenter final : public host::IFormPresenter {
 public:
-    /// `window` is the parent of the dialogs, `map` the widget that the track player must not hide.
-    QgisFormPresenter(QgisHost& host, QWidget* window, QWidget* map);
+    /// `window` is the parent of the dialogs. Results go to the map of `desktop`, which the track player does not hide.
+    QgisFormPresenter(QgisHost& host, QWidget* window, Desktop desktop);
     ~QgisFormPresenter() override;
 
     void ShowKernelDialog(kde_tool::frmKDE& form) override;
@@ -26,7 +27,7 @@ public:
 private:
     QgisHost& m_host;
     QPointer<QWidget> m_window;
-    QPointer<QWidget> m_map;
+    Desktop m_desktop;
     std::unique_ptr<PleaseWaitWindow> m_pleaseWait;
 };
 

@@ -194,7 +194,11 @@ QWidget* KdeDialog::OutputPage() {
     m_binder.Bind(*prefix, m_form.txtR, "txtR", [this] { m_form.txtR_Change(); });
     m_binder.Bind(*cell, m_form.txtCellSize, "txtCellSize");
     m_binder.Bind(*scaling, m_form.txtScaling, "txtScaling");
+    auto* addToMap = with_tip(new QCheckBox, "Adds rasters and isopleths to the map as one group when the run ends");
+    auto* html = with_tip(new QCheckBox, "Puts a page with tables and pictures of all animals into the output folder");
     m_binder.Bind(*verbose, m_form.chkVerbose, "chkVerbose");
+    m_binder.Bind(*addToMap, m_form.chkAddToMap, "chkAddToMap");
+    m_binder.Bind(*html, m_form.chkHtml, "chkHtml");
     auto* output = new QGridLayout;
     output->addWidget(caption(m_form.lblOutFolder, folder), 0, 0, 1, 3);
     output->addWidget(folder, 1, 0, 1, 2);
@@ -206,7 +210,7 @@ QWidget* KdeDialog::OutputPage() {
     output->addWidget(UnitLabel(), 3, 2);
     output->addWidget(caption(m_form.lblScaling, scaling), 4, 0);
     output->addWidget(scaling, 4, 1);
-    output->addWidget(verbose, 5, 0, 1, 3);
+    output->addLayout(row({verbose, addToMap, html}), 5, 0, 1, 3);
     output->setColumnStretch(1, 1);
 
     auto* bounds = with_tip(new QCheckBox, "Contours that enclose these percentages of the volume");
@@ -280,7 +284,6 @@ QLayout* KdeDialog::Footer() {
 
 QLabel* KdeDialog::UnitLabel() {
     auto* label = new QLabel;
-    label->setEnabled(false);
     m_unitLabels.push_back(label);
     return label;
 }

@@ -30,7 +30,7 @@ private:
     QWidget* OutputPage();
     QLayout* Footer();
 
-    /// A small grey label for the unit of a number, kept up to date with the chosen layer's coordinate system.
+    /// A label for the unit of a number, kept up to date with the chosen layer's coordinate system.
     QLabel* UnitLabel();
     void ShowUnits();
     bool Running() const { return !m_form.btnOK.Enabled; }

@@ -32,14 +32,17 @@ public:
         : m_messages(desktop.mainWindow()),
           m_dialogs(desktop.mainWindow()),
           m_host([&desktop](const QString& text) { desktop.statusBarIface()->showMessage(text); }),
-          m_presenter(m_host, desktop.mainWindow(), desktop.mapCanvas()),
-          m_application(std::make_shared<wxl::qgis::QgisApplication>(
-              wxl::qgis::Desktop{desktop.mapCanvas(), desktop.layerTreeView(), {}})),
+          m_presenter(m_host, desktop.mainWindow(), DesktopOf(desktop)),
+          m_application(std::make_shared<wxl::qgis::QgisApplication>(DesktopOf(desktop))),
           m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application)) {}
 
     QToolBar* ToolBar() const { return m_toolBar.Widget(); }
 
 private:
+    static wxl::qgis::Desktop DesktopOf(QgisInterface& desktop) {
+        return {desktop.mapCanvas(), desktop.layerTreeView(), {}};
+    }
+
     platform::Services Services() {
         platform::Services services;
         services.Messages = &m_messages;

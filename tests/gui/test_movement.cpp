@@ -189,7 +189,7 @@ private:
     files::DiskServices m_disk;
     memory::MemoryFileDialogs m_dialogs;
     platform::Services m_services;
-    QgisFormPresenter m_presenter{Host, nullptr, nullptr};
+    QgisFormPresenter m_presenter{Host, nullptr, Desktop{}};
     std::shared_ptr<IApplication> m_application =
         std::make_shared<QgisApplication>(Desktop{&Canvas, nullptr, [this] { return Layer; }});
 };

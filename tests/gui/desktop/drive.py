@@ -1,6 +1,7 @@
 """Runs inside the real QGIS: drives the plugin's dialogs as a user would, by their widgets."""
-from desktop_support import SETUP, action, check, child, drive, iface, shoot, when_dialog, when_file_dialog
-from qgis.core import QgsProject
+from desktop_support import SETUP, action, check, child, drive, iface, shoot, shoot_screen, when_dialog, when_file_dialog
+from qgis.core import QgsLayerTree, QgsPointXY, QgsProject
+from qgis.PyQt.QtGui import QColor
 from qgis.PyQt.QtWidgets import (QApplication, QCheckBox, QComboBox, QDialogButtonBox, QLineEdit, QPushButton,
                                  QRadioButton, QTabWidget)
 
@@ -29,6 +30,7 @@ def kernel_density():
         shoot(dialog, "desktop-kde-output")
         find(QPushButton, "btnFolder").click()
         check(find(QLineEdit, "txtOutFolder").text() == SETUP["output"], "the chosen folder is shown")
+        check(find(QCheckBox, "chkAddToMap").isChecked(), "results are added to the map by default")
         find(QPushButton, "btnOK").click()
         find(QPushButton, "btnExit").click()
 
@@ -46,12 +48,85 @@ def about():
     action("OVI_About").trigger()
 
 
+def canvas_picture():
+    """What the map shows once it is drawn."""
+    canvas = iface.mapCanvas()
+    canvas.refresh()
+    canvas.waitWhileRendering()
+    for _ in range(5):
+        QApplication.processEvents()
+        canvas.waitWhileRendering()
+    return canvas.grab().toImage()
+
+
+def colour_at(picture, x, y):
+    pixel = iface.mapCanvas().getCoordinateTransform().transform(QgsPointXY(x, y))
+    ratio = picture.devicePixelRatio()
+    return QColor(picture.pixel(int(pixel.x() * ratio), int(pixel.y() * ratio)))
+
+
+def results_on_the_map():
+    """One group over everything else: isopleths above rasters, styled, in the layer's coordinate system."""
+    fixes = QgsProject.instance().mapLayersByName("fixes")[0]
+    root = QgsProject.instance().layerTreeRoot()
+    group = root.children()[0]
+    check(QgsLayerTree.isGroup(group) and group.name() == "Home ranges: fixes, reference bandwidth", group.name())
+    layers = [node.layer() for node in group.children()]
+    animals = ["Freja", "Loke", "Sif", "Tyr"]
+    check([layer.name() for layer in layers] ==
+          [f"{a}: isopleth polygons" for a in animals] + [f"{a}: density" for a in animals], "layers of the group")
+    check(iface.activeLayer() is fixes, "the point layer is still highlighted")
+    for layer in layers:
+        check(layer.crs() == fixes.crs(), f"coordinate system of {layer.name()}")
+    categories = layers[0].renderer().categories()
+    legend = [(c.label(), c.symbol().symbolLayer(0).strokeColor().name()) for c in categories]
+    check([label for label, _ in legend] == ["95 %", "50 %"] and legend[0][1] != legend[1][1], str(legend))
+
+    # Freja alone, on a white map, without the fixes
+    root.findLayer(fixes).setItemVisibilityChecked(False)
+    for node in group.children():
+        node.setItemVisibilityChecked(node.name() == "Freja: density")
+    density = layers[4]
+    iface.mapCanvas().setExtent(density.extent())
+    picture = canvas_picture()
+    shoot(iface.mainWindow(), "desktop-density")
+    provider, box = density.dataProvider(), density.extent()
+    peak = (0.0, None)
+    for row in range(0, density.height(), 2):
+        for column in range(0, density.width(), 2):
+            x = box.xMinimum() + (column + 0.5) * density.rasterUnitsPerPixelX()
+            y = box.yMaximum() - (row + 0.5) * density.rasterUnitsPerPixelY()
+            value = provider.sample(QgsPointXY(x, y), 1)[0]
+            if value > peak[0]:
+                peak = (value, (x, y))
+    corner = (box.xMinimum() + 50, box.yMaximum() - 50)
+    check(provider.sample(QgsPointXY(*corner), 1)[0] == 0, "nothing in the corner")
+    check(colour_at(picture, *corner) == QColor(255, 255, 255), "zero is transparent")
+    top = colour_at(picture, *peak[1])
+    check(top.red() > 200 and top.green() > 200 and top.blue() < 100, f"the peak is yellow: {top.name()}")
+
+    # The isopleths above it
+    for node in group.children():
+        node.setItemVisibilityChecked(True)
+    core = legend[1][1]
+    picture = canvas_picture()
+    check(colour_at(picture, *peak[1]) != top, "the isopleths lie above the raster")
+    outlines = sum(QColor(picture.pixel(x, y)).name() == core
+                   for y in range(0, picture.height()) for x in range(0, picture.width()))
+    check(outlines > 50, f"{outlines} pixels of the core's outline")
+    root.findLayer(fixes).setItemVisibilityChecked(True)
+    iface.mapCanvas().setExtent(fixes.extent().buffered(8000))
+    canvas_picture()
+    shoot_screen("desktop-results")
+
+
 def main():
     iface.setActiveLayer(QgsProject.instance().mapLayersByName("fixes")[0])
     about()
     kernel_density()
     QApplication.processEvents()
     shoot(iface.mainWindow(), "desktop-window")
+    results_on_the_map()
 
 
 drive(main)

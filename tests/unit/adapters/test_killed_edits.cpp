@@ -2,6 +2,7 @@
 #include "adapters/files/ogr_source.h"
 #include "killed_child.h"
 #include "shapefile_fixture.h"
+#include "tests/support/quick_folder.h"
 
 #include <ogrsf_frmts.h>
 
@@ -12,33 +13,11 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::Eq;
 using tests::ChildEnd;
+using tests::QuickFolder;
 namespace fs = std::filesystem;
 using Rows = std::vector<std::string>;
 
 constexpr int kMostCalls = 20000;
-
-/// A scratch folder in memory where there is one: thousands of syncs would keep a disk busy for minutes.
-class QuickFolder {
-public:
-    QuickFolder() {
-        const char* before = std::getenv("TMPDIR");
-        const std::string kept = before ? before : "";
-        if (fs::is_directory("/dev/shm")) ::setenv("TMPDIR", "/dev/shm", 1);
-        m_folder = std::make_unique<tests::ScratchFolder>();
-        if (before)
-            ::setenv("TMPDIR", kept.c_str(), 1);
-        else
-            ::unsetenv("TMPDIR");
-    }
-    const fs::path& Path() const { return m_folder->Path(); }
-    fs::path operator/(const std::string& name) const { return *m_folder / name; }
-    void Clear() const {
-        for (const auto& entry : fs::directory_iterator(Path())) fs::remove_all(entry);
-    }
-
-private:
-    std::unique_ptr<tests::ScratchFolder> m_folder;
-};
 
 /// Runs `work` on fresh data again and again, killed one call (or `step` calls) later each time, until it gets through.
 /// `prepare` makes the data, `check` judges what a killed run left.
