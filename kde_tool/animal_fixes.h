@@ -14,6 +14,7 @@ struct AnimalFixes {
     platform::FieldValue Id;
     std::string NamingId;  ///< stands in the names of the animal's output
     std::vector<platform::Point> Fixes;
+    std::string Subfolder = {};  ///< of the output folder, takes the animal's datasets; empty: the folder itself
 };
 
 /// The points of a layer, grouped by animal.

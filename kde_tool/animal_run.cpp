@@ -26,6 +26,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     AnimalRecord record;
     record.Id = animal.Id;
     record.NamingId = animal.NamingId;
+    record.Subfolder = animal.Subfolder;
     record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
     record.Method = method;
     record.Bandwidth = calculator.GetBandwidth();
@@ -55,13 +56,30 @@ std::optional<double> area_of(platform::IFeatureClass& polygons, double percent)
 
 }  // namespace
 
+std::filesystem::path output_folder(const RunFrame& frame, const std::string& subfolder) {
+    return subfolder.empty() ? frame.Folder : frame.Folder / subfolder;
+}
+
 AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
+    MakeSubfolder(animal.Subfolder);
     AnimalRecord record;
     const auto raster = ComputeRaster(animal, index, record);
     m_report.Write(animal_lines(record, m_frame.Inputs, m_frame.TextIds));
     if (m_frame.Inputs.Isopleths && raster) DrawIsopleths(raster, record);
     m_report.Write(animal_end_lines(record));
     return record;
+}
+
+/// Another process may be making the same folder.
+void AnimalRun::MakeSubfolder(const std::string& subfolder) const {
+    if (subfolder.empty()) return;
+    const std::filesystem::path folder = output_folder(m_frame, subfolder);
+    if (m_services.Files->FolderExists(folder)) return;
+    try {
+        m_services.Folders->Create(folder);
+    } catch (const platform::RuntimeError&) {
+        if (!m_services.Files->FolderExists(folder)) throw;
+    }
 }
 
 std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalFixes& animal, std::size_t index,
@@ -78,9 +96,9 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     record.RasterName = raster_name(m_frame.Inputs, animal.NamingId, index + 1, m_frame.Values.size());
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");
-    const auto raster = calculator.WriteKernelToRaster(m_frame.Folder, record.RasterName, m_frame.Reference);
-    if (raster)
-        record.Files.push_back((raster->Path().empty() ? m_frame.Folder / record.RasterName : raster->Path()).string());
+    const std::filesystem::path folder = output_folder(m_frame, record.Subfolder);
+    const auto raster = calculator.WriteKernelToRaster(folder, record.RasterName, m_frame.Reference);
+    if (raster) record.Files.push_back((raster->Path().empty() ? folder / record.RasterName : raster->Path()).string());
     return raster;
 }
 
@@ -146,7 +164,7 @@ void AnimalRun::DrawIsopleths(const std::shared_ptr<platform::IRasterDataset>& r
     isopleths.SetCalculatePolys(inputs.Polygons);
     isopleths.SetCalculateDonuts(inputs.Donuts);
     isopleths.SetIsoplethBoundaries(m_frame.Percentages);
-    isopleths.SetOutputFolder(m_frame.Folder);
+    isopleths.SetOutputFolder(output_folder(m_frame, record.Subfolder));
     isopleths.SetOutputName(isopleth_name(record.RasterName));
     isopleths.SetRasterDataset(raster);
     isopleths.CreateIsopleths();
@@ -172,7 +190,7 @@ void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord&
 }
 
 void AnimalRun::AddFile(const std::string& name, AnimalRecord& record) const {
-    record.Files.push_back((m_frame.Folder / name).string());
+    record.Files.push_back((output_folder(m_frame, record.Subfolder) / name).string());
 }
 
 }  // namespace wxl::kde_tool

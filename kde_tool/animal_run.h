@@ -40,6 +40,9 @@ struct RunFrame {
     std::string RasterFormat = "GRID";
 };
 
+/// Where a run writes the datasets of the animals of a sub-folder; the output folder itself for an empty one.
+std::filesystem::path output_folder(const RunFrame& frame, const std::string& subfolder);
+
 /// Shows the stages of a run: status box, progress bar, a turn for the host.
 class IRunStages {
 public:
@@ -67,6 +70,7 @@ public:
     AnimalRecord Compute(const AnimalFixes& animal, std::size_t index);
 
 private:
+    void MakeSubfolder(const std::string& subfolder) const;
     void Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const;
     void SetFullExtent(engine::clsKernelCalculator& calculator) const;
     void SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const;

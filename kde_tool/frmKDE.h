@@ -34,6 +34,9 @@ public:
     /// Format of the rasters that a run writes: "GRID" or "GTiff".
     std::string RasterFormat = "GRID";
 
+    /// A run spreads its datasets over sub-folders of the output folder, one for every so many animals; 0: it does not.
+    std::size_t AnimalsPerSubfolder = 0;
+
     // All pages
     platform::Tab SSTab1{{"Input Data", "Kernel Settings", "Bandwidth", "Output Options"}};
     platform::TextBox txtStatus;

@@ -149,7 +149,7 @@ Lines animal_lines(const AnimalRecord& record, const RunInputs& inputs, bool tex
     lines.push_back("Columns, Rows: " + std::to_string(record.Grid.Columns) + ", " + std::to_string(record.Grid.Rows));
     lines.push_back("Origin of raster (lower left x, y): " + NumberText(record.Grid.OriginX) + ", " +
                     NumberText(record.Grid.OriginY));
-    lines.push_back("Raster name: " + record.RasterName);
+    lines.push_back("Raster name: " + (record.Subfolder.empty() ? "" : record.Subfolder + "/") + record.RasterName);
     append_outcome(lines, record, inputs.ScalingText);
     return lines;
 }

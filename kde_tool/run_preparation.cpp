@@ -3,6 +3,7 @@
 #include "kde_tool/boxes.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/run_plan.h"
+#include "kde_tool/subfolders.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "utilities/Utilities.h"
@@ -146,6 +147,7 @@ bool RunPreparation::GroupAnimals() {
         return false;
     }
     WarnOfMissingIds();
+    spread_over_subfolders(m_animals.Animals, m_form.AnimalsPerSubfolder);
     const platform::Layer layer = m_form.PointLayer();
     const auto points = layer.Feature->FeatureClass();
     m_frame.TextIds = m_animals.TextIds;
@@ -183,7 +185,8 @@ bool RunPreparation::TakeFolder() {
                ". Please wait until it has finished, or choose another folder.");
         return false;
     }
-    m_lock->RemoveLeftovers();
+    m_lock->RemoveLeftovers({});
+    for (const std::string& subfolder : subfolders_of(m_animals.Animals)) m_lock->RemoveLeftovers(subfolder);
     return true;
 }
 
@@ -194,7 +197,8 @@ bool RunPreparation::NamesAreFree() {
                      m_frame.Inputs, raster_name(m_frame.Inputs, animal.NamingId, number, m_frame.Values.size())))
                 platform::CheckDatasetName(name);
     const bool taken = std::any_of(m_animals.Animals.begin(), m_animals.Animals.end(), [&](const auto& animal) {
-        return m_services.Rasters->Exists(m_frame.Folder, m_frame.Inputs.Prefix + animal.NamingId);
+        return m_services.Rasters->Exists(output_folder(m_frame, animal.Subfolder),
+                                          m_frame.Inputs.Prefix + animal.NamingId);
     });
     if (taken)
         Refuse(

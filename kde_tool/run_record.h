@@ -22,7 +22,8 @@ struct IsoplethRecord {
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.
 struct AnimalRecord {
     platform::FieldValue Id;
-    std::string NamingId;  ///< the part of the output names that stands for the animal
+    std::string NamingId;        ///< the part of the output names that stands for the animal
+    std::string Subfolder = {};  ///< of the output folder, holds the datasets; empty: the folder itself
     std::int32_t SampleSize = 0;
     BandwidthMethod Method = BandwidthMethod::kHref;
     double Bandwidth = 0.0;          ///< units of the stored sample (unit variance when rescaled)

@@ -5,10 +5,12 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -16,6 +18,8 @@ namespace wxl::files {
 namespace {
 
 constexpr int kAttempts = 100;
+constexpr int kSharers = 20;
+constexpr std::chrono::milliseconds kSharerPause{25};
 
 class Descriptor {
 public:
@@ -71,18 +75,23 @@ public:
     FolderLock(platform::IFileSystem& files, platform::IFolders& folders, std::filesystem::path folder,
                Descriptor descriptor)
         : m_files(files), m_folders(folders), m_folder(std::move(folder)), m_descriptor(std::move(descriptor)) {}
-    ~FolderLock() override { ::unlink((m_folder / kLockFileName).c_str()); }
+    /// The file goes with its last holder: with one that can have it alone.
+    ~FolderLock() override {
+        if (::flock(m_descriptor.Value(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+            ::unlink((m_folder / kLockFileName).c_str());
+    }
 
-    std::size_t RemoveLeftovers() override {
+    std::size_t RemoveLeftovers(const std::filesystem::path& subfolder) override {
+        const std::filesystem::path folder = subfolder.empty() ? m_folder : m_folder / subfolder;
         std::size_t removed = 0;
-        for (const std::string& name : m_files.List(m_folder)) {
+        for (const std::string& name : m_files.List(folder)) {
             const auto owner = TemporaryNameOwner(name);
             // Process numbers come round: what bears our own was left by an earlier process.
             if (!owner || (*owner != ::getpid() && runs(*owner))) continue;
-            if (m_files.FolderExists(m_folder / name))
-                m_folders.DeleteTree(m_folder / name);
+            if (m_files.FolderExists(folder / name))
+                m_folders.DeleteTree(folder / name);
             else
-                m_files.DeleteFile(m_folder / name, true);
+                m_files.DeleteFile(folder / name, true);
             ++removed;
         }
         return removed;
@@ -98,11 +107,25 @@ private:
 }  // namespace
 
 std::unique_ptr<platform::IFolderLock> FolderLocks::Take(const std::filesystem::path& folder, std::string& holder) {
+    return TakeBy(LOCK_EX, folder, holder);
+}
+
+/// Another sharer that just lets go of the folder holds it alone for a moment.
+std::unique_ptr<platform::IFolderLock> FolderLocks::Share(const std::filesystem::path& folder, std::string& holder) {
+    for (int attempt = 1;; ++attempt) {
+        auto lock = TakeBy(LOCK_SH, folder, holder);
+        if (lock || attempt == kSharers) return lock;
+        std::this_thread::sleep_for(kSharerPause);
+    }
+}
+
+std::unique_ptr<platform::IFolderLock> FolderLocks::TakeBy(int operation, const std::filesystem::path& folder,
+                                                           std::string& holder) {
     const std::filesystem::path file = folder / kLockFileName;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         Descriptor descriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
         if (descriptor.Value() < 0) RaiseErrno(errno, file);
-        if (::flock(descriptor.Value(), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
+        if (::flock(descriptor.Value(), operation | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
             holder = holder_of(text_of(descriptor.Value()));
             return nullptr;
         }

@@ -18,8 +18,12 @@ public:
     /// Both outlive the locks.
     FolderLocks(platform::IFileSystem& files, platform::IFolders& folders) : m_files(files), m_folders(folders) {}
     std::unique_ptr<platform::IFolderLock> Take(const std::filesystem::path& folder, std::string& holder) override;
+    std::unique_ptr<platform::IFolderLock> Share(const std::filesystem::path& folder, std::string& holder) override;
 
 private:
+    std::unique_ptr<platform::IFolderLock> TakeBy(int operation, const std::filesystem::path& folder,
+                                                  std::string& holder);
+
     platform::IFileSystem& m_files;
     platform::IFolders& m_folders;
 };

@@ -11,12 +11,18 @@ namespace wxl::memory {
 class MemoryFolderLocks final : public platform::IFolderLocks {
 public:
     std::unique_ptr<platform::IFolderLock> Take(const std::filesystem::path& folder, std::string& holder) override {
-        if (!m_held->insert(folder).second) {
+        if (m_held->contains(folder)) {
             holder = "process 4711 on elsewhere";
             return nullptr;
         }
+        m_held->insert(folder);
         ++m_taken;
         return std::make_unique<Lock>(m_held, folder);
+    }
+
+    /// Sharers of a folder do not meet here: each is refused only by one who took it.
+    std::unique_ptr<platform::IFolderLock> Share(const std::filesystem::path& folder, std::string& holder) override {
+        return Take(folder, holder);
     }
 
     /// Makes the folder look locked by another process.
@@ -34,7 +40,7 @@ private:
         Lock(std::shared_ptr<Held> held, std::filesystem::path folder)
             : m_held(std::move(held)), m_folder(std::move(folder)) {}
         ~Lock() override { m_held->erase(m_folder); }
-        std::size_t RemoveLeftovers() override { return 0; }
+        std::size_t RemoveLeftovers(const std::filesystem::path&) override { return 0; }
 
     private:
         std::shared_ptr<Held> m_held;

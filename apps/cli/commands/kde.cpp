@@ -50,6 +50,11 @@ void add_raster_options(CLI::App& command, KdeOptions& options) {
         ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
         ->type_name("GRID|GTiff")
         ->capture_default_str();
+    command
+        .add_option("--group-by", options.GroupBy,
+                    "Put the rasters and isopleths of every N animals into a sub-folder of their own")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
 }
 
 void add_isopleth_options(CLI::App& command, KdeOptions& options) {

@@ -35,6 +35,7 @@ struct KdeOptions {
     std::string Settings;
     std::string SaveSettings;
     std::string RasterFormat = "GRID";
+    std::size_t GroupBy = 0;
     bool Json = false;
     bool DryRun = false;
     bool Overwrite = false;

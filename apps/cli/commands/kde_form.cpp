@@ -79,6 +79,7 @@ void set_kernel(const KdeOptions& options, frmKDE& form) {
     if (options.Rescale) form.chkRescale.Value = 1;
     if (options.VerboseLog) form.chkVerbose.Value = 1;
     form.RasterFormat = options.RasterFormat;
+    form.AnimalsPerSubfolder = options.GroupBy;
 }
 
 void set_bandwidth(const KdeOptions& options, frmKDE& form) {

@@ -3,13 +3,11 @@
 #include "apps/cli/commands/kde_output.h"
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/run_plan.h"
-#include "platform/checked.h"
+#include "kde_tool/subfolders.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "utilities/Utilities.h"
 
-#include <algorithm>
-#include <cmath>
 #include <fmt/format.h>
 
 namespace wxl::cli {
@@ -23,96 +21,31 @@ using kde_tool::frmKDE;
 using kde_tool::RunInputs;
 using platform::NumberText;
 
-constexpr double kReach = 4.0;               // bandwidths
-constexpr double kSecondsPerUpdate = 1e-10;  // one fix in one cell, measured
-constexpr double kSecondsPerCell = 1e-7;     // writing and contouring one cell, measured
-constexpr double kBytesPerCell = 8.0;
-
-/// What the plan of every distribution needs to know of the run.
-struct PlanFrame {
-    RunInputs Inputs;
-    std::vector<double> Values;
-    double CellSize = 1.0;            ///< as the calculator keeps it
-    platform::RasterGeometry Shared;  ///< full and reference extent
-};
-
-platform::Extent bounds_of(const AnimalFixes& animal) {
-    platform::Extent bounds;
-    for (const platform::Point& fix : animal.Fixes) bounds.Include(fix);
-    return bounds;
-}
-
-PlanFrame frame_of(frmKDE& form) {
-    PlanFrame frame;
-    frame.Inputs = kde_tool::inputs_of(form);
-    frame.Values = kde_tool::bandwidth_values(frame.Inputs);
-    if (frame.Inputs.Mode == ExtentMode::kReference) {
-        const auto raster = form.Geodata().GetLayerByName(frame.Inputs.ReferenceName).Raster;
-        frame.Shared = raster->Geometry();
-        frame.CellSize = frame.Shared.CellSize;
-        return frame;
-    }
-    frame.CellSize = platform::round_half_even(platform::NumberFromText(frame.Inputs.CellSizeText), 0);
-    if (frame.Inputs.Mode == ExtentMode::kFull)
-        frame.Shared = kde_tool::enlarged_grid(form.PointLayer().Feature->FeatureClass()->Bounds(),
-                                               platform::NumberFromText(frame.Inputs.BufferText), frame.CellSize);
-    return frame;
-}
-
-/// HREF in map units as the run applies it: of the fixes as they are, or of the unit-variance fixes scaled back.
-double href_of(const frmKDE& form, std::size_t animal, bool rescale) {
-    const kde_tool::HrefRow& href = form.HrefNumbers().at(animal);
-    if (!rescale) return href.Href.value_or(0.0);
-    const kde_tool::VarianceRow& spread = form.VarianceNumbers().at(animal);
-    return href.HrefScaled.value_or(0.0) * (spread.SdX.value_or(0.0) + spread.SdY.value_or(0.0)) / 2.0;
-}
-
-/// Cells that one fix reaches, at most the whole grid.
-double reached_cells(const platform::RasterGeometry& grid, double radius) {
-    const double side = 2.0 * (std::floor(radius / grid.CellSize) + 1.0) + 1.0;
-    return std::min(side, static_cast<double>(grid.Columns)) * std::min(side, static_cast<double>(grid.Rows));
-}
-
-PlannedDistribution planned(const PlanFrame& frame, const frmKDE& form, const AnimalFixes& animal, std::size_t row,
-                            std::size_t index) {
-    const double href = href_of(form, row, frame.Inputs.Rescale);
-    const double value = frame.Values[index];
-    PlannedDistribution plan;
-    plan.Id = animal.Id;
-    plan.SampleSize = animal.Fixes.size();
-    plan.Href = form.HrefNumbers().at(row).Href;
-    const double chosen = frame.Inputs.Method == BandwidthMethod::kManual ? value : href;
-    plan.Bandwidth = frame.Inputs.Method == BandwidthMethod::kProportion ? value * href : chosen;
-    plan.Grid = frame.Inputs.Mode == ExtentMode::kMinimum
-                    ? kde_tool::enlarged_grid(bounds_of(animal), kReach * chosen, frame.CellSize)
-                    : frame.Shared;
-    plan.Grid.CellSize = frame.CellSize;
-    const double cells = static_cast<double>(plan.Grid.Columns) * static_cast<double>(plan.Grid.Rows);
-    plan.Megabytes = cells * kBytesPerCell / 1e6;
-    plan.Seconds =
-        static_cast<double>(plan.SampleSize) * reached_cells(plan.Grid, kReach * chosen) * kSecondsPerUpdate +
-        cells * kSecondsPerCell;
-    plan.RasterName = kde_tool::raster_name(frame.Inputs, animal.NamingId, index + 1, frame.Values.size());
-    return plan;
-}
-
-bool is_too_large(const PlannedDistribution& plan) {
-    return static_cast<double>(plan.Grid.Columns) * static_cast<double>(plan.Grid.Rows) > kde_tool::kCellLimit;
+kde_tool::EstimateFrame frame_of(frmKDE& form) {
+    const RunInputs inputs = kde_tool::inputs_of(form);
+    platform::RasterGeometry reference;
+    if (inputs.Mode == ExtentMode::kReference)
+        reference = form.Geodata().GetLayerByName(inputs.ReferenceName).Raster->Geometry();
+    const bool full = inputs.Mode == ExtentMode::kFull;
+    return kde_tool::estimate_frame(inputs,
+                                    full ? form.PointLayer().Feature->FeatureClass()->Bounds() : platform::Extent(),
+                                    full ? platform::NumberFromText(inputs.BufferText) : 0.0, reference);
 }
 
 Json json_of(const PlannedDistribution& plan, const char* method) {
+    const kde_tool::DistributionEstimate& cost = plan.Cost;
     return {{"id", json_value(plan.Id)},
             {"n", plan.SampleSize},
             {"href", json_number(plan.Href)},
             {"method", method},
-            {"bandwidth_map_units", plan.Bandwidth},
-            {"columns", plan.Grid.Columns},
-            {"rows", plan.Grid.Rows},
-            {"cell_size", plan.Grid.CellSize},
-            {"origin", {plan.Grid.OriginX, plan.Grid.OriginY}},
-            {"too_large", is_too_large(plan)},
-            {"megabytes", plan.Megabytes},
-            {"seconds", plan.Seconds},
+            {"bandwidth_map_units", cost.Bandwidth},
+            {"columns", cost.Grid.Columns},
+            {"rows", cost.Grid.Rows},
+            {"cell_size", cost.Grid.CellSize},
+            {"origin", {cost.Grid.OriginX, cost.Grid.OriginY}},
+            {"too_large", is_too_large(cost)},
+            {"megabytes", cost.Megabytes},
+            {"seconds", cost.Seconds},
             {"raster", plan.RasterName}};
 }
 
@@ -121,11 +54,12 @@ bool is_search(BandwidthMethod method) {
 }
 
 std::string line_of(const PlannedDistribution& plan, BandwidthMethod method) {
-    const std::string size = is_too_large(plan)
+    const kde_tool::DistributionEstimate& cost = plan.Cost;
+    const std::string size = is_too_large(cost)
                                  ? "more than 50 million cells: give a larger cell size"
-                                 : fmt::format("{} x {} cells, {:.3g} MB, about {:.2g} s", plan.Grid.Columns,
-                                               plan.Grid.Rows, plan.Megabytes, plan.Seconds);
-    const std::string bandwidth = is_search(method) ? "by a search (planned with HREF)" : NumberText(plan.Bandwidth);
+                                 : fmt::format("{} x {} cells, {:.3g} MB, about {:.2g} s", cost.Grid.Columns,
+                                               cost.Grid.Rows, cost.Megabytes, cost.Seconds);
+    const std::string bandwidth = is_search(method) ? "by a search (planned with HREF)" : NumberText(cost.Bandwidth);
     return fmt::format("{}: {} fixes, HREF {}, bandwidth {}, {}, raster {}", platform::ValueText(plan.Id),
                        plan.SampleSize, plan.Href ? NumberText(*plan.Href) : "not defined", bandwidth, size,
                        plan.RasterName);
@@ -141,30 +75,46 @@ void delete_dataset(const platform::Services& services, const std::filesystem::p
     }
 }
 
-std::vector<std::vector<std::string>> names_of(frmKDE& form) {
+/// The datasets of one animal, each group of them a raster and its isopleths, and where they stand.
+struct AnimalDatasets {
+    std::string Subfolder;
+    std::vector<std::vector<std::string>> Names;
+};
+
+std::vector<AnimalDatasets> datasets_of(frmKDE& form) {
     const RunInputs inputs = kde_tool::inputs_of(form);
     const std::size_t count = kde_tool::bandwidth_values(inputs).size();
-    std::vector<std::vector<std::string>> names;
-    for (const AnimalFixes& animal : form.ReadFixes().Animals) {
-        names.push_back({inputs.Prefix + animal.NamingId});
+    kde_tool::GroupedFixes fixes = form.ReadFixes();
+    kde_tool::spread_over_subfolders(fixes.Animals, form.AnimalsPerSubfolder);
+    std::vector<AnimalDatasets> datasets;
+    for (const AnimalFixes& animal : fixes.Animals) {
+        AnimalDatasets own = {animal.Subfolder, {{inputs.Prefix + animal.NamingId}}};
         for (std::size_t number = 1; number <= count; ++number)
-            names.push_back(
+            own.Names.push_back(
                 kde_tool::dataset_names(inputs, kde_tool::raster_name(inputs, animal.NamingId, number, count)));
+        for (const auto& names : own.Names)
+            for (const std::string& name : names) platform::CheckDatasetName(name);
+        datasets.push_back(std::move(own));
     }
-    for (const auto& datasets : names)
-        for (const std::string& name : datasets) platform::CheckDatasetName(name);
-    return names;
+    return datasets;
 }
 
 }  // namespace
 
 std::vector<PlannedDistribution> planned_run(frmKDE& form) {
-    const PlanFrame frame = frame_of(form);
+    const kde_tool::EstimateFrame frame = frame_of(form);
+    const std::vector<double> values = kde_tool::bandwidth_values(frame.Inputs);
     const kde_tool::GroupedFixes fixes = form.ReadFixes();
     std::vector<PlannedDistribution> plans;
-    for (std::size_t row = 0; row < fixes.Animals.size(); ++row)
-        for (std::size_t index = 0; index < frame.Values.size(); ++index)
-            plans.push_back(planned(frame, form, fixes.Animals[row], row, index));
+    for (std::size_t row = 0; row < fixes.Animals.size(); ++row) {
+        const AnimalFixes& animal = fixes.Animals[row];
+        const kde_tool::HrefRow& href = form.HrefNumbers().at(row);
+        const double applied = kde_tool::applied_href(href, form.VarianceNumbers().at(row), frame.Inputs.Rescale);
+        for (std::size_t index = 0; index < values.size(); ++index)
+            plans.push_back({animal.Id, animal.Fixes.size(), href.Href,
+                             kde_tool::estimate(frame, animal, applied, values[index]),
+                             kde_tool::raster_name(frame.Inputs, animal.NamingId, index + 1, values.size())});
+    }
     return plans;
 }
 
@@ -188,15 +138,17 @@ void delete_outputs(frmKDE& form) {
     const platform::Services& services = form.Services();
     const std::filesystem::path folder = form.OutputFolderPath();
     if (!services.Files->FolderExists(folder)) return;
-    const auto names = names_of(form);
+    const auto datasets = datasets_of(form);
     std::string holder;
     const auto lock = services.Locks->Take(folder, holder);
     if (!lock)
         platform::Raise(platform::error_number::kPermissionDenied,
                         "another analysis is writing into the output folder (" + holder +
                             "): nothing was deleted; wait until it has finished, or choose another folder");
-    for (const auto& datasets : names)
-        for (std::size_t i = 0; i < datasets.size(); ++i) delete_dataset(services, folder, datasets[i], i == 0);
+    for (const AnimalDatasets& own : datasets)
+        for (const auto& names : own.Names)
+            for (std::size_t i = 0; i < names.size(); ++i)
+                delete_dataset(services, own.Subfolder.empty() ? folder : folder / own.Subfolder, names[i], i == 0);
 }
 
 }  // namespace wxl::cli

@@ -1,6 +1,7 @@
 #pragma once
 #include "apps/cli/console.h"
 #include "kde_tool/frmKDE.h"
+#include "kde_tool/run_estimate.h"
 
 #include <optional>
 #include <string>
@@ -8,16 +9,12 @@
 
 namespace wxl::cli {
 
-/// What a run would compute for one animal and one value. Bandwidths of a search are not known before it: HREF stands
-/// in for them.
+/// What a run would compute for one animal and one value.
 struct PlannedDistribution {
     platform::FieldValue Id;
     std::size_t SampleSize = 0;
     std::optional<double> Href;  ///< map units, of the fixes as they are
-    double Bandwidth = 0.0;      ///< map units
-    platform::RasterGeometry Grid;
-    double Megabytes = 0.0;  ///< memory at the peak
-    double Seconds = 0.0;    ///< rough time on one core of 2020
+    kde_tool::DistributionEstimate Cost;
     std::string RasterName;
 };
 

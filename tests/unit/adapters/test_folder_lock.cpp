@@ -48,6 +48,30 @@ TEST_F(FolderLockTest, A_lock_file_of_a_killed_process_stops_nobody) {
     EXPECT_NE(Locks.Take(Folder.Path(), Holder), nullptr);
 }
 
+TEST_F(FolderLockTest, Sharers_work_side_by_side_and_keep_everyone_else_out) {
+    auto first = Locks.Share(Folder.Path(), Holder);
+    auto second = Locks.Share(Folder.Path(), Holder);
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(Locks.Take(Folder.Path(), Holder), nullptr);
+    first.reset();
+    EXPECT_EQ(Locks.Take(Folder.Path(), Holder), nullptr) << "one sharer is still at work";
+    second.reset();
+    EXPECT_TRUE(fs::is_empty(Folder.Path()));
+    const auto alone = Locks.Take(Folder.Path(), Holder);
+    ASSERT_NE(alone, nullptr);
+    EXPECT_EQ(Locks.Share(Folder.Path(), Holder), nullptr);
+}
+
+TEST_F(FolderLockTest, Leftovers_in_a_subfolder_go_when_it_is_named) {
+    fs::create_directory(Folder / "group");
+    Touch("group/.K2." + std::to_string(::getpid()) + ".part");
+    const auto lock = Locks.Take(Folder.Path(), Holder);
+    EXPECT_EQ(lock->RemoveLeftovers({}), 0U);
+    EXPECT_EQ(lock->RemoveLeftovers("group"), 1U);
+    EXPECT_TRUE(fs::is_empty(Folder / "group"));
+}
+
 TEST_F(FolderLockTest, A_missing_folder_is_path_not_found) {
     try {
         Locks.Take(Folder / "absent", Holder);
@@ -76,7 +100,7 @@ TEST_F(FolderLockTest, Leftovers_of_dead_processes_go_and_everything_else_stays)
     Touch("K4");
     Touch(".K5.part");
     const auto lock = Locks.Take(Folder.Path(), Holder);
-    EXPECT_EQ(lock->RemoveLeftovers(), 3U);
+    EXPECT_EQ(lock->RemoveLeftovers({}), 3U);
     ::kill(running, SIGKILL);
     ::waitpid(running, nullptr, 0);
     EXPECT_FALSE(fs::exists(Folder / (".K1." + gone + ".part")));

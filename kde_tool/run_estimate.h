@@ -1,0 +1,40 @@
+#pragma once
+// What a run will cost, as far as it can be told before it is computed.
+
+#include "kde_tool/animal_fixes.h"
+#include "kde_tool/run_inputs.h"
+#include "kde_tool/statistics_tables.h"
+#include "platform/values.h"
+
+namespace wxl::kde_tool {
+
+/// What the estimates of all distributions of a run share.
+struct EstimateFrame {
+    RunInputs Inputs;
+    double CellSize = 1.0;            ///< as the calculator keeps it
+    platform::RasterGeometry Shared;  ///< the grid of every distribution; not used with the smallest extent
+};
+
+/// `layerExtent` and `buffer` (map units) count with the full extent alone, `reference` with a reference raster alone.
+EstimateFrame estimate_frame(const RunInputs& inputs, const platform::Extent& layerExtent, double buffer,
+                             const platform::RasterGeometry& reference);
+
+/// HREF in map units as a run applies it: of the fixes as they are, or of the unit-variance fixes scaled back; 0 where
+/// it is not defined.
+double applied_href(const HrefRow& href, const VarianceRow& spread, bool rescale);
+
+/// One distribution. Bandwidths of a search are not known before it: HREF stands in for them.
+struct DistributionEstimate {
+    double Bandwidth = 0.0;  ///< map units
+    platform::RasterGeometry Grid;
+    double Megabytes = 0.0;  ///< of the grid, the largest thing in memory
+    double Seconds = 0.0;    ///< rough time on one core of 2020
+};
+
+/// `href`: applied_href of the animal; `value`: the bandwidth or proportion, where the method has one.
+DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& animal, double href, double value);
+
+/// More cells than a run computes: such a distribution fails at once.
+bool is_too_large(const DistributionEstimate& estimate);
+
+}  // namespace wxl::kde_tool
