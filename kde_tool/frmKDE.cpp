@@ -35,6 +35,21 @@ std::size_t prefix_bytes(const std::string& text, std::size_t count) {
     return text.size();
 }
 
+std::string degrees_notice(const std::optional<platform::UtmPlan>& plan) {
+    const std::string degrees =
+        "This layer is in degrees. Cell size, bandwidths and areas need metres or another unit of length. ";
+    if (!plan)
+        return degrees +
+               "It has no UTM zone (no points, or too close to a pole): please reproject it to a coordinate "
+               "system of your choice.";
+    std::string notice = degrees + "Its UTM zone is " + plan->Name() + " (" + plan->Code() + ").";
+    if (plan->SpansZones())
+        notice += " Its points reach from zone " + std::to_string(plan->WesternZone) + " to zone " +
+                  std::to_string(plan->EasternZone) + ": far from zone " + std::to_string(plan->Zone) +
+                  " distances are distorted.";
+    return notice;
+}
+
 }  // namespace
 
 frmKDE::frmKDE(const platform::Services& services, utilities::Utilities& geodata)
@@ -96,8 +111,11 @@ void frmKDE::cmbPntL_Click() {
         clear(cmbUIDFLD);
         enable(chkUseSel, false);
         ClearTables();
+        lblDegrees.Caption.clear();
+        enable(btnReproject, false);
         if (cmbPntL.Text().empty()) return;
         FillIdFields();
+        NoticeDegrees(PointLayer());
     });
 }
 
@@ -106,6 +124,31 @@ void frmKDE::FillIdFields() {
     enable(chkUseSel, true);
     m_geodata.FillFieldList(layer, cmbUIDFLD);
     enable(cmbUIDFLD, true);
+}
+
+// --- Layers in degrees ---
+
+void frmKDE::NoticeDegrees(const platform::Layer& layer) {
+    if (!m_services.Reprojection || !layer.Feature->FeatureClass()->Reference().IsGeographic) return;
+    m_utm = m_services.Reprojection->Plan(layer);
+    enable(btnReproject, m_utm.has_value());
+    lblDegrees.Caption = degrees_notice(m_utm);
+}
+
+void frmKDE::btnReproject_Click() {
+    if (m_running || !btnReproject.Enabled || !m_utm) return;
+    Shielded([&] {
+        const std::string field = cmbUIDFLD.Text();
+        const int selectedOnly = chkUseSel.Value;
+        const std::string copy = m_services.Reprojection->AddUtmCopy(PointLayer(), *m_utm);
+        clear(cmbPntL);
+        m_geodata.ListLayers(kPointLayers, cmbPntL);
+        cmbPntL.Select(copy);
+        cmbPntL_Click();
+        cmbUIDFLD.Select(field);
+        chkUseSel.Value = selectedOnly;
+        txtStatus.Text = "Reprojected to UTM zone " + m_utm->Name();
+    });
 }
 
 void frmKDE::cmbUIDFLD_Click() {

@@ -6,6 +6,7 @@
 #include "platform/services.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,8 @@ public:
     // Page "Input Data", frames "Input" and "Independence of observations"
     platform::Label lblPntL{"Point layer:"};
     platform::ComboBox cmbPntL;
+    platform::Label lblDegrees;  ///< a notice for a layer in degrees; "" for other layers and without a map
+    platform::Button btnReproject{"Reproject to UTM", false};
     platform::CheckBox chkUseSel{"Use selected features only"};
     platform::Label lblUIDFLD{"Unique animal ID field for batch processing:"};
     platform::ComboBox cmbUIDFLD;
@@ -136,6 +139,9 @@ public:
     void SSTab1_Click(int previousTab);
 
     // Buttons
+
+    /// Adds a copy of the chosen layer in its UTM zone to the map and chooses that, with the same ID field.
+    void btnReproject_Click();
     void btnCalcIO_Click();
     void btnIOSave_Click();
     void btnSaveSettings_Click();
@@ -228,6 +234,7 @@ private:
     void FillPointLayers();
     void FillReferenceLayers();
     void FillIdFields();
+    void NoticeDegrees(const platform::Layer& layer);
     void ClearTables();
     void SuggestBuffer();
     void ChooseBandwidth(const platform::OptionButton& chosen);
@@ -243,6 +250,7 @@ private:
     bool m_stopRequested = false;
     RunOutcome m_lastRun = RunOutcome::kNone;
     std::vector<IRunObserver*> m_observers;
+    std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;
     std::vector<HrefRow> m_hrefs;

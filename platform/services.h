@@ -5,6 +5,7 @@
 #include "platform/geometry_operators.h"
 #include "platform/map.h"
 #include "platform/messages.h"
+#include "platform/reprojection.h"
 #include "platform/workspaces.h"
 
 namespace wxl::platform {
@@ -24,6 +25,7 @@ struct Services {
     IGeometryOperators* Geometry = nullptr;
     IContourOperation* Contours = nullptr;
     IFolderLocks* Locks = nullptr;
+    IReprojection* Reprojection = nullptr;  ///< null where there is no map to add layers to
 };
 
 }  // namespace wxl::platform

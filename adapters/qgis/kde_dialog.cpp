@@ -93,6 +93,7 @@ QWidget* KdeDialog::InputPage() {
     auto* input = new QVBoxLayout;
     input->addWidget(caption(m_form.lblPntL, layer));
     input->addWidget(layer);
+    input->addWidget(DegreesNotice());
     input->addWidget(selected);
     input->addWidget(caption(m_form.lblUIDFLD, field));
     input->addWidget(field);
@@ -117,6 +118,25 @@ QWidget* KdeDialog::InputPage() {
     independence->addWidget(schoener);
     independence->addWidget(swihart);
     return page_of({frame("Input", input), frame("Independence of observations", independence)}, false);
+}
+
+QWidget* KdeDialog::DegreesNotice() {
+    auto* text = new QLabel;
+    text->setWordWrap(true);
+    auto* reproject = with_tip(new QPushButton, "Adds a copy in that zone to the map and chooses it");
+    m_binder.Bind(*text, m_form.lblDegrees, "lblDegrees");
+    m_binder.Bind(*reproject, m_form.btnReproject, "btnReproject", [this] { m_form.btnReproject_Click(); });
+    auto* notice = new QFrame;
+    notice->setObjectName(QStringLiteral("noticeDegrees"));
+    notice->setFrameShape(QFrame::StyledPanel);
+    notice->setAutoFillBackground(true);
+    notice->setBackgroundRole(QPalette::ToolTipBase);
+    text->setForegroundRole(QPalette::ToolTipText);
+    auto* layout = new QHBoxLayout(notice);
+    layout->addWidget(text, 1);
+    layout->addWidget(reproject);
+    m_binder.AlsoRefresh([this, notice] { notice->setVisible(!m_form.lblDegrees.Caption.empty()); });
+    return notice;
 }
 
 QWidget* KdeDialog::KernelPage() {

@@ -30,6 +30,9 @@ private:
     QWidget* OutputPage();
     QLayout* Footer();
 
+    /// Shown for a layer in degrees, with a button that reprojects it.
+    QWidget* DegreesNotice();
+
     /// A label for the unit of a number, kept up to date with the chosen layer's coordinate system.
     QLabel* UnitLabel();
     void ShowUnits();

@@ -5,6 +5,7 @@
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_messages.h"
+#include "adapters/qgis/utm_copies.h"
 
 #include <memory>
 #include <optional>
@@ -33,6 +34,7 @@ public:
           m_dialogs(desktop.mainWindow()),
           m_host([&desktop](const QString& text) { desktop.statusBarIface()->showMessage(text); }),
           m_presenter(m_host, desktop.mainWindow(), DesktopOf(desktop)),
+          m_utmCopies(DesktopOf(desktop)),
           m_application(std::make_shared<wxl::qgis::QgisApplication>(DesktopOf(desktop))),
           m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application)) {}
 
@@ -48,6 +50,7 @@ private:
         services.Messages = &m_messages;
         services.Dialogs = &m_dialogs;
         services.Host = &m_host;
+        services.Reprojection = &m_utmCopies;
         return m_disk.Complete(services);
     }
 
@@ -56,6 +59,7 @@ private:
     wxl::qgis::QgisHost m_host;
     files::DiskServices m_disk;
     wxl::qgis::QgisFormPresenter m_presenter;
+    wxl::qgis::UtmCopies m_utmCopies;
     std::shared_ptr<wxl::qgis::QgisApplication> m_application;
     wxl::qgis::DesktopToolBar m_toolBar;
 };

@@ -12,6 +12,7 @@ wxl_test(
   test_kde_form
   SOURCES
   test_frmKDE.cpp
+  test_frmKDE_degrees.cpp
   test_frmKDE_statistics.cpp
   test_settings_file.cpp
   DEPENDS
