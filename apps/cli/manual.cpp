@@ -24,11 +24,11 @@ std::vector<const CLI::Option*> options_of(const CLI::App& command, bool positio
 }
 
 std::string page_name(const CLI::App& program, const CLI::App& command) {
-    return &program == &command ? program.get_name() : program.get_name() + "-" + command.get_name();
+    return &program == &command ? program.get_name() : program.get_name() + "-" + command_path(command, '-');
 }
 
 std::string spoken_name(const CLI::App& program, const CLI::App& command) {
-    return &program == &command ? program.get_name() : program.get_name() + " " + command.get_name();
+    return &program == &command ? program.get_name() : program.get_name() + " " + command_path(command);
 }
 
 /// Text in which nothing is taken for a macro or an escape.
@@ -68,13 +68,31 @@ std::string roff_paragraphs(const std::string& text) {
     return page + (literal ? ".fi\n" : "");
 }
 
+/// Text for a cell of a Markdown table.
+std::string markdown_cell(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        if (c == '|') escaped += '\\';
+        escaped += c == '\n' ? ' ' : c;
+    }
+    return escaped;
+}
+
+/// Text with its indented lines as Markdown shows them as they stand.
+std::string markdown_paragraphs(const std::string& text) {
+    std::string page;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) page += (line.rfind("  ", 0) == 0 ? "  " + line : line) + "\n";
+    return page;
+}
+
 std::string value_of(const CLI::Option& option) {
     return option.get_expected_max() == 0 ? "" : option.get_type_name();
 }
 
 std::string synopsis(const CLI::App& program, const CLI::App& command) {
     std::string line = ".B " + roff(spoken_name(program, command)) + "\n";
-    if (&program == &command) return line + ".I COMMAND\n[\\fIOPTION\\fR]...\n";
+    if (!commands_of(command).empty()) return line + ".I COMMAND\n[\\fIOPTION\\fR]...\n";
     for (const CLI::Option* option : options_of(command, true)) line += ".I " + roff(option->get_name(true)) + "\n";
     return line + "[\\fIOPTION\\fR]...\n";
 }
@@ -92,9 +110,27 @@ std::string option_entries(const std::vector<const CLI::Option*>& options) {
     return entries;
 }
 
-std::string command_entries(const CLI::App& program) {
+std::string option_rows(const std::vector<const CLI::Option*>& options) {
+    std::string rows;
+    for (const CLI::Option* option : options) {
+        const std::string value = option->get_positional() ? "" : value_of(*option);
+        const std::string usual = option->get_default_str();
+        rows += fmt::format("| `{}{}` | {}{} |\n",
+                            markdown_cell(option->get_name(option->get_positional(), !option->get_positional())),
+                            value.empty() ? "" : " " + markdown_cell(value), markdown_cell(option->get_description()),
+                            usual.empty() ? "" : fmt::format(" (default: {})", markdown_cell(usual)));
+    }
+    return rows;
+}
+
+std::string options_table(const CLI::App& command) {
+    return "| option | what it does |\n|---|---|\n" + option_rows(options_of(command, true)) +
+           option_rows(options_of(command, false));
+}
+
+std::string command_entries(const CLI::App& program, const CLI::App& above) {
     std::string entries;
-    for (const CLI::App* command : commands_of(program))
+    for (const CLI::App* command : commands_of(above))
         entries += ".TP\n.B " + roff(page_name(program, *command)) + "(1)\n" + roff(command->get_description()) + "\n";
     return entries;
 }
@@ -112,7 +148,27 @@ constexpr const char* kExitStatus =
     ".TP\n.B 1\nThe work failed; standard error says why.\n"
     ".TP\n.B 2\nThe command line makes no sense.\n";
 
+void append_commands(const CLI::App& above, std::vector<const CLI::App*>& commands) {
+    for (const CLI::App* command : commands_of(above)) {
+        commands.push_back(command);
+        append_commands(*command, commands);
+    }
+}
+
 }  // namespace
+
+std::vector<const CLI::App*> all_commands(const CLI::App& program) {
+    std::vector<const CLI::App*> commands;
+    append_commands(program, commands);
+    return commands;
+}
+
+std::string command_path(const CLI::App& command, char separator) {
+    const CLI::App* parent = command.get_parent();
+    if (parent == nullptr) return "";
+    const std::string above = command_path(*parent, separator);
+    return above.empty() ? command.get_name() : above + separator + command.get_name();
+}
 
 std::string manual_file_name(const CLI::App& program, const CLI::App& command) {
     return page_name(program, command) + ".1";
@@ -125,7 +181,7 @@ std::string manual_page(const CLI::App& program, const CLI::App& command) {
     page += ".SH NAME\n" + roff(page_name(program, command)) + " \\- " + roff(command.get_description()) + "\n";
     page += ".SH SYNOPSIS\n" + synopsis(program, command);
     if (!command.get_footer().empty()) page += ".SH DESCRIPTION\n" + roff_paragraphs(command.get_footer());
-    if (&program == &command) page += ".SH COMMANDS\n" + command_entries(program);
+    if (!commands_of(command).empty()) page += ".SH COMMANDS\n" + command_entries(program, command);
     page += ".SH OPTIONS\n";
     if (&program != &command) page += option_entries(options_of(command, true));
     page += option_entries(options_of(command, false));
@@ -134,35 +190,54 @@ std::string manual_page(const CLI::App& program, const CLI::App& command) {
     return page + ".SH SEE ALSO\n" + see_also(program, command);
 }
 
+std::string options_reference(const CLI::App& program) {
+    std::string page = fmt::format(
+        "# Commands and options\n\nEvery command of `{0}` with every option, as `{0} COMMAND --help` prints them. "
+        "Options "
+        "of all commands:\n\n{1}",
+        program.get_name(), options_table(program));
+    for (const CLI::App* command : all_commands(program)) {
+        page += fmt::format("\n## {}\n\n{}.\n", spoken_name(program, *command), command->get_description());
+        if (!command->get_footer().empty()) page += "\n" + markdown_paragraphs(command->get_footer());
+        page += "\n" + options_table(*command);
+    }
+    return page;
+}
+
 std::string bash_completion(const CLI::App& program) {
-    const auto long_options = [](const CLI::App& command) {
-        std::vector<std::string> names;
+    const auto words_of = [](const CLI::App& command) {
+        std::vector<std::string> words;
+        for (const CLI::App* below : commands_of(command)) words.push_back(below->get_name());
         for (const CLI::Option* option : options_of(command, false))
-            for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-        return fmt::format("{}", fmt::join(names, " "));
+            for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+        return fmt::format("{}", fmt::join(words, " "));
     };
-    std::vector<std::string> commands;
+    std::vector<std::string> known;
     std::string cases;
-    for (const CLI::App* command : commands_of(program)) {
-        commands.push_back(command->get_name());
-        cases += fmt::format("        {}) words=\"{} --quiet\" ;;\n", command->get_name(), long_options(*command));
+    for (const CLI::App* command : all_commands(program)) {
+        known.push_back('"' + command_path(*command) + '"');
+        cases += fmt::format("        \"{}\") words=\"{} --quiet\"{} ;;\n", command_path(*command), words_of(*command),
+                             commands_of(*command).empty() ? "" : " first=yes");
     }
     return fmt::format(
         "# bash completion for wxl\n"
         "_wxl() {{\n"
-        "    local word=${{COMP_WORDS[COMP_CWORD]}} words command i\n"
+        "    local word=${{COMP_WORDS[COMP_CWORD]}} words=\"\" command=\"\" first=\"\" next i\n"
         "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
-        "        if [[ ${{COMP_WORDS[i]}} != -* ]]; then command=${{COMP_WORDS[i]}}; break; fi\n"
+        "        next=\"${{command:+$command }}${{COMP_WORDS[i]}}\"\n"
+        "        case $next in\n"
+        "            {0}) command=$next ;;\n"
+        "        esac\n"
         "    done\n"
         "    case $command in\n"
-        "        \"\") words=\"{0} {1}\" ;;\n"
+        "        \"\") words=\"{1}\" first=yes ;;\n"
         "{2}"
         "    esac\n"
         "    COMPREPLY=()\n"
-        "    if [[ -z $command || $word == -* ]]; then COMPREPLY=($(compgen -W \"$words\" -- \"$word\")); fi\n"
+        "    if [[ -n $first || $word == -* ]]; then COMPREPLY=($(compgen -W \"$words\" -- \"$word\")); fi\n"
         "}}\n"
         "complete -o default -F _wxl wxl\n",
-        fmt::join(commands, " "), long_options(program), cases);
+        fmt::join(known, "|"), words_of(program), cases);
 }
 
 }  // namespace wxl::cli

@@ -6,7 +6,6 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <vector>
 
 namespace wxl::cli {
 
@@ -17,14 +16,11 @@ void print(std::string text, Console& console) {
     console.Result(text);
 }
 
-std::vector<const CLI::App*> all_commands(const CLI::App& program) {
-    return program.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
-}
-
+/// A command by its name, with blanks or hyphens between its words; the program itself for none.
 const CLI::App& find_command(const CLI::App& program, const std::string& name) {
     if (name.empty()) return program;
     for (const CLI::App* command : all_commands(program))
-        if (command->get_name() == name) return *command;
+        if (command_path(*command) == name || command_path(*command, '-') == name) return *command;
     throw WrongCall("man: there is no command \"" + name + "\"");
 }
 
@@ -45,11 +41,14 @@ void register_man(CLI::App& command, ManOptions& options) {
     command.add_option("COMMAND", options.Command, "Command whose page is printed; none: the program's page");
     command.add_option("--all", options.Folder, "Write the pages of all commands into this folder")
         ->type_name("FOLDER");
+    command.add_flag("--markdown", options.Markdown, "All commands and options as one page of Markdown");
 }
 
 int run_man(const ManOptions& options, Console& console) {
     if (!options.Folder.empty()) {
         write_all(*options.Program, options.Folder);
+    } else if (options.Markdown) {
+        print(options_reference(*options.Program), console);
     } else {
         print(manual_page(*options.Program, find_command(*options.Program, options.Command)), console);
     }

@@ -9,12 +9,14 @@ class App;
 
 namespace wxl::cli {
 
-/// wxl man: prints the manual page of the program or of one command, or writes all pages into a folder. Not shown in
+/// wxl man: prints the manual page of the program or of one command, writes all pages into a folder, or prints
+/// the reference of all options. Not shown in
 /// the help: it serves those who package the program.
 struct ManOptions {
     const CLI::App* Program = nullptr;
     std::string Command;
     std::string Folder;
+    bool Markdown = false;
 };
 
 void register_man(CLI::App& command, ManOptions& options);
