@@ -27,8 +27,15 @@ int open_flags(platform::WriteMode mode) {
 }  // namespace
 
 DiskOutputFile::DiskOutputFile(std::filesystem::path file, platform::WriteMode mode) : m_file(std::move(file)) {
-    m_descriptor = ::open(m_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | open_flags(mode), 0666);
-    if (m_descriptor < 0) RaiseErrno(errno, m_file);
+    m_descriptor = ::open(m_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | open_flags(mode), 0666);
+    if (m_descriptor >= 0) return;
+    const int code = errno;
+    std::error_code ignored;
+    // Whoever may plant a link in a folder must not choose what is written through it.
+    if (code == ELOOP && std::filesystem::is_symlink(m_file, ignored))
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        m_file.string() + " is a link, and nothing is written through links: delete it");
+    RaiseErrno(code, m_file);
 }
 
 DiskOutputFile::~DiskOutputFile() {

@@ -102,9 +102,11 @@ void sync_folder(const fs::path& folder) {
 void finish_interrupted_swap(const fs::path& shapefile) {
     const fs::path swap = swap_folder(shapefile);
     std::error_code failure;
-    if (!fs::is_directory(swap, failure)) return;
+    // A link of that name leads to files that are not ours.
+    if (!fs::is_directory(fs::symlink_status(swap, failure))) return;
     std::vector<fs::path> waiting;
-    for (const auto& entry : fs::directory_iterator(swap, failure)) waiting.push_back(entry.path());
+    for (const auto& entry : fs::directory_iterator(swap, failure))
+        if (entry.path().stem() == shapefile.stem()) waiting.push_back(entry.path());
     for (const fs::path& file : waiting) {
         // Another program may be finishing the same change.
         if (std::rename(file.c_str(), (folder_of(shapefile) / file.filename()).c_str()) != 0 && errno != ENOENT)

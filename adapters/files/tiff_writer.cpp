@@ -101,6 +101,8 @@ private:
         // Otherwise a coordinate system that the format cannot hold would go into a file beside it.
         const CPLConfigOptionSetter noSideFiles("GDAL_PAM_ENABLED", "NO", false);
         const auto& geometry = m_definition.Geometry;
+        // GDAL would write through a link of that name.
+        if (::unlink(m_temporary.c_str()) != 0 && errno != ENOENT) RaiseErrno(errno, m_temporary);
         GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
         if (driver == nullptr) platform::Raise(error_number::kInvalidCall, "This GDAL cannot write GeoTIFF files.");
         m_handle.reset(driver->Create(m_temporary.c_str(), geometry.Columns, geometry.Rows, 1, GDT_Float32,

@@ -1,5 +1,7 @@
 #include "apps/cli/console.h"
 
+#include "apps/cli/printable.h"
+
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -23,7 +25,7 @@ Console::Console(std::ostream& out, std::ostream& err, bool terminal) : m_out(ou
 
 void Console::Result(std::string_view line) {
     EndProgress();
-    m_out << line << '\n';
+    m_out << printable(line) << '\n';
 }
 
 void Console::Note(std::string_view line) {
@@ -41,7 +43,7 @@ int Console::Fail(std::string_view line) {
 
 void Console::Progress(double fraction, std::string_view what) {
     if (!m_terminal || m_quiet) return;
-    const std::string bar = bar_text(fraction, what);
+    const std::string bar = bar_text(fraction, printable(what));
     if (bar == m_bar) return;
     EndProgress();
     m_err << bar << std::flush;
@@ -65,7 +67,7 @@ void Console::ErrorLine(std::string_view line) {
     EndProgress();
     // Results and messages keep their order where both go to one terminal or file.
     m_out.flush();
-    m_err << line << '\n' << std::flush;
+    m_err << printable(line) << '\n' << std::flush;
 }
 
 }  // namespace wxl::cli

@@ -85,7 +85,8 @@ FaultyRun run_with_fault(const std::vector<std::string>& arguments, const fs::pa
             .Counted = plan.Counted,
             .Failed = plan.Failed > 0,
             .Kind = plan.FailedKind,
-            .Path = plan.FailedPath.data()};
+            .Path = plan.FailedPath.data(),
+            .LastPath = plan.LastPath.data()};
 }
 
 std::string dataset_of(const std::string& path, const fs::path& folder) {

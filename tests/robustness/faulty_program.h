@@ -27,7 +27,8 @@ struct FaultyRun {
     std::int64_t Counted = 0;
     bool Failed = false;  ///< the call that was to fail was reached
     std::uint32_t Kind = 0;
-    std::string Path = {};  ///< of the call that failed
+    std::string Path = {};      ///< of the call that failed
+    std::string LastPath = {};  ///< of the last one
 };
 
 /// Runs `wxl ARGUMENTS...`; calls count below `work`; `scratch` holds the plan and what the program says.

@@ -76,6 +76,7 @@ bool fails(CallKind kind, const std::string& path) {
         page->FailedKind = static_cast<std::uint32_t>(kind);
         std::strncpy(page->FailedPath.data(), path.c_str(), page->FailedPath.size() - 1);
     }
+    std::strncpy(page->LastPath.data(), path.c_str(), page->LastPath.size() - 1);
     errno = page->Code;
     return true;
 }

@@ -37,6 +37,7 @@ struct FaultPlan {
     std::atomic<std::int64_t> Failed;
     std::uint32_t FailedKind;  ///< of the first failed call
     std::array<char, 1024> FailedPath;
+    std::array<char, 1024> LastPath;  ///< of the last failed call
 };
 
 }  // namespace wxl::tests

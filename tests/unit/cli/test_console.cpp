@@ -22,6 +22,31 @@ TEST(Console, Results_go_to_standard_output_and_all_else_to_standard_error) {
     EXPECT_EQ(streams.Err.str(), "note\nproblem\nwxl: reason\n");
 }
 
+TEST(Console, Codes_for_the_terminal_become_visible) {
+    Streams streams;
+    Console console(streams.Out, streams.Err, true);
+    console.Result(
+        "\x1B[2J\x07"
+        "a\tb\nc\x7F");
+    console.Problem(
+        "wolf\xE2\x80\xAE"
+        "fdp.exe \xC2\x9B"
+        "31m \xFF \xE2\x82");
+    console.Progress(0.5, "reading \x1B[31m");
+    EXPECT_EQ(streams.Out.str(),
+              "\\x1B[2J\\x07"
+              "a\tb\nc\\u007F\n");
+    EXPECT_TRUE(streams.Err.str().starts_with("wolf\\u202Efdp.exe \\u009B31m \\xFF \\xE2\\x82\n")) << streams.Err.str();
+    EXPECT_NE(streams.Err.str().find("reading \\x1B[31m"), std::string::npos);
+}
+
+TEST(Console, Letters_of_all_languages_stay_as_they_are) {
+    Streams streams;
+    Console console(streams.Out, streams.Err, false);
+    console.Result("W\xC3\xB6lfe \xE7\x8B\xBC \xF0\x9F\x90\xBA \xD7\x96\xD7\x90\xD7\x91");
+    EXPECT_EQ(streams.Out.str(), "W\xC3\xB6lfe \xE7\x8B\xBC \xF0\x9F\x90\xBA \xD7\x96\xD7\x90\xD7\x91\n");
+}
+
 TEST(Console, Quiet_drops_notes_and_progress_but_no_problem) {
     Streams streams;
     Console console(streams.Out, streams.Err, true);
