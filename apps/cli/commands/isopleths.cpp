@@ -215,7 +215,7 @@ void register_isopleths(CLI::App& command, IsoplethOptions& options) {
         "\n"
         "Example:\n"
         "\n"
-        "  wxl isopleths kde/K1 --levels 95,90,50 --out kde --name K1_iso --polygons --donuts");
+        "  wxl isopleths kde/1 --levels 95,90,50 --out kde --name more --polygons --donuts");
 }
 
 int run_isopleths(const IsoplethOptions& options, Console& console) {

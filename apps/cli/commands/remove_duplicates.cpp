@@ -43,7 +43,7 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
         "\n"
         "Examples:\n"
         "\n"
-        "  wxl remove-duplicates wolves.shp --by time2 --where \"animal = 'W1'\"\n"
+        "  wxl remove-duplicates wolves.shp --by time2 --where \"animal = 'Freja'\"\n"
         "  wxl remove-duplicates wolf.shp --by xy");
 }
 

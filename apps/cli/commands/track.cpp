@@ -65,7 +65,7 @@ void register_track(CLI::App& command, TrackOptions& options) {
         "\n"
         "Example:\n"
         "\n"
-        "  wxl track wolves.shp w1.shp --where \"animal = 'W1'\"");
+        "  wxl track wolves.shp freja.shp --where \"animal = 'Freja'\"");
 }
 
 int run_track(const TrackOptions& options, Console& console) {
