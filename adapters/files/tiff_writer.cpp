@@ -11,6 +11,7 @@
 #include <cpl_conv.h>
 #include <cpl_string.h>
 #include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -35,6 +36,15 @@ CPLStringList creation_options(const platform::RasterGeometry& geometry) {
     else if (geometry.Columns >= kTileRows && geometry.Rows >= kTileRows)
         options.SetNameValue("TILED", "YES");
     return options;
+}
+
+/// GDAL's own look-up by name turns letters to capitals by the locale: where that became Turkish after GDAL met its
+/// drivers, it misses every name with an i.
+GDALDriver* tiff_driver() {
+    GDALDriverManager* drivers = GetGDALDriverManager();
+    for (int i = 0; i < drivers->GetDriverCount(); ++i)
+        if (std::string_view("GTiff") == drivers->GetDriver(i)->GetDescription()) return drivers->GetDriver(i);
+    return nullptr;
 }
 
 void flush_to_disk(const std::filesystem::path& file) {
@@ -103,7 +113,7 @@ private:
         const auto& geometry = m_definition.Geometry;
         // GDAL would write through a link of that name.
         if (::unlink(m_temporary.c_str()) != 0 && errno != ENOENT) RaiseErrno(errno, m_temporary);
-        GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+        GDALDriver* driver = tiff_driver();
         if (driver == nullptr) platform::Raise(error_number::kInvalidCall, "This GDAL cannot write GeoTIFF files.");
         m_handle.reset(driver->Create(m_temporary.c_str(), geometry.Columns, geometry.Rows, 1, GDT_Float32,
                                       creation_options(geometry).List()));

@@ -6,6 +6,7 @@
 #include "adapters/files/tracking_csv.h"
 #include "apps/cli/shapefile_output.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
@@ -30,8 +31,7 @@ using platform::SpatialReference;
 
 /// "EPSG:n" in any case; an empty text when it is one, else what is wrong, as CLI11 wants it.
 std::string check_crs(const std::string& text) {
-    const bool prefix = text.size() > 5 && text.size() < 13 && (text[0] == 'E' || text[0] == 'e') &&
-                        CLI::detail::to_lower(text.substr(0, 5)) == "epsg:";
+    const bool prefix = text.size() > 5 && text.size() < 13 && platform::EqualNoCase(text.substr(0, 5), "epsg:");
     const bool digits = prefix && text.find_first_not_of("0123456789", 5) == std::string::npos;
     return digits ? "" : fmt::format("\"{}\" is no code like EPSG:32633", text);
 }

@@ -6,6 +6,7 @@
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/tool_session.h"
+#include "platform/text.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -46,8 +47,10 @@ void add_raster_options(CLI::App& command, KdeOptions& options) {
         .add_option("--extent", options.Extent,
                     "full (all fixes and a suggested buffer), full:BUFFER, min (each animal's own), or ref:RASTER")
         ->type_name("EXTENT");
-    command.add_option("--raster-format", options.RasterFormat, "Format of the rasters")
-        ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
+    command
+        .add_option("--raster-format", options.RasterFormat, "Format of the rasters")
+        // The library's own comparison asks the locale, and in Turkish i and I are no pair.
+        ->transform(CLI::CheckedTransformer(kFormats, platform::UpperCase).description(""))
         ->type_name("GRID|GTiff")
         ->capture_default_str();
     command
