@@ -90,6 +90,11 @@ def start(guide):
     shutil.copytree(guide.source / "samples", guide.folder / "samples")
 
 
+def start_readme(guide):
+    start(guide)
+    shutil.copy(guide.source / "samples/wolves.csv", guide.folder)
+
+
 def start_options(guide):
     """The files of the examples of --help: wolves.csv, one wolf's fixes, a table in metres."""
     shutil.copy(guide.source / "samples/wolves.csv", guide.folder)
@@ -110,22 +115,22 @@ def start_worked_example(guide, data):
     return True
 
 
-# Pages that go on where the page before them ended share a folder.
-TOGETHER = (("install.md",), ("first-analysis-wxl.md", "reading-the-results.md", "settings-and-limits.md"),
-            ("choosing-a-bandwidth.md",), ("movement-tools.md",), ("first-analysis-qgis.md",))
-# Pages with a test of their own.
-APART = ("index.md", "messages.md", "recipe-r.md", "recipe-python.md", "worked-example.md", "options.md")
+# Pages that go on where the page before them ended share a folder; pages not named here have one of their own.
+TOGETHER = (("first-analysis-wxl.md", "reading-the-results.md", "settings-and-limits.md"),)
+# Pages without commands, and those that need other files first.
+APART = ("messages.md", "recipe-r.md", "recipe-python.md", "worked-example.md", "options.md")
 
 
 def main():
-    wxl, source, data = sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3]
+    wxl, source, data = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), sys.argv[3]
     if shutil.which("ogr2ogr") is None:
         print("skipped: ogr2ogr is not installed")
         return SKIPPED
     pages = source / "docs/guide"
     listed = {name for group in TOGETHER for name in group} | set(APART)
-    faults = [f"{page.name}: not among the pages that are run" for page in pages.glob("*.md") if page.name not in listed]
-    for names in (*TOGETHER, ("options.md",), ("worked-example.md",)):
+    alone = tuple((page.name,) for page in sorted(pages.glob("*.md")) if page.name not in listed)
+    faults = []
+    for names in (*TOGETHER, *alone, ("options.md",), ("worked-example.md",), ("../../README.md",)):
         with tempfile.TemporaryDirectory(prefix="wxl-guide-") as folder:
             guide = Guide(wxl, source, pathlib.Path(folder))
             if names == ("options.md",):
@@ -133,6 +138,8 @@ def main():
             elif names == ("worked-example.md",):
                 if not start_worked_example(guide, data):
                     continue
+            elif names == ("../../README.md",):
+                start_readme(guide)
             else:
                 start(guide)
             for name in names:
