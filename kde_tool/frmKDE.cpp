@@ -323,10 +323,21 @@ void frmKDE::btnLoadSettings_Click() {
 }
 
 void frmKDE::btnExit_Click() {
-    if (m_running)
-        m_stopRequested = true;
-    else
+    if (!m_running) {
         Visible = false;
+        return;
+    }
+    if (m_stopRequested || m_asksToStop) return;
+    m_asksToStop = true;
+    const auto answer = m_services.Messages->Show(
+        {.Text = "The analysis is running. Do you want to stop it after the present animal? What "
+                 "was done until then is kept.",
+         .Title = Caption,
+         .Sign = platform::Icon::kQuestion,
+         .Choice = platform::Buttons::kYesNo,
+         .About = platform::Topic::kStop});
+    m_asksToStop = false;
+    m_stopRequested = answer == platform::Answer::kYes;
 }
 
 }  // namespace wxl::kde_tool

@@ -148,7 +148,7 @@ public:
     void btnLoadSettings_Click();
     void btnFolder_Click();
 
-    /// Closes the form. During a run it asks the run to stop instead, which it does after the present distribution.
+    /// Closes the form. During a run it asks whether to stop that instead, which happens after the present distribution.
     void btnExit_Click();
 
     /// Runs the batch analysis. Nothing while a run is in progress.
@@ -248,6 +248,7 @@ private:
     double m_largestHref = 0.0;
     bool m_running = false;
     bool m_stopRequested = false;
+    bool m_asksToStop = false;  ///< the question is on screen
     RunOutcome m_lastRun = RunOutcome::kNone;
     std::vector<IRunObserver*> m_observers;
     std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees

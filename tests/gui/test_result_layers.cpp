@@ -27,8 +27,10 @@
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTimer>
 #include <random>
 
 namespace wxl::qgis {
@@ -266,6 +268,55 @@ TEST_F(ResultLayersTest, Results_that_cannot_be_opened_are_named_and_the_others_
               "These results could not be added to the map:\n" + (m_folder / "out" / "1").string());
     EXPECT_EQ(m_messages.Boxes()[1].Text, "Processing complete.");
     EXPECT_THAT(NamesIn(Top()), ElementsAre("2: density"));
+}
+
+TEST_F(ResultLayersTest, Exit_during_a_run_asks_and_what_was_done_comes_onto_the_map) {
+    Open(3);
+    Observe();
+    Find<QCheckBox>("chkBnds").click();
+    m_messages.AlwaysAnswer(platform::Topic::kStop, platform::Answer::kYes);
+    int kernels = 0;
+    const auto token = m_host.OnYield([&] {
+        if (m_form->txtStatus.Text == "Calculating kernel..." && ++kernels == 2) Find<QPushButton>("btnExit").click();
+    });
+    Run("out");
+    EXPECT_EQ(m_messages.Last().Text, "Processing stopped.");
+    EXPECT_TRUE(m_dialog->isVisible());
+    EXPECT_THAT(NamesIn(Top()), ElementsAre("1: density", "2: density"));
+    Find<QPushButton>("btnExit").click();
+    EXPECT_FALSE(m_dialog->isVisible());
+}
+
+TEST_F(ResultLayersTest, Closing_the_window_during_a_run_asks_too) {
+    QgisMessages boxes(nullptr);
+    m_services.Messages = &boxes;
+    Open(3);
+    Find<QCheckBox>("chkBnds").click();
+    std::vector<std::string> met;
+    QTimer answering;
+    QObject::connect(&answering, &QTimer::timeout, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box) return;
+        met.push_back(box->windowTitle().toStdString() + ": " + box->text().toStdString());
+        // The first question is answered with No.
+        QAbstractButton* yes = met.size() == 1 ? box->button(QMessageBox::No) : box->button(QMessageBox::Yes);
+        (yes ? yes : box->button(QMessageBox::Ok))->click();
+    });
+    answering.start(5);
+    int kernels = 0;
+    const auto token = m_host.OnYield([&] {
+        if (m_form->txtStatus.Text == "Calculating kernel..." && ++kernels <= 2) m_dialog->close();
+    });
+    Run("out");
+    const std::string question =
+        "Kernel Density Estimation: The analysis is running. Do you want to stop it after the present animal? What was "
+        "done until then is kept.";
+    EXPECT_THAT(met, ElementsAre(question, question, "Status: Processing stopped."));
+    EXPECT_TRUE(m_dialog->isVisible());
+    EXPECT_TRUE(fs::exists(m_folder / "out" / "2"));
+    EXPECT_FALSE(fs::exists(m_folder / "out" / "3"));
+    m_dialog->close();
+    EXPECT_FALSE(m_dialog->isVisible());
 }
 
 TEST_F(ResultLayersTest, Two_hundred_animals_leave_the_desktop_alive) {

@@ -431,9 +431,10 @@ TEST_F(AnalysisRunTest, Stages_show_in_the_status_box_with_the_button_disabled) 
     EXPECT_EQ(Keeper.Records.size(), 2U);
 }
 
-TEST_F(AnalysisRunTest, Exit_during_a_run_stops_it_after_the_present_distribution) {
+TEST_F(AnalysisRunTest, Exit_during_a_run_asks_and_stops_it_after_the_present_distribution) {
     AddTwoAnimals();
     Open();
+    Messages.WillAnswer({platform::Answer::kYes});
     Host.SetOnYield([&] {
         if (Form->txtStatus.Text == "Calculating kernel...") Form->btnExit_Click();
     });
@@ -447,10 +448,37 @@ TEST_F(AnalysisRunTest, Exit_during_a_run_stops_it_after_the_present_distributio
                 testing::EndsWith("Volume: " + platform::NumberText(Keeper.Records.at(0).Volume) +
                                   " / 1000000\r\n\r\nFinish time: 11/20/2026 3:04:05 PM\r\nProcessing stopped "
                                   "by the user\r\n"));
+    ASSERT_EQ(Messages.Boxes().size(), 2U) << "asked once, however often Exit is pressed";
+    const platform::MessageBox& question = Messages.Boxes().front();
+    EXPECT_EQ(question.Text,
+              "The analysis is running. Do you want to stop it after the present animal? What was done until then is "
+              "kept.");
+    EXPECT_EQ(question.Title, "Kernel Density Estimation");
+    EXPECT_EQ(question.Sign, platform::Icon::kQuestion);
+    EXPECT_EQ(question.Choice, platform::Buttons::kYesNo);
     EXPECT_EQ(Messages.Last().Text, "Processing stopped.");
     Host.SetOnYield({});
     Form->btnExit_Click();
     EXPECT_FALSE(Form->Visible);
+}
+
+TEST_F(AnalysisRunTest, A_run_goes_on_when_the_question_to_stop_is_answered_with_no) {
+    AddTwoAnimals();
+    Open();
+    Messages.AlwaysAnswer(platform::Topic::kStop, platform::Answer::kNo);
+    Messages.SetOnShow([&](const platform::MessageBox& box) {
+        // Pressed again while the question is on screen.
+        if (box.About == platform::Topic::kStop) Form->btnExit_Click();
+    });
+    bool pressed = false;
+    Host.SetOnYield([&] {
+        if (!std::exchange(pressed, true)) Form->btnExit_Click();
+    });
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
+    EXPECT_TRUE(HasRaster("K3"));
+    EXPECT_TRUE(HasRaster("K7"));
+    EXPECT_EQ(Messages.Boxes().size(), 2U);
 }
 
 TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_cancel_routine) {
