@@ -17,6 +17,7 @@ def kernel_density():
         find(QPushButton, "btnCalcIO").click()
         shoot(dialog, "desktop-kde-input")
         tabs.setCurrentIndex(1)
+        shoot(dialog, "desktop-kde-kernel")
         tabs.setCurrentIndex(2)
         find(QRadioButton, "optBE_HREF").click()
         shoot(dialog, "desktop-kde-bandwidth")
