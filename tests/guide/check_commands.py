@@ -70,7 +70,7 @@ class Guide:
 
     def has_said(self, line):
         reports = [report.read_text(encoding="cp1252").splitlines()
-                   for report in self.folder.rglob("WXL_KDE_ANALYSIS.txt")]
+                   for report in self.folder.rglob("WXL_*.txt")]
         said = {PLACE.sub("", one).strip() for lines in (self.said, *reports) for one in lines}
         return line.strip() in said
 
