@@ -13,8 +13,8 @@ namespace wxl::tests {
 
 /// What is to fail: the n-th call below the work folder, of the given kinds, with this errno.
 struct Fault {
-    std::int64_t At = 0;  ///< 0: nothing fails
-    int Code = ENOSPC;
+    std::int64_t At = 0;   ///< 0: nothing fails
+    int Code = ENOSPC;     ///< minus a signal: the program is killed there
     bool Lasting = false;  ///< the disk stays full
     std::uint32_t Kinds = kWritingCalls;
 };

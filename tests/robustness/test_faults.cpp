@@ -1,16 +1,19 @@
 // One call of the system fails, the n-th that writes, for n = 1, 2, 3 ... until a run meets no fault any more. Whatever
 // n is: what stands under a final name is whole, what was there before is as it was, the message names the file, and
-// the next run does the work. WXL_FAULTS=all tries every n with every kind of failure; without it a few n of each run.
+// the next run does the work. Instead of failing, the n-th call can also be the last one: the run is killed there.
+// WXL_FAULTS=all tries every n, WXL_FAULTS=each every n with every kind of failure; without it a few n of each run.
 
 #include "adapters/files/ogr_feature_class.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "tests/robustness/datasets.h"
 #include "tests/robustness/faulty_program.h"
 #include "tests/support/samples.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -23,16 +26,23 @@ namespace wxl {
 namespace {
 
 namespace fs = std::filesystem;
+using tests::by_dataset;
 using tests::bytes_of;
+using tests::dataset_name;
+using tests::datasets_in;
 using tests::Fault;
 using tests::FaultyRun;
-using Files = std::map<std::string, std::string>;
+using tests::Files;
 
-constexpr int kFewFaults = 12;  ///< of each run, without WXL_FAULTS=all
+constexpr int kFewFaults = 12;  ///< of each run, where not all are wanted
+
+bool wants(const std::string& what) {
+    const char* wanted = std::getenv("WXL_FAULTS");
+    return wanted != nullptr && wanted == what;
+}
 
 bool all_faults() {
-    const char* wanted = std::getenv("WXL_FAULTS");
-    return wanted != nullptr && std::string(wanted) == "all";
+    return wants("all") || wants("each");
 }
 
 /// A run of the program in a folder `work` that is made anew from `before` each time.
@@ -46,33 +56,6 @@ struct Scenario {
     std::string Replaced = {};
     std::uint32_t Kinds = tests::kWritingCalls;
 };
-
-/// Datasets with a final name: files of a GRID folder, and of a shapefile as soon as its .shp stands. Texts as well.
-Files datasets_in(const fs::path& folder) {
-    Files found;
-    for (const auto& [name, bytes] : tests::snapshot_of(folder)) {
-        if (name.find("/.") != std::string::npos || name.front() == '.') continue;
-        const fs::path file = folder / name;
-        const std::string extension = file.extension();
-        const bool part = extension == ".dbf" || extension == ".shx" || extension == ".prj" || extension == ".cpg";
-        if (part && !fs::exists(fs::path(file).replace_extension(".shp"))) continue;
-        found[name] = extension == ".txt" ? tests::without_times(bytes) : bytes;
-    }
-    return found;
-}
-
-/// The dataset that a file belongs to: its GRID folder, or its name without extension.
-std::string dataset_name(const std::string& file) {
-    const fs::path path(file);
-    if (path.extension() == ".adf") return path.parent_path();
-    return fs::path(path).replace_extension();
-}
-
-std::map<std::string, Files> by_dataset(const Files& files) {
-    std::map<std::string, Files> sets;
-    for (const auto& [file, bytes] : files) sets[dataset_name(file)][file] = bytes;
-    return sets;
-}
 
 /// Everything that a reader finds in a layer.
 std::vector<std::string> rows_of(const fs::path& layer) {
@@ -156,7 +139,7 @@ protected:
         std::int64_t tried = 0;
         std::int64_t failed = 0;
         for (std::int64_t n = 1; n <= whole.Counted; n += all_faults() ? 1 : few)
-            for (const Fault& fault : Variants(n, scenario.Kinds)) {
+            for (const Fault& fault : Variants(n, scenario.Kinds, static_cast<std::size_t>(tried))) {
                 ++tried;
                 failed += TryOne(scenario, fault) ? 1 : 0;
                 if (testing::Test::HasFailure() && !all_faults()) return;
@@ -167,12 +150,13 @@ protected:
     }
 
 private:
-    static std::vector<Fault> Variants(std::int64_t n, std::uint32_t kinds) {
+    static std::vector<Fault> Variants(std::int64_t n, std::uint32_t kinds, std::size_t turn) {
         const std::vector<Fault> all = {{.At = n, .Code = ENOSPC, .Lasting = false, .Kinds = kinds},
                                         {.At = n, .Code = EIO, .Lasting = false, .Kinds = kinds},
-                                        {.At = n, .Code = ENOSPC, .Lasting = true, .Kinds = kinds}};
-        if (all_faults()) return all;
-        return {all[static_cast<std::size_t>(n % 3)]};
+                                        {.At = n, .Code = ENOSPC, .Lasting = true, .Kinds = kinds},
+                                        {.At = n, .Code = -SIGKILL, .Lasting = false, .Kinds = kinds}};
+        if (wants("each")) return all;
+        return {all[turn % all.size()]};
     }
 
     bool TryOne(const Scenario& scenario, const Fault& fault) {
@@ -182,16 +166,17 @@ private:
                      std::to_string(fault.Code) + ": " + run.Path + " (kind " + std::to_string(run.Kind) + "), code " +
                      std::to_string(run.Code) + "\n" + run.Err);
         EXPECT_TRUE(run.Failed);
-        EXPECT_TRUE(run.Code == 0 || run.Code == 1);
+        const bool killed = fault.Code < 0;
+        EXPECT_TRUE(killed ? run.Code == fault.Code : run.Code == 0 || run.Code == 1);
         if (run.Code == 0) {
             CheckMade(scenario, m_after, datasets_in(Work), "exit code 0, but not all is there");
-        } else {
+        } else if (!killed) {
             EXPECT_TRUE(Names(run.Err, run.Path) || Names(run.Err, run.LastPath)) << "the message names no file";
         }
         CheckWhole(scenario);
         CheckNextRun(scenario);
         // What could not be deleted stays, under a name that tells what it is.
-        if (run.Kind != tests::kRemovingCalls) CheckTidy();
+        if (run.Kind != tests::kRemovingCalls && !killed) CheckTidy();
         return run.Code == 1;
     }
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -77,6 +78,7 @@ bool fails(CallKind kind, const std::string& path) {
         std::strncpy(page->FailedPath.data(), path.c_str(), page->FailedPath.size() - 1);
     }
     std::strncpy(page->LastPath.data(), path.c_str(), page->LastPath.size() - 1);
+    if (page->Code < 0) ::kill(::getpid(), -page->Code);
     errno = page->Code;
     return true;
 }

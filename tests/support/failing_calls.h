@@ -30,7 +30,7 @@ inline constexpr const char* kFaultPlanVariable = "WXL_FAULT_PLAN";
 struct FaultPlan {
     std::array<char, 1024> Folder;
     std::uint32_t Kinds;
-    std::int32_t Code;    ///< errno of the failure
+    std::int32_t Code;    ///< errno of the failure; minus a signal that ends the program there
     std::int64_t FailAt;  ///< the n-th counted call fails; 0: none
     bool Lasting;         ///< a full disk: all later writes, new files and new folders fail as well
     std::atomic<std::int64_t> Counted;
