@@ -43,6 +43,19 @@ def check_metadata(deb, version, needs):
     return depends
 
 
+def check_install(cpack, build, version, components, root, folder):
+    """cmake --install puts the same files below a prefix of the user's choice, and they work there."""
+    cmake = str(pathlib.Path(cpack).with_name("cmake"))
+    for component in components:
+        subprocess.run([cmake, "--install", build, "--component", component, "--prefix", str(folder)], check=True,
+                       stdout=subprocess.DEVNULL)
+    installed = {str(file.relative_to(folder)) for file in folder.rglob("*") if file.is_file()}
+    packaged = {str(file.relative_to(root / "usr")) for file in (root / "usr").rglob("*") if file.is_file()}
+    require(installed == packaged, f"installed and packaged files: {sorted(installed ^ packaged)}")
+    ran = subprocess.run([str(folder / "bin/wxl"), "--version"], check=True, capture_output=True, text=True)
+    require(ran.stdout == f"wxl {version}\n", "the installed wxl runs")
+
+
 def unpack(debs, root):
     """Installed by dpkg where this is root, else unpacked only: dpkg sets owners."""
     if os.geteuid() != 0:
@@ -73,6 +86,7 @@ def main():
         unpack(debs.values(), root)
         place = Scratch(root)
         check_tool(place, scratch, version)
+        check_install(cpack, build, version, ["wxl", "plugin"] if with_plugin else ["wxl"], root, scratch / "local")
         if with_plugin:
             check_metadata(debs["qgis-plugin-wxl"], version, PLUGIN_NEEDS)
             if shutil.which("xvfb-run") and pathlib.Path("/usr/bin/qgis.bin").exists():
