@@ -8,8 +8,8 @@ import pathlib
 import re
 import sys
 
-ROOMS = ("platform", "engine", "isopleths", "utilities", "kde_tool", "movement", "host", "adapters/files", "adapters/qgis",
-         "apps/cli", "apps/qgis_plugin", "report")
+# What tells no messages: programs for developers, and the words of pictures and pages.
+SILENT = ("tests", "bench", "fuzz", "build", "adapters/memory", "pictures", "results_page")
 
 # Procedures that take a message, and constants that hold one.
 TELLERS = re.compile(r"^(Raise|RaiseWriting|WrongCall|RuntimeError|Show|ShowWarning|ShowError|ShowUserError|Ask|Problem|Note|Fail"
@@ -21,13 +21,13 @@ SENTENCE = re.compile(r"(Error|Warning|ERROR): \w|^wxl: |([^\s]+\s+){3,}[^\s]+[.
                       r"|^(?=([^\s]+\s+){3}).*\b(could not|cannot|there is no|is no|more than|names no)\b", re.S)
 NO_MESSAGES = re.compile(r"^(Schoener Index|Swihart and Slade Index|Rescaling to unit|Finds and Removes|Version 1|files are read"
                          r"|\.TP|.*Examples?:)", re.S)
-DECLARED = ("add_option", "add_flag", "footer", "add_subcommand", "add", "setToolTip")
+DECLARED = ("add_option", "add_flag", "footer", "add_subcommand", "add", "setToolTip", "addParameter", "addOutput")
 # Parts of a box that are no message of their own.
 ASIDE = re.compile(r"^(Title|Filter|Format)$")
 
 RUN_TIME_ERRORS = "platform/runtime_error.cpp"
 
-TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|R"\((?P<raw>.*?)\)"|"(?P<text>(?:\\.|[^"\\])*)"'
+TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|R"(?P<end>\w*)\((?P<raw>.*?)\)(?P=end)"|"(?P<text>(?:\\.|[^"\\])*)"'
                    r"|'(?:\\.|[^'\\])+'|(?P<name>[A-Za-z_]\w*)|#[^\n]*|\d[\w.']*|\S", re.S)
 ESCAPE = {"n": "\n", "r": "\n", "t": "\t", '"': '"', "\\": "\\"}
 
@@ -74,7 +74,7 @@ def spoken(tokens):
             parts.append(value)
         elif not parts or parts[-1] != "...":
             parts.append("...")
-    return re.sub(r"\{[^}]*\}", "...", "".join(parts)).strip(". ")
+    return re.sub(r"\{[^}]*\}|%\d", "...", "".join(parts)).strip(". ")
 
 
 def fragments(message):
@@ -95,7 +95,7 @@ def messages_in(source, name, all_texts=False):
     for index, (kind, value) in enumerate(tokens[:-1]):
         if index in declared:
             continue
-        if kind == "text" and SENTENCE.search(value) and not NO_MESSAGES.match(value):
+        if kind == "text" and SENTENCE.search(value) and "\n\n" not in value and not NO_MESSAGES.match(value):
             yield spoken([tokens[index]])
         if kind == "name" and value == "return" and name == RUN_TIME_ERRORS and tokens[index + 1][0] == "text":
             yield spoken([tokens[index + 1]])
@@ -113,11 +113,12 @@ def messages_in(source, name, all_texts=False):
 def messages_of(root):
     """[(file, message)] in the order of the sources, each message of a file once."""
     found = []
-    for room in ROOMS:
-        for file in sorted((pathlib.Path(root) / room).rglob("*")):
-            if file.suffix not in (".cpp", ".h"):
-                continue
+    rooms = sorted(list_file.parent for list_file in pathlib.Path(root).glob("*/CMakeLists.txt"))
+    for room in rooms:
+        for file in sorted(room.rglob("*")):
             name = str(file.relative_to(root))
+            if file.suffix not in (".cpp", ".h") or name.startswith(SILENT):
+                continue
             for message in messages_in(file.read_text(encoding="utf-8"), name, bool(LABEL_FILES.search(name))):
                 if fragments(message) and (name, message) not in found:
                     found.append((name, message))
