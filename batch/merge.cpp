@@ -1,0 +1,143 @@
+#include "batch/merge.h"
+
+#include "batch/point_store.h"
+#include "batch/task_state.h"
+#include "kde_tool/run_ending.h"
+#include "kde_tool/run_preparation.h"
+#include "platform/runtime_error.h"
+
+#include <map>
+#include <utility>
+
+namespace wxl::batch {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kLargestReport = std::uint64_t{1} << 40U;
+
+std::unique_ptr<platform::IFolderLock> take_folder(platform::IFolderLocks& locks, const Plan& plan) {
+    std::string holder;
+    auto lock = locks.Take(plan.Frame.Folder, holder);
+    if (!lock)
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        "a task of this batch or another analysis is writing into the output folder (" + holder +
+                            "): wait until it has finished");
+    lock->RemoveLeftovers({});
+    std::string last;
+    for (const PlannedAnimal& animal : plan.Animals)
+        if (animal.Subfolder != last) lock->RemoveLeftovers(last = animal.Subfolder);
+    return lock;
+}
+
+kde_tool::GroupedFixes animals_of(const Plan& plan, const BatchFiles& batch) {
+    PointStore points(batch.Points());
+    kde_tool::GroupedFixes fixes;
+    fixes.TextIds = plan.Frame.TextIds;
+    for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
+        const PlannedAnimal& animal = plan.Animals[i];
+        fixes.Animals.push_back({animal.Id, animal.NamingId, points.Read(i), animal.Subfolder});
+    }
+    return fixes;
+}
+
+/// The results of the tasks, each in memory only between its first entry and its last.
+class Results {
+public:
+    Results(const platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan)
+        : m_files(files), m_batch(batch), m_plan(plan), m_places(plan.DistributionCount()) {
+        for (std::size_t task = 0; task < plan.Tasks.size(); ++task)
+            for (std::size_t i = 0; i < plan.Tasks[task].Work.size(); ++i)
+                m_places[plan.Tasks[task].Work[i]] = {task, i};
+    }
+
+    TaskEntry Take(std::size_t distribution) {
+        const auto [task, place] = m_places.at(distribution);
+        auto open = m_open.find(task);
+        if (open == m_open.end())
+            open = m_open.emplace(task, read_result(m_files, m_batch, m_plan, task + 1).Entries).first;
+        TaskEntry entry = std::move(open->second.at(place));
+        if (place + 1 == open->second.size()) m_open.erase(open);
+        return entry;
+    }
+
+private:
+    const platform::IFileSystem& m_files;
+    const BatchFiles& m_batch;
+    const Plan& m_plan;
+    std::vector<std::pair<std::size_t, std::size_t>> m_places;  ///< of every distribution: its task, its place there
+    std::map<std::size_t, std::vector<TaskEntry>> m_open;
+};
+
+}  // namespace
+
+std::vector<std::size_t> Merge::Missing() const {
+    std::vector<std::size_t> missing;
+    for (std::size_t task = 1; task <= m_plan.Tasks.size(); ++task)
+        if (!m_services.Files->FileExists(m_batch.Result(task))) missing.push_back(task);
+    return missing;
+}
+
+void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
+    const auto lock = take_folder(*m_services.Locks, m_plan);
+    const kde_tool::GroupedFixes animals = animals_of(m_plan, m_batch);
+    for (kde_tool::IRunObserver* observer : observers) observer->RunBegins(m_plan.Frame, animals);
+    try {
+        WriteReport(observers);
+    } catch (...) {
+        const platform::RuntimeError fault = platform::CurrentError();
+        kde_tool::tell_end(observers, kde_tool::RunOutcome::kFailed, *m_services.Messages);
+        throw fault;
+    }
+    kde_tool::tell_end(observers, kde_tool::RunOutcome::kComplete, *m_services.Messages);
+    MarkMerge(0, true);
+}
+
+void Merge::WriteReport(std::span<kde_tool::IRunObserver* const> observers) {
+    platform::IFileSystem& files = *m_services.Files;
+    const fs::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    const fs::path draft = m_plan.Frame.Folder / platform::TemporaryName(report.filename().string());
+    const std::int64_t earlier = EarlierReport();
+    if (files.FileExists(draft)) files.DeleteFile(draft, true);
+    if (earlier >= 0) {
+        const auto copy = files.OpenForWriting(draft, platform::WriteMode::kReplace);
+        copy->Write(files.ReadFile(report, kLargestReport).substr(0, static_cast<std::size_t>(earlier)));
+        copy->Close();
+    }
+    kde_tool::AnalysisReport lines(files);
+    lines.Open(draft);
+    lines.Write(m_plan.ReportHead);
+    Results results(files, m_batch, m_plan);
+    for (std::size_t i = 0; i < m_plan.DistributionCount(); ++i) {
+        const TaskEntry entry = results.Take(i);
+        for (const platform::MessageBox& box : entry.Messages) m_services.Messages->Show(box);
+        lines.Write(entry.Report);
+        for (kde_tool::IRunObserver* observer : observers) observer->AnimalDone(entry.Record);
+    }
+    kde_tool::end_report(lines, m_services.Clock->Now(), false);
+    files.Rename(draft, report);
+}
+
+/// How long the report of earlier runs is, -1 when there was none: kept from the first merge on, because a killed one
+/// may have put its own report there already.
+std::int64_t Merge::EarlierReport() {
+    std::int64_t bytes = -1;
+    if (m_services.Files->FileExists(m_batch.Merge())) {
+        read_json(*m_services.Files, m_batch.Merge(), "Plan the batch anew with --overwrite.",
+                  [&](const Json& json) { bytes = whole_of(json.at("earlier_report"), -1, INT64_MAX); });
+        return bytes;
+    }
+    const fs::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    if (m_services.Files->FileExists(report))
+        bytes = static_cast<std::int64_t>(m_services.Files->ReadFile(report, kLargestReport).size());
+    MarkMerge(bytes, false);
+    return bytes;
+}
+
+void Merge::MarkMerge(std::int64_t earlierReport, bool done) {
+    write_json(
+        *m_services.Files, m_batch.Merge(),
+        {{"earlier_report", earlierReport}, {"done", done}, {"when", platform::DateTimeText(m_services.Clock->Now())}});
+}
+
+}  // namespace wxl::batch

@@ -1,0 +1,289 @@
+#include "batch/plan.h"
+
+#include "batch/record_codec.h"
+#include "platform/runtime_error.h"
+
+#include <cmath>
+#include <utility>
+
+namespace wxl::batch {
+namespace {
+
+using kde_tool::RunFrame;
+using kde_tool::RunInputs;
+
+constexpr std::int64_t kFormat = 1;
+constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
+
+/// The grid of a reference raster; the raster itself is not needed again.
+class PlannedRaster final : public platform::IRasterLayer {
+public:
+    PlannedRaster(std::string name, const platform::RasterGeometry& geometry)
+        : m_name(std::move(name)), m_geometry(geometry) {}
+    std::string Name() const override { return m_name; }
+    platform::RasterGeometry Geometry() const override { return m_geometry; }
+
+private:
+    std::string m_name;
+    platform::RasterGeometry m_geometry;
+};
+
+/// Bound by name and number, as in json_of_frame: what is new there does not compile until it is kept here too.
+Json json_of_inputs(const RunInputs& inputs) {
+    const auto& [layer, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, outputFolder,
+                 prefix, cellSize, scaling, verbose, mode, buffer, reference, isopleths, percentages, lines, polygons,
+                 donuts, silent] = inputs;
+    return {{"layer", json_of_text(layer)},
+            {"id_field", json_of_text(idField)},
+            {"selected_only", selectedOnly},
+            {"rescale", rescale},
+            {"fixed_kernel", fixedKernel},
+            {"method", method_text(method)},
+            {"bandwidths", json_of_text(bandwidths)},
+            {"proportions", json_of_text(proportions)},
+            {"output_folder", json_of_text(outputFolder)},
+            {"prefix", json_of_text(prefix)},
+            {"cell_size", json_of_text(cellSize)},
+            {"scaling", json_of_text(scaling)},
+            {"verbose", verbose},
+            {"extent", static_cast<std::int64_t>(mode)},
+            {"buffer", json_of_text(buffer)},
+            {"reference", json_of_text(reference)},
+            {"isopleths", isopleths},
+            {"percentages", json_of_text(percentages)},
+            {"lines", lines},
+            {"polygons", polygons},
+            {"donuts", donuts},
+            {"silent", silent}};
+}
+
+RunInputs inputs_of_json(const Json& json) {
+    RunInputs inputs;
+    inputs.LayerName = text_of(json.at("layer"));
+    inputs.IdField = text_of(json.at("id_field"));
+    inputs.SelectedOnly = json.at("selected_only").get<bool>();
+    inputs.Rescale = json.at("rescale").get<bool>();
+    inputs.FixedKernel = json.at("fixed_kernel").get<bool>();
+    inputs.Method = method_of_text(json.at("method").get<std::string>());
+    inputs.BandwidthText = text_of(json.at("bandwidths"));
+    inputs.ProportionText = text_of(json.at("proportions"));
+    inputs.OutputFolder = text_of(json.at("output_folder"));
+    inputs.Prefix = text_of(json.at("prefix"));
+    inputs.CellSizeText = text_of(json.at("cell_size"));
+    inputs.ScalingText = text_of(json.at("scaling"));
+    inputs.Verbose = json.at("verbose").get<bool>();
+    inputs.Mode = static_cast<kde_tool::ExtentMode>(
+        whole_of(json.at("extent"), 0, static_cast<std::int64_t>(kde_tool::ExtentMode::kReference)));
+    inputs.BufferText = text_of(json.at("buffer"));
+    inputs.ReferenceName = text_of(json.at("reference"));
+    inputs.Isopleths = json.at("isopleths").get<bool>();
+    inputs.IsoplethText = text_of(json.at("percentages"));
+    inputs.Lines = json.at("lines").get<bool>();
+    inputs.Polygons = json.at("polygons").get<bool>();
+    inputs.Donuts = json.at("donuts").get<bool>();
+    inputs.Silent = json.at("silent").get<bool>();
+    return inputs;
+}
+
+Json json_of_reference(const platform::SpatialReference& reference) {
+    return {{"name", json_of_text(reference.Name)},
+            {"wkt", json_of_text(reference.Wkt)},
+            {"unit", json_of_text(reference.UnitName)},
+            {"metres_per_unit", json_of_double(reference.MetersPerUnit)},
+            {"geographic", reference.IsGeographic}};
+}
+
+platform::SpatialReference reference_of(const Json& json) {
+    return {text_of(json.at("name")), text_of(json.at("wkt")), text_of(json.at("unit")),
+            double_of(json.at("metres_per_unit")), json.at("geographic").get<bool>()};
+}
+
+Json json_of_raster(const std::shared_ptr<platform::IRasterLayer>& raster) {
+    if (!raster) return nullptr;
+    const platform::RasterGeometry grid = raster->Geometry();
+    return {{"name", json_of_text(raster->Name())},
+            {"origin_x", json_of_double(grid.OriginX)},
+            {"origin_y", json_of_double(grid.OriginY)},
+            {"cell_size", json_of_double(grid.CellSize)},
+            {"columns", grid.Columns},
+            {"rows", grid.Rows}};
+}
+
+std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
+    if (json.is_null()) return nullptr;
+    const platform::RasterGeometry grid = {double_of(json.at("origin_x")), double_of(json.at("origin_y")),
+                                           double_of(json.at("cell_size")),
+                                           static_cast<std::int32_t>(whole_of(json.at("columns"), 0, INT32_MAX)),
+                                           static_cast<std::int32_t>(whole_of(json.at("rows"), 0, INT32_MAX))};
+    return std::make_shared<PlannedRaster>(text_of(json.at("name")), grid);
+}
+
+/// The output folder is where the plan is found.
+Json json_of_frame(const RunFrame& frame) {
+    const auto& [inputs, textIds, values, percentages, cellSize, scalingFactor, buffer, extent, reference,
+                 referenceRaster, outputFolder, rasterFormat] = frame;
+    return {{"inputs", json_of_inputs(inputs)},
+            {"text_ids", textIds},
+            {"values", json_of_doubles(values)},
+            {"percentages", json_of_doubles(percentages)},
+            {"cell_size", json_of_double(cellSize)},
+            {"scaling_factor", json_of_double(scalingFactor)},
+            {"buffer", json_of_double(buffer)},
+            {"layer_extent", json_of_doubles({extent.XMin, extent.YMin, extent.XMax, extent.YMax})},
+            {"reference", json_of_reference(reference)},
+            {"reference_raster", json_of_raster(referenceRaster)},
+            {"raster_format", rasterFormat}};
+}
+
+RunFrame frame_of(const Json& json) {
+    RunFrame frame;
+    frame.Inputs = inputs_of_json(json.at("inputs"));
+    frame.TextIds = json.at("text_ids").get<bool>();
+    frame.Values = doubles_of(json.at("values"));
+    frame.Percentages = doubles_of(json.at("percentages"));
+    frame.CellSize = double_of(json.at("cell_size"));
+    frame.ScalingFactor = double_of(json.at("scaling_factor"));
+    frame.Buffer = double_of(json.at("buffer"));
+    const auto extent = doubles_of(json.at("layer_extent"));
+    frame.LayerExtent = {extent.at(0), extent.at(1), extent.at(2), extent.at(3)};
+    frame.Reference = reference_of(json.at("reference"));
+    frame.ReferenceRaster = raster_of(json.at("reference_raster"));
+    frame.RasterFormat = json.at("raster_format").get<std::string>();
+    if (frame.Values.empty()) platform::Raise(platform::error_number::kSubscript, "no values");
+    if (frame.Inputs.Isopleths && frame.Percentages.empty())
+        platform::Raise(platform::error_number::kSubscript, "no percentages");
+    if (frame.Inputs.Mode == kde_tool::ExtentMode::kReference && !frame.ReferenceRaster)
+        platform::Raise(platform::error_number::kSubscript, "no reference raster");
+    return frame;
+}
+
+Json json_of_input(const std::vector<InputFile>& input) {
+    Json json = Json::array();
+    for (const InputFile& file : input)
+        json.push_back({{"path", json_of_text(file.Path)},
+                        {"bytes", file.Bytes},
+                        {"modified", file.Modified},
+                        {"sha256", file.Sha256}});
+    return json;
+}
+
+std::vector<InputFile> input_of(const Json& json) {
+    std::vector<InputFile> input;
+    for (const Json& file : json)
+        input.push_back({text_of(file.at("path")), static_cast<std::uint64_t>(whole_of(file.at("bytes"), 0, INT64_MAX)),
+                         whole_of(file.at("modified"), INT64_MIN, INT64_MAX), file.at("sha256").get<std::string>()});
+    return input;
+}
+
+Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
+    Json json = Json::array();
+    for (const PlannedAnimal& animal : animals)
+        json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder)});
+    return json;
+}
+
+/// Names come from a file that anybody may have changed: none may leave the output folder.
+std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefix) {
+    std::vector<PlannedAnimal> animals;
+    for (const Json& one : json) {
+        animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2))});
+        platform::CheckDatasetName(prefix + animals.back().NamingId);
+        if (!animals.back().Subfolder.empty()) platform::CheckDatasetName(animals.back().Subfolder);
+    }
+    return animals;
+}
+
+/// Runs of consecutive numbers as first and last.
+Json json_of_work(const TaskWork& work) {
+    Json json = Json::array();
+    for (std::size_t i = 0; i < work.size();) {
+        std::size_t end = i + 1;
+        while (end < work.size() && work[end] == work[end - 1] + 1) ++end;
+        json.push_back({work[i], work[end - 1]});
+        i = end;
+    }
+    return json;
+}
+
+TaskWork work_of(const Json& json, std::size_t distributions) {
+    TaskWork work;
+    std::int64_t next = 0;
+    for (const Json& run : json) {
+        const std::int64_t last = static_cast<std::int64_t>(distributions) - 1;
+        const std::int64_t first = whole_of(run.at(0), next, last);
+        const std::int64_t end = whole_of(run.at(1), first, last);
+        for (std::int64_t i = first; i <= end; ++i) work.push_back(static_cast<std::size_t>(i));
+        next = end + 1;
+    }
+    return work;
+}
+
+Json json_of_tasks(const std::vector<PlannedTask>& tasks) {
+    Json json = Json::array();
+    for (const PlannedTask& task : tasks)
+        json.push_back({{"distributions", json_of_work(task.Work)},
+                        {"seconds", json_of_double(task.Seconds)},
+                        {"megabytes", json_of_double(task.Megabytes)}});
+    return json;
+}
+
+std::vector<PlannedTask> tasks_of(const Json& json, std::size_t distributions) {
+    std::vector<PlannedTask> tasks;
+    std::vector<bool> met(distributions, false);
+    for (const Json& one : json) {
+        tasks.push_back({work_of(one.at("distributions"), distributions), double_of(one.at("seconds")),
+                         double_of(one.at("megabytes"))});
+        for (const std::size_t distribution : tasks.back().Work) {
+            if (met[distribution]) platform::Raise(platform::error_number::kSubscript, "work that is planned twice");
+            met[distribution] = true;
+        }
+    }
+    for (const bool one : met)
+        if (!one) platform::Raise(platform::error_number::kSubscript, "work that is in no task");
+    return tasks;
+}
+
+Plan plan_of(const Json& json) {
+    if (whole_of(json.at("format"), 0, INT64_MAX) != kFormat)
+        platform::Raise(platform::error_number::kInvalidCall, "another version of wxl wrote it");
+    Plan plan;
+    plan.Id = json.at("id").get<std::string>();
+    plan.Program = json.at("program").get<std::string>();
+    plan.Planned = json.at("planned").get<std::string>();
+    plan.Input = input_of(json.at("input"));
+    plan.Frame = frame_of(json.at("frame"));
+    plan.Animals = animals_of(json.at("animals"), plan.Frame.Inputs.Prefix);
+    plan.Tasks = tasks_of(json.at("tasks"), plan.DistributionCount());
+    plan.ReportHead = texts_of(json.at("report_head"));
+    plan.Html = json.at("html").get<bool>();
+    return plan;
+}
+
+}  // namespace
+
+void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan) {
+    write_json(files, batch.Plan(),
+               {{"format", kFormat},
+                {"id", plan.Id},
+                {"program", plan.Program},
+                {"planned", plan.Planned},
+                {"input", json_of_input(plan.Input)},
+                {"frame", json_of_frame(plan.Frame)},
+                {"tasks", json_of_tasks(plan.Tasks)},
+                {"animals", json_of_animals(plan.Animals)},
+                {"report_head", json_of_texts(plan.ReportHead)},
+                {"html", plan.Html}});
+}
+
+Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output) {
+    const BatchFiles batch(output);
+    if (!files.FileExists(batch.Plan()))
+        platform::Raise(platform::error_number::kFileNotFound,
+                        output.string() + " holds no planned batch: plan one with wxl batch plan");
+    Plan plan;
+    read_json(files, batch.Plan(), kAdvice, [&](const Json& json) { plan = plan_of(json); });
+    plan.Frame.Folder = output;
+    return plan;
+}
+
+}  // namespace wxl::batch

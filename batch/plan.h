@@ -1,0 +1,80 @@
+#pragma once
+#include "batch/task_packing.h"
+#include "kde_tool/animal_run.h"
+#include "kde_tool/report_lines.h"
+#include "platform/file_system.h"
+#include "platform/values.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace wxl::batch {
+
+/// The folder of a batch, inside the output folder.
+inline constexpr const char* kBatchFolder = "wxl_batch";
+
+/// The files of a batch.
+struct BatchFiles {
+    explicit BatchFiles(const std::filesystem::path& output) : Folder(output / kBatchFolder) {}
+
+    std::filesystem::path Plan() const { return Folder / "plan.json"; }
+    std::filesystem::path Points() const { return Folder / "points.bin"; }
+    std::filesystem::path Merge() const { return Folder / "merge.json"; }
+    std::filesystem::path Tasks() const { return Folder / "tasks"; }
+    std::filesystem::path Logs() const { return Folder / "logs"; }
+
+    /// Of the task `number`, from 1.
+    std::filesystem::path Task(std::size_t number) const { return Tasks() / std::to_string(number); }
+    std::filesystem::path Started(std::size_t number) const { return Task(number) / "started.json"; }
+    std::filesystem::path Result(std::size_t number) const { return Task(number) / "result.json"; }
+    std::filesystem::path Failure(std::size_t number) const { return Task(number) / "failed.json"; }
+
+    std::filesystem::path Folder;
+};
+
+/// A file that the input consists of, as it was when the batch was planned.
+struct InputFile {
+    std::string Path;
+    std::uint64_t Bytes = 0;
+    std::int64_t Modified = 0;  ///< seconds since 1970
+    std::string Sha256;         ///< as sha256sum prints it
+};
+
+struct PlannedAnimal {
+    platform::FieldValue Id;
+    std::string NamingId;
+    std::string Subfolder;
+};
+
+struct PlannedTask {
+    TaskWork Work;
+    double Seconds = 0.0;    ///< estimated, on one core of 2020
+    double Megabytes = 0.0;  ///< estimated, of its largest grid and sample
+};
+
+/// All that is decided once, so that tasks need neither the input nor a question answered.
+struct Plan {
+    std::string Id;       ///< tells this batch from every other
+    std::string Program;  ///< version of the program that planned it
+    std::string Planned;  ///< date and time
+    std::vector<InputFile> Input;
+    kde_tool::RunFrame Frame;
+    std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
+    std::vector<PlannedTask> Tasks;
+    kde_tool::Lines ReportHead;
+    bool Html = false;  ///< a page of the results was asked for
+
+    std::size_t ValueCount() const { return Frame.Values.size(); }
+    std::size_t DistributionCount() const { return Animals.size() * ValueCount(); }
+};
+
+/// Publishes the plan.
+void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan);
+
+/// The plan of the batch in `output`, whose frame writes into that folder. RuntimeError 53 when there is none, 57 for
+/// one that cannot be used, or that another version of the program wrote.
+Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output);
+
+}  // namespace wxl::batch

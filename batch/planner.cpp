@@ -1,0 +1,186 @@
+#include "batch/planner.h"
+
+#include "batch/point_store.h"
+#include "batch/sha256.h"
+#include "kde_tool/run_estimate.h"
+#include "kde_tool/run_plan.h"
+#include "kde_tool/subfolders.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string_view>
+#include <system_error>
+
+namespace wxl::batch {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kMegabytesPerFix = 64e-6;  ///< a sample, its copies and its search
+
+std::vector<kde_tool::DistributionEstimate> estimates_of(const kde_tool::PreparedRun& run) {
+    const kde_tool::RunFrame& frame = run.Frame;
+    const auto reference = frame.ReferenceRaster ? frame.ReferenceRaster->Geometry() : platform::RasterGeometry();
+    const auto shared = kde_tool::estimate_frame(frame.Inputs, frame.LayerExtent, frame.Buffer, reference);
+    const auto& animals = run.Animals.Animals;
+    const auto hrefs = kde_tool::HrefRows(animals);
+    const auto spreads = kde_tool::VarianceRows(animals);
+    std::vector<kde_tool::DistributionEstimate> estimates;
+    for (std::size_t i = 0; i < animals.size(); ++i) {
+        const double href = kde_tool::applied_href(hrefs[i], spreads[i], frame.Inputs.Rescale);
+        for (const double value : frame.Values)
+            estimates.push_back(kde_tool::estimate(shared, animals[i], href, value));
+    }
+    return estimates;
+}
+
+/// A distribution of too many cells fails at once.
+double seconds_of(const kde_tool::DistributionEstimate& estimate) {
+    return kde_tool::is_too_large(estimate) ? 0.0 : estimate.Seconds;
+}
+
+double megabytes_of(const kde_tool::DistributionEstimate& estimate) {
+    return kde_tool::is_too_large(estimate) ? 0.0 : estimate.Megabytes;
+}
+
+std::vector<PlannedTask> tasks_of(const kde_tool::PreparedRun& run, std::size_t wanted) {
+    const auto estimates = estimates_of(run);
+    std::vector<double> seconds;
+    double total = 0.0;
+    for (const auto& estimate : estimates) {
+        seconds.push_back(seconds_of(estimate));
+        total += seconds.back();
+    }
+    std::vector<PlannedTask> tasks;
+    for (TaskWork& work : pack_tasks(seconds, wanted == 0 ? usual_task_count(total) : wanted)) {
+        PlannedTask task;
+        for (const std::size_t distribution : work) {
+            const auto& animal = run.Animals.Animals[distribution / run.Frame.Values.size()];
+            task.Seconds += seconds[distribution];
+            task.Megabytes = std::max(task.Megabytes, megabytes_of(estimates[distribution]) +
+                                                          static_cast<double>(animal.Fixes.size()) * kMegabytesPerFix);
+        }
+        task.Work = std::move(work);
+        tasks.push_back(std::move(task));
+    }
+    return tasks;
+}
+
+/// Digest over when, where and what, so that results of another plan are recognised.
+std::string id_of(const Plan& plan, const fs::path& folder) {
+    Sha256 hash;
+    hash.Add(folder.string() + plan.Planned);
+    hash.Add(std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    for (const InputFile& file : plan.Input) hash.Add(file.Sha256);
+    return hash.Digest().substr(0, 16);
+}
+
+/// A task may replace what it wrote before, and nothing else: nothing of these names may stand when the batch begins.
+void check_names_are_free(const platform::Services& services, const Plan& plan, const fs::path& output) {
+    for (std::size_t distribution = 0; distribution < plan.DistributionCount(); ++distribution) {
+        const PlannedAnimal& animal = plan.Animals[distribution / plan.ValueCount()];
+        const fs::path folder = animal.Subfolder.empty() ? output : output / animal.Subfolder;
+        const auto names = names_of(plan, distribution);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const bool taken = i == 0 ? services.Rasters->Exists(folder, names[i])
+                                      : services.Files->FileExists(folder / (names[i] + ".shp"));
+            if (taken)
+                platform::Raise(platform::error_number::kFileExists,
+                                (folder / names[i]).string() +
+                                    " stands in the output folder already. Please use a new, empty folder.");
+        }
+    }
+}
+
+void make_folder(const platform::Services& services, const fs::path& folder) {
+    if (!services.Files->FolderExists(folder)) services.Folders->Create(folder);
+}
+
+void make_folders(const platform::Services& services, const BatchFiles& batch, const kde_tool::PreparedRun& run) {
+    make_folder(services, batch.Folder);
+    make_folder(services, batch.Tasks());
+    make_folder(services, batch.Logs());
+    for (const std::string& subfolder : kde_tool::subfolders_of(run.Animals.Animals))
+        make_folder(services, run.Frame.Folder / subfolder);
+}
+
+std::int64_t seconds_since_1970(fs::file_time_type time) {
+    const auto system = std::chrono::file_clock::to_sys(time);
+    return std::chrono::floor<std::chrono::seconds>(system).time_since_epoch().count();
+}
+
+/// A file that is gone, or cannot be asked, counts as empty and very old.
+InputFile described(const fs::path& file) {
+    std::error_code failure;
+    InputFile result;
+    result.Path = fs::absolute(file).lexically_normal().string();
+    const auto bytes = fs::file_size(file, failure);
+    if (!failure) result.Bytes = bytes;
+    const auto modified = fs::last_write_time(file, failure);
+    if (!failure) result.Modified = seconds_since_1970(modified);
+    result.Sha256 = sha256_of_file(file);
+    return result;
+}
+
+}  // namespace
+
+std::vector<InputFile> input_files(const fs::path& input) {
+    std::vector<fs::path> files;
+    std::error_code failure;
+    if (fs::is_directory(input, failure)) {
+        for (const auto& entry : fs::directory_iterator(input))
+            if (entry.is_regular_file()) files.push_back(entry.path());
+    } else {
+        files.push_back(input);
+        static constexpr std::array<std::string_view, 4> kParts = {".dbf", ".shx", ".prj", ".cpg"};
+        if (input.extension() == ".shp")
+            for (const std::string_view part : kParts)
+                if (const fs::path file = fs::path(input).replace_extension(part); fs::is_regular_file(file, failure))
+                    files.push_back(file);
+    }
+    std::sort(files.begin(), files.end());
+    std::vector<InputFile> described_files;
+    for (const fs::path& file : files)
+        if (fs::is_regular_file(file, failure)) described_files.push_back(described(file));
+    return described_files;
+}
+
+std::vector<std::string> names_of(const Plan& plan, std::size_t distribution) {
+    const kde_tool::RunInputs& inputs = plan.Frame.Inputs;
+    const PlannedAnimal& animal = plan.Animals.at(distribution / plan.ValueCount());
+    return kde_tool::dataset_names(
+        inputs,
+        kde_tool::raster_name(inputs, animal.NamingId, distribution % plan.ValueCount() + 1, plan.ValueCount()));
+}
+
+void remove_batch(const platform::Services& services, const fs::path& output) {
+    const BatchFiles batch(output);
+    // Without its plan the rest is no batch any more.
+    if (services.Files->FileExists(batch.Plan())) services.Files->DeleteFile(batch.Plan(), true);
+    if (services.Files->FolderExists(batch.Folder)) services.Folders->DeleteTree(batch.Folder);
+}
+
+Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun& run, const PlanWishes& wishes) {
+    const BatchFiles batch(run.Frame.Folder);
+    Plan plan;
+    plan.Program = wishes.Program;
+    plan.Planned = platform::DateTimeText(services.Clock->Now());
+    plan.Input = input_files(wishes.Input);
+    plan.Id = id_of(plan, run.Frame.Folder);
+    plan.Frame = run.Frame;
+    for (const kde_tool::AnimalFixes& animal : run.Animals.Animals)
+        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder});
+    check_names_are_free(services, plan, run.Frame.Folder);
+    plan.Tasks = tasks_of(run, wishes.Tasks);
+    plan.ReportHead = run.ReportHead;
+    plan.Html = wishes.Html;
+    remove_batch(services, run.Frame.Folder);
+    make_folders(services, batch, run);
+    write_point_store(*services.Files, batch.Points(), run.Animals.Animals);
+    write_plan(*services.Files, batch, plan);
+    return plan;
+}
+
+}  // namespace wxl::batch

@@ -1,0 +1,35 @@
+#pragma once
+#include "batch/plan.h"
+#include "kde_tool/analysis_run.h"
+#include "platform/services.h"
+
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace wxl::batch {
+
+/// What the caller adds to a prepared run.
+struct PlanWishes {
+    std::string Program;          ///< version of the program
+    std::filesystem::path Input;  ///< the layer's file or folder
+    std::size_t Tasks = 0;        ///< how many tasks; 0: as many as is usual
+    bool Html = false;
+};
+
+/// Writes the batch of a prepared run: store of points, folders, and last the plan. RuntimeError 58 when datasets of
+/// the run's names stand in the output folder.
+Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun& run, const PlanWishes& wishes);
+
+/// Deletes the batch in the folder with all its results, not its datasets. Nothing when there is none.
+void remove_batch(const platform::Services& services, const std::filesystem::path& output);
+
+/// The files that the dataset `input` consists of: the file itself and those that belong to a shapefile, or all files
+/// of a folder, sorted, with their digests.
+std::vector<InputFile> input_files(const std::filesystem::path& input);
+
+/// Names of all datasets of one distribution of the plan: raster first, then the shapefiles.
+std::vector<std::string> names_of(const Plan& plan, std::size_t distribution);
+
+}  // namespace wxl::batch

@@ -1,0 +1,177 @@
+#include "batch/record_codec.h"
+
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace wxl::batch {
+namespace {
+
+using kde_tool::AnimalRecord;
+using kde_tool::BandwidthMethod;
+
+constexpr std::array<std::pair<const char*, BandwidthMethod>, 5> kMethods = {
+    {{"lscv", BandwidthMethod::kLscv},
+     {"bcv", BandwidthMethod::kBcv},
+     {"href", BandwidthMethod::kHref},
+     {"manual", BandwidthMethod::kManual},
+     {"proportion", BandwidthMethod::kProportion}}};
+
+Json json_of_optional(const std::optional<double>& value) {
+    return value ? json_of_double(*value) : Json(nullptr);
+}
+
+std::optional<double> optional_of(const Json& json) {
+    return json.is_null() ? std::nullopt : std::optional(double_of(json));
+}
+
+Json json_of_isopleths(const std::vector<kde_tool::IsoplethRecord>& isopleths) {
+    Json json = Json::array();
+    for (const kde_tool::IsoplethRecord& isopleth : isopleths)
+        json.push_back(
+            {json_of_double(isopleth.Percent), json_of_double(isopleth.Level), json_of_optional(isopleth.Area)});
+    return json;
+}
+
+std::vector<kde_tool::IsoplethRecord> isopleths_of(const Json& json) {
+    std::vector<kde_tool::IsoplethRecord> isopleths;
+    for (const Json& one : json)
+        isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2))});
+    return isopleths;
+}
+
+Json json_of_profile(const engine::SearchProfile& profile) {
+    Json json = Json::array();
+    for (const engine::ProfileRow& point : profile) {
+        json.push_back(json_of_double(point.Bandwidth));
+        json.push_back(json_of_double(point.Score));
+    }
+    return json;
+}
+
+engine::SearchProfile profile_of(const Json& json) {
+    engine::SearchProfile profile;
+    for (std::size_t i = 0; i < json.size(); i += 2)
+        profile.push_back({double_of(json.at(i)), double_of(json.at(i + 1))});
+    return profile;
+}
+
+template <class Enumeration>
+Json json_of_enumeration(Enumeration value) {
+    return static_cast<std::int64_t>(value);
+}
+
+std::int32_t int32_of(const Json& json) {
+    return static_cast<std::int32_t>(whole_of(json, INT32_MIN, INT32_MAX));
+}
+
+/// One of the enumeration's values from the first to `last`.
+template <class Enumeration>
+Enumeration enumeration_of(const Json& json, Enumeration last) {
+    return static_cast<Enumeration>(whole_of(json, 0, static_cast<std::int64_t>(last)));
+}
+
+Json json_of_box(const platform::MessageBox& box) {
+    return {
+        {"text", json_of_text(box.Text)}, {"title", json_of_text(box.Title)}, {"icon", json_of_enumeration(box.Sign)}};
+}
+
+platform::MessageBox box_of(const Json& json) {
+    return {.Text = text_of(json.at("text")),
+            .Title = text_of(json.at("title")),
+            .Sign = enumeration_of(json.at("icon"), platform::Icon::kInformation)};
+}
+
+}  // namespace
+
+const char* method_text(BandwidthMethod method) {
+    const auto found =
+        std::find_if(kMethods.begin(), kMethods.end(), [&](const auto& entry) { return entry.second == method; });
+    return found->first;
+}
+
+BandwidthMethod method_of_text(const std::string& text) {
+    const auto found =
+        std::find_if(kMethods.begin(), kMethods.end(), [&](const auto& entry) { return entry.first == text; });
+    if (found == kMethods.end()) platform::Raise(platform::error_number::kTypeMismatch, "no method: " + text);
+    return found->second;
+}
+
+/// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
+Json json_of_record(const AnimalRecord& record) {
+    const auto& [id, namingId, subfolder, sampleSize, method, bandwidth, bandwidthMapUnits, href, minimized, profile,
+                 grid, volume, rasterName, isopleths, maxEdgeValue, edgeWarning, status, isoplethStatus, warnings,
+                 files] = record;
+    return {{"id", json_of_value(id)},
+            {"naming_id", json_of_text(namingId)},
+            {"subfolder", json_of_text(subfolder)},
+            {"n", sampleSize},
+            {"method", method_text(method)},
+            {"bandwidth", json_of_double(bandwidth)},
+            {"bandwidth_map_units", json_of_double(bandwidthMapUnits)},
+            {"href", json_of_double(href)},
+            {"minimised", minimized},
+            {"profile", json_of_profile(profile)},
+            {"origin_x", json_of_double(grid.OriginX)},
+            {"origin_y", json_of_double(grid.OriginY)},
+            {"cell_size", json_of_double(grid.CellSize)},
+            {"columns", grid.Columns},
+            {"rows", grid.Rows},
+            {"volume", json_of_double(volume)},
+            {"raster", json_of_text(rasterName)},
+            {"isopleths", json_of_isopleths(isopleths)},
+            {"max_edge_value", json_of_optional(maxEdgeValue)},
+            {"edge_warning", edgeWarning},
+            {"status", status},
+            {"isopleth_status", isoplethStatus},
+            {"warnings", json_of_text(warnings)},
+            {"files", json_of_texts(files)}};
+}
+
+AnimalRecord record_of(const Json& json) {
+    AnimalRecord record;
+    record.Id = value_of(json.at("id"));
+    record.NamingId = text_of(json.at("naming_id"));
+    record.Subfolder = text_of(json.at("subfolder"));
+    record.SampleSize = int32_of(json.at("n"));
+    record.Method = method_of_text(json.at("method").get<std::string>());
+    record.Bandwidth = double_of(json.at("bandwidth"));
+    record.BandwidthMapUnits = double_of(json.at("bandwidth_map_units"));
+    record.Href = double_of(json.at("href"));
+    record.Minimized = json.at("minimised").get<bool>();
+    record.Profile = profile_of(json.at("profile"));
+    record.Grid = {double_of(json.at("origin_x")), double_of(json.at("origin_y")), double_of(json.at("cell_size")),
+                   int32_of(json.at("columns")), int32_of(json.at("rows"))};
+    record.Volume = double_of(json.at("volume"));
+    record.RasterName = text_of(json.at("raster"));
+    record.Isopleths = isopleths_of(json.at("isopleths"));
+    record.MaxEdgeValue = optional_of(json.at("max_edge_value"));
+    record.EdgeWarning = json.at("edge_warning").get<bool>();
+    record.Status = int32_of(json.at("status"));
+    record.IsoplethStatus = int32_of(json.at("isopleth_status"));
+    record.Warnings = text_of(json.at("warnings"));
+    record.Files = texts_of(json.at("files"));
+    return record;
+}
+
+Json json_of_entry(const TaskEntry& entry) {
+    Json messages = Json::array();
+    for (const platform::MessageBox& box : entry.Messages) messages.push_back(json_of_box(box));
+    return {{"distribution", entry.Distribution},
+            {"record", json_of_record(entry.Record)},
+            {"report", json_of_texts(entry.Report)},
+            {"messages", std::move(messages)}};
+}
+
+TaskEntry entry_of(const Json& json) {
+    TaskEntry entry;
+    entry.Distribution = static_cast<std::size_t>(whole_of(json.at("distribution"), 0, INT64_MAX));
+    entry.Record = record_of(json.at("record"));
+    entry.Report = texts_of(json.at("report"));
+    for (const Json& box : json.at("messages")) entry.Messages.push_back(box_of(box));
+    return entry;
+}
+
+}  // namespace wxl::batch

@@ -1,0 +1,30 @@
+#pragma once
+#include "batch/json_codec.h"
+#include "kde_tool/report_lines.h"
+#include "kde_tool/run_record.h"
+#include "platform/messages.h"
+
+#include <vector>
+
+namespace wxl::batch {
+
+/// A record that comes back equal in every member, numbers to the last bit.
+Json json_of_record(const kde_tool::AnimalRecord& record);
+kde_tool::AnimalRecord record_of(const Json& json);
+
+/// One distribution as a task leaves it: what a single run would have written, shown and told at this place.
+struct TaskEntry {
+    std::size_t Distribution = 0;  ///< animal x values per animal + value, in the run's order
+    kde_tool::AnimalRecord Record;
+    kde_tool::Lines Report;
+    std::vector<platform::MessageBox> Messages;
+};
+
+Json json_of_entry(const TaskEntry& entry);
+TaskEntry entry_of(const Json& json);
+
+/// Names of the methods in plans and results.
+const char* method_text(kde_tool::BandwidthMethod method);
+kde_tool::BandwidthMethod method_of_text(const std::string& text);
+
+}  // namespace wxl::batch

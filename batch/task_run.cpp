@@ -1,0 +1,223 @@
+#include "batch/task_run.h"
+
+#include "batch/planner.h"
+#include "batch/point_store.h"
+#include "batch/task_state.h"
+#include "platform/clock.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <set>
+#include <thread>
+#include <utility>
+
+namespace wxl::batch {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kLockAttempts = 40;
+constexpr std::chrono::milliseconds kLockPause{50};
+
+/// Shows the boxes of a task and keeps them for the merge.
+class KeptMessages final : public platform::IMessages {
+public:
+    explicit KeptMessages(platform::IMessages& shown) : m_shown(shown) {}
+
+    platform::Answer Show(const platform::MessageBox& box) override {
+        if (box.Choice != platform::Buttons::kOk)
+            platform::Raise(platform::error_number::kInvalidCall, "A task has nobody to ask: " + box.Text);
+        m_kept.push_back(box);
+        return m_shown.Show(box);
+    }
+
+    std::vector<platform::MessageBox> Take() { return std::exchange(m_kept, {}); }
+
+private:
+    platform::IMessages& m_shown;
+    std::vector<platform::MessageBox> m_kept;
+};
+
+class NoStages final : public kde_tool::IRunStages {
+public:
+    void Stage(const std::string&) override {}
+};
+
+/// The dataset that a temporary name stands for (".NAME.PROCESS.part", with anything behind it); empty for other names.
+std::string dataset_of_temporary(const std::string& name) {
+    const std::size_t mark = name.rfind(".part");
+    if (name.empty() || name.front() != '.' || mark == std::string::npos || mark == 0) return {};
+    const std::size_t process = name.rfind('.', mark - 1);
+    return process == 0 || process == std::string::npos ? std::string() : name.substr(1, process - 1);
+}
+
+/// Whether a temporary dataset is one of `names`: by itself, with a raster's extension, or as a numbered shapefile.
+bool is_own_leftover(const std::string& entry, const std::set<std::string>& names) {
+    const std::string dataset = dataset_of_temporary(entry);
+    if (dataset.empty()) return false;
+    if (names.contains(dataset)) return true;
+    const std::size_t point = dataset.rfind('.');
+    if (point == std::string::npos) return false;
+    const std::string_view behind = std::string_view(dataset).substr(point + 1);
+    const bool shapefile = std::all_of(behind.begin(), behind.end(), [](char c) { return c >= '0' && c <= '9'; });
+    const std::string stem = dataset.substr(0, point);
+    return names.contains(stem) && (behind == "tif" || (shapefile && stem.find("_iso_") != std::string::npos));
+}
+
+/// Whoever lists the tasks holds a lock for a moment.
+std::unique_ptr<platform::IFolderLock> lock_task(platform::IFolderLocks& locks, const fs::path& folder,
+                                                 std::size_t number) {
+    std::string holder;
+    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+        if (auto lock = locks.Take(folder, holder)) return lock;
+        std::this_thread::sleep_for(kLockPause);
+    }
+    platform::Raise(platform::error_number::kPermissionDenied,
+                    "task " + std::to_string(number) + " runs already (" + holder + ")");
+}
+
+std::unique_ptr<platform::IFolderLock> share_folder(platform::IFolderLocks& locks, const fs::path& folder) {
+    std::string holder;
+    auto lock = locks.Share(folder, holder);
+    if (!lock)
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        "another analysis is writing into the output folder (" + holder + ")");
+    return lock;
+}
+
+std::string now_of(const platform::Services& services) {
+    return platform::DateTimeText(services.Clock->Now());
+}
+
+}  // namespace
+
+fs::path TaskRun::FolderOf(std::size_t distribution) const {
+    return kde_tool::output_folder(m_plan.Frame, m_plan.Animals.at(distribution / m_plan.ValueCount()).Subfolder);
+}
+
+TaskOutcome TaskRun::Run(std::size_t number, bool again,
+                         const std::function<void(const kde_tool::AnimalRecord&)>& met) {
+    if (number == 0 || number > m_plan.Tasks.size())
+        platform::Raise(
+            platform::error_number::kSubscript,
+            "the batch has the tasks 1 to " + std::to_string(m_plan.Tasks.size()) + ", not " + std::to_string(number));
+    if (!m_services.Files->FolderExists(m_batch.Task(number))) {
+        try {
+            m_services.Folders->Create(m_batch.Task(number));
+        } catch (const platform::RuntimeError&) {
+            if (!m_services.Files->FolderExists(m_batch.Task(number))) throw;
+        }
+    }
+    const auto own = lock_task(*m_services.Locks, m_batch.Task(number), number);
+    const auto shared = share_folder(*m_services.Locks, m_plan.Frame.Folder);
+    if (!again && IsDone(number)) return TaskOutcome::kWasDone;
+    try {
+        Clear(number);
+        Compute(number, met);
+    } catch (...) {
+        const platform::RuntimeError fault = platform::CurrentError();
+        write_json(*m_services.Files, m_batch.Failure(number),
+                   {{"finished", now_of(m_services)}, {"fault", json_of_text(fault.Description)}});
+        throw fault;
+    }
+    return TaskOutcome::kDone;
+}
+
+bool TaskRun::IsDone(std::size_t number) const {
+    if (!m_services.Files->FileExists(m_batch.Result(number))) return false;
+    try {
+        for (const TaskEntry& entry : read_result(*m_services.Files, m_batch, m_plan, number).Entries)
+            for (const std::string& file : entry.Record.Files)
+                if (!m_services.Files->FileExists(file) && !m_services.Files->FolderExists(file)) return false;
+    } catch (const platform::RuntimeError&) {
+        return false;
+    }
+    return true;
+}
+
+/// The mark of a start stands before the first dataset does: without it, what stands is not this batch's.
+void TaskRun::Clear(std::size_t number) {
+    platform::IFileSystem& files = *m_services.Files;
+    const bool begun = files.FileExists(m_batch.Started(number));
+    for (const fs::path& mark : {m_batch.Result(number), m_batch.Failure(number)})
+        if (files.FileExists(mark)) files.DeleteFile(mark, true);
+    if (!begun) CheckNothingStands(number);
+    write_json(files, m_batch.Started(number), {{"started", now_of(m_services)}, {"host", json_of_text(m_host)}});
+    if (begun) RemoveOwnDatasets(number);
+}
+
+void TaskRun::CheckNothingStands(std::size_t number) const {
+    for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
+        const std::string raster = names_of(m_plan, distribution).front();
+        if (m_services.Rasters->Exists(FolderOf(distribution), raster))
+            platform::Raise(platform::error_number::kFileExists,
+                            (FolderOf(distribution) / raster).string() +
+                                " was made by another program since the batch was planned");
+    }
+}
+
+void TaskRun::RemoveOwnDatasets(std::size_t number) {
+    platform::IFileSystem& files = *m_services.Files;
+    std::map<fs::path, std::set<std::string>> names;
+    for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
+        const fs::path folder = FolderOf(distribution);
+        const auto own = names_of(m_plan, distribution);
+        names[folder].insert(own.begin(), own.end());
+        for (std::size_t i = 0; i < own.size(); ++i) {
+            if (i == 0 && m_services.Rasters->Exists(folder, own[i])) m_services.Rasters->Delete(folder, own[i]);
+            if (i > 0 && files.FileExists(folder / (own[i] + ".shp"))) m_services.Shapefiles->Delete(folder, own[i]);
+        }
+    }
+    for (const auto& [folder, own] : names)
+        for (const std::string& entry : files.List(folder)) {
+            if (!is_own_leftover(entry, own)) continue;
+            if (files.FolderExists(folder / entry))
+                m_services.Folders->DeleteTree(folder / entry);
+            else
+                files.DeleteFile(folder / entry, true);
+        }
+}
+
+void TaskRun::Compute(std::size_t number, const std::function<void(const kde_tool::AnimalRecord&)>& met) {
+    const auto begin = std::chrono::steady_clock::now();
+    TaskResult result;
+    result.Batch = m_plan.Id;
+    result.Started = now_of(m_services);
+    result.Host = m_host;
+
+    KeptMessages messages(*m_services.Messages);
+    platform::Services services = m_services;
+    services.Messages = &messages;
+    kde_tool::CollectedReport report;
+    NoStages stages;
+    platform::ProgressBar progress;
+    kde_tool::AnimalRun run(services, m_geodata, m_plan.Frame, report, stages, progress);
+    PointStore points(m_batch.Points());
+    if (points.AnimalCount() != m_plan.Animals.size())
+        platform::Raise(platform::error_number::kDeviceIo,
+                        "The batch's points do not belong to its plan. Plan the batch anew with --overwrite.");
+    kde_tool::AnimalFixes animal;
+    std::size_t present = m_plan.Animals.size();
+    for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
+        const std::size_t place = distribution / m_plan.ValueCount();
+        if (place != present) {
+            const PlannedAnimal& planned = m_plan.Animals.at(place);
+            animal = {planned.Id, planned.NamingId, points.Read(place), planned.Subfolder};
+            present = place;
+        }
+        TaskEntry entry;
+        entry.Distribution = distribution;
+        entry.Record = run.Compute(animal, distribution % m_plan.ValueCount());
+        entry.Report = std::exchange(report.Taken, {});
+        entry.Messages = messages.Take();
+        met(entry.Record);
+        result.Entries.push_back(std::move(entry));
+    }
+    result.Finished = now_of(m_services);
+    result.Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    write_result(*m_services.Files, m_batch, number, result);
+}
+
+}  // namespace wxl::batch
