@@ -130,8 +130,9 @@ void read_json(const platform::IFileSystem& files, const std::filesystem::path& 
         read(Json::parse(text));
     } catch (const Json::exception& fault) {
         platform::Raise(platform::error_number::kDeviceIo, described(file, fault.what(), advice));
-    } catch (const platform::RuntimeError& fault) {
-        platform::Raise(platform::error_number::kDeviceIo, described(file, fault.Description, advice));
+    } catch (...) {
+        platform::Raise(platform::error_number::kDeviceIo,
+                        described(file, platform::CurrentError().Description, advice));
     }
 }
 

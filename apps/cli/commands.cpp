@@ -1,6 +1,7 @@
 #include "apps/cli/commands.h"
 
 #include "apps/cli/commands/bandwidth.h"
+#include "apps/cli/commands/batch.h"
 #include "apps/cli/commands/import.h"
 #include "apps/cli/commands/info.h"
 #include "apps/cli/commands/isopleths.h"
@@ -29,6 +30,26 @@ void add(std::vector<Command>& commands, CLI::App& program, const std::string& n
     commands.push_back({parser, [options, run](Console& console) { return run(*options, console); }});
 }
 
+void add_batch(std::vector<Command>& commands, CLI::App& program) {
+    CLI::App& batch = *program.add_subcommand("batch", "Estimate home ranges in many processes, here or on a cluster");
+    batch.require_subcommand(1);
+    batch.footer(
+        "The work of wxl kde cut into tasks that run side by side: plan, run every task, merge. The\n"
+        "results are those of wxl kde, whatever the tasks. wxl kde --jobs N does all three at once.\n"
+        "\n"
+        "Example:\n"
+        "\n"
+        "  wxl batch plan wolves.shp --id-field animal --out kde --cell-size 100\n"
+        "  wxl batch submit kde --engine slurm\n"
+        "  wxl batch status kde");
+    add(commands, batch, "plan", "Read the layer and cut the work into tasks", register_batch_plan, run_batch_plan);
+    add(commands, batch, "run", "Compute one task", register_batch_run, run_batch_run);
+    add(commands, batch, "merge", "Write the report when all tasks are done", register_batch_merge, run_batch_merge);
+    add(commands, batch, "status", "List the tasks and how they stand", register_batch_status, run_batch_status);
+    add(commands, batch, "submit", "Send the tasks to Slurm, or compute them here", register_batch_submit,
+        run_batch_submit);
+}
+
 }  // namespace
 
 std::vector<Command> register_commands(CLI::App& program) {
@@ -37,6 +58,7 @@ std::vector<Command> register_commands(CLI::App& program) {
     add(commands, program, "info", "Tell what a point layer holds", register_info, run_info);
     add(commands, program, "kde", "Estimate home ranges: density rasters, isopleths and a report", register_kde,
         run_kde);
+    add_batch(commands, program);
     add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);

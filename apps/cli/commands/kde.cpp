@@ -1,17 +1,19 @@
 #include "apps/cli/commands/kde.h"
 
-#include "adapters/files/files_map.h"
-#include "apps/cli/commands/kde_form.h"
+#include "adapters/files/ogr_source.h"
+#include "apps/cli/batch_tasks.h"
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_plan.h"
-#include "apps/cli/output_folder.h"
-#include "apps/cli/tool_session.h"
+#include "apps/cli/commands/kde_session.h"
+#include "batch/merge.h"
+#include "kde_tool/analysis_run.h"
+#include "kde_tool/run_ending.h"
 #include "platform/text.h"
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <fmt/format.h>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace wxl::cli {
@@ -74,8 +76,6 @@ void add_run_options(CLI::App& command, KdeOptions& options) {
         ->type_name("FILE");
     command.add_option("--save-settings", options.SaveSettings, "Save the settings to this file")->type_name("FILE");
     add_answer_option(command, options.Questions);
-    command.add_flag("--json", options.Json, "One JSON object on standard output");
-    command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");
     command.add_flag("--overwrite", options.Overwrite, "Replace earlier rasters and isopleths of the same names");
 }
 
@@ -98,7 +98,12 @@ constexpr const char* kFooter =
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run";
 
-/// Tells of distributions that could not be computed, and of isopleths that could not be made.
+/// Enough tasks for each process that all end at about the same time.
+constexpr std::size_t kTasksPerJob = 8;
+constexpr int kMostJobs = 1024;
+
+}  // namespace
+
 int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
     if (output.Failed() > 0)
         console.Problem(fmt::format("wxl: {} of {} distributions could not be computed; the report says why",
@@ -113,73 +118,71 @@ int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console&
     return done ? exit_code::kDone : exit_code::kFailed;
 }
 
-/// The host of a run: every turn that it gets draws the form's progress.
-class ProgressHost final : public platform::IHost {
-public:
-    ProgressHost(platform::IHost& host, Console& console) : m_host(host), m_console(console) {}
-    void Watch(const kde_tool::frmKDE& form) { m_form = &form; }
-    void Yield() override {
-        m_host.Yield();
-        if (!m_form || !m_form->Running()) return;
-        const platform::ProgressBar& bar = m_form->PBar;
-        m_console.Progress((bar.Value - bar.Minimum) / (bar.Maximum - bar.Minimum), m_form->txtStatus.Text);
+namespace {
+
+/// The same run, computed by several processes.
+int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& output, Console& console) {
+    kde_tool::frmKDE& form = session.Form();
+    const platform::Services& services = session.Services();
+    std::optional<batch::Plan> plan;
+    const kde_tool::RunOutcome planned = kde_tool::AnalysisRun(form).Plan([&](const kde_tool::PreparedRun& run) {
+        plan = batch::plan_batch(services, run, wishes_of(options, options.Jobs * kTasksPerJob));
+    });
+    console.EndProgress();
+    if (!plan) {
+        output.Finish(planned);
+        return exit_code_of(planned, output, console);
     }
-    void SetStatus(std::string_view text) override { m_host.SetStatus(text); }
+    if (!run_tasks_here(services, *plan, open_tasks(services, *plan), options.Jobs, console)) return exit_code::kFailed;
+    batch::Merge(services, *plan).Run(form.Observers());
+    kde_tool::show_ending(*services.Messages, false);
+    batch::remove_batch(services, plan->Frame.Folder);
+    output.Finish(kde_tool::RunOutcome::kComplete);
+    return exit_code_of(kde_tool::RunOutcome::kComplete, output, console);
+}
 
-private:
-    platform::IHost& m_host;
-    Console& m_console;
-    const kde_tool::frmKDE* m_form = nullptr;
-};
-
-int press_ok(const KdeOptions& options, kde_tool::frmKDE& form, Console& console) {
-    if (!std::filesystem::exists(form.OutputFolderPath())) make_output_folder(form.OutputFolderPath());
-    if (options.Overwrite) delete_outputs(form);
-    KdeOutput output(console, form.OutputFolderPath(), options.Json,
-                     form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
-    form.AddObserver(output);
+int run_here(KdeSession& session, KdeOutput& output, Console& console) {
+    kde_tool::frmKDE& form = session.Form();
     form.btnOK_Click();
     console.EndProgress();
     output.Finish(form.LastRun());
     return exit_code_of(form.LastRun(), output, console);
 }
 
-/// Adds the raster of --extent ref:RASTER to the map, under its path as a name, which no other layer has.
-void add_reference(const KdeOptions& options, ToolSession& session) {
-    if (!options.Extent || !options.Extent->starts_with("ref:")) return;
-    const std::string raster = options.Extent->substr(4);
-    platform::Layer layer = files::layer_of(std::make_shared<files::FilesRasterLayer>(raster));
-    layer.Name = raster;
-    session.Document().Map().AddLayer(std::move(layer));
-}
-
 }  // namespace
 
-void register_kde(CLI::App& command, KdeOptions& options) {
+void add_kde_options(CLI::App& command, KdeOptions& options) {
     add_data_options(command, options);
     add_raster_options(command, options);
     add_kernel_options(command, options);
     add_isopleth_options(command, options);
     add_run_options(command, options);
+}
+
+void register_kde(CLI::App& command, KdeOptions& options) {
+    add_kde_options(command, options);
+    command.add_option("--jobs", options.Jobs, "Compute in N processes side by side; the results are the same")
+        ->type_name("N")
+        ->check(CLI::Range(1, kMostJobs))
+        ->capture_default_str();
+    command.add_flag("--json", options.Json, "One JSON object on standard output");
+    command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");
     command.footer(kFooter);
 }
 
+batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks) {
+    return {.Program = "wxl " WXL_VERSION, .Input = files::split_input(options.Points.Input).first, .Tasks = tasks};
+}
+
 int run_kde(const KdeOptions& options, Console& console) {
-    check_options(options);
-    const auto layer = open_measured_point_layer(options.Points);
-    ToolSession session(console, options.Questions);
-    session.AddInput(layer);
-    add_reference(options, session);
-    OptionDialogs dialogs;
-    platform::Services services = session.Services();
-    ProgressHost host(*services.Host, console);
-    services.Host = &host;
-    services.Dialogs = &dialogs;
-    kde_tool::frmKDE form(services, session.Geodata());
-    host.Watch(form);
-    fill_form(options, *layer, dialogs, form);
+    KdeSession session(options, console);
+    kde_tool::frmKDE& form = session.Form();
     if (options.DryRun) return print_plan(form, options.Json, console);
-    return press_ok(options, form, console);
+    prepare_output(options, form);
+    KdeOutput output(console, form.OutputFolderPath(), options.Json,
+                     form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
+    form.AddObserver(output);
+    return options.Jobs > 1 ? run_in_processes(options, session, output, console) : run_here(session, output, console);
 }
 
 }  // namespace wxl::cli

@@ -2,6 +2,8 @@
 #include "apps/cli/console.h"
 #include "apps/cli/console_messages.h"
 #include "apps/cli/input_layer.h"
+#include "batch/planner.h"
+#include "kde_tool/run_record.h"
 
 #include <optional>
 #include <string>
@@ -11,6 +13,8 @@ class App;
 }
 
 namespace wxl::cli {
+
+class KdeOutput;
 
 /// wxl kde: the batch kernel density analysis. An option that was not given leaves what the settings file or the form's
 /// defaults say.
@@ -36,13 +40,23 @@ struct KdeOptions {
     std::string SaveSettings;
     std::string RasterFormat = "GRID";
     std::size_t GroupBy = 0;
+    std::size_t Jobs = 1;
     bool Json = false;
     bool DryRun = false;
     bool Overwrite = false;
     Answers Questions;
 };
 
+/// What describes a run: input, output, kernel, isopleths, questions.
+void add_kde_options(CLI::App& command, KdeOptions& options);
+
 void register_kde(CLI::App& command, KdeOptions& options);
+
+/// What a batch of the run's is to be, in `tasks` tasks (0: as many as is usual).
+batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks);
+
+/// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
+int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console);
 
 /// Fills the analysis form, presses OK and writes what came of it.
 int run_kde(const KdeOptions& options, Console& console);

@@ -1,0 +1,105 @@
+#include "apps/cli/batch_tasks.h"
+
+#include "apps/cli/child_processes.h"
+#include "batch/task_state.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <numeric>
+
+namespace wxl::cli {
+
+namespace {
+
+using batch::TaskStage;
+
+/// Largest first, so that no long task is left over at the end.
+void sort_by_cost(std::vector<std::size_t>& tasks, const batch::Plan& plan) {
+    std::stable_sort(tasks.begin(), tasks.end(), [&](std::size_t a, std::size_t b) {
+        return plan.Tasks.at(a - 1).Seconds > plan.Tasks.at(b - 1).Seconds;
+    });
+}
+
+std::size_t distributions_of(const std::vector<std::size_t>& tasks, const batch::Plan& plan) {
+    return std::accumulate(tasks.begin(), tasks.end(), std::size_t{0}, [&](std::size_t sum, std::size_t task) {
+        return sum + plan.Tasks.at(task - 1).Work.size();
+    });
+}
+
+void tell_how_to_go_on(const batch::Plan& plan, std::size_t jobs, Console& console) {
+    console.Problem(fmt::format("wxl: what is done is kept; wxl batch submit \"{}\" --engine local --jobs {} goes on",
+                                plan.Frame.Folder.string(), jobs));
+}
+
+/// A task that ended badly has mostly said why.
+std::string why(const platform::Services& services, const batch::BatchFiles& files, std::size_t task, int status) {
+    const batch::TaskState state = batch::state_of(*services.Files, *services.Locks, files, task);
+    if (state.Stage == TaskStage::kFailed && !state.Fault.empty()) return "failed: " + state.Fault;
+    return ending_text(status) + "; see " + (files.Logs() / fmt::format("task-{}.log", task)).string();
+}
+
+}  // namespace
+
+std::vector<std::size_t> open_tasks(const platform::Services& services, const batch::Plan& plan) {
+    const batch::BatchFiles files(plan.Frame.Folder);
+    std::vector<std::size_t> open;
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) {
+        const TaskStage stage = batch::state_of(*services.Files, *services.Locks, files, task).Stage;
+        if (stage == TaskStage::kMissing || stage == TaskStage::kFailed) open.push_back(task);
+    }
+    return open;
+}
+
+bool run_tasks_here(const platform::Services& services, const batch::Plan& plan, std::vector<std::size_t> tasks,
+                    std::size_t jobs, Console& console) {
+    const batch::BatchFiles files(plan.Frame.Folder);
+    const std::string program = this_program().string();
+    const double total = static_cast<double>(std::max<std::size_t>(distributions_of(tasks, plan), 1));
+    sort_by_cost(tasks, plan);
+    const HeldSignals signals;
+    ChildProcesses children(signals);
+    std::size_t met = 0;
+    for (auto next = tasks.begin(); next != tasks.end() || children.Running() > 0;) {
+        for (; next != tasks.end() && children.Running() < jobs; ++next)
+            children.Start(*next,
+                           {program, "batch", "run", plan.Frame.Folder.string(), "--task", std::to_string(*next)},
+                           files.Logs() / fmt::format("task-{}.log", *next));
+        for (const ChildProcesses::News& news : children.Wait()) {
+            met += news.Lines;
+            if (!news.Ended || news.Status == 0) continue;
+            console.EndProgress();
+            console.Problem(
+                fmt::format("wxl: task {} {}", news.Number, why(services, files, news.Number, news.Status)));
+            tell_how_to_go_on(plan, jobs, console);
+            return false;
+        }
+        console.Progress(static_cast<double>(met) / total,
+                         fmt::format("{} of {} distributions", met, static_cast<std::size_t>(total)));
+        if (!HeldSignals::Came()) continue;
+        console.EndProgress();
+        console.Problem("wxl: stopped");
+        tell_how_to_go_on(plan, jobs, console);
+        return false;
+    }
+    console.EndProgress();
+    return true;
+}
+
+std::string unfinished_text(const platform::Services& services, const batch::Plan& plan) {
+    const batch::BatchFiles files(plan.Frame.Folder);
+    std::vector<std::size_t> missing;
+    std::vector<std::size_t> running;
+    std::vector<std::string> parts;
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) {
+        const batch::TaskState state = batch::state_of(*services.Files, *services.Locks, files, task);
+        if (state.Stage == TaskStage::kMissing) missing.push_back(task);
+        if (state.Stage == TaskStage::kRunning) running.push_back(task);
+        if (state.Stage == TaskStage::kFailed) parts.push_back(fmt::format("failed {} ({})", task, state.Fault));
+    }
+    if (!running.empty()) parts.insert(parts.begin(), "running " + batch::number_ranges(running));
+    if (!missing.empty()) parts.insert(parts.begin(), "missing " + batch::number_ranges(missing));
+    return fmt::format("{}", fmt::join(parts, ", "));
+}
+
+}  // namespace wxl::cli

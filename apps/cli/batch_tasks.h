@@ -1,0 +1,24 @@
+#pragma once
+#include "apps/cli/console.h"
+#include "batch/plan.h"
+#include "platform/services.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace wxl::cli {
+
+/// Tasks of a batch that are neither done nor at work, ascending.
+std::vector<std::size_t> open_tasks(const platform::Services& services, const batch::Plan& plan);
+
+/// Runs the tasks `tasks` of the batch as processes of this program, `jobs` at a time, the costliest first, with one
+/// progress bar over their distributions. Returns whether all came to their end; where one did not, or the user stops
+/// the work, the others are ended, and the console says what happened and how to go on.
+bool run_tasks_here(const platform::Services& services, const batch::Plan& plan, std::vector<std::size_t> tasks,
+                    std::size_t jobs, Console& console);
+
+/// What keeps a batch from being merged, in words: "missing 3,5-7", "failed 2 (REASON)"; empty when nothing does.
+std::string unfinished_text(const platform::Services& services, const batch::Plan& plan);
+
+}  // namespace wxl::cli

@@ -1,0 +1,216 @@
+#include "apps/cli/commands/batch.h"
+
+#include "apps/cli/batch_session.h"
+#include "apps/cli/commands/kde_session.h"
+#include "apps/cli/text_output.h"
+#include "batch/task_run.h"
+#include "batch/task_state.h"
+#include "kde_tool/analysis_run.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <optional>
+#include <system_error>
+#include <unistd.h>
+
+namespace wxl::cli {
+
+namespace {
+
+constexpr const char* kPlanFooter =
+    "Takes the options of wxl kde, checks them, asks its questions and reads the layer, once. What\n"
+    "is decided goes into the sub-folder wxl_batch of the output folder: plan.json, which also\n"
+    "holds the digest of the input, and points.bin, the fixes sorted by animal. The work is cut\n"
+    "into tasks of roughly equal estimated cost. A task needs the output folder and nothing else;\n"
+    "tasks run anywhere, in any order, and may be repeated.\n"
+    "\n"
+    "Example:\n"
+    "\n"
+    "  wxl batch plan wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
+    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons --tasks 40\n"
+    "  wxl batch submit kde";
+
+constexpr const char* kRunFooter =
+    "Computes one task of the batch planned in the folder DIR: reads the fixes of its own animals,\n"
+    "writes their datasets, and last its result. A task that is done is left alone; one that was\n"
+    "killed starts anew and replaces what it had left.\n"
+    "\n"
+    "Without --task the number is taken from SLURM_ARRAY_TASK_ID.\n"
+    "\n"
+    "Example:\n"
+    "\n"
+    "  wxl batch run kde --task 7";
+
+constexpr const char* kStatusFooter =
+    "Lists the tasks of the batch in the folder DIR: done, running (a process is at work on it),\n"
+    "failed, or missing (not begun, or killed), with their times.\n"
+    "\n"
+    "Example:\n"
+    "\n"
+    "  wxl batch status kde";
+
+std::string duration_text(double seconds) {
+    if (seconds < 60.0) return fmt::format("{:.2g} s", seconds);
+    if (seconds < 3600.0) return fmt::format("{:.3g} min", seconds / 60.0);
+    return fmt::format("{:.3g} h", seconds / 3600.0);
+}
+
+void tell_plan(const batch::Plan& plan, Console& console) {
+    double total = 0.0;
+    double longest = 0.0;
+    double megabytes = 0.0;
+    for (const batch::PlannedTask& task : plan.Tasks) {
+        total += task.Seconds;
+        longest = std::max(longest, task.Seconds);
+        megabytes = std::max(megabytes, task.Megabytes);
+    }
+    console.Result("batch: " + batch::BatchFiles(plan.Frame.Folder).Folder.string());
+    console.Result(fmt::format("animals: {}, distributions: {}, tasks: {}", plan.Animals.size(),
+                               plan.DistributionCount(), plan.Tasks.size()));
+    console.Result(fmt::format("estimated: {} on one core, {} for the longest task, {:.3g} MB for the largest",
+                               duration_text(total), duration_text(longest), megabytes));
+}
+
+std::size_t task_of(const BatchRunOptions& options) {
+    if (options.Task) return *options.Task;
+    const char* index = std::getenv("SLURM_ARRAY_TASK_ID");
+    if (index == nullptr) throw WrongCall("say which task by --task K; there is no SLURM_ARRAY_TASK_ID");
+    const std::string text = index;
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw WrongCall("SLURM_ARRAY_TASK_ID is no number: " + text);
+    return number;
+}
+
+std::string host_name() {
+    std::array<char, 256> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string("?");
+}
+
+const char* stage_text(batch::TaskStage stage) {
+    switch (stage) {
+        case batch::TaskStage::kMissing:
+            return "missing";
+        case batch::TaskStage::kRunning:
+            return "running";
+        case batch::TaskStage::kFailed:
+            return "failed";
+        case batch::TaskStage::kDone:
+            break;
+    }
+    return "done";
+}
+
+Json json_or_null(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+struct StatusList {
+    Json Tasks = Json::array();
+    TextTable Table = {{"task", "state", "distributions", "estimated", "started", "finished", "seconds", "host"}, {}};
+    std::vector<std::string> Faults;
+    std::array<std::size_t, 4> Counts{};
+};
+
+void add_task(StatusList& list, std::size_t number, const batch::PlannedTask& task, const batch::TaskState& state) {
+    const bool done = state.Stage == batch::TaskStage::kDone;
+    ++list.Counts.at(static_cast<std::size_t>(state.Stage));
+    list.Tasks.push_back({{"task", number},
+                          {"state", stage_text(state.Stage)},
+                          {"distributions", task.Work.size()},
+                          {"estimated_seconds", json_number(task.Seconds)},
+                          {"started", json_or_null(state.Started)},
+                          {"finished", json_or_null(state.Finished)},
+                          {"seconds", done ? json_number(state.Seconds) : Json()},
+                          {"host", json_or_null(state.Host)},
+                          {"fault", json_or_null(state.Fault)}});
+    list.Table.Rows.push_back({std::to_string(number), stage_text(state.Stage), std::to_string(task.Work.size()),
+                               fmt::format("{:.3g} s", task.Seconds), state.Started, state.Finished,
+                               done ? fmt::format("{:.3g}", state.Seconds) : "", state.Host});
+    if (!state.Fault.empty()) list.Faults.push_back(fmt::format("task {}: {}", number, state.Fault));
+}
+
+}  // namespace
+
+void register_batch_plan(CLI::App& command, BatchPlanOptions& options) {
+    add_kde_options(command, options.Run);
+    command.add_option("--tasks", options.Tasks, "About how many tasks; without it, of about ten minutes each")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1'000'000));
+    command.footer(kPlanFooter);
+}
+
+int run_batch_plan(const BatchPlanOptions& options, Console& console) {
+    KdeSession session(options.Run, console);
+    prepare_output(options.Run, session.Form());
+    std::optional<batch::Plan> plan;
+    kde_tool::AnalysisRun(session.Form()).Plan([&](const kde_tool::PreparedRun& run) {
+        plan = batch::plan_batch(session.Services(), run, wishes_of(options.Run, options.Tasks));
+    });
+    console.EndProgress();
+    if (!plan) return exit_code::kFailed;
+    tell_plan(*plan, console);
+    return exit_code::kDone;
+}
+
+void register_batch_run(CLI::App& command, BatchRunOptions& options) {
+    add_batch_folder(command, options.Folder);
+    command.add_option("--task", options.Task, "Number of the task, from 1")->type_name("K");
+    command.add_flag("--again", options.Again, "Compute it also when it is done");
+    command.footer(kRunFooter);
+}
+
+int run_batch_run(const BatchRunOptions& options, Console& console) {
+    const std::size_t number = task_of(options);
+    BatchSession session(options.Folder, console);
+    KdeOutput output = session.Output(false);
+    batch::TaskRun task(session.Services(), session.Geodata(), session.Plan(), host_name());
+    const auto outcome = task.Run(number, options.Again, [&](const kde_tool::AnimalRecord& record) {
+        output.AnimalDone(record);
+        console.Finish();
+    });
+    if (outcome == batch::TaskOutcome::kWasDone) console.Note(fmt::format("task {} is done already", number));
+    return exit_code::kDone;
+}
+
+void register_batch_status(CLI::App& command, BatchStatusOptions& options) {
+    add_batch_folder(command, options.Folder);
+    command.add_flag("--json", options.Json, "One JSON object on standard output");
+    command.footer(kStatusFooter);
+}
+
+int run_batch_status(const BatchStatusOptions& options, Console& console) {
+    BatchSession session(options.Folder, console);
+    const batch::Plan& plan = session.Plan();
+    const batch::BatchFiles files(plan.Frame.Folder);
+    const platform::Services& services = session.Services();
+    StatusList list;
+    for (std::size_t number = 1; number <= plan.Tasks.size(); ++number)
+        add_task(list, number, plan.Tasks[number - 1],
+                 batch::state_of(*services.Files, *services.Locks, files, number));
+    const bool merged = batch::is_merged(*services.Files, files);
+    const auto& [missing, running, failed, done] = list.Counts;
+    if (options.Json) {
+        console.Result(json_text(Json{{"planned", plan.Planned},
+                                      {"merged", merged},
+                                      {"done", done},
+                                      {"running", running},
+                                      {"failed", failed},
+                                      {"missing", missing},
+                                      {"tasks", list.Tasks}}));
+        return exit_code::kDone;
+    }
+    print_table(list.Table, console);
+    for (const std::string& fault : list.Faults) console.Result(fault);
+    console.Result(fmt::format("{} tasks: {} done, {} running, {} failed, {} missing; {}", plan.Tasks.size(), done,
+                               running, failed, missing, merged ? "merged" : "not merged"));
+    return exit_code::kDone;
+}
+
+}  // namespace wxl::cli

@@ -1,0 +1,67 @@
+#include "apps/cli/commands/kde_session.h"
+
+#include "adapters/files/files_map.h"
+#include "apps/cli/commands/kde_form.h"
+#include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/output_folder.h"
+#include "batch/planner.h"
+#include "batch/task_state.h"
+#include "platform/runtime_error.h"
+
+#include <filesystem>
+
+namespace wxl::cli {
+
+namespace {
+
+std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options) {
+    check_options(options);
+    return open_measured_point_layer(options.Points);
+}
+
+/// Adds the raster of --extent ref:RASTER to the map, under its path as a name, which no other layer has.
+void add_reference(const KdeOptions& options, ToolSession& session) {
+    if (!options.Extent || !options.Extent->starts_with("ref:")) return;
+    const std::string raster = options.Extent->substr(4);
+    platform::Layer layer = files::layer_of(std::make_shared<files::FilesRasterLayer>(raster));
+    layer.Name = raster;
+    session.Document().Map().AddLayer(std::move(layer));
+}
+
+}  // namespace
+
+void ProgressHost::Yield() {
+    m_host.Yield();
+    if (!m_form || !m_form->Running()) return;
+    const platform::ProgressBar& bar = m_form->PBar;
+    m_console.Progress((bar.Value - bar.Minimum) / (bar.Maximum - bar.Minimum), m_form->txtStatus.Text);
+}
+
+KdeSession::KdeSession(const KdeOptions& options, Console& console)
+    : m_layer(open_checked(options)),
+      m_session(console, options.Questions),
+      m_host(*m_session.Services().Host, console),
+      m_services(m_session.Services()) {
+    m_session.AddInput(m_layer);
+    add_reference(options, m_session);
+    m_services.Host = &m_host;
+    m_services.Dialogs = &m_dialogs;
+    m_form.emplace(m_services, m_session.Geodata());
+    m_host.Watch(*m_form);
+    fill_form(options, *m_layer, m_dialogs, *m_form);
+}
+
+void prepare_output(const KdeOptions& options, kde_tool::frmKDE& form) {
+    const std::filesystem::path folder = form.OutputFolderPath();
+    if (!std::filesystem::exists(folder)) make_output_folder(folder);
+    if (!options.Overwrite && batch::has_open_batch(*form.Services().Files, folder))
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        folder.string() +
+                            " holds a planned batch that is not merged yet: finish it (wxl batch status tells how it "
+                            "stands), choose another folder, or give --overwrite");
+    if (!options.Overwrite) return;
+    delete_outputs(form);
+    batch::remove_batch(form.Services(), folder);
+}
+
+}  // namespace wxl::cli

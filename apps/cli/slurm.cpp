@@ -1,0 +1,130 @@
+#include "apps/cli/slurm.h"
+
+#include "apps/cli/child_processes.h"
+#include "batch/task_state.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <fmt/format.h>
+#include <memory>
+#include <sys/wait.h>
+
+namespace wxl::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kMemoryFactor = 1.5;
+constexpr double kMemoryBase = 256.0;  // megabytes
+constexpr double kTimeFactor = 4.0;
+constexpr double kTimeBase = 600.0;              // seconds
+constexpr double kMergeSecondsPerResult = 2e-3;  // measured, with a wide margin
+constexpr double kMergeMegabytesPerFix = 64e-6;
+
+/// A word for the shell, whatever it holds.
+std::string quoted(const std::string& text) {
+    std::string word = "'";
+    for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return word + "'";
+}
+
+/// A file name for an #SBATCH line: in quotes, "%" as itself.
+std::string directive_path(const fs::path& path) {
+    std::string text = "\"";
+    for (const char c : path.string()) {
+        if (static_cast<unsigned char>(c) < 0x20)
+            platform::Raise(platform::error_number::kInvalidCall,
+                            "The output folder's name holds a control character, which no batch script can: choose "
+                            "another folder");
+        if (c == '"' || c == '\\') text += '\\';
+        if (c == '%') text += '%';
+        text += c;
+    }
+    return text;
+}
+
+std::string time_text(double seconds) {
+    const auto minutes = static_cast<long>(std::ceil(seconds / 60.0));
+    return fmt::format("{}:{:02}:00", minutes / 60, minutes % 60);
+}
+
+std::string memory_text(double megabytes) {
+    return fmt::format("{}M", static_cast<long>(std::ceil(megabytes)));
+}
+
+std::string head(const std::string& name, const std::string& log, const std::string& memory, const std::string& time,
+                 const std::vector<std::string>& options) {
+    std::string text = "#!/bin/sh\n#SBATCH --job-name=" + name + "\n#SBATCH --output=" + log + "\"\n";
+    text +=
+        "#SBATCH --ntasks=1\n#SBATCH --cpus-per-task=1\n#SBATCH --mem=" + memory + "\n#SBATCH --time=" + time + "\n";
+    for (const std::string& option : options) text += "#SBATCH " + option + "\n";
+    return text;
+}
+
+void refuse_line_breaks(const SlurmWishes& wishes) {
+    for (const std::string& option : wishes.Options)
+        if (option.find_first_of("\r\n") != std::string::npos)
+            platform::Raise(platform::error_number::kInvalidCall, "An option of sbatch is one line.");
+}
+
+}  // namespace
+
+std::string array_script(const batch::Plan& plan, const SlurmWishes& wishes) {
+    refuse_line_breaks(wishes);
+    double seconds = 0.0;
+    double megabytes = 0.0;
+    for (const std::size_t task : wishes.Tasks) {
+        seconds = std::max(seconds, plan.Tasks.at(task - 1).Seconds);
+        megabytes = std::max(megabytes, plan.Tasks.at(task - 1).Megabytes);
+    }
+    const batch::BatchFiles files(plan.Frame.Folder);
+    std::string script =
+        head("wxl-task", directive_path(files.Logs() / "task-") + "%a.log",
+             wishes.Memory.empty() ? memory_text(megabytes * kMemoryFactor + kMemoryBase) : wishes.Memory,
+             wishes.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : wishes.Time, wishes.Options);
+    script +=
+        "#SBATCH --array=" + batch::number_ranges(wishes.Tasks) + "\n#SBATCH --requeue\n#SBATCH --open-mode=append\n";
+    return script + "exec " + quoted(wishes.Program.string()) + " -q batch run " + quoted(plan.Frame.Folder.string()) +
+           "\n";
+}
+
+std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes) {
+    refuse_line_breaks(wishes);
+    double fixes = 0.0;
+    for (const batch::InputFile& file : plan.Input) fixes += static_cast<double>(file.Bytes) / 28.0;
+    const batch::BatchFiles files(plan.Frame.Folder);
+    const double seconds = static_cast<double>(plan.DistributionCount()) * kMergeSecondsPerResult;
+    const std::string script =
+        head("wxl-merge", directive_path(files.Logs() / "merge") + ".log",
+             wishes.Memory.empty() ? memory_text(fixes * kMergeMegabytesPerFix + kMemoryBase) : wishes.Memory,
+             wishes.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : wishes.Time, wishes.Options);
+    return script + "#SBATCH --open-mode=append\nexec " + quoted(wishes.Program.string()) + " batch merge " +
+           quoted(plan.Frame.Folder.string()) + "\n";
+}
+
+std::string submit_script(const fs::path& script, const std::vector<std::string>& options) {
+    std::string command = "sbatch --parsable";
+    for (const std::string& option : options) command += " " + quoted(option);
+    command += " " + quoted(script.string()) + " 2>&1";
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), [](FILE*) { return 0; });
+    if (!pipe) platform::Raise(platform::error_number::kDeviceIo, "sbatch could not be started");
+    std::string said;
+    std::array<char, 256> bytes{};
+    while (std::fgets(bytes.data(), bytes.size(), pipe.get()) != nullptr) said += bytes.data();
+    const int status = ::pclose(pipe.get());
+    said = std::string(platform::Trim(said.substr(0, said.find_last_not_of("\r\n") + 1)));
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 127)
+        platform::Raise(platform::error_number::kFileNotFound,
+                        "there is no sbatch on this machine: submit from a machine of the cluster, see the script with "
+                        "--dry-run, or compute here with --engine local --jobs N");
+    if (status != 0)
+        platform::Raise(platform::error_number::kInvalidCall, fmt::format("sbatch {}: {}", ending_text(status), said));
+    return said.substr(0, said.find(';'));
+}
+
+}  // namespace wxl::cli

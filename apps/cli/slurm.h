@@ -1,0 +1,31 @@
+#pragma once
+#include "batch/plan.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace wxl::cli {
+
+/// What the batch scripts are made of.
+struct SlurmWishes {
+    std::filesystem::path Program;     ///< wxl, as the nodes find it
+    std::vector<std::size_t> Tasks;    ///< to be computed, ascending
+    std::string Memory;                ///< as --mem takes it; empty: from the estimates
+    std::string Time;                  ///< as --time takes it; empty: from the estimates
+    std::vector<std::string> Options;  ///< further options of sbatch, one to a line
+};
+
+/// The script of the job array: one task for each index. Memory is one and a half times the estimate and 256 MB, time
+/// four times the estimate and ten minutes. A job that is requeued starts its task anew.
+std::string array_script(const batch::Plan& plan, const SlurmWishes& wishes);
+
+/// The script of the job that merges.
+std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes);
+
+/// Hands the script file to sbatch with `options` and returns the job's number. RuntimeError 53 when there is no sbatch
+/// on this machine, 5 with sbatch's own words when it refuses.
+std::string submit_script(const std::filesystem::path& script, const std::vector<std::string>& options);
+
+}  // namespace wxl::cli

@@ -1,0 +1,194 @@
+#include "adapters/files/disk_file_system.h"
+#include "batch/json_codec.h"
+#include "batch/plan.h"
+#include "batch/planner.h"
+#include "batch/task_state.h"
+#include "platform/runtime_error.h"
+#include "tests/support/scratch_folder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace wxl::batch {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct NamedRaster final : platform::IRasterLayer {
+    std::string Name() const override { return "dem"; }
+    platform::RasterGeometry Geometry() const override { return {1.5, -2.5, 30.0, 12, 7}; }
+};
+
+struct PlanTest : testing::Test {
+    tests::ScratchFolder Folder;
+    files::DiskFileSystem Files;
+    const BatchFiles Batch{Folder.Path()};
+    Plan Made;
+
+    PlanTest() {
+        fs::create_directory(Batch.Folder);
+        Made.Id = "0123456789abcdef";
+        Made.Program = "wxl 1";
+        Made.Planned = "11/20/2026 3:04:05 PM";
+        Made.Input = {{"/data/a.shp", 100, 1700000000, "e3b0"}};
+        Made.Frame.Inputs.LayerName = "a";
+        Made.Frame.Inputs.Method = kde_tool::BandwidthMethod::kProportion;
+        Made.Frame.Inputs.Mode = kde_tool::ExtentMode::kReference;
+        Made.Frame.Inputs.Prefix = "K";
+        Made.Frame.Inputs.Isopleths = true;
+        Made.Frame.Inputs.Polygons = true;
+        Made.Frame.Values = {0.5, 1.0};
+        Made.Frame.Percentages = {95.0, 50.0};
+        Made.Frame.Buffer = 116.55;
+        Made.Frame.ReferenceRaster = std::make_shared<NamedRaster>();
+        Made.Frame.Reference = {"UTM", "PROJCS[...]", "metre", 1.0, false};
+        Made.Animals = {{std::int64_t{3}, "3", ""}, {std::string("x"), "7", "animals_2-2"}};
+        Made.Tasks = {{{0, 2, 3}, 1.5, 2.5}, {{1}, 9.0, 1.0}};
+        Made.ReportHead = {"WXL KERNEL DENSITY ANALYSIS", ""};
+    }
+
+    /// The plan as it is read after `change` was made to its JSON.
+    std::string FaultAfter(const std::function<void(Json&)>& change) {
+        write_plan(Files, Batch, Made);
+        Json json;
+        read_json(Files, Batch.Plan(), {}, [&](const Json& read) { json = read; });
+        change(json);
+        write_json(Files, Batch.Plan(), json);
+        try {
+            read_plan(Files, Folder.Path());
+            return {};
+        } catch (const platform::RuntimeError& fault) {
+            return fault.Description;
+        }
+    }
+};
+
+TEST_F(PlanTest, Comes_back_as_it_was_written) {
+    write_plan(Files, Batch, Made);
+    const Plan plan = read_plan(Files, Folder.Path());
+    EXPECT_EQ(plan.Id, Made.Id);
+    EXPECT_EQ(plan.Program, Made.Program);
+    EXPECT_EQ(plan.Planned, Made.Planned);
+    ASSERT_EQ(plan.Input.size(), 1U);
+    EXPECT_EQ(plan.Input[0].Path, "/data/a.shp");
+    EXPECT_EQ(plan.Input[0].Bytes, 100U);
+    EXPECT_EQ(plan.Frame.Inputs.Prefix, "K");
+    EXPECT_EQ(plan.Frame.Inputs.Method, kde_tool::BandwidthMethod::kProportion);
+    EXPECT_EQ(plan.Frame.Values, Made.Frame.Values);
+    EXPECT_EQ(plan.Frame.Percentages, Made.Frame.Percentages);
+    EXPECT_EQ(plan.Frame.Buffer, 116.55);
+    EXPECT_TRUE(plan.Frame.LayerExtent.IsEmpty());
+    EXPECT_EQ(plan.Frame.Reference, Made.Frame.Reference);
+    EXPECT_EQ(plan.Frame.ReferenceRaster->Geometry(), Made.Frame.ReferenceRaster->Geometry());
+    EXPECT_EQ(plan.Frame.Folder, Folder.Path());
+    ASSERT_EQ(plan.Animals.size(), 2U);
+    EXPECT_EQ(plan.Animals[0].Id, platform::FieldValue(std::int64_t{3}));
+    EXPECT_EQ(plan.Animals[1].Subfolder, "animals_2-2");
+    ASSERT_EQ(plan.Tasks.size(), 2U);
+    EXPECT_THAT(plan.Tasks[0].Work, ElementsAre(0U, 2U, 3U));
+    EXPECT_EQ(plan.Tasks[1].Seconds, 9.0);
+    EXPECT_EQ(plan.ReportHead, Made.ReportHead);
+    EXPECT_THAT(names_of(plan, 3), ElementsAre("K7_b2", "K7_b2_iso_poly"));
+}
+
+TEST_F(PlanTest, A_folder_without_one_is_told_how_to_make_one) {
+    fs::remove_all(Batch.Folder);
+    try {
+        read_plan(Files, Folder.Path());
+        FAIL();
+    } catch (const platform::RuntimeError& fault) {
+        EXPECT_EQ(fault.Number, 53);
+        EXPECT_EQ(fault.Description, Folder.Path().string() + " holds no planned batch: plan one with wxl batch plan");
+    }
+}
+
+TEST_F(PlanTest, Work_in_no_task_in_two_or_beyond_the_last_is_refused) {
+    EXPECT_THAT(FaultAfter([](Json& json) { json["tasks"].erase(1); }), HasSubstr("work that is in no task"));
+    EXPECT_THAT(FaultAfter([](Json& json) { json["tasks"].push_back(json["tasks"][0]); }),
+                HasSubstr("work that is planned twice"));
+    for (const char* work :
+         {"[[0,4]]", "[[-1,3]]", "[[3,0]]", "[[0,1],[1,3]]", "[[0,1e9]]", "[[0]]", "[0]", "[[0,9223372036854775807]]"})
+        EXPECT_NE(FaultAfter([&](Json& json) { json["tasks"][0]["distributions"] = Json::parse(work); }), "") << work;
+}
+
+TEST_F(PlanTest, Names_that_leave_the_folder_are_refused) {
+    EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][1] = "../../3"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][2] = "../out"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][2] = "/etc"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["inputs"]["prefix"] = "a/b"; }), "");
+}
+
+TEST_F(PlanTest, Another_format_and_missing_or_wrong_members_are_refused) {
+    EXPECT_THAT(FaultAfter([](Json& json) { json["format"] = 2; }), HasSubstr("another version of wxl wrote it"));
+    write_plan(Files, Batch, Made);
+    Json whole;
+    read_json(Files, Batch.Plan(), {}, [&](const Json& read) { whole = read; });
+    for (const auto& [key, value] : whole.items()) {
+        const std::string name = key;
+        EXPECT_THAT(FaultAfter([&](Json& json) { json.erase(name); }),
+                    HasSubstr("Plan the batch anew with --overwrite."))
+            << name;
+        EXPECT_NE(FaultAfter([&](Json& json) { json[name] = Json::object({{"x", 1}}); }), "") << name;
+    }
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["values"] = Json::array(); }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["reference_raster"] = nullptr; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["inputs"]["extent"] = 3; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["layer_extent"] = Json::array({1, 2}); }), "");
+}
+
+TEST_F(PlanTest, A_plan_cut_short_anywhere_is_refused) {
+    write_plan(Files, Batch, Made);
+    const std::string whole = Files.ReadFile(Batch.Plan(), 1 << 20);
+    for (std::size_t length = 0; length + 2 < whole.size(); length += 7) {
+        std::ofstream(Batch.Plan(), std::ios::binary) << whole.substr(0, length);
+        EXPECT_THROW(read_plan(Files, Folder.Path()), platform::RuntimeError) << length;
+    }
+}
+
+TEST_F(PlanTest, Results_of_another_plan_or_of_other_work_are_refused) {
+    fs::create_directories(Batch.Task(2));
+    TaskResult result;
+    result.Batch = Made.Id;
+    result.Entries.resize(1);
+    result.Entries[0].Distribution = 1;
+    write_result(Files, Batch, 2, result);
+    EXPECT_EQ(read_result(Files, Batch, Made, 2).Entries.size(), 1U);
+    result.Entries[0].Distribution = 2;
+    write_result(Files, Batch, 2, result);
+    EXPECT_THROW(read_result(Files, Batch, Made, 2), platform::RuntimeError);
+    result.Entries[0].Distribution = 1;
+    result.Batch = "another";
+    write_result(Files, Batch, 2, result);
+    try {
+        read_result(Files, Batch, Made, 2);
+        FAIL();
+    } catch (const platform::RuntimeError& fault) {
+        EXPECT_THAT(fault.Description, HasSubstr("it belongs to another plan). Run the task again: wxl batch run DIR "
+                                                 "--task 2 --again."));
+    }
+}
+
+TEST_F(PlanTest, Input_files_of_a_shapefile_are_all_its_parts_with_their_digests) {
+    for (const char* name : {"a.shp", "a.dbf", "a.prj", "b.dbf"}) std::ofstream(Folder / name) << "abc";
+    const auto files = input_files(Folder / "a.shp");
+    ASSERT_EQ(files.size(), 3U);
+    EXPECT_EQ(files[0].Path, (Folder / "a.dbf").string());
+    EXPECT_EQ(files[2].Path, (Folder / "a.shp").string());
+    EXPECT_EQ(files[2].Bytes, 3U);
+    EXPECT_EQ(files[2].Sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_GT(files[2].Modified, 1'600'000'000);
+}
+
+TEST(NumberRanges, Are_written_as_a_job_array_takes_them) {
+    EXPECT_EQ(number_ranges({}), "");
+    EXPECT_EQ(number_ranges({4}), "4");
+    EXPECT_EQ(number_ranges({1, 2, 3, 7, 9, 10}), "1-3,7,9-10");
+}
+
+}  // namespace
+}  // namespace wxl::batch
