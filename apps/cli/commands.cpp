@@ -39,9 +39,9 @@ void add_batch(std::vector<Command>& commands, CLI::App& program) {
         "\n"
         "Example:\n"
         "\n"
-        "  wxl batch plan wolves.shp --id-field animal --out kde --cell-size 100\n"
-        "  wxl batch submit kde --engine slurm\n"
-        "  wxl batch status kde");
+        "  wxl batch plan wolves.shp --id-field animal --out study --cell-size 100\n"
+        "  wxl batch submit study --dry-run\n"
+        "  wxl batch status study");
     add(commands, batch, "plan", "Read the layer and cut the work into tasks", register_batch_plan, run_batch_plan);
     add(commands, batch, "run", "Compute one task", register_batch_run, run_batch_run);
     add(commands, batch, "merge", "Write the report when all tasks are done", register_batch_merge, run_batch_merge);

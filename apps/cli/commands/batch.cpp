@@ -31,9 +31,9 @@ constexpr const char* kPlanFooter =
     "\n"
     "Example:\n"
     "\n"
-    "  wxl batch plan wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
-    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons --tasks 40\n"
-    "  wxl batch submit kde";
+    "  wxl batch plan wolves.shp --id-field animal --out wolves --cell-size 100 \\\n"
+    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons --tasks 4\n"
+    "  wxl batch submit wolves --dry-run";
 
 constexpr const char* kRunFooter =
     "Computes one task of the batch planned in the folder DIR: reads the fixes of its own animals,\n"
@@ -44,7 +44,7 @@ constexpr const char* kRunFooter =
     "\n"
     "Example:\n"
     "\n"
-    "  wxl batch run kde --task 7";
+    "  wxl batch run study --task 1";
 
 constexpr const char* kStatusFooter =
     "Lists the tasks of the batch in the folder DIR: done, running (a process is at work on it),\n"
@@ -52,7 +52,7 @@ constexpr const char* kStatusFooter =
     "\n"
     "Example:\n"
     "\n"
-    "  wxl batch status kde";
+    "  wxl batch status study";
 
 std::string duration_text(double seconds) {
     if (seconds < 60.0) return fmt::format("{:.2g} s", seconds);

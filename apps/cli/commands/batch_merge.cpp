@@ -21,7 +21,7 @@ constexpr const char* kFooter =
     "\n"
     "Example:\n"
     "\n"
-    "  wxl batch merge kde --json > results.json";
+    "  wxl batch merge study --json > results.json";
 
 }  // namespace
 

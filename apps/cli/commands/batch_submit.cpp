@@ -28,8 +28,8 @@ constexpr const char* kFooter =
     "\n"
     "Examples:\n"
     "\n"
-    "  wxl batch submit kde --sbatch --partition=short --sbatch --account=wildlife\n"
-    "  wxl batch submit kde --engine local --jobs 4";
+    "  wxl batch submit wolves --sbatch --partition=short --dry-run\n"
+    "  wxl batch submit wolves --engine local --jobs 4";
 
 int submit_here(BatchSession& session, const std::vector<std::size_t>& tasks, std::size_t jobs, Console& console) {
     if (!run_tasks_here(session.Services(), session.Plan(), tasks, jobs, console)) return exit_code::kFailed;
