@@ -106,7 +106,7 @@ void AnalysisRun::TellEnd(RunOutcome outcome) {
 
 void AnalysisRun::Cancel() {
     try {
-        m_report.Close();
+        m_report.Abandon();
         DeleteRunFiles();
         m_preparation->Lock().reset();
         m_form.btnOK.Enabled = true;

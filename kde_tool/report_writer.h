@@ -46,6 +46,9 @@ public:
     /// Closes with the close checked; nothing when the report is not open.
     void Close();
 
+    /// Closes a report that is to be deleted: what could not be written does not matter any more.
+    void Abandon() { m_file.reset(); }
+
 private:
     platform::IFileSystem& m_files;
     std::unique_ptr<platform::IOutputFile> m_file;

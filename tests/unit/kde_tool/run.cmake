@@ -5,6 +5,7 @@ wxl_test(
   SOURCES
   test_analysis_run.cpp
   test_report_golden.cpp
+  test_run_faults.cpp
   test_subfolders.cpp
   DEPENDS
   wxl_kde_tool
