@@ -32,7 +32,7 @@ constexpr std::string_view kStyle =
     ".wxl-profile .frame{stroke:var(--wxl-ink,#1f2933)}"
     ".wxl-profile .curve{stroke:var(--wxl-curve,#1b6ca8)}"
     ".wxl-profile .dot{fill:var(--wxl-curve,#1b6ca8);stroke:var(--wxl-paper,#fff)}"
-    ".wxl-profile .href{stroke:var(--wxl-href,#8a5a00)}"
+    ".wxl-profile .href{stroke:var(--wxl-href,#39424c)}"
     ".wxl-profile .used{stroke:var(--wxl-used,#b3261e)}"
     "@media (prefers-color-scheme:dark){"
     ".wxl-profile .paper{fill:var(--wxl-paper,#15191e)}"
@@ -41,12 +41,12 @@ constexpr std::string_view kStyle =
     ".wxl-profile .frame{stroke:var(--wxl-ink,#e4e8ec)}"
     ".wxl-profile .curve{stroke:var(--wxl-curve,#6cb8f0)}"
     ".wxl-profile .dot{fill:var(--wxl-curve,#6cb8f0);stroke:var(--wxl-paper,#15191e)}"
-    ".wxl-profile .href{stroke:var(--wxl-href,#e0b050)}"
+    ".wxl-profile .href{stroke:var(--wxl-href,#e4e8ec)}"
     ".wxl-profile .used{stroke:var(--wxl-used,#ff8a80)}}";
 
 constexpr std::string_view kDot = R"(class="dot" fill="#1b6ca8" stroke="#ffffff" stroke-width="1.5")";
-constexpr std::string_view kHref = R"(class="href" stroke="#8a5a00" stroke-width="2" stroke-dasharray="6 4")";
-constexpr std::string_view kUsed = R"(class="used" stroke="#b3261e" stroke-width="2")";
+constexpr std::string_view kHref = R"(class="href" stroke="#39424c" stroke-width="2" stroke-dasharray="6 4")";
+constexpr std::string_view kUsed = R"(class="used" stroke="#b3261e" stroke-width="4")";
 
 /// A coordinate with at most two decimals.
 std::string at(double coordinate) {
@@ -216,6 +216,11 @@ std::string legend(const ProfilePicture& picture, double width) {
     return svg + "</g>\n";
 }
 
+std::string note(const std::string& text, const Plot& plot) {
+    return R"(<text font-size="11" text-anchor="end" x=")" + at(plot.Right()) + "\" y=\"" + at(kHeight - 6) + "\">" +
+           text + "</text>\n";
+}
+
 std::string plot_of(const ProfilePicture& picture, const ScoreRange& scores, const SvgOptions& options,
                     const std::string& prefix) {
     const Plot plot(picture, scores, options.Width);
@@ -226,9 +231,8 @@ std::string plot_of(const ProfilePicture& picture, const ScoreRange& scores, con
     svg += marks(picture, plot);
     svg += circle(plot.AtX(picture.Minimum->Bandwidth), plot.AtY(picture.Minimum->Score));
     svg += legend(picture, options.Width);
-    if (scores.Cut)
-        svg += R"(<text font-size="11" text-anchor="end" x=")" + at(plot.Right()) + "\" y=\"" + at(kHeight - 6) +
-               "\">Scores above " + ShortNumber(scores.Highest, 3) + " lie outside the picture.</text>\n";
+    if (scores.Cut) svg += note("Scores above " + ShortNumber(scores.Highest, 3) + " lie outside the picture.", plot);
+    if (!picture.Minimised) svg += note("The search ended without a minimum inside its range.", plot);
     return svg;
 }
 

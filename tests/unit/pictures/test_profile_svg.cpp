@@ -83,6 +83,7 @@ TEST(ProfileSvg, Speaks_to_screen_readers) {
 TEST(ProfileSvg, Search_without_a_minimum_says_so) {
     EXPECT_THAT(ProfileSvg(flat_picture()),
                 HasSubstr("The smallest score is at 1 metre; the search ended without a minimum inside its range."));
+    EXPECT_THAT(ProfileSvg(flat_picture()), HasSubstr(">The search ended without a minimum inside its range.</text>"));
 }
 
 // 640 wide: the plot is 534 wide from x = 84 and 250 high down to y = 328. Bandwidths -0.2 to 10.2 (2 % more at both
@@ -115,7 +116,7 @@ TEST(ProfileSvg, Bandwidth_in_use_beyond_the_search_widens_the_scale) {
     picture.Bandwidth = 20.0;
     // -0.4 to 20.4: 20 lies at 84 + 534 x 20.4 / 20.8.
     EXPECT_THAT(ProfileSvg(picture),
-                HasSubstr("class=\"used\" stroke=\"#b3261e\" stroke-width=\"2\" d=\"M607.73 78V328\""));
+                HasSubstr("class=\"used\" stroke=\"#b3261e\" stroke-width=\"4\" d=\"M607.73 78V328\""));
 }
 
 TEST(ProfileSvg, Small_scores_share_a_power_of_ten) {
