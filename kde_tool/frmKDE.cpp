@@ -189,6 +189,8 @@ void frmKDE::ClearTables() {
     m_variances.clear();
     m_hrefs.clear();
     m_largestHref = 0.0;
+    m_plotted.reset();
+    ShowProfile(nullptr);
 }
 
 void frmKDE::SSTab1_Click(int previousTab) {
@@ -197,6 +199,8 @@ void frmKDE::SSTab1_Click(int previousTab) {
         const GroupedFixes fixes = ReadFixes();
         FillVarianceTable(fixes);
         FillHrefTable(fixes);
+        m_plotted.reset();
+        ShowProfile(&fixes);
     });
 }
 
@@ -212,7 +216,9 @@ void frmKDE::FillVarianceTable(const GroupedFixes& fixes) {
 
 void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
     m_hrefs = HrefRows(fixes.Animals);
+    const int chosenRow = std::max(0, datagridHref.CurrentRow);
     datagridHref = HrefTable(m_hrefs, cmbUIDFLD.Text());
+    datagridHref.CurrentRow = std::min(chosenRow, static_cast<int>(m_hrefs.size()) - 1);
     m_largestHref = LargestHref(m_hrefs);
     SuggestBuffer();
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include "kde_tool/animal_fixes.h"
+#include "kde_tool/profile_plot.h"
 #include "kde_tool/run_record.h"
 #include "kde_tool/statistics_tables.h"
 #include "platform/controls.h"
@@ -82,6 +83,7 @@ public:
     platform::OptionButton optPropHref{"Proportion(s) of reference bandwidth:"};
     platform::TextBox txtPropHref{"0.2, 0.4, 0.6, 0.8, 1.0"};
     platform::DataGrid datagridHref;
+    ProfilePlot plotProfile;  ///< the search of the animal in the chosen row, while this page is in sight
 
     // Page "Output Options", frames "Output", "Isopleths" and "Extents"
     platform::Label lblOutFolder{"Output folder (a new, empty folder is strongly recommended):"};
@@ -137,6 +139,9 @@ public:
     /// The page SSTab1.Current was chosen after `previousTab`: the variance and reference bandwidth tables are filled
     /// for the chosen layer and ID field, the largest reference bandwidth and the suggested buffer are updated.
     void SSTab1_Click(int previousTab);
+
+    /// Another row of the reference bandwidths was chosen: its animal's search is plotted.
+    void datagridHref_Click();
 
     // Buttons
 
@@ -236,6 +241,17 @@ private:
     void FillIdFields();
     void NoticeDegrees(const platform::Layer& layer);
     void ClearTables();
+    /// What the plot shows: a row of the reference bandwidths and how its bandwidth is searched.
+    struct PlottedSearch {
+        int Row;
+        BandwidthMethod Method;
+        bool Rescale;
+        friend bool operator==(const PlottedSearch&, const PlottedSearch&) = default;
+    };
+
+    void ShowProfile(const GroupedFixes* fixes);
+    std::optional<PlottedSearch> SearchToPlot();
+    ProfilePlot PlotChosenAnimal(const PlottedSearch& search, const GroupedFixes* fixes) const;
     void SuggestBuffer();
     void ChooseBandwidth(const platform::OptionButton& chosen);
     void ChooseExtent(const platform::OptionButton& chosen);
@@ -252,6 +268,8 @@ private:
     RunOutcome m_lastRun = RunOutcome::kNone;
     std::vector<IRunObserver*> m_observers;
     std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
+    std::optional<PlottedSearch> m_plotted;
+    bool m_plotting = false;
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;
     std::vector<HrefRow> m_hrefs;

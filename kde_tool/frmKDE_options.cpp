@@ -30,6 +30,7 @@ void frmKDE::optAdaptive_Click() {
 
 void frmKDE::ChooseBandwidth(const platform::OptionButton& chosen) {
     clear_siblings(chosen, {&optBE_LSCV, &optBE_BCV, &optBE_HREF, &optBE_MANUAL, &optPropHref});
+    ShowProfile(nullptr);
 }
 
 void frmKDE::optBE_LSCV_Click() {

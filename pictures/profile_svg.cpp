@@ -1,4 +1,4 @@
-#include "pictures/axis.h"
+#include "pictures/profile_axes.h"
 #include "pictures/profile_picture.h"
 #include "pictures/xml_text.h"
 
@@ -14,8 +14,6 @@ namespace wxl::pictures {
 namespace {
 
 constexpr std::size_t kShownTitle = 56;  ///< characters; the whole title stands in the title element
-constexpr std::size_t kShownUnits = 24;
-constexpr int kDigits = 5;  ///< of the bandwidths in words
 
 constexpr double kLeft = 84.0;
 constexpr double kTop = 78.0;
@@ -64,44 +62,11 @@ std::string id_prefix(const std::string& wanted) {
     return kept.empty() ? "profile" : kept;
 }
 
-std::string with_units(double bandwidth, const ProfilePicture& picture) {
-    return ShortNumber(bandwidth, kDigits) + (picture.Units.empty() ? "" : " " + picture.Units);
-}
-
-std::string title_of(const ProfilePicture& picture) {
-    return picture.Title + (picture.Title.empty() ? "" : ": ") + picture.Method + " profile";
-}
-
-/// What the picture shows, in sentences.
-std::string description(const ProfilePicture& picture) {
-    if (!picture.Minimum) return "There are no scores to show.";
-    std::string text = picture.Method + " scores of " + std::to_string(picture.Curve.size()) + " bandwidths from " +
-                       with_units(picture.Curve.front().Bandwidth, picture) + " to " +
-                       with_units(picture.Curve.back().Bandwidth, picture) + ". The smallest score is at " +
-                       with_units(picture.Minimum->Bandwidth, picture) +
-                       (picture.Minimised ? "." : "; the search ended without a minimum inside its range.");
-    if (picture.Href) text += " HREF is " + with_units(*picture.Href, picture) + ".";
-    if (picture.Bandwidth) text += " The bandwidth in use is " + with_units(*picture.Bandwidth, picture) + ".";
-    return text;
-}
-
 /// The plot's rectangle and both scales.
 class Plot {
 public:
     Plot(const ProfilePicture& picture, const ScoreRange& scores, double width)
-        : m_width(width - kLeft - kRightMargin) {
-        std::vector<double> bandwidths;
-        for (const engine::ProfileRow& row : picture.Curve) bandwidths.push_back(row.Bandwidth);
-        for (const auto& mark : {picture.Href, picture.Bandwidth})
-            if (mark) bandwidths.push_back(*mark);
-        std::erase_if(bandwidths, [](double bandwidth) { return !std::isfinite(bandwidth); });
-        const auto [low, high] = std::minmax_element(bandwidths.begin(), bandwidths.end());
-        X = bandwidths.empty() ? MakeAxis(0.0, 1.0, 6, 0.0) : MakeAxis(*low, *high, 6, 0.02);
-        Y = MakeAxis(scores.Lowest, scores.Highest, 5, 0.05);
-        // What leaves a cut picture at the top must reach its edge.
-        if (scores.Cut) Y.To = scores.Highest;
-        std::erase_if(Y.Ticks, [&](const Tick& tick) { return tick.Value > Y.To; });
-    }
+        : Axes(AxesOf(picture, scores)), X(Axes.Bandwidths), Y(Axes.Scores), m_width(width - kLeft - kRightMargin) {}
 
     double Right() const { return kLeft + m_width; }
     double Bottom() const { return kTop + kPlotHeight; }
@@ -116,24 +81,15 @@ public:
         return Bottom() - kPlotHeight * std::clamp((score - Y.From) / (Y.To - Y.From), 0.0, 20.0);
     }
 
-    Axis X;
-    Axis Y;
+    const ProfileAxes Axes;
+    const Axis& X;
+    const Axis& Y;
 
 private:
     double m_width;
 };
 
-std::string axis_title(const std::string& what, const Axis& axis) {
-    return what + (axis.Factor.empty() ? "" : " (× " + axis.Factor + ")");
-}
-
-std::string bandwidth_title(const ProfilePicture& picture, const Axis& axis) {
-    const std::string units = Shortened(picture.Units, kShownUnits);
-    if (axis.Factor.empty()) return units.empty() ? "Bandwidth h" : "Bandwidth h (" + units + ")";
-    return "Bandwidth h (× " + axis.Factor + (units.empty() ? "" : " " + units) + ")";
-}
-
-std::string scales(const ProfilePicture& picture, const Plot& plot) {
+std::string scales(const Plot& plot) {
     std::string svg = R"(<g font-size="12">)";
     for (const Tick& tick : plot.Y.Ticks) {
         const double y = plot.AtY(tick.Value);
@@ -150,9 +106,9 @@ std::string scales(const ProfilePicture& picture, const Plot& plot) {
     svg += R"(<path class="frame" stroke="#1f2933" fill="none" d="M)" + at(kLeft) + " " + at(kTop) + "V" +
            at(plot.Bottom()) + "H" + at(plot.Right()) + "\"/>";
     svg += R"(<text text-anchor="middle" x=")" + at((kLeft + plot.Right()) / 2) + "\" y=\"" + at(plot.Bottom() + 42) +
-           "\">" + XmlText(bandwidth_title(picture, plot.X)) + "</text>";
+           "\">" + XmlText(plot.Axes.BandwidthTitle) + "</text>";
     svg += R"(<text text-anchor="middle" transform="translate(20 )" + at(kTop + kPlotHeight / 2) +
-           R"svg() rotate(-90)">)svg" + XmlText(axis_title(picture.Method + " score", plot.Y)) + "</text>";
+           R"svg() rotate(-90)">)svg" + XmlText(plot.Axes.ScoreTitle) + "</text>";
     return svg + "</g>\n";
 }
 
@@ -204,14 +160,14 @@ std::string legend(const ProfilePicture& picture, double width) {
         svg += "<path " + std::string(look) + " d=\"M" + at(x) + " " + at(kY) + "h22\"/>";
     };
     svg += circle(x + 11, kY);
-    name("Minimum " + ShortNumber(picture.Minimum->Bandwidth, kDigits));
+    name(MinimumName(picture));
     if (drawable(picture.Href)) {
         line(kHref);
-        name("HREF " + ShortNumber(*picture.Href, kDigits));
+        name(HrefName(picture));
     }
     if (drawable(picture.Bandwidth)) {
         line(kUsed);
-        name("In use " + ShortNumber(*picture.Bandwidth, kDigits));
+        name(BandwidthName(picture));
     }
     return svg + "</g>\n";
 }
@@ -226,13 +182,12 @@ std::string plot_of(const ProfilePicture& picture, const ScoreRange& scores, con
     const Plot plot(picture, scores, options.Width);
     std::string svg = "<clipPath id=\"" + prefix + "-plot\"><rect x=\"" + at(kLeft) + "\" y=\"" + at(kTop) +
                       "\" width=\"" + at(plot.Right() - kLeft) + "\" height=\"" + at(kPlotHeight) + "\"/></clipPath>\n";
-    svg += scales(picture, plot);
+    svg += scales(plot);
     svg += "<g clip-path=\"url(#" + prefix + "-plot)\">" + curve(picture, plot) + "</g>\n";
     svg += marks(picture, plot);
     svg += circle(plot.AtX(picture.Minimum->Bandwidth), plot.AtY(picture.Minimum->Score));
     svg += legend(picture, options.Width);
-    if (scores.Cut) svg += note("Scores above " + ShortNumber(scores.Highest, 3) + " lie outside the picture.", plot);
-    if (!picture.Minimised) svg += note("The search ended without a minimum inside its range.", plot);
+    if (const std::string text = NoteOf(picture, scores); !text.empty()) svg += note(text, plot);
     return svg;
 }
 
@@ -247,12 +202,12 @@ std::string ProfileSvg(const ProfilePicture& picture, const SvgOptions& options)
                       prefix + "-title " + prefix + "-desc\" width=\"" + width + "\" height=\"" + height +
                       "\" viewBox=\"0 0 " + width + " " + height +
                       R"(" font-family="system-ui, sans-serif" fill="#1f2933">)" + "\n";
-    svg += "<title id=\"" + prefix + "-title\">" + XmlText(title_of(picture)) + "</title>\n";
-    svg += "<desc id=\"" + prefix + "-desc\">" + XmlText(description(picture)) + "</desc>\n";
+    svg += "<title id=\"" + prefix + "-title\">" + XmlText(TitleOf(picture)) + "</title>\n";
+    svg += "<desc id=\"" + prefix + "-desc\">" + XmlText(DescriptionOf(picture)) + "</desc>\n";
     svg += "<style>" + std::string(kStyle) + "</style>\n";
     svg += R"(<rect class="paper" fill="#ffffff" width=")" + width + "\" height=\"" + height + "\"/>\n";
     svg += R"(<text font-size="15" font-weight="600" x=")" + at(kLeft) + R"(" y="28">)" +
-           XmlText(Shortened(title_of(picture), kShownTitle)) + "</text>\n";
+           XmlText(Shortened(TitleOf(picture), kShownTitle)) + "</text>\n";
     if (scores && picture.Minimum)
         svg += plot_of(picture, *scores, options, prefix);
     else

@@ -66,10 +66,12 @@ struct DataGrid {
     std::vector<std::string> Columns;
     std::vector<std::vector<std::string>> Rows;
     bool Visible = true;
+    int CurrentRow = -1;  ///< the row chosen by the user; -1: none
 
     void Clear() {
         Columns.clear();
         Rows.clear();
+        CurrentRow = -1;
     }
 };
 

@@ -132,19 +132,29 @@ void FormBinder::Bind(QLabel& widget, platform::Label& control, const char* name
     });
 }
 
-void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const char* name) {
+void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const char* name, Handler chosen) {
     widget.setObjectName(QLatin1String(name));
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setAlternatingRowColors(true);
     widget.verticalHeader()->setVisible(false);
     widget.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    if (chosen) {
+        widget.setSelectionBehavior(QAbstractItemView::SelectRows);
+        widget.setSelectionMode(QAbstractItemView::SingleSelection);
+        connect(&widget, &QTableWidget::currentCellChanged, this,
+                [this, &control, chosen](int row, int, int last, int) {
+                    if (row != last) Run([&] { control.CurrentRow = row; }, chosen);
+                });
+    }
     // A table of thousands of animals is laid out again only when it has changed.
-    m_refreshers.push_back([&widget, &control, shown = platform::DataGrid{}, first = true]() mutable {
-        const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;
-        if (!same) show_table(widget, control);
-        if (!same) shown = control;
-        first = false;
-    });
+    m_refreshers.push_back(
+        [&widget, &control, selects = chosen != nullptr, shown = platform::DataGrid{}, first = true]() mutable {
+            const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;
+            if (!same) show_table(widget, control);
+            if (!same) shown = control;
+            first = false;
+            if (selects && widget.currentRow() != control.CurrentRow) widget.setCurrentCell(control.CurrentRow, 0);
+        });
 }
 
 void FormBinder::Bind(QProgressBar& widget, platform::ProgressBar& control, const char* name) {

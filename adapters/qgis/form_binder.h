@@ -32,7 +32,9 @@ public:
     void Bind(QComboBox& widget, platform::ComboBox& control, const char* name, Handler clicked = {});
     void Bind(QPushButton& widget, platform::Button& control, const char* name, Handler clicked);
     void Bind(QLabel& widget, platform::Label& control, const char* name);
-    void Bind(QTableWidget& widget, platform::DataGrid& control, const char* name);
+
+    /// With `chosen`, one row at a time can be chosen.
+    void Bind(QTableWidget& widget, platform::DataGrid& control, const char* name, Handler chosen = {});
     void Bind(QProgressBar& widget, platform::ProgressBar& control, const char* name);
 
     /// `changed` is called with every move by hand.

@@ -1,5 +1,6 @@
 #include "adapters/qgis/kde_dialog.h"
 
+#include "adapters/qgis/profile_plot_widget.h"
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
 
@@ -183,7 +184,10 @@ QWidget* KdeDialog::BandwidthPage() {
     m_binder.Bind(*bandwidth, m_form.txtBW, "txtBW");
     m_binder.Bind(*proportion, m_form.optPropHref, "optPropHref", [this] { m_form.optPropHref_Click(); });
     m_binder.Bind(*proportions, m_form.txtPropHref, "txtPropHref");
-    m_binder.Bind(*table, m_form.datagridHref, "datagridHref");
+    m_binder.Bind(*table, m_form.datagridHref, "datagridHref", [this] { m_form.datagridHref_Click(); });
+    auto* plot = new ProfilePlotWidget;
+    plot->setObjectName(QStringLiteral("plotProfile"));
+    m_binder.AlsoRefresh([this, plot] { plot->Show(m_form.plotProfile); });
     auto* choices = new QGridLayout;
     choices->addWidget(lscv, 0, 0, 1, 3);
     choices->addWidget(bcv, 1, 0, 1, 3);
@@ -196,7 +200,8 @@ QWidget* KdeDialog::BandwidthPage() {
     choices->setColumnStretch(1, 1);
     auto* selection = new QVBoxLayout;
     selection->addLayout(choices);
-    selection->addWidget(table, 1);
+    selection->addWidget(with_tip(table, "The animal of the chosen row is plotted below"), 1);
+    selection->addWidget(plot, 2);
     return page_of({frame("Bandwidth Selection", selection)}, false);
 }
 

@@ -13,6 +13,7 @@ wxl_test(
   SOURCES
   test_frmKDE.cpp
   test_frmKDE_degrees.cpp
+  test_frmKDE_profile.cpp
   test_frmKDE_statistics.cpp
   test_settings_file.cpp
   DEPENDS
