@@ -12,6 +12,7 @@ namespace wxl::kde_tool {
 struct ProfilePlot {
     pictures::ProfilePicture Picture;
     std::string Hint;  ///< "" while the picture has something to show
+    friend bool operator==(const ProfilePlot&, const ProfilePlot&) = default;
 };
 
 /// Searches the bandwidth of one animal by LSCV or BCV, as a run would, and shows the scores. `units` name the map

@@ -17,6 +17,7 @@ struct ProfilePicture {
     bool Minimised = false;                     ///< whether the search ended at a minimum inside its range
     std::optional<double> Href;                 ///< the reference bandwidth
     std::optional<double> Bandwidth;            ///< the bandwidth in use
+    friend bool operator==(const ProfilePicture&, const ProfilePicture&) = default;
 };
 
 /// Takes the scores over: Curve without the unused rows (0, 0) at the end, Minimum.

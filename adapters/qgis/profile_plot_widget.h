@@ -4,7 +4,6 @@
 #include <QStackedWidget>
 
 class QLabel;
-class QwtPlot;
 
 namespace wxl::qgis {
 
@@ -22,7 +21,7 @@ private:
     void Draw(const pictures::ProfilePicture& picture);
 
     QLabel* m_hint;
-    QwtPlot* m_plot;
+    QWidget* m_plot;
     kde_tool::ProfilePlot m_shown;
 };
 

@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QStackedWidget>
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QTest>
@@ -153,6 +154,28 @@ TEST_F(KdeDialogTest, Nothing_is_cut_off_on_any_page) {
     }
     EXPECT_LE(m_dialog->width(), 1280);
     EXPECT_LE(m_dialog->height(), 860);
+}
+
+TEST_F(KdeDialogTest, Search_of_the_chosen_row_is_plotted) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    ShowPage(2);
+    const auto& plot = Find<QStackedWidget>("plotProfile");
+    EXPECT_EQ(Find<QLabel>("plotProfileHint").text(), "Choose LSCV or BCV: the scores of the search are plotted here.");
+    EXPECT_EQ(plot.currentWidget()->objectName(), "plotProfileHint");
+    Find<QRadioButton>("optBE_BCV").click();
+    EXPECT_EQ(plot.currentWidget()->objectName(), "plotProfileCurve");
+    EXPECT_EQ(plot.currentWidget()->accessibleName(), "Asta: BCV profile");
+    auto& table = Find<QTableWidget>("datagridHref");
+    EXPECT_EQ(table.currentRow(), 0);
+    QTest::keyClick(&table, Qt::Key_Down);
+    EXPECT_EQ(plot.currentWidget()->accessibleName(), QString::fromUtf8("Björn: BCV profile"));
+    // HREF of 20 points on a circle of radius 900: 900 x sqrt(10 / 19) x 20^(-1/6) = 396.30.
+    EXPECT_TRUE(plot.currentWidget()->accessibleDescription().contains(QStringLiteral("HREF is 396.3 ")))
+        << plot.currentWidget()->accessibleDescription().toStdString();
+    QTest::qWait(20);
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-bandwidth-plot"));
+    Find<QRadioButton>("optBE_HREF").click();
+    EXPECT_EQ(plot.currentWidget()->objectName(), "plotProfileHint");
 }
 
 TEST_F(KdeDialogTest, Exit_closes_the_dialog) {

@@ -3,6 +3,7 @@
 #include "tests/unit/kde_tool/form_fixture.h"
 
 #include <cmath>
+#include <random>
 
 namespace wxl::kde_tool {
 namespace {
@@ -106,6 +107,25 @@ TEST_F(FormProfileTest, Another_ID_field_clears_the_plot) {
     ChooseField("Age");
     EXPECT_EQ(form.plotProfile.Hint, kChooseLayer);
     EXPECT_TRUE(form.plotProfile.Picture.Curve.empty());
+}
+
+// The search of 40,000 scattered fixes takes several turns of the host; in the first one another row is chosen.
+TEST_F(FormProfileTest, Row_chosen_during_a_search_is_plotted_next) {
+    memory::MemoryFeatureClass& points = AddPoints("many");
+    std::mt19937 random(3);
+    const auto coordinate = [&] { return static_cast<double>(random() % 100'000U); };
+    for (int i = 0; i < 40'000; ++i) points.AddPoint(coordinate(), coordinate(), {std::int64_t{7}, 5.0});
+    points.AddPoint(0.0, 0.0, {std::int64_t{8}, 5.0});
+    points.AddPoint(1.0, 1.0, {std::int64_t{8}, 5.0});
+    Open();
+    ChooseLayer("many");
+    ChooseField("Animal");
+    GoToPage(2);
+    host.SetOnYield([&] {
+        if (form.datagridHref.CurrentRow == 0) ChooseRow(1);
+    });
+    Choose(form.optBE_LSCV, &frmKDE::optBE_LSCV_Click);
+    EXPECT_EQ(form.plotProfile.Picture.Title, "8");
 }
 
 TEST_F(FormProfileTest, Animal_that_left_the_layer_is_told) {

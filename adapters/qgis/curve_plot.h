@@ -1,0 +1,47 @@
+#pragma once
+#include <QPointF>
+#include <QString>
+#include <QVector>
+
+class QWidget;
+
+namespace wxl::qgis {
+
+// A plot of one curve with marks, in the toolkit's values alone: the plotting library's headers want an older language
+// standard than ours.
+
+struct PlotTick {
+    double Value;
+    QString Text;
+};
+
+struct PlotAxis {
+    double From;
+    double To;
+    QVector<PlotTick> Ticks;
+    QString Title;
+};
+
+/// One marked place of the plot and its name in the legend.
+struct PlotMark {
+    enum class Look { kDot, kDashes, kLine };
+    QString Name;
+    Look Shape;
+    QPointF At;  ///< lines are upright and use x alone
+};
+
+struct CurvePicture {
+    PlotAxis X;
+    PlotAxis Y;
+    QVector<QVector<QPointF>> Pieces;  ///< unbroken pieces of the curve
+    QVector<PlotMark> Marks;
+    QString Note;  ///< below the plot
+};
+
+/// An empty plot in the colours of its palette.
+QWidget* NewCurvePlot(QWidget* parent);
+
+/// Replaces what a plot of NewCurvePlot shows.
+void ShowCurve(QWidget& plot, const CurvePicture& picture);
+
+}  // namespace wxl::qgis
