@@ -94,7 +94,10 @@ void add_mark(QwtPlot& plot, const PlotMark& mark) {
 
 QWidget* NewCurvePlot(QWidget* parent) {
     auto* plot = new QwtPlot(parent);
-    plot->setMinimumSize(280, 170);
+    plot->setMinimumSize(280, 220);
+    QFont small = plot->font();
+    small.setPointSizeF(0.85 * small.pointSizeF());
+    plot->setFont(small);
     plot->insertLegend(new QwtLegend, QwtPlot::TopLegend);
     if (auto* canvas = qobject_cast<QwtPlotCanvas*>(plot->canvas())) canvas->setFrameStyle(QFrame::NoFrame);
     return plot;

@@ -201,7 +201,7 @@ QWidget* KdeDialog::BandwidthPage() {
     auto* selection = new QVBoxLayout;
     selection->addLayout(choices);
     selection->addWidget(with_tip(table, "The animal of the chosen row is plotted below"), 1);
-    selection->addWidget(plot, 2);
+    selection->addWidget(plot, 3);
     return page_of({frame("Bandwidth Selection", selection)}, false);
 }
 

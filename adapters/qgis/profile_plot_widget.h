@@ -15,7 +15,7 @@ public:
     /// Shows the control's present value; does nothing while it is what is shown already.
     void Show(const kde_tool::ProfilePlot& plot);
 
-    QSize sizeHint() const override { return {480, 210}; }
+    QSize sizeHint() const override { return {480, 240}; }
 
 private:
     void Draw(const pictures::ProfilePicture& picture);
