@@ -1,20 +1,35 @@
 #!/usr/bin/env python3
-"""Enables a C++ plugin in the default profile of QGIS: enable_plugin.py PROFILES FOLDER LIBRARY"""
+"""Enables a C++ plugin in the default profile of QGIS: enable_plugin.py PROFILES FOLDER LIBRARY [PYTHON_PLUGIN]
+
+PYTHON_PLUGIN: the folder of a plugin in Python that goes with it; it is copied into the profile and enabled too.
+"""
 import configparser
 import pathlib
+import shutil
 import sys
 
 
-def enable(profiles, folder, library):
-    file = pathlib.Path(profiles) / "profiles" / "default" / "QGIS" / "QGIS3.ini"
+def copy_python_plugin(source, profile):
+    """Replaces an older copy."""
+    target = profile / "python" / "plugins" / source.name
+    shutil.rmtree(target, ignore_errors=True)
+    shutil.copytree(source, target, ignore=shutil.ignore_patterns("__pycache__"))
+
+
+def enable(profiles, folder, library, python_plugin=None):
+    profile = pathlib.Path(profiles) / "profiles" / "default"
+    file = profile / "QGIS" / "QGIS3.ini"
     settings = configparser.ConfigParser(interpolation=None, delimiters=("=",), strict=False)
     settings.optionxform = str
     if file.exists():
         settings.read(file, encoding="utf-8")
-    for section in ("Plugins", "plugins"):
+    for section in ("Plugins", "plugins", "PythonPlugins"):
         if not settings.has_section(section):
             settings.add_section(section)
     settings["Plugins"][library] = "true"
+    if python_plugin:
+        copy_python_plugin(pathlib.Path(python_plugin), profile)
+        settings["PythonPlugins"][pathlib.Path(python_plugin).name] = "true"
     folders = [f for f in settings["plugins"].get("searchPathsForPlugins", "").split("|") if f]
     if folder not in folders:
         folders.append(folder)
@@ -27,4 +42,4 @@ def enable(profiles, folder, library):
 
 
 if __name__ == "__main__":
-    enable(*sys.argv[1:4])
+    enable(*sys.argv[1:5])

@@ -1,5 +1,7 @@
 #include "apps/cli/console_messages.h"
 
+#include "platform/message_text.h"
+
 #include <algorithm>
 #include <array>
 #include <CLI/CLI.hpp>
@@ -51,26 +53,6 @@ void add_answer(Answers& answers, const std::string& given) {
     answers.ByTopic[topic->second] = answer_named(std::string_view(given).substr(equals + 1), given);
 }
 
-/// The text with every kind of line end as a line feed and none at its end.
-std::string with_line_feeds(std::string_view text) {
-    std::string lines;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') {
-            if (i + 1 < text.size() && text[i + 1] == '\n') continue;
-            lines += '\n';
-        } else {
-            lines += text[i];
-        }
-    }
-    while (!lines.empty() && lines.back() == '\n') lines.pop_back();
-    return lines;
-}
-
-bool is_fault_report(const platform::MessageBox& box) {
-    return box.Title == "Error" || box.Sign == platform::Icon::kCritical ||
-           box.Text.find("Error number: ") != std::string::npos;
-}
-
 std::string option_that_answers(const platform::MessageBox& box) {
     const auto topic =
         std::find_if(kTopics.begin(), kTopics.end(), [&](const auto& pair) { return pair.second == box.About; });
@@ -103,13 +85,13 @@ ConsoleMessages::ConsoleMessages(Console& console, Answers answers)
     : m_console(console), m_answers(std::move(answers)) {}
 
 Answer ConsoleMessages::Show(const platform::MessageBox& box) {
-    if (is_fault_report(box)) ++m_faults;
+    if (platform::IsFaultReport(box)) ++m_faults;
     const bool question = box.Choice != Buttons::kOk;
     if (!question) ++m_notices;
     if (m_stopped && question) throw QuestionUnanswered();
     if (m_stopped) return Answer::kOk;
 
-    const std::string text = with_line_feeds(box.Title.empty() ? box.Text : box.Title + ": " + box.Text);
+    const std::string text = platform::PlainText(box);
     if (question || box.Sign != platform::Icon::kInformation) {
         m_console.Problem(text);
     } else {

@@ -3,6 +3,7 @@
 #include "adapters/files/disk_services.h"
 #include "adapters/qgis/desktop_toolbar.h"
 #include "adapters/qgis/form_presenter.h"
+#include "adapters/qgis/processing/wxl_provider.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_messages.h"
 #include "adapters/qgis/utm_copies.h"
@@ -73,9 +74,11 @@ public:
         m_wiring.emplace(*m_desktop);
         m_toolBar = m_wiring->ToolBar();
         m_desktop->addToolBar(m_toolBar);
+        wxl::qgis::AddWxlProvider();
     }
 
     void unload() override {
+        wxl::qgis::RemoveWxlProvider();
         delete m_toolBar.data();
         m_wiring.reset();
     }
@@ -118,4 +121,14 @@ QGISEXTERN const QString* icon() {
 
 QGISEXTERN void unload(QgisPlugin* plugin) {
     delete plugin;
+}
+
+// qgis_process loads no plugins of this kind: a small one in Python, wxl_processing, calls these two.
+
+QGISEXTERN void wxlAddProcessingProvider() {
+    wxl::qgis::AddWxlProvider();
+}
+
+QGISEXTERN void wxlRemoveProcessingProvider() {
+    wxl::qgis::RemoveWxlProvider();
 }

@@ -3,6 +3,7 @@
 #include "apps/cli/console_messages.h"
 #include "apps/cli/input_layer.h"
 #include "batch/planner.h"
+#include "kde_tool/form_choices.h"
 #include "kde_tool/run_record.h"
 
 #include <optional>
@@ -18,27 +19,13 @@ class KdeOutput;
 
 /// wxl kde: the batch kernel density analysis. An option that was not given leaves what the settings file or the form's
 /// defaults say.
-struct KdeOptions {
+struct KdeOptions : kde_tool::FormChoices {
     InputOptions Points;
     std::string IdField;
     std::string Where;
     std::optional<std::string> Out;
-    std::optional<std::string> Prefix;
-    std::optional<std::string> CellSize;
-    std::optional<std::string> Scaling;
-    std::optional<std::string> Bandwidth;
-    std::optional<std::string> Extent;
-    std::optional<std::string> Isopleths;
-    bool Adaptive = false;
-    bool Rescale = false;
-    bool Independence = false;
-    bool Lines = false;
-    bool Polygons = false;
-    bool Donuts = false;
-    bool VerboseLog = false;
     std::string Settings;
     std::string SaveSettings;
-    std::string RasterFormat = "GRID";
     std::size_t GroupBy = 0;
     std::size_t Jobs = 1;
     bool Json = false;

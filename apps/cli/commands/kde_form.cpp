@@ -19,13 +19,10 @@ using kde_tool::frmKDE;
 using platform::IsNumeric;
 using platform::NumberFromText;
 
-bool is_positive(const std::string& text) {
-    return IsNumeric(text) && NumberFromText(text) > 0.0;
-}
-
 void check_positive_list(const std::string& option, const std::string& text, const std::string& what) {
     for (const std::string& piece : platform::Split(text, ','))
-        if (!is_positive(piece)) throw WrongCall(fmt::format("{}: \"{}\" is not {}", option, piece, what));
+        if (!kde_tool::IsPositiveNumber(piece))
+            throw WrongCall(fmt::format("{}: \"{}\" is not {}", option, piece, what));
 }
 
 void check_bandwidth(const std::string& text) {
@@ -54,11 +51,6 @@ void check_isopleths(const std::string& text) {
             throw WrongCall(fmt::format("--isopleths: {} is above 100 %", platform::NumberText(percent)));
 }
 
-void choose(frmKDE& form, platform::OptionButton& button, void (frmKDE::*click)()) {
-    button.Value = true;
-    (form.*click)();
-}
-
 void choose_id_field(const KdeOptions& options, files::FilesFeatureLayer& layer, frmKDE& form) {
     form.cmbUIDFLD.Select(find_id_field(layer.FeatureClass()->Table(), options.IdField, options.Points.Input));
     form.cmbUIDFLD_Click();
@@ -74,49 +66,13 @@ void load_settings(const KdeOptions& options, OptionDialogs& dialogs, frmKDE& fo
     form.txtStatus.Text.clear();
 }
 
-void set_kernel(const KdeOptions& options, frmKDE& form) {
-    if (options.Adaptive) choose(form, form.optAdaptive, &frmKDE::optAdaptive_Click);
-    if (options.Rescale) form.chkRescale.Value = 1;
-    if (options.VerboseLog) form.chkVerbose.Value = 1;
-    form.RasterFormat = options.RasterFormat;
+void set_folder(const KdeOptions& options, frmKDE& form) {
+    if (options.Out) form.SetOutputFolder(fs::absolute(*options.Out).lexically_normal().string());
+    if (form.OutputFolder().empty()) throw WrongCall("give the output folder by --out DIR");
     form.AnimalsPerSubfolder = options.GroupBy;
 }
 
-void set_bandwidth(const KdeOptions& options, frmKDE& form) {
-    if (!options.Bandwidth) return;
-    const std::string& text = *options.Bandwidth;
-    if (text == "href") return choose(form, form.optBE_HREF, &frmKDE::optBE_HREF_Click);
-    if (text == "lscv") return choose(form, form.optBE_LSCV, &frmKDE::optBE_LSCV_Click);
-    if (text == "bcv") return choose(form, form.optBE_BCV, &frmKDE::optBE_BCV_Click);
-    if (text.starts_with("prop:")) {
-        choose(form, form.optPropHref, &frmKDE::optPropHref_Click);
-        form.txtPropHref.Text = text.substr(5);
-        return;
-    }
-    choose(form, form.optBE_MANUAL, &frmKDE::optBE_MANUAL_Click);
-    form.txtBW.Text = text;
-}
-
-void set_output(const KdeOptions& options, frmKDE& form) {
-    if (options.Out) form.SetOutputFolder(fs::absolute(*options.Out).lexically_normal().string());
-    if (form.OutputFolder().empty()) throw WrongCall("give the output folder by --out DIR");
-    if (options.Prefix) {
-        form.txtR.Text = *options.Prefix;
-        form.txtR_Change();
-    }
-    if (options.CellSize) form.txtCellSize.Text = *options.CellSize;
-    if (options.Scaling) form.txtScaling.Text = *options.Scaling;
-}
-
-void set_isopleths(const KdeOptions& options, frmKDE& form) {
-    if (options.Isopleths || options.Lines || options.Polygons || options.Donuts) {
-        form.chkBnds.Value = 1;
-        form.chkBnds_Click();
-    }
-    if (options.Isopleths) form.txtBnds.Text = *options.Isopleths;
-    if (options.Lines) form.chkLines.Value = 1;
-    if (options.Polygons) form.chkPolys.Value = 1;
-    if (options.Donuts) form.chkDonuts.Value = 1;
+void check_isopleth_kinds(const frmKDE& form) {
     if (form.chkBnds.Value != 0 && form.chkLines.Value + form.chkPolys.Value + form.chkDonuts.Value == 0)
         throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons or --donuts");
 }
@@ -125,39 +81,11 @@ bool is_reference(const std::optional<std::string>& extent) {
     return extent && extent->starts_with("ref:");
 }
 
-void set_extent(const KdeOptions& options, frmKDE& form) {
-    if (!options.Extent) return;
-    if (*options.Extent == "min") return choose(form, form.optSmall, &frmKDE::optSmall_Click);
-    if (!is_reference(options.Extent)) return choose(form, form.optFull, &frmKDE::optFull_Click);
-    choose(form, form.optExtRef, &frmKDE::optExtRef_Click);
-    form.cmbExtRef.Select(options.Extent->substr(4));
-}
-
 /// The buffer that was asked for, by an option or a settings file; nothing where one is to be suggested.
 std::optional<std::string> given_buffer(const KdeOptions& options, const frmKDE& form) {
-    if (options.Extent && options.Extent->starts_with("full:")) return options.Extent->substr(5);
+    if (const auto given = kde_tool::GivenBuffer(options.Extent)) return given;
     if (!options.Extent && !options.Settings.empty() && form.optFull.Value) return form.txtBuffer.Text;
     return std::nullopt;
-}
-
-/// The form suggests a buffer from the reference bandwidths; a wider bandwidth of the user's needs more.
-void suggest_buffer(frmKDE& form) {
-    const kde_tool::RunInputs inputs = kde_tool::inputs_of(form);
-    const double largest = kde_tool::largest_value(inputs, kde_tool::bandwidth_values(inputs));
-    const auto advice = kde_tool::recommended_buffer(inputs.Method, largest, form.LargestReferenceBandwidth());
-    if (!IsNumeric(inputs.BufferText) || advice.Shown > NumberFromText(inputs.BufferText))
-        form.txtBuffer.Text = platform::NumberText(advice.Shown);
-}
-
-void visit_pages(const KdeOptions& options, frmKDE& form) {
-    const std::optional<std::string> buffer = given_buffer(options, form);
-    form.SSTab1.Current = 1;
-    form.SSTab1_Click(0);
-    if (options.Independence) form.btnCalcIO_Click();
-    if (buffer)
-        form.txtBuffer.Text = *buffer;
-    else
-        suggest_buffer(form);
 }
 
 void save_settings(const KdeOptions& options, OptionDialogs& dialogs, frmKDE& form) {
@@ -183,7 +111,7 @@ void check_options(const KdeOptions& options) {
         throw WrongCall(
             fmt::format("--cell-size: \"{}\" is not a number above 0.5; it is used as a whole number of map units",
                         *options.CellSize));
-    if (options.Scaling && !is_positive(*options.Scaling))
+    if (options.Scaling && !kde_tool::IsPositiveNumber(*options.Scaling))
         throw WrongCall(fmt::format("--scaling: \"{}\" is not a number above 0", *options.Scaling));
     if (options.Settings.empty() && !options.Out) throw WrongCall("give the output folder by --out DIR");
     if (options.Settings.empty() && !options.CellSize && !is_reference(options.Extent))
@@ -194,17 +122,15 @@ void fill_form(const KdeOptions& options, files::FilesFeatureLayer& layer, Optio
     form.Form_Load();
     choose_id_field(options, layer, form);
     load_settings(options, dialogs, form);
-    set_kernel(options, form);
-    set_bandwidth(options, form);
-    set_output(options, form);
-    set_isopleths(options, form);
-    set_extent(options, form);
+    set_folder(options, form);
+    kde_tool::Choose(options, form);
+    check_isopleth_kinds(form);
     if (!options.Where.empty()) {
         layer.SelectWhere(options.Where);
         form.chkUseSel.Value = 1;
         form.chkUseSel_Click();
     }
-    visit_pages(options, form);
+    kde_tool::TurnPages(options, given_buffer(options, form), form);
     save_settings(options, dialogs, form);
 }
 

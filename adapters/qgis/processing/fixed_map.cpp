@@ -1,0 +1,16 @@
+#include "adapters/qgis/processing/fixed_map.h"
+
+#include "platform/runtime_error.h"
+
+namespace wxl::qgis {
+
+std::unique_ptr<platform::IGraphicsContainer> FixedMap::NewGraphics() {
+    platform::Raise(platform::error_number::kInvalidCall, "An algorithm draws nothing on the map.");
+}
+
+std::optional<platform::Layer> FixedDocument::SelectedLayer() {
+    const std::vector<platform::Layer> layers = m_map->Layers();
+    return layers.empty() ? std::nullopt : std::optional(layers.front());
+}
+
+}  // namespace wxl::qgis

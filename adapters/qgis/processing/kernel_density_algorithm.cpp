@@ -1,0 +1,360 @@
+#include "adapters/qgis/processing/kernel_density_algorithm.h"
+
+#include "adapters/qgis/qgis_values.h"
+#include "kde_tool/analysis_run.h"
+#include "kde_tool/frmKDE.h"
+#include "kde_tool/run_preparation.h"
+#include "platform/text.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <qgsprocessingoutputs.h>
+#include <qgsprocessingparameters.h>
+#include <qgsrasterlayer.h>
+
+namespace wxl::qgis {
+namespace {
+
+using kde_tool::frmKDE;
+using kde_tool::RunOutcome;
+
+// Values of the parameters METHOD and EXTENT_MODE.
+enum Method { kHref, kLscv, kBcv, kBandwidths, kProportions };
+enum ExtentMode { kFull, kMinimum, kReference };
+
+const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
+
+template <class Parameter>
+Parameter* advanced(Parameter* parameter) {
+    parameter->setFlags(parameter->flags() | QgsProcessingParameterDefinition::FlagAdvanced);
+    return parameter;
+}
+
+template <class Parameter>
+Parameter* with_help(Parameter* parameter, const char* help) {
+    parameter->setHelp(QString::fromUtf8(help));
+    return parameter;
+}
+
+/// What a run wrote, as it tells it.
+class WrittenFiles final : public kde_tool::IRunObserver {
+public:
+    void RunBegins(const kde_tool::RunFrame&, const kde_tool::GroupedFixes&) override {}
+    void AnimalDone(const kde_tool::AnimalRecord& record) override {
+        ++Distributions;
+        if (record.Status != 0) ++Failed;
+        for (const std::string& file : record.Files) {
+            const QString path = ToQString(file);
+            (path.endsWith(QStringLiteral(".shp")) ? Isopleths : Rasters) << path;
+        }
+    }
+    void RunEnds(RunOutcome) override {}
+
+    int Distributions = 0;
+    int Failed = 0;
+    QStringList Rasters;
+    QStringList Isopleths;
+};
+
+/// The lists of numbers that a user types: all above 0, percentages at most 100.
+QString problem_of_list(const QString& name, const QString& text, double largest) {
+    for (const QString& piece : text.split(QLatin1Char(','))) {
+        const std::string number = FromQString(piece);
+        if (!kde_tool::IsPositiveNumber(number) || platform::NumberFromText(number) > largest)
+            return QStringLiteral("%1: \"%2\" is not a number above 0%3")
+                .arg(name, piece.trimmed(), largest <= 100.0 ? QStringLiteral(" and at most 100") : QString());
+    }
+    return {};
+}
+
+void select_field(frmKDE& form, const QString& field) {
+    if (!form.cmbUIDFLD.Select(FromQString(field)))
+        throw QgsProcessingException(QStringLiteral("The layer has no field \"%1\".").arg(field));
+    form.cmbUIDFLD_Click();
+}
+
+QString report_of(const QString& folder) {
+    return ToQString(kde_tool::file_in_folder(FromQString(folder), kde_tool::kReportFile).lexically_normal().string());
+}
+
+/// Distances are measured in the layer's units: degrees are none.
+void refuse_degrees(const QgsVectorLayer& layer) {
+    if (layer.crs().isGeographic())
+        throw QgsProcessingException(
+            QStringLiteral("The layer \"%1\" is in degrees (%2), in which distances cannot be measured. Please "
+                           "reproject it first, for example to its UTM zone.")
+                .arg(layer.name(), layer.crs().authid()));
+}
+
+}  // namespace
+
+QString KernelDensityAlgorithm::shortDescription() const {
+    return QStringLiteral("Utilization distribution and isopleths of every animal of a point layer");
+}
+
+QString KernelDensityAlgorithm::shortHelpString() const {
+    return QStringLiteral(
+        "Estimates a utilization distribution for every animal of a point layer by a bivariate normal kernel, fixed or "
+        "adaptive, and writes it as a raster into the output folder, with isopleths as shapefiles where asked for. The "
+        "folder also gets a report and a record of the settings. The files are those of the analysis dialog and of the "
+        "command \"wxl kde\".\n\n"
+        "The points must be projected: distances in degrees mean nothing.\n\n"
+        "Bandwidth: the reference rule, least squares (LSCV) or biased (BCV) cross-validation, your own bandwidths in "
+        "map units, or proportions of the reference bandwidth.\n\n"
+        "Rasters are named after the prefix and the animal: its number, or 1, 2, 3 ... where the ID is text. A raster "
+        "that stands in the folder is not replaced: choose a new folder for every run.\n\n"
+        "Cancel stops after the present animal; what was done is kept.");
+}
+
+QStringList KernelDensityAlgorithm::tags() const {
+    return QStringLiteral("kernel,density,kde,home range,utilization distribution,isopleth,telemetry,lscv,bcv")
+        .split(QLatin1Char(','));
+}
+
+void KernelDensityAlgorithm::initAlgorithm(const QVariantMap&) {
+    AddInput(QStringLiteral("Fixes (projected points)"));
+    addParameter(
+        with_help(new QgsProcessingParameterField(QStringLiteral("ID_FIELD"), QStringLiteral("Animal ID field"),
+                                                  QVariant(), QStringLiteral("INPUT")),
+                  "The field that names the animal of each fix"));
+    AddRasterParameters();
+    AddBandwidthParameters();
+    AddIsoplethParameters();
+    AddRunParameters();
+    addParameter(with_help(
+        new QgsProcessingParameterFolderDestination(QStringLiteral("OUTPUT"), QStringLiteral("Output folder")),
+        "A new or empty folder; made when it is not there"));
+    addOutput(new QgsProcessingOutputFile(QStringLiteral("REPORT"), QStringLiteral("Report")));
+    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
+    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
+    addOutput(
+        new QgsProcessingOutputNumber(QStringLiteral("DISTRIBUTIONS"), QStringLiteral("Number of distributions")));
+    addOutput(new QgsProcessingOutputNumber(QStringLiteral("FAILED"),
+                                            QStringLiteral("Number of distributions that could not be computed")));
+}
+
+void KernelDensityAlgorithm::AddBandwidthParameters() {
+    addParameter(new QgsProcessingParameterEnum(
+        QStringLiteral("METHOD"), QStringLiteral("Bandwidth"),
+        {QStringLiteral("Reference bandwidth (HREF)"), QStringLiteral("LSCV (Least Squares Cross Validation)"),
+         QStringLiteral("BCV (Biased Cross Validation)"), QStringLiteral("User defined"),
+         QStringLiteral("Proportions of the reference bandwidth")},
+        false, kHref));
+    addParameter(with_help(
+        new QgsProcessingParameterString(QStringLiteral("BANDWIDTHS"),
+                                         QStringLiteral("User defined bandwidths, or proportions"), QVariant(), false,
+                                         true),
+        "One number, or several separated by commas: bandwidths in map units, or proportions such as 0.5, 1"));
+    addParameter(with_help(
+        new QgsProcessingParameterBoolean(QStringLiteral("ADAPTIVE"), QStringLiteral("Adaptive kernel"), false),
+        "Wider kernels where fixes are sparse"));
+    addParameter(with_help(
+        new QgsProcessingParameterBoolean(QStringLiteral("RESCALE"), QStringLiteral("Rescale to unit variance"), false),
+        "Divides x and y by their standard deviations before smoothing"));
+}
+
+void KernelDensityAlgorithm::AddRasterParameters() {
+    addParameter(with_help(new QgsProcessingParameterDistance(QStringLiteral("CELL_SIZE"), QStringLiteral("Cell size"),
+                                                              QVariant(), QStringLiteral("INPUT"), true, 0.5),
+                           "Used as a whole number of map units; not needed with a reference raster"));
+    addParameter(new QgsProcessingParameterEnum(
+        QStringLiteral("EXTENT_MODE"), QStringLiteral("Extent of the rasters"),
+        {QStringLiteral("All fixes of the layer and a buffer"),
+         QStringLiteral("Each animal's fixes and four bandwidths"), QStringLiteral("As a reference raster")},
+        false, kFull));
+    addParameter(with_help(
+        new QgsProcessingParameterDistance(QStringLiteral("BUFFER"), QStringLiteral("Buffer around all fixes"),
+                                           QVariant(), QStringLiteral("INPUT"), true, 0.0),
+        "Without one, a buffer that suits the bandwidths is used"));
+    addParameter(with_help(new QgsProcessingParameterRasterLayer(QStringLiteral("REFERENCE"),
+                                                                 QStringLiteral("Reference raster"), QVariant(), true),
+                           "Its extent and cells are taken over"));
+    addParameter(new QgsProcessingParameterString(QStringLiteral("PREFIX"),
+                                                  QStringLiteral("Raster name prefix (at most 6 characters)"),
+                                                  QVariant(), false, true));
+    addParameter(advanced(
+        with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
+                                                   QgsProcessingParameterNumber::Double, 1000000.0, false, 0.0),
+                  "The volume of a complete distribution")));
+    addParameter(advanced(new QgsProcessingParameterEnum(QStringLiteral("RASTER_FORMAT"),
+                                                         QStringLiteral("Raster format"), kFormats, false, 0)));
+}
+
+void KernelDensityAlgorithm::AddIsoplethParameters() {
+    addParameter(new QgsProcessingParameterString(QStringLiteral("ISOPLETHS"),
+                                                  QStringLiteral("Isopleths (percentages of the volume)"),
+                                                  QStringLiteral("95, 90, 50"), false, true));
+    addParameter(
+        new QgsProcessingParameterBoolean(QStringLiteral("LINES"), QStringLiteral("Isopleths as lines"), false));
+    addParameter(
+        new QgsProcessingParameterBoolean(QStringLiteral("POLYGONS"), QStringLiteral("Isopleths as polygons"), false));
+    addParameter(with_help(new QgsProcessingParameterBoolean(QStringLiteral("DONUTS"),
+                                                             QStringLiteral("Isopleths as donut polygons"), false),
+                           "Rings between consecutive isopleths; give the percentages in increasing order"));
+}
+
+void KernelDensityAlgorithm::AddRunParameters() {
+    addParameter(advanced(new QgsProcessingParameterBoolean(
+        QStringLiteral("INDEPENDENCE"), QStringLiteral("Put the indices of independence into the report"), false)));
+    addParameter(advanced(new QgsProcessingParameterBoolean(
+        QStringLiteral("VERBOSE"), QStringLiteral("Put the search profiles into the report"), false)));
+    addParameter(
+        advanced(with_help(new QgsProcessingParameterBoolean(
+                               QStringLiteral("USE_RECOMMENDED_BUFFER"),
+                               QStringLiteral("Use the recommended buffer where the given one is too small"), true),
+                           "The answer to the question that the dialog asks")));
+    addParameter(advanced(with_help(
+        new QgsProcessingParameterBoolean(QStringLiteral("ACCEPT_OVERLAPS"),
+                                          QStringLiteral("Go on when fixes of an animal share a location"), true),
+        "The answer to the question that the dialog asks; without it the algorithm fails then")));
+    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LOAD"), QStringLiteral("Add results to map"), true));
+}
+
+bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                  QString* message) const {
+    const auto refuse = [&](const QString& text) {
+        if (message) *message = text;
+        return false;
+    };
+    const int extent = parameterAsEnum(parameters, QStringLiteral("EXTENT_MODE"), context);
+    const bool hasReference = !parameters.value(QStringLiteral("REFERENCE")).toString().isEmpty();
+    if (extent == kReference && !hasReference) return refuse(QStringLiteral("Choose the reference raster."));
+    if (extent != kReference && !parameters.value(QStringLiteral("CELL_SIZE")).isValid())
+        return refuse(QStringLiteral("Give the cell size in map units."));
+    const int method = parameterAsEnum(parameters, QStringLiteral("METHOD"), context);
+    if (method == kBandwidths || method == kProportions)
+        if (const QString text =
+                problem_of_list(QStringLiteral("Bandwidths"),
+                                parameterAsString(parameters, QStringLiteral("BANDWIDTHS"), context), 1e300);
+            !text.isEmpty())
+            return refuse(text);
+    const bool isopleths = parameterAsBoolean(parameters, QStringLiteral("LINES"), context) ||
+                           parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context) ||
+                           parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
+    if (isopleths)
+        if (const QString text =
+                problem_of_list(QStringLiteral("Isopleths"),
+                                parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), 100.0);
+            !text.isEmpty())
+            return refuse(text);
+    if (parameterAsString(parameters, QStringLiteral("PREFIX"), context).size() > 6)
+        return refuse(QStringLiteral("The prefix has more than 6 characters."));
+    return QgsProcessingAlgorithm::checkParameterValues(parameters, context, message);
+}
+
+/// The extent as a choice; a reference raster joins the map.
+std::string KernelDensityAlgorithm::Extent(const QVariantMap& parameters, QgsProcessingContext& context,
+                                           ProcessingSession& session) const {
+    const int mode = parameterAsEnum(parameters, QStringLiteral("EXTENT_MODE"), context);
+    if (mode == kMinimum) return "min";
+    if (mode == kReference) {
+        QgsRasterLayer* raster = parameterAsRasterLayer(parameters, QStringLiteral("REFERENCE"), context);
+        if (!raster) throw QgsProcessingException(invalidRasterError(parameters, QStringLiteral("REFERENCE")));
+        session.Add(*raster);
+        return "ref:" + FromQString(raster->name());
+    }
+    if (!parameters.value(QStringLiteral("BUFFER")).isValid()) return "full";
+    return "full:" + platform::NumberText(parameterAsDouble(parameters, QStringLiteral("BUFFER"), context));
+}
+
+kde_tool::FormChoices KernelDensityAlgorithm::Choices(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                      ProcessingSession& session) const {
+    const auto text = [&](const char* name) {
+        return FromQString(parameterAsString(parameters, QLatin1String(name), context));
+    };
+    const auto yes = [&](const char* name) { return parameterAsBoolean(parameters, QLatin1String(name), context); };
+    kde_tool::FormChoices choices;
+    if (parameters.value(QStringLiteral("CELL_SIZE")).isValid())
+        choices.CellSize = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("CELL_SIZE"), context));
+    choices.Prefix = text("PREFIX");
+    choices.Scaling = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
+    switch (parameterAsEnum(parameters, QStringLiteral("METHOD"), context)) {
+        case kLscv:
+            choices.Bandwidth = "lscv";
+            break;
+        case kBcv:
+            choices.Bandwidth = "bcv";
+            break;
+        case kBandwidths:
+            choices.Bandwidth = text("BANDWIDTHS");
+            break;
+        case kProportions:
+            choices.Bandwidth = "prop:" + text("BANDWIDTHS");
+            break;
+        default:
+            choices.Bandwidth = "href";
+            break;
+    }
+    choices.Extent = Extent(parameters, context, session);
+    choices.Adaptive = yes("ADAPTIVE");
+    choices.Rescale = yes("RESCALE");
+    choices.Independence = yes("INDEPENDENCE");
+    choices.VerboseLog = yes("VERBOSE");
+    choices.Lines = yes("LINES");
+    choices.Polygons = yes("POLYGONS");
+    choices.Donuts = yes("DONUTS");
+    if (choices.Lines || choices.Polygons || choices.Donuts) choices.Isopleths = text("ISOPLETHS");
+    choices.RasterFormat =
+        FromQString(kFormats.at(parameterAsEnum(parameters, QStringLiteral("RASTER_FORMAT"), context)));
+    return choices;
+}
+
+QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                     QgsProcessingFeedback* feedback) {
+    ProcessingSession session(*feedback);
+    const ReadLayer input = LayerToRead(parameters, context, *feedback);
+    refuse_degrees(*input.Layer);
+    session.Add(*input.Layer);
+    const kde_tool::FormChoices choices = Choices(parameters, context, session);
+    const QString folder =
+        QFileInfo(parameterAsString(parameters, QStringLiteral("OUTPUT"), context)).absoluteFilePath();
+    if (!QDir().mkpath(folder))
+        throw QgsProcessingException(QStringLiteral("The folder \"%1\" could not be made.").arg(folder));
+    const auto answer = [&](const char* name) {
+        return parameterAsBoolean(parameters, QLatin1String(name), context) ? platform::Answer::kYes
+                                                                            : platform::Answer::kNo;
+    };
+    session.Messages().WillAnswer(platform::Topic::kBuffer, answer("USE_RECOMMENDED_BUFFER"));
+    session.Messages().WillAnswer(platform::Topic::kOverlap, answer("ACCEPT_OVERLAPS"));
+
+    frmKDE form(session.Services(), session.Geodata());
+    WrittenFiles written;
+    form.Form_Load();
+    form.AddObserver(written);
+    select_field(form, parameterAsString(parameters, QStringLiteral("ID_FIELD"), context));
+    form.SetOutputFolder(FromQString(folder));
+    kde_tool::Choose(choices, form);
+    if (input.SelectedOnly) {
+        form.chkUseSel.Value = 1;
+        form.chkUseSel_Click();
+    }
+    kde_tool::TurnPages(choices, kde_tool::GivenBuffer(choices.Extent), form);
+    session.Host().Watch(&form.PBar, &form.txtStatus);
+    session.Host().SetOnCancel([&form] {
+        if (form.Running()) form.btnExit_Click();
+    });
+    if (!feedback->isCanceled()) form.btnOK_Click();
+    session.Host().Watch(nullptr, nullptr);
+
+    const bool ended = form.LastRun() == RunOutcome::kComplete || feedback->isCanceled();
+    if (!ended) Fail(session.Messages(), QStringLiteral("The analysis did not run."));
+    if (written.Failed > 0)
+        feedback->reportError(QStringLiteral("%1 of %2 distributions could not be computed; the report says why.")
+                                  .arg(written.Failed)
+                                  .arg(written.Distributions));
+    if (written.Distributions > 0 && written.Failed == written.Distributions)
+        throw QgsProcessingException(
+            QStringLiteral("None of the %1 distributions could be computed; the report says why.")
+                .arg(written.Distributions));
+    if (context.project() && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
+        for (const QString& file : written.Rasters + written.Isopleths)
+            context.addLayerToLoadOnCompletion(file, {QFileInfo(file).completeBaseName(), context.project()});
+    return {{QStringLiteral("OUTPUT"), folder},
+            {QStringLiteral("REPORT"), report_of(folder)},
+            {QStringLiteral("RASTERS"), written.Rasters},
+            {QStringLiteral("ISOPLETHS"), written.Isopleths},
+            {QStringLiteral("DISTRIBUTIONS"), written.Distributions},
+            {QStringLiteral("FAILED"), written.Failed}};
+}
+
+}  // namespace wxl::qgis

@@ -1,0 +1,99 @@
+#include "adapters/qgis/processing/wxl_algorithm.h"
+
+#include "adapters/qgis/processing/wxl_icon.h"
+#include "adapters/qgis/qgis_layers.h"
+#include "adapters/qgis/qgis_values.h"
+
+#include <qgsprocessingparameters.h>
+#include <qgsprocessingutils.h>
+
+namespace wxl::qgis {
+namespace {
+
+const QString kInput = QStringLiteral("INPUT");
+const QString kOutput = QStringLiteral("OUTPUT");
+
+/// How the value of INPUT restricts its layer.
+struct SourceChoice {
+    bool SelectedOnly = false;
+    bool Limited = false;
+};
+
+SourceChoice choice_of(const QVariant& value) {
+    if (!value.canConvert<QgsProcessingFeatureSourceDefinition>()) return {};
+    const auto definition = value.value<QgsProcessingFeatureSourceDefinition>();
+    return {definition.selectedFeaturesOnly, definition.featureLimit >= 0};
+}
+
+}  // namespace
+
+ProcessingSession::ProcessingSession(QgsProcessingFeedback& feedback)
+    : m_messages(feedback),
+      m_host(feedback),
+      m_services(m_disk.Complete({.Messages = &m_messages, .Dialogs = &m_dialogs, .Host = &m_host})),
+      m_application(std::make_shared<FixedApplication>()),
+      m_geodata(m_services) {
+    m_geodata.ConnectToApplication(m_application);
+}
+
+void ProcessingSession::Add(QgsMapLayer& layer) {
+    Map().Add(FromQgsLayer(layer));
+}
+
+QIcon WxlAlgorithm::icon() const {
+    return WxlIcon();
+}
+
+void WxlAlgorithm::AddInput(const QString& description) {
+    addParameter(new QgsProcessingParameterFeatureSource(kInput, description, {QgsProcessing::TypeVectorPoint}));
+}
+
+WxlAlgorithm::ReadLayer WxlAlgorithm::LayerToRead(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                  QgsProcessingFeedback& feedback) const {
+    const SourceChoice choice = choice_of(parameters.value(kInput));
+    ReadLayer read;
+    read.SelectedOnly = choice.SelectedOnly;
+    if (!choice.Limited) read.Layer = parameterAsVectorLayer(parameters, kInput, context);
+    if (!read.Layer) {
+        read.Owned = CopyToChange(parameters, context, feedback);
+        read.Layer = read.Owned.get();
+        read.SelectedOnly = false;
+    }
+    if (read.Layer->geometryType() != QgsWkbTypes::PointGeometry)
+        throw QgsProcessingException(
+            QStringLiteral("The layer \"%1\" holds no points: choose a point layer.").arg(read.Layer->name()));
+    return read;
+}
+
+std::unique_ptr<QgsVectorLayer> WxlAlgorithm::CopyToChange(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                           QgsProcessingFeedback& feedback) const {
+    const std::unique_ptr<QgsProcessingFeatureSource> source(parameterAsSource(parameters, kInput, context));
+    if (!source) throw QgsProcessingException(invalidSourceError(parameters, kInput));
+    std::unique_ptr<QgsVectorLayer> copy(source->materialize(QgsFeatureRequest(), &feedback));
+    if (!copy) throw QgsProcessingException(QStringLiteral("The layer could not be read."));
+    copy->setName(source->sourceName());
+    copy->selectAll();
+    return copy;
+}
+
+QString WxlAlgorithm::WriteOutput(QgsVectorLayer& layer, const QVariantMap& parameters, QgsProcessingContext& context,
+                                  QgsProcessingFeedback& feedback) const {
+    QString destination;
+    const std::unique_ptr<QgsFeatureSink> sink(
+        parameterAsSink(parameters, kOutput, context, destination, layer.fields(), layer.wkbType(), layer.crs()));
+    if (!sink) throw QgsProcessingException(invalidSinkError(parameters, kOutput));
+    QgsFeatureIterator features = layer.getFeatures();
+    QgsFeature feature;
+    while (features.nextFeature(feature))
+        if (!sink->addFeature(feature, QgsFeatureSink::FastInsert))
+            throw QgsProcessingException(writeFeatureError(sink.get(), parameters, kOutput));
+    sink->flushBuffer();
+    feedback.setProgress(100.0);
+    return destination;
+}
+
+void WxlAlgorithm::Fail(const FeedbackMessages& messages, const QString& otherwise) {
+    throw QgsProcessingException(messages.LastText().isEmpty() ? otherwise : messages.LastText());
+}
+
+}  // namespace wxl::qgis

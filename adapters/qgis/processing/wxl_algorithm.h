@@ -1,0 +1,89 @@
+#pragma once
+#include "adapters/files/disk_services.h"
+#include "adapters/qgis/processing/feedback.h"
+#include "adapters/qgis/processing/fixed_map.h"
+#include "platform/services.h"
+#include "utilities/Utilities.h"
+
+#include <memory>
+#include <qgsprocessingalgorithm.h>
+#include <qgsvectorlayer.h>
+#include <QStringList>
+
+namespace wxl::qgis {
+
+/// What the tools need around them while one algorithm runs: a map of its own, its log as message boxes, the disk.
+class ProcessingSession {
+public:
+    /// The feedback must outlive the session.
+    explicit ProcessingSession(QgsProcessingFeedback& feedback);
+    ProcessingSession(const ProcessingSession&) = delete;
+    ProcessingSession& operator=(const ProcessingSession&) = delete;
+
+    /// The first layer that is added is the highlighted one.
+    void Add(QgsMapLayer& layer);
+    FixedMap& Map() { return m_application->Map(); }
+    const std::shared_ptr<FixedApplication>& Application() const { return m_application; }
+    FeedbackMessages& Messages() { return m_messages; }
+    FeedbackHost& Host() { return m_host; }
+    const platform::Services& Services() const { return m_services; }
+    utilities::Utilities& Geodata() { return m_geodata; }
+
+private:
+    class NoDialogs final : public platform::IFileDialogs {
+    public:
+        std::optional<std::filesystem::path> OpenFile(const platform::FileDialog&) override { return std::nullopt; }
+        std::optional<std::filesystem::path> SaveFile(const platform::FileDialog&) override { return std::nullopt; }
+        std::optional<std::filesystem::path> ChooseFolder(const std::string&) override { return std::nullopt; }
+    };
+
+    FeedbackMessages m_messages;
+    FeedbackHost m_host;
+    NoDialogs m_dialogs;
+    files::DiskServices m_disk;
+    platform::Services m_services;
+    std::shared_ptr<FixedApplication> m_application;
+    utilities::Utilities m_geodata;
+};
+
+/// What all algorithms share.
+///
+/// They run in the main thread (FlagNoThreading): the tools are made for the thread of the user interface. They read
+/// layers of the project, the engine plans its transforms and the adapters remember coordinate systems without locks,
+/// and none has threads of its own. The desktop stays alive, because every turn that a tool gives its host reaches the
+/// event loop: the log grows, the bar moves, Cancel is heard.
+class WxlAlgorithm : public QgsProcessingAlgorithm {
+public:
+    QString group() const override { return QStringLiteral("Home ranges"); }
+    QString groupId() const override { return QStringLiteral("homeranges"); }
+    QIcon icon() const override;
+    Flags flags() const override { return QgsProcessingAlgorithm::flags() | FlagNoThreading; }
+
+protected:
+    /// Adds the parameter INPUT for points, also of the selected ones alone.
+    void AddInput(const QString& description);
+
+    /// A layer to be read, and whether only its selected features are meant.
+    struct ReadLayer {
+        QgsVectorLayer* Layer = nullptr;
+        bool SelectedOnly = false;
+        std::shared_ptr<QgsVectorLayer> Owned;  ///< where the source is no whole layer
+    };
+
+    /// The layer of INPUT itself, as the desktop's dialog reads it. QgsProcessingException when it holds no points.
+    ReadLayer LayerToRead(const QVariantMap& parameters, QgsProcessingContext& context,
+                          QgsProcessingFeedback& feedback) const;
+
+    /// A copy of INPUT in memory that a tool may change, with every feature selected. The features keep their order.
+    std::unique_ptr<QgsVectorLayer> CopyToChange(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                 QgsProcessingFeedback& feedback) const;
+
+    /// Writes all features of the layer into the sink OUTPUT and returns its ID.
+    QString WriteOutput(QgsVectorLayer& layer, const QVariantMap& parameters, QgsProcessingContext& context,
+                        QgsProcessingFeedback& feedback) const;
+
+    /// Throws what the tool said when it failed: its last message, or `otherwise` where it said nothing.
+    [[noreturn]] static void Fail(const FeedbackMessages& messages, const QString& otherwise);
+};
+
+}  // namespace wxl::qgis

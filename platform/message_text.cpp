@@ -1,0 +1,24 @@
+#include "platform/message_text.h"
+
+namespace wxl::platform {
+
+bool IsFaultReport(const MessageBox& box) {
+    return box.Title == "Error" || box.Sign == Icon::kCritical || box.Text.find("Error number: ") != std::string::npos;
+}
+
+std::string PlainText(const MessageBox& box) {
+    const std::string text = box.Title.empty() ? box.Text : box.Title + ": " + box.Text;
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r') {
+            if (i + 1 < text.size() && text[i + 1] == '\n') continue;
+            lines += '\n';
+        } else {
+            lines += text[i];
+        }
+    }
+    while (!lines.empty() && lines.back() == '\n') lines.pop_back();
+    return lines;
+}
+
+}  // namespace wxl::platform

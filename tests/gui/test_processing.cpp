@@ -1,0 +1,445 @@
+// The Processing provider: the algorithms give what the command line tool gives.
+
+#include "adapters/qgis/processing/wxl_provider.h"
+#include "tests/gui/qgis_environment.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/unit/cli/captured_console.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <qgsprocessingalgorithm.h>
+#include <qgsprocessingcontext.h>
+#include <qgsprocessingfeedback.h>
+#include <qgsprocessingmodelalgorithm.h>
+#include <qgsprocessingregistry.h>
+#include <qgsproject.h>
+#include <qgsvectorlayer.h>
+#include <QIcon>
+#include <regex>
+
+namespace wxl::qgis {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+/// Keeps the log, and cancels when the progress passes a mark.
+class TestFeedback final : public QgsProcessingFeedback {
+public:
+    TestFeedback() : QgsProcessingFeedback(false) {
+        connect(this, &QgsFeedback::progressChanged, this, [this](double progress) {
+            Progress = std::max(Progress, progress);
+            if (progress >= CancelAt) cancel();
+        });
+    }
+    void reportError(const QString& error, bool) override { Errors += error + '\n'; }
+    void pushWarning(const QString& warning) override { Warnings += warning + '\n'; }
+    void pushInfo(const QString& info) override { Infos += info + '\n'; }
+
+    double CancelAt = 1000.0;
+    double Progress = 0.0;
+    QString Errors;
+    QString Warnings;
+    QString Infos;
+};
+
+QString text_of(const fs::path& path) {
+    return QString::fromStdString(path.string());
+}
+
+std::string bytes_of(const fs::path& file) {
+    std::ifstream source(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(source), {}};
+}
+
+/// The files of a folder by their path in it. Reports are compared without the times of the run and their folder.
+std::map<std::string, std::string> contents_of(const fs::path& folder) {
+    std::map<std::string, std::string> contents;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string name = fs::relative(entry.path(), folder).string();
+        if (!entry.is_regular_file() || name.front() == '.') continue;
+        std::string bytes = bytes_of(entry.path());
+        if (entry.path().extension() == ".txt") {
+            bytes = std::regex_replace(bytes, std::regex("(Start|Finish) time: [^\r]*"), "");
+            for (std::size_t at = bytes.find(folder.string()); at != std::string::npos;
+                 at = bytes.find(folder.string()))
+                bytes.replace(at, folder.string().size(), "FOLDER");
+        }
+        contents[name] = bytes;
+    }
+    return contents;
+}
+
+class ProcessingTest : public testing::Test {
+protected:
+    void SetUp() override {
+        AddWxlProvider();
+        Wxl({"-q", "import", WXL_SOURCE_DIR "/samples/wolves.csv", Fixes()});
+    }
+
+    void TearDown() override {
+        QgsProject::instance()->clear();
+        RemoveWxlProvider();
+    }
+
+    std::string Fixes() const { return (m_folder / "fixes.shp").string(); }
+    fs::path At(const std::string& name) const { return m_folder / name; }
+
+    static std::string Wxl(const std::vector<std::string>& arguments) {
+        const cli::Ran ran = cli::run_wxl(arguments);
+        EXPECT_EQ(ran.Code, 0) << ran.Err;
+        return ran.Out;
+    }
+
+    /// Runs an algorithm as the toolbox does; throws what it throws.
+    QVariantMap Run(const char* name, const QVariantMap& parameters) {
+        const QgsProcessingAlgorithm* algorithm =
+            QgsApplication::processingRegistry()->algorithmById(QStringLiteral("wxltools:") + QLatin1String(name));
+        if (!algorithm) throw std::runtime_error("no such algorithm");
+        QString message;
+        if (!algorithm->checkParameterValues(parameters, m_context, &message)) throw QgsProcessingException(message);
+        return algorithm->run(parameters, m_context, &m_feedback, nullptr, {}, false);
+    }
+
+    /// What Run throws, as text; "" when it throws nothing.
+    std::string Failure(const char* name, const QVariantMap& parameters) {
+        try {
+            Run(name, parameters);
+        } catch (const QgsProcessingException& error) {
+            return error.what().toStdString();
+        }
+        return {};
+    }
+
+    QVariantMap KernelParameters(const std::string& out) const {
+        return {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                {QStringLiteral("CELL_SIZE"), 200.0},
+                {QStringLiteral("OUTPUT"), text_of(At(out))}};
+    }
+
+    std::vector<std::string> KernelCall(const std::string& out) const {
+        return {"-q", "kde", Fixes(), "--id-field", "animal", "--cell-size", "200", "--out", At(out).string()};
+    }
+
+    /// The layer in the project, by name "fixes".
+    QgsVectorLayer* AddToProject() {
+        auto* layer =
+            new QgsVectorLayer(QString::fromStdString(Fixes()), QStringLiteral("fixes"), QStringLiteral("ogr"));
+        QgsProject::instance()->addMapLayer(layer);
+        m_context.setProject(QgsProject::instance());
+        return layer;
+    }
+
+    tests::ScratchFolder m_folder;
+    QgsProcessingContext m_context;
+    TestFeedback m_feedback;
+};
+
+TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
+    const QgsProcessingProvider* provider =
+        QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools"));
+    ASSERT_NE(provider, nullptr);
+    EXPECT_EQ(provider->name(), "WXL Tools");
+    EXPECT_FALSE(provider->icon().isNull());
+    QStringList names;
+    for (const QgsProcessingAlgorithm* algorithm : provider->algorithms()) {
+        names << algorithm->name();
+        EXPECT_FALSE(algorithm->icon().isNull());
+        EXPECT_FALSE(algorithm->shortHelpString().isEmpty());
+        EXPECT_FALSE(algorithm->shortDescription().isEmpty());
+        EXPECT_FALSE(algorithm->group().isEmpty());
+        EXPECT_TRUE(algorithm->flags() & QgsProcessingAlgorithm::FlagNoThreading);
+        EXPECT_TRUE(algorithm->flags() & QgsProcessingAlgorithm::FlagCanCancel);
+    }
+    names.sort();
+    EXPECT_EQ(names.join(QLatin1Char(' ')), "kerneldensity observationfields removeduplicates statistics");
+    AddWxlProvider();  // a second time does nothing
+    RemoveWxlProvider();
+    EXPECT_EQ(QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools")), nullptr);
+    RemoveWxlProvider();
+}
+
+TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
+    auto call = KernelCall("expected");
+    call.insert(call.end(), {"--prefix", "W", "--bandwidth", "lscv", "--isopleths", "95,50", "--polygons", "--lines",
+                             "--independence", "--answer", "yes"});
+    Wxl(call);
+    auto parameters = KernelParameters("actual");
+    parameters[QStringLiteral("PREFIX")] = QStringLiteral("W");
+    parameters[QStringLiteral("METHOD")] = 1;
+    parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("95,50");
+    parameters[QStringLiteral("POLYGONS")] = true;
+    parameters[QStringLiteral("LINES")] = true;
+    parameters[QStringLiteral("INDEPENDENCE")] = true;
+    const QVariantMap results = Run("kerneldensity", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_GT(contents_of(At("actual")).size(), 10U);
+    EXPECT_EQ(results.value(QStringLiteral("FAILED")).toInt(), 0);
+    const int animals = results.value(QStringLiteral("DISTRIBUTIONS")).toInt();
+    EXPECT_GT(animals, 1);
+    EXPECT_EQ(results.value(QStringLiteral("RASTERS")).toStringList().size(), animals);
+    EXPECT_EQ(results.value(QStringLiteral("ISOPLETHS")).toStringList().size(), 2 * animals);
+    EXPECT_EQ(results.value(QStringLiteral("OUTPUT")).toString(), text_of(At("actual")));
+    EXPECT_TRUE(fs::exists(results.value(QStringLiteral("REPORT")).toString().toStdString()));
+    EXPECT_GT(m_feedback.Progress, 50.0);
+    EXPECT_TRUE(m_feedback.Infos.contains(QStringLiteral("Processing complete."))) << m_feedback.Infos.toStdString();
+}
+
+TEST_F(ProcessingTest, Kernel_run_with_other_choices_writes_the_bytes_of_the_command_line) {
+    auto call = KernelCall("expected");
+    call.insert(call.end(),
+                {"--bandwidth", "prop:0.5,1", "--adaptive", "--rescale", "--extent", "min", "--scaling", "1000",
+                 "--raster-format", "GTiff", "--isopleths", "50,95", "--donuts", "--answer", "yes"});
+    Wxl(call);
+    auto parameters = KernelParameters("actual");
+    parameters[QStringLiteral("METHOD")] = 4;
+    parameters[QStringLiteral("BANDWIDTHS")] = QStringLiteral("0.5,1");
+    parameters[QStringLiteral("ADAPTIVE")] = true;
+    parameters[QStringLiteral("RESCALE")] = true;
+    parameters[QStringLiteral("EXTENT_MODE")] = 1;
+    parameters[QStringLiteral("SCALING")] = 1000.0;
+    parameters[QStringLiteral("RASTER_FORMAT")] = 1;
+    parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("50,95");
+    parameters[QStringLiteral("DONUTS")] = true;
+    Run("kerneldensity", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+}
+
+TEST_F(ProcessingTest, Selected_fixes_give_the_bytes_of_a_condition) {
+    const std::string first = nlohmann::json::parse(Wxl({"stats", Fixes(), "--id-field", "animal", "--json"}))[0]["id"];
+    auto call = KernelCall("expected");
+    call.insert(call.end(), {"--where", "animal = '" + first + "'", "--answer", "yes"});
+    Wxl(call);
+    QgsVectorLayer* layer = AddToProject();
+    layer->selectByExpression(QStringLiteral("\"animal\" = '%1'").arg(QString::fromStdString(first)));
+    ASSERT_GT(layer->selectedFeatureCount(), 0);
+    auto parameters = KernelParameters("actual");
+    parameters[QStringLiteral("INPUT")] = QVariant::fromValue(QgsProcessingFeatureSourceDefinition(layer->id(), true));
+    const QVariantMap results = Run("kerneldensity", parameters);
+    EXPECT_EQ(results.value(QStringLiteral("DISTRIBUTIONS")).toInt(), 1);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(m_context.layersToLoadOnCompletion().size(), 1);
+}
+
+TEST_F(ProcessingTest, Reference_raster_gives_its_extent) {
+    Run("kerneldensity", KernelParameters("first"));
+    const fs::path raster = At("first") / "1";
+    ASSERT_TRUE(fs::exists(raster));
+    auto parameters = KernelParameters("second");
+    parameters.remove(QStringLiteral("CELL_SIZE"));
+    parameters[QStringLiteral("EXTENT_MODE")] = 2;
+    EXPECT_EQ(Failure("kerneldensity", parameters), "Choose the reference raster.");
+    parameters[QStringLiteral("REFERENCE")] = text_of(raster);
+    Run("kerneldensity", parameters);
+    EXPECT_EQ(bytes_of(At("second") / "1" / "w001001.adf"), bytes_of(raster / "w001001.adf"));
+}
+
+TEST_F(ProcessingTest, Cancel_stops_after_the_present_animal_and_keeps_what_was_done) {
+    m_feedback.CancelAt = 1.0;
+    const QVariantMap results = Run("kerneldensity", KernelParameters("out"));
+    EXPECT_EQ(results.value(QStringLiteral("DISTRIBUTIONS")).toInt(), 1);
+    EXPECT_TRUE(fs::exists(At("out") / "1"));
+    EXPECT_FALSE(fs::exists(At("out") / "2"));
+    EXPECT_THAT(bytes_of(At("out") / "WXL_KDE_ANALYSIS.txt"), HasSubstr("Finish time: "));
+}
+
+TEST_F(ProcessingTest, Mistakes_are_told_before_the_run) {
+    auto parameters = KernelParameters("out");
+    parameters.remove(QStringLiteral("CELL_SIZE"));
+    EXPECT_EQ(Failure("kerneldensity", parameters), "Give the cell size in map units.");
+    parameters = KernelParameters("out");
+    parameters[QStringLiteral("METHOD")] = 3;
+    parameters[QStringLiteral("BANDWIDTHS")] = QStringLiteral("100, x");
+    EXPECT_EQ(Failure("kerneldensity", parameters), "Bandwidths: \"x\" is not a number above 0");
+    parameters = KernelParameters("out");
+    parameters[QStringLiteral("LINES")] = true;
+    parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("95, 101");
+    EXPECT_EQ(Failure("kerneldensity", parameters), "Isopleths: \"101\" is not a number above 0 and at most 100");
+    parameters = KernelParameters("out");
+    parameters[QStringLiteral("PREFIX")] = QStringLiteral("seven77");
+    EXPECT_EQ(Failure("kerneldensity", parameters), "The prefix has more than 6 characters.");
+    parameters = KernelParameters("out");
+    parameters[QStringLiteral("ID_FIELD")] = QStringLiteral("nothing");
+    EXPECT_EQ(Failure("kerneldensity", parameters), "The layer has no field \"nothing\".");
+    EXPECT_FALSE(fs::exists(At("out") / "WXL_KDE_ANALYSIS.txt"));
+}
+
+TEST_F(ProcessingTest, Layer_in_degrees_is_refused) {
+    QgsVectorLayer degrees(QStringLiteral("Point?crs=EPSG:4326&field=animal:string(20)"), QStringLiteral("d"),
+                           QStringLiteral("memory"));
+    auto parameters = KernelParameters("out");
+    parameters[QStringLiteral("INPUT")] = QVariant::fromValue(&degrees);
+    EXPECT_EQ(Failure("kerneldensity", parameters),
+              "The layer \"d\" is in degrees (EPSG:4326), in which distances cannot be measured. Please reproject it "
+              "first, for example to its UTM zone.");
+}
+
+TEST_F(ProcessingTest, Folder_with_rasters_of_the_same_names_fails_and_says_why) {
+    Run("kerneldensity", KernelParameters("out"));
+    const auto before = contents_of(At("out"));
+    const std::string failure = Failure("kerneldensity", KernelParameters("out"));
+    EXPECT_THAT(failure, HasSubstr("Error: "));
+    EXPECT_EQ(m_feedback.Errors.trimmed().toStdString(), failure);
+    EXPECT_EQ(contents_of(At("out")), before);
+}
+
+TEST_F(ProcessingTest, Overlapping_fixes_end_the_run_where_they_are_not_accepted) {
+    auto parameters = KernelParameters("out");
+    QgsVectorLayer layer(QStringLiteral("Point?crs=EPSG:32632&field=animal:integer"), QStringLiteral("twice"),
+                         QStringLiteral("memory"));
+    QgsFeatureList features;
+    for (const double x : {0.0, 0.0, 1000.0, 2000.0}) {
+        QgsFeature feature(layer.fields());
+        feature.setAttribute(0, 1);
+        feature.setGeometry(QgsGeometry::fromPointXY({500000.0 + x, 5800000.0 + 2.0 * x}));
+        features << feature;
+    }
+    ASSERT_TRUE(layer.dataProvider()->addFeatures(features));
+    parameters[QStringLiteral("INPUT")] = QVariant::fromValue(&layer);
+    parameters[QStringLiteral("ACCEPT_OVERLAPS")] = false;
+    EXPECT_NE(Failure("kerneldensity", parameters), "");
+    EXPECT_FALSE(fs::exists(At("out") / "1"));
+    EXPECT_TRUE(m_feedback.Infos.contains(QStringLiteral("Answer: no"))) << m_feedback.Infos.toStdString();
+    parameters[QStringLiteral("ACCEPT_OVERLAPS")] = true;
+    EXPECT_EQ(Failure("kerneldensity", parameters), "");
+    EXPECT_TRUE(fs::exists(At("out") / "1"));
+}
+
+TEST_F(ProcessingTest, Statistics_are_those_of_the_command_line) {
+    const auto expected = nlohmann::json::parse(Wxl({"stats", Fixes(), "--id-field", "animal", "--json"}));
+    const QVariantMap results = Run("statistics", {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                                                   {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                                                   {QStringLiteral("OUTPUT"), QStringLiteral("memory:")}});
+    EXPECT_EQ(results.value(QStringLiteral("ANIMALS")).toUInt(), expected.size());
+    auto* table =
+        qobject_cast<QgsVectorLayer*>(m_context.getMapLayer(results.value(QStringLiteral("OUTPUT")).toString()));
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(static_cast<std::size_t>(table->featureCount()), expected.size());
+    QgsFeatureIterator rows = table->getFeatures();
+    QgsFeature row;
+    for (const auto& one : expected) {
+        ASSERT_TRUE(rows.nextFeature(row));
+        EXPECT_EQ(row.attribute(QStringLiteral("id")).toString().toStdString(), one["id"].get<std::string>());
+        EXPECT_EQ(row.attribute(QStringLiteral("count")).toInt(), one["count"].get<int>());
+        for (const char* name : {"schoener", "swihart_slade", "sd_x", "sd_y", "ratio", "href", "href_scaled"})
+            EXPECT_NEAR(row.attribute(QLatin1String(name)).toDouble(), one[name].get<double>(),
+                        1e-12 * std::abs(one[name].get<double>()))
+                << name;
+    }
+}
+
+class MovementProcessingTest : public ProcessingTest {
+protected:
+    void SetUp() override {
+        AddWxlProvider();
+        std::ofstream(At("track.csv")) << "animal,x,y,timestamp\n"
+                                          "a,500000,5800000,2018-05-09 10:00:00\n"
+                                          "a,500300,5800400,2018-05-09 10:10:00\n"
+                                          "a,500300,5800400,2018-05-09 10:20:00\n"
+                                          "a,501300,5800400,2018-05-09 10:20:00\n";
+        Wxl({"-q", "import", At("track.csv").string(), Fixes(), "--from-crs", "EPSG:32632"});
+    }
+
+    QgsVectorLayer* Output(const QVariantMap& results) {
+        return qobject_cast<QgsVectorLayer*>(m_context.getMapLayer(results.value(QStringLiteral("OUTPUT")).toString()));
+    }
+
+    QVariantMap Parameters() const {
+        return {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                {QStringLiteral("OUTPUT"), QStringLiteral("memory:")}};
+    }
+};
+
+TEST_F(MovementProcessingTest, Duplicates_of_time_and_place_are_left_out_of_a_copy) {
+    const std::string before = bytes_of(Fixes());
+    QVariantMap results = Run("removeduplicates", Parameters());
+    EXPECT_EQ(results.value(QStringLiteral("COMPARED")).toInt(), 4);
+    EXPECT_EQ(results.value(QStringLiteral("DELETED")).toInt(), 1);
+    ASSERT_NE(Output(results), nullptr);
+    EXPECT_EQ(Output(results)->featureCount(), 3);
+    QVariantMap parameters = Parameters();
+    parameters[QStringLiteral("BY")] = 1;
+    results = Run("removeduplicates", parameters);
+    EXPECT_EQ(results.value(QStringLiteral("DELETED")).toInt(), 1);
+    // Of the two fixes at one place the first stays: 10:10.
+    QStringList times;
+    QgsFeatureIterator rows = Output(results)->getFeatures();
+    QgsFeature row;
+    while (rows.nextFeature(row)) times << row.attribute(QStringLiteral("Time1")).toString();
+    EXPECT_EQ(times.join(QLatin1Char(' ')), "10:00:00 10:10:00 10:20:00");
+    EXPECT_EQ(bytes_of(Fixes()), before);
+}
+
+// 300 east and 400 north in 600 s: 500 m.
+TEST_F(MovementProcessingTest, Observation_fields_are_filled_in_a_copy) {
+    QVariantMap cleaned = Run("removeduplicates", Parameters());
+    QVariantMap parameters = Parameters();
+    parameters[QStringLiteral("INPUT")] = QVariant::fromValue(Output(cleaned));
+    const QVariantMap results = Run("observationfields", parameters);
+    EXPECT_EQ(results.value(QStringLiteral("ROWS")).toInt(), 3);
+    QgsFeatureIterator rows = Output(results)->getFeatures();
+    QgsFeature row;
+    ASSERT_TRUE(rows.nextFeature(row));
+    ASSERT_TRUE(rows.nextFeature(row));
+    EXPECT_EQ(row.attribute(QStringLiteral("T_Obs_Sec")).toInt(), 600);
+    EXPECT_EQ(row.attribute(QStringLiteral("Dist")).toDouble(), 500.0);
+    EXPECT_EQ(row.attribute(QStringLiteral("Me_per_Sec")).toDouble(), 0.83);
+    ASSERT_TRUE(rows.nextFeature(row));
+    EXPECT_EQ(row.attribute(QStringLiteral("T_Cumul")).toInt(), 1200);
+}
+
+TEST_F(MovementProcessingTest, Fixes_of_the_same_time_are_an_error) {
+    EXPECT_THAT(Failure("observationfields", Parameters()), HasSubstr("Divide by zero!!  Check your data."));
+    EXPECT_TRUE(m_feedback.Infos.contains(QStringLiteral("Answer: yes"))) << m_feedback.Infos.toStdString();
+}
+
+TEST_F(MovementProcessingTest, Cancelled_algorithm_gives_no_layer) {
+    m_feedback.cancel();
+    EXPECT_TRUE(Run("removeduplicates", Parameters()).isEmpty());
+}
+
+// Two layers one after the other with one algorithm object, as a batch does.
+TEST_F(ProcessingTest, Batch_of_two_layers_gives_both_folders) {
+    for (const char* out : {"one", "two"}) Run("kerneldensity", KernelParameters(out));
+    EXPECT_EQ(contents_of(At("one")), contents_of(At("two")));
+}
+
+TEST_F(MovementProcessingTest, Model_hands_the_output_of_one_algorithm_to_the_next) {
+    QgsProcessingModelAlgorithm model(QStringLiteral("clean"), QStringLiteral("test"));
+    QgsProcessingModelParameter input(QStringLiteral("FIXES"));
+    model.addModelParameter(new QgsProcessingParameterFeatureSource(QStringLiteral("FIXES"), QStringLiteral("Fixes")),
+                            input);
+    QgsProcessingModelChildAlgorithm clean(QStringLiteral("wxltools:removeduplicates"));
+    clean.setChildId(QStringLiteral("clean"));
+    clean.addParameterSources(QStringLiteral("INPUT"),
+                              {QgsProcessingModelChildParameterSource::fromModelParameter(QStringLiteral("FIXES"))});
+    model.addChildAlgorithm(clean);
+    QgsProcessingModelChildAlgorithm fields(QStringLiteral("wxltools:observationfields"));
+    fields.setChildId(QStringLiteral("fields"));
+    fields.addParameterSources(QStringLiteral("INPUT"), {QgsProcessingModelChildParameterSource::fromChildOutput(
+                                                            QStringLiteral("clean"), QStringLiteral("OUTPUT"))});
+    QgsProcessingModelOutput output(QStringLiteral("FILLED"));
+    output.setChildOutputName(QStringLiteral("OUTPUT"));
+    fields.setModelOutputs({{QStringLiteral("FILLED"), output}});
+    model.addChildAlgorithm(fields);
+
+    bool ok = false;
+    const QVariantMap results = model.run({{QStringLiteral("FIXES"), QString::fromStdString(Fixes())},
+                                           {QStringLiteral("fields:FILLED"), QStringLiteral("memory:")}},
+                                          m_context, &m_feedback, &ok);
+    ASSERT_TRUE(ok) << m_feedback.Errors.toStdString();
+    auto* layer =
+        qobject_cast<QgsVectorLayer*>(m_context.getMapLayer(results.value(QStringLiteral("fields:FILLED")).toString()));
+    ASSERT_NE(layer, nullptr);
+    EXPECT_EQ(layer->featureCount(), 3);
+    EXPECT_GE(layer->fields().lookupField(QStringLiteral("Dist_Cumul")), 0);
+}
+
+}  // namespace
+}  // namespace wxl::qgis
