@@ -19,7 +19,8 @@ LABEL_FILES = re.compile(r"error_labels\.h$")
 # A sentence, or a text that says so itself, is a message wherever it stands; summaries and descriptions of --help are not.
 SENTENCE = re.compile(r"(Error|Warning|ERROR): \w|^wxl: |([^\s]+\s+){3,}[^\s]+[.?!]\s*$"
                       r"|^(?=([^\s]+\s+){3}).*\b(could not|cannot|there is no|is no|more than|names no)\b", re.S)
-NO_MESSAGES = re.compile(r"^(Schoener Index|Swihart and Slade Index|Rescaling to unit|Finds and Removes|Version 1|files are read"
+NO_MESSAGES = re.compile(r"^(Estimates a utilization distribution|Copies a point layer|Makes a table with one row|Number of "
+                         r"distributions that could not|Schoener Index|Swihart and Slade Index|Rescaling to unit|Finds and Removes|Version 1|files are read"
                          r"|\.TP|.*Examples?:)", re.S)
 DECLARED = ("add_option", "add_flag", "footer", "add_subcommand", "add", "setToolTip", "addParameter", "addOutput")
 # Parts of a box that are no message of their own.
@@ -79,7 +80,7 @@ def spoken(tokens):
 
 def fragments(message):
     """The fixed parts of a message that say something."""
-    parts = re.split(r"\.\.\.|\n", message)
+    parts = re.split(r"\.\.\.|\n|%\d", message)
     return [part.strip(" .,:;()\"") for part in parts if re.search(r"[A-Za-z]{3}", part)]
 
 

@@ -316,6 +316,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     };
     session.Messages().WillAnswer(platform::Topic::kBuffer, answer("USE_RECOMMENDED_BUFFER"));
     session.Messages().WillAnswer(platform::Topic::kOverlap, answer("ACCEPT_OVERLAPS"));
+    session.Messages().WillAnswer(platform::Topic::kStop, platform::Answer::kYes);
 
     frmKDE form(session.Services(), session.Geodata());
     WrittenFiles written;

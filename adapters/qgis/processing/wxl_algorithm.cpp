@@ -13,16 +13,17 @@ namespace {
 const QString kInput = QStringLiteral("INPUT");
 const QString kOutput = QStringLiteral("OUTPUT");
 
-/// How the value of INPUT restricts its layer.
+/// The layer that the value of INPUT names, and how it restricts that layer.
 struct SourceChoice {
+    QVariant Layer;
     bool SelectedOnly = false;
     bool Limited = false;
 };
 
 SourceChoice choice_of(const QVariant& value) {
-    if (!value.canConvert<QgsProcessingFeatureSourceDefinition>()) return {};
+    if (!value.canConvert<QgsProcessingFeatureSourceDefinition>()) return {value};
     const auto definition = value.value<QgsProcessingFeatureSourceDefinition>();
-    return {definition.selectedFeaturesOnly, definition.featureLimit >= 0};
+    return {QVariant::fromValue(definition.source), definition.selectedFeaturesOnly, definition.featureLimit >= 0};
 }
 
 }  // namespace
@@ -53,7 +54,7 @@ WxlAlgorithm::ReadLayer WxlAlgorithm::LayerToRead(const QVariantMap& parameters,
     const SourceChoice choice = choice_of(parameters.value(kInput));
     ReadLayer read;
     read.SelectedOnly = choice.SelectedOnly;
-    if (!choice.Limited) read.Layer = parameterAsVectorLayer(parameters, kInput, context);
+    if (!choice.Limited) read.Layer = parameterAsVectorLayer({{kInput, choice.Layer}}, kInput, context);
     if (!read.Layer) {
         read.Owned = CopyToChange(parameters, context, feedback);
         read.Layer = read.Owned.get();
