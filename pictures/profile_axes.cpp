@@ -29,7 +29,7 @@ Axis bandwidth_axis(const ProfilePicture& picture) {
 }
 
 Axis score_axis(const ScoreRange& scores) {
-    Axis axis = MakeAxis(scores.Lowest, scores.Highest, 5, 0.05);
+    Axis axis = MakeAxis(scores.Lowest, scores.Highest, 6, 0.05);
     // What leaves a cut picture at the top must reach its edge.
     if (scores.Cut) axis.To = scores.Highest;
     std::erase_if(axis.Ticks, [&](const Tick& tick) { return tick.Value > axis.To; });

@@ -19,7 +19,7 @@ constexpr double kLeft = 84.0;
 constexpr double kTop = 78.0;
 constexpr double kPlotHeight = 250.0;
 constexpr double kRightMargin = 22.0;
-constexpr int kHeight = 388;
+constexpr int kHeight = 402;
 
 // A viewer that knows no CSS variables keeps the presentation attributes.
 constexpr std::string_view kStyle =

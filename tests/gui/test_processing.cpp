@@ -20,6 +20,7 @@
 #include <qgsprocessingmodelalgorithm.h>
 #include <qgsprocessingregistry.h>
 #include <qgsproject.h>
+#include <qgsrasterlayer.h>
 #include <qgsvectorlayer.h>
 #include <QIcon>
 #include <regex>
@@ -247,7 +248,9 @@ TEST_F(ProcessingTest, Reference_raster_gives_its_extent) {
     parameters.remove(QStringLiteral("CELL_SIZE"));
     parameters[QStringLiteral("EXTENT_MODE")] = 2;
     EXPECT_EQ(Failure("kerneldensity", parameters), "Choose the reference raster.");
-    parameters[QStringLiteral("REFERENCE")] = text_of(raster);
+    QgsRasterLayer reference(text_of(raster), QStringLiteral("fixes"));  // the name of the point layer
+    ASSERT_TRUE(reference.isValid());
+    parameters[QStringLiteral("REFERENCE")] = QVariant::fromValue(&reference);
     Run("kerneldensity", parameters);
     EXPECT_EQ(bytes_of(At("second") / "1" / "w001001.adf"), bytes_of(raster / "w001001.adf"));
 }
@@ -265,6 +268,10 @@ TEST_F(ProcessingTest, Mistakes_are_told_before_the_run) {
     auto parameters = KernelParameters("out");
     parameters.remove(QStringLiteral("CELL_SIZE"));
     EXPECT_EQ(Failure("kerneldensity", parameters), "Give the cell size in map units.");
+    for (const QVariant& none : {QVariant(QVariant::Double), QVariant(QString()), QVariant(QStringLiteral(" "))}) {
+        parameters[QStringLiteral("CELL_SIZE")] = none;
+        EXPECT_EQ(Failure("kerneldensity", parameters), "Give the cell size in map units.");
+    }
     parameters = KernelParameters("out");
     parameters[QStringLiteral("METHOD")] = 3;
     parameters[QStringLiteral("BANDWIDTHS")] = QStringLiteral("100, x");

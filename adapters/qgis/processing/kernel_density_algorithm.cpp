@@ -56,6 +56,13 @@ public:
     QStringList Isopleths;
 };
 
+/// Whether an optional parameter has a value: dialogs hand on a null, scripts an empty text, where it has none.
+bool is_given(const QVariantMap& parameters, const char* name) {
+    const QVariant value = parameters.value(QLatin1String(name));
+    const bool isText = value.type() == QVariant::String;
+    return value.isValid() && !value.isNull() && !(isText && value.toString().trimmed().isEmpty());
+}
+
 /// The lists of numbers that a user types: all above 0, percentages at most 100.
 QString problem_of_list(const QString& name, const QString& text, double largest) {
     for (const QString& piece : text.split(QLatin1Char(','))) {
@@ -217,9 +224,9 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
         return false;
     };
     const int extent = parameterAsEnum(parameters, QStringLiteral("EXTENT_MODE"), context);
-    const bool hasReference = !parameters.value(QStringLiteral("REFERENCE")).toString().isEmpty();
-    if (extent == kReference && !hasReference) return refuse(QStringLiteral("Choose the reference raster."));
-    if (extent != kReference && !parameters.value(QStringLiteral("CELL_SIZE")).isValid())
+    if (extent == kReference && !is_given(parameters, "REFERENCE"))
+        return refuse(QStringLiteral("Choose the reference raster."));
+    if (extent != kReference && !is_given(parameters, "CELL_SIZE"))
         return refuse(QStringLiteral("Give the cell size in map units."));
     const int method = parameterAsEnum(parameters, QStringLiteral("METHOD"), context);
     if (method == kBandwidths || method == kProportions)
@@ -250,10 +257,9 @@ std::string KernelDensityAlgorithm::Extent(const QVariantMap& parameters, QgsPro
     if (mode == kReference) {
         QgsRasterLayer* raster = parameterAsRasterLayer(parameters, QStringLiteral("REFERENCE"), context);
         if (!raster) throw QgsProcessingException(invalidRasterError(parameters, QStringLiteral("REFERENCE")));
-        session.Add(*raster);
-        return "ref:" + FromQString(raster->name());
+        return "ref:" + session.Add(*raster);
     }
-    if (!parameters.value(QStringLiteral("BUFFER")).isValid()) return "full";
+    if (!is_given(parameters, "BUFFER")) return "full";
     return "full:" + platform::NumberText(parameterAsDouble(parameters, QStringLiteral("BUFFER"), context));
 }
 
@@ -264,7 +270,7 @@ kde_tool::FormChoices KernelDensityAlgorithm::Choices(const QVariantMap& paramet
     };
     const auto yes = [&](const char* name) { return parameterAsBoolean(parameters, QLatin1String(name), context); };
     kde_tool::FormChoices choices;
-    if (parameters.value(QStringLiteral("CELL_SIZE")).isValid())
+    if (is_given(parameters, "CELL_SIZE"))
         choices.CellSize = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("CELL_SIZE"), context));
     choices.Prefix = text("PREFIX");
     choices.Scaling = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));

@@ -4,8 +4,11 @@
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"
 
+#include <algorithm>
 #include <qgsprocessingparameters.h>
 #include <qgsprocessingutils.h>
+#include <utility>
+#include <vector>
 
 namespace wxl::qgis {
 namespace {
@@ -37,8 +40,14 @@ ProcessingSession::ProcessingSession(QgsProcessingFeedback& feedback)
     m_geodata.ConnectToApplication(m_application);
 }
 
-void ProcessingSession::Add(QgsMapLayer& layer) {
-    Map().Add(FromQgsLayer(layer));
+std::string ProcessingSession::Add(QgsMapLayer& layer) {
+    platform::Layer added = FromQgsLayer(layer);
+    const std::vector<platform::Layer> layers = Map().Layers();
+    const auto has_its_name = [&](const platform::Layer& other) { return other.Name == added.Name; };
+    if (std::any_of(layers.begin(), layers.end(), has_its_name)) added.Name = FromQString(layer.source());
+    const std::string name = added.Name;
+    Map().Add(std::move(added));
+    return name;
 }
 
 QIcon WxlAlgorithm::icon() const {

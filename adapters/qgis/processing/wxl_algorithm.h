@@ -9,6 +9,7 @@
 #include <qgsprocessingalgorithm.h>
 #include <qgsvectorlayer.h>
 #include <QStringList>
+#include <string>
 
 namespace wxl::qgis {
 
@@ -20,8 +21,9 @@ public:
     ProcessingSession(const ProcessingSession&) = delete;
     ProcessingSession& operator=(const ProcessingSession&) = delete;
 
-    /// The first layer that is added is the highlighted one.
-    void Add(QgsMapLayer& layer);
+    /// The first layer that is added is the highlighted one. Returns its name in the map: the layer's own, or its
+    /// source where another layer has that name.
+    std::string Add(QgsMapLayer& layer);
     FixedMap& Map() { return m_application->Map(); }
     const std::shared_ptr<FixedApplication>& Application() const { return m_application; }
     FeedbackMessages& Messages() { return m_messages; }

@@ -1,0 +1,38 @@
+"""Runs inside the desktop: the toolbox has the algorithms, their dialog can be read, and one of them runs."""
+import pathlib
+
+import processing
+from qgis.core import QgsApplication, QgsProject
+from qgis.PyQt.QtWidgets import QApplication, QTabWidget
+from qgis.utils import iface
+
+from desktop_support import SETUP, check, drive, shoot
+
+
+def show_dialog():
+    dialog = processing.createAlgorithmDialog("wxltools:kerneldensity", {})
+    dialog.resize(900, 780)
+    dialog.show()
+    for _ in range(10):
+        QApplication.processEvents()
+    shoot(dialog, "processing-kernel-density")
+    check(dialog.findChild(QTabWidget) is not None, "the dialog of the algorithm")
+    dialog.close()
+
+
+def main():
+    registry = QgsApplication.processingRegistry()
+    provider = registry.providerById("wxltools")
+    check(provider is not None, "the provider is there")
+    check(sorted(a.name() for a in provider.algorithms()) ==
+          ["kerneldensity", "observationfields", "removeduplicates", "statistics"], "its algorithms")
+    show_dialog()
+    fixes = QgsProject.instance().mapLayersByName("fixes")[0]
+    result = processing.run("wxltools:kerneldensity",
+                            {"INPUT": fixes, "ID_FIELD": "animal", "CELL_SIZE": 300, "OUTPUT": SETUP["output"]})
+    check(result["DISTRIBUTIONS"] == 4, f"four wolves: {result}")
+    check(all(pathlib.Path(raster).is_dir() for raster in result["RASTERS"]), "the rasters")
+    check(iface.mainWindow() is not None, "the desktop goes on")
+
+
+drive(main)
