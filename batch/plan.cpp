@@ -30,10 +30,12 @@ private:
 
 /// Bound by name and number, as in json_of_frame: what is new there does not compile until it is kept here too.
 Json json_of_inputs(const RunInputs& inputs) {
-    const auto& [layer, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, outputFolder,
-                 prefix, cellSize, scaling, verbose, mode, buffer, reference, isopleths, percentages, lines, polygons,
-                 donuts, silent] = inputs;
+    const auto& [layer, source, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions,
+                 outputFolder, prefix, cellSize, scaling, verbose, mode, buffer, reference, isopleths, percentages,
+                 lines, polygons, donuts, silent, html] = inputs;
     return {{"layer", json_of_text(layer)},
+            {"source", json_of_text(source)},
+            {"where", json_of_text(where)},
             {"id_field", json_of_text(idField)},
             {"selected_only", selectedOnly},
             {"rescale", rescale},
@@ -54,12 +56,15 @@ Json json_of_inputs(const RunInputs& inputs) {
             {"lines", lines},
             {"polygons", polygons},
             {"donuts", donuts},
-            {"silent", silent}};
+            {"silent", silent},
+            {"html", html}};
 }
 
 RunInputs inputs_of_json(const Json& json) {
     RunInputs inputs;
     inputs.LayerName = text_of(json.at("layer"));
+    inputs.Source = text_of(json.at("source"));
+    inputs.Where = text_of(json.at("where"));
     inputs.IdField = text_of(json.at("id_field"));
     inputs.SelectedOnly = json.at("selected_only").get<bool>();
     inputs.Rescale = json.at("rescale").get<bool>();
@@ -82,6 +87,7 @@ RunInputs inputs_of_json(const Json& json) {
     inputs.Polygons = json.at("polygons").get<bool>();
     inputs.Donuts = json.at("donuts").get<bool>();
     inputs.Silent = json.at("silent").get<bool>();
+    inputs.Html = json.at("html").get<bool>();
     return inputs;
 }
 

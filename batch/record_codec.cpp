@@ -101,14 +101,19 @@ BandwidthMethod method_of_text(const std::string& text) {
 
 /// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
 Json json_of_record(const AnimalRecord& record) {
-    const auto& [id, namingId, subfolder, sampleSize, method, bandwidth, bandwidthMapUnits, href, minimized, profile,
-                 grid, volume, rasterName, isopleths, maxEdgeValue, edgeWarning, status, isoplethStatus, warnings,
-                 files] = record;
+    const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
+                 bandwidthMapUnits, href, minimized, profile, grid, volume, rasterName, isopleths, maxEdgeValue,
+                 edgeWarning, status, isoplethStatus, warnings, reason, files] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
             {"n", sampleSize},
+            {"coincident_fixes", coincident.Fixes},
+            {"coincident_pairs", coincident.Pairs},
+            {"schoener", json_of_optional(schoener)},
+            {"swihart_slade", json_of_optional(swihartSlade)},
             {"method", method_text(method)},
+            {"value", json_of_double(value)},
             {"bandwidth", json_of_double(bandwidth)},
             {"bandwidth_map_units", json_of_double(bandwidthMapUnits)},
             {"href", json_of_double(href)},
@@ -127,6 +132,7 @@ Json json_of_record(const AnimalRecord& record) {
             {"status", status},
             {"isopleth_status", isoplethStatus},
             {"warnings", json_of_text(warnings)},
+            {"reason", json_of_text(reason)},
             {"files", json_of_texts(files)}};
 }
 
@@ -136,7 +142,11 @@ AnimalRecord record_of(const Json& json) {
     record.NamingId = text_of(json.at("naming_id"));
     record.Subfolder = text_of(json.at("subfolder"));
     record.SampleSize = int32_of(json.at("n"));
+    record.Coincident = {int32_of(json.at("coincident_fixes")), whole_of(json.at("coincident_pairs"), 0, INT64_MAX)};
+    record.Schoener = optional_of(json.at("schoener"));
+    record.SwihartSlade = optional_of(json.at("swihart_slade"));
     record.Method = method_of_text(json.at("method").get<std::string>());
+    record.Value = double_of(json.at("value"));
     record.Bandwidth = double_of(json.at("bandwidth"));
     record.BandwidthMapUnits = double_of(json.at("bandwidth_map_units"));
     record.Href = double_of(json.at("href"));
@@ -152,6 +162,7 @@ AnimalRecord record_of(const Json& json) {
     record.Status = int32_of(json.at("status"));
     record.IsoplethStatus = int32_of(json.at("isopleth_status"));
     record.Warnings = text_of(json.at("warnings"));
+    record.Reason = text_of(json.at("reason"));
     record.Files = texts_of(json.at("files"));
     return record;
 }

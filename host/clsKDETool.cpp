@@ -3,6 +3,7 @@
 #include "host/error_labels.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/guarded.h"
+#include "results_page/results_page.h"
 
 namespace wxl::host {
 
@@ -30,6 +31,8 @@ void clsKDETool::OnClick() {
         if (!m_application) Raise(error_number::kObjectNotSet);
         m_utilities.ConnectToApplication(m_application);
         kde_tool::frmKDE form(m_services, m_utilities);
+        results_page::ResultsPage page(m_services);
+        form.AddObserver(page);
         m_forms.ShowKernelDialog(form);
     });
 }

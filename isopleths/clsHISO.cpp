@@ -53,6 +53,20 @@ std::vector<std::vector<Ring>> contours_of(std::vector<platform::ContourLine> li
     return contours;
 }
 
+/// Areas at or above the levels; one that repeats an earlier level has its area.
+std::vector<std::optional<double>> areas_of(const std::vector<std::vector<Ring>>& contours,
+                                            std::span<const double> levels) {
+    std::vector<std::optional<double>> areas(levels.size());
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const std::size_t first = nearest_level(levels[i], levels);
+        if (first != i)
+            areas[i] = areas[first];
+        else if (!contours[i].empty())
+            areas[i] = enclosed_area(contours[i]);
+    }
+    return areas;
+}
+
 bool is_empty(const std::vector<std::vector<Ring>>& contours) {
     for (const auto& rings : contours) {
         if (!rings.empty()) return false;
@@ -129,6 +143,7 @@ void clsHISO::CreateIsopleths() {
 
 void clsHISO::FindLevels(platform::IRasterBand& band) {
     m_levels.clear();
+    m_areas.clear();
     m_statistics = band.ComputeStatistics();
     VolumeHistogram histogram(m_statistics.Minimum, m_statistics.Maximum);
     scan_surface(band, m_services.Host, m_edge, histogram);
@@ -140,6 +155,7 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     const platform::RasterGeometry geometry = dataset.Band()->Geometry();
     const OuterEdge edge(geometry, m_edge);
     Contours contours = contours_of(m_services.Contours->Contours(dataset, m_levels), m_levels, edge);
+    m_areas = areas_of(contours, m_levels);
     if (is_empty(contours)) {
         m_errorStatus = isopleth_status::kNoContours;
         return;

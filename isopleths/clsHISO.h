@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -77,6 +78,10 @@ public:
     /// Levels of the last run, in raster units and in the order of the percentages; empty when they could not be found.
     const std::vector<double>& GetLevels() const { return m_levels; }
 
+    /// Areas at or above the levels of the last run in square map units, whatever was produced; empty where a level has
+    /// no contour.
+    const std::vector<std::optional<double>>& GetAreas() const { return m_areas; }
+
     /// Minimum and maximum of the raster of the last run.
     platform::RasterStatistics GetStatistics() const { return m_statistics; }
 
@@ -113,6 +118,7 @@ private:
     std::string m_outputName;
     SurfaceEdge m_edge;
     std::vector<double> m_levels;
+    std::vector<std::optional<double>> m_areas;
     platform::RasterStatistics m_statistics;
     std::int32_t m_errorStatus = 0;
 };

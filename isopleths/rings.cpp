@@ -176,6 +176,16 @@ std::vector<Nesting> nesting_of(std::span<const Ring> rings) {
     return nesting;
 }
 
+double enclosed_area(std::span<const Ring> rings) {
+    const std::vector<Nesting> nesting = nesting_of(rings);
+    double area = 0.0;
+    for (std::size_t i = 0; i < rings.size(); ++i) {
+        const double size = std::abs(clockwise_area(rings[i]));
+        area += nesting[i].Depth % 2 == 0 ? size : -size;
+    }
+    return area;
+}
+
 std::vector<Geometry> polygons_of(std::vector<Ring> rings) {
     const std::vector<Nesting> nesting = nesting_of(rings);
     std::vector<Geometry> polygons;

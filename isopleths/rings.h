@@ -34,6 +34,9 @@ std::vector<Nesting> nesting_of(std::span<const Ring> rings);
 /// (clockwise) with its holes.
 std::vector<platform::Geometry> polygons_of(std::vector<Ring> rings);
 
+/// Area in square map units of what lies within an odd number of the rings, given by descending area.
+double enclosed_area(std::span<const Ring> rings);
+
 /// One shape of several polygons; a null shape of none.
 platform::Geometry collected(std::vector<platform::Geometry> polygons);
 

@@ -2,6 +2,8 @@
 
 #include "engine/clsKernelCalculator.h"
 #include "isopleths/clsHISO.h"
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/independence.h"
 #include "kde_tool/run_plan.h"
 #include "platform/runtime_error.h"
 #include "utilities/Utilities.h"
@@ -28,6 +30,9 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.NamingId = animal.NamingId;
     record.Subfolder = animal.Subfolder;
     record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
+    record.Coincident = coincidence_of(animal.Fixes);
+    record.Schoener = Schoener(animal.Fixes);
+    record.SwihartSlade = SwihartSlade(animal.Fixes);
     record.Method = method;
     record.Bandwidth = calculator.GetBandwidth();
     record.BandwidthMapUnits = calculator.GetScaledBandwidth();
@@ -42,18 +47,6 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     return record;
 }
 
-/// Areas of the polygons of one percentage: one feature per level that has a contour.
-std::optional<double> area_of(platform::IFeatureClass& polygons, double percent) {
-    const int percentField = polygons.Table().FindField("PERCENT");
-    const int areaField = polygons.Table().FindField("AREA");
-    if (percentField < 0 || areaField < 0) return std::nullopt;
-    const auto cursor = polygons.Find({.Where = std::nullopt, .WithShape = false});
-    while (const auto feature = cursor->NextFeature())
-        if (platform::ValueNumber(feature->Value(percentField)) == percent)
-            return platform::ValueNumber(feature->Value(areaField));
-    return std::nullopt;
-}
-
 }  // namespace
 
 std::filesystem::path output_folder(const RunFrame& frame, const std::string& subfolder) {
@@ -66,6 +59,7 @@ AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
     const auto raster = ComputeRaster(animal, index, record);
     m_report.Write(animal_lines(record, m_frame.Inputs, m_frame.TextIds));
     if (m_frame.Inputs.Isopleths && raster) DrawIsopleths(raster, record);
+    record.Reason = diagnosis(record);
     m_report.Write(animal_end_lines(record));
     return record;
 }
@@ -93,6 +87,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     calculator.CalculateKernel();
 
     record = record_of(calculator, animal, m_frame.Inputs.Method);
+    record.Value = m_frame.Values.at(index);
     record.RasterName = raster_name(m_frame.Inputs, animal.NamingId, index + 1, m_frame.Values.size());
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");
@@ -179,10 +174,9 @@ void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord&
     record.EdgeWarning = *record.MaxEdgeValue > edge_threshold(m_frame.Inputs.Method, m_frame.ScalingFactor);
     const auto polygons = isopleths.GetPolysFeatureClass();
     const std::vector<double>& levels = isopleths.GetLevels();
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        const double percent = m_frame.Percentages.at(i);
-        record.Isopleths.push_back({percent, levels[i], polygons ? area_of(*polygons, percent) : std::nullopt});
-    }
+    const std::vector<std::optional<double>>& areas = isopleths.GetAreas();
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        record.Isopleths.push_back({m_frame.Percentages.at(i), levels[i], i < areas.size() ? areas[i] : std::nullopt});
     const std::string stem = isopleth_name(record.RasterName);
     if (isopleths.GetLinesFeatureClass()) AddFile(stem + "_line.shp", record);
     if (polygons) AddFile(stem + "_poly.shp", record);

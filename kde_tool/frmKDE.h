@@ -3,6 +3,7 @@
 #include "kde_tool/profile_plot.h"
 #include "kde_tool/run_record.h"
 #include "kde_tool/statistics_tables.h"
+#include "kde_tool/summary_table.h"
 #include "platform/controls.h"
 #include "platform/services.h"
 
@@ -29,12 +30,17 @@ class frmKDE {
 public:
     /// The services and the Utilities (connected to the application) must outlive the form.
     frmKDE(const platform::Services& services, utilities::Utilities& geodata);
+    frmKDE(const frmKDE&) = delete;
+    frmKDE& operator=(const frmKDE&) = delete;
 
     const std::string Caption = "Kernel Density Estimation";
     bool Visible = true;  ///< false after btnExit
 
     /// Format of the rasters that a run writes: "GRID" or "GTiff".
     std::string RasterFormat = "GRID";
+
+    /// The SQL condition by which the selected fixes were chosen; "" where there is none.
+    std::string Where;
 
     /// A run spreads its datasets over sub-folders of the output folder, one for every so many animals; 0: it does not.
     std::size_t AnimalsPerSubfolder = 0;
@@ -219,8 +225,10 @@ public:
     /// What the last load noted about output folders that do not exist; never shown.
     const std::string& LoadNote() const { return m_loadNote; }
 
-    /// Tells `observer` of every run from now on, after those added before. It must outlive the runs.
+    /// Tells `observer` of every run from now on, after those added before. It must outlive the runs. The first one is
+    /// the form's own, which writes the summary.
     void AddObserver(IRunObserver& observer) { m_observers.push_back(&observer); }
+    const SummaryTable& Summary() const { return m_summary; }
     const std::vector<IRunObserver*>& Observers() const { return m_observers; }
 
     /// How the last run ended.
@@ -266,7 +274,8 @@ private:
     bool m_stopRequested = false;
     bool m_asksToStop = false;  ///< the question is on screen
     RunOutcome m_lastRun = RunOutcome::kNone;
-    std::vector<IRunObserver*> m_observers;
+    SummaryTable m_summary{m_services};
+    std::vector<IRunObserver*> m_observers = {&m_summary};
     std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
     std::optional<PlottedSearch> m_plotted;
     bool m_plotting = false;

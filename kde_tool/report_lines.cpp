@@ -1,5 +1,7 @@
 #include "kde_tool/report_lines.h"
 
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/summary_rows.h"
 #include "platform/text.h"
 
 namespace wxl::kde_tool {
@@ -69,10 +71,13 @@ void append_isopleths(Lines& lines, const RunInputs& inputs) {
     lines.emplace_back();
 }
 
-void append_search(Lines& lines, const AnimalRecord& record, const std::string& search, bool verbose) {
+/// The reason is told only beside a page of the results: without one the report's form is fixed to the letter.
+void append_search(Lines& lines, const AnimalRecord& record, const std::string& search, const RunInputs& inputs) {
     lines.push_back(record.Minimized ? "Bandwidth represents minimized " + search
                                      : search + " function could not be minimized. HREF bandwidth used.");
-    if (!verbose) return;
+    if (const std::string reason = search_reason(search_facts(record)); inputs.Html && !reason.empty())
+        lines.push_back("Reason: " + reason);
+    if (!inputs.Verbose) return;
     lines.push_back(search + " Profile:");
     lines.push_back("h," + search + "_value");
     for (const engine::ProfileRow& point : record.Profile)
@@ -144,12 +149,12 @@ Lines animal_lines(const AnimalRecord& record, const RunInputs& inputs, bool tex
     lines.push_back("Sample size: " + std::to_string(record.SampleSize));
     lines.push_back("Bandwidth: " + NumberText(record.Bandwidth));
     lines.push_back("HREF (for reference): " + NumberText(record.Href));
-    if (record.Method == BandwidthMethod::kLscv) append_search(lines, record, "LSCV", inputs.Verbose);
-    if (record.Method == BandwidthMethod::kBcv) append_search(lines, record, "BCV", inputs.Verbose);
+    if (record.Method == BandwidthMethod::kLscv) append_search(lines, record, "LSCV", inputs);
+    if (record.Method == BandwidthMethod::kBcv) append_search(lines, record, "BCV", inputs);
     lines.push_back("Columns, Rows: " + std::to_string(record.Grid.Columns) + ", " + std::to_string(record.Grid.Rows));
     lines.push_back("Origin of raster (lower left x, y): " + NumberText(record.Grid.OriginX) + ", " +
                     NumberText(record.Grid.OriginY));
-    lines.push_back("Raster name: " + (record.Subfolder.empty() ? "" : record.Subfolder + "/") + record.RasterName);
+    lines.push_back("Raster name: " + raster_place(record));
     append_outcome(lines, record, inputs.ScalingText);
     return lines;
 }

@@ -12,6 +12,8 @@ enum class ExtentMode { kFull, kMinimum, kReference };
 /// What the dialog held when the run was started. Texts are as typed.
 struct RunInputs {
     std::string LayerName = {};
+    std::string Source = {};  ///< of the point layer, PATH or PATH:LAYER; empty: no file that is known
+    std::string Where = {};   ///< SQL condition that chose the fixes; empty: none that is known
     std::string IdField = {};
     bool SelectedOnly = false;
     bool Rescale = false;
@@ -33,6 +35,7 @@ struct RunInputs {
     bool Polygons = false;
     bool Donuts = false;
     bool Silent = false;
+    bool Html = false;  ///< a page of the results is wanted
 };
 
 }  // namespace wxl::kde_tool

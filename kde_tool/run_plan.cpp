@@ -1,5 +1,6 @@
 #include "kde_tool/run_plan.h"
 
+#include "kde_tool/coincidence.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -127,10 +128,7 @@ double edge_threshold(BandwidthMethod method, double scalingFactor) {
 }
 
 bool has_overlap(std::span<const platform::Point> points) {
-    std::vector<platform::Point> sorted(points.begin(), points.end());
-    std::sort(sorted.begin(), sorted.end(),
-              [](const auto& a, const auto& b) { return a.X != b.X ? a.X < b.X : a.Y < b.Y; });
-    return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
+    return coincidence_of(points).Pairs > 0;
 }
 
 std::string overlap_question(std::span<const std::string> ids) {

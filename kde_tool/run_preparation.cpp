@@ -63,6 +63,7 @@ std::filesystem::path file_in_folder(const std::filesystem::path& folder, const 
 RunInputs inputs_of(const frmKDE& form) {
     RunInputs inputs;
     inputs.LayerName = form.cmbPntL.Text();
+    inputs.Where = form.Where;
     inputs.IdField = form.cmbUIDFLD.Text();
     inputs.SelectedOnly = form.chkUseSel.Value != 0;
     inputs.Rescale = form.chkRescale.Value != 0;
@@ -84,6 +85,7 @@ RunInputs inputs_of(const frmKDE& form) {
     inputs.Polygons = form.chkPolys.Value != 0;
     inputs.Donuts = form.chkDonuts.Value != 0;
     inputs.Silent = form.chkSilent.Value != 0;
+    inputs.Html = form.chkHtml.Value != 0;
     return inputs;
 }
 
@@ -149,6 +151,7 @@ bool RunPreparation::GroupAnimals() {
     WarnOfMissingIds();
     spread_over_subfolders(m_animals.Animals, m_form.AnimalsPerSubfolder);
     const platform::Layer layer = m_form.PointLayer();
+    m_frame.Inputs.Source = layer.Source;
     const auto points = layer.Feature->FeatureClass();
     m_frame.TextIds = m_animals.TextIds;
     m_frame.Reference = points->Reference();

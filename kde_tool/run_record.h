@@ -2,6 +2,7 @@
 // What an analysis run tells whoever started it, one animal at a time.
 
 #include "engine/search_profile.h"
+#include "kde_tool/coincidence.h"
 #include "kde_tool/run_inputs.h"
 #include "platform/values.h"
 
@@ -16,7 +17,7 @@ namespace wxl::kde_tool {
 struct IsoplethRecord {
     double Percent = 0.0;
     double Level = 0.0;          ///< density per square map unit x scaling factor
-    std::optional<double> Area;  ///< square map units; absent when no polygons were made
+    std::optional<double> Area;  ///< square map units; absent where the level has no contour
 };
 
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.
@@ -25,7 +26,11 @@ struct AnimalRecord {
     std::string NamingId;        ///< the part of the output names that stands for the animal
     std::string Subfolder = {};  ///< of the output folder, holds the datasets; empty: the folder itself
     std::int32_t SampleSize = 0;
+    Coincidence Coincident;
+    std::optional<double> Schoener;      ///< indices of independence; absent where not defined
+    std::optional<double> SwihartSlade;  ///< the same
     BandwidthMethod Method = BandwidthMethod::kHref;
+    double Value = 0.0;              ///< the bandwidth or proportion of a list; 0 for the other methods
     double Bandwidth = 0.0;          ///< units of the stored sample (unit variance when rescaled)
     double BandwidthMapUnits = 0.0;  ///< the same in map units
     double Href = 0.0;               ///< units of the stored sample; 0 for a user-defined bandwidth
@@ -40,6 +45,7 @@ struct AnimalRecord {
     std::int32_t Status = 0;          ///< the calculator's status, 0 when the distribution was computed
     std::int32_t IsoplethStatus = 0;  ///< the isopleth object's status, 0 when isopleths were made or not asked for
     std::string Warnings;             ///< the calculator's warnings, each followed by a carriage return
+    std::string Reason;               ///< what is wrong with the search, the distribution or its edge; one line
     std::vector<std::string> Files;   ///< datasets written, in the order of writing
 };
 

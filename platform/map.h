@@ -43,6 +43,7 @@ enum class FeatureType : std::int32_t { kSimple = 1, kDimension = 13 };
 /// A layer of the map's tree. `Feature` or `Raster` is set when the layer is one.
 struct Layer {
     std::string Name;
+    std::string Source = {};  ///< what wxl opens a feature layer by: PATH or PATH:LAYER; empty: no file that is known
     LayerClass Class = LayerClass::kOther;
     ShapeType Shape = ShapeType::kNull;           ///< feature layers
     FeatureType Features = FeatureType::kSimple;  ///< feature layers

@@ -5,6 +5,7 @@
 #include "platform/geometry_operators.h"
 #include "platform/map.h"
 #include "platform/messages.h"
+#include "platform/pictures.h"
 #include "platform/reprojection.h"
 #include "platform/workspaces.h"
 
@@ -26,6 +27,7 @@ struct Services {
     IContourOperation* Contours = nullptr;
     IFolderLocks* Locks = nullptr;
     IReprojection* Reprojection = nullptr;  ///< null where there is no map to add layers to
+    IPictureEncoder* Pictures = nullptr;
 };
 
 }  // namespace wxl::platform

@@ -36,6 +36,10 @@ std::string UpperCase(std::string_view utf8);
 /// Whether the bytes are well-formed UTF-8.
 bool IsUtf8(std::string_view text);
 
+/// A cell of comma-separated text (RFC 4180): in quotes, with its own quotes doubled, where it holds a comma, a quote
+/// or a line break.
+std::string CsvCell(std::string_view text);
+
 /// Equal but for the case of ASCII letters (field names, programmatic identifiers).
 bool EqualNoCase(std::string_view a, std::string_view b);
 

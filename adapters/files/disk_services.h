@@ -3,6 +3,7 @@
 #include "adapters/files/disk_file_system.h"
 #include "adapters/files/folder_lock.h"
 #include "adapters/files/geos_operators.h"
+#include "adapters/files/png_encoder.h"
 #include "adapters/files/raster_workspace.h"
 #include "adapters/files/shapefile_workspace.h"
 #include "platform/services.h"
@@ -28,6 +29,7 @@ public:
         services.Geometry = &m_geometry;
         services.Contours = &m_contours;
         services.Locks = &m_locks;
+        services.Pictures = &m_pictures;
         return services;
     }
 
@@ -42,6 +44,7 @@ private:
     GeosOperators m_geometry;
     ContourOperation m_contours;
     FolderLocks m_locks{m_files, m_folders};
+    PngEncoder m_pictures;
 };
 
 }  // namespace wxl::files

@@ -77,11 +77,22 @@ std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input) {
     return std::make_shared<FilesFeatureLayer>(features->Name(), features);
 }
 
+namespace {
+
+/// A shapefile is its one layer; other files are told with the layer's name.
+std::string source_of(const OgrFeatureClass& features) {
+    const std::string path = std::filesystem::absolute(features.Path()).lexically_normal().string();
+    return features.Path().extension() == ".shp" ? path : path + ":" + features.Name();
+}
+
+}  // namespace
+
 Layer layer_of(const std::shared_ptr<FilesFeatureLayer>& layer) {
     Layer entry;
     entry.Name = layer->Name();
     entry.Class = LayerClass::kFeature;
     entry.Shape = layer->Features().Shape();
+    entry.Source = source_of(layer->Features());
     entry.Feature = layer;
     return entry;
 }

@@ -9,6 +9,7 @@ wxl_room(
   contour_operation.cpp
   grid_layout.cpp
   grid_writer.cpp
+  png_encoder.cpp
   raster_dataset.cpp
   raster_workspace.cpp
   raster_writing.cpp

@@ -5,6 +5,7 @@
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
 
+#include <qgsproviderregistry.h>
 #include <qgsvectordataprovider.h>
 
 namespace wxl::qgis {
@@ -14,6 +15,15 @@ template <class LayerType>
 LayerType& open(const QPointer<LayerType>& layer) {
     if (layer.isNull()) platform::Raise(platform::error_number::kObjectNotSet, "The layer was removed from the map.");
     return *layer;
+}
+
+/// Where a layer of files lies; empty for layers of databases, services and memory.
+std::string source_of(const QgsVectorLayer& layer) {
+    if (layer.providerType() != QLatin1String("ogr")) return {};
+    const QVariantMap parts = QgsProviderRegistry::instance()->decodeUri(layer.providerType(), layer.source());
+    const QString name = parts.value(QStringLiteral("layerName")).toString();
+    const QString path = parts.value(QStringLiteral("path")).toString();
+    return FromQString(path.isEmpty() || name.isEmpty() ? path : path + ':' + name);
 }
 
 }  // namespace
@@ -61,6 +71,7 @@ platform::Layer FromQgsLayer(QgsMapLayer& layer) {
         result.Class = platform::LayerClass::kFeature;
         result.Shape = ShapeTypeOf(vector->geometryType());
         result.Feature = std::make_shared<QgisFeatureLayer>(*vector);
+        result.Source = source_of(*vector);
     } else if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer); raster && raster->isValid()) {
         result.Class = platform::LayerClass::kRaster;
         result.Raster = std::make_shared<QgisRasterLayer>(*raster);

@@ -3,6 +3,7 @@
 #include "adapters/files/disk_file_system.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -14,16 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string csv_cell(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string quoted = "\"";
-    for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-    return quoted + '"';
-}
-
 std::string csv_line(const std::vector<std::string>& cells) {
     std::string line;
-    for (const std::string& cell : cells) line += (line.empty() && &cell == &cells.front() ? "" : ",") + csv_cell(cell);
+    for (const std::string& cell : cells)
+        line += (line.empty() && &cell == &cells.front() ? "" : ",") + platform::CsvCell(cell);
     return line + "\n";
 }
 

@@ -22,8 +22,9 @@ MAY_INCLUDE = {
     "isopleths": {"platform", "utilities"},
     "kde_tool": {"platform", "engine", "pictures", "isopleths", "utilities"},
     "batch": {"platform", "engine", "kde_tool"},
+    "results_page": {"platform", "engine", "pictures", "kde_tool"},
     "movement": {"platform", "utilities"},
-    "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "movement"},
+    "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},
 }
 # Adapters draw the forms and know the ports, never the other way round.
 ADAPTERS = {

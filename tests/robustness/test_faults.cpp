@@ -187,13 +187,13 @@ private:
         return message.find(dataset) != std::string::npos;
     }
 
-    /// Every dataset is as before the run or as after a whole one; texts may also be gone or grow.
+    /// Every dataset is as before the run or as after a whole one; texts and summaries may also be gone or other.
     void CheckWhole(const Scenario& scenario) const {
         const auto before = by_dataset(m_before);
         const auto after = by_dataset(m_after);
         const auto now = by_dataset(datasets_in(Work));
         for (const auto& [name, files] : now) {
-            if (files.begin()->first.ends_with(".txt")) continue;
+            if (files.begin()->first.ends_with(".txt") || files.begin()->first.ends_with("SUMMARY.csv")) continue;
             if (!scenario.Changed.empty() && name == dataset_name(scenario.Changed)) {
                 CheckChanged(Work / scenario.Changed);
                 continue;

@@ -5,6 +5,7 @@
 #include "apps/cli/text_output.h"
 #include "engine/clsKernelCalculator.h"
 #include "kde_tool/animal_fixes.h"
+#include "kde_tool/bandwidth_doctor.h"
 #include "pictures/profile_picture.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -33,12 +34,25 @@ struct AnimalBandwidth {
     bool Searched = false;
     bool Minimised = false;
     engine::SearchProfile Profile;  ///< without the rows that the search did not reach
+    std::string Reason;             ///< why the search is not minimised, in one line
     std::string Warnings;
     std::string Plot;  ///< file of its picture; empty: none
 };
 
 std::optional<double> if_positive(double value) {
     return value > 0.0 && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+std::string reason_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
+                      const engine::clsKernelCalculator& calculator) {
+    if (options.Method == "href") return {};
+    const engine::SearchProfile rows = calculator.GetLSCVProfile().value_or(engine::SearchProfile{});
+    return kde_tool::search_reason(
+        {.Method = options.Method == "lscv" ? kde_tool::BandwidthMethod::kLscv : kde_tool::BandwidthMethod::kBcv,
+         .Count = static_cast<std::int32_t>(animal.Fixes.size()),
+         .Coincident = kde_tool::coincidence_of(animal.Fixes),
+         .Profile = rows,
+         .Minimized = calculator.LSCVMinimized});
 }
 
 AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
@@ -57,6 +71,7 @@ AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const Bandwidt
     found.Id = animal.Id;
     found.Count = animal.Fixes.size();
     found.Href = if_positive(calculator.GetHREF());
+    found.Reason = reason_of(animal, options, calculator);
     if (!found.Href) return found;
     found.Bandwidth = if_positive(calculator.GetBandwidth());
     found.MapUnits = if_positive(calculator.GetScaledBandwidth());
@@ -140,6 +155,8 @@ void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console
         if (!animal.Bandwidth)
             console.Problem(
                 fmt::format("{}: no bandwidth, because its {} fixes are too few or have no spread", id, animal.Count));
+        else if (!animal.Reason.empty())
+            console.Problem(fmt::format("{}: {}", id, animal.Reason));
         for (const std::string& warning : platform::Split(animal.Warnings, '\r'))
             if (!warning.empty()) console.Problem(fmt::format("{}: {}", id, warning));
     }
@@ -155,6 +172,7 @@ Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions
         if (options.Rescale) one["bandwidth_map_units"] = json_number(animal.MapUnits);
         one["href"] = json_number(animal.Href);
         one["minimised"] = animal.Searched ? Json(animal.Minimised) : Json(nullptr);
+        one["reason"] = animal.Reason.empty() ? Json(nullptr) : Json(animal.Reason);
         const std::optional<engine::ProfileRow> minimum = engine::SmallestScore(animal.Profile);
         one["minimum"] = minimum ? Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}}
                                  : Json(nullptr);

@@ -5,6 +5,8 @@
 #include "batch/planner.h"
 #include "batch/task_state.h"
 #include "kde_tool/run_ending.h"
+#include "kde_tool/summary_table.h"
+#include "results_page/results_page.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -44,12 +46,15 @@ int run_batch_merge(const BatchMergeOptions& options, Console& console) {
         return console.Fail(
             fmt::format("the batch is not finished: {}; wxl batch submit sends what is missing", unfinished));
     KdeOutput output = session.Output(options.Json);
-    const std::vector<kde_tool::IRunObserver*> observers = {&output};
+    kde_tool::SummaryTable summary(services);
+    results_page::ResultsPage page(services);
+    const std::vector<kde_tool::IRunObserver*> observers = {&summary, &output, &page};
     batch::Merge(services, plan).Run(observers);
     kde_tool::show_ending(*services.Messages, false);
     output.Finish(kde_tool::RunOutcome::kComplete);
     if (options.Clean) batch::remove_batch(services, plan.Frame.Folder);
-    return exit_code_of(kde_tool::RunOutcome::kComplete, output, console);
+    const int code = exit_code_of(kde_tool::RunOutcome::kComplete, output, console);
+    return with_extras(code, summary, page, options.Json, console);
 }
 
 }  // namespace wxl::cli

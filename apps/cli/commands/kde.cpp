@@ -9,6 +9,7 @@
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/run_ending.h"
 #include "platform/text.h"
+#include "results_page/results_page.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -72,6 +73,7 @@ void add_isopleth_options(CLI::App& command, KdeOptions& options) {
 
 void add_run_options(CLI::App& command, KdeOptions& options) {
     command.add_flag("--verbose-log", options.VerboseLog, "Put the search profiles into the report");
+    command.add_flag("--html", options.Html, "Write WXL_KDE_ANALYSIS.html, a page of the results with maps");
     command.add_option("--settings", options.Settings, "Settings file to start from; options given count more")
         ->type_name("FILE");
     command.add_option("--save-settings", options.SaveSettings, "Save the settings to this file")->type_name("FILE");
@@ -83,7 +85,9 @@ constexpr const char* kFooter =
     "Estimates a utilization distribution for every animal of a point layer and writes\n"
     "it as a raster, with isopleths as shapefiles where asked for. The folder also gets\n"
     "WXL_KDE_ANALYSIS.txt, a report to which every run is appended, and\n"
-    "WXL_KERNEL_SETTINGS.txt, which --settings takes.\n"
+    "WXL_KERNEL_SETTINGS.txt, which --settings takes, and WXL_KDE_SUMMARY.csv, a table of\n"
+    "bandwidths, areas and volumes that keeps the rows of earlier runs. With --html it gets\n"
+    "WXL_KDE_ANALYSIS.html: tables, maps and profiles as one page for any browser.\n"
     "\n"
     "A raster is named after the prefix and the animal: its number, or 1, 2, 3 ... where\n"
     "the field is text; _b1, _b2 ... follow for lists of bandwidths and proportions.\n"
@@ -103,6 +107,12 @@ constexpr std::size_t kTasksPerJob = 8;
 constexpr int kMostJobs = 1024;
 
 }  // namespace
+
+int with_extras(int code, const kde_tool::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
+                Console& console) {
+    if (!json && !page.Written().empty()) console.Result("page: " + page.Written().string());
+    return summary.Failed() || page.Failed() ? exit_code::kFailed : code;
+}
 
 int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
     if (output.Failed() > 0)
@@ -181,8 +191,12 @@ int run_kde(const KdeOptions& options, Console& console) {
     prepare_output(options, form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
+    results_page::ResultsPage page(session.Services());
     form.AddObserver(output);
-    return options.Jobs > 1 ? run_in_processes(options, session, output, console) : run_here(session, output, console);
+    form.AddObserver(page);
+    const int code =
+        options.Jobs > 1 ? run_in_processes(options, session, output, console) : run_here(session, output, console);
+    return with_extras(code, form.Summary(), page, options.Json, console);
 }
 
 }  // namespace wxl::cli

@@ -5,6 +5,8 @@
 #include "batch/planner.h"
 #include "kde_tool/form_choices.h"
 #include "kde_tool/run_record.h"
+#include "kde_tool/summary_table.h"
+#include "results_page/results_page.h"
 
 #include <optional>
 #include <string>
@@ -24,6 +26,7 @@ struct KdeOptions : kde_tool::FormChoices {
     std::string IdField;
     std::string Where;
     std::optional<std::string> Out;
+    bool Html = false;
     std::string Settings;
     std::string SaveSettings;
     std::size_t GroupBy = 0;
@@ -41,6 +44,10 @@ void register_kde(CLI::App& command, KdeOptions& options);
 
 /// What a batch of the run's is to be, in `tasks` tasks (0: as many as is usual).
 batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks);
+
+/// The exit code of a run whose own is `code`, with its summary and page, where the page stands is printed.
+int with_extras(int code, const kde_tool::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
+                Console& console);
 
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console);

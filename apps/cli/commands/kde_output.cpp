@@ -1,8 +1,9 @@
 #include "apps/cli/commands/kde_output.h"
 
-#include "engine/status.h"
 #include "isopleths/clsHISO.h"
 #include "kde_tool/analysis_run.h"
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/summary_rows.h"
 #include "platform/text.h"
 
 #include <cmath>
@@ -44,42 +45,18 @@ Json levels_of(const AnimalRecord& record) {
     return levels;
 }
 
-std::string failure_text(std::int32_t status) {
-    namespace kernel_status = engine::kernel_status;
-    std::string reason;
-    if (status == kernel_status::kGridTooLarge) reason = ": more than 50 million cells";
-    if (status == kernel_status::kNothingToCompute) reason = ": bandwidth or raster size 0";
-    if (status == kernel_status::kBandwidthBelowCell) reason = ": bandwidth below the cell size";
-    return fmt::format("code {}{}", status, reason);
-}
-
 }  // namespace
-
-const char* method_name(BandwidthMethod method) {
-    switch (method) {
-        case BandwidthMethod::kLscv:
-            return "lscv";
-        case BandwidthMethod::kBcv:
-            return "bcv";
-        case BandwidthMethod::kManual:
-            return "manual";
-        case BandwidthMethod::kProportion:
-            return "proportion";
-        case BandwidthMethod::kHref:
-            break;
-    }
-    return "href";
-}
 
 Json json_of(const AnimalRecord& record) {
     return {{"id", json_value(record.Id)},
             {"naming_id", record.NamingId},
             {"n", record.SampleSize},
-            {"method", method_name(record.Method)},
+            {"method", kde_tool::method_name(record.Method)},
             {"bandwidth", json_number(record.Bandwidth)},
             {"bandwidth_map_units", json_number(record.BandwidthMapUnits)},
             {"href", json_number(record.Href)},
             {"minimised", minimised(record)},
+            {"reason", record.Reason.empty() ? Json() : Json(record.Reason)},
             {"columns", record.Grid.Columns},
             {"rows", record.Grid.Rows},
             {"cell_size", record.Grid.CellSize},
@@ -111,6 +88,7 @@ void KdeOutput::AnimalDone(const AnimalRecord& record) {
     ++m_done;
     if (record.Status != 0) ++m_failed;
     if (record.IsoplethStatus == isopleths::isopleth_status::kFailed) ++m_withoutIsopleths;
+    if (!record.Reason.empty()) m_console.Problem(fmt::format("{}: {}", platform::ValueText(record.Id), record.Reason));
     Print(record);
 }
 
@@ -130,8 +108,9 @@ void KdeOutput::Print(const AnimalRecord& record) {
         m_pending = one_line(json_of(record));
         return;
     }
-    const std::string outcome = record.Status == 0 ? record.Files.front() + AreasText(record)
-                                                   : fmt::format("failed ({})", failure_text(record.Status));
+    const std::string outcome =
+        record.Status == 0 ? record.Files.front() + AreasText(record)
+                           : fmt::format("failed (code {}: {})", record.Status, kde_tool::failure_reason(record));
     m_console.Result(fmt::format("{}: {} fixes, bandwidth {:.6g}, {} x {} cells: {}", platform::ValueText(record.Id),
                                  record.SampleSize, record.BandwidthMapUnits, record.Grid.Columns, record.Grid.Rows,
                                  outcome));

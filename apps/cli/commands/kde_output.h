@@ -9,9 +9,6 @@
 
 namespace wxl::cli {
 
-/// "href", "lscv", "bcv", "manual" or "proportion".
-const char* method_name(kde_tool::BandwidthMethod method);
-
 /// The record as one JSON object. Numbers that are not defined are null.
 Json json_of(const kde_tool::AnimalRecord& record);
 

@@ -4,6 +4,7 @@
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/run_plan.h"
 #include "kde_tool/subfolders.h"
+#include "kde_tool/summary_rows.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "utilities/Utilities.h"
@@ -126,7 +127,7 @@ int print_plan(frmKDE& form, bool asJson, Console& console) {
     Json animals = Json::array();
     for (const PlannedDistribution& plan : planned_run(form)) {
         if (asJson)
-            animals.push_back(json_of(plan, method_name(inputs.Method)));
+            animals.push_back(json_of(plan, kde_tool::method_name(inputs.Method)));
         else
             console.Result(line_of(plan, inputs.Method));
     }

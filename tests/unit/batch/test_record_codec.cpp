@@ -17,6 +17,10 @@ AnimalRecord full_record() {
     record.NamingId = "12";
     record.Subfolder = "animals_01-12";
     record.SampleSize = 77;
+    record.Coincident = {5, 4};
+    record.Schoener = 0.1 + 0.7;
+    record.Value = 0.3;
+    record.Reason = "Why \"not\".";
     record.Method = kde_tool::BandwidthMethod::kProportion;
     record.Bandwidth = 0.1 + 0.2;
     record.BandwidthMapUnits = 123.45678901234567;
@@ -41,6 +45,11 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
     EXPECT_EQ(a.NamingId, b.NamingId);
     EXPECT_EQ(a.Subfolder, b.Subfolder);
     EXPECT_EQ(a.SampleSize, b.SampleSize);
+    EXPECT_EQ(a.Coincident, b.Coincident);
+    EXPECT_EQ(a.Schoener, b.Schoener);
+    EXPECT_EQ(a.SwihartSlade, b.SwihartSlade);
+    EXPECT_EQ(a.Value, b.Value);
+    EXPECT_EQ(a.Reason, b.Reason);
     EXPECT_EQ(a.Method, b.Method);
     EXPECT_EQ(a.Bandwidth, b.Bandwidth);
     EXPECT_EQ(a.BandwidthMapUnits, b.BandwidthMapUnits);

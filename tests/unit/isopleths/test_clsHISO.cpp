@@ -1,5 +1,4 @@
 #include "isopleths/clsHISO.h"
-
 #include "platform/runtime_error.h"
 #include "tests/unit/isopleths/isopleth_rig.h"
 
@@ -123,6 +122,27 @@ TEST(clsHISO, Outputs_have_their_names_shapes_fields_and_reference) {
     EXPECT_EQ(hiso.GetLinesFeatureClass(), lines);
     EXPECT_EQ(hiso.GetPolysFeatureClass(), polys);
     EXPECT_EQ(hiso.GetDonutsFeatureClass(), donuts);
+}
+
+TEST(clsHISO, Areas_are_known_without_polygons) {
+    IsoplethRig rig;
+    const std::vector<double> percentages = {50, 95, 50, 0};
+    clsHISO polygons = rig.Object(bump(), percentages);
+    polygons.CreateIsopleths();
+    Numbers measured = rig.Column(*rig.Output("_poly"), "AREA");  // from the last percentage to the first
+
+    IsoplethRig other;
+    clsHISO lines = other.Object(bump(), percentages);
+    lines.SetCalculatePolys(false);
+    lines.SetCalculateDonuts(false);
+    lines.CreateIsopleths();
+    ASSERT_EQ(lines.GetAreas().size(), 4U);
+    ASSERT_EQ(measured.size(), 2U);
+    EXPECT_NEAR(lines.GetAreas()[0].value(), measured[1], 1e-6 * measured[1]);
+    EXPECT_NEAR(lines.GetAreas()[1].value(), measured[0], 1e-6 * measured[0]);
+    EXPECT_EQ(lines.GetAreas()[2], lines.GetAreas()[0]) << "a repeated level has the area of its first place";
+    EXPECT_EQ(lines.GetAreas()[3], std::nullopt) << "the level of 0 % lies above every cell";
+    EXPECT_EQ(lines.GetAreas(), polygons.GetAreas());
 }
 
 TEST(clsHISO, Lines_follow_the_percentages_and_polygons_run_from_the_last_to_the_first) {

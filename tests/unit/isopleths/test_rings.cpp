@@ -38,6 +38,14 @@ TEST(Rings, Area_is_positive_clockwise) {
     EXPECT_EQ(clockwise_area(other), -25);
 }
 
+// 100 x 100 with lakes of 40 x 40 and 20 x 20, an islet of 10 x 10 in the first, and an island of 30 x 30.
+TEST(Rings, Enclosed_area_leaves_lakes_out_and_counts_their_islets) {
+    const std::vector<Ring> rings =
+        sorted({square(0, 0, 100), square(10, 10, 40), square(20, 20, 10), square(60, 60, 20), square(200, 0, 30)});
+    EXPECT_DOUBLE_EQ(enclosed_area(rings), 10000.0 - 1600 + 100 - 400 + 900);
+    EXPECT_EQ(enclosed_area({}), 0.0);
+}
+
 TEST(Rings, Nesting_of_islands_in_lakes) {
     // An island with two lakes, one of them with an islet, beside an island of its own.
     const std::vector<Ring> rings =

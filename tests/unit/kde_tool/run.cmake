@@ -1,5 +1,5 @@
-wxl_test(test_kde_report SOURCES test_report_lines.cpp test_run_plan.cpp test_naming_ids.cpp test_report_writer.cpp
-         DEPENDS wxl_kde_tool wxl_adapter_memory_raster)
+wxl_test(test_kde_report SOURCES test_bandwidth_doctor.cpp test_report_lines.cpp test_run_plan.cpp test_naming_ids.cpp test_report_writer.cpp
+         DEPENDS wxl_kde_tool wxl_adapter_memory_raster wxl_adapter_memory_vector)
 wxl_test(
   test_kde_run
   SOURCES
@@ -7,6 +7,7 @@ wxl_test(
   test_report_golden.cpp
   test_run_faults.cpp
   test_subfolders.cpp
+  test_summary.cpp
   DEPENDS
   wxl_kde_tool
   wxl_adapter_memory_vector

@@ -1,0 +1,60 @@
+#pragma once
+// Why a bandwidth search found no minimum, a distribution could not be computed, or a raster cuts its density: one
+// line each, for people who did not choose the formula.
+
+#include "engine/search_profile.h"
+#include "kde_tool/coincidence.h"
+#include "kde_tool/run_record.h"
+
+#include <cstdint>
+#include <string>
+
+namespace wxl::kde_tool {
+
+/// What keeps a search from a minimum inside its range. The first of these that holds is the one told, except that a
+/// few fixes are told only where nothing before them holds:
+enum class SearchFault {
+    kNone,        ///< the search is minimised, or there was none
+    kTooFew,      ///< fewer than 2 fixes
+    kOnePlace,    ///< all fixes lie at one place
+    kCoincident,  ///< LSCV: the smallest score is the first, and p > n / 6 for p pairs of fixes at one place: toward
+                  ///< bandwidth 0 the score of n fixes goes as (1 - 6 p / n) / (4 pi n h^2), to minus infinity
+    kFlat,        ///< the largest and smallest score differ by at most kFlatShare of the largest absolute score
+    kFewFixes,    ///< fewer than kFixesForSearch fixes
+    kLowerEnd,    ///< the smallest score is the first of the profile
+    kUpperEnd     ///< the smallest score is the last of the profile
+};
+
+/// Scores that differ by less than this share of their size are told apart by rounding only.
+inline constexpr double kFlatShare = 1e-6;
+
+/// Samples below this size are too small for a home range (Seaman et al. 1999).
+inline constexpr std::int32_t kFixesForSearch = 30;
+
+/// A search as the doctor looks at it. `Profile` may end in rows that were not reached (0, 0).
+struct SearchFacts {
+    BandwidthMethod Method = BandwidthMethod::kLscv;
+    std::int32_t Count = 0;  ///< fixes
+    Coincidence Coincident;
+    engine::SearchProfile Profile;
+    bool Minimized = false;
+};
+
+/// Whether the method searches: LSCV and BCV do.
+bool is_search(BandwidthMethod method);
+
+SearchFault search_fault(const SearchFacts& facts);
+
+/// The fault in one line, without a full stop; "" for kNone. Bandwidths are told in the units of the profile.
+std::string search_reason(const SearchFacts& facts);
+
+/// Why the calculator ended with the record's status, in one line; "" for status 0.
+std::string failure_reason(const AnimalRecord& record);
+
+/// All that is to be said of a record, joined by "; ": search, failure, edge; "" when all is well.
+std::string diagnosis(const AnimalRecord& record);
+
+/// The facts of a record's search.
+SearchFacts search_facts(const AnimalRecord& record);
+
+}  // namespace wxl::kde_tool

@@ -1,0 +1,80 @@
+#include "results_page/animal_map.h"
+
+#include "pictures/axis.h"
+#include "platform/text.h"
+#include "results_page/animal_table.h"
+#include "results_page/density_picture.h"
+#include "results_page/raster_window.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::AnimalRecord;
+
+constexpr double kTolerance = 0.35;  ///< picture units
+
+std::optional<double> level_at(const AnimalRecord& record, double percent) {
+    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
+        if (isopleth.Percent == percent) return isopleth.Level;
+    return std::nullopt;
+}
+
+std::vector<platform::ContourLine> lines_at(const std::vector<platform::ContourLine>& lines, double level) {
+    std::vector<platform::ContourLine> found;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(found),
+                 [level](const platform::ContourLine& line) { return line.Value == level; });
+    return found;
+}
+
+std::vector<MapLine> map_lines(const PageRun& run, const AnimalRecord& record, platform::IRasterDataset& raster,
+                               const MapScale& scale, const PictureSize& size, const platform::Services& services) {
+    std::vector<double> levels;
+    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths) levels.push_back(isopleth.Level);
+    if (levels.empty()) return {};
+    const std::vector<platform::ContourLine> contours = services.Contours->Contours(raster, levels);
+    const std::vector<double> percentages = falling_percentages(run);
+    std::vector<MapLine> lines;
+    for (std::size_t i = 0; i < percentages.size(); ++i)
+        if (const auto level = level_at(record, percentages[i]))
+            lines.push_back(
+                {svg_path(lines_at(contours, *level), scale, kTolerance, size.LinePoints / percentages.size()),
+                 look_of(i)});
+    return lines;
+}
+
+std::string description(const PageRun& run, const AnimalRecord& record) {
+    std::string text = "Density of use, dark where it is highest.";
+    for (const double percent : falling_percentages(run))
+        if (const std::string area = area_text(run, area_at(record, percent)); !area.empty())
+            text +=
+                " The " + platform::NumberText(percent) + " % isopleth encloses " + area + " " + area_unit(run) + ".";
+    return text;
+}
+
+}  // namespace
+
+std::string animal_map(const PageRun& run, std::size_t number, const PictureSize& size,
+                       const platform::Services& services) {
+    const AnimalRecord& record = run.Records[number];
+    const std::filesystem::path folder = record.Subfolder.empty() ? run.Folder : run.Folder / record.Subfolder;
+    const auto raster = services.Rasters->Open(folder, record.RasterName);
+    if (!raster) return {};
+    double maximum = 0.0;
+    const auto part = windowed(raster, occupied_window(*raster->Band(), maximum));
+    const DensityPicture density = density_picture(*part->Band(), maximum, size.Side);
+    const MapLayout layout = layout_of(part->Band()->Geometry().Bounds());
+    MapPicture map;
+    map.Id = "map-" + std::to_string(number + 1);
+    map.Title = "Map of " + record_name(run, record);
+    map.Description = description(run, record);
+    map.Png = services.Pictures->Png(density.Picture);
+    map.Bounds = density.Bounds;
+    map.Lines = map_lines(run, record, *part, layout.Scale, size, services);
+    map.Reference = run.Reference;
+    return map_svg(map, layout);
+}
+
+}  // namespace wxl::results_page

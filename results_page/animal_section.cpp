@@ -1,0 +1,139 @@
+#include "results_page/animal_section.h"
+
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/summary_rows.h"
+#include "pictures/axis.h"
+#include "pictures/profile_picture.h"
+#include "pictures/xml_text.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "results_page/animal_map.h"
+#include "results_page/animal_table.h"
+
+#include <optional>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::AnimalRecord;
+using pictures::XmlText;
+
+constexpr int kDigits = 5;
+constexpr int kProfileWidth = 560;  ///< narrow, so that its text is readable on a telephone too
+
+std::string fact(const std::string& name, const std::string& html) {
+    return html.empty() ? std::string() : "<div><dt>" + name + "</dt><dd>" + html + "</dd></div>";
+}
+
+std::string with_unit(std::optional<double> value, const std::string& unit) {
+    return value ? pictures::ShortNumber(*value, kDigits) + " " + XmlText(unit) : std::string();
+}
+
+std::string reading(std::optional<double> index, bool correlated) {
+    if (!index) return "not defined";
+    return pictures::ShortNumber(*index, 4) + (correlated
+                                                   ? " <strong class=\"warn\">significant autocorrelation</strong>"
+                                                   : " <span class=\"quiet\">no significant autocorrelation</span>");
+}
+
+std::string schoener(const AnimalRecord& record) {
+    return reading(record.Schoener, record.Schoener && (*record.Schoener < 1.6 || *record.Schoener > 2.4));
+}
+
+std::string swihart_slade(const AnimalRecord& record) {
+    return reading(record.SwihartSlade, record.SwihartSlade && *record.SwihartSlade > 0.6);
+}
+
+std::string bandwidth_text(const PageRun& run, const AnimalRecord& record) {
+    if (!(record.BandwidthMapUnits > 0.0)) return {};
+    std::string text = with_unit(record.BandwidthMapUnits, length_unit(run)) + " (" + method_text(record.Method);
+    if (const std::string search = search_text(record); !search.empty()) text += ", " + search;
+    return text + ")";
+}
+
+std::string edge_text(const AnimalRecord& record) {
+    if (!record.MaxEdgeValue) return {};
+    return record.EdgeWarning ? "<strong class=\"warn\">may cut the distribution</strong>"
+                              : "clear of the distribution";
+}
+
+std::string facts(const PageRun& run, const AnimalRecord& record) {
+    const std::string grid = std::to_string(record.Grid.Columns) + " × " + std::to_string(record.Grid.Rows) +
+                             " cells of " + platform::NumberText(record.Grid.CellSize) + " " +
+                             XmlText(length_unit(run));
+    return "<dl class=\"facts\">" + fact("Fixes", std::to_string(record.SampleSize)) +
+           fact("Bandwidth", bandwidth_text(run, record)) +
+           fact("HREF", with_unit(kde_tool::href_in_map_units(record), length_unit(run))) +
+           fact("Volume captured", volume_text(run, record)) + fact("Raster edge", edge_text(record)) +
+           fact("Schoener index", schoener(record)) + fact("Swihart and Slade index", swihart_slade(record)) +
+           fact("Raster", "<code>" + XmlText(kde_tool::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
+}
+
+/// A line as it stands in the map, for the table beside it.
+std::string line_sample(std::size_t index) {
+    const LineLook look = look_of(index);
+    return "<svg class=\"sample\" viewBox=\"0 0 34 8\" aria-hidden=\"true\"><path d=\"M1 4h32\" stroke-width=\"" +
+           tenth(look.Width) + "\" stroke-dasharray=\"" + (*look.Dashes == '\0' ? "none" : look.Dashes) + "\"/></svg>";
+}
+
+std::string areas(const PageRun& run, const AnimalRecord& record) {
+    const std::vector<double> percentages = falling_percentages(run);
+    if (percentages.empty() || record.Isopleths.empty()) return {};
+    std::string html =
+        "<table class=\"areas\"><caption>Isopleths</caption><thead><tr><th scope=\"col\">Percent</th>"
+        "<th scope=\"col\" class=\"num\">Area (" +
+        XmlText(area_unit(run)) + ")</th></tr></thead><tbody>";
+    for (std::size_t i = 0; i < percentages.size(); ++i) {
+        const std::string area = area_text(run, area_at(record, percentages[i]));
+        html += "<tr><th scope=\"row\">" + line_sample(i) + platform::NumberText(percentages[i]) +
+                " %</th><td class=\"num\">" + (area.empty() ? "–" : area) + "</td></tr>";
+    }
+    return html + "</tbody></table>\n";
+}
+
+std::string map_figure(const PageRun& run, std::size_t number, const PictureSize& size,
+                       const platform::Services& services) {
+    const AnimalRecord& record = run.Records[number];
+    if (record.Status != 0) return "<p class=\"missing\">No distribution was computed, so there is no map.</p>\n";
+    try {
+        const std::string map = animal_map(run, number, size, services);
+        if (map.empty()) return "<p class=\"missing\">The raster is not in the folder, so there is no map.</p>\n";
+        return "<figure>" + map + "</figure>\n";
+    } catch (...) {
+        return "<p class=\"missing\">There is no map: " + XmlText(platform::CurrentError().Description) + "</p>\n";
+    }
+}
+
+std::string profile_figure(const PageRun& run, std::size_t number) {
+    const AnimalRecord& record = run.Records[number];
+    if (!kde_tool::is_search(record.Method) || record.Profile.empty()) return {};
+    pictures::ProfilePicture picture;
+    picture.Title = record_name(run, record);
+    picture.Method = method_text(record.Method);
+    picture.Units = run.Inputs.Rescale ? "standard deviations" : length_unit(run);
+    pictures::SetCurve(picture, record.Profile);
+    picture.Minimised = record.Minimized;
+    if (record.Href > 0.0) picture.Href = record.Href;
+    if (record.Bandwidth > 0.0) picture.Bandwidth = record.Bandwidth;
+    return "<figure class=\"profile\">" +
+           pictures::ProfileSvg(picture,
+                                {.IdPrefix = "profile-" + std::to_string(number + 1), .Width = kProfileWidth}) +
+           "</figure>\n";
+}
+
+}  // namespace
+
+std::string animal_section(const PageRun& run, std::size_t number, const PictureSize& size,
+                           const platform::Services& services) {
+    const AnimalRecord& record = run.Records[number];
+    const std::string id = section_id(number + 1);
+    std::string html = "<article class=\"animal\" id=\"" + id + "\" aria-labelledby=\"" + id + "-name\">\n<h3 id=\"" +
+                       id + "-name\"><bdi>" + XmlText(record_name(run, record)) + "</bdi></h3>\n";
+    if (!record.Reason.empty()) html += "<p class=\"reason\">" + XmlText(record.Reason) + ".</p>\n";
+    html += "<div class=\"columns\"><div>\n" + map_figure(run, number, size, services) + "</div><div>\n" +
+            areas(run, record) + facts(run, record) + "</div></div>\n" + profile_figure(run, number);
+    return html + "<p class=\"back\"><a href=\"#results\">Back to the table<span class=\"hidden\"> from " +
+           XmlText(record_name(run, record)) + "</span></a></p>\n</article>\n";
+}
+
+}  // namespace wxl::results_page

@@ -1,0 +1,131 @@
+#include "results_page/animal_table.h"
+
+#include "kde_tool/summary_rows.h"
+#include "pictures/axis.h"
+#include "pictures/xml_text.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::AnimalRecord;
+using pictures::XmlText;
+using platform::NumberText;
+
+constexpr int kDigits = 5;
+
+/// A cell: what it shows (HTML), and the number that it is sorted by where it is one.
+struct Cell {
+    std::string Html;
+    std::optional<double> Number = {};
+};
+
+struct Column {
+    std::string Title;
+    bool Numeric = false;
+    std::function<Cell(const AnimalRecord&)> Show;
+};
+
+Cell number_cell(std::optional<double> value) {
+    if (!value || !std::isfinite(*value)) return {"", std::nullopt};
+    return {pictures::ShortNumber(*value, kDigits), value};
+}
+
+Cell remark(const AnimalRecord& record) {
+    return {XmlText(record.Reason)};
+}
+
+Cell search_cell(const AnimalRecord& record) {
+    if (record.Status != 0) return {"<strong class=\"bad\">failed</strong>"};
+    const std::string text = search_text(record);
+    return {text == "not minimised" ? "<strong class=\"warn\">not minimised</strong>" : text};
+}
+
+Cell edge_cell(const AnimalRecord& record) {
+    if (!record.MaxEdgeValue) return {""};
+    return {record.EdgeWarning ? "<strong class=\"warn\">cut</strong>" : "clear"};
+}
+
+std::vector<Column> columns_of(const PageRun& run) {
+    const std::string length = length_unit(run);
+    std::vector<Column> columns = {
+        {"Fixes", true,
+         [](const AnimalRecord& r) {
+             return Cell{std::to_string(r.SampleSize), r.SampleSize};
+         }},
+        {"Method", false, [](const AnimalRecord& r) { return Cell{method_text(r.Method)}; }},
+        {"Bandwidth (" + length + ")", true,
+         [](const AnimalRecord& r) {
+             return number_cell(r.BandwidthMapUnits > 0.0 ? std::optional(r.BandwidthMapUnits) : std::nullopt);
+         }},
+        {"HREF (" + length + ")", true,
+         [](const AnimalRecord& r) { return number_cell(kde_tool::href_in_map_units(r)); }},
+        {"Search", false, search_cell}};
+    for (const double percent : falling_percentages(run))
+        columns.push_back(
+            {NumberText(percent) + " % area (" + area_unit(run) + ")", true, [&run, percent](const AnimalRecord& r) {
+                 const auto area = area_at(r, percent);
+                 return Cell{area_text(run, area), area};
+             }});
+    columns.push_back({"Volume captured", true, [&run](const AnimalRecord& r) {
+                           const std::string text = volume_text(run, r);
+                           return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
+                       }});
+    if (run.Inputs.Isopleths) columns.push_back({"Edge", false, edge_cell});
+    if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))
+        columns.push_back({"Remarks", false, remark});
+    return columns;
+}
+
+std::string head_cell(const std::string& title, bool numeric) {
+    return std::string("<th scope=\"col\"") + (numeric ? " class=\"num\"" : "") +
+           " aria-sort=\"none\"><button type=\"button\">" + XmlText(title) + "</button></th>";
+}
+
+std::string body_cell(const Cell& cell, const Column& column) {
+    const bool remarks = column.Title == "Remarks";
+    return std::string("<td") +
+           (column.Numeric ? " class=\"num\""
+            : remarks      ? " class=\"remark\""
+                           : "") +
+           (cell.Number ? " data-value=\"" + NumberText(*cell.Number) + "\"" : "") + ">" +
+           (cell.Html.empty() ? "<span class=\"none\">–</span>" : cell.Html) + "</td>";
+}
+
+}  // namespace
+
+std::vector<double> falling_percentages(const PageRun& run) {
+    std::vector<double> percentages = run.Inputs.Isopleths ? run.Percentages : std::vector<double>();
+    std::sort(percentages.begin(), percentages.end(), std::greater<>());
+    percentages.erase(std::unique(percentages.begin(), percentages.end()), percentages.end());
+    return percentages;
+}
+
+std::optional<double> area_at(const AnimalRecord& record, double percent) {
+    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
+        if (isopleth.Percent == percent) return isopleth.Area;
+    return std::nullopt;
+}
+
+std::string animal_table(const PageRun& run) {
+    const std::vector<Column> columns = columns_of(run);
+    std::string html =
+        "<div class=\"scroll\" role=\"region\" aria-label=\"Table of results\" tabindex=\"0\">\n"
+        "<table id=\"results-table\"><thead><tr>" +
+        head_cell("Animal", false);
+    for (const Column& column : columns) html += head_cell(column.Title, column.Numeric);
+    html += "</tr></thead>\n<tbody>\n";
+    for (std::size_t i = 0; i < run.Records.size(); ++i) {
+        html += "<tr><th scope=\"row\"><a href=\"#" + section_id(i + 1) + "\"><bdi>" +
+                XmlText(record_name(run, run.Records[i])) + "</bdi></a></th>";
+        for (const Column& column : columns) html += body_cell(column.Show(run.Records[i]), column);
+        html += "</tr>\n";
+    }
+    return html + "</tbody></table></div>\n<p id=\"sorted\" class=\"hidden\" role=\"status\"></p>\n";
+}
+
+}  // namespace wxl::results_page

@@ -1,0 +1,10 @@
+#pragma once
+#include <string_view>
+
+namespace wxl::results_page {
+
+/// assets/page.css and assets/page.js, taken in when the program is built.
+extern const std::string_view kStyle;
+extern const std::string_view kScript;
+
+}  // namespace wxl::results_page

@@ -1,0 +1,191 @@
+#include "results_page/page_parts.h"
+
+#include "kde_tool/bandwidth_doctor.h"
+#include "pictures/xml_text.h"
+#include "platform/clock.h"
+#include "platform/text.h"
+#include "results_page/assets.h"
+#include "results_page/colour_ramp.h"
+#include "results_page/density_picture.h"
+
+#include <algorithm>
+#include <set>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::AnimalRecord;
+using kde_tool::BandwidthMethod;
+using kde_tool::ExtentMode;
+using pictures::XmlText;
+using platform::NumberText;
+
+std::string counted(std::size_t count, const std::string& one, const std::string& many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::size_t animal_count(const PageRun& run) {
+    std::set<std::string> animals;
+    for (const AnimalRecord& record : run.Records) animals.insert(record.NamingId);
+    return animals.size();
+}
+
+std::string lede(const PageRun& run) {
+    std::string text = counted(animal_count(run), "animal", "animals");
+    if (run.ManyValues) text += ", " + counted(run.Records.size(), "distribution", "distributions");
+    text += std::string(" · bandwidth: ") + method_text(run.Inputs.Method) +
+            (run.Inputs.FixedKernel ? " · fixed kernel" : " · adaptive kernel");
+    if (run.Inputs.Rescale) text += " · unit variance";
+    return text;
+}
+
+std::string settings_row(const std::string& name, const std::string& value) {
+    return value.empty() ? std::string()
+                         : "<tr><th scope=\"row\">" + name + "</th><td>" + XmlText(value) + "</td></tr>\n";
+}
+
+std::string estimator_text(const kde_tool::RunInputs& inputs) {
+    switch (inputs.Method) {
+        case BandwidthMethod::kLscv:
+            return "least squares cross-validation (LSCV)";
+        case BandwidthMethod::kBcv:
+            return "biased cross-validation (BCV)";
+        case BandwidthMethod::kManual:
+            return "user-defined: " + inputs.BandwidthText;
+        case BandwidthMethod::kProportion:
+            return "proportions of the reference bandwidth: " + inputs.ProportionText;
+        case BandwidthMethod::kHref:
+            break;
+    }
+    return "reference bandwidth (HREF)";
+}
+
+std::string extent_text(const PageRun& run) {
+    switch (run.Inputs.Mode) {
+        case ExtentMode::kMinimum:
+            return "the smallest for each distribution";
+        case ExtentMode::kReference:
+            return "that of the raster " + run.Inputs.ReferenceName;
+        case ExtentMode::kFull:
+            break;
+    }
+    return "all fixes and a buffer of " + run.Inputs.BufferText + " " + length_unit(run);
+}
+
+std::string isopleth_text(const kde_tool::RunInputs& inputs) {
+    if (!inputs.Isopleths) return "none";
+    std::string kinds;
+    for (const auto& [wanted, name] :
+         {std::pair(inputs.Lines, "lines"), {inputs.Polygons, "polygons"}, {inputs.Donuts, "donuts"}})
+        if (wanted) kinds += (kinds.empty() ? "" : ", ") + std::string(name);
+    return inputs.IsoplethText + " % (" + kinds + ")";
+}
+
+std::string reference_text(const PageRun& run) {
+    const std::string& name = run.Reference.Name;
+    return (name.empty() ? "unknown" : name) + ", coordinates in " + length_unit(run);
+}
+
+}  // namespace
+
+std::string page_opening(const PageRun& run) {
+    const std::string name = XmlText(run.Inputs.LayerName);
+    return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+           "<meta name=\"color-scheme\" content=\"light dark\">\n" +
+           std::string(kGenerator) + WXL_VERSION +
+           "\">\n"
+           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; style-src "
+           "'unsafe-inline'; script-src 'unsafe-inline'\">\n<title>" +
+           name + " – kernel density analysis</title>\n<style>\n:root{--ramp:" +
+           css_gradient(density_ramp(kDensityColours), kMapPaper) + "}\n" + std::string(kStyle) +
+           "</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#results\">Skip to the results</a>\n<header>\n"
+           "<p class=\"kicker\">Kernel density analysis</p>\n<h1><bdi>" +
+           name + "</bdi></h1>\n<p class=\"lede\">" + XmlText(lede(run)) +
+           "</p>\n<nav aria-label=\"Parts of this page\"><ul><li><a href=\"#results\">Results</a></li><li><a "
+           "href=\"#animals\">Animals</a></li><li><a href=\"#reading\">Reading the numbers</a></li><li><a "
+           "href=\"#settings\">Settings</a></li><li><a href=\"#repeat\">Repeat the run</a></li></ul></nav>\n</header>\n"
+           "<main>\n";
+}
+
+std::string problems(const PageRun& run) {
+    const auto count = [&](auto&& is) {
+        return static_cast<std::size_t>(std::count_if(run.Records.begin(), run.Records.end(), is));
+    };
+    const std::size_t failed = count([](const AnimalRecord& r) { return r.Status != 0; });
+    const std::size_t unsure =
+        count([](const AnimalRecord& r) { return r.Status == 0 && kde_tool::is_search(r.Method) && !r.Minimized; });
+    const std::size_t cut = count([](const AnimalRecord& r) { return r.EdgeWarning; });
+    std::vector<std::string> texts;
+    if (run.Stopped) texts.emplace_back("The run was stopped; what was done until then is shown.");
+    if (failed > 0) texts.push_back(counted(failed, "distribution", "distributions") + " could not be computed.");
+    if (unsure > 0)
+        texts.push_back(counted(unsure, "search", "searches") +
+                        " found no minimum; HREF was used instead of a searched bandwidth.");
+    if (cut > 0) texts.push_back(counted(cut, "raster", "rasters") + " may cut the distribution at the edge.");
+    if (texts.empty()) return {};
+    std::string html = "<div class=\"notice\"><p><strong>Please check:</strong></p><ul>";
+    for (const std::string& text : texts) html += "<li>" + text + "</li>";
+    return html + "</ul><p>The column Remarks says why.</p></div>\n";
+}
+
+std::string reading_notes(const PageRun& run) {
+    return "<section id=\"reading\" aria-labelledby=\"reading-name\">\n<h2 id=\"reading-name\">Reading the "
+           "numbers</h2>\n"
+           "<div class=\"legend\"><span>thin</span><span class=\"ramp\"></span><span>dense</span></div>\n"
+           "<p>The maps show the density of use by the square root of its share of the highest value of the same "
+           "animal: colours are not to be compared between animals. Lines are the isopleths; the line of 95 % encloses "
+           "the densest part that holds 95 % of the raster’s volume. North is that of the map grid.</p>\n<dl>\n"
+           "<dt>Bandwidth and HREF</dt><dd>in map units (" +
+           XmlText(length_unit(run)) +
+           "); HREF is the reference bandwidth. A search that is not minimised ended at an end of its range, so HREF "
+           "was "
+           "used.</dd>\n<dt>Volume captured</dt><dd>the share of the distribution that lies on its raster. A shortfall "
+           "of "
+           "a few hundredths of a per cent is the tail beyond four bandwidths; more than a few tenths means that the "
+           "raster or the reach of the kernel cuts it.</dd>\n<dt>Schoener index</dt><dd>Schoener Index: value &lt; 1.6 "
+           "or "
+           "&gt; 2.4 indicates significant autocorrelation.</dd>\n<dt>Swihart and Slade index</dt><dd>Swihart and "
+           "Slade "
+           "Index: value &gt; 0.6 indicates significant autocorrelation.</dd>\n</dl>\n</section>\n";
+}
+
+std::string settings_section(const PageRun& run) {
+    const kde_tool::RunInputs& inputs = run.Inputs;
+    return "<section id=\"settings\" aria-labelledby=\"settings-name\">\n<h2 "
+           "id=\"settings-name\">Settings</h2>\n<table "
+           "class=\"settings\"><tbody>\n" +
+           settings_row("Input", inputs.Source.empty() ? inputs.LayerName : inputs.Source) +
+           settings_row("Animal ID field", inputs.IdField) +
+           settings_row("Fixes", !inputs.Where.empty() ? "where " + inputs.Where
+                                 : inputs.SelectedOnly ? "the selected ones"
+                                                       : "all") +
+           settings_row("Coordinate system", reference_text(run)) +
+           settings_row("Kernel", std::string("bivariate normal, ") + (inputs.FixedKernel ? "fixed" : "adaptive")) +
+           settings_row("Bandwidth", estimator_text(inputs)) +
+           settings_row("Rescaled to unit variance", inputs.Rescale ? "yes" : "no") +
+           settings_row("Cell size", NumberText(run.CellSize) + " " + length_unit(run)) +
+           settings_row("Scaling factor", inputs.ScalingText) +
+           settings_row("Extent of the rasters", extent_text(run)) + settings_row("Isopleths", isopleth_text(inputs)) +
+           settings_row("Output folder", run.Folder.string()) + settings_row("Raster prefix", inputs.Prefix) +
+           settings_row("Raster format", run.RasterFormat) + "</tbody></table>\n</section>\n";
+}
+
+std::string repeat_section(const PageRun& run, const std::string& command) {
+    std::string note =
+        "The same analysis from a command line. Add <code>--overwrite</code> to replace the rasters, or "
+        "name another folder.";
+    if (run.Inputs.SelectedOnly && run.Inputs.Where.empty())
+        note += " Fixes that were selected in the map have no words: <code>--where</code> takes a condition.";
+    return "<section id=\"repeat\" aria-labelledby=\"repeat-name\">\n<h2 id=\"repeat-name\">Repeat the run</h2>\n<p>" +
+           note + "</p>\n<pre tabindex=\"0\" aria-label=\"Command\"><code>" + XmlText(command) +
+           "</code></pre>\n</section>\n";
+}
+
+std::string page_closing(const PageRun& run) {
+    return "</main>\n<footer><p>WXL Tools " WXL_VERSION " · begun " + platform::DateTimeText(run.Start) +
+           " · finished " + platform::DateTimeText(run.Finish) + "</p></footer>\n<script>\n" + std::string(kScript) +
+           "</script>\n</body>\n</html>\n";
+}
+
+}  // namespace wxl::results_page

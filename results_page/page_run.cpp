@@ -1,0 +1,85 @@
+#include "results_page/page_run.h"
+
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/summary_rows.h"
+#include "pictures/axis.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::AnimalRecord;
+using kde_tool::BandwidthMethod;
+
+constexpr int kDigits = 4;
+constexpr double kFullSize = 150.0;  ///< distributions up to which the pictures have their full size
+
+}  // namespace
+
+PictureSize picture_size(std::size_t distributions) {
+    const double share = std::min(1.0, kFullSize / static_cast<double>(std::max<std::size_t>(distributions, 1)));
+    const PictureSize full;
+    return {std::max(96, static_cast<std::int32_t>(full.Side * std::sqrt(share))),
+            std::max<std::size_t>(200, static_cast<std::size_t>(static_cast<double>(full.LinePoints) * share))};
+}
+
+std::string section_id(std::size_t number) {
+    return "animal-" + std::to_string(number);
+}
+
+std::string record_name(const PageRun& run, const AnimalRecord& record) {
+    std::string name = platform::ValueText(record.Id);
+    if (!run.ManyValues) return name;
+    const std::string value = platform::NumberText(record.Value);
+    return name + (record.Method == BandwidthMethod::kProportion ? ", " + value + " × HREF" : ", bandwidth " + value);
+}
+
+bool has_kilometres(const PageRun& run) {
+    return kde_tool::square_kilometres(1.0, run.Reference).has_value();
+}
+
+std::string area_unit(const PageRun& run) {
+    return has_kilometres(run) ? "km²" : "square " + length_unit(run);
+}
+
+std::string area_text(const PageRun& run, std::optional<double> area) {
+    if (has_kilometres(run)) area = kde_tool::square_kilometres(area, run.Reference);
+    return area ? pictures::ShortNumber(*area, kDigits) : std::string();
+}
+
+std::string length_unit(const PageRun& run) {
+    if (run.Reference.MetersPerUnit == 1.0 && !run.Reference.IsGeographic) return "m";
+    return run.Reference.UnitName.empty() ? "map units" : run.Reference.UnitName;
+}
+
+const char* method_text(BandwidthMethod method) {
+    switch (method) {
+        case BandwidthMethod::kLscv:
+            return "LSCV";
+        case BandwidthMethod::kBcv:
+            return "BCV";
+        case BandwidthMethod::kManual:
+            return "user-defined";
+        case BandwidthMethod::kProportion:
+            return "proportion of HREF";
+        case BandwidthMethod::kHref:
+            break;
+    }
+    return "HREF";
+}
+
+std::string volume_text(const PageRun& run, const AnimalRecord& record) {
+    if (record.Status != 0 || !(run.ScalingFactor > 0.0)) return {};
+    const double percent = record.Volume / run.ScalingFactor * 100.0;
+    return platform::NumberText(std::round(percent * 100.0) / 100.0) + " %";
+}
+
+const char* search_text(const AnimalRecord& record) {
+    if (!kde_tool::is_search(record.Method)) return "";
+    return record.Minimized ? "minimised" : "not minimised";
+}
+
+}  // namespace wxl::results_page

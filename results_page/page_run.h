@@ -1,0 +1,66 @@
+#pragma once
+// What a page is made from: values of the run and its records. The datasets are read back from the output folder.
+
+#include "kde_tool/run_inputs.h"
+#include "kde_tool/run_record.h"
+#include "platform/clock.h"
+#include "platform/values.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace wxl::results_page {
+
+/// A run as its page tells of it.
+struct PageRun {
+    kde_tool::RunInputs Inputs;
+    std::vector<double> Percentages;  ///< of the isopleths, in the order typed
+    bool ManyValues = false;          ///< several bandwidths or proportions per animal
+    double ScalingFactor = 0.0;
+    double CellSize = 0.0;
+    platform::SpatialReference Reference;
+    std::filesystem::path Folder;
+    std::string RasterFormat;
+    platform::DateTime Start;
+    platform::DateTime Finish;
+    bool Stopped = false;
+    std::vector<kde_tool::AnimalRecord> Records;  ///< in the order of the run
+};
+
+/// How big the pictures of a page may be, so that a page of thousands of animals stays one that a browser opens.
+struct PictureSize {
+    std::int32_t Side = 300;        ///< of the density pictures
+    std::size_t LinePoints = 3000;  ///< of all isopleths of one map
+};
+PictureSize picture_size(std::size_t distributions);
+
+/// The name of a record's section: "animal-" and its number in the run, from 1.
+std::string section_id(std::size_t number);
+
+/// How a record is called: the animal's ID, and which of several values.
+std::string record_name(const PageRun& run, const kde_tool::AnimalRecord& record);
+
+/// Whether areas can be told in square kilometres; else they are in square map units.
+bool has_kilometres(const PageRun& run);
+
+/// "km²", or the CRS's unit squared.
+std::string area_unit(const PageRun& run);
+
+/// The area in area_unit, four digits; "" where there is none.
+std::string area_text(const PageRun& run, std::optional<double> area);
+
+/// "m" for metres, else the CRS's name of the unit, or "map units".
+std::string length_unit(const PageRun& run);
+
+/// "LSCV", "BCV", "HREF", "user-defined" or "proportion of HREF".
+const char* method_text(kde_tool::BandwidthMethod method);
+
+/// Shares of the scaling factor: "99.98 %".
+std::string volume_text(const PageRun& run, const kde_tool::AnimalRecord& record);
+
+/// "minimised", "not minimised", or "" where nothing was searched.
+const char* search_text(const kde_tool::AnimalRecord& record);
+
+}  // namespace wxl::results_page

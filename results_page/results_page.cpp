@@ -1,0 +1,120 @@
+#include "results_page/results_page.h"
+
+#include "kde_tool/animal_run.h"
+#include "kde_tool/boxes.h"
+#include "kde_tool/run_preparation.h"
+#include "results_page/animal_section.h"
+#include "results_page/animal_table.h"
+#include "results_page/page_parts.h"
+#include "results_page/repeat_command.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace wxl::results_page {
+namespace {
+
+using kde_tool::RunOutcome;
+
+constexpr std::uint64_t kLargestPage = 512ULL << 20U;
+
+/// A file under a temporary name, deleted unless it is published.
+class PendingFile {
+public:
+    PendingFile(platform::IFileSystem& files, std::filesystem::path place)
+        : m_files(files),
+          m_place(std::move(place)),
+          m_temporary(m_place.parent_path() / platform::TemporaryName(m_place.filename().string())),
+          m_file(files.OpenForWriting(m_temporary, platform::WriteMode::kReplace)) {}
+
+    ~PendingFile() {
+        m_file.reset();
+        try {
+            if (!m_published) m_files.DeleteFile(m_temporary, true);
+        } catch (const std::exception&) {
+            return;  // what cannot be deleted is swept away by the next run
+        }
+    }
+    PendingFile(const PendingFile&) = delete;
+    PendingFile& operator=(const PendingFile&) = delete;
+
+    platform::IOutputFile& File() { return *m_file; }
+
+    void Publish() {
+        m_file->Close();
+        m_files.Rename(m_temporary, m_place);
+        m_published = true;
+    }
+
+private:
+    platform::IFileSystem& m_files;
+    std::filesystem::path m_place;
+    std::filesystem::path m_temporary;
+    std::unique_ptr<platform::IOutputFile> m_file;
+    bool m_published = false;
+};
+
+}  // namespace
+
+void ResultsPage::RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& /*animals*/) {
+    m_run = {};
+    m_written.clear();
+    m_failed = false;
+    m_run.Inputs = frame.Inputs;
+    m_run.Percentages = frame.Percentages;
+    m_run.ManyValues = frame.Values.size() > 1;
+    m_run.ScalingFactor = frame.ScalingFactor;
+    m_run.CellSize = frame.CellSize;
+    m_run.Reference = frame.Reference;
+    m_run.Folder = frame.Folder;
+    m_run.RasterFormat = frame.RasterFormat;
+    m_run.Start = m_services.Clock->Now();
+}
+
+void ResultsPage::AnimalDone(const kde_tool::AnimalRecord& record) {
+    if (m_run.Inputs.Html) m_run.Records.push_back(record);
+}
+
+void ResultsPage::RunEnds(RunOutcome outcome) {
+    const bool kept = outcome == RunOutcome::kComplete || outcome == RunOutcome::kStopped;
+    if (!kept || !m_run.Inputs.Html) return;
+    m_failed = true;
+    m_run.Stopped = outcome == RunOutcome::kStopped;
+    m_run.Finish = m_services.Clock->Now();
+    const std::filesystem::path file = kde_tool::file_in_folder(m_run.Folder, kPageFile);
+    if (!MayReplace(file)) {
+        m_failed = false;
+        return kde_tool::ShowWarning(
+            *m_services.Messages,
+            "Warning: " + file.string() + " is not a page of this tool and was left as it is; no page was written.");
+    }
+    PendingFile pending(*m_services.Files, file);
+    Write(pending.File());
+    pending.Publish();
+    m_written = file;
+    m_failed = false;
+    m_run.Records.clear();
+}
+
+bool ResultsPage::MayReplace(const std::filesystem::path& file) const {
+    if (!m_services.Files->FileExists(file)) return true;
+    return m_services.Files->ReadFile(file, kLargestPage).find(kGenerator) != std::string::npos;
+}
+
+void ResultsPage::Write(platform::IOutputFile& file) const {
+    file.Write(page_opening(m_run));
+    file.Write("<section id=\"results\" aria-labelledby=\"results-name\">\n<h2 id=\"results-name\">Results</h2>\n" +
+               problems(m_run) + animal_table(m_run) + "</section>\n");
+    file.Write("<section id=\"animals\" aria-labelledby=\"animals-name\">\n<h2 id=\"animals-name\">Animals</h2>\n");
+    const PictureSize size = picture_size(m_run.Records.size());
+    for (std::size_t i = 0; i < m_run.Records.size(); ++i) {
+        file.Write(animal_section(m_run, i, size, m_services));
+        m_services.Host->Yield();
+    }
+    file.Write("</section>\n");
+    file.Write(reading_notes(m_run) + settings_section(m_run) + repeat_section(m_run, shell_text(repeat_words(m_run))) +
+               page_closing(m_run));
+}
+
+}  // namespace wxl::results_page

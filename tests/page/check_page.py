@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""Looks at a page of the results as a browser shows it: check_page.py WXL TOOLS_FOLDER
+
+Makes a run of animals with hostile names, of which one search fails and one animal cannot be computed, and loads its page
+in Chromium: layout at 360 and 1600 pixels, console, links, network, sorting by mouse and keyboard, and the rules of
+axe-core in light and dark. TOOLS_FOLDER keeps axe-core, which npm fetches once.
+"""
+import pathlib
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SKIP = 77
+HOSTILE = ['<script>document.title="taken"</script>', 'O\'Malley & "Sons", <b>Ltd</b>', "\u202egnihtemos\u202c \u05d3\u05d5\u05d1"]
+ALONE = "one fix"
+TWINS = "twins"
+
+
+def points_csv(file):
+    """Animals: three with hostile names and ordinary fixes, one with every fix twice, one with a single fix."""
+    dice = random.Random(5)
+    lines = ["animal,x,y"]
+
+    def add(name, x, y):
+        lines.append('"%s",%.1f,%.1f' % (name.replace('"', '""'), x, y))
+
+    for k, name in enumerate(HOSTILE):
+        for i in range(80):
+            add(name, 500000 + 9000 * k + 2500 * (i % 2) + dice.gauss(0, 300), 6000000 + dice.gauss(0, 300))
+    for _ in range(40):
+        x, y = 500000 + dice.gauss(0, 500), 6010000 + dice.gauss(0, 500)
+        add(TWINS, x, y)
+        add(TWINS, x, y)
+    add(ALONE, 500000, 6005000)
+    file.write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+def make_page(wxl, folder):
+    points_csv(folder / "points.csv")
+    subprocess.run([wxl, "-q", "import", folder / "points.csv", folder / "points.shp", "--id", "animal", "--x", "x", "--y", "y",
+                    "--from-crs", "EPSG:32633", "--to-crs", "EPSG:32633"], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([wxl, "-q", "kde", folder / "points.shp", "--id-field", "animal", "--out", folder / "out", "--prefix", "P",
+                    "--cell-size", "50", "--bandwidth", "lscv", "--extent", "min", "--isopleths", "95,50", "--polygons",
+                    "--answer", "overlap=yes", "--html"], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return folder / "out" / "WXL_KDE_ANALYSIS.html"
+
+
+def axe_source(tools):
+    """The text of axe-core, fetched by npm where it is not there yet; None where it cannot be had."""
+    script = tools / "node_modules" / "axe-core" / "axe.min.js"
+    if not script.exists() and shutil.which("npm"):
+        tools.mkdir(parents=True, exist_ok=True)
+        subprocess.run(["npm", "install", "--silent", "--no-audit", "--no-fund", "--prefix", tools, "axe-core@4"], check=False,
+                       timeout=120, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return script.read_text(encoding="utf-8") if script.exists() else None
+
+
+class Browser:
+    """Chromium with one page loaded."""
+
+    def __init__(self, chromium, chromedriver):
+        from selenium import webdriver
+        from selenium.webdriver.chrome.options import Options
+        from selenium.webdriver.chrome.service import Service
+        options = Options()
+        options.binary_location = chromium
+        for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage"):
+            options.add_argument(argument)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
+        self.driver = webdriver.Chrome(service=Service(chromedriver), options=options)
+
+    def show(self, page, width, scheme):
+        self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                                    {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": width < 500})
+        self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                    {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        self.driver.get(page.as_uri())
+
+    def run(self, script, *arguments):
+        return self.driver.execute_script(script, *arguments)
+
+    def close(self):
+        self.driver.quit()
+
+
+def check_layout(browser):
+    yield "the page is wider than the window", browser.run(
+        "return document.documentElement.scrollWidth > innerWidth ? document.documentElement.scrollWidth : null")
+    yield "elements stand out at the right", browser.run("""
+        const inside = e => e.closest('.scroll, svg, .skip, .hidden');
+        return Array.from(document.querySelectorAll('main *')).filter(e => !inside(e) &&
+            e.getBoundingClientRect().right > innerWidth + 1).map(e => e.tagName + '.' + e.className)""")
+
+
+def check_content(browser):
+    yield "the title was taken over", browser.driver.title.startswith("taken")
+    names = browser.run("return Array.from(document.querySelectorAll('#results-table tbody th')).map(e => e.textContent)")
+    yield "names do not come whole", [n for n in HOSTILE[:2] if n not in names]
+    yield "there are scripts of others", browser.run("return document.scripts.length") != 1
+    yield "elements came from names", browser.run("return document.querySelectorAll('b, script[src], link, iframe').length")
+    yield "ids stand twice", browser.run("""
+        const ids = Array.from(document.querySelectorAll('[id]')).map(e => e.id);
+        return ids.filter((id, i) => ids.indexOf(id) !== i)""")
+    yield "links lead nowhere", browser.run("""
+        return Array.from(document.querySelectorAll('[href]')).map(e => e.getAttribute('href')).filter(to =>
+            !(to.startsWith('#') && document.getElementById(to.slice(1))) && !to.startsWith('data:image/png;base64,'))""")
+    yield "pictures are broken", browser.run("return document.querySelectorAll('svg.map').length") != 4
+    text = browser.run("return document.body.innerText")
+    for words in ("80 of 80 fixes share their place with another fix", "1 fix is too few for a bandwidth", "not minimised",
+                  "Schoener Index: value < 1.6 or > 2.4 indicates significant autocorrelation.", "wxl kde "):
+        yield "the page does not say: " + words, words not in text
+
+
+def column(browser, index):
+    return browser.run("""
+        return Array.from(document.getElementById('results-table').tBodies[0].rows).map(r => r.cells[arguments[0]].textContent)""",
+                       index)
+
+
+def check_sorting(browser):
+    from selenium.webdriver.common.by import By
+    from selenium.webdriver.common.keys import Keys
+    buttons = browser.driver.find_elements(By.CSS_SELECTOR, "#results-table thead button")
+
+    def states():
+        return browser.run("return Array.from(document.querySelectorAll('#results-table thead th')).map(e => e.ariaSort)")
+
+    before = sorted(int(n) for n in column(browser, 1))
+    buttons[1].click()
+    yield "a click does not sort upward", [int(n) for n in column(browser, 1)] != before
+    yield "aria-sort does not follow", states()[:2] != ["none", "ascending"]
+    buttons[1].send_keys(Keys.ENTER)
+    yield "Enter does not sort downward", [int(n) for n in column(browser, 1)] != before[::-1]
+    yield "aria-sort does not turn", states()[1] != "descending"
+    yield "the status is not told", browser.run("return document.getElementById('sorted').textContent") != (
+        "Sorted by Fixes, descending")
+    buttons[6].send_keys(Keys.SPACE)
+    areas = column(browser, 6)
+    yield "an empty cell is not last", areas[-1] != "–"
+    yield "areas are not sorted as numbers", [float(a) for a in areas[:-1]] != sorted(float(a) for a in areas[:-1])
+
+
+def check_keyboard(browser):
+    from selenium.webdriver.common.by import By
+    from selenium.webdriver.common.keys import Keys
+    browser.driver.find_element(By.TAG_NAME, "body").send_keys(Keys.TAB)
+    yield "the first stop is not the skip link", browser.run("return document.activeElement.className") != "skip"
+    yield "the skip link does not show", browser.run("return document.activeElement.getBoundingClientRect().left") < 0
+    yield "the focus cannot be seen", browser.run("return getComputedStyle(document.activeElement).outlineStyle") == "none"
+
+
+def check_axe(browser, source):
+    browser.run(source)
+    found = browser.driver.execute_async_script("axe.run().then(arguments[0], e => arguments[0]({violations: [String(e)]}))")
+    yield "axe-core finds violations", [
+        v if isinstance(v, str) else "%s: %s" % (v["id"], [n["target"] for n in v["nodes"]][:3]) for v in found["violations"]]
+
+
+def check_console(browser):
+    yield "the console is not empty", [entry["message"] for entry in browser.driver.get_log("browser")]
+    yield "the page asks the network", [entry["message"][:200] for entry in browser.driver.get_log("performance")
+                                        if "Network.requestWillBeSent\"" in entry["message"] and
+                                        '"url":"http' in entry["message"]]
+
+
+def main():
+    wxl, tools = sys.argv[1], pathlib.Path(sys.argv[2])
+    chromium, chromedriver = shutil.which("chromium"), shutil.which("chromedriver")
+    try:
+        import selenium  # noqa: F401
+    except ImportError:
+        selenium = None
+    if not (chromium and chromedriver and selenium):
+        print("skipped: chromium, chromium-driver and python3-selenium are needed (scripts/setup tests)")
+        return SKIP
+    axe = axe_source(tools)
+    failures = []
+
+    def judge(where, checks):
+        failures.extend("%s: %s: %s" % (where, what, wrong) for what, wrong in checks if wrong)
+
+    with tempfile.TemporaryDirectory() as folder:
+        page = make_page(wxl, pathlib.Path(folder))
+        browser = Browser(chromium, chromedriver)
+        try:
+            for width in (360, 1600):
+                for scheme in ("light", "dark"):
+                    browser.show(page, width, scheme)
+                    where = "%d %s" % (width, scheme)
+                    judge(where, check_layout(browser))
+                    if axe:
+                        judge(where, check_axe(browser, axe))
+                browser.show(page, width, "light")
+                judge(str(width), check_keyboard(browser))
+                judge(str(width), check_content(browser))
+                judge(str(width), check_sorting(browser))
+            judge("all", check_console(browser))
+        finally:
+            browser.close()
+    print("\n".join(failures) if failures else "the page is good" + ("" if axe else "; axe-core could not be had"))
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,221 @@
+#include "adapters/memory/memory_services.h"
+#include "engine/clsKernelCalculator.h"
+#include "engine/status.h"
+#include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/report_lines.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace wxl::kde_tool {
+namespace {
+
+using platform::Point;
+
+/// A searched sample with the record's fields that the doctor looks at.
+AnimalRecord searched(const std::vector<Point>& fixes, BandwidthMethod method) {
+    memory::MemoryMessages messages;
+    engine::clsKernelCalculator calculator(messages);
+    calculator.SetInputCoords(fixes);
+    if (method == BandwidthMethod::kLscv)
+        calculator.CalculateLSCV();
+    else
+        calculator.CalculateBCV();
+    AnimalRecord record;
+    record.Method = method;
+    record.SampleSize = static_cast<std::int32_t>(fixes.size());
+    record.Coincident = coincidence_of(fixes);
+    record.Minimized = calculator.LSCVMinimized;
+    if (const auto profile = calculator.GetLSCVProfile()) record.Profile = *profile;
+    return record;
+}
+
+std::string reason_of(const AnimalRecord& record) {
+    return search_reason(search_facts(record));
+}
+
+SearchFault fault_of(const AnimalRecord& record) {
+    return search_fault(search_facts(record));
+}
+
+/// Two round clusters of normal scatter: an ordinary animal.
+std::vector<Point> two_clusters(std::size_t count) {
+    std::mt19937 random(7);
+    std::normal_distribution<double> scatter(0.0, 100.0);
+    std::vector<Point> fixes;
+    for (std::size_t i = 0; i < count; ++i)
+        fixes.push_back({(i % 2 == 0 ? 0.0 : 2000.0) + scatter(random), scatter(random)});
+    return fixes;
+}
+
+/// Made-up profile of the given scores at bandwidths 10, 20, 30 ...
+AnimalRecord with_scores(const std::vector<double>& scores, std::int32_t count) {
+    AnimalRecord record;
+    record.Method = BandwidthMethod::kLscv;
+    record.SampleSize = count;
+    for (std::size_t i = 0; i < scores.size(); ++i)
+        record.Profile.push_back({10.0 * static_cast<double>(i + 1), scores[i]});
+    return record;
+}
+
+TEST(Coincidence, Counts_fixes_that_share_a_place_and_their_pairs) {
+    const std::vector<Point> fixes = {{1, 1}, {2, 2}, {1, 1}, {1, 1}, {1, 2}, {2, 2}};
+    EXPECT_EQ(coincidence_of(fixes), (Coincidence{.Fixes = 5, .Pairs = 4}));
+    EXPECT_EQ(coincidence_of({}), Coincidence{});
+    EXPECT_EQ(coincidence_of(two_clusters(50)), Coincidence{});
+}
+
+TEST(BandwidthDoctor, Says_nothing_of_a_minimised_search) {
+    const AnimalRecord record = searched(two_clusters(200), BandwidthMethod::kLscv);
+    ASSERT_TRUE(record.Minimized);
+    EXPECT_EQ(fault_of(record), SearchFault::kNone);
+    EXPECT_EQ(diagnosis(record), "");
+}
+
+TEST(BandwidthDoctor, Says_nothing_of_methods_that_do_not_search) {
+    AnimalRecord record = with_scores({}, 5);
+    record.Method = BandwidthMethod::kHref;
+    EXPECT_EQ(fault_of(record), SearchFault::kNone);
+}
+
+// 60 fixes, each of the first 22 twice more or less: 22 pairs are more than 60 / 6.
+TEST(BandwidthDoctor, Coincident_fixes_pull_the_search_to_zero) {
+    std::vector<Point> fixes = two_clusters(60);
+    for (std::size_t i = 0; i < 22; ++i) fixes[59 - i] = fixes[i];
+    const AnimalRecord record = searched(fixes, BandwidthMethod::kLscv);
+    ASSERT_FALSE(record.Minimized);
+    EXPECT_EQ(fault_of(record), SearchFault::kCoincident);
+    EXPECT_EQ(diagnosis(record),
+              "44 of 60 fixes share their place with another fix, so that the score falls without limit toward "
+              "bandwidth 0");
+}
+
+// The score of n fixes with p coincident pairs goes as (1 - 6 p / n) / (4 pi n h^2): at p = n / 6 it does not fall yet.
+TEST(BandwidthDoctor, Coincident_pairs_decide_from_a_sixth_of_the_fixes_on) {
+    AnimalRecord record = with_scores({-3, -2, -1, 0}, 60);
+    record.Coincident = {.Fixes = 20, .Pairs = 10};
+    EXPECT_EQ(fault_of(record), SearchFault::kLowerEnd);
+    EXPECT_EQ(reason_of(record),
+              "the smallest score is at the lower end of the range (bandwidth 10): fixes are clustered closely, and 20 "
+              "of 60 fixes share their place with another fix");
+    record.Coincident = {.Fixes = 22, .Pairs = 11};
+    EXPECT_EQ(fault_of(record), SearchFault::kCoincident);
+}
+
+TEST(BandwidthDoctor, Coincident_fixes_do_not_explain_the_upper_end) {
+    AnimalRecord record = with_scores({3, 2, 1, 0.5}, 60);
+    record.Coincident = {.Fixes = 40, .Pairs = 20};
+    EXPECT_EQ(fault_of(record), SearchFault::kUpperEnd);
+}
+
+// Tight knots of fixes far apart, none at one place: the best bandwidth is that of a knot, below 0.05 HREF.
+TEST(BandwidthDoctor, Tight_clusters_put_the_minimum_at_the_lower_end) {
+    std::mt19937 random(3);
+    std::normal_distribution<double> scatter(0.0, 0.5);
+    std::vector<Point> fixes;
+    for (int i = 0; i < 60; ++i) fixes.push_back({(i % 3) * 5000.0 + scatter(random), scatter(random)});
+    const AnimalRecord record = searched(fixes, BandwidthMethod::kLscv);
+    ASSERT_FALSE(record.Minimized);
+    EXPECT_EQ(fault_of(record), SearchFault::kLowerEnd);
+    EXPECT_TRUE(reason_of(record).starts_with("the smallest score is at the lower end of the range (bandwidth "));
+    EXPECT_TRUE(reason_of(record).ends_with("): fixes are clustered closely"));
+}
+
+TEST(BandwidthDoctor, A_score_that_falls_all_the_way_ends_at_the_upper_end) {
+    const AnimalRecord record = with_scores({3, 2, 1, 0.25}, 30);
+    EXPECT_EQ(fault_of(record), SearchFault::kUpperEnd);
+    EXPECT_EQ(reason_of(record),
+              "the smallest score is at the upper end of the range (bandwidth 40): the score falls all the way to wide "
+              "bandwidths");
+}
+
+TEST(BandwidthDoctor, Scores_that_differ_by_rounding_only_are_flat) {
+    EXPECT_EQ(fault_of(with_scores({0, 0, 0}, 50)), SearchFault::kFlat);
+    EXPECT_EQ(fault_of(with_scores({-1.0, -1.0000005, -1.000001}, 50)), SearchFault::kFlat);
+    EXPECT_EQ(fault_of(with_scores({-1.0, -1.000001, -1.00001}, 50)), SearchFault::kUpperEnd);
+    EXPECT_EQ(reason_of(with_scores({2, 2}, 50)), "the score is flat: it is the same at every bandwidth of the range");
+}
+
+// Two fixes: the second term's (n - 2)(n - 1) is 0 and no score can be computed.
+TEST(BandwidthDoctor, Two_fixes_give_biased_cross_validation_a_flat_score) {
+    const AnimalRecord record = searched({{0, 0}, {100, 50}}, BandwidthMethod::kBcv);
+    EXPECT_EQ(fault_of(record), SearchFault::kFlat);
+}
+
+TEST(BandwidthDoctor, Below_thirty_fixes_the_number_is_the_reason) {
+    EXPECT_EQ(reason_of(with_scores({3, 2, 1}, 29)),
+              "29 fixes are too few for a search (30 or more are advised); the smallest score is at the upper end of "
+              "the range (bandwidth 30)");
+    EXPECT_EQ(fault_of(with_scores({3, 2, 1}, 30)), SearchFault::kUpperEnd);
+}
+
+TEST(BandwidthDoctor, One_fix_has_no_bandwidth) {
+    const AnimalRecord record = searched({{5, 5}}, BandwidthMethod::kLscv);
+    EXPECT_EQ(fault_of(record), SearchFault::kTooFew);
+    EXPECT_EQ(reason_of(record), "1 fix is too few for a bandwidth");
+}
+
+TEST(BandwidthDoctor, Fixes_at_one_place_have_no_bandwidth) {
+    const AnimalRecord record = searched(std::vector<Point>(12, Point{5, 5}), BandwidthMethod::kLscv);
+    EXPECT_EQ(fault_of(record), SearchFault::kOnePlace);
+    EXPECT_EQ(reason_of(record), "all 12 fixes lie at one place");
+}
+
+TEST(BandwidthDoctor, Rows_that_were_not_reached_are_not_scores) {
+    AnimalRecord record = with_scores({3, 2, 1}, 40);
+    record.Profile.push_back({0, 0});
+    record.Profile.push_back({0, 0});
+    EXPECT_EQ(fault_of(record), SearchFault::kUpperEnd);
+}
+
+TEST(BandwidthDoctor, Explains_the_calculators_status) {
+    namespace kernel_status = engine::kernel_status;
+    AnimalRecord record;
+    record.SampleSize = 40;
+    record.BandwidthMapUnits = 12.34567;
+    record.Grid.CellSize = 50;
+    EXPECT_EQ(failure_reason(record), "");
+    record.Status = kernel_status::kGridTooLarge;
+    EXPECT_EQ(failure_reason(record), "the raster would have more than 50 million cells");
+    record.Status = kernel_status::kNothingToCompute;
+    EXPECT_EQ(failure_reason(record), "the bandwidth is 0, or the raster has no cells");
+    record.Status = kernel_status::kBandwidthBelowCell;
+    EXPECT_EQ(failure_reason(record), "the bandwidth 12.35 is smaller than the cell size 50");
+    record.Status = kernel_status::kAccumulation;
+    EXPECT_EQ(failure_reason(record), "the calculation failed (code 1008)");
+}
+
+TEST(BandwidthDoctor, Tells_of_one_cause_once_and_of_several_in_one_line) {
+    AnimalRecord alone;
+    alone.Method = BandwidthMethod::kLscv;
+    alone.SampleSize = 1;
+    alone.Status = engine::kernel_status::kNothingToCompute;
+    EXPECT_EQ(diagnosis(alone), "1 fix is too few for a bandwidth");
+
+    AnimalRecord cut = with_scores({3, 2, 1}, 40);
+    cut.EdgeWarning = true;
+    cut.MaxEdgeValue = 0.0234567;
+    EXPECT_EQ(diagnosis(cut),
+              "the smallest score is at the upper end of the range (bandwidth 30): the score falls all the way to wide "
+              "bandwidths; the raster may cut the distribution: its edge reaches 0.02346");
+}
+
+TEST(BandwidthDoctor, Stands_in_the_report_only_beside_a_page) {
+    const AnimalRecord record = with_scores({3, 2, 1}, 40);
+    RunInputs inputs;
+    inputs.Method = BandwidthMethod::kLscv;
+    const Lines plain = animal_lines(record, inputs, false);
+    inputs.Html = true;
+    Lines told = animal_lines(record, inputs, false);
+    ASSERT_EQ(told.size(), plain.size() + 1);
+    EXPECT_EQ(told[4], "LSCV function could not be minimized. HREF bandwidth used.");
+    EXPECT_EQ(told[5],
+              "Reason: the smallest score is at the upper end of the range (bandwidth 30): the score falls all the way "
+              "to wide bandwidths");
+    told.erase(told.begin() + 5);
+    EXPECT_EQ(told, plain);
+}
+
+}  // namespace
+}  // namespace wxl::kde_tool

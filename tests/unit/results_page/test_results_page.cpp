@@ -1,0 +1,202 @@
+#include "adapters/files/png_encoder.h"
+#include "kde_tool/animal_run.h"
+#include "platform/runtime_error.h"
+#include "results_page/animal_table.h"
+#include "results_page/results_page.h"
+#include "tests/unit/kde_tool/run_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace wxl::results_page {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::filesystem::path kFile = "/out/WXL_KDE_ANALYSIS.html";
+
+std::size_t count_of(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+
+struct ResultsPageTest : kde_tool::RunTest {
+    files::PngEncoder Pictures;
+    std::unique_ptr<ResultsPage> Page;
+
+    void OpenWithPage() {
+        Services.Pictures = &Pictures;
+        Open();
+        Page = std::make_unique<ResultsPage>(Services);
+        Form->AddObserver(*Page);
+        Form->txtBuffer.Text = "700";
+        Form->chkHtml.Value = 1;
+        WantPolygons("50, 95");
+    }
+    std::string Html() const { return Disk->Bytes(kFile); }
+};
+
+TEST_F(ResultsPageTest, Stands_beside_the_report_when_asked_for) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html lang=\"en\">"));
+    EXPECT_TRUE(html.ends_with("</html>\n"));
+    EXPECT_THAT(html, HasSubstr("<h1><bdi>bears</bdi></h1>"));
+    EXPECT_EQ(count_of(html, "<article class=\"animal\""), 2U);
+    EXPECT_EQ(count_of(html, "<svg class=\"map\""), 2U);
+    EXPECT_EQ(count_of(html, "href=\"data:image/png;base64,iVBORw0KGgo"), 2U);
+    EXPECT_EQ(Page->Written(), kFile);
+    EXPECT_THAT(Files.List("/out"), Not(Contains(HasSubstr(".part"))));
+    Form->chkHtml.Value = 0;
+    Files.DeleteFile(kFile, false);
+    Form->txtR.Text = "L";
+    Run();
+    EXPECT_FALSE(Files.FileExists(kFile));
+    EXPECT_TRUE(Page->Written().empty());
+}
+
+TEST_F(ResultsPageTest, Is_one_file_without_network) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    for (const char* part : {"http://", "https://", "<link", "@import", "url(", " src="})
+        EXPECT_THAT(html, Not(HasSubstr(part)));
+    EXPECT_THAT(html, HasSubstr("default-src 'none'"));
+}
+
+TEST_F(ResultsPageTest, Table_tells_areas_by_falling_percentage_and_has_buttons_to_sort) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    const std::size_t first = html.find("95 % area");
+    EXPECT_LT(first, html.find("50 % area"));
+    EXPECT_EQ(count_of(html, "aria-sort=\"none\"><button type=\"button\">"), 10U);
+    EXPECT_THAT(html, HasSubstr("<th scope=\"row\"><a href=\"#animal-1\"><bdi>3</bdi></a></th>"
+                                "<td class=\"num\" data-value=\"4\">4</td><td>user-defined</td>"
+                                "<td class=\"num\" data-value=\"100\">100</td>"));
+}
+
+TEST_F(ResultsPageTest, Hostile_names_are_text) {
+    MakePoints(platform::FieldType::kText);
+    const std::string name = "</script><img onerror=x>&\"'\x01\xE2\x80\xAE";
+    for (const auto& [x, y] : {std::pair(0.0, 0.0), {200.0, 0.0}, {0.0, 200.0}})
+        Points->AddPoint(x, y, {std::string("n"), name});
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    EXPECT_THAT(html, Not(HasSubstr("<img")));
+    EXPECT_EQ(count_of(html, "</script>"), 1U);
+    EXPECT_THAT(html, HasSubstr("<bdi>&lt;/script&gt;&lt;img onerror=x&gt;&amp;&quot;&#39;\xEF\xBF\xBD</bdi>"));
+}
+
+TEST_F(ResultsPageTest, Tells_of_a_failed_animal_without_a_map) {
+    AddTwoAnimals();
+    Points->AddPoint(1500.0, 600.0, {std::string("One"), std::int64_t{9}});
+    OpenWithPage();
+    Choose(Form->optBE_HREF, &kde_tool::frmKDE::optBE_HREF_Click);
+    Form->txtBuffer.Text = "9000";
+    Run();
+    const std::string html = Html();
+    EXPECT_THAT(html, HasSubstr("<li>1 distribution could not be computed.</li>"));
+    EXPECT_THAT(html, HasSubstr("<td class=\"remark\">1 fix is too few for a bandwidth</td>"));
+    EXPECT_THAT(html, HasSubstr("No distribution was computed, so there is no map."));
+    EXPECT_EQ(count_of(html, "<svg class=\"map\""), 2U);
+}
+
+TEST_F(ResultsPageTest, A_raster_that_is_gone_leaves_a_line) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Form->chkHtml.Value = 0;
+    Run();
+    kde_tool::RunFrame frame;
+    frame.Folder = "/out";
+    frame.Inputs.Html = true;
+    Rasters.Delete("/out", "K3");
+    Page->RunBegins(frame, {});
+    for (const auto& record : Keeper.Records) Page->AnimalDone(record);
+    Page->RunEnds(kde_tool::RunOutcome::kStopped);
+    EXPECT_THAT(Html(), HasSubstr("The raster is not in the folder, so there is no map."));
+    EXPECT_THAT(Html(), HasSubstr("The run was stopped"));
+    EXPECT_EQ(count_of(Html(), "<svg class=\"map\""), 1U);
+}
+
+TEST_F(ResultsPageTest, Replaces_its_own_page_and_nothing_else) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Run();
+    const std::string first = Html();
+    Form->txtR.Text = "L";
+    Run();
+    EXPECT_NE(Html(), first);
+    Files.DeleteFile(kFile, false);
+    Disk->AddFile(kFile, "<p>my page</p>");
+    Form->txtR.Text = "M";
+    Run();
+    EXPECT_EQ(Html(), "<p>my page</p>");
+    EXPECT_THAT(
+        Messages.Texts(),
+        Contains("Warning: /out/WXL_KDE_ANALYSIS.html is not a page of this tool and was left as it is; no page "
+                 "was written."));
+}
+
+TEST_F(ResultsPageTest, A_full_disk_leaves_no_half_page) {
+    AddTwoAnimals();
+    OpenWithPage();
+    kde_tool::RunFrame frame;
+    frame.Folder = "/out";
+    frame.Inputs.Html = true;
+    Page->RunBegins(frame, {});
+    Disk->Fail(memory::DiskStep::kWrite, 3, platform::error_number::kDiskFull);
+    EXPECT_THROW(Page->RunEnds(kde_tool::RunOutcome::kComplete), platform::RuntimeError);
+    EXPECT_TRUE(Files.List("/out").empty());
+}
+
+TEST_F(ResultsPageTest, Is_the_same_from_records_alone) {
+    AddTwoAnimals();
+    OpenWithPage();
+    struct FrameKeeper final : kde_tool::IRunObserver {
+        kde_tool::RunFrame Frame;
+        void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) override { Frame = frame; }
+        void AnimalDone(const kde_tool::AnimalRecord&) override {}
+        void RunEnds(kde_tool::RunOutcome) override {}
+    } frames;
+    Form->AddObserver(frames);
+    Run();
+    const std::string live = Html();
+    ResultsPage later(Services);
+    later.RunBegins(frames.Frame, {});
+    for (const auto& record : Keeper.Records) later.AnimalDone(record);
+    later.RunEnds(kde_tool::RunOutcome::kComplete);
+    EXPECT_EQ(Html(), live);
+}
+
+TEST(PictureSize, Shrinks_with_the_number_of_distributions) {
+    EXPECT_EQ(picture_size(1).Side, 300);
+    EXPECT_EQ(picture_size(150).Side, 300);
+    EXPECT_EQ(picture_size(600).Side, 150);
+    EXPECT_EQ(picture_size(1000000).Side, 96);
+    EXPECT_EQ(picture_size(600).LinePoints, 750U);
+    EXPECT_EQ(picture_size(1000000).LinePoints, 200U);
+}
+
+TEST(PageRun, Areas_are_in_square_kilometres_where_the_unit_is_known) {
+    PageRun run;
+    EXPECT_EQ(area_unit(run), "square map units");
+    EXPECT_EQ(area_text(run, 1234567.0), "1235000");
+    run.Reference.MetersPerUnit = 1.0;
+    run.Reference.UnitName = "metre";
+    EXPECT_EQ(area_unit(run), "km²");
+    EXPECT_EQ(area_text(run, 1234567.0), "1.235");
+    EXPECT_EQ(area_text(run, std::nullopt), "");
+    EXPECT_EQ(length_unit(run), "m");
+}
+
+}  // namespace
+}  // namespace wxl::results_page
