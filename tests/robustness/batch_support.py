@@ -1,0 +1,63 @@
+"""What the tests of batches share: small studies, calls of wxl, and snapshots of output folders."""
+import os
+import pathlib
+import random
+import re
+import subprocess
+import tempfile
+
+WXL = os.environ.get("WXL_PROGRAM", "wxl")
+# Many small files are flushed to the disk: in memory that costs nothing.
+FAST = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+
+
+def scratch_folder():
+    return tempfile.TemporaryDirectory(prefix="wxl-batch-", dir=FAST)
+
+
+def wxl(*arguments, **more):
+    return subprocess.run([WXL, *map(str, arguments)], capture_output=True, text=True, timeout=240, **more)
+
+
+def make_study(folder, name, animals, fixes, text_ids=False, lonely=()):
+    """Imports a layer of `animals` animals of `fixes` fixes each; those in `lonely` have one. Returns its path."""
+    chance = random.Random(17)
+    table = pathlib.Path(folder) / f"{name}.csv"
+    with open(table, "w", encoding="utf-8") as out:
+        out.write("a,x,y\n")
+        for animal in range(animals):
+            label = f"O'Brien {animal:03d}" if text_ids else 100 + animal
+            for _ in range(1 if animal in lonely else fixes):
+                out.write(f"{label},{500000 + 900 * animal + chance.gauss(0, 400):.2f},"
+                          f"{6000000 + chance.gauss(0, 300):.2f}\n")
+    layer = table.with_suffix(".gpkg" if not text_ids else ".shp")
+    shape = table.with_suffix(".shp")
+    done = wxl("import", table, shape, "--id", "a", "--x", "x", "--y", "y", "--from-crs", "EPSG:32633")
+    assert done.returncode == 0, done.stderr
+    if text_ids:
+        return layer
+    # An ID column of whole numbers, which import does not make.
+    subprocess.run(["ogr2ogr", "-f", "GPKG", "-dialect", "sqlite", "-sql",
+                    f"SELECT CAST(animal AS integer) AS animal, geometry FROM {name}", "-nln", name, layer, shape],
+                   check=True, capture_output=True)
+    return layer
+
+
+def timeless(report):
+    return re.sub(rb"(Start|Finish) time: [^\r]*", rb"\1 time:", report)
+
+
+def snapshot(folder):
+    """Bytes of every file of an output folder by its name, the batch's own folder left out, the report without times."""
+    found = {}
+    folder = pathlib.Path(folder)
+    for file in sorted(folder.rglob("*")):
+        name = str(file.relative_to(folder))
+        if file.is_file() and not name.startswith("wxl_batch/"):
+            found[name] = timeless(file.read_bytes()) if file.name == "WXL_KDE_ANALYSIS.txt" else file.read_bytes()
+    return found
+
+
+def differences(wanted, found):
+    """Names that one of two snapshots lacks, or whose bytes differ."""
+    return sorted(name for name in wanted.keys() | found.keys() if wanted.get(name) != found.get(name))

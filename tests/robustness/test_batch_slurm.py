@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Two hundred animals as a job array on a real Slurm with two slots, with tasks killed and requeued: the bytes of one run."""
+import json
+import os
+import pathlib
+import random
+import shutil
+import signal
+import sys
+import time
+
+from batch_support import differences, make_study, scratch_folder, snapshot, wxl
+from slurm_cluster import Cluster, Unavailable
+
+SKIPPED = 77
+OPTIONS = ["--id-field", "animal", "--cell-size", "60", "--prefix", "K", "--extent", "min", "--isopleths", "95,50",
+           "--polygons", "--bandwidth", "lscv", "--group-by", "50"]
+PATIENCE = 90
+
+
+def task_processes(out):
+    """Processes of this batch's tasks."""
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        try:
+            words = (entry / "cmdline").read_bytes().split(b"\0") if entry.name.isdigit() else []
+        except OSError:
+            continue
+        if b"run" in words and os.fsencode(str(out)) in words:
+            found.append(int(entry.name))
+    return found
+
+
+def disturb(cluster, out, chance, kills, requeues):
+    """Kills and requeues tasks at random, so often at most, until the queue is empty; how often each was done."""
+    killed = requeued = 0
+    end = time.monotonic() + PATIENCE
+    while time.monotonic() < end:
+        jobs = [line.split() for line in cluster.said("squeue", "-h", "-r", "-o", "%i %t %r").splitlines()]
+        if not jobs:
+            return killed, requeued
+        running = [job for job, state, *_ in jobs if state == "R" and "_" in job]
+        if running and requeued < requeues and chance.random() < 0.3:
+            cluster.said("scontrol", "requeue", chance.choice(running))
+            requeued += 1
+        for job in (line[0] for line in jobs if line[2] == "BeginTime"):
+            # Slurm holds a requeued job for two minutes.
+            cluster.said("scontrol", "update", f"JobId={job}", "StartTime=now")
+        processes = task_processes(out)
+        if processes and killed < kills and chance.random() < 0.5:
+            try:
+                os.kill(chance.choice(processes), signal.SIGKILL)
+                killed += 1
+            except ProcessLookupError:
+                pass
+        time.sleep(chance.uniform(0.02, 0.3))
+    raise AssertionError("the queue does not become empty:\n" + cluster.said("squeue"))
+
+
+def check(cluster, folder):
+    chance = random.Random(3)
+    layer = make_study(folder, "study", 200, 40, text_ids=True, lonely=(7,))
+    out = folder / "out"
+    whole = wxl("kde", layer, *OPTIONS, "--out", out)
+    wanted = snapshot(out)
+    assert len(wanted) > 1000, whole.stderr
+    shutil.rmtree(out)
+
+    planned = wxl("batch", "plan", layer, *OPTIONS, "--out", out, "--tasks", 24)
+    assert planned.returncode == 0, planned.stderr
+    submissions = killed = requeued = 0
+    while not json.loads(wxl("batch", "status", out, "--json").stdout)["merged"]:
+        submissions += 1
+        assert submissions < 12, wxl("batch", "status", out).stdout
+        sent = wxl("batch", "submit", out, "--engine", "slurm", "--mem", "200M", env=cluster.environment)
+        assert sent.returncode == 0, sent.stderr
+        kills, requeues = {1: (6, 3), 2: (1, 0)}.get(submissions, (0, 0))
+        disturbed = disturb(cluster, out, chance, kills, requeues)
+        killed += disturbed[0]
+        requeued += disturbed[1]
+        if submissions == 1:
+            assert killed > 0 and requeued > 0, "no task was met at work"
+    log = (out / "wxl_batch/logs/merge.log").read_text(encoding="utf-8")
+    unsaid = set(whole.stdout.splitlines()) - set(log.splitlines())
+    assert not unsaid, f"the merge does not say what the run in one piece says: {unsaid}"
+    assert differences(wanted, snapshot(out)) == [], differences(wanted, snapshot(out))[:10]
+    assert [str(left) for left in out.rglob(".*")] == []
+    print(f"{submissions} submissions, {killed} tasks killed, {requeued} requeued: the same {len(wanted)} files")
+
+
+def main():
+    # Ended from outside, it still stops its Slurm.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+    with scratch_folder() as scratch:
+        folder = pathlib.Path(scratch)
+        (folder / "slurm").mkdir()
+        try:
+            cluster = Cluster(folder / "slurm")
+            try:
+                cluster.start()
+                check(cluster, folder)
+            finally:
+                cluster.stop()
+        except Unavailable as reason:
+            print(f"skipped: {reason}")
+            return SKIPPED
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,231 @@
+#!/usr/bin/env python3
+"""A run cut into tasks gives the bytes and the words of a run in one piece, whatever the cut and whatever was killed."""
+import fcntl
+import json
+import pathlib
+import random
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+
+from batch_support import WXL, differences, make_study, scratch_folder, snapshot, wxl
+
+SMALL = ["--id-field", "animal", "--cell-size", "60", "--prefix", "K"]
+ISOPLETHS = ["--isopleths", "95,50", "--lines", "--polygons"]
+
+
+class BatchTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = scratch_folder()
+        cls.folder = pathlib.Path(cls.scratch.name)
+        cls.numbers = make_study(cls.folder, "numbers", 11, 40, lonely=(4,))
+        cls.names = make_study(cls.folder, "names", 7, 30, text_ids=True, lonely=(2,))
+        cls.out = cls.folder / "out"
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.scratch.cleanup()
+
+    def clean(self):
+        shutil.rmtree(self.out, ignore_errors=True)
+
+    def plan(self, layer, options, tasks):
+        done = wxl("batch", "plan", layer, *options, "--out", self.out, "--tasks", tasks)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.asked = done.stderr
+        return len(json.loads(wxl("batch", "status", self.out, "--json").stdout)["tasks"])
+
+    def in_one_piece(self, layer, options, more=()):
+        self.clean()
+        done = wxl("kde", layer, *options, *more, "--out", self.out)
+        return done, snapshot(self.out)
+
+    def check_same(self, wanted):
+        self.assertEqual(differences(wanted, snapshot(self.out)), [])
+        self.assertEqual([p for p in self.out.rglob(".*")], [])
+
+
+class Splits(BatchTest):
+    def check(self, layer, options, as_json=False):
+        told = ["--json"] if as_json else []
+        whole, wanted = self.in_one_piece(layer, options, told)
+        self.assertTrue(any(name.endswith(("hdr.adf", ".tif")) for name in wanted), whole.stderr)
+
+        self.clean()
+        jobs = wxl("kde", layer, *options, *told, "--out", self.out, "--jobs", 2)
+        self.check_same(wanted)
+        self.assertEqual((jobs.stdout, jobs.stderr, jobs.returncode), (whole.stdout, whole.stderr, whole.returncode))
+        self.assertFalse((self.out / "wxl_batch").exists())
+
+        for tasks in (1, 4, 1000):
+            self.clean()
+            numbers = list(range(1, self.plan(layer, options, tasks) + 1))
+            random.Random(tasks).shuffle(numbers)
+            for number in numbers:
+                done = wxl("batch", "run", self.out, "--task", number)
+                self.assertEqual(done.returncode, 0, done.stderr)
+            merged = wxl("batch", "merge", self.out, *told)
+            self.check_same(wanted)
+            self.assertEqual((merged.stdout, self.asked + merged.stderr, merged.returncode),
+                             (whole.stdout, whole.stderr, whole.returncode))
+
+    def test_text_ids_and_proportions(self):
+        self.check(self.names, SMALL + ISOPLETHS + ["--bandwidth", "prop:0.5,1", "--extent", "min"])
+
+    def test_a_search_with_its_profile_in_subfolders(self):
+        self.check(self.numbers, SMALL + ISOPLETHS + ["--bandwidth", "lscv", "--verbose-log", "--extent", "min",
+                                                      "--group-by", "3", "--independence"], as_json=True)
+
+    def test_bandwidths_of_the_user_with_a_full_extent(self):
+        self.check(self.numbers, SMALL + ["--bandwidth", "120,200", "--extent", "full:100", "--answer", "buffer=yes",
+                                          "--rescale", "--raster-format", "GTiff"])
+
+    def test_the_extent_of_a_raster(self):
+        reference = self.folder / "reference"
+        wxl("kde", self.numbers, *SMALL, "--extent", "full:500", "--answer", "buffer=no", "--out", reference)
+        self.check(self.numbers, SMALL + ["--adaptive", "--extent", f"ref:{reference / 'K100'}"])
+
+
+class Folders(BatchTest):
+    OPTIONS = SMALL + ["--extent", "min"]
+
+    def test_the_report_goes_on_below_an_earlier_one(self):
+        earlier = ["--prefix", "E", "--id-field", "animal", "--cell-size", "90", "--extent", "min"]
+        self.in_one_piece(self.numbers, earlier)
+        wxl("kde", self.numbers, *self.OPTIONS, "--out", self.out)
+        wanted = snapshot(self.out)
+        self.in_one_piece(self.numbers, earlier)
+        wxl("kde", self.numbers, *self.OPTIONS, "--out", self.out, "--jobs", 2)
+        self.check_same(wanted)
+
+    def test_tasks_need_no_input_and_leave_what_is_done(self):
+        _, wanted = self.in_one_piece(self.numbers, self.OPTIONS)
+        self.clean()
+        self.plan(self.numbers, self.OPTIONS, 2)
+        away = self.numbers.with_suffix(".away")
+        self.numbers.rename(away)
+        try:
+            for _ in range(2):
+                self.assertEqual(wxl("batch", "run", self.out, "--task", 1).returncode, 0)
+            self.assertIn("task 1 is done already", wxl("batch", "run", self.out, "--task", 1).stderr)
+            self.assertEqual(wxl("batch", "run", self.out, "--task", 1, "--again").returncode, 0)
+            unfinished = wxl("batch", "merge", self.out)
+            self.assertEqual(unfinished.returncode, 1)
+            self.assertIn("the batch is not finished: missing 2;", unfinished.stderr)
+            self.assertFalse((self.out / "WXL_KDE_ANALYSIS.txt").exists())
+            index = {"SLURM_ARRAY_TASK_ID": "2"}
+            self.assertEqual(wxl("batch", "run", self.out, env=index).returncode, 0)
+        finally:
+            away.rename(self.numbers)
+        self.assertEqual(wxl("batch", "merge", self.out).returncode, 0)
+        self.check_same(wanted)
+        self.assertIn("merged already", wxl("batch", "merge", self.out).stderr)
+        self.check_same(wanted)
+
+    def test_what_somebody_else_made_is_not_replaced(self):
+        self.in_one_piece(self.numbers, self.OPTIONS)
+        kept = self.folder / "kept"
+        shutil.copytree(self.out / "K100", kept, dirs_exist_ok=True)
+        self.clean()
+        self.plan(self.numbers, self.OPTIONS, 1)
+        shutil.copytree(kept, self.out / "K100")
+        refused = wxl("batch", "run", self.out, "--task", 1)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("K100 was made by another program since the batch was planned", refused.stderr)
+        status = json.loads(wxl("batch", "status", self.out, "--json").stdout)
+        self.assertEqual((status["failed"], status["tasks"][0]["state"]), (1, "failed"))
+        self.assertIn("made by another program", status["tasks"][0]["fault"])
+
+    def test_a_waiting_batch_and_tasks_at_work_keep_other_runs_out(self):
+        self.clean()
+        self.plan(self.numbers, self.OPTIONS, 1)
+        for command in (["kde"], ["batch", "plan"]):
+            refused = wxl(*command, self.numbers, *self.OPTIONS, "--out", self.out)
+            self.assertEqual(refused.returncode, 1)
+            self.assertIn("holds a planned batch that is not merged yet", refused.stderr)
+        with open(self.out / ".wxl_run.lock", "w", encoding="utf-8") as lock:
+            fcntl.flock(lock, fcntl.LOCK_SH)
+            refused = wxl("kde", self.numbers, *self.OPTIONS, "--out", self.out, "--overwrite")
+            self.assertEqual(refused.returncode, 1)
+            self.assertIn("another analysis is writing into the output folder", refused.stderr)
+            self.assertEqual(wxl("batch", "run", self.out, "--task", 1).returncode, 0)
+
+    def test_questions_are_asked_when_it_is_planned(self):
+        self.clean()
+        options = SMALL + ["--bandwidth", "200", "--extent", "full:10"]
+        asked = wxl("batch", "plan", self.numbers, *options, "--out", self.out)
+        self.assertEqual(asked.returncode, 1)
+        self.assertIn("--answer buffer=yes", asked.stderr)
+        self.assertFalse((self.out / "wxl_batch").exists())
+
+    def test_the_scripts_for_slurm_name_the_missing_tasks_alone(self):
+        self.clean()
+        self.assertGreaterEqual(self.plan(self.numbers, self.OPTIONS, 5), 4)
+        wxl("batch", "run", self.out, "--task", 2)
+        script = wxl("batch", "submit", self.out, "--dry-run", "--sbatch", "--partition=short", "--mem", "2G").stdout
+        self.assertRegex(script, r"#SBATCH --array=1,3-\d\n")
+        self.assertIn("#SBATCH --partition=short\n", script)
+        self.assertIn("#SBATCH --mem=2G\n", script)
+        self.assertIn(f" -q batch run '{self.out}'\n", script)
+        absent = wxl("batch", "submit", self.out, env={"PATH": "/nonexistent"})
+        self.assertEqual(absent.returncode, 1)
+        self.assertIn("there is no sbatch on this machine", absent.stderr)
+
+
+class Kills(BatchTest):
+    OPTIONS = SMALL + ISOPLETHS + ["--extent", "min"]
+
+    def test_tasks_and_merges_killed_at_any_moment_are_run_again(self):
+        chance = random.Random(5)
+        whole, wanted = self.in_one_piece(self.numbers, self.OPTIONS)
+        self.clean()
+        count = self.plan(self.numbers, self.OPTIONS, 3)
+        begin = time.monotonic()
+        wxl("batch", "run", self.out, "--task", 1)
+        longest = 1.2 * (time.monotonic() - begin)
+        for _ in range(8):
+            for number in range(1, count + 1):
+                task = subprocess.Popen([WXL, "batch", "run", self.out, "--task", str(number)],
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                time.sleep(chance.uniform(0, longest))
+                task.kill()
+                task.wait()
+        for number in range(1, count + 1):
+            self.assertEqual(wxl("batch", "run", self.out, "--task", number, "--again").returncode, 0)
+        for _ in range(8):
+            merge = subprocess.Popen([WXL, "batch", "merge", self.out], stdout=subprocess.DEVNULL,
+                                     stderr=subprocess.DEVNULL)
+            time.sleep(chance.uniform(0, longest / 4))
+            merge.kill()
+            merge.wait()
+        merged = wxl("batch", "merge", self.out)
+        self.check_same(wanted)
+        if "merged already" not in merged.stderr:
+            self.assertEqual(merged.stdout, whole.stdout)
+
+    def test_jobs_that_are_stopped_or_lose_a_process_go_on_where_they_stopped(self):
+        _, wanted = self.in_one_piece(self.numbers, self.OPTIONS)
+        for how in ("parent", "child"):
+            self.clean()
+            run = subprocess.Popen([WXL, "kde", self.numbers, *self.OPTIONS, "--out", self.out, "--jobs", "2"],
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+            children = pathlib.Path(f"/proc/{run.pid}/task/{run.pid}/children")
+            while run.poll() is None and not children.read_text(encoding="ascii").split():
+                time.sleep(0.002)
+            if how == "parent":
+                run.send_signal(signal.SIGINT)
+            else:
+                subprocess.run(["kill", "-9", children.read_text(encoding="ascii").split()[0]], check=False)
+            said = run.communicate(timeout=60)[1]
+            self.assertEqual(run.returncode, 1, said)
+            self.assertIn("wxl: stopped" if how == "parent" else "was killed by signal 9", said)
+            self.assertIn(f'wxl batch submit "{self.out}" --engine local --jobs 2 goes on', said)
+            wxl("batch", "submit", self.out, "--engine", "local", "--jobs", 2)
+            self.check_same(wanted)
+
+
+if __name__ == "__main__":
+    unittest.main()
