@@ -66,14 +66,14 @@ void FilesFeatureLayer::Select(std::vector<std::int64_t> oids) {
     m_selection->Select(std::move(oids));
 }
 
-FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path) {
-    const auto raster = OpenRaster(path);
+FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path, Sources sources) {
+    const auto raster = OpenRaster(path, sources);
     m_name = raster->Name();
     m_geometry = raster->Band()->Geometry();
 }
 
-std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input) {
-    auto features = OgrFeatureClass::Open(input);
+std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input, Sources sources) {
+    auto features = OgrFeatureClass::Open(input, sources);
     return std::make_shared<FilesFeatureLayer>(features->Name(), features);
 }
 

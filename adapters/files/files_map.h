@@ -39,7 +39,7 @@ private:
 class FilesRasterLayer final : public platform::IRasterLayer {
 public:
     /// Reads the geometry; RuntimeError as OpenRaster.
-    explicit FilesRasterLayer(const std::filesystem::path& path);
+    explicit FilesRasterLayer(const std::filesystem::path& path, Sources sources = Sources::kPlain);
     std::string Name() const override { return m_name; }
     platform::RasterGeometry Geometry() const override { return m_geometry; }
 
@@ -49,7 +49,7 @@ private:
 };
 
 /// Opens "PATH" or "PATH:LAYER" as a layer named after the file's layer; RuntimeError as OgrFeatureClass::Open.
-std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input);
+std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input, Sources sources = Sources::kPlain);
 
 /// Entries for FilesMap::AddLayer.
 platform::Layer layer_of(const std::shared_ptr<FilesFeatureLayer>& layer);

@@ -38,7 +38,8 @@ void InputFile::Read(std::uint64_t offset, std::span<char> bytes) const {
 }
 
 void raise_damaged(const std::filesystem::path& file, const std::string& why) {
-    platform::Raise(platform::error_number::kDeviceIo, file.string() + " is damaged: " + why + ".");
+    platform::Raise(platform::error_number::kDeviceIo,
+                    file.string() + " is damaged: " + why + ". Copy it again from where it came from.");
 }
 
 }  // namespace wxl::files

@@ -1,5 +1,6 @@
 #include "adapters/files/ogr_class_state.h"
 
+#include "adapters/files/shapefile_check.h"
 #include "adapters/files/shapefile_parts.h"
 #include "adapters/files/transaction_editor.h"
 #include "platform/runtime_error.h"
@@ -47,11 +48,12 @@ Pass::~Pass() {
     m_state->Finish();
 }
 
-OgrFeatureClass::State::State(const std::string& input) {
-    auto [path, layer] = split_input(input);
+OgrFeatureClass::State::State(const std::string& input, Sources sources) : m_sources(sources) {
+    auto [path, layer] = split_input(input, sources);
     std::error_code ignored;
-    if (!fs::exists(path, ignored)) Raise(error_number::kFileNotFound, path.string() + " does not exist.");
-    m_path = fs::canonical(path);
+    const bool isLocal = fs::exists(path, ignored);
+    if (sources == Sources::kPlain) CheckPlain(path);
+    m_path = isLocal ? fs::canonical(path) : path;
     m_name = std::move(layer);
     m_isShapefile = is_shapefile(m_path);
     Load();
@@ -65,12 +67,19 @@ void OgrFeatureClass::State::Load() {
     DropSources();
     m_stamp = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path);
     m_count.reset();
-    auto source = std::make_unique<OgrSource>(m_path, m_name);
+    if (m_isShapefile) CheckShapefile(m_path);
+    auto source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
     m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
+    const GdalErrors errors;
     m_name = source->Layer().GetName();
     m_fields = fields_of(source->Layer());
     m_shape = shape_type_of(source->Layer());
+    if (errors.Failed()) errors.RaiseReading(m_path);
     m_reference = FromOgr(source->Layer().GetSpatialRef());
+    if (errors.Failed())
+        Raise(error_number::kDeviceIo,
+              (m_isShapefile ? part_of(m_path, "prj") : m_path).string() +
+                  " holds no coordinate system that can be read: correct it, or take it out to go on without one.");
     LoadEditor(*source);
     GiveBack(std::move(source));
 }
@@ -136,7 +145,7 @@ std::shared_ptr<Pass> OgrFeatureClass::State::JoinPass() {
 std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search& wanted) {
     std::unique_ptr<OgrSource> source;
     if (m_idle.empty()) {
-        source = std::make_unique<OgrSource>(m_path, m_name);
+        source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
     } else {
         source = std::move(m_idle.back());
         m_idle.pop_back();

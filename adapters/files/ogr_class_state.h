@@ -25,7 +25,7 @@ private:
 };
 
 struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_this<OgrFeatureClass::State> {
-    explicit State(const std::string& input);
+    State(const std::string& input, Sources sources);
 
     // ITable
     std::vector<platform::Field> Fields() const override { return m_fields; }
@@ -87,6 +87,7 @@ private:
     void DropSources() { m_idle.clear(), ++m_version; }
     platform::Extent ScannedBounds(OGRLayer& layer);
 
+    Sources m_sources;
     std::filesystem::path m_path;
     std::string m_name;
     platform::ShapeType m_shape = platform::ShapeType::kNull;

@@ -73,19 +73,28 @@ private:
     std::unique_ptr<OgrSource> m_source;
 };
 
+/// The next row; RuntimeError when it is there and cannot be read.
+OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path) {
+    const GdalErrors errors;
+    OGRFeatureUniquePtr row(layer.GetNextFeature());
+    if (errors.Failed()) errors.RaiseReading(path);
+    return row;
+}
+
 class RowsInOrder final : public IRows {
 public:
-    RowsInOrder(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted) {}
-    OGRFeatureUniquePtr Next() override { return OGRFeatureUniquePtr(m_loan.Layer().GetNextFeature()); }
+    RowsInOrder(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted), m_path(state.Path()) {}
+    OGRFeatureUniquePtr Next() override { return next_row(m_loan.Layer(), m_path); }
 
 private:
     Loan m_loan;
+    std::filesystem::path m_path;
 };
 
 /// Fetches rows in groups and leaves no statement open between them.
 class RowsInGroups final : public IRows {
 public:
-    RowsInGroups(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted) {}
+    RowsInGroups(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted), m_path(state.Path()) {}
 
     OGRFeatureUniquePtr Next() override {
         if (m_group.empty()) Fetch();
@@ -105,7 +114,7 @@ private:
         }
         layer.ResetReading();
         while (m_group.size() < kGroup) {
-            OGRFeatureUniquePtr feature(layer.GetNextFeature());
+            OGRFeatureUniquePtr feature = next_row(layer, m_path);
             if (!feature) break;
             m_last = feature->GetFID();
             m_group.push_back(std::move(feature));
@@ -114,6 +123,7 @@ private:
     }
 
     Loan m_loan;
+    std::filesystem::path m_path;
     std::deque<OGRFeatureUniquePtr> m_group;
     std::optional<GIntBig> m_last;
 };

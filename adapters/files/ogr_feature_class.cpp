@@ -12,8 +12,8 @@ OgrFeatureClass::OgrFeatureClass(std::shared_ptr<State> state) : m_state(std::mo
 
 OgrFeatureClass::~OgrFeatureClass() = default;
 
-std::shared_ptr<OgrFeatureClass> OgrFeatureClass::Open(const std::string& input) {
-    return std::make_shared<OgrFeatureClass>(std::make_shared<State>(input));
+std::shared_ptr<OgrFeatureClass> OgrFeatureClass::Open(const std::string& input, Sources sources) {
+    return std::make_shared<OgrFeatureClass>(std::make_shared<State>(input, sources));
 }
 
 platform::ShapeType OgrFeatureClass::Shape() const {

@@ -1,4 +1,5 @@
 #pragma once
+#include "adapters/files/source_rules.h"
 #include "platform/features.h"
 
 #include <filesystem>
@@ -26,8 +27,9 @@ namespace wxl::files {
 class OgrFeatureClass final : public platform::IFeatureClass {
 public:
     /// Opens "PATH" or "PATH:LAYER"; without a layer name the file must hold exactly one layer. RuntimeError 53 when
-    /// there is no such file, 5 when it holds no such layer or several, 57 when it is no vector data.
-    static std::shared_ptr<OgrFeatureClass> Open(const std::string& input);
+    /// there is no such file, 5 when it holds no such layer or several, 57 when it is no vector data; IndirectSource
+    /// for what `sources` rules out.
+    static std::shared_ptr<OgrFeatureClass> Open(const std::string& input, Sources sources = Sources::kPlain);
     ~OgrFeatureClass() override;
 
     // IFeatureClass

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cpl_vsi.h>
 
 namespace wxl::files {
 
@@ -160,11 +161,14 @@ std::unique_ptr<OGRGeometry> lines_of(const Geometry& shape) {
 
 }  // namespace
 
-OgrSource::OgrSource(const fs::path& path, const std::string& layer) {
+OgrSource::OgrSource(const fs::path& path, const std::string& layer, Sources sources) {
     RegisterGdal();
     const GdalErrors errors;
-    m_dataset.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    m_dataset.reset(
+        GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, AllowedDrivers(sources, DataKind::kVector)));
+    if (sources == Sources::kPlain && !m_dataset) CheckFormat(path, DataKind::kVector);
     if (!m_dataset) errors.RaiseReading(path);
+    if (sources == Sources::kPlain) CheckTables(*m_dataset, path);
     m_layer = layer.empty() ? only_layer(*m_dataset, path) : m_dataset->GetLayerByName(layer.c_str());
     if (m_layer == nullptr)
         platform::Raise(error_number::kInvalidCall, path.string() + " holds no layer \"" + layer + "\".");
@@ -193,11 +197,14 @@ void OgrSource::SetWanted(bool withShape, const std::vector<std::string>& fields
     m_layer->SetIgnoredFields(names.data());
 }
 
-std::pair<fs::path, std::string> split_input(const std::string& input) {
+std::pair<fs::path, std::string> split_input(const std::string& input, Sources sources) {
     const std::size_t colon = input.rfind(':');
-    std::error_code ignored;
-    if (colon == std::string::npos || fs::exists(input, ignored)) return {input, {}};
-    if (!fs::exists(input.substr(0, colon), ignored)) return {input, {}};
+    const auto exists = [&](const std::string& path) {
+        std::error_code ignored;
+        VSIStatBufL status = {};
+        return fs::exists(path, ignored) || (sources == Sources::kAny && VSIStatL(path.c_str(), &status) == 0);
+    };
+    if (colon == std::string::npos || exists(input) || !exists(input.substr(0, colon))) return {input, {}};
     return {input.substr(0, colon), input.substr(colon + 1)};
 }
 

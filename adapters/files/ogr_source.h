@@ -1,5 +1,6 @@
 #pragma once
 #include "adapters/files/gdal_support.h"
+#include "adapters/files/source_rules.h"
 #include "platform/features.h"
 
 #include <ogrsf_frmts.h>
@@ -11,7 +12,7 @@ namespace wxl::files {
 class OgrSource {
 public:
     /// `layer` empty: the only one. Errors as OgrFeatureClass::Open.
-    OgrSource(const std::filesystem::path& path, const std::string& layer);
+    OgrSource(const std::filesystem::path& path, const std::string& layer, Sources sources);
 
     OGRLayer& Layer() { return *m_layer; }
     std::string DriverName() const;
@@ -28,8 +29,9 @@ private:
     std::vector<std::string> m_ignored;
 };
 
-/// "PATH" or "PATH:LAYER" as the two. A path that exists is never split.
-std::pair<std::filesystem::path, std::string> split_input(const std::string& input);
+/// "PATH" or "PATH:LAYER" as the two. A path that exists is never split; with Sources::kAny it may be one of GDAL's
+/// virtual ones.
+std::pair<std::filesystem::path, std::string> split_input(const std::string& input, Sources sources);
 
 /// Columns of a layer.
 std::vector<platform::Field> fields_of(OGRLayer& layer);

@@ -78,6 +78,24 @@ private:
     std::shared_ptr<platform::IRasterBand> m_band;
 };
 
+/// Whether a GRID's header says far more cells than the index of its tiles knows: missing tiles would be read as empty.
+bool says_too_much(GDALDataset& dataset, const std::filesystem::path& path) {
+    if (!platform::EqualNoCase(dataset.GetDriverName(), "AIG")) return false;
+    int tileColumns = 1;
+    int tileRows = 1;
+    dataset.GetRasterBand(1)->GetBlockSize(&tileColumns, &tileRows);
+    const auto tiles = [](int cells, int tile) { return (std::int64_t{cells} + tile - 1) / tile; };
+    const std::int64_t said = tiles(dataset.GetRasterXSize(), tileColumns) * tiles(dataset.GetRasterYSize(), tileRows);
+    std::int64_t known = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(path, ignored)) {
+        const std::string name = platform::UpperCase(entry.path().filename().string());
+        if (name.ends_with("X.ADF")) known += static_cast<std::int64_t>(entry.file_size(ignored)) / 8;
+    }
+    constexpr std::int64_t kEmptyTiles = 1000;
+    return said > 16 * known + kEmptyTiles;
+}
+
 platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem::path& path) {
     const auto refuse = [&](const std::string& reason) {
         platform::Raise(error_number::kInvalidCall, "The raster " + path.string() + " " + reason + ".");
@@ -90,6 +108,15 @@ platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem
     // The far edges may be off by half a cell at most.
     const int columns = dataset.GetRasterXSize();
     const int rows = dataset.GetRasterYSize();
+    if (says_too_much(dataset, path))
+        refuse("says that it has " + std::to_string(columns) + " columns and " + std::to_string(rows) +
+               " rows, and its files hold far fewer; it is damaged: copy it again from where it came from");
+    // A damaged header may say anything, and rows are held in memory.
+    constexpr int kWidest = 10'000'000;
+    constexpr std::int64_t kMostCells = 4'000'000'000;
+    if (columns > kWidest || std::int64_t{columns} * rows > kMostCells)
+        refuse("says that it has " + std::to_string(columns) + " columns and " + std::to_string(rows) +
+               " rows, which is more than can be read; is it damaged?");
     if (std::abs(cellWidth + cellHeight) * std::max(columns, rows) > 0.5 * cellWidth)
         refuse("has cells that are not square");
     return {left, top + rows * cellHeight, cellWidth, columns, rows};
@@ -97,11 +124,16 @@ platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem
 
 }  // namespace
 
-std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path) {
+std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path, Sources sources) {
     RegisterGdal();
     const GdalErrors errors;
     const auto plain = path.has_filename() ? path : path.parent_path();
-    GdalDatasetPtr handle(GDALDataset::Open(plain.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR));
+    if (sources == Sources::kPlain) CheckPlain(plain);
+    // A relative path could read as an address.
+    const auto place = sources == Sources::kPlain ? std::filesystem::absolute(plain) : plain;
+    GdalDatasetPtr handle(GDALDataset::Open(place.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
+                                            AllowedDrivers(sources, DataKind::kRaster)));
+    if (sources == Sources::kPlain && !handle) CheckFormat(plain, DataKind::kRaster);
     if (!handle) errors.RaiseReading(plain);
     const auto geometry = geometry_of(*handle, plain);
     return std::make_shared<GdalRasterDataset>(

@@ -43,7 +43,8 @@ bool is_raster_file(const platform::IFileSystem& files, const std::filesystem::p
     if (!files.FileExists(path)) return false;
     RegisterGdal();
     const GdalErrors errors;
-    return GDALIdentifyDriverEx(path.c_str(), GDAL_OF_RASTER, nullptr, nullptr) != nullptr;
+    return GDALIdentifyDriverEx(path.c_str(), GDAL_OF_RASTER, AllowedDrivers(Sources::kPlain, DataKind::kRaster),
+                                nullptr) != nullptr;
 }
 
 /// Where the raster of that name stands; empty when there is none.

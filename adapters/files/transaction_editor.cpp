@@ -3,6 +3,8 @@
 #include "adapters/files/shapefile_parts.h"
 #include "platform/runtime_error.h"
 
+#include <array>
+
 namespace wxl::files {
 
 using platform::Field;
@@ -14,7 +16,8 @@ namespace {
 
 GdalDatasetPtr open_for_update(const fs::path& path) {
     RegisterGdal();
-    return GdalDatasetPtr(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+    constexpr std::array<const char*, 3> kDatabases = {"GPKG", "SQLite", nullptr};
+    return GdalDatasetPtr(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, kDatabases.data()));
 }
 
 void change_cells(OGRLayer& layer, const RowEdits& edits) {

@@ -1,42 +1,19 @@
 #include "apps/cli/input_layer.h"
 
-#include "adapters/files/ogr_source.h"
 #include "adapters/files/projection.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 
-#include <algorithm>
-#include <array>
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <fstream>
-#include <string_view>
 #include <vector>
 
 namespace wxl::cli {
 
 namespace {
 
-namespace fs = std::filesystem;
 namespace error_number = platform::error_number;
-using platform::EqualNoCase;
 using platform::Raise;
-
-/// Whether the file is a text that only says where the data are.
-bool leads_elsewhere(const fs::path& file) {
-    std::error_code ignored;
-    if (!fs::is_regular_file(file, ignored)) return false;
-    std::ifstream source(file, std::ios::binary);
-    std::array<char, 4096> start{};
-    source.read(start.data(), start.size());
-    const std::string_view text(start.data(), static_cast<std::size_t>(source.gcount()));
-    constexpr std::array<std::string_view, 8> kRoots = {"<OGRVRT",   "<VRTDataset", "<OGRWFS", "<OGCAPI",
-                                                        "<GDAL_WMS", "<GDAL_WMTS",  "<OGRCSW", "<OGRGMLAS"};
-    return std::any_of(kRoots.begin(), kRoots.end(),
-                       [&](std::string_view root) { return text.find(root) != std::string_view::npos; });
-}
 
 std::string degrees_advice(platform::IFeatureClass& points) {
     const platform::Extent extent = points.Bounds();
@@ -51,16 +28,16 @@ std::string degrees_advice(platform::IFeatureClass& points) {
 
 void add_indirect_option(CLI::App& command, bool& allowed) {
     command.add_flag("--allow-indirect", allowed,
-                     "Read inputs that lead to data elsewhere (archives, addresses, virtual datasets)");
+                     "Read also what is no file of the data themselves: archives, addresses, databases, virtual "
+                     "datasets, pipes");
 }
 
-void refuse_indirect(const std::string& input) {
-    const fs::path file = files::split_input(input).first;
-    const bool indirect = input.rfind("/vsi", 0) == 0 || input.find("://") != std::string::npos ||
-                          EqualNoCase(file.extension().string(), ".vrt") || leads_elsewhere(file);
-    if (indirect)
-        Raise(error_number::kInvalidCall,
-              input + " leads to data elsewhere: name the file that holds them, or give --allow-indirect");
+files::Sources sources_of(bool allowIndirect) {
+    return allowIndirect ? files::Sources::kAny : files::Sources::kPlain;
+}
+
+void raise_with_option(const files::IndirectSource& refused) {
+    Raise(refused.Number, fmt::format("{}: {}, or give --allow-indirect", refused.Description, refused.Advice));
 }
 
 void add_input_options(CLI::App& command, InputOptions& options) {
@@ -75,8 +52,8 @@ void add_measured_input_options(CLI::App& command, InputOptions& options) {
 }
 
 std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& options) {
-    if (!options.AllowIndirect) refuse_indirect(options.Input);
-    auto layer = files::OpenFeatureLayer(options.Input);
+    auto layer = opened(options.AllowIndirect,
+                        [&](files::Sources sources) { return files::OpenFeatureLayer(options.Input, sources); });
     if (layer->FeatureClass()->Shape() != platform::ShapeType::kPoint)
         Raise(error_number::kInvalidCall, options.Input + " holds no points: name a point layer");
     return layer;

@@ -21,8 +21,23 @@ struct InputOptions {
 /// Gives `command` the flag --allow-indirect.
 void add_indirect_option(CLI::App& command, bool& allowed);
 
-/// RuntimeError 5 for an input that leads to data elsewhere: a /vsi path, a URL, a virtual dataset.
-void refuse_indirect(const std::string& input);
+/// What a command may open, by its flag --allow-indirect.
+files::Sources sources_of(bool allowIndirect);
+
+/// RuntimeError that adds to a refusal what to do, and the option that lifts it.
+[[noreturn]] void raise_with_option(const files::IndirectSource& refused);
+
+/// What `open` makes of the sources that the flag --allow-indirect allows. Downloads by the libraries beneath are
+/// allowed with it, and from then on.
+template <class Open>
+auto opened(bool allowIndirect, Open&& open) {
+    if (allowIndirect) files::SetDownloadsAllowed(true);
+    try {
+        return open(sources_of(allowIndirect));
+    } catch (const files::IndirectSource& refused) {
+        raise_with_option(refused);
+    }
+}
 
 /// Gives `command` the argument INPUT and --allow-indirect.
 void add_input_options(CLI::App& command, InputOptions& options);

@@ -1,5 +1,6 @@
 #include "apps/cli/program.h"
 
+#include "adapters/files/source_rules.h"
 #include "apps/cli/commands.h"
 #include "platform/runtime_error.h"
 
@@ -71,6 +72,7 @@ int run_guarded(std::vector<std::string> arguments, Console& console) {
 int run_program(std::vector<std::string> arguments, Console& console) noexcept {
     int code = exit_code::kFailed;
     try {
+        files::SetDownloadsAllowed(false);
         code = run_guarded(std::move(arguments), console);
     } catch (const WrongCall& wrong) {
         console.Fail(wrong.what());

@@ -4,6 +4,7 @@
 #include "adapters/files/projection.h"
 #include "adapters/files/timestamp.h"
 #include "adapters/files/tracking_csv.h"
+#include "apps/cli/input_layer.h"
 #include "apps/cli/shapefile_output.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -40,8 +41,19 @@ std::string check_target_crs(const std::string& text) {
     return text == "auto" ? "" : check_crs(text);
 }
 
+/// Refuses pipes, devices, archives and addresses.
+void check_plain_file(const std::string& input) {
+    std::error_code ignored;
+    try {
+        if (fs::exists(input, ignored)) files::CheckPlainFile(input);
+    } catch (const files::IndirectSource& refused) {
+        raise_with_option(refused);
+    }
+}
+
 Tracking read_input(const ImportOptions& options, Console& console) {
     std::error_code ignored;
+    if (!options.AllowIndirect) check_plain_file(options.Input);
     if (!fs::exists(options.Input, ignored))
         Raise(error_number::kFileNotFound, options.Input + ": there is no such file");
     if (fs::is_directory(options.Input, ignored))
@@ -202,6 +214,7 @@ void tell_choices(const Tracking& tracking, Console& console) {
 void register_import(CLI::App& command, ImportOptions& options) {
     command.add_option("FILE.csv", options.Input, "Tracking file: a header row, then one row per fix")->required();
     command.add_option("OUT.shp", options.Output, "Point shapefile to write")->required();
+    add_indirect_option(command, options.AllowIndirect);
     command.add_option("--id", options.Id, "Column that names the animal")->type_name("COLUMN");
     CLI::Option* x = command.add_option("--x", options.X, "Column of longitudes or eastings")->type_name("COLUMN");
     CLI::Option* y = command.add_option("--y", options.Y, "Column of latitudes or northings")->type_name("COLUMN");

@@ -12,6 +12,7 @@ namespace wxl::cli {
 /// wxl import: a tracking CSV becomes a point shapefile.
 struct ImportOptions {
     std::string Input;
+    bool AllowIndirect = false;  ///< the file may be a pipe
     std::string Output;
     std::string Id;  ///< column names; empty: found by their usual names
     std::string X;

@@ -113,7 +113,8 @@ Result result_of(const isopleths::clsHISO& made, const std::vector<double>& give
 
 /// Makes the shapefiles, replacing old ones only by whole new ones.
 Result make_isopleths(const IsoplethOptions& options, const std::vector<double>& given, Console& console) {
-    const auto raster = files::OpenRaster(options.Raster);
+    const auto raster = opened(options.AllowIndirect,
+                               [&](files::Sources sources) { return files::OpenRaster(options.Raster, sources); });
     const std::vector<std::string> endings = wanted_endings(options);
     std::vector<std::string> names;
     for (const std::string& ending : endings) names.push_back(options.Name + ending);
@@ -221,7 +222,6 @@ void register_isopleths(CLI::App& command, IsoplethOptions& options) {
 int run_isopleths(const IsoplethOptions& options, Console& console) {
     const std::vector<double> percentages = percentages_of(options.Levels);
     check_name(options.Name);
-    if (!options.AllowIndirect) refuse_indirect(options.Raster);
     const Result result = make_isopleths(options, percentages, console);
     if (options.Json) console.Result(json_text(json_of(result)));
     if (result.Status != 0) return console.Fail(options.Raster + ": " + failure_of(result));

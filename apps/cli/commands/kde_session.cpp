@@ -23,7 +23,9 @@ std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options
 void add_reference(const KdeOptions& options, ToolSession& session) {
     if (!options.Extent || !options.Extent->starts_with("ref:")) return;
     const std::string raster = options.Extent->substr(4);
-    platform::Layer layer = files::layer_of(std::make_shared<files::FilesRasterLayer>(raster));
+    platform::Layer layer = files::layer_of(opened(options.Points.AllowIndirect, [&](files::Sources sources) {
+        return std::make_shared<files::FilesRasterLayer>(raster, sources);
+    }));
     layer.Name = raster;
     session.Document().Map().AddLayer(std::move(layer));
 }
