@@ -85,14 +85,22 @@ void refuse_archive(const fs::path& file) {
         throw IndirectSource(file.string() + " is an archive", "unpack it and name the file in it");
 }
 
-/// The driver that knows the file by its first bytes or its name, without opening it.
-GDALDriver* driver_of(const fs::path& path, DataKind kind) {
-    GDALOpenInfo info(path.c_str(), (kind == DataKind::kVector ? GDAL_OF_VECTOR : GDAL_OF_RASTER) | GDAL_OF_READONLY);
-    const char* capability = kind == DataKind::kVector ? GDAL_DCAP_VECTOR : GDAL_DCAP_RASTER;
-    for (int i = 0; i < GetGDALDriverManager()->GetDriverCount(); ++i) {
-        GDALDriver* driver = GetGDALDriverManager()->GetDriver(i);
-        if (driver->GetMetadataItem(capability) == nullptr || driver->pfnIdentify == nullptr) continue;
-        if (driver->pfnIdentify(&info) > 0) return driver;
+/// Whether a driver knows the file by its first bytes or its name, without opening it.
+bool knows(const GDALDriver* driver, GDALOpenInfo& info) {
+    return driver != nullptr && driver->pfnIdentify != nullptr && driver->pfnIdentify(&info) > 0;
+}
+
+/// The driver that would open the file, were it allowed; null when one of the allowed ones knows it, or none does.
+GDALDriver* refused_driver(const fs::path& path, DataKind kind) {
+    const bool vector = kind == DataKind::kVector;
+    GDALDriverManager& drivers = *GetGDALDriverManager();
+    GDALOpenInfo info(path.c_str(), (vector ? GDAL_OF_VECTOR : GDAL_OF_RASTER) | GDAL_OF_READONLY);
+    for (const char* const* name = AllowedDrivers(Sources::kPlain, kind); *name != nullptr; ++name)
+        if (knows(drivers.GetDriverByName(*name), info)) return nullptr;
+    for (int i = 0; i < drivers.GetDriverCount(); ++i) {
+        GDALDriver* driver = drivers.GetDriver(i);
+        const bool suits = driver->GetMetadataItem(vector ? GDAL_DCAP_VECTOR : GDAL_DCAP_RASTER) != nullptr;
+        if (suits && knows(driver, info)) return driver;
     }
     return nullptr;
 }
@@ -155,12 +163,9 @@ const char* const* AllowedDrivers(Sources sources, DataKind kind) {
 void CheckFormat(const fs::path& path, DataKind kind) {
     RegisterGdal();
     const GdalErrors quiet;
-    const GDALDriver* driver = driver_of(path, kind);
+    const GDALDriver* driver = refused_driver(path, kind);
     if (driver == nullptr) return;
     const std::string name = driver->GetDescription();
-    const char* const* allowed = AllowedDrivers(Sources::kPlain, kind);
-    for (; *allowed != nullptr; ++allowed)
-        if (name == *allowed) return;
     if (std::find(kRedirectors.begin(), kRedirectors.end(), name) != kRedirectors.end())
         throw IndirectSource(path.string() + " leads to data elsewhere", kNameTheFile);
     throw IndirectSource(

@@ -157,18 +157,19 @@ TEST_F(ShapefileEditing, A_file_that_another_program_locked_is_told) {
     EXPECT_EQ(features->WhyReadOnly(), "");
 }
 
-TEST_F(ShapefileEditing, A_missing_table_leaves_shapes_to_read) {
+TEST_F(ShapefileEditing, A_missing_table_is_told) {
     fs::remove(Part(".dbf"));
-    const auto features = Open();
-    EXPECT_EQ(features->FeatureCount(), 4);
-    EXPECT_EQ(features->Find({})->NextFeature()->Shape(), Geometry::OfPoint({0, 0}));
-    EXPECT_THAT(features->WhyReadOnly(), HasSubstr("fixes.dbf"));
+    const platform::RuntimeError error = ErrorOf([&] { Open(); });
+    EXPECT_EQ(error.Number, 53);
+    EXPECT_EQ(error.Description, Part(".dbf").string() + " is missing: copy the shapefile again with all its files.");
 }
 
-TEST_F(ShapefileEditing, A_table_cut_short_is_not_changed) {
+TEST_F(ShapefileEditing, A_table_cut_short_is_not_read) {
     const std::string table = Bytes(Part(".dbf"));
     PutBytes(Part(".dbf"), table.substr(0, table.size() - 30));
-    EXPECT_THAT(Open()->WhyReadOnly(), HasSubstr("is shorter than its header says"));
+    const platform::RuntimeError error = ErrorOf([&] { Open(); });
+    EXPECT_EQ(error.Number, 57);
+    EXPECT_THAT(error.Description, HasSubstr("is shorter than its header says"));
 }
 
 TEST_F(ShapefileEditing, A_change_by_another_program_in_between_is_never_overwritten) {
