@@ -53,13 +53,18 @@ void check_grid(fuzz::FuzzInput& input) {
     kernel.CalculateKernel();
     require(kernel.lErrorStatus == 0, "a kernel");
     const tests::TwinGrid expected = tests::twin_grid(twin);
-    const double peak = *std::max_element(expected.Cells.begin(), expected.Cells.end());
+    // A grid may see the far tail of the density only: what is smaller than this beside a kernel's own peak may be left
+    // out, and is far below what a raster can hold.
+    const double count = static_cast<double>(twin.Points.size());
+    const double negligible = 1e-130 * twin.ScalingFactor / (6.28 * count * twin.Bandwidth * twin.Bandwidth);
+    const double tolerance = 1e-11 * *std::max_element(expected.Cells.begin(), expected.Cells.end()) + negligible;
     for (std::int32_t row = 0; row < twin.Rows; ++row)
         for (std::int32_t column = 0; column < twin.Columns; ++column) {
             const double cell = expected.Cells[static_cast<std::size_t>(row * twin.Columns + column)];
-            require(std::abs((*kernel.GetKernel())(column, row) - cell) <= 1e-11 * peak, "cells of the plain loop");
+            require(std::abs((*kernel.GetKernel())(column, row) - cell) <= tolerance, "cells of the plain loop");
         }
-    require(std::abs(kernel.GetKernelVolume() - expected.Volume) <= 1e-11 * expected.Volume,
+    const double area = static_cast<double>(expected.Cells.size()) * twin.CellSize * twin.CellSize;
+    require(std::abs(kernel.GetKernelVolume() - expected.Volume) <= 1e-11 * expected.Volume + negligible * area,
             "volume of the plain loop");
 }
 

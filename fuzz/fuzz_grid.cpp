@@ -1,6 +1,7 @@
 // GRID folders: cells that are written read back the same; folders of any bytes are read or refused.
 
 #include "adapters/files/disk_file_system.h"
+#include "adapters/files/gdal_support.h"
 #include "adapters/files/raster_dataset.h"
 #include "adapters/files/raster_workspace.h"
 #include "fuzz/patched_files.h"
@@ -15,6 +16,8 @@ using fuzz::require;
 namespace fs = std::filesystem;
 
 struct Disk {
+    Disk() { files::LimitGdalCache(); }
+
     fuzz::FuzzFolder Folder;
     files::DiskFileSystem Files;
     files::DiskFolders Folders;

@@ -84,6 +84,9 @@ bool says_too_much(GDALDataset& dataset, const std::filesystem::path& path) {
     int tileColumns = 1;
     int tileRows = 1;
     dataset.GetRasterBand(1)->GetBlockSize(&tileColumns, &tileRows);
+    // Tiles of real GRIDs have some thousand cells; those of a damaged one would fill the memory.
+    constexpr std::int64_t kLargestTile = 1'000'000;
+    if (std::int64_t{tileColumns} * tileRows > kLargestTile) return true;
     const auto tiles = [](int cells, int tile) { return (std::int64_t{cells} + tile - 1) / tile; };
     const std::int64_t said = tiles(dataset.GetRasterXSize(), tileColumns) * tiles(dataset.GetRasterYSize(), tileRows);
     std::int64_t known = 0;

@@ -1,6 +1,6 @@
 # The fuzz targets over their seeds, in one ordinary program: each target's entry point takes the target's name. Seeds of
 # the settings reader: tests/unit/kde_tool.
-set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile grid levels engine isopleths)
+set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile grid levels engine isopleths batch)
 set(WXL_FUZZ_SOURCES)
 foreach(target ${WXL_FUZZ_TARGETS})
   set(source ${CMAKE_SOURCE_DIR}/fuzz/fuzz_${target}.cpp)
@@ -14,6 +14,7 @@ wxl_test(
   ${WXL_FUZZ_SOURCES}
   ../support/engine_twins.cpp
   DEPENDS
+  wxl_batch
   wxl_engine
   wxl_isopleths
   wxl_adapter_files_raster

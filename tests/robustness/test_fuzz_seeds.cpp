@@ -11,7 +11,8 @@
 #include <vector>
 
 using Target = int(const std::uint8_t* data, std::size_t size);
-extern "C" Target fuzz_numbers, fuzz_tracking_csv, fuzz_shapefile, fuzz_grid, fuzz_levels, fuzz_engine, fuzz_isopleths;
+extern "C" Target fuzz_numbers, fuzz_tracking_csv, fuzz_shapefile, fuzz_grid, fuzz_levels, fuzz_engine, fuzz_isopleths,
+    fuzz_batch;
 
 namespace {
 
@@ -78,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Targets, FuzzSeeds,
                                          Seeds{"tracking_csv", fuzz_tracking_csv, 400},
                                          Seeds{"shapefile", fuzz_shapefile, 1000}, Seeds{"grid", fuzz_grid, 300},
                                          Seeds{"levels", fuzz_levels, 100}, Seeds{"engine", fuzz_engine, 200},
-                                         Seeds{"isopleths", fuzz_isopleths, 200}),
+                                         Seeds{"isopleths", fuzz_isopleths, 100}, Seeds{"batch", fuzz_batch, 500}),
                          [](const auto& seeds) { return std::string(seeds.param.Name); });
 
 }  // namespace

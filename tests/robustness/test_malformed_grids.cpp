@@ -117,6 +117,16 @@ TEST_F(MalformedGrid, Wrong_headers) {
     }
 }
 
+TEST_F(MalformedGrid, Tiles_that_would_fill_the_memory) {
+    Expect("tiles of 8192 x 8192 cells",
+           With("hdr.adf",
+                [](std::string& b) {
+                    put_big(b, 296, 8192);
+                    put_big(b, 304, 8192);
+                }),
+           Expected::kRefused);
+}
+
 TEST_F(MalformedGrid, Tiles_in_the_wrong_place) {
     for (const std::uint32_t value : {0U, 1U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         Expect("first tile at " + std::to_string(value),
