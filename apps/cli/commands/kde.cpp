@@ -181,7 +181,9 @@ void register_kde(CLI::App& command, KdeOptions& options) {
 }
 
 batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks) {
-    return {.Program = "wxl " WXL_VERSION, .Input = files::split_input(options.Points.Input).first, .Tasks = tasks};
+    return {.Program = "wxl " WXL_VERSION,
+            .Input = files::split_input(options.Points.Input, sources_of(options.Points.AllowIndirect)).first,
+            .Tasks = tasks};
 }
 
 int run_kde(const KdeOptions& options, Console& console) {
