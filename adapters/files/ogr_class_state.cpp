@@ -27,11 +27,6 @@ bool is_shapefile(const fs::path& path) {
     return platform::EqualNoCase(path.extension().string(), ".shp");
 }
 
-std::string table_encoding(OGRLayer& layer) {
-    const char* encoding = layer.GetMetadataItem("SOURCE_ENCODING", "SHAPEFILE");
-    return encoding == nullptr ? "" : encoding;
-}
-
 bool is_finite(const Point& point) {
     return std::isfinite(point.X) && std::isfinite(point.Y);
 }

@@ -208,6 +208,11 @@ std::pair<fs::path, std::string> split_input(const std::string& input, Sources s
     return {input.substr(0, colon), input.substr(colon + 1)};
 }
 
+std::string table_encoding(OGRLayer& layer) {
+    const char* encoding = layer.GetMetadataItem("SOURCE_ENCODING", "SHAPEFILE");
+    return encoding == nullptr ? "" : encoding;
+}
+
 std::vector<Field> fields_of(OGRLayer& layer) {
     std::vector<Field> fields;
     OGRFeatureDefn& definitions = *layer.GetLayerDefn();

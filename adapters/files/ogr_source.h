@@ -33,6 +33,9 @@ private:
 /// virtual ones.
 std::pair<std::filesystem::path, std::string> split_input(const std::string& input, Sources sources);
 
+/// How the texts of a shapefile's table are encoded, as GDAL names it; empty when nothing says so.
+std::string table_encoding(OGRLayer& layer);
+
 /// Columns of a layer.
 std::vector<platform::Field> fields_of(OGRLayer& layer);
 

@@ -1,5 +1,6 @@
 #include "adapters/qgis/kde_dialog.h"
 
+#include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/profile_plot_widget.h"
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
@@ -59,6 +60,18 @@ QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
     return page;
 }
 
+/// Text in lines, never cut: layouts give a wrapped label less height than it needs where room is short.
+class WrappedLabel final : public QLabel {
+public:
+    void NeedHeight() { setMinimumHeight(heightForWidth(width())); }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QLabel::resizeEvent(event);
+        NeedHeight();
+    }
+};
+
 }  // namespace
 
 KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : QDialog(parent), m_form(form) {
@@ -74,6 +87,8 @@ KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
     layout->addLayout(Footer());
+    AssignMnemonics(*this);
+    OrderTabKey(*this);
     m_binder.AlsoRefresh([this] {
         ShowUnits();
         for (int i = 0; i < m_tabs->count(); ++i) m_tabs->widget(i)->setEnabled(!Running());
@@ -107,6 +122,7 @@ QWidget* KdeDialog::InputPage() {
     schoener->setWordWrap(true);
     swihart->setWordWrap(true);
     m_binder.Bind(*calculate, m_form.btnCalcIO, "btnCalcIO", [this] { m_form.btnCalcIO_Click(); });
+    with_tip(table, "Indices of independence of every animal");
     m_binder.Bind(*table, m_form.datagridIO, "datagridIO");
     m_binder.Bind(*save, m_form.btnIOSave, "btnIOSave", [this] { m_form.btnIOSave_Click(); });
     m_binder.Bind(*schoener, m_form.lblIO1, "lblIO1");
@@ -122,7 +138,7 @@ QWidget* KdeDialog::InputPage() {
 }
 
 QWidget* KdeDialog::DegreesNotice() {
-    auto* text = new QLabel;
+    auto* text = new WrappedLabel;
     text->setWordWrap(true);
     auto* reproject = with_tip(new QPushButton, "Adds a copy in that zone to the map and chooses it");
     m_binder.Bind(*text, m_form.lblDegrees, "lblDegrees");
@@ -136,7 +152,10 @@ QWidget* KdeDialog::DegreesNotice() {
     auto* layout = new QHBoxLayout(notice);
     layout->addWidget(text, 1);
     layout->addWidget(reproject);
-    m_binder.AlsoRefresh([this, notice] { notice->setVisible(!m_form.lblDegrees.Caption.empty()); });
+    m_binder.AlsoRefresh([this, notice, text] {
+        text->NeedHeight();
+        notice->setVisible(!m_form.lblDegrees.Caption.empty());
+    });
     return notice;
 }
 
@@ -146,6 +165,7 @@ QWidget* KdeDialog::KernelPage() {
     auto* hint = new QLabel;
     hint->setWordWrap(true);
     m_binder.Bind(*rescale, m_form.chkRescale, "chkRescale");
+    with_tip(table, "Standard deviations of every animal and their ratio");
     m_binder.Bind(*table, m_form.datagridVar, "datagridVar");
     m_binder.Bind(*hint, m_form.lblVar, "lblVar");
     auto* standardization = new QVBoxLayout;
@@ -155,7 +175,7 @@ QWidget* KdeDialog::KernelPage() {
 
     auto* fixed = with_tip(new QRadioButton, "The same bandwidth at every fix");
     auto* adaptive = with_tip(new QRadioButton, "Wider kernels where fixes are sparse");
-    auto* form = new QComboBox;
+    auto* form = with_tip(new QComboBox, "Shape of the hill that stands on every fix");
     m_binder.Bind(*fixed, m_form.optFixed, "optFixed", [this] { m_form.optFixed_Click(); });
     m_binder.Bind(*adaptive, m_form.optAdaptive, "optAdaptive", [this] { m_form.optAdaptive_Click(); });
     m_binder.Bind(*form, m_form.cmbKernelForm, "cmbKernelForm");
@@ -188,6 +208,7 @@ QWidget* KdeDialog::BandwidthPage() {
     auto* plot = new ProfilePlotWidget;
     plot->setObjectName(QStringLiteral("plotProfile"));
     m_binder.AlsoRefresh([this, plot] { plot->Show(m_form.plotProfile); });
+    with_tip(table, "Reference bandwidth of every animal; the search of the chosen row is plotted below");
     auto* choices = new QGridLayout;
     choices->addWidget(lscv, 0, 0, 1, 3);
     choices->addWidget(bcv, 1, 0, 1, 3);
@@ -241,9 +262,9 @@ QWidget* KdeDialog::OutputPage() {
     auto* bounds = with_tip(new QCheckBox, "Contours that enclose these percentages of the volume");
     auto* percentages =
         with_tip(new QLineEdit, "Percentages separated by commas; donuts need them in increasing order");
-    auto* lines = new QCheckBox;
-    auto* polygons = new QCheckBox;
-    auto* donuts = new QCheckBox;
+    auto* lines = with_tip(new QCheckBox, "One line for each percentage and contour");
+    auto* polygons = with_tip(new QCheckBox, "The area within each percentage, with its size and perimeter");
+    auto* donuts = with_tip(new QCheckBox, "The area between each percentage and the one before it");
     m_binder.Bind(*bounds, m_form.chkBnds, "chkBnds", [this] { m_form.chkBnds_Click(); });
     m_binder.Bind(*percentages, m_form.txtBnds, "txtBnds");
     m_binder.Bind(*lines, m_form.chkLines, "chkLines");
@@ -255,10 +276,10 @@ QWidget* KdeDialog::OutputPage() {
     isopleths->addLayout(row({bounds, percentages}));
     isopleths->addLayout(kinds);
 
-    auto* full = new QRadioButton;
+    auto* full = with_tip(new QRadioButton, "One grid for all animals, so that their rasters fit upon each other");
     auto* buffer = number_edit("Distance added on every side of the layer");
     auto* small = with_tip(new QRadioButton, "The animal's fixes and four bandwidths on every side");
-    auto* reference = new QRadioButton;
+    auto* reference = with_tip(new QRadioButton, "The grid of a raster layer of the map");
     auto* rasters = with_tip(new QComboBox, "Raster whose extent and cells are taken over");
     m_binder.Bind(*full, m_form.optFull, "optFull", [this] { m_form.optFull_Click(); });
     m_binder.Bind(*buffer, m_form.txtBuffer, "txtBuffer");
@@ -285,10 +306,10 @@ QLayout* KdeDialog::Footer() {
     status->setFocusPolicy(Qt::NoFocus);
     auto* progress = new QProgressBar;
     auto* silent = with_tip(new QCheckBox, "Keeps the warnings of single animals out of message boxes");
-    auto* load = new QPushButton;
-    auto* save = new QPushButton;
+    auto* load = with_tip(new QPushButton, "Reads the choices of all pages but the first from a file");
+    auto* save = with_tip(new QPushButton, "Writes the choices of all pages but the first into a file");
     auto* ok = with_tip(new QPushButton, "Runs the analysis");
-    auto* exit = new QPushButton;
+    auto* exit = with_tip(new QPushButton, "Closes the window; during a run it asks whether to stop that");
     ok->setDefault(true);
     m_binder.Bind(*status, m_form.txtStatus, "txtStatus");
     m_binder.Bind(*progress, m_form.PBar, "PBar");

@@ -17,7 +17,6 @@
 
 namespace wxl::qgis {
 
-using platform::error_number::kPermissionDenied;
 using platform::error_number::kSubscript;
 
 namespace {
@@ -43,7 +42,9 @@ public:
     void SetValue(int field, const platform::FieldValue& value) override {
         CheckField(field);
         const QgsField column = m_pass->Open().fields().at(field);
-        const QVariant changed = ToVariant(platform::ValueForColumn(value, FromQgsField(column).Type), column.type());
+        const platform::FieldValue held = platform::ValueForColumn(value, FromQgsField(column).Type);
+        m_pass->Check(field, held);
+        const QVariant changed = ToVariant(held, column.type());
         m_feature.setAttribute(field, changed);
         m_changed[field] = changed;
     }
@@ -191,28 +192,25 @@ public:
     explicit QgisInsertCursor(std::shared_ptr<TablePass> pass) : m_pass(std::move(pass)) {}
 
     void Insert(const platform::Geometry& shape, std::span<const platform::FieldValue> values) override {
-        if (!shape.IsNull() && shape.Type != ShapeTypeOf(m_pass->Open().geometryType()))
+        QgsVectorLayer& layer = m_pass->Open();
+        if (!shape.IsNull() && shape.Type != ShapeTypeOf(layer.geometryType()))
             platform::Raise(platform::error_number::kInvalidCall, "The layer holds shapes of another type.");
-        const QgsFields fields = m_pass->Open().fields();
-        QgsFeature feature(fields);
-        feature.setGeometry(ToQgsGeometry(shape));
-        for (std::size_t i = 0; i < values.size() && static_cast<int>(i) < fields.count(); ++i)
-            feature.setAttribute(static_cast<int>(i), ToVariant(values[i], fields.at(static_cast<int>(i)).type()));
-        m_features.append(feature);
+        files::NewRow row{shape, {}};
+        for (std::size_t i = 0; i < values.size() && static_cast<int>(i) < layer.fields().count(); ++i)
+            row.Values.push_back(
+                platform::ValueForColumn(values[i], FromQgsField(layer.fields().at(static_cast<int>(i))).Type));
+        m_rows.push_back(std::move(row));
     }
 
     void Flush() override {
-        QgsVectorLayer& layer = m_pass->Open();
-        QgsFeatureList features = std::exchange(m_features, {});
-        if (features.isEmpty()) return;
-        require_no_edits(layer);
-        if (!layer.dataProvider()->addFeatures(features)) m_pass->Fail("new rows");
-        layer.updateExtents();
+        if (m_rows.empty()) return;
+        for (files::NewRow& row : std::exchange(m_rows, {})) m_pass->Insert(std::move(row));
+        m_pass->Flush();
     }
 
 private:
     std::shared_ptr<TablePass> m_pass;
-    QgsFeatureList m_features;
+    std::vector<files::NewRow> m_rows;
 };
 
 }  // namespace
@@ -277,25 +275,13 @@ int QgisFeatureClass::AddField(const platform::Field& field) {
     if (FindField(field.Name) >= 0)
         platform::Raise(platform::error_number::kInvalidCall,
                         "The layer \"" + FromQString(layer.name()) + "\" has a field \"" + field.Name + "\" already.");
-    require_no_edits(layer);
-    const bool done = layer.dataProvider()->addAttributes({ToQgsField(field)});
-    layer.updateFields();
-    const int index = FindField(field.Name);
-    if (!done || index < 0)
-        platform::Raise(kPermissionDenied, "The field \"" + field.Name + "\" could not be added to the layer \"" +
-                                               FromQString(layer.name()) + "\".");
-    return index;
+    return TablePass::Join(layer)->AddField(field);
 }
 
 void QgisFeatureClass::DeleteField(int field) {
     QgsVectorLayer& layer = open_layer(m_layer);
     if (field < 0 || field >= layer.fields().count()) platform::Raise(kSubscript);
-    require_no_edits(layer);
-    const bool done = layer.dataProvider()->deleteAttributes({field});
-    layer.updateFields();
-    if (!done)
-        platform::Raise(kPermissionDenied,
-                        "A field of the layer \"" + FromQString(layer.name()) + "\" could not be deleted.");
+    TablePass::Join(layer)->DeleteField(field);
 }
 
 QgisSelectionSet::QgisSelectionSet(QgsVectorLayer& layer) : m_layer(&layer) {}

@@ -2,12 +2,15 @@
 
 #include "movement/track_symbol.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <map>
 #include <qgsmapcanvasitem.h>
+#include <QImage>
 #include <QPainter>
-#include <QPixmap>
-#include <QPolygonF>
+#include <utility>
 #include <vector>
 
 namespace wxl::qgis {
@@ -36,7 +39,9 @@ void draw_leg(QPainter& painter, const QPointF& from, const QPointF& tip) {
 
 }  // namespace
 
-/// All legs as one picture of the view, which is begun anew when the view changes; a new leg is added to it.
+/// All legs, drawn once for each scale: the map's plane is cut into tiles of device pixels that are kept while it is
+/// panned. A tile gets what it lacks when it comes into view. The plane hangs on the first leg, whose place on screen
+/// is rounded to whole pixels, so that tiles fit wherever they are shown.
 class QgisTrackGraphics::Item final : public QgsMapCanvasItem {
 public:
     explicit Item(QgsMapCanvas* canvas) : QgsMapCanvasItem(canvas) { setZValue(50); }
@@ -45,7 +50,7 @@ public:
 
     void Clear() {
         m_legs.clear();
-        m_picture = {};
+        m_tiles.clear();
     }
 
     void Show() {
@@ -62,44 +67,100 @@ public:
     }
 
     void paint(QPainter* painter) override {
-        BeginPicture();
-        AddToPicture();
-        painter->drawPixmap(QPointF(0.0, 0.0), m_picture);
+        if (m_legs.empty()) return;
+        const QTransform view = mMapCanvas->mapSettings().mapToPixel().transform();
+        TakeScale(view);
+        const QPointF first = view.map(QPointF(m_legs.front().From.X, m_legs.front().From.Y)) * m_ratio;
+        const TilePlace origin(std::llround(first.x()), std::llround(first.y()));
+        const QSize size = mMapCanvas->mapSettings().outputSize() * m_ratio;
+        const auto [left, top] = TilePlace(tile_at(-origin.first), tile_at(-origin.second));
+        const auto right = tile_at(size.width() - origin.first);
+        const auto bottom = tile_at(size.height() - origin.second);
+        ++m_paints;
+        for (auto y = top; y <= bottom; ++y)
+            for (auto x = left; x <= right; ++x) {
+                const QImage& tile = Drawn({x, y});
+                painter->drawImage(QPointF(static_cast<qreal>(x * kTile + origin.first) / m_ratio,
+                                           static_cast<qreal>(y * kTile + origin.second) / m_ratio),
+                                   tile);
+            }
+        DropOldTiles(static_cast<std::size_t>((right - left + 1) * (bottom - top + 1)));
     }
 
 private:
-    /// Forgets a picture of another view.
-    void BeginPicture() {
-        const qreal ratio = mMapCanvas->devicePixelRatioF();
-        const QSize size = mMapCanvas->mapSettings().outputSize() * ratio;
-        const QTransform view = mMapCanvas->mapSettings().mapToPixel().transform();
-        if (m_picture.size() == size && m_picture.devicePixelRatio() == ratio && m_view == view) return;
-        m_picture = QPixmap(size);
-        m_picture.setDevicePixelRatio(ratio);
-        m_picture.fill(Qt::transparent);
-        m_view = view;
-        m_drawn = 0;
+    /// A column and a row of tiles, or of device pixels.
+    using TilePlace = std::pair<std::int64_t, std::int64_t>;
+
+    struct Tile {
+        QImage Picture;
+        std::size_t Drawn = 0;  ///< legs that were looked at
+        std::int64_t LastPaint = 0;
+    };
+
+    static constexpr std::int64_t kTile = 256;  ///< side, device pixels
+    static constexpr std::size_t kSpareTiles = 200;
+    static constexpr double kMargin = 8.0;  ///< symbols reach no further from their leg, pixels
+
+    static std::int64_t tile_at(std::int64_t pixel) {
+        return pixel >= 0 ? pixel / kTile : -((-pixel + kTile - 1) / kTile);
     }
 
-    /// Draws the legs that the picture lacks and that meet the view.
-    void AddToPicture() {
-        if (m_picture.isNull()) return;
-        QPainter painter(&m_picture);
-        painter.setRenderHint(QPainter::Antialiasing);
-        const QgsRectangle view = mMapCanvas->mapSettings().visibleExtent();
-        const QPointF origin = pos();
-        const auto canvas_point = [&](const platform::Point& p) { return toCanvasCoordinates({p.X, p.Y}) - origin; };
-        for (; m_drawn < m_legs.size(); ++m_drawn) {
-            const platform::TrackLeg& leg = m_legs[m_drawn];
-            if (view.intersects(QgsRectangle(leg.From.X, leg.From.Y, leg.To.X, leg.To.Y)))
-                draw_leg(painter, canvas_point(leg.From), canvas_point(leg.To));
+    /// Forgets the tiles of another scale, rotation or screen. The digits of a scale shake a little when a map is
+    /// panned.
+    void TakeScale(const QTransform& view) {
+        const auto same = [](double a, double b, double size) { return std::abs(a - b) <= 1e-9 * size; };
+        const double size = std::hypot(view.m11(), view.m12());
+        const double ratio = mMapCanvas->devicePixelRatioF();
+        if (m_ratio == ratio && same(m_scale.m11(), view.m11(), size) && same(m_scale.m12(), view.m12(), size) &&
+            same(m_scale.m21(), view.m21(), size) && same(m_scale.m22(), view.m22(), size))
+            return;
+        m_scale = QTransform(view.m11(), view.m12(), view.m21(), view.m22(), 0.0, 0.0);
+        m_ratio = ratio;
+        m_tiles.clear();
+    }
+
+    /// The tile with all legs that meet it.
+    const QImage& Drawn(const TilePlace& place) {
+        Tile& tile = m_tiles[place];
+        tile.LastPaint = m_paints;
+        if (tile.Picture.isNull()) {
+            tile.Picture = QImage(kTile, kTile, QImage::Format_ARGB32_Premultiplied);
+            tile.Picture.fill(Qt::transparent);
+            tile.Picture.setDevicePixelRatio(m_ratio);
         }
+        if (tile.Drawn == m_legs.size()) return tile.Picture;
+        const double side = static_cast<double>(kTile) / m_ratio;
+        const QPointF corner(static_cast<double>(place.first) * side, static_cast<double>(place.second) * side);
+        const QRectF reach = QRectF(corner, QSizeF(side, side)).adjusted(-kMargin, -kMargin, kMargin, kMargin);
+        QPainter painter(&tile.Picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(-corner);
+        for (; tile.Drawn < m_legs.size(); ++tile.Drawn) {
+            const QPointF from = OnPlane(m_legs[tile.Drawn].From);
+            const QPointF to = OnPlane(m_legs[tile.Drawn].To);
+            const bool beside = std::max(from.x(), to.x()) < reach.left() || std::min(from.x(), to.x()) > reach.right();
+            const bool above = std::max(from.y(), to.y()) < reach.top() || std::min(from.y(), to.y()) > reach.bottom();
+            if (!beside && !above) draw_leg(painter, from, to);
+        }
+        return tile.Picture;
+    }
+
+    /// A place on the plane in logical pixels, seen from the first leg.
+    QPointF OnPlane(const platform::Point& place) const {
+        const platform::Point& first = m_legs.front().From;
+        return m_scale.map(QPointF(place.X - first.X, place.Y - first.Y));
+    }
+
+    void DropOldTiles(std::size_t visible) {
+        if (m_tiles.size() <= 2 * visible + kSpareTiles) return;
+        std::erase_if(m_tiles, [this](const auto& entry) { return entry.second.LastPaint + 10 < m_paints; });
     }
 
     std::vector<platform::TrackLeg> m_legs;
-    QPixmap m_picture;
-    QTransform m_view;        ///< from the map to the pixels of the picture
-    std::size_t m_drawn = 0;  ///< legs that the picture shows
+    std::map<TilePlace, Tile> m_tiles;
+    QTransform m_scale;  ///< from the map to logical pixels, without a shift
+    double m_ratio = 0.0;
+    std::int64_t m_paints = 0;
 };
 
 QgisTrackGraphics::QgisTrackGraphics(QgsMapCanvas& canvas) : m_canvas(&canvas), m_item(new Item(&canvas)) {}

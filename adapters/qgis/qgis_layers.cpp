@@ -1,5 +1,6 @@
 #include "adapters/qgis/qgis_layers.h"
 
+#include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
@@ -51,6 +52,8 @@ std::string QgisFeatureLayer::WhyReadOnly() const {
         return "The data of the layer \"" + Name() +
                "\" cannot be changed: the file is write-protected, or its format is read-only. Please export the layer "
                "to a new shapefile or GeoPackage and use that.";
+    if (const std::string reason = why_file_is_blocked(layer); !reason.empty())
+        return "The layer \"" + Name() + "\" cannot be changed now: " + reason;
     return {};
 }
 

@@ -1,5 +1,6 @@
 #include "adapters/qgis/table_pass.h"
 
+#include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
 
@@ -48,13 +49,37 @@ std::shared_ptr<TablePass> TablePass::Join(QgsVectorLayer& layer) {
     return pass;
 }
 
+TablePass::TablePass(QgsVectorLayer& layer) : m_layer(&layer) {
+    if (!layer.isEditable()) finish_interrupted_change(layer);
+}
+
 TablePass::~TablePass() {
-    if (!m_updating || m_layer.isNull()) return;
+    if ((!m_updating && !m_hasMarkedRows) || m_layer.isNull()) return;
     // A shapefile drops its deleted rows, and numbers the others anew, only now: a selection by number means nothing.
     m_layer->removeSelection();
-    m_layer->dataProvider()->leaveUpdateMode();
-    m_layer->dataProvider()->reloadData();
+    try {
+        if (m_hasMarkedRows) m_editor->Repack();
+    } catch (const platform::RuntimeError&) {
+        // The rows stay in the file, marked: every reader skips them.
+    }
+    if (m_updating) m_layer->dataProvider()->leaveUpdateMode();
+    Reload();
     m_layer->triggerRepaint();
+}
+
+files::IRowEditor* TablePass::Editor() {
+    if (!std::exchange(m_soughtEditor, true)) m_editor = file_editor_of(Open());
+    return m_editor.get();
+}
+
+void TablePass::Reload() {
+    Open().dataProvider()->reloadData();
+    Open().updateFields();
+    Open().updateExtents();
+}
+
+void TablePass::Check(int field, const platform::FieldValue& value) {
+    if (files::IRowEditor* editor = Editor()) editor->Check(field, value);
 }
 
 void TablePass::Store(QgsFeatureId row, const QgsAttributeMap& changed) {
@@ -68,25 +93,112 @@ void TablePass::Delete(QgsFeatureId row) {
     m_gone.insert(row);
 }
 
+void TablePass::Insert(files::NewRow row) {
+    m_toInsert.push_back(std::move(row));
+}
+
+int TablePass::AddField(const platform::Field& field) {
+    QgsVectorLayer& layer = Open();
+    require_no_edits(layer);
+    bool done = true;
+    if (files::IRowEditor* editor = Editor()) {
+        editor->AddField(field);
+        Reload();
+    } else {
+        done = layer.dataProvider()->addAttributes({ToQgsField(field)});
+        layer.updateFields();
+    }
+    const int index = layer.fields().lookupField(ToQString(field.Name));
+    if (!done || index < 0)
+        platform::Raise(
+            platform::error_number::kPermissionDenied,
+            "The field \"" + field.Name + "\" could not be added to the layer \"" + FromQString(layer.name()) + "\".");
+    return index;
+}
+
+void TablePass::DeleteField(int field) {
+    QgsVectorLayer& layer = Open();
+    require_no_edits(layer);
+    bool done = true;
+    if (files::IRowEditor* editor = Editor()) {
+        editor->DeleteField(field);
+        Reload();
+    } else {
+        done = layer.dataProvider()->deleteAttributes({field});
+        layer.updateFields();
+    }
+    if (!done)
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        "A field of the layer \"" + FromQString(layer.name()) + "\" could not be deleted.");
+}
+
 void TablePass::Flush() {
     QgsVectorLayer& layer = Open();
-    if (m_changes.isEmpty() && m_toDelete.isEmpty()) return;
+    if (m_changes.isEmpty() && m_toDelete.isEmpty() && m_toInsert.empty()) return;
     if (layer.isEditable()) Drop();
     require_no_edits(layer);
+    if (Editor() != nullptr)
+        WriteThroughEditor();
+    else
+        WriteThroughProvider();
+}
+
+void TablePass::WriteThroughEditor() {
+    const QgsFeatureIds deleted = m_toDelete;
+    files::RowEdits edits;
+    for (auto row = m_changes.cbegin(); row != m_changes.cend(); ++row) {
+        auto& cells = edits.Values[row.key()];
+        for (auto cell = row->cbegin(); cell != row->cend(); ++cell) cells[cell.key()] = FromVariant(cell.value());
+    }
+    for (const QgsFeatureId row : deleted) edits.Deleted.insert(row);
+    edits.Inserted = std::move(m_toInsert);
+    try {
+        m_editor->Write(edits);
+    } catch (...) {
+        Drop();
+        throw;
+    }
+    m_changes.clear();
+    m_toDelete.clear();
+    m_toInsert.clear();
+    m_hasMarkedRows = m_hasMarkedRows || !deleted.isEmpty();
+    Reload();
+    Open().deselect(deleted);
+}
+
+void TablePass::WriteThroughProvider() {
+    QgsVectorLayer& layer = Open();
     const QgsChangedAttributesMap changes = std::exchange(m_changes, {});
     const QgsFeatureIds deleted = std::exchange(m_toDelete, {});
+    const std::vector<files::NewRow> inserted = std::exchange(m_toInsert, {});
     if (!changes.isEmpty() && !layer.dataProvider()->changeAttributeValues(changes)) Fail("attribute values");
-    if (deleted.isEmpty()) return;
-    // Every provider call outside update mode numbers a shapefile's rows anew.
-    if (!m_updating) m_updating = layer.dataProvider()->enterUpdateMode();
-    if (!layer.dataProvider()->deleteFeatures(deleted)) Fail("rows");
-    layer.deselect(deleted);
+    if (!deleted.isEmpty()) {
+        // Every provider call outside update mode numbers a shapefile's rows anew.
+        if (!m_updating) m_updating = layer.dataProvider()->enterUpdateMode();
+        if (!layer.dataProvider()->deleteFeatures(deleted)) Fail("rows");
+        layer.deselect(deleted);
+    }
+    if (inserted.empty()) return;
+    QgsFeatureList features;
+    for (const files::NewRow& row : inserted) {
+        QgsFeature feature(layer.fields());
+        feature.setGeometry(ToQgsGeometry(row.Shape));
+        for (std::size_t i = 0; i < row.Values.size(); ++i) {
+            const int field = static_cast<int>(i);
+            if (field < layer.fields().count())
+                feature.setAttribute(field, ToVariant(row.Values[i], layer.fields().at(field).type()));
+        }
+        features << feature;
+    }
+    if (!layer.dataProvider()->addFeatures(features)) Fail("new rows");
+    layer.updateExtents();
 }
 
 void TablePass::Drop() {
     m_gone.subtract(m_toDelete);
     m_toDelete.clear();
     m_changes.clear();
+    m_toInsert.clear();
 }
 
 void TablePass::Fail(const char* what) const {

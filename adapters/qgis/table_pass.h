@@ -1,9 +1,12 @@
 #pragma once
+#include "adapters/files/row_editor.h"
+
 #include <memory>
 #include <qgsfeature.h>
 #include <qgsvectorlayer.h>
 #include <QPointer>
 #include <string>
+#include <vector>
 
 namespace wxl::qgis {
 
@@ -18,7 +21,8 @@ std::string why_being_edited(const QgsVectorLayer& layer);
 void require_no_edits(const QgsVectorLayer& layer);
 
 /// A pass over the rows of a layer: what was changed and is not written yet, and which rows are gone. All cursors and
-/// rows of a layer share one; it ends with the last of them, and only then may row numbers change.
+/// rows of a layer share one; it ends with the last of them, and only then may row numbers change. A shapefile is
+/// changed by our own editor (see file_editor_of), other layers by their provider.
 class TablePass {
 public:
     /// The running pass over the layer, or a new one.
@@ -27,7 +31,7 @@ public:
     /// The running pass, or null.
     static std::shared_ptr<TablePass> Running(QgsVectorLayer& layer);
 
-    explicit TablePass(QgsVectorLayer& layer) : m_layer(&layer) {}
+    explicit TablePass(QgsVectorLayer& layer);
     TablePass(const TablePass&) = delete;
     TablePass& operator=(const TablePass&) = delete;
     ~TablePass();
@@ -35,9 +39,17 @@ public:
     QgsVectorLayer& Open() const { return open_layer(m_layer); }
     void Store(QgsFeatureId row, const QgsAttributeMap& changed);
     void Delete(QgsFeatureId row);
+    void Insert(files::NewRow row);
+
+    /// RuntimeError when the column cannot hold the value, as far as known before it is written.
+    void Check(int field, const platform::FieldValue& value);
+
+    int AddField(const platform::Field& field);
+    void DeleteField(int field);
+
     bool IsGone(QgsFeatureId row) const { return m_gone.contains(row); }
 
-    /// Writes what is held back through the provider, in bulk. RuntimeError 70 for a layer that went into edit mode
+    /// Writes what is held back, in bulk. RuntimeError 70 for a layer that went into edit mode
     /// meanwhile: what is held back is dropped.
     void Flush();
 
@@ -45,6 +57,14 @@ public:
     [[noreturn]] void Fail(const char* what) const;
 
 private:
+    /// The editor of the layer's file, or null.
+    files::IRowEditor* Editor();
+    void WriteThroughEditor();
+    void WriteThroughProvider();
+
+    /// Has QGIS read the file anew.
+    void Reload();
+
     /// Forgets what is held back; rows about to be deleted stand again.
     void Drop();
 
@@ -52,7 +72,11 @@ private:
     QgsChangedAttributesMap m_changes;
     QgsFeatureIds m_toDelete;
     QgsFeatureIds m_gone;
-    bool m_updating = false;  ///< the provider keeps its row numbers until the pass is over
+    std::vector<files::NewRow> m_toInsert;
+    std::unique_ptr<files::IRowEditor> m_editor;
+    bool m_soughtEditor = false;
+    bool m_hasMarkedRows = false;  ///< deleted rows that the editor drops from the file when the pass is over
+    bool m_updating = false;       ///< the provider keeps its row numbers until the pass is over
 };
 
 }  // namespace wxl::qgis

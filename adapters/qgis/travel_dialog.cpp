@@ -1,5 +1,6 @@
 #include "adapters/qgis/travel_dialog.h"
 
+#include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/qgis_values.h"
 
 #include <algorithm>
@@ -48,6 +49,8 @@ TravelDialog::TravelDialog(movement::frmOVI& form, QgisHost& host, QWidget* map)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(Track());
     layout->addLayout(Buttons());
+    AssignMnemonics(*this);
+    OrderTabKey(*this);
     form.Form_Load();
     m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
     m_binder.Refresh();
@@ -65,6 +68,7 @@ QLayout* TravelDialog::Track() {
     position->setToolTip(tr("Position along the track"));
     delay->setToolTip(tr("Time between two steps of automatic play"));
     seconds->setMaximumWidth(70);
+    seconds->setToolTip(tr("Seconds between two steps"));
     m_binder.Bind(*fix, m_form.Label1, "Label1");
     m_binder.Bind(*counter, m_form.lblfix, "lblfix");
     m_binder.Bind(*stats, m_form.lblStats, "lblStats");
@@ -96,6 +100,14 @@ QLayout* TravelDialog::Buttons() {
     auto* oneStep = new QCheckBox;
     auto* keep = new QCheckBox;
     play->setDefault(true);
+    play->setToolTip(tr("Draws the track leg by leg, from the present fix on"));
+    stop->setToolTip(tr("Stops playing"));
+    forward->setToolTip(tr("Draws the leg to the next fix"));
+    back->setToolTip(tr("Draws the leg back to the fix before"));
+    erase->setToolTip(tr("Takes the drawn legs off the map"));
+    save->setToolTip(tr("Saves the drawn legs as a shapefile and adds it to the map"));
+    oneStep->setToolTip(tr("Draws one leg at a time"));
+    keep->setToolTip(tr("Leaves the drawn legs on the map"));
     m_binder.Bind(*play, m_form.CmdTrackMoose, "CmdTrackMoose", [this] { m_form.CmdTrackMoose_Click(); });
     m_binder.Bind(*stop, m_form.cmdStop, "cmdStop", [this] { m_form.cmdStop_Click(); });
     m_binder.Bind(*forward, m_form.CmbStep, "CmbStep", [this] { m_form.CmbStep_Click(); });

@@ -38,7 +38,7 @@ const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new QgisEnvir
 }  // namespace
 
 void SaveScreenshot(QWidget& widget, const QString& name) {
-    QDir folder(QStringLiteral(WXL_BINARY_DIR "/gui-screenshots"));
+    QDir folder(QStringLiteral(WXL_BINARY_DIR "/artefacts/screenshots"));
     folder.mkpath(QStringLiteral("."));
     ASSERT_TRUE(widget.grab().save(folder.filePath(name + QStringLiteral(".png"))));
 }

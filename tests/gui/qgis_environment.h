@@ -5,7 +5,7 @@
 
 namespace wxl::tests {
 
-/// Saves what the widget looks like as gui-screenshots/NAME.png under the build folder.
+/// Saves what the widget looks like as artefacts/screenshots/NAME.png under the build folder.
 void SaveScreenshot(QWidget& widget, const QString& name);
 
 }  // namespace wxl::tests

@@ -7,16 +7,20 @@
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <map>
 #include <numbers>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <qgsproject.h>
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
+#include <QTabBar>
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QTest>
@@ -64,6 +68,36 @@ protected:
         auto* widget = m_dialog->findChild<Widget*>(QLatin1String(name));
         if (!widget) throw std::runtime_error(std::string("no widget ") + name);
         return *widget;
+    }
+
+    /// No page needs more room than a screen of 1280 x 900 has, and no text is cut. Keeps a picture of every page.
+    void CheckPages(const char* name) {
+        const std::array<const char*, 4> pages = {"input-data", "kernel-settings", "bandwidth", "output-options"};
+        const QString scale = QString::fromUtf8(qgetenv("QT_SCALE_FACTOR"));
+        for (int page = 0; page < 4; ++page) {
+            ShowPage(page);
+            QTest::qWait(20);
+            const QString shot =
+                QStringLiteral("%1-%2").arg(QLatin1String(name), QLatin1String(pages[static_cast<std::size_t>(page)]));
+            tests::SaveScreenshot(*m_dialog, scale.isEmpty() ? shot : shot + QStringLiteral("-at-") + scale);
+            for (const QWidget* widget : m_dialog->findChildren<QWidget*>()) {
+                if (!widget->isVisible() || widget->parentWidget() == nullptr) continue;
+                const std::string what = widget->objectName().toStdString() + " on page " + std::to_string(page);
+                if (qobject_cast<const QAbstractButton*>(widget)) {
+                    EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << what;
+                }
+                if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+                    const bool wraps = label->wordWrap();
+                    EXPECT_GE(label->width(), wraps ? 0 : label->sizeHint().width()) << what;
+                    EXPECT_GE(label->height(), wraps ? label->heightForWidth(label->width()) : 0) << what;
+                }
+                if (widget->objectName().isEmpty() || widget->objectName().startsWith(QLatin1String("qt_"))) continue;
+                const QRect inDialog(widget->mapTo(m_dialog.get(), QPoint(0, 0)), widget->size());
+                EXPECT_TRUE(m_dialog->rect().contains(inDialog)) << what;
+            }
+        }
+        EXPECT_LE(m_dialog->width(), 1280);
+        EXPECT_LE(m_dialog->height(), 860);
     }
 
     void ShowPage(int page) { Find<QTabWidget>("SSTab1").setCurrentIndex(page); }
@@ -140,20 +174,72 @@ TEST_F(KdeDialogTest, Changing_the_page_fills_variances_and_bandwidths) {
 TEST_F(KdeDialogTest, Nothing_is_cut_off_on_any_page) {
     Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
     Find<QPushButton>("btnCalcIO").click();
-    const std::array<const char*, 4> pages = {"input-data", "kernel-settings", "bandwidth", "output-options"};
+    CheckPages("kde");
+}
+
+TEST_F(KdeDialogTest, Nothing_is_cut_off_with_a_large_font_and_the_notice_of_degrees) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(before.pointSizeF() * 1.25);
+    QApplication::setFont(large);
+    m_dialog = std::make_unique<KdeDialog>(*m_form, m_host, nullptr);
+    m_form->lblDegrees.Caption =
+        "This layer is in degrees. Cell size, bandwidths and areas need metres or another unit of length. Its UTM zone "
+        "is 33S (EPSG:32733). Its points reach from zone 31 to zone 35: far from zone 33 distances are distorted.";
+    m_form->btnReproject.Enabled = true;
+    m_dialog->show();
+    ShowPage(1);
+    CheckPages("kde-large-font");
+    m_dialog.reset();
+    QApplication::setFont(before);
+}
+
+TEST_F(KdeDialogTest, Everything_that_takes_the_keyboard_has_a_tooltip) {
+    for (const QWidget* widget : m_dialog->findChildren<QWidget*>()) {
+        const bool ours = !widget->objectName().isEmpty() && !widget->objectName().startsWith(QLatin1String("qt_"));
+        if (!ours || (widget->focusPolicy() & Qt::TabFocus) == 0 || qobject_cast<const QTabWidget*>(widget)) continue;
+        if (qobject_cast<const QTabBar*>(widget->parentWidget())) continue;
+        EXPECT_NE(widget->toolTip(), "") << widget->objectName().toStdString();
+    }
+}
+
+TEST_F(KdeDialogTest, Tab_key_goes_through_a_page_as_one_reads_it) {
     for (int page = 0; page < 4; ++page) {
         ShowPage(page);
-        QTest::qWait(20);
-        tests::SaveScreenshot(*m_dialog,
-                              QStringLiteral("kde-%1").arg(QLatin1String(pages[static_cast<std::size_t>(page)])));
-        for (const QWidget* widget : m_dialog->findChildren<QWidget*>()) {
-            if (!widget->isVisible() || widget->objectName().isEmpty() || !qobject_cast<const QAbstractButton*>(widget))
-                continue;
-            EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << widget->objectName().toStdString();
+        QTest::qWait(10);
+        std::vector<QPoint> places;
+        auto* tabs = Find<QTabWidget>("SSTab1").tabBar();
+        for (QWidget* at = tabs->nextInFocusChain(); at != tabs; at = at->nextInFocusChain())
+            if (at->isVisible() && at->isEnabled() && (at->focusPolicy() & Qt::TabFocus) != 0 &&
+                !at->objectName().isEmpty() && at != m_dialog.get() && !qobject_cast<QTabWidget*>(at))
+                places.push_back(at->mapTo(m_dialog.get(), at->rect().center()));
+        ASSERT_GT(places.size(), 4U);
+        for (std::size_t i = 1; i < places.size(); ++i) {
+            const bool below = places[i].y() > places[i - 1].y() + 8;
+            const bool beside = std::abs(places[i].y() - places[i - 1].y()) <= 8 && places[i].x() > places[i - 1].x();
+            EXPECT_TRUE(below || beside) << "page " << page << ", stop " << i;
         }
     }
-    EXPECT_LE(m_dialog->width(), 1280);
-    EXPECT_LE(m_dialog->height(), 860);
+}
+
+TEST_F(KdeDialogTest, Letters_with_Alt_are_unique_on_every_page) {
+    for (int page = 0; page < 4; ++page) {
+        ShowPage(page);
+        QTest::qWait(10);
+        std::map<QChar, int> letters;
+        const auto count = [&](const QString& text) {
+            const auto mark = text.indexOf(QLatin1Char('&'));
+            if (mark >= 0) ++letters[text.at(mark + 1).toLower()];
+        };
+        const auto& tabs = Find<QTabWidget>("SSTab1");
+        for (int i = 0; i < tabs.count(); ++i) count(tabs.tabText(i));
+        for (const auto* button : m_dialog->findChildren<QAbstractButton*>())
+            if (button->isVisible()) count(button->text());
+        for (const auto* label : m_dialog->findChildren<QLabel*>())
+            if (label->isVisible() && label->buddy()) count(label->text());
+        EXPECT_GT(letters.size(), 10U);
+        for (const auto& [letter, times] : letters) EXPECT_EQ(times, 1) << page << " " << letter.toLatin1();
+    }
 }
 
 TEST_F(KdeDialogTest, Search_of_the_chosen_row_is_plotted) {

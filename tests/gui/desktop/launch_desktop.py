@@ -19,10 +19,16 @@ def is_installed():
 
 
 def run_in_desktop(driver, layer, plugins, shots, scratch, **setup):
-    """Opens the layer and runs the driver, which finds `setup` in SETUP; the message boxes it met, or None."""
-    pathlib.Path(shots).mkdir(parents=True, exist_ok=True)
+    """Opens the layer with the plugin and runs the driver, which finds `setup` in SETUP; the message boxes it met, or
+    None."""
     profiles = scratch / "profiles"
     enable_plugin.enable(str(profiles), plugins, "libwxltools")
+    return start_desktop(driver, layer, profiles, shots, scratch, **setup)
+
+
+def start_desktop(driver, layer, profiles, shots, scratch, **setup):
+    """As run_in_desktop, with these profiles as they are."""
+    pathlib.Path(shots).mkdir(parents=True, exist_ok=True)
     runtime = scratch / "runtime"
     runtime.mkdir(mode=0o700)
     boxes = scratch / "boxes.json"

@@ -1,0 +1,57 @@
+#include "adapters/qgis/layer_files.h"
+
+#include "adapters/files/ogr_source.h"
+#include "adapters/files/shapefile_editor.h"
+#include "adapters/files/shapefile_parts.h"
+#include "adapters/files/transaction_editor.h"
+#include "adapters/qgis/qgis_values.h"
+#include "platform/text.h"
+
+#include <qgsproviderregistry.h>
+#include <qgsvectordataprovider.h>
+
+namespace wxl::qgis {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The file that an OGR layer of this format lies in; empty where it lies elsewhere.
+fs::path file_of(const QgsVectorLayer& layer, const QString& format) {
+    if (layer.providerType() != QLatin1String("ogr") || layer.dataProvider()->storageType() != format) return {};
+    const QVariantMap parts = QgsProviderRegistry::instance()->decodeUri(layer.providerType(), layer.source());
+    std::error_code none;
+    const fs::path path = fs::canonical(FromQString(parts.value(QStringLiteral("path")).toString()), none);
+    return none || !fs::is_regular_file(path, none) ? fs::path() : path;
+}
+
+}  // namespace
+
+fs::path shapefile_of(const QgsVectorLayer& layer) {
+    const fs::path path = file_of(layer, QStringLiteral("ESRI Shapefile"));
+    return platform::EqualNoCase(path.extension().string(), ".shp") ? path : fs::path();
+}
+
+std::unique_ptr<files::IRowEditor> file_editor_of(const QgsVectorLayer& layer) {
+    const fs::path shapefile = shapefile_of(layer);
+    if (shapefile.empty()) return nullptr;
+    files::OgrSource source(shapefile, {});
+    return std::make_unique<files::ShapefileEditor>(shapefile, files::table_encoding(source.Layer()));
+}
+
+std::string why_file_is_blocked(const QgsVectorLayer& layer) {
+    if (const auto editor = file_editor_of(layer)) return editor->WhyReadOnly();
+    const fs::path database = file_of(layer, QStringLiteral("GPKG"));
+    return database.empty() ? std::string() : files::TransactionEditor(database, {}).WhyReadOnly();
+}
+
+void finish_interrupted_change(QgsVectorLayer& layer) {
+    const fs::path shapefile = shapefile_of(layer);
+    std::error_code none;
+    if (shapefile.empty()) return;
+    const fs::path swap = shapefile.parent_path() / ("." + shapefile.stem().string() + ".swap");
+    if (!fs::exists(swap, none)) return;
+    files::finish_interrupted_swap(shapefile);
+    layer.dataProvider()->reloadData();
+}
+
+}  // namespace wxl::qgis
