@@ -170,8 +170,9 @@ TEST_F(TrackGraphicsTest, Legs_of_a_panned_and_zoomed_map_equal_the_plain_drawin
         const QImage seen = Canvas.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
         const QImage plain = Plain(drawn);
         ASSERT_EQ(seen.size(), plain.size());
-        // A place that lies between two pixels by a rounding of the last digit may be blended otherwise.
-        ASSERT_LE(Differences(seen, plain), 5) << "after leg " << i;
+        // Long lines are cut at the edges of tiles, after which some blended pixels round otherwise: less than 0.02 %.
+        // A tile in the wrong place differs by thousands.
+        ASSERT_LE(Differences(seen, plain), 100) << "after leg " << i;
     }
 }
 
