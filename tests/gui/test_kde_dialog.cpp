@@ -76,7 +76,7 @@ protected:
         const QString scale = QString::fromUtf8(qgetenv("QT_SCALE_FACTOR"));
         for (int page = 0; page < 4; ++page) {
             ShowPage(page);
-            QTest::qWait(20);
+            QTest::qWait(100);
             const QString shot =
                 QStringLiteral("%1-%2").arg(QLatin1String(name), QLatin1String(pages[static_cast<std::size_t>(page)]));
             tests::SaveScreenshot(*m_dialog, scale.isEmpty() ? shot : shot + QStringLiteral("-at-") + scale);
