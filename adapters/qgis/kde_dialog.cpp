@@ -5,6 +5,7 @@
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -63,7 +64,7 @@ QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
 /// Text in lines, never cut: layouts give a wrapped label less height than it needs where room is short.
 class WrappedLabel final : public QLabel {
 public:
-    void NeedHeight() { setMinimumHeight(heightForWidth(width())); }
+    void NeedHeight() { setMinimumHeight(std::max(0, heightForWidth(width()))); }
 
 protected:
     void resizeEvent(QResizeEvent* event) override {
