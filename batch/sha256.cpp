@@ -63,6 +63,11 @@ void Sha256::Block(const unsigned char* block) {
 void Sha256::Add(std::string_view bytes) {
     m_bytes += bytes.size();
     while (!bytes.empty()) {
+        if (m_waitingCount == 0 && bytes.size() >= kBlock) {
+            Block(static_cast<const unsigned char*>(static_cast<const void*>(bytes.data())));
+            bytes.remove_prefix(kBlock);
+            continue;
+        }
         const std::size_t taken = std::min(bytes.size(), kBlock - m_waitingCount);
         std::transform(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(taken),
                        m_waiting.begin() + static_cast<std::ptrdiff_t>(m_waitingCount),
