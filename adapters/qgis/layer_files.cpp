@@ -34,7 +34,7 @@ fs::path shapefile_of(const QgsVectorLayer& layer) {
 std::unique_ptr<files::IRowEditor> file_editor_of(const QgsVectorLayer& layer) {
     const fs::path shapefile = shapefile_of(layer);
     if (shapefile.empty()) return nullptr;
-    files::OgrSource source(shapefile, {});
+    files::OgrSource source(shapefile, {}, files::Sources::kAny);
     return std::make_unique<files::ShapefileEditor>(shapefile, files::table_encoding(source.Layer()));
 }
 

@@ -15,7 +15,12 @@ using Names = std::vector<std::string>;
 
 Layer layer(const std::string& name, LayerClass kind, ShapeType shape = ShapeType::kNull,
             FeatureType features = FeatureType::kSimple) {
-    return {name, kind, shape, features, nullptr, nullptr};
+    platform::Layer layer;
+    layer.Name = name;
+    layer.Class = kind;
+    layer.Shape = shape;
+    layer.Features = features;
+    return layer;
 }
 
 /// One layer of every class, some of them in groups.
