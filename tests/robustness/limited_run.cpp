@@ -50,8 +50,8 @@ void set_limit(int what, rlim_t value) {
 
 }  // namespace
 
-bool memory_is_measured() {
-    return !kSanitized;
+bool is_sanitized() {
+    return kSanitized;
 }
 
 LimitedRun run_limited(const std::vector<std::string>& arguments, const std::filesystem::path& folder) {

@@ -20,7 +20,7 @@ struct LimitedRun {
 /// sanitizers, which take more for themselves). `folder` holds its output meanwhile.
 LimitedRun run_limited(const std::vector<std::string>& arguments, const std::filesystem::path& folder);
 
-/// Whether memory figures mean anything in this build.
-bool memory_is_measured();
+/// Whether this build has a sanitizer, which takes time and memory for itself.
+bool is_sanitized();
 
 }  // namespace wxl::tests
