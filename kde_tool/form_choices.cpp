@@ -46,6 +46,7 @@ void set_output(const FormChoices& choices, frmKDE& form) {
     }
     if (choices.CellSize) form.txtCellSize.Text = *choices.CellSize;
     if (choices.Scaling) form.txtScaling.Text = *choices.Scaling;
+    if (choices.Html) form.chkHtml.Value = 1;
 }
 
 void set_isopleths(const FormChoices& choices, frmKDE& form) {

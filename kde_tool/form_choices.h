@@ -22,6 +22,7 @@ struct FormChoices {
     bool Polygons = false;
     bool Donuts = false;
     bool VerboseLog = false;
+    bool Html = false;  ///< the page of the results
     std::string RasterFormat = "GRID";
 };
 

@@ -36,7 +36,7 @@ AboutDialog::AboutDialog(host::frmAbout& form, QWidget* parent) : QDialog(parent
     layout->addWidget(text, 1);
     layout->addLayout(buttons);
     m_binder.Refresh();
-    resize(520, 380);
+    resize(560, 460);
 }
 
 }  // namespace wxl::qgis

@@ -137,6 +137,9 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setAlternatingRowColors(true);
     widget.verticalHeader()->setVisible(false);
+    const int rowHeight = widget.fontMetrics().height() + 6;
+    widget.verticalHeader()->setMinimumSectionSize(rowHeight);
+    widget.verticalHeader()->setDefaultSectionSize(rowHeight);
     widget.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     if (chosen) {
         widget.setSelectionBehavior(QAbstractItemView::SelectRows);

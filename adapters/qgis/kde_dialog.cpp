@@ -12,6 +12,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -206,10 +207,11 @@ QWidget* KdeDialog::BandwidthPage() {
     m_binder.Bind(*proportion, m_form.optPropHref, "optPropHref", [this] { m_form.optPropHref_Click(); });
     m_binder.Bind(*proportions, m_form.txtPropHref, "txtPropHref");
     m_binder.Bind(*table, m_form.datagridHref, "datagridHref", [this] { m_form.datagridHref_Click(); });
+    // Three animals and the heading, also where the plot wants the room.
+    table->setMinimumHeight(4 * table->verticalHeader()->defaultSectionSize() + 10);
     auto* plot = new ProfilePlotWidget;
     plot->setObjectName(QStringLiteral("plotProfile"));
     m_binder.AlsoRefresh([this, plot] { plot->Show(m_form.plotProfile); });
-    with_tip(table, "Reference bandwidth of every animal; the search of the chosen row is plotted below");
     auto* choices = new QGridLayout;
     choices->addWidget(lscv, 0, 0, 1, 3);
     choices->addWidget(bcv, 1, 0, 1, 3);
@@ -222,7 +224,8 @@ QWidget* KdeDialog::BandwidthPage() {
     choices->setColumnStretch(1, 1);
     auto* selection = new QVBoxLayout;
     selection->addLayout(choices);
-    selection->addWidget(with_tip(table, "The animal of the chosen row is plotted below"), 1);
+    selection->addWidget(
+        with_tip(table, "Reference bandwidth of every animal; the search of the chosen row is plotted below"), 1);
     selection->addWidget(plot, 3);
     return page_of({frame("Bandwidth Selection", selection)}, false);
 }

@@ -73,7 +73,7 @@ protected:
     /// No page needs more room than a screen of 1280 x 900 has, and no text is cut. Keeps a picture of every page.
     void CheckPages(const char* name) {
         const std::array<const char*, 4> pages = {"input-data", "kernel-settings", "bandwidth", "output-options"};
-        const QString scale = QString::fromUtf8(qgetenv("QT_SCALE_FACTOR"));
+        const QString scale = QString::fromUtf8(qgetenv("QT_SCALE_FACTOR") + qgetenv("QT_SCREEN_SCALE_FACTORS"));
         for (int page = 0; page < 4; ++page) {
             ShowPage(page);
             QTest::qWait(100);
@@ -174,7 +174,13 @@ TEST_F(KdeDialogTest, Changing_the_page_fills_variances_and_bandwidths) {
 TEST_F(KdeDialogTest, Nothing_is_cut_off_on_any_page) {
     Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
     Find<QPushButton>("btnCalcIO").click();
+    ShowPage(2);
+    Find<QRadioButton>("optBE_LSCV").click();
+    ASSERT_EQ(Find<QStackedWidget>("plotProfile").currentWidget()->objectName(), "plotProfileCurve");
     CheckPages("kde");
+    EXPECT_GE(Find<QWidget>("plotProfileCurve").height(), 150) << "the plot can be read";
+    const auto& table = Find<QTableWidget>("datagridHref");
+    EXPECT_GE(table.viewport()->height(), 3 * table.rowHeight(0)) << "three animals stand above it";
 }
 
 TEST_F(KdeDialogTest, Nothing_is_cut_off_with_a_large_font_and_the_notice_of_degrees) {

@@ -60,15 +60,16 @@ std::string bytes_of(const fs::path& file) {
     return {std::istreambuf_iterator<char>(source), {}};
 }
 
-/// The files of a folder by their path in it. Reports are compared without the times of the run and their folder.
+/// The files of a folder by their path in it. Reports and pages are compared without the times of the run and
+/// their folder.
 std::map<std::string, std::string> contents_of(const fs::path& folder) {
     std::map<std::string, std::string> contents;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
         const std::string name = fs::relative(entry.path(), folder).string();
         if (!entry.is_regular_file() || name.front() == '.') continue;
         std::string bytes = bytes_of(entry.path());
-        if (entry.path().extension() == ".txt") {
-            bytes = std::regex_replace(bytes, std::regex("(Start|Finish) time: [^\r]*"), "");
+        if (const fs::path kind = entry.path().extension(); kind == ".txt" || kind == ".html") {
+            bytes = std::regex_replace(bytes, std::regex("(Start|Finish) time: [^\r]*|begun [^<]* finished [^<]*"), "");
             for (std::size_t at = bytes.find(folder.string()); at != std::string::npos;
                  at = bytes.find(folder.string()))
                 bytes.replace(at, folder.string().size(), "FOLDER");
@@ -181,7 +182,7 @@ TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
 TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     auto call = KernelCall("expected");
     call.insert(call.end(), {"--prefix", "W", "--bandwidth", "lscv", "--isopleths", "95,50", "--polygons", "--lines",
-                             "--independence", "--answer", "yes"});
+                             "--independence", "--html", "--answer", "yes"});
     Wxl(call);
     auto parameters = KernelParameters("actual");
     parameters[QStringLiteral("PREFIX")] = QStringLiteral("W");
@@ -190,6 +191,7 @@ TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     parameters[QStringLiteral("POLYGONS")] = true;
     parameters[QStringLiteral("LINES")] = true;
     parameters[QStringLiteral("INDEPENDENCE")] = true;
+    parameters[QStringLiteral("HTML")] = true;
     const QVariantMap results = Run("kerneldensity", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
     EXPECT_GT(contents_of(At("actual")).size(), 10U);
@@ -200,6 +202,9 @@ TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     EXPECT_EQ(results.value(QStringLiteral("ISOPLETHS")).toStringList().size(), 2 * animals);
     EXPECT_EQ(results.value(QStringLiteral("OUTPUT")).toString(), text_of(At("actual")));
     EXPECT_TRUE(fs::exists(results.value(QStringLiteral("REPORT")).toString().toStdString()));
+    EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), text_of(At("actual") / "WXL_KDE_ANALYSIS.html"));
+    EXPECT_EQ(contents_of(At("actual")).count("WXL_KDE_ANALYSIS.html"), 1U);
+    EXPECT_EQ(contents_of(At("actual")).count("WXL_KDE_SUMMARY.csv"), 1U);
     EXPECT_GT(m_feedback.Progress, 50.0);
     EXPECT_TRUE(m_feedback.Infos.contains(QStringLiteral("Processing complete."))) << m_feedback.Infos.toStdString();
 }
@@ -220,8 +225,9 @@ TEST_F(ProcessingTest, Kernel_run_with_other_choices_writes_the_bytes_of_the_com
     parameters[QStringLiteral("RASTER_FORMAT")] = 1;
     parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("50,95");
     parameters[QStringLiteral("DONUTS")] = true;
-    Run("kerneldensity", parameters);
+    const QVariantMap results = Run("kerneldensity", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), "");
 }
 
 TEST_F(ProcessingTest, Selected_fixes_give_the_bytes_of_a_condition) {
@@ -424,6 +430,34 @@ TEST_F(MovementProcessingTest, Fixes_of_the_same_time_are_an_error) {
 TEST_F(MovementProcessingTest, Cancelled_algorithm_gives_no_layer) {
     m_feedback.cancel();
     EXPECT_TRUE(Run("removeduplicates", Parameters()).isEmpty());
+}
+
+TEST_F(MovementProcessingTest, Cancel_in_the_middle_gives_no_layer_and_changes_nothing) {
+    {
+        std::ofstream track(At("long.csv"));
+        track << "animal,x,y,timestamp\n";
+        const auto two = [](int number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+        for (int i = 0; i < 3000; ++i)
+            track << "a," << 500000 + i << ",5800000,2018-05-" << 10 + i / 1440 << ' ' << two(i / 60 % 24) << ':'
+                  << two(i % 60) << ":00\n";
+    }
+    const std::string fixes = At("long.shp").string();
+    Wxl({"-q", "import", At("long.csv").string(), fixes, "--from-crs", "EPSG:32632"});
+    const auto before = contents_of(m_folder.Path());
+    for (const char* name : {"observationfields", "removeduplicates"}) {
+        TestFeedback feedback;
+        feedback.CancelAt = 10.0;
+        const QgsProcessingAlgorithm* algorithm =
+            QgsApplication::processingRegistry()->algorithmById(QStringLiteral("wxltools:") + QLatin1String(name));
+        ASSERT_NE(algorithm, nullptr);
+        const QVariantMap results = algorithm->run({{QStringLiteral("INPUT"), QString::fromStdString(fixes)},
+                                                    {QStringLiteral("OUTPUT"), text_of(At("out.gpkg"))}},
+                                                   m_context, &feedback, nullptr, {}, false);
+        EXPECT_TRUE(feedback.isCanceled()) << name << ": it was running";
+        EXPECT_LT(feedback.Progress, 90.0) << name << ": it went no further";
+        EXPECT_TRUE(results.isEmpty()) << name;
+        EXPECT_EQ(contents_of(m_folder.Path()), before) << name;
+    }
 }
 
 // Two layers one after the other with one algorithm object, as a batch does.

@@ -5,6 +5,7 @@
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/run_preparation.h"
 #include "platform/text.h"
+#include "results_page/results_page.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -103,7 +104,8 @@ QString KernelDensityAlgorithm::shortHelpString() const {
     return QStringLiteral(
         "Estimates a utilization distribution for every animal of a point layer by a bivariate normal kernel, fixed or "
         "adaptive, and writes it as a raster into the output folder, with isopleths as shapefiles where asked for. The "
-        "folder also gets a report and a record of the settings. The files are those of the analysis dialog and of the "
+        "folder also gets a report, a summary table, a record of the settings and, where asked for, an HTML page with "
+        "maps. The files are those of the analysis dialog and of the "
         "command \"wxl kde\".\n\n"
         "The points must be projected: distances in degrees mean nothing.\n\n"
         "Bandwidth: the reference rule, least squares (LSCV) or biased (BCV) cross-validation, your own bandwidths in "
@@ -132,6 +134,7 @@ void KernelDensityAlgorithm::initAlgorithm(const QVariantMap&) {
         new QgsProcessingParameterFolderDestination(QStringLiteral("OUTPUT"), QStringLiteral("Output folder")),
         "A new or empty folder; made when it is not there"));
     addOutput(new QgsProcessingOutputFile(QStringLiteral("REPORT"), QStringLiteral("Report")));
+    addOutput(new QgsProcessingOutputHtml(QStringLiteral("PAGE"), QStringLiteral("HTML page of the results")));
     addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
     addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
     addOutput(
@@ -201,6 +204,9 @@ void KernelDensityAlgorithm::AddIsoplethParameters() {
 }
 
 void KernelDensityAlgorithm::AddRunParameters() {
+    addParameter(with_help(new QgsProcessingParameterBoolean(
+                               QStringLiteral("HTML"), QStringLiteral("Write an HTML page of the results"), false),
+                           "Puts a page with tables and pictures of all animals into the output folder"));
     addParameter(advanced(new QgsProcessingParameterBoolean(
         QStringLiteral("INDEPENDENCE"), QStringLiteral("Put the indices of independence into the report"), false)));
     addParameter(advanced(new QgsProcessingParameterBoolean(
@@ -296,6 +302,7 @@ kde_tool::FormChoices KernelDensityAlgorithm::Choices(const QVariantMap& paramet
     choices.Rescale = yes("RESCALE");
     choices.Independence = yes("INDEPENDENCE");
     choices.VerboseLog = yes("VERBOSE");
+    choices.Html = yes("HTML");
     choices.Lines = yes("LINES");
     choices.Polygons = yes("POLYGONS");
     choices.Donuts = yes("DONUTS");
@@ -327,7 +334,9 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     frmKDE form(session.Services(), session.Geodata());
     WrittenFiles written;
     form.Form_Load();
+    results_page::ResultsPage page(session.Services());
     form.AddObserver(written);
+    form.AddObserver(page);
     select_field(form, parameterAsString(parameters, QStringLiteral("ID_FIELD"), context));
     form.SetOutputFolder(FromQString(folder));
     kde_tool::Choose(choices, form);
@@ -358,6 +367,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
             context.addLayerToLoadOnCompletion(file, {QFileInfo(file).completeBaseName(), context.project()});
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("REPORT"), report_of(folder)},
+            {QStringLiteral("PAGE"), ToQString(page.Written().string())},
             {QStringLiteral("RASTERS"), written.Rasters},
             {QStringLiteral("ISOPLETHS"), written.Isopleths},
             {QStringLiteral("DISTRIBUTIONS"), written.Distributions},

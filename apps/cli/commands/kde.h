@@ -26,7 +26,6 @@ struct KdeOptions : kde_tool::FormChoices {
     std::string IdField;
     std::string Where;
     std::optional<std::string> Out;
-    bool Html = false;
     std::string Settings;
     std::string SaveSettings;
     std::size_t GroupBy = 0;

@@ -124,7 +124,6 @@ void fill_form(const KdeOptions& options, files::FilesFeatureLayer& layer, Optio
     load_settings(options, dialogs, form);
     set_folder(options, form);
     kde_tool::Choose(options, form);
-    if (options.Html) form.chkHtml.Value = 1;
     check_isopleth_kinds(form);
     if (!options.Where.empty()) {
         layer.SelectWhere(options.Where);

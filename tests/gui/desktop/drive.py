@@ -19,8 +19,9 @@ def kernel_density():
         tabs.setCurrentIndex(1)
         shoot(dialog, "desktop-kde-kernel")
         tabs.setCurrentIndex(2)
-        find(QRadioButton, "optBE_HREF").click()
+        find(QRadioButton, "optBE_LSCV").click()
         shoot(dialog, "desktop-kde-bandwidth")
+        find(QRadioButton, "optBE_HREF").click()
         tabs.setCurrentIndex(3)
         find(QLineEdit, "txtR").setText("W")
         find(QLineEdit, "txtCellSize").setText("100")
@@ -28,6 +29,7 @@ def kernel_density():
         find(QCheckBox, "chkBnds").click()
         find(QLineEdit, "txtBnds").setText("95,50")
         find(QCheckBox, "chkPolys").click()
+        find(QCheckBox, "chkHtml").click()
         shoot(dialog, "desktop-kde-output")
         find(QPushButton, "btnFolder").click()
         check(find(QLineEdit, "txtOutFolder").text() == SETUP["output"], "the chosen folder is shown")
@@ -124,9 +126,10 @@ def results_on_the_map():
 def main():
     iface.setActiveLayer(QgsProject.instance().mapLayersByName("fixes")[0])
     about()
+    canvas_picture()
+    shoot(iface.mainWindow(), "desktop-window")
     kernel_density()
     QApplication.processEvents()
-    shoot(iface.mainWindow(), "desktop-window")
     results_on_the_map()
 
 

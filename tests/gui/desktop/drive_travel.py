@@ -7,7 +7,7 @@ from qgis.core import QgsProject, QgsVectorLayer
 from qgis.PyQt.QtCore import QPoint, QRect, Qt, QTimer
 from qgis.PyQt.QtGui import QColor, QImage
 from qgis.PyQt.QtWidgets import (QAbstractButton, QApplication, QCheckBox, QDialogButtonBox, QLabel, QLineEdit,
-                                 QPushButton, QSlider)
+                                 QProgressBar, QPushButton, QSlider)
 
 GREY = QColor(223, 223, 223).rgb()
 RED = QColor(255, 0, 0).rgb()
@@ -64,13 +64,34 @@ def check_equals_the_command_line(layer, stage):
     print(f"{stage}: {len(actual)} rows equal those of the command line")
 
 
+def keep_picture_of_please_wait():
+    """Keeps a picture of the Please Wait window in the middle of a command; returns a list that has one entry then."""
+    kept = []
+
+    def look():
+        for window in QApplication.topLevelWidgets():
+            if kept or window.objectName() != "FrmPW" or not window.isVisible():
+                continue
+            bar = child(window, QProgressBar, "PBar")
+            if bar.value() > (bar.minimum() + bar.maximum()) / 3:
+                shoot(window, "desktop-please-wait")
+                kept.append(bar.value())
+
+    timer = QTimer(iface.mainWindow())
+    timer.timeout.connect(look)
+    timer.start(0)
+    return kept
+
+
 def movement_commands(layer):
     layer.startEditing()
     action("CalcOBS").trigger()
     check(boxes[-1][1] == 'The layer "fixes" is being edited. Please save or discard the edits and try again.', boxes)
     check(not layer.isModified(), "a layer in edit mode is left alone")
     layer.rollBack()
+    waiting = keep_picture_of_please_wait()
     action("CalcOBS").trigger()
+    check(len(waiting) == 1, "the Please Wait window shows its progress")
     check_equals_the_command_line(layer, "fields")
     for command, stage in (("RemoveDupsByTime2", "time2"), ("RemoveDupsByxy", "xy")):
         layer.selectAll()

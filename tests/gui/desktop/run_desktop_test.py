@@ -5,6 +5,7 @@ run_desktop_test.py WXL PLUGIN_FOLDER SCREENSHOT_FOLDER
 """
 import filecmp
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -12,12 +13,15 @@ import tempfile
 from launch_desktop import ROOT, SKIPPED, is_installed, run_in_desktop
 
 
+TIMES = re.compile(r"begun [^·<]* · finished [^<]*")
+
+
 def files_of(folder):
     return {p.relative_to(folder): p for p in sorted(folder.rglob("*")) if p.is_file() and not p.name.startswith(".")}
 
 
 def compare(expected, actual):
-    """Names of files that differ. Reports carry the time of the run in two lines, and the folder."""
+    """Names of files that differ. Reports carry the time of the run in two lines, pages in one, and the folder."""
     differing = []
     left, right = files_of(expected), files_of(actual)
     for name in sorted(set(left) | set(right)):
@@ -30,6 +34,11 @@ def compare(expected, actual):
                 texts.append([l for l in lines if not l.startswith(("Start time: ", "Finish time: "))])
             if texts[0] != texts[1]:
                 differing.append(f"{name}: " + str([p for p in zip(*texts) if p[0] != p[1]][:3]))
+        elif name.suffix == ".html":
+            pages = [TIMES.sub("", path.read_text(encoding="utf-8")).replace(str(folder), "FOLDER")
+                     for path, folder in ((left[name], expected), (right[name], actual))]
+            if pages[0] != pages[1]:
+                differing.append(f"{name}: " + str([p for p in zip(*(t.split("\n") for t in pages)) if p[0] != p[1]][:3]))
         elif not filecmp.cmp(left[name], right[name], shallow=False):
             differing.append(f"{name}: bytes differ")
     return differing
@@ -48,7 +57,7 @@ def main():
         actual.mkdir()
         subprocess.run([wxl, "-q", "kde", str(fixes), "--id-field", "animal", "--out", str(expected), "--prefix", "W",
                         "--cell-size", "100", "--bandwidth", "href", "--extent", "min", "--isopleths", "95,50",
-                        "--polygons", "--independence"], check=True, stdout=subprocess.DEVNULL)
+                        "--polygons", "--independence", "--html"], check=True, stdout=subprocess.DEVNULL)
         boxes = run_in_desktop("drive.py", fixes, plugins, shots, scratch, name="desktop", output=str(actual))
         if boxes is None:
             return 1
@@ -56,6 +65,9 @@ def main():
             print("unexpected message boxes:", boxes)
             return 1
         differing = compare(expected, actual)
+        for name in ("WXL_KDE_ANALYSIS.html", "WXL_KDE_SUMMARY.csv"):
+            if not (actual / name).is_file():
+                differing.append(f"{name}: not written")
         print("\n".join(differing) or f"{len(files_of(actual))} files of the desktop equal those of wxl kde")
         return 1 if differing else 0
 

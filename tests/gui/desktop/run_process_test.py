@@ -61,10 +61,10 @@ def main():
         expected, actual = scratch / "expected", scratch / "actual"
         subprocess.run([wxl, "-q", "kde", str(fixes), "--id-field", "animal", "--out", str(expected), "--cell-size",
                         "200", "--bandwidth", "bcv", "--extent", "min", "--isopleths", "95,50", "--polygons",
-                        "--answer", "yes"], check=True, stdout=subprocess.DEVNULL)
+                        "--html", "--answer", "yes"], check=True, stdout=subprocess.DEVNULL)
         said = process(scratch, "run", "wxltools:kerneldensity", "--", f"INPUT={fixes}", "ID_FIELD=animal",
                        "CELL_SIZE=200", "METHOD=2", "EXTENT_MODE=1", "ISOPLETHS=95,50", "POLYGONS=true",
-                       f"OUTPUT={actual}")
+                       "HTML=true", f"OUTPUT={actual}")
         check("DISTRIBUTIONS:" in said, said)
         differing = compare(expected, actual)
         check(not differing, "\n".join(differing))
