@@ -90,6 +90,20 @@ TEST_F(Commands, Clicks_before_OnCreate_are_reported) {
     EXPECT_TRUE(Presenter.Shown.empty());
 }
 
+TEST_F(Commands, Clicks_without_an_application_are_reported) {
+    host::clsKDETool kernel(Environment.Services, Presenter);
+    kernel.OnCreate(nullptr);
+    EXPECT_EQ(kernel.FocusMap(), nullptr);
+    EXPECT_EQ(kernel.Extension(), nullptr);
+    kernel.OnClick();
+    host::clsAbout about(Environment.Services, Presenter);
+    about.OnCreate(nullptr);
+    about.OnClick();
+    EXPECT_EQ(Messages.Texts(),
+              (Texts{"clsKDETool_OnClick sub Error number: 91", "clsAbout_OnClick sub Error number: 91"}));
+    EXPECT_TRUE(Presenter.Shown.empty());
+}
+
 TEST_F(Commands, The_about_box_tells_version_credits_citation_and_disclaimer) {
     Command("OVI.clsAbout")->OnClick();
     EXPECT_EQ(Presenter.Shown, Texts{"frmAbout"});

@@ -84,6 +84,14 @@ protected:
         return Layer->Features();
     }
 
+    /// Highlights a layer whose data cannot be opened.
+    void SelectUnreadableLayer() {
+        platform::Layer layer;
+        layer.Name = "gone";
+        layer.Feature = std::make_shared<memory::MemoryFeatureLayer>("gone", nullptr);
+        Application->Doc().SetSelectedLayer(layer);
+    }
+
     using Texts = std::vector<std::string>;
 
     memory::MemoryMessages Messages;

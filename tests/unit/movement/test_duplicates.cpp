@@ -276,6 +276,61 @@ TEST_F(Duplicates, Members_without_a_layer_report_under_their_own_labels) {
                      "find and remove dups sub Error number: 91", "Findandremovedups sub Error number: 91"}));
 }
 
+TEST_F(Duplicates, Without_an_application_or_a_readable_layer_the_commands_report) {
+    SelectUnreadableLayer();
+    ByTime.OnClick();
+    ByPlace.OnClick();
+    ByTime.OnCreate(nullptr);
+    ByPlace.OnCreate(nullptr);
+    ByTime.OnClick();
+    ByPlace.OnClick();
+    EXPECT_EQ(Messages.Texts(),
+              (Texts{"find and remove dups sub Error number: 91", "Findandremovedups sub Error number: 91",
+                     "find and remove dups sub Error number: 91", "Findandremovedups sub Error number: 91"}));
+    EXPECT_EQ(PleaseWait.Shown, 0);
+}
+
+TEST_F(Duplicates, A_pass_that_lacks_a_part_deletes_nothing) {
+    AddTimes({{0, 1.0}, {1, 1.0}});
+    const auto selection = Layer->Selection();
+    ByTime.CalcFeatures(selection->Find({}), nullptr);
+    ByPlace.CalcFeatures(selection->Find({}), nullptr);
+    Application->Doc().SetSelectedLayer(std::nullopt);
+    ByTime.CalcFeatures(selection->Find({}), selection);
+    ByPlace.CalcFeatures(selection->Find({}), selection);
+    EXPECT_EQ(Messages.Texts(), (Texts{"CalcFeatures sub Error number: 91", "Calcfeatures sub Error number: 91",
+                                       "CalcFeatures sub Error number: 91", "Calcfeatures sub Error number: 91"}));
+    EXPECT_EQ(selection->Count(), 2);
+}
+
+TEST_F(Duplicates, A_document_without_a_map_has_no_layer_by_name) {
+    Application->Doc().SetMap(nullptr);
+    EXPECT_EQ(ByTime.GetSelectionFrom2Layer("fixes"), nullptr);
+    EXPECT_EQ(ByPlace.GetSelectionFrom2Layer("fixes"), nullptr);
+    EXPECT_EQ(Messages.Texts(),
+              (Texts{"GetSelectionfromlayer sub Error number: 91", "Getselection sub Error number: 91"}));
+}
+
+TEST_F(Duplicates, Several_missing_times_are_one_report) {
+    AddTimes({{0, 1.0}, {1, kMissing}, {2, kMissing}, {3, 1.0}});
+    ByTime.OnClick();
+    EXPECT_EQ(Messages.Texts(), Texts{"CalcFeatures sub Error number: 13"});
+}
+
+TEST_F(Duplicates, Fixes_that_lack_one_coordinate_have_no_place) {
+    const double none = std::nan("");
+    AddPlaces({{1.0, none}, {1.0, none}, {none, 1.0}, {none, 1.0}, {1.0, 1.0}, {1.0, 1.0}});
+    ByPlace.OnClick();
+    EXPECT_EQ(Messages.Texts(), Texts{"Deleted 1 duplicate features"});
+    EXPECT_EQ(Layer->Selection()->Count(), 5);
+}
+
+TEST_F(Duplicates, A_window_that_was_never_shown_is_not_hidden) {
+    movement::FrmPW form(Host, PleaseWait);
+    form.Hide();
+    EXPECT_EQ(PleaseWait.Hidden, 0);
+}
+
 TEST_F(Duplicates, Selections_are_found_by_name) {
     AddTimes({{0, 1.0}, {1, 2.0}});
     EXPECT_EQ(ByTime.GetSelectionFrom2Layer("fixes")->Count(), 2);

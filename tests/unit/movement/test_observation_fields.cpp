@@ -279,6 +279,16 @@ TEST_F(ObservationFields, A_row_without_a_shape_is_an_error) {
     EXPECT_EQ(Messages.Last().Text, "CalcFeatures sub Error number: 91");
 }
 
+TEST_F(ObservationFields, A_first_row_without_a_shape_is_an_error_at_the_second) {
+    AddLayer({kTime2});
+    Layer->Features().Add(platform::Geometry(), {0.0});
+    Layer->Features().AddPoint(0, 0, {10.0});
+    ClickYes();
+    EXPECT_EQ(Messages.Last().Text, "CalcFeatures sub Error number: 91");
+    EXPECT_EQ(Number(0, "T_Cumul"), 0.0);
+    EXPECT_EQ(Layer->Features().ValueOf(1, "T_Cumul"), kMissing);
+}
+
 TEST_F(ObservationFields, More_than_32767_rows_fail_before_the_question) {
     auto& table = AddLayer({kTime2});
     for (int i = 0; i < 32768; ++i) table.AddPoint(i, 0, {static_cast<double>(i)});
@@ -386,6 +396,20 @@ TEST_F(ObservationFields, Selections_are_found_by_layer_and_by_name) {
     ASSERT_NE(Tool.GetSelectionFrom2Layer("fixes"), nullptr);
     EXPECT_EQ(Tool.GetSelectionFrom2Layer("FIXES"), nullptr);
     EXPECT_TRUE(Messages.Boxes().empty());
+}
+
+TEST_F(ObservationFields, Without_an_application_or_a_readable_layer_the_command_reports) {
+    SelectUnreadableLayer();
+    Tool.OnClick();
+    Tool.OnCreate(nullptr);
+    Tool.OnClick();
+    EXPECT_EQ(Messages.Texts(), (Texts{"calcobsfields sub Error number: 91", "calcobsfields sub Error number: 91"}));
+}
+
+TEST_F(ObservationFields, A_document_without_a_map_has_no_layer_by_name) {
+    Application->Doc().SetMap(nullptr);
+    EXPECT_EQ(Tool.GetSelectionFrom2Layer("fixes"), nullptr);
+    EXPECT_EQ(Messages.Texts(), Texts{"Getselectionfromlayer sub Error number: 91"});
 }
 
 TEST_F(ObservationFields, A_click_before_OnCreate_is_reported) {

@@ -122,6 +122,20 @@ TEST_F(TrackPlayer, A_last_object_id_beyond_16_bits_ends_the_tool) {
     EXPECT_EQ(Window.Shown, 1);
 }
 
+TEST_F(TrackPlayer, Without_an_application_or_a_readable_layer_the_command_reports) {
+    MOLE command(Services, Window);
+    command.OnCreate(nullptr);
+    command.OnClick();
+    EXPECT_EQ(command.getLastFID(), std::nullopt);
+    command.OnCreate(Application);
+    EXPECT_EQ(command.getLastFID(), std::nullopt);
+    SelectUnreadableLayer();
+    command.OnClick();
+    EXPECT_EQ(Messages.Texts(), (Texts{"Icommand_onclick sub Error number: 91", "getlastFID sub Error number: 91",
+                                       "getlastFID sub Error number: 91", "Icommand_onclick sub Error number: 91"}));
+    EXPECT_EQ(Window.Shown, 0);
+}
+
 TEST_F(TrackPlayer, A_click_before_OnCreate_is_reported) {
     MOLE command(Services, Window);
     command.OnClick();
@@ -345,6 +359,18 @@ TEST_F(TrackPlayer, The_map_pans_to_a_leg_that_ends_outside_the_view) {
     EXPECT_TRUE(Map().Pans().empty());
     Player.CmbStep_Click();
     EXPECT_EQ(Map().Pans(), std::vector<Point>{Place(2)});
+}
+
+TEST_F(TrackPlayer, Every_side_of_the_view_makes_the_map_pan_and_its_edges_do_not) {
+    const std::vector<Point> track = {{0, 0}, {-10, 0}, {10, 0}, {0, -10}, {0, 10}, {-11, 0}, {0, -11}, {0, 11}};
+    auto& table = AddLayer({});
+    for (const Point& place : track) table.AddPoint(place.X, place.Y);
+    Layer->SelectAll();
+    Map().SetView({-10, -10, 10, 10});
+    Load(7);
+    for (std::size_t i = 1; i < track.size(); ++i) Player.CmbStep_Click();
+    EXPECT_EQ(Map().Pans(), (std::vector<Point>{{-11, 0}, {0, -11}, {0, 11}}));
+    EXPECT_TRUE(Messages.Boxes().empty());
 }
 
 TEST_F(TrackPlayer, A_leg_looks_as_it_should) {
@@ -585,6 +611,39 @@ TEST_F(TrackPlayer, A_new_selection_without_a_point_layer) {
     EXPECT_EQ(Messages.Last().Text, "No more steps forward.");
 }
 
+TEST_F(TrackPlayer, A_new_selection_in_a_layer_of_lines) {
+    AddTrack({0, 1});
+    Load(1);
+    AddLayer({}, utm15(), ShapeType::kPolyline);
+    Player.SelectionChanged();
+    EXPECT_EQ(Messages.Texts(), Texts{"You must select a point layer and restart the Display Tracks Tool"});
+    EXPECT_TRUE(Player.Fixes().empty());
+    EXPECT_EQ(Player.GetSelectionFromActiveLayer(), nullptr);
+    EXPECT_EQ(Messages.Last().Text, kRestart);
+    EXPECT_EQ(Messages.Last().Title, "Display Tracks");
+}
+
+TEST_F(TrackPlayer, A_slider_without_fixes_shows_nothing) {
+    AddTrack({0, 1});
+    Load(1);
+    const std::string caption = Player.lblfix.Caption;
+    for (const std::int32_t position : {2, -1}) {
+        Player.Slider.Value = position;
+        Player.Slider_Change();
+    }
+    EXPECT_EQ(Player.lblfix.Caption, caption);
+    EXPECT_TRUE(Messages.Boxes().empty());
+}
+
+TEST_F(TrackPlayer, All_fixes_of_no_layer_ask_for_a_restart) {
+    AddTrack({0, 1});
+    Load(1);
+    Application->Doc().SetSelectedLayer(std::nullopt);
+    EXPECT_EQ(Player.getAndSelectAllFromActiveLayer(), nullptr);
+    EXPECT_EQ(Messages.Texts(), Texts{kRestart});
+    EXPECT_EQ(Messages.Last().Title, "Display Tracks");
+}
+
 TEST_F(TrackPlayer, An_empty_selection_asks_for_a_restart) {
     AddTrack({0, 1});
     Load(1);
@@ -648,6 +707,22 @@ TEST_F(TrackExport, The_drawn_legs_become_a_line_shapefile_on_the_map) {
     EXPECT_EQ(rows->NextFeature()->Shape().Parts, (std::vector<std::vector<Point>>{{Place(0), Place(1)}}));
     EXPECT_EQ(rows->NextFeature()->Shape().Parts, (std::vector<std::vector<Point>>{{Place(1), Place(2)}}));
     EXPECT_EQ(Dialogs.Shown().at(0).Filter, "Shapefiles (*.shp)|*.shp");
+}
+
+TEST_F(TrackExport, The_layer_of_the_track_itself_asks_for_no_restart) {
+    Draw({0, 1, 2});
+    Dialogs.WillChoose("/data/track");
+    int added = 0;
+    Map().SetOnAddDataset([&](const std::filesystem::path&) {
+        ++added;
+        Player.ContentsChanged();
+        Player.FocusMapChanged();
+        Player.SelectionChanged();
+    });
+    Player.CmdSaveTravel_Click();
+    EXPECT_EQ(added, 1);
+    EXPECT_TRUE(Messages.Boxes().empty());
+    EXPECT_EQ(Player.Slider.Value, 2);
 }
 
 TEST_F(TrackExport, A_cancelled_dialog_saves_nothing) {
