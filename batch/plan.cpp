@@ -261,7 +261,6 @@ Plan plan_of(const Json& json) {
     plan.Animals = animals_of(json.at("animals"), plan.Frame.Inputs.Prefix);
     plan.Tasks = tasks_of(json.at("tasks"), plan.DistributionCount());
     plan.ReportHead = texts_of(json.at("report_head"));
-    plan.Html = json.at("html").get<bool>();
     return plan;
 }
 
@@ -277,8 +276,7 @@ void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Pla
                 {"frame", json_of_frame(plan.Frame)},
                 {"tasks", json_of_tasks(plan.Tasks)},
                 {"animals", json_of_animals(plan.Animals)},
-                {"report_head", json_of_texts(plan.ReportHead)},
-                {"html", plan.Html}});
+                {"report_head", json_of_texts(plan.ReportHead)}});
 }
 
 Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output) {

@@ -64,7 +64,6 @@ struct Plan {
     std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
     std::vector<PlannedTask> Tasks;
     kde_tool::Lines ReportHead;
-    bool Html = false;  ///< a page of the results was asked for
 
     std::size_t ValueCount() const { return Frame.Values.size(); }
     std::size_t DistributionCount() const { return Animals.size() * ValueCount(); }

@@ -26,10 +26,12 @@ std::vector<kde_tool::DistributionEstimate> estimates_of(const kde_tool::Prepare
     const auto shared = kde_tool::estimate_frame(frame.Inputs, frame.LayerExtent, frame.Buffer, reference);
     const auto& animals = run.Animals.Animals;
     const auto hrefs = kde_tool::HrefRows(animals);
-    const auto spreads = kde_tool::VarianceRows(animals);
+    // Only a rescaled bandwidth asks for them.
+    const bool rescale = frame.Inputs.Rescale;
+    const auto spreads = rescale ? kde_tool::VarianceRows(animals) : std::vector<kde_tool::VarianceRow>(animals.size());
     std::vector<kde_tool::DistributionEstimate> estimates;
     for (std::size_t i = 0; i < animals.size(); ++i) {
-        const double href = kde_tool::applied_href(hrefs[i], spreads[i], frame.Inputs.Rescale);
+        const double href = kde_tool::applied_href(hrefs[i], spreads[i], rescale);
         for (const double value : frame.Values)
             estimates.push_back(kde_tool::estimate(shared, animals[i], href, value));
     }
@@ -175,7 +177,6 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
     check_names_are_free(services, plan, run.Frame.Folder);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;
-    plan.Html = wishes.Html;
     remove_batch(services, run.Frame.Folder);
     make_folders(services, batch, run);
     write_point_store(*services.Files, batch.Points(), run.Animals.Animals);

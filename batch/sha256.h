@@ -1,4 +1,6 @@
 #pragma once
+#include "batch/sha256_blocks.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,10 +19,8 @@ public:
     std::string Digest();
 
 private:
-    void Block(const unsigned char* block);
-
-    std::array<std::uint32_t, 8> m_state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                            0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    Sha256State m_state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                           0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
     std::array<unsigned char, 64> m_waiting{};
     std::size_t m_waitingCount = 0;
     std::uint64_t m_bytes = 0;

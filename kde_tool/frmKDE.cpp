@@ -169,10 +169,22 @@ platform::Layer frmKDE::PointLayer() const {
 }
 
 GroupedFixes frmKDE::ReadFixes() const {
+    if (m_kept && m_kept->Choice == ChosenFixes()) return m_kept->Fixes;
     const platform::Layer layer = PointLayer();
     if (cmbUIDFLD.Text().empty())
         platform::Raise(platform::error_number::kObjectNotSet, "No unique animal ID field is chosen.");
     return GroupFixes(*layer.Feature, cmbUIDFLD.Text(), chkUseSel.Value != 0);
+}
+
+GroupedFixes frmKDE::TakeFixes() {
+    if (!m_kept || m_kept->Choice != ChosenFixes()) return ReadFixes();
+    GroupedFixes fixes = std::move(m_kept->Fixes);
+    m_kept.reset();
+    return fixes;
+}
+
+frmKDE::FixesChoice frmKDE::ChosenFixes() const {
+    return {cmbPntL.Text(), cmbUIDFLD.Text(), chkUseSel.Value != 0};
 }
 
 bool frmKDE::LayerInMap(const std::string& name) const {
@@ -190,17 +202,19 @@ void frmKDE::ClearTables() {
     m_hrefs.clear();
     m_largestHref = 0.0;
     m_plotted.reset();
+    m_kept.reset();
     ShowProfile(nullptr);
 }
 
 void frmKDE::SSTab1_Click(int previousTab) {
     if (previousTab == SSTab1.Current || cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) return;
     Shielded([&] {
-        const GroupedFixes fixes = ReadFixes();
+        GroupedFixes fixes = TakeFixes();
         FillVarianceTable(fixes);
         FillHrefTable(fixes);
         m_plotted.reset();
         ShowProfile(&fixes);
+        if (KeepsFixes) m_kept = KeptFixes{ChosenFixes(), std::move(fixes)};
     });
 }
 

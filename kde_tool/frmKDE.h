@@ -42,6 +42,9 @@ public:
     /// The SQL condition by which the selected fixes were chosen; "" where there is none.
     std::string Where;
 
+    /// The layer and its selection do not change while the form is open: the fixes that a page read serve the run too.
+    bool KeepsFixes = false;
+
     /// A run spreads its datasets over sub-folders of the output folder, one for every so many animals; 0: it does not.
     std::size_t AnimalsPerSubfolder = 0;
 
@@ -159,7 +162,8 @@ public:
     void btnLoadSettings_Click();
     void btnFolder_Click();
 
-    /// Closes the form. During a run it asks whether to stop that instead, which happens after the present distribution.
+    /// Closes the form. During a run it asks whether to stop that instead, which happens after the present
+    /// distribution.
     void btnExit_Click();
 
     /// Runs the batch analysis. Nothing while a run is in progress.
@@ -198,6 +202,9 @@ public:
 
     /// The points of the chosen layer by the chosen ID field; RuntimeError when either is missing.
     GroupedFixes ReadFixes() const;
+
+    /// ReadFixes for the run, which keeps them: hands over what a visit of a page kept.
+    GroupedFixes TakeFixes();
 
     /// Fills the independence table.
     void FillIndependenceTable(const GroupedFixes& fixes);
@@ -257,6 +264,20 @@ private:
         friend bool operator==(const PlottedSearch&, const PlottedSearch&) = default;
     };
 
+    /// What decides which fixes are read.
+    struct FixesChoice {
+        std::string Layer;
+        std::string IdField;
+        bool SelectedOnly;
+        friend bool operator==(const FixesChoice&, const FixesChoice&) = default;
+    };
+
+    struct KeptFixes {
+        FixesChoice Choice;
+        GroupedFixes Fixes;
+    };
+
+    FixesChoice ChosenFixes() const;
     void ShowProfile(const GroupedFixes* fixes);
     std::optional<PlottedSearch> SearchToPlot();
     ProfilePlot PlotChosenAnimal(const PlottedSearch& search, const GroupedFixes* fixes) const;
@@ -282,6 +303,7 @@ private:
     std::vector<IndependenceRow> m_independence;
     std::vector<VarianceRow> m_variances;
     std::vector<HrefRow> m_hrefs;
+    std::optional<KeptFixes> m_kept;
 };
 
 }  // namespace wxl::kde_tool

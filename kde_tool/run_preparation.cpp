@@ -134,7 +134,7 @@ bool RunPreparation::ParseLists() {
 
 bool RunPreparation::GroupAnimals() {
     m_stages.Stage("Reading points...");
-    m_animals = m_form.ReadFixes();
+    m_animals = m_form.TakeFixes();
     if (m_animals.NullGeometry) {
         Refuse(
             "Error: null geometry detected in point layer. Please correct or remove these null geometries before "

@@ -43,18 +43,23 @@ def make_study(folder, name, animals, fixes, text_ids=False, lonely=()):
     return layer
 
 
-def timeless(report):
-    return re.sub(rb"(Start|Finish) time: [^\r]*", rb"\1 time:", report)
+def timeless(name, text):
+    """A report, or its page, without the times of the run."""
+    if name == "WXL_KDE_ANALYSIS.txt":
+        return re.sub(rb"(Start|Finish) time: [^\r]*", rb"\1 time:", text)
+    if name == "WXL_KDE_ANALYSIS.html":
+        return re.sub(rb"(begun|finished) \d+/\d+/\d+ \d+:\d+:\d+ [AP]M", rb"\1", text)
+    return text
 
 
 def snapshot(folder):
-    """Bytes of every file of an output folder by its name, the batch's own folder left out, the report without times."""
+    """Bytes of every file of an output folder by its name but the batch's own folder; report and page without times."""
     found = {}
     folder = pathlib.Path(folder)
     for file in sorted(folder.rglob("*")):
         name = str(file.relative_to(folder))
         if file.is_file() and not name.startswith("wxl_batch/"):
-            found[name] = timeless(file.read_bytes()) if file.name == "WXL_KDE_ANALYSIS.txt" else file.read_bytes()
+            found[name] = timeless(file.name, file.read_bytes())
     return found
 
 

@@ -83,6 +83,11 @@ class Splits(BatchTest):
         self.check(self.numbers, SMALL + ["--bandwidth", "120,200", "--extent", "full:100", "--answer", "buffer=yes",
                                           "--rescale", "--raster-format", "GTiff"])
 
+    def test_a_page_of_the_results(self):
+        self.check(self.numbers, SMALL + ISOPLETHS + ["--bandwidth", "lscv", "--extent", "min", "--html"])
+        page = (self.out / "WXL_KDE_ANALYSIS.html").read_text(encoding="utf-8")
+        self.assertRegex(page, r"begun \d+/\d+/\d+ ")
+
     def test_the_extent_of_a_raster(self):
         reference = self.folder / "reference"
         wxl("kde", self.numbers, *SMALL, "--extent", "full:500", "--answer", "buffer=no", "--out", reference)

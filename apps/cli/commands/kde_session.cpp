@@ -49,6 +49,7 @@ KdeSession::KdeSession(const KdeOptions& options, Console& console)
     m_services.Host = &m_host;
     m_services.Dialogs = &m_dialogs;
     m_form.emplace(m_services, m_session.Geodata());
+    m_form->KeepsFixes = true;
     m_host.Watch(*m_form);
     fill_form(options, *m_layer, m_dialogs, *m_form);
 }

@@ -4,6 +4,8 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
+#include <vector>
 
 namespace wxl::batch {
 namespace {
@@ -31,6 +33,21 @@ TEST(Sha256, Is_the_same_however_the_bytes_are_cut) {
         hash.Add(std::string_view(bytes).substr(0, cut));
         hash.Add(std::string_view(bytes).substr(cut));
         EXPECT_EQ(hash.Digest(), digest_of(bytes)) << cut;
+    }
+}
+
+TEST(Sha256, Is_the_same_with_and_without_the_instructions_of_the_processor) {
+    std::mt19937 chance(7);
+    for (std::size_t count = 0; count < 40; ++count) {
+        std::vector<unsigned char> blocks(count * kSha256Block);
+        for (unsigned char& byte : blocks) byte = static_cast<unsigned char>(chance());
+        Sha256State begin = {};
+        for (std::uint32_t& word : begin) word = static_cast<std::uint32_t>(chance());
+        Sha256State fast = begin;
+        Sha256State plain = begin;
+        add_blocks(fast, blocks.data(), count);
+        add_blocks_anywhere(plain, blocks.data(), count);
+        EXPECT_EQ(fast, plain) << count;
     }
 }
 

@@ -160,6 +160,37 @@ TEST_F(TheTables, Tables_follow_the_layer_when_its_points_have_changed) {
     EXPECT_EQ(form.datagridVar.Rows[0][1], "2");
 }
 
+TEST_F(TheTables, A_form_that_keeps_its_fixes_reads_the_layer_once_for_a_choice) {
+    OpenWithTwoAnimals();
+    form.KeepsFixes = true;
+    ChooseField("Animal");
+    GoToPage(1);
+    const std::size_t before = form.ReadFixes().Animals.size();
+    layers[0]->Features().AddPoint(6, 6, {std::int64_t{33}});
+    EXPECT_EQ(form.ReadFixes().Animals.size(), before);
+    EXPECT_EQ(form.TakeFixes().Animals.size(), before);
+    EXPECT_EQ(form.TakeFixes().Animals.size(), before + 1);
+}
+
+TEST_F(TheTables, Kept_fixes_are_dropped_when_layer_field_or_selection_change) {
+    OpenWithTwoAnimals();
+    form.KeepsFixes = true;
+    ChooseField("Animal");
+    GoToPage(1);
+    const std::size_t before = form.ReadFixes().Animals.size();
+    layers[0]->Features().AddPoint(6, 6, {std::int64_t{33}});
+    form.chkUseSel.Value = 1;
+    EXPECT_EQ(form.ReadFixes().Animals.size(), 0U);
+    form.chkUseSel.Value = 0;
+    EXPECT_EQ(form.ReadFixes().Animals.size(), before);
+    form.chkUseSel_Click();
+    EXPECT_EQ(form.ReadFixes().Animals.size(), before + 1);
+    GoToPage(2);
+    layers[0]->Features().AddPoint(6, 6, {std::int64_t{44}});
+    ChooseField("Animal");
+    EXPECT_EQ(form.ReadFixes().Animals.size(), before + 2);
+}
+
 TEST_F(TheTables, A_fault_while_filling_shows_its_description) {
     OpenWithTwoAnimals();
     ChooseField("Animal");
