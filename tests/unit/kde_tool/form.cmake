@@ -4,6 +4,7 @@ wxl_test(
   SOURCES
   test_animal_fixes.cpp
   test_independence.cpp
+  test_run_estimate.cpp
   test_statistics_tables.cpp
   DEPENDS
   wxl_kde_tool

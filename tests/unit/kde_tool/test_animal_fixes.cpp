@@ -1,6 +1,5 @@
-#include "kde_tool/animal_fixes.h"
-
 #include "adapters/memory/memory_map.h"
+#include "kde_tool/animal_fixes.h"
 #include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
@@ -120,6 +119,25 @@ TEST(GroupFixes, A_whole_number_and_the_same_decimal_number_are_one_animal) {
 
 TEST(GroupFixes, An_empty_layer_has_no_animals) {
     EXPECT_TRUE(GroupFixes(*point_layer(FieldType::kText), "ID", false).Animals.empty());
+}
+
+TEST(GroupFixes, A_layer_whose_data_cannot_be_opened_is_an_object_not_set) {
+    MemoryFeatureLayer gone("gone", nullptr);
+    for (const bool selectedOnly : {false, true}) {
+        try {
+            GroupFixes(gone, "ID", selectedOnly);
+            FAIL();
+        } catch (const platform::RuntimeError& error) {
+            EXPECT_EQ(error.Number, 91);
+        }
+    }
+}
+
+TEST(GroupFixes, Dates_get_naming_ids_as_texts_do) {
+    EXPECT_TRUE(IsTextId(FieldType::kText));
+    EXPECT_TRUE(IsTextId(FieldType::kDate));
+    EXPECT_FALSE(IsTextId(FieldType::kInteger));
+    EXPECT_FALSE(IsTextId(FieldType::kDouble));
 }
 
 TEST(GroupFixes, A_field_that_is_not_there_is_named_in_the_fault) {
