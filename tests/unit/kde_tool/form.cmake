@@ -16,6 +16,7 @@ wxl_test(
   test_frmKDE_degrees.cpp
   test_frmKDE_profile.cpp
   test_frmKDE_statistics.cpp
+  test_form_choices.cpp
   test_settings_file.cpp
   DEPENDS
   wxl_kde_tool
