@@ -1,5 +1,4 @@
 #include "kde_tool/run_plan.h"
-
 #include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
@@ -184,6 +183,11 @@ TEST(RunPlan, Overlap_needs_both_coordinates_equal) {
     EXPECT_TRUE(has_overlap(std::vector<platform::Point>{{1, 2}, {5, 3}, {0, 9}, {1, 2}}));
     EXPECT_TRUE(has_overlap(std::vector<platform::Point>{{0.0, 1}, {-0.0, 1}}));
     EXPECT_FALSE(has_overlap({}));
+    std::vector<platform::Point> many;
+    for (int i = 0; i < 1000; ++i) many.push_back({0.25 * (i % 40), 0.25 * (i / 40)});
+    EXPECT_FALSE(has_overlap(many));
+    many.push_back(many[500]);
+    EXPECT_TRUE(has_overlap(many));
 }
 
 TEST(RunPlan, Overlap_question_joins_ids_with_two_blanks) {
