@@ -14,6 +14,7 @@
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
 #include <QPointer>
+#include <span>
 
 namespace wxl::qgis {
 
@@ -94,6 +95,21 @@ QgsFeatureRequest request_of(const QgsVectorLayer& layer, const platform::Search
     return request;
 }
 
+/// Asks for the rows of these ids (ascending), and perhaps for others between them. A list of ids costs a GeoPackage
+/// one query for each row, a range of its key costs one for all; ids far apart would read too many others.
+void ask_for_rows(const QgsVectorLayer& layer, std::span<const QgsFeatureId> ids, QgsFeatureRequest& request) {
+    const QgsAttributeList keys = layer.primaryKeyAttributes();
+    const auto span = static_cast<std::uint64_t>(ids.back()) - static_cast<std::uint64_t>(ids.front());
+    if (layer.isEditable() || layer.storageType() != QLatin1String("GPKG") || keys.size() != 1 ||
+        span / 4 > ids.size()) {
+        request.setFilterFids(QgsFeatureIds(ids.begin(), ids.end()));
+        return;
+    }
+    request.setFilterExpression(QStringLiteral("%1 >= %2 AND %1 <= %3")
+                                    .arg(QgsExpression::quotedColumnRef(layer.fields().at(keys.front()).name()),
+                                         QString::number(ids.front()), QString::number(ids.back())));
+}
+
 class QgisCursor final : public platform::IFeatureCursor {
 public:
     QgisCursor(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
@@ -157,13 +173,13 @@ private:
     bool FetchBlock() {
         if (m_next == m_ids.size()) return false;
         const std::size_t end = std::min(m_ids.size(), m_next + kBlock);
-        QgsFeatureIds block;
-        for (; m_next < end; ++m_next) block.insert(m_ids[m_next]);
+        const std::span<const QgsFeatureId> block(m_ids.data() + m_next, end - m_next);
+        m_next = end;
         // A request has one filter only: the ids filter, and the query is tested row by row.
         QgsFeatureRequest request(m_request);
         const std::unique_ptr<QgsExpression> where(
             m_request.filterExpression() ? new QgsExpression(*m_request.filterExpression()) : nullptr);
-        request.setFilterFids(block);
+        ask_for_rows(m_pass->Open(), block, request);
         QgsExpressionContext context;
         context.appendScope(new QgsExpressionContextScope());
         context.setFields(m_pass->Open().fields());
@@ -171,6 +187,7 @@ private:
         QgsFeatureIterator rows = m_pass->Open().getFeatures(request);
         QgsFeature feature;
         while (rows.nextFeature(feature)) {
+            if (!std::binary_search(block.begin(), block.end(), feature.id())) continue;
             context.setFeature(feature);
             if (!where || where->evaluate(&context).toBool()) m_block.push_back(feature);
         }

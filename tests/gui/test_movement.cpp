@@ -15,6 +15,7 @@
 #include "tests/contract/vector_files.h"
 #include "tests/support/scratch_folder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -269,6 +270,35 @@ TEST_P(MovementInQgis, The_map_and_its_selection_show_the_deletions) {
     EXPECT_NE(Canvas.grab().toImage(), before) << "the deleted fix is off the map";
     for (const QgsFeatureId id : layer.selectedFeatureIds()) EXPECT_TRUE(layer.getFeature(id).isValid()) << id;
     EXPECT_EQ(layer.featureCount(), 2);
+}
+
+TEST_P(MovementInQgis, A_selection_is_walked_by_number_without_the_rows_between) {
+    std::vector<contract::Row> rows;
+    for (std::int64_t i = 0; i < 200; ++i)
+        rows.push_back({Geometry::OfPoint({500000.0 + static_cast<double>(i), 5800000.0 + static_cast<double>(i)}),
+                        {i % 2, std::string("a")}});
+    QgsVectorLayer& layer = Open(rows);
+    const QgsFeatureIds all = layer.allFeatureIds();
+    std::vector<QgsFeatureId> ids(all.begin(), all.end());
+    std::sort(ids.begin(), ids.end());
+    ASSERT_EQ(ids.size(), 200U);
+    // Rows: one of two, three that lie far apart, one alone; and in each how many have the Time2 0 (the even rows).
+    const std::vector<std::pair<std::vector<std::size_t>, std::size_t>> selections = {
+        {{10, 12, 13, 15, 17}, 2}, {{0, 99, 199}, 1}, {{42}, 1}};
+    for (const auto& [selected, even] : selections) {
+        std::vector<QgsFeatureId> expected;
+        for (const std::size_t row : selected) expected.push_back(ids[row]);
+        layer.selectByIds(QgsFeatureIds(expected.begin(), expected.end()));
+        QgisSelectionSet selection(layer);
+        std::vector<QgsFeatureId> walked;
+        const auto cursor = selection.Find({});
+        while (const auto row = cursor->NextFeature()) walked.push_back(row->OID());
+        EXPECT_EQ(walked, expected);
+        std::size_t met = 0;
+        const auto query = selection.Find({.Where = AttributeQuery{"Time2 = 0", "Time2", std::int64_t{0}}});
+        while (query->NextFeature()) ++met;
+        EXPECT_EQ(met, even);
+    }
 }
 
 TEST_P(MovementInQgis, A_layer_in_edit_mode_is_left_alone) {
