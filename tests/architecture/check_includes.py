@@ -31,7 +31,7 @@ ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
     # A new shapefile is gathered in memory before it is written.
     "adapters/files": {"platform", "adapters/files", "adapters/memory"},
-    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "utilities", "adapters/files", "adapters/qgis"},
+    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/files", "adapters/qgis"},
 }
 SOURCES = {".h", ".cpp"}
 
