@@ -14,6 +14,7 @@ class QgisEnvironment final : public testing::Environment {
 public:
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QGIS_PREFIX_PATH", "/usr");  // else QGIS looks for its providers beside the test program
         m_application =
             std::make_unique<QgsApplication>(m_argc, m_argv, true, QString::fromStdString(m_profile.Path().string()));
         QgsApplication::init(QString::fromStdString(m_profile.Path().string()));

@@ -155,6 +155,38 @@ protected:
     TestFeedback m_feedback;
 };
 
+TEST_F(ProcessingTest, A_layer_of_delimited_text_gives_the_rasters_of_the_same_fixes) {
+    const QgsVectorLayer shapefile(QString::fromStdString(Fixes()), QStringLiteral("fixes"), QStringLiteral("ogr"));
+    {
+        std::ofstream table(At("fixes.csv"));
+        table.precision(17);
+        table << "animal,x,y\n";
+        QgsFeatureIterator rows = shapefile.getFeatures();
+        for (QgsFeature row; rows.nextFeature(row);)
+            table << row.attribute(QStringLiteral("animal")).toString().toStdString() << ','
+                  << row.geometry().asPoint().x() << ',' << row.geometry().asPoint().y() << '\n';
+    }
+    auto* text = new QgsVectorLayer(
+        QStringLiteral("file://") + text_of(At("fixes.csv")) + QStringLiteral("?xField=x&yField=y&crs=EPSG:32633"),
+        QStringLiteral("text"), QStringLiteral("delimitedtext"));
+    ASSERT_TRUE(text->isValid());
+    ASSERT_EQ(text->featureCount(), 1001);
+    QgsProject::instance()->addMapLayer(text);
+    m_context.setProject(QgsProject::instance());
+
+    Run("kerneldensity", KernelParameters("from_shapefile"));
+    QVariantMap parameters = KernelParameters("from_text");
+    parameters[QStringLiteral("INPUT")] = text->id();
+    Run("kerneldensity", parameters);
+
+    auto expected = contents_of(At("from_shapefile"));
+    auto given = contents_of(At("from_text"));
+    expected.erase("WXL_KDE_ANALYSIS.txt");
+    given.erase("WXL_KDE_ANALYSIS.txt");
+    EXPECT_EQ(expected.size(), 4U * 6U + 2U);  // GRIDs of four animals, summary, settings
+    EXPECT_EQ(given, expected);
+}
+
 TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
     const QgsProcessingProvider* provider =
         QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools"));
