@@ -24,11 +24,8 @@ DbfColumn column_of(const std::string& descriptor) {
     column.Type = descriptor[11];
     column.Width = static_cast<unsigned char>(descriptor[16]);
     column.Decimals = static_cast<unsigned char>(descriptor[17]);
-    if (column.Type == 'C') {
-        // Long texts keep the upper byte of their width where numbers have their decimals.
-        column.Width += 256U * static_cast<std::size_t>(column.Decimals);
-        column.Decimals = 0;
-    }
+    // Some programs keep the upper byte of a text's width here, others a format; readers take it for neither.
+    if (column.Type == 'C') column.Decimals = 0;
     return column;
 }
 

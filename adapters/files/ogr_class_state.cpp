@@ -37,6 +37,13 @@ bool is_finite(const Geometry& shape) {
            });
 }
 
+/// Empty: all.
+std::vector<std::string> columns_asked_for(const platform::Search& search) {
+    std::vector<std::string> columns = search.Fields;
+    if (search.Where && !columns.empty()) columns.push_back(search.Where->Field);
+    return columns;
+}
+
 }  // namespace
 
 Pass::~Pass() {
@@ -75,6 +82,7 @@ void OgrFeatureClass::State::Load() {
         Raise(error_number::kDeviceIo,
               (m_isShapefile ? part_of(m_path, "prj") : m_path).string() +
                   " holds no coordinate system that can be read: correct it, or take it out to go on without one.");
+    m_encoding = m_isShapefile ? table_encoding(source->Layer()) : "";
     LoadEditor(*source);
     GiveBack(std::move(source));
 }
@@ -89,7 +97,7 @@ void OgrFeatureClass::State::LoadEditor(OgrSource& source) {
                     ") that is only read. Shapefiles and GeoPackages can be changed.";
     if (!m_isShapefile) return;
     try {
-        m_editor = std::make_unique<ShapefileEditor>(m_path, table_encoding(source.Layer()));
+        m_editor = std::make_unique<ShapefileEditor>(m_path, m_encoding);
     } catch (const RuntimeError& error) {
         m_whyNoEditor = error.Description;
     }
@@ -146,9 +154,7 @@ std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search
         m_idle.pop_back();
     }
     source->Version = m_version;
-    std::vector<std::string> fields = wanted.Fields;
-    if (wanted.Where && !fields.empty()) fields.push_back(wanted.Where->Field);
-    source->SetWanted(wanted.WithShape, fields);
+    source->SetWanted(wanted.WithShape, columns_asked_for(wanted));
     source->Layer().SetAttributeFilter(nullptr);
     source->Layer().ResetReading();
     return source;
@@ -157,6 +163,11 @@ std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search
 void OgrFeatureClass::State::GiveBack(std::unique_ptr<OgrSource> source) {
     source->Layer().ResetReading();
     if (source->Version == m_version) m_idle.emplace_back(std::move(source));
+}
+
+std::unique_ptr<PointShapefile> OgrFeatureClass::State::Points(const platform::Search& wanted) const {
+    if (!m_isShapefile || m_shape != platform::ShapeType::kPoint) return nullptr;
+    return PointShapefile::Open(m_path, m_fields, columns_asked_for(wanted), m_encoding);
 }
 
 const FieldValue* OgrFeatureClass::State::HeldBack(std::int64_t oid, int field) const {

@@ -3,6 +3,7 @@
 
 #include "adapters/files/ogr_feature_class.h"
 #include "adapters/files/ogr_source.h"
+#include "adapters/files/point_shapefile.h"
 #include "adapters/files/row_editor.h"
 #include "adapters/files/shapefile_editor.h"
 
@@ -39,6 +40,9 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     /// An open layer of its own for one reader, and its way back for the next.
     std::unique_ptr<OgrSource> Borrow(const platform::Search& wanted);
     void GiveBack(std::unique_ptr<OgrSource> source);
+
+    /// The same rows read without OGR, where the files allow it; else null.
+    std::unique_ptr<PointShapefile> Points(const platform::Search& wanted) const;
 
     /// Databases lock out writers while a row is being read: their rows are fetched in groups.
     bool ReadsInGroups() const { return !m_isShapefile && m_editor != nullptr; }
@@ -94,6 +98,7 @@ private:
     platform::SpatialReference m_reference;
     std::vector<platform::Field> m_fields;
     bool m_isShapefile = false;
+    std::string m_encoding;  // of a shapefile's texts, as GDAL names it; empty when nothing says so
     FileStamp m_stamp;
     std::unique_ptr<IRowEditor> m_editor;
     std::string m_whyNoEditor;

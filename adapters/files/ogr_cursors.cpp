@@ -16,47 +16,85 @@ using platform::Search;
 
 namespace {
 
-class OgrRow final : public IFeature {
+/// A row as it was when the cursor met it, under what was set through this object and what the class holds back.
+class Row : public IFeature {
 public:
-    OgrRow(std::shared_ptr<Pass> pass, OGRFeatureUniquePtr feature)
-        : m_pass(std::move(pass)), m_feature(std::move(feature)) {}
-
-    std::int64_t OID() const override { return m_feature->GetFID(); }
-    Geometry Shape() const override { return shape_of(m_feature->GetGeometryRef()); }
+    explicit Row(std::shared_ptr<Pass> pass) : m_pass(std::move(pass)) {}
 
     FieldValue Value(int field) const override {
-        if (const auto own = m_values.find(field); own != m_values.end()) return own->second;
+        if (m_changes)
+            if (const auto own = m_changes->Values.find(field); own != m_changes->Values.end()) return own->second;
         if (const FieldValue* held = m_pass->State().HeldBack(OID(), field)) return *held;
-        if (field >= 0 && field < m_feature->GetFieldCount()) return value_of(*m_feature, field);
+        if (field >= 0 && field < StoredCount()) return StoredValue(field);
         const bool addedSince = field >= 0 && static_cast<std::size_t>(field) < m_pass->State().Fields().size();
         if (!addedSince) platform::Raise(platform::error_number::kSubscript);
         return {};
     }
 
     void SetValue(int field, const FieldValue& value) override {
-        m_values[field] = m_pass->State().Checked(field, value);
-        m_changed[field] = m_values[field];
+        if (!m_changes) m_changes = std::make_unique<Changes>();
+        m_changes->Values[field] = m_pass->State().Checked(field, value);
+        m_changes->NotStored[field] = m_changes->Values[field];
     }
 
     void Store() override {
-        m_pass->State().Store(OID(), m_changed);
-        m_changed.clear();
+        if (!m_changes) m_changes = std::make_unique<Changes>();
+        m_pass->State().Store(OID(), m_changes->NotStored);
+        m_changes->NotStored.clear();
     }
 
     void Delete() override { m_pass->State().Delete(OID()); }
 
 private:
+    struct Changes {
+        std::map<int, FieldValue> Values;  ///< set through this object, stored or not
+        std::map<int, FieldValue> NotStored;
+    };
+
+    virtual int StoredCount() const = 0;
+    virtual FieldValue StoredValue(int field) const = 0;
+
     std::shared_ptr<Pass> m_pass;
+    std::unique_ptr<Changes> m_changes;
+};
+
+class OgrRow final : public Row {
+public:
+    OgrRow(std::shared_ptr<Pass> pass, OGRFeatureUniquePtr feature)
+        : Row(std::move(pass)), m_feature(std::move(feature)) {}
+
+    std::int64_t OID() const override { return m_feature->GetFID(); }
+    Geometry Shape() const override { return shape_of(m_feature->GetGeometryRef()); }
+
+private:
+    int StoredCount() const override { return m_feature->GetFieldCount(); }
+    FieldValue StoredValue(int field) const override { return value_of(*m_feature, field); }
+
     OGRFeatureUniquePtr m_feature;
-    std::map<int, FieldValue> m_values;   // set through this object, stored or not
-    std::map<int, FieldValue> m_changed;  // of these, not stored yet
+};
+
+/// One of the plain rows of a shapefile of points.
+class PointRow final : public Row {
+public:
+    PointRow(std::shared_ptr<Pass> pass, std::shared_ptr<const PointRows> rows, std::size_t row)
+        : Row(std::move(pass)), m_rows(std::move(rows)), m_row(row) {}
+
+    std::int64_t OID() const override { return m_rows->First + static_cast<std::int64_t>(m_row); }
+    Geometry Shape() const override { return Geometry::OfPoint(m_rows->Locations[m_row]); }
+
+private:
+    int StoredCount() const override { return m_rows->ColumnCount(); }
+    FieldValue StoredValue(int field) const override { return m_rows->Cell(m_row, field); }
+
+    std::shared_ptr<const PointRows> m_rows;
+    std::size_t m_row;
 };
 
 /// Where a cursor's rows come from.
 class IRows {
 public:
     virtual ~IRows() = default;
-    virtual OGRFeatureUniquePtr Next() = 0;
+    virtual std::unique_ptr<Row> Next() = 0;
 };
 
 /// An open layer of the class, given back at the end.
@@ -83,23 +121,70 @@ OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path)
 
 class RowsInOrder final : public IRows {
 public:
-    RowsInOrder(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted), m_path(state.Path()) {}
-    OGRFeatureUniquePtr Next() override { return next_row(m_loan.Layer(), m_path); }
+    RowsInOrder(const std::shared_ptr<Pass>& pass, const Search& wanted)
+        : m_pass(pass), m_loan(pass->State(), wanted), m_path(pass->State().Path()) {}
+
+    std::unique_ptr<Row> Next() override {
+        OGRFeatureUniquePtr feature = next_row(m_loan.Layer(), m_path);
+        return feature ? std::make_unique<OgrRow>(m_pass, std::move(feature)) : nullptr;
+    }
 
 private:
+    std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::filesystem::path m_path;
+};
+
+/// Rows of a shapefile of points; OGR reads those that are not plain.
+class RowsOfPoints final : public IRows {
+public:
+    RowsOfPoints(const std::shared_ptr<Pass>& pass, const Search& wanted, std::unique_ptr<PointShapefile> points)
+        : m_pass(pass), m_loan(pass->State(), wanted), m_points(std::move(points)), m_path(pass->State().Path()) {}
+
+    std::unique_ptr<Row> Next() override {
+        while (m_rows || Fetch()) {
+            for (; m_row < m_rows->Kinds.size(); ++m_row) {
+                const PointRows::Kind kind = m_rows->Kinds[m_row];
+                if (kind == PointRows::Kind::kPlain) return std::make_unique<PointRow>(m_pass, m_rows, m_row++);
+                if (kind == PointRows::Kind::kOther) return OgrRowAt(m_row++);
+            }
+            m_rows.reset();
+        }
+        return nullptr;
+    }
+
+private:
+    bool Fetch() {
+        m_rows = m_points->Next();
+        m_row = 0;
+        return m_rows != nullptr;
+    }
+
+    std::unique_ptr<Row> OgrRowAt(std::size_t row) {
+        const GdalErrors errors;
+        OGRFeatureUniquePtr feature(m_loan.Layer().GetFeature(m_rows->First + static_cast<std::int64_t>(row)));
+        if (!feature) errors.RaiseReading(m_path);
+        return std::make_unique<OgrRow>(m_pass, std::move(feature));
+    }
+
+    std::shared_ptr<Pass> m_pass;
+    Loan m_loan;
+    std::unique_ptr<PointShapefile> m_points;
+    std::filesystem::path m_path;
+    std::shared_ptr<const PointRows> m_rows;
+    std::size_t m_row = 0;
 };
 
 /// Fetches rows in groups and leaves no statement open between them.
 class RowsInGroups final : public IRows {
 public:
-    RowsInGroups(OgrFeatureClass::State& state, const Search& wanted) : m_loan(state, wanted), m_path(state.Path()) {}
+    RowsInGroups(const std::shared_ptr<Pass>& pass, const Search& wanted)
+        : m_pass(pass), m_loan(pass->State(), wanted), m_path(pass->State().Path()) {}
 
-    OGRFeatureUniquePtr Next() override {
+    std::unique_ptr<Row> Next() override {
         if (m_group.empty()) Fetch();
         if (m_group.empty()) return nullptr;
-        OGRFeatureUniquePtr next = std::move(m_group.front());
+        auto next = std::make_unique<OgrRow>(m_pass, std::move(m_group.front()));
         m_group.pop_front();
         return next;
     }
@@ -122,6 +207,7 @@ private:
         layer.ResetReading();
     }
 
+    std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::filesystem::path m_path;
     std::deque<OGRFeatureUniquePtr> m_group;
@@ -130,18 +216,20 @@ private:
 
 class RowsOfOIDs final : public IRows {
 public:
-    RowsOfOIDs(OgrFeatureClass::State& state, const Search& wanted, std::vector<std::int64_t> oids)
-        : m_loan(state, wanted), m_oids(std::move(oids)) {}
+    RowsOfOIDs(const std::shared_ptr<Pass>& pass, const Search& wanted, std::vector<std::int64_t> oids)
+        : m_pass(pass), m_loan(pass->State(), wanted), m_oids(std::move(oids)) {}
 
-    OGRFeatureUniquePtr Next() override {
+    std::unique_ptr<Row> Next() override {
         while (m_next < m_oids.size()) {
             const GdalErrors notThere;
-            if (OGRFeatureUniquePtr feature{m_loan.Layer().GetFeature(m_oids[m_next++])}) return feature;
+            if (OGRFeatureUniquePtr feature{m_loan.Layer().GetFeature(m_oids[m_next++])})
+                return std::make_unique<OgrRow>(m_pass, std::move(feature));
         }
         return nullptr;
     }
 
 private:
+    std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::vector<std::int64_t> m_oids;
     std::size_t m_next = 0;
@@ -167,9 +255,8 @@ public:
     }
 
     std::unique_ptr<IFeature> NextFeature() override {
-        while (OGRFeatureUniquePtr feature = m_rows->Next()) {
-            if (m_pass->State().IsDeleted(feature->GetFID())) continue;
-            auto row = std::make_unique<OgrRow>(m_pass, std::move(feature));
+        while (std::unique_ptr<Row> row = m_rows->Next()) {
+            if (m_pass->State().IsDeleted(row->OID())) continue;
             if (!m_where || platform::ValueEquals(WhereValue(*row), m_where->Value)) return row;
         }
         return nullptr;
@@ -178,7 +265,7 @@ public:
     void Flush() override { m_pass->State().Commit(); }
 
 private:
-    FieldValue WhereValue(const OgrRow& row) const {
+    FieldValue WhereValue(const Row& row) const {
         return m_whereField < 0 ? FieldValue(row.OID()) : row.Value(m_whereField);
     }
 
@@ -214,21 +301,24 @@ std::optional<std::vector<std::int64_t>> oid_asked_for(const Search& search) {
     return std::nullopt;
 }
 
+std::unique_ptr<IRows> rows_of(const std::shared_ptr<Pass>& pass, const Search& search) {
+    if (pass->State().ReadsInGroups()) return std::make_unique<RowsInGroups>(pass, search);
+    if (auto points = pass->State().Points(search))
+        return std::make_unique<RowsOfPoints>(pass, search, std::move(points));
+    return std::make_unique<RowsInOrder>(pass, search);
+}
+
 }  // namespace
 
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search) {
     if (auto oid = oid_asked_for(search)) return open_cursor(std::move(pass), search, *std::move(oid));
-    std::unique_ptr<IRows> rows;
-    if (pass->State().ReadsInGroups())
-        rows = std::make_unique<RowsInGroups>(pass->State(), search);
-    else
-        rows = std::make_unique<RowsInOrder>(pass->State(), search);
+    std::unique_ptr<IRows> rows = rows_of(pass, search);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search,
                                             std::vector<std::int64_t> oids) {
-    auto rows = std::make_unique<RowsOfOIDs>(pass->State(), search, std::move(oids));
+    auto rows = std::make_unique<RowsOfOIDs>(pass, search, std::move(oids));
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 

@@ -19,6 +19,7 @@ wxl_room(
   ogr_cursors.cpp
   ogr_feature_class.cpp
   ogr_source.cpp
+  point_shapefile.cpp
   shapefile_check.cpp
   shapefile_editor.cpp
   shapefile_parts.cpp

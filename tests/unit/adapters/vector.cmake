@@ -6,6 +6,7 @@ wxl_test(
   test_dbf_cells.cpp
   test_files_map.cpp
   test_killed_edits.cpp
+  test_point_shapefile.cpp
   test_shapefile_editing.cpp
   DEPENDS
   wxl_adapter_files_vector)
