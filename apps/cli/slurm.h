@@ -21,7 +21,8 @@ struct SlurmWishes {
 /// four times the estimate and ten minutes. A job that is requeued starts its task anew.
 std::string array_script(const batch::Plan& plan, const SlurmWishes& wishes);
 
-/// The script of the job that merges.
+/// The script of the job that merges. Memory is one and a half times that of the batch's points, 20 kB for every
+/// distribution, and 256 MB.
 std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes);
 
 /// Hands the script file to sbatch with `options` and returns the job's number. RuntimeError 53 when there is no sbatch
