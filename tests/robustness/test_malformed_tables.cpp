@@ -8,6 +8,7 @@ namespace wxl::tests {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 class MalformedTable : public testing::Test {
 protected:
@@ -51,10 +52,9 @@ TEST_F(MalformedTable, Tables_that_cannot_be_read) {
     ExpectText("infinite.csv", m_header + "a,inf,1e999,2018-05-09 14:00:00\n", Expected::kRefused);
     ExpectText("absurd.csv", m_header + "a,1e308,-1e308,2018-05-09 14:00:00\n", Expected::kRefused);
     ExpectText("no_time.csv", m_header + "a,12.5,55.5,99999999999-05-09\n", Expected::kRefused);
-    ExpectText("utf16.csv", std::string("\xFF\xFE") + "a\0n\0", Expected::kRefused);
+    ExpectText("utf16.csv", "\xFF\xFE\x61\0n\0"s, Expected::kRefused);
     ExpectText("zeros.csv", std::string(100000, '\0'), Expected::kRefused);
-    ExpectText("zeros_in_rows.csv", m_header + std::string("a\0b,12.5\0,55.5,2018-05-09 14:00:00\n", 37),
-               Expected::kRefused);
+    ExpectText("zeros_in_rows.csv", m_header + "a\0b,12.5\0,55.5,2018-05-09 14:00:00\n"s, Expected::kRefused);
     ExpectText("long_name.csv", m_header + std::string(100000, 'a') + ",12.5,55.5,2018-05-09 14:00:00\n",
                Expected::kRefused);
     ExpectText("long_number.csv", m_header + "a,1" + std::string(1 << 20, '0') + ",55.5,2018-05-09 14:00:00\n",
