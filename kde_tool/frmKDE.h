@@ -245,6 +245,9 @@ public:
     bool Running() const { return m_running; }
     bool StopRequested() const { return m_stopRequested; }
 
+    /// Ends the run in progress after the present distribution; nothing without one.
+    void RequestStop() { m_stopRequested = m_running; }
+
     const platform::Services& Services() const { return m_services; }
     utilities::Utilities& Geodata() const { return m_geodata; }
 

@@ -5,7 +5,7 @@ target_compile_options(wxl_failing_calls PRIVATE -U_FORTIFY_SOURCE -fno-sanitize
 
 # Runs of the program that are disturbed from outside.
 function(wxl_disturbed_test name)
-  wxl_test(${name} SOURCES ${name}.cpp faulty_program.cpp ${ARGN} DEPENDS wxl_cli)
+  wxl_test(${name} SOURCES ${name}.cpp faulty_program.cpp ${ARGN} DEPENDS wxl_cli LABELS no-coverage)
   target_compile_definitions(${name} PRIVATE WXL_PROGRAM="$<TARGET_FILE:wxl>"
                                              WXL_FAILING_CALLS="$<TARGET_FILE:wxl_failing_calls>")
   add_dependencies(${name} wxl wxl_failing_calls)

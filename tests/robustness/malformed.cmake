@@ -8,4 +8,6 @@ wxl_test(
   test_malformed_shapefiles.cpp
   test_malformed_tables.cpp
   DEPENDS
-  wxl_cli)
+  wxl_cli
+  LABELS
+  no-coverage)

@@ -100,9 +100,8 @@ struct KilledRun : testing::Test {
     pid_t Start() const {
         const pid_t child = ::fork();
         if (child != 0) return child;
-        const int null = ::open("/dev/null", O_WRONLY);
-        ::dup2(null, 1);
-        ::dup2(null, 2);
+        ::dup2(::open("/dev/null", O_WRONLY), 1);
+        ::dup2(::open((Folder / "said").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
         std::vector<char*> arguments = {const_cast<char*>("wxl")};
         for (const std::string& argument : Call) arguments.push_back(const_cast<char*>(argument.c_str()));
         arguments.push_back(nullptr);
@@ -117,6 +116,13 @@ struct KilledRun : testing::Test {
         ::waitpid(Start(), &status, 0);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
         return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
+    }
+
+    /// Waits until the run has published this dataset.
+    bool Awaits(const std::string& name) const {
+        const auto end = Clock::now() + std::chrono::seconds(20);
+        while (!fs::exists(Out / name) && Clock::now() < end) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return fs::exists(Out / name);
     }
 
     void RunAndKill(std::chrono::microseconds after) const {
@@ -163,6 +169,67 @@ TEST_F(KilledRun, Leaves_whole_datasets_and_the_beginning_of_the_report) {
     RunWhole();
     EXPECT_EQ(datasets(Out) == wholeDatasets, true);
     for (const auto& entry : fs::directory_iterator(Out)) EXPECT_NE(entry.path().filename().string().front(), '.');
+}
+
+/// A run that is asked to stop, politely.
+struct StoppedRun : KilledRun, testing::WithParamInterface<int> {};
+
+TEST_P(StoppedRun, Ends_after_the_present_animal_and_keeps_what_is_done) {
+    RunWhole();
+    const auto wholeDatasets = datasets(Out);
+    fs::remove_all(Out);
+
+    const pid_t child = Start();
+    ASSERT_TRUE(Awaits("K2"));
+    ::kill(child, GetParam());
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_NE(content(Folder / "said").find("wxl: stopping after the present animal; a second Ctrl-C stops at once\n"),
+              std::string::npos)
+        << content(Folder / "said");
+
+    const auto left = datasets(Out);
+    EXPECT_LT(left.size(), wholeDatasets.size());
+    for (const auto& [name, bytes] : left) EXPECT_EQ(bytes == wholeDatasets.at(name), true) << name;
+    // Three datasets of every animal that was begun, and a row of the summary for each of its isopleths.
+    const std::size_t animals = dataset_names(Out).size() / 3;
+    EXPECT_EQ(dataset_names(Out).size() % 3, 0U);
+    EXPECT_GE(animals, 2U);
+    const std::string report = content(Out / kReport);
+    EXPECT_TRUE(report.ends_with("Processing stopped by the user\r\n")) << report.substr(report.size() - 100);
+    const std::string summary = content(Out / "WXL_KDE_SUMMARY.csv");
+    EXPECT_EQ(static_cast<std::size_t>(std::count(summary.begin(), summary.end(), '\n')), 1 + 2 * animals) << summary;
+    for (const auto& entry : fs::directory_iterator(Out)) EXPECT_NE(entry.path().filename().string().front(), '.');
+}
+
+INSTANTIATE_TEST_SUITE_P(By, StoppedRun, testing::Values(SIGINT, SIGTERM, SIGHUP), [](const auto& signal) {
+    return std::string(signal.param == SIGINT ? "SIGINT" : signal.param == SIGTERM ? "SIGTERM" : "SIGHUP");
+});
+
+TEST_F(KilledRun, A_second_signal_ends_a_run_at_once) {
+    Call[7] = "2";  // cells so small that an animal takes longer than both signals
+    const pid_t child = Start();
+    ASSERT_TRUE(Awaits("WXL_KDE_ANALYSIS.txt"));
+    ::kill(child, SIGINT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ::kill(child, SIGINT);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+}
+
+TEST_F(KilledRun, Ignored_signals_stay_ignored) {
+    ::signal(SIGHUP, SIG_IGN);
+    const pid_t child = Start();
+    ::signal(SIGHUP, SIG_DFL);
+    ASSERT_TRUE(Awaits("K2"));
+    ::kill(child, SIGHUP);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(dataset_names(Out).size(), 3U * kAnimals);
 }
 
 }  // namespace

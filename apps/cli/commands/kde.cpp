@@ -5,6 +5,7 @@
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/commands/kde_session.h"
+#include "apps/cli/stop_signals.h"
 #include "batch/merge.h"
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/run_ending.h"
@@ -94,7 +95,8 @@ constexpr const char* kFooter =
     "\n"
     "An animal that cannot be computed (one fix, a bandwidth below the cell size) is told\n"
     "in the report and on standard error; the others are computed. Questions are answered\n"
-    "by --answer buffer=yes|no|cancel and --answer overlap=yes|no.\n"
+    "by --answer buffer=yes|no|cancel and --answer overlap=yes|no. Ctrl-C ends the run after\n"
+    "the present animal and keeps what is done; a second Ctrl-C ends it at once.\n"
     "\n"
     "Examples:\n"
     "\n"
@@ -152,6 +154,7 @@ int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& 
 }
 
 int run_here(KdeSession& session, KdeOutput& output, Console& console) {
+    const StopSignals signals;
     kde_tool::frmKDE& form = session.Form();
     form.btnOK_Click();
     console.EndProgress();

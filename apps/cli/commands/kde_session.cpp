@@ -4,6 +4,7 @@
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/stop_signals.h"
 #include "batch/planner.h"
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
@@ -35,6 +36,11 @@ void add_reference(const KdeOptions& options, ToolSession& session) {
 void ProgressHost::Yield() {
     m_host.Yield();
     if (!m_form || !m_form->Running()) return;
+    if (StopSignals::Came() && !m_form->StopRequested()) {
+        m_console.EndProgress();
+        m_console.Problem("wxl: stopping after the present animal; a second Ctrl-C stops at once");
+        m_form->RequestStop();
+    }
     const platform::ProgressBar& bar = m_form->PBar;
     m_console.Progress((bar.Value - bar.Minimum) / (bar.Maximum - bar.Minimum), m_form->txtStatus.Text);
 }

@@ -8,18 +8,18 @@
 
 namespace wxl::cli {
 
-/// The host of a run: every turn that it gets draws the form's progress.
+/// The host of a run: every turn that it gets draws the form's progress, and passes a wish to stop (StopSignals) on.
 class ProgressHost final : public platform::IHost {
 public:
     ProgressHost(platform::IHost& host, Console& console) : m_host(host), m_console(console) {}
-    void Watch(const kde_tool::frmKDE& form) { m_form = &form; }
+    void Watch(kde_tool::frmKDE& form) { m_form = &form; }
     void Yield() override;
     void SetStatus(std::string_view text) override { m_host.SetStatus(text); }
 
 private:
     platform::IHost& m_host;
     Console& m_console;
-    const kde_tool::frmKDE* m_form = nullptr;
+    kde_tool::frmKDE* m_form = nullptr;
 };
 
 /// The analysis form over the layer that the options name, filled with them.
