@@ -51,7 +51,7 @@ struct PlannedAnimal {
 struct PlannedTask {
     TaskWork Work;
     double Seconds = 0.0;    ///< estimated, on one core of 2020
-    double Megabytes = 0.0;  ///< estimated, of its largest grid and sample
+    double Megabytes = 0.0;  ///< estimated, of its largest grid or search, and sample
 };
 
 /// All that is decided once, so that tasks need neither the input nor a question answered.

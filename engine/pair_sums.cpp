@@ -24,6 +24,9 @@ constexpr double kRatioOfSpectrum = 7.0;
 constexpr double kRatioOfTiles = 4.0;
 constexpr double kCellsOfTile = 2048.0;
 
+/// Looking at the tiles takes a while itself; below this cost of all pairs it cannot pay.
+constexpr double kWorthTiles = 5e8;
+
 /// Tiles are numbered exactly up to here.
 constexpr double kMostTilesAcross = 1e15;
 
@@ -158,8 +161,6 @@ PairMethod fastest_pair_method(Criterion criterion, std::span<const platform::Po
     const double direct = cost_of_pairs(count);
     const double spectrum = cost_of_spectra(criterion, points, bandwidths);
     if (spectrum < direct) return PairMethod::kSpectrum;
-    // Looking at the tiles takes a while itself; below this it cannot pay.
-    constexpr double kWorthTiles = 5e8;
     if (direct < kWorthTiles) return PairMethod::kDirect;
     return cost_of_tiles(criterion, points, bandwidths) < direct ? PairMethod::kTiles : PairMethod::kDirect;
 }
@@ -173,6 +174,23 @@ std::vector<PairSum> pair_sums(Criterion criterion, std::span<const platform::Po
     std::vector<PairSum> results;
     append(sums, bandwidths, results, clock);
     return results;
+}
+
+double megabytes_of_transforms(Criterion criterion, const platform::Extent& extent, std::size_t count, double lowest,
+                               double highest) {
+    constexpr double kMegabytesPerCell = 8e-6;
+    const auto points = static_cast<double>(count);
+    const double direct = cost_of_pairs(points);
+    double cost = 0.0;
+    double largest = 0.0;
+    for (double from = lowest; from <= highest; from *= kRatioOfSpectrum) {
+        const double to = std::min(kRatioOfSpectrum * from, highest);
+        const double cells = cells_of_spectrum(criterion, extent, from, to);
+        cost += cost_of_spectrum(cells, points);
+        largest = std::max(largest, cells);
+    }
+    if (cost < direct) return largest * kMegabytesPerCell;
+    return direct < kWorthTiles ? 0.0 : kCellsOfTile * kCellsOfTile * kMegabytesPerCell;
 }
 
 }  // namespace wxl::engine

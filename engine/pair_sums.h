@@ -27,4 +27,9 @@ PairMethod fastest_pair_method(Criterion criterion, std::span<const platform::Po
 std::vector<PairSum> pair_sums(Criterion criterion, std::span<const platform::Point> points,
                                std::span<const double> bandwidths, PairMethod method, WorkClock& clock);
 
+/// Megabytes of the largest transform that the fastest method takes, about, for `count` points in `extent` and
+/// bandwidths from `lowest` (> 0) to `highest`; 0 where it sums pairs.
+double megabytes_of_transforms(Criterion criterion, const platform::Extent& extent, std::size_t count, double lowest,
+                               double highest);
+
 }  // namespace wxl::engine

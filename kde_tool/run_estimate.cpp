@@ -1,5 +1,6 @@
 #include "kde_tool/run_estimate.h"
 
+#include "engine/pair_sums.h"
 #include "kde_tool/run_plan.h"
 #include "platform/checked.h"
 #include "platform/text.h"
@@ -38,9 +39,22 @@ double reached_cells(const platform::RasterGeometry& grid, double radius) {
     return std::min(side, static_cast<double>(grid.Columns)) * std::min(side, static_cast<double>(grid.Rows));
 }
 
+bool searches(BandwidthMethod method) {
+    return method == BandwidthMethod::kLscv || method == BandwidthMethod::kBcv;
+}
+
 double search_seconds(BandwidthMethod method, double fixes) {
-    if (method != BandwidthMethod::kLscv && method != BandwidthMethod::kBcv) return 0.0;
+    if (!searches(method)) return 0.0;
     return std::min(fixes * fixes * kSecondsPerPair, kSecondsPerTransform + fixes * kSecondsPerTransformedFix);
+}
+
+/// Memory of a search over the usual range, given back before the grid is made.
+double search_megabytes(BandwidthMethod method, const AnimalFixes& animal, const platform::Extent& bounds,
+                        double href) {
+    if (!searches(method) || !(href > 0.0)) return 0.0;
+    const bool isLscv = method == BandwidthMethod::kLscv;
+    return engine::megabytes_of_transforms(isLscv ? engine::Criterion::kLscv : engine::Criterion::kBcv, bounds,
+                                           animal.Fixes.size(), 0.05 * href, (isLscv ? 2.0 : 3.0) * href);
 }
 
 }  // namespace
@@ -66,16 +80,16 @@ double applied_href(const HrefRow& href, const VarianceRow& spread, bool rescale
 
 DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& animal, double href, double value) {
     const BandwidthMethod method = frame.Inputs.Method;
+    const platform::Extent bounds = bounds_of(animal);
     const double chosen = method == BandwidthMethod::kManual ? value : href;
     DistributionEstimate result;
     result.Bandwidth = method == BandwidthMethod::kProportion ? value * href : chosen;
-    result.Grid = frame.Inputs.Mode == ExtentMode::kMinimum
-                      ? enlarged_grid(bounds_of(animal), kReach * chosen, frame.CellSize)
-                      : frame.Shared;
+    result.Grid = frame.Inputs.Mode == ExtentMode::kMinimum ? enlarged_grid(bounds, kReach * chosen, frame.CellSize)
+                                                            : frame.Shared;
     result.Grid.CellSize = frame.CellSize;
     const double cells = cells_of(result.Grid);
     const double fixes = static_cast<double>(animal.Fixes.size());
-    result.Megabytes = cells * kBytesPerCell / 1e6;
+    result.Megabytes = std::max(cells * kBytesPerCell / 1e6, search_megabytes(method, animal, bounds, href));
     const double kernel = fixes * reached_cells(result.Grid, kReach * chosen) * kSecondsPerUpdate;
     result.Seconds = kSecondsPerDistribution + search_seconds(method, fixes) +
                      kernel * (frame.Inputs.FixedKernel ? 1.0 : kAdaptiveFactor) + cells * kSecondsPerCell;

@@ -27,7 +27,7 @@ double applied_href(const HrefRow& href, const VarianceRow& spread, bool rescale
 struct DistributionEstimate {
     double Bandwidth = 0.0;  ///< map units
     platform::RasterGeometry Grid;
-    double Megabytes = 0.0;  ///< of the grid, the largest thing in memory
+    double Megabytes = 0.0;  ///< of the largest thing in memory: the grid, or what a search transforms
     double Seconds = 0.0;    ///< rough time on one core of 2020
 };
 

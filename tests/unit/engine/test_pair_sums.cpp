@@ -1,6 +1,6 @@
-#include "engine/pair_sums.h"
-
 #include "engine/cross_validation.h"
+#include "engine/pair_level.h"
+#include "engine/pair_sums.h"
 #include "tests/support/samples.h"
 
 #include <cmath>
@@ -94,6 +94,31 @@ TEST(PairSums, A_large_sample_over_a_huge_extent_is_cut_into_tiles) {
     auto points = tests::normal_sample(30000, 100.0, {0.0, 0.0}, 53);
     points.push_back({1e8, 1e8});
     EXPECT_EQ(fastest_pair_method(Criterion::kLscv, points, std::vector<double>{3.0, 40.0}), PairMethod::kTiles);
+}
+
+// Bandwidths of 20 to 800 m make transforms of 20 to 140 m and of 140 to 800 m; the first has the smaller cells.
+TEST(PairSums, Memory_of_transforms_is_that_of_the_largest_one) {
+    const platform::Extent extent{0.0, 0.0, 36000.0, 27000.0};
+    for (const Criterion criterion : {Criterion::kLscv, Criterion::kBcv}) {
+        const TransformBox box = PairLevel(criterion, 20.0, 140.0).BoxFor(extent);
+        const double megabytes = megabytes_of_transforms(criterion, extent, 500000, 20.0, 800.0);
+        // Sides are rounded up to good sizes.
+        EXPECT_GT(megabytes, 0.95 * 8e-6 * static_cast<double>(box.Cells()));
+        EXPECT_LE(megabytes, 8e-6 * static_cast<double>(box.Cells()));
+    }
+}
+
+TEST(PairSums, Pairs_take_no_memory_for_transforms) {
+    const platform::Extent extent{0.0, 0.0, 36000.0, 27000.0};
+    EXPECT_EQ(megabytes_of_transforms(Criterion::kLscv, extent, 1000, 20.0, 800.0), 0.0);
+    EXPECT_EQ(megabytes_of_transforms(Criterion::kLscv, extent, 2, 20.0, 800.0), 0.0);
+}
+
+// One transform of an extent of 1,000,000 bandwidths would have 1E13 cells or more.
+TEST(PairSums, Tiles_take_the_memory_of_one_of_them) {
+    const platform::Extent extent{0.0, 0.0, 1e6, 1e6};
+    EXPECT_DOUBLE_EQ(megabytes_of_transforms(Criterion::kLscv, extent, 100000, 1.0, 40.0), 33.554432);
+    EXPECT_EQ(megabytes_of_transforms(Criterion::kLscv, extent, 10000, 1.0, 40.0), 0.0);
 }
 
 }  // namespace

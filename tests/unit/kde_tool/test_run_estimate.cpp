@@ -1,3 +1,4 @@
+#include "engine/pair_sums.h"
 #include "kde_tool/run_estimate.h"
 
 #include <gtest/gtest.h>
@@ -87,6 +88,30 @@ TEST(RunEstimate, A_search_costs_pairs_or_a_transform) {
     EXPECT_NEAR(seconds(BandwidthMethod::kLscv, 1000), 0.01302, kRounding);
     EXPECT_NEAR(seconds(BandwidthMethod::kBcv, 1000), 0.01302, kRounding);
     EXPECT_NEAR(seconds(BandwidthMethod::kLscv, 100000), 0.80601, kRounding);
+}
+
+// The usual ranges are 0.05 to 2 HREF and 0.05 to 3 HREF.
+TEST(RunEstimate, A_search_by_transforms_takes_their_memory_before_the_grid_is_made) {
+    AnimalFixes wide = animal(200000);
+    wide.Fixes.front() = {36000.0, 27000.0};
+    const auto megabytes = [&](BandwidthMethod method, const platform::RasterGeometry& grid) {
+        const EstimateFrame frame = estimate_frame(inputs(method, ExtentMode::kReference, ""), {}, 0.0, grid);
+        return estimate(frame, wide, 400.0, 0.0).Megabytes;
+    };
+    const platform::Extent extent{0.0, 0.0, 36000.0, 27000.0};
+    const double lscv = engine::megabytes_of_transforms(engine::Criterion::kLscv, extent, 200000, 20.0, 800.0);
+    const double bcv = engine::megabytes_of_transforms(engine::Criterion::kBcv, extent, 200000, 20.0, 1200.0);
+    EXPECT_GT(lscv, 100.0);
+    EXPECT_DOUBLE_EQ(megabytes(BandwidthMethod::kLscv, {0.0, 0.0, 1.0, 10, 10}), lscv);
+    EXPECT_DOUBLE_EQ(megabytes(BandwidthMethod::kBcv, {0.0, 0.0, 1.0, 10, 10}), bcv);
+    EXPECT_DOUBLE_EQ(megabytes(BandwidthMethod::kHref, {0.0, 0.0, 1.0, 10, 10}), 0.0008);
+    EXPECT_DOUBLE_EQ(megabytes(BandwidthMethod::kLscv, {0.0, 0.0, 1.0, 10000, 9000}), 720.0);
+}
+
+TEST(RunEstimate, A_search_without_a_reference_bandwidth_takes_nothing) {
+    const EstimateFrame frame =
+        estimate_frame(inputs(BandwidthMethod::kLscv, ExtentMode::kReference, ""), {}, 0.0, {0.0, 0.0, 1.0, 10, 10});
+    EXPECT_DOUBLE_EQ(estimate(frame, animal(200000), 0.0, 0.0).Megabytes, 0.0008);
 }
 
 TEST(RunEstimate, Reference_bandwidths_are_scaled_back_by_the_mean_deviation) {
