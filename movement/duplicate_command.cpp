@@ -1,0 +1,70 @@
+#include "movement/duplicate_command.h"
+
+#include "movement/duplicate_pass.h"
+#include "movement/selected_layer.h"
+#include "platform/guarded.h"
+
+namespace wxl::movement {
+
+using namespace wxl::platform;
+
+DuplicateCommand::DuplicateCommand(const Services& services, IPleaseWaitWindow& window, const DuplicateRules& rules)
+    : m_rules(rules), m_services(services), m_pleaseWait(*services.Host, window) {}
+
+void DuplicateCommand::OnCreate(const std::shared_ptr<IApplication>& hook) {
+    m_application = hook;
+    m_document = hook ? hook->Document() : nullptr;
+}
+
+void DuplicateCommand::RemoveDuplicates() {
+    Guarded(*m_services.Messages, m_rules.ClickLabel, [&] {
+        IMessages& messages = *m_services.Messages;
+        if (m_rules.AsksForDocumentAtClick && m_application) m_document = m_application->Document();
+        const auto layer = selected_feature_layer(Document());
+        if (!layer) {
+            messages.Show({.Text = m_rules.NoLayer});
+            return;
+        }
+        if (!Suits(*feature_class_of(*layer))) {
+            messages.Show({.Text = m_rules.WrongLayer});
+            return;
+        }
+        if (const std::string reason = layer->WhyReadOnly(); !reason.empty()) {
+            messages.Show({.Text = reason});
+            return;
+        }
+        const auto selection = GetSelectionFromActiveLayer();
+        if (!selection) Raise(error_number::kObjectNotSet);
+        auto cursor = selection->Find({.Where = std::nullopt, .WithShape = m_rules.LooksAtShapes});
+        m_pleaseWait.SetRange(static_cast<double>(selection->Count()) + 1.0);
+        CalcFeatures(std::move(cursor), selection);
+    });
+}
+
+void DuplicateCommand::CalcFeatures(std::unique_ptr<IFeatureCursor> cursor,
+                                    const std::shared_ptr<ISelectionSet>& selection) {
+    Guarded(*m_services.Messages, m_rules.CalcFeaturesLabel, [&] {
+        const auto layer = selected_feature_layer(Document());
+        if (!cursor || !selection || !layer) Raise(error_number::kObjectNotSet);
+        const auto index = MakeIndex(*feature_class_of(*layer));
+        const DuplicatePass pass{*m_services.Messages, Document(), m_pleaseWait, CountLimit(m_beyondLimits)};
+        remove_duplicates(pass, std::move(cursor), *selection, *index, m_rules.LooksAtShapes);
+    });
+}
+
+std::shared_ptr<ISelectionSet> DuplicateCommand::GetSelectionFromActiveLayer() {
+    return Guarded(*m_services.Messages, m_rules.SelectionOfSelectedLayerLabel,
+                   [&] { return selection_of_selected_layer(Document()); });
+}
+
+std::shared_ptr<ISelectionSet> DuplicateCommand::GetSelectionFrom2Layer(const std::string& name) {
+    return Guarded(*m_services.Messages, m_rules.SelectionOfLayerLabel,
+                   [&] { return selection_of_layer_named(Document(), name); });
+}
+
+IMxDocument& DuplicateCommand::Document() const {
+    if (!m_document) Raise(error_number::kObjectNotSet);
+    return *m_document;
+}
+
+}  // namespace wxl::movement
