@@ -1,10 +1,11 @@
-// Shapefiles of any bytes through the adapter of files on disk: read or refused, changed or refused, never half.
+// Shapefiles of any bytes through the adapter of files on disk: read as by OGR alone or refused, changed or refused, never half.
 
 #include "adapters/files/ogr_feature_class.h"
 #include "adapters/files/shapefile_workspace.h"
 #include "fuzz/patched_files.h"
 #include "fuzz/scratch_files.h"
 #include "platform/text.h"
+#include "tests/support/ogr_rows.h"
 
 #include <cmath>
 
@@ -87,6 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         features->Bounds();
         const std::int64_t rows = read_all(*features);
         require(rows == features->FeatureCount(), "as many rows as counted");
+        require(tests::rows_by_cursor(*features, {}) == tests::rows_by_ogr(path, {}), "the rows that OGR gives");
     });
     // A change keeps the rows that it does not delete, and the file stays one that can be opened.
     std::int64_t left = 0;

@@ -4,6 +4,7 @@
 #include "adapters/files/ogr_source.h"
 #include "adapters/files/point_shapefile.h"
 #include "platform/text.h"
+#include "tests/support/ogr_rows.h"
 #include "tests/unit/adapters/shapefile_fixture.h"
 
 #include <limits>
@@ -17,6 +18,7 @@ using platform::Point;
 using platform::ShapeType;
 namespace fs = std::filesystem;
 using Kind = PointRows::Kind;
+using tests::ReadRow;
 
 struct Column {
     std::string Name;
@@ -118,55 +120,12 @@ fs::path write_shapefile(const fs::path& folder, const RawShapefile& raw) {
     return shapefile;
 }
 
-/// Object ID, location (none: no shape) and the cells asked for.
-struct ReadRow {
-    std::int64_t OID;
-    platform::Geometry Shape;
-    std::vector<FieldValue> Cells;
-    friend bool operator==(const ReadRow&, const ReadRow&) = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const ReadRow& row) {
-    out << row.OID << " (" << row.Shape.Location.X << ", " << row.Shape.Location.Y << ")";
-    for (const FieldValue& cell : row.Cells) out << " [" << cell.index() << ": " << platform::ValueText(cell) << "]";
-    return out;
-}
-
-bool is_asked(const platform::Search& search, const std::string& column) {
-    return search.Fields.empty() ||
-           std::find(search.Fields.begin(), search.Fields.end(), column) != search.Fields.end();
-}
-
-std::vector<ReadRow> rows_by_ogr(const fs::path& shapefile, const platform::Search& search) {
-    OgrSource source(shapefile, "", Sources::kPlain);
-    const auto fields = fields_of(source.Layer());
-    std::vector<ReadRow> rows;
-    const CPLErrorHandlerPusher quiet(CPLQuietErrorHandler);
-    for (const auto& feature : source.Layer()) {
-        ReadRow row{feature->GetFID(), shape_of(feature->GetGeometryRef()), {}};
-        for (int i = 0; i < feature->GetFieldCount(); ++i)
-            if (is_asked(search, fields[static_cast<std::size_t>(i)].Name)) row.Cells.push_back(value_of(*feature, i));
-        rows.push_back(std::move(row));
-    }
-    return rows;
-}
-
 std::vector<ReadRow> rows_by_cursor(const fs::path& shapefile, const platform::Search& search) {
-    const auto features = OgrFeatureClass::Open(shapefile);
-    const auto fields = features->Table().Fields();
-    std::vector<ReadRow> rows;
-    const auto cursor = features->Find(search);
-    while (const auto feature = cursor->NextFeature()) {
-        ReadRow row{feature->OID(), feature->Shape(), {}};
-        for (std::size_t i = 0; i < fields.size(); ++i)
-            if (is_asked(search, fields[i].Name)) row.Cells.push_back(feature->Value(static_cast<int>(i)));
-        rows.push_back(std::move(row));
-    }
-    return rows;
+    return tests::rows_by_cursor(*OgrFeatureClass::Open(shapefile), search);
 }
 
 void expect_the_rows_of_ogr(const fs::path& shapefile, const platform::Search& search = {}) {
-    EXPECT_THAT(rows_by_cursor(shapefile, search), testing::ElementsAreArray(rows_by_ogr(shapefile, search)));
+    EXPECT_THAT(rows_by_cursor(shapefile, search), testing::ElementsAreArray(tests::rows_by_ogr(shapefile, search)));
 }
 
 /// Kinds of all rows; empty when OGR has to read all of the file.
