@@ -1,4 +1,5 @@
-// Shapefiles of any bytes through the adapter of files on disk: read as by OGR alone or refused, changed or refused, never half.
+// Shapefiles of any bytes through the adapter of files on disk: read as by OGR alone or refused, changed or refused,
+// never half.
 
 #include "adapters/files/ogr_feature_class.h"
 #include "adapters/files/shapefile_workspace.h"
