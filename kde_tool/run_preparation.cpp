@@ -89,6 +89,14 @@ RunInputs inputs_of(const frmKDE& form) {
     return inputs;
 }
 
+std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, const std::string& name) {
+    auto raster = form.Geodata().GetLayerByName(name).Raster;
+    if (!raster)
+        platform::Raise(platform::error_number::kObjectNotSet,
+                        "The first layer named " + name + " is not a raster layer.");
+    return raster;
+}
+
 RunPreparation::RunPreparation(frmKDE& form, IReportSink& report, IRunStages& stages)
     : m_form(form), m_services(form.Services()), m_report(report), m_stages(stages) {}
 
@@ -158,7 +166,7 @@ bool RunPreparation::GroupAnimals() {
     m_frame.RasterFormat = m_form.RasterFormat;
     if (m_frame.Inputs.Mode == ExtentMode::kFull) m_frame.LayerExtent = points->Bounds();
     if (m_frame.Inputs.Mode == ExtentMode::kReference)
-        m_frame.ReferenceRaster = m_form.Geodata().GetLayerByName(m_frame.Inputs.ReferenceName).Raster;
+        m_frame.ReferenceRaster = reference_raster(m_form, m_frame.Inputs.ReferenceName);
     return true;
 }
 

@@ -22,6 +22,9 @@ std::filesystem::path file_in_folder(const std::filesystem::path& folder, const 
 /// The form's choices as they stand now.
 RunInputs inputs_of(const frmKDE& form);
 
+/// The raster layer of this name. RuntimeError 91 where the map's first layer of the name is none.
+std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, const std::string& name);
+
 /// What a run decides once, before its first animal: checks, grouping, names, the head of the report, the settings
 /// record, the questions.
 ///

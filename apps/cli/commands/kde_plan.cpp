@@ -26,7 +26,7 @@ kde_tool::EstimateFrame frame_of(frmKDE& form) {
     const RunInputs inputs = kde_tool::inputs_of(form);
     platform::RasterGeometry reference;
     if (inputs.Mode == ExtentMode::kReference)
-        reference = form.Geodata().GetLayerByName(inputs.ReferenceName).Raster->Geometry();
+        reference = kde_tool::reference_raster(form, inputs.ReferenceName)->Geometry();
     const bool full = inputs.Mode == ExtentMode::kFull;
     return kde_tool::estimate_frame(inputs,
                                     full ? form.PointLayer().Feature->FeatureClass()->Bounds() : platform::Extent(),

@@ -10,6 +10,7 @@
 #include "platform/runtime_error.h"
 
 #include <filesystem>
+#include <system_error>
 
 namespace wxl::cli {
 
@@ -20,15 +21,25 @@ std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options
     return open_measured_point_layer(options.Points);
 }
 
-/// Adds the raster of --extent ref:RASTER to the map, under its path as a name, which no other layer has.
-void add_reference(const KdeOptions& options, ToolSession& session) {
-    if (!options.Extent || !options.Extent->starts_with("ref:")) return;
+/// A file by its whole path, which means the same from any folder; anything else that can be opened as it is written.
+std::string full_name(const std::string& raster) {
+    std::error_code unknown;
+    return std::filesystem::exists(raster, unknown) ? std::filesystem::absolute(raster).lexically_normal().string()
+                                                    : raster;
+}
+
+/// Adds the raster of --extent ref:RASTER to the map, under a name that no other layer has. The extent by that name.
+std::optional<std::string> add_reference(const KdeOptions& options, ToolSession& session) {
+    if (!options.Extent || !options.Extent->starts_with("ref:")) return options.Extent;
     const std::string raster = options.Extent->substr(4);
     platform::Layer layer = files::layer_of(opened(options.Points.AllowIndirect, [&](files::Sources sources) {
         return std::make_shared<files::FilesRasterLayer>(raster, sources);
     }));
-    layer.Name = raster;
+    layer.Name = full_name(raster);
+    while (session.Geodata().LayerExists(layer.Name)) layer.Name += " (raster)";
+    const std::string extent = "ref:" + layer.Name;
     session.Document().Map().AddLayer(std::move(layer));
+    return extent;
 }
 
 }  // namespace
@@ -51,13 +62,14 @@ KdeSession::KdeSession(const KdeOptions& options, Console& console)
       m_host(*m_session.Services().Host, console),
       m_services(m_session.Services()) {
     m_session.AddInput(m_layer);
-    add_reference(options, m_session);
+    KdeOptions choices = options;
+    choices.Extent = add_reference(options, m_session);
     m_services.Host = &m_host;
     m_services.Dialogs = &m_dialogs;
     m_form.emplace(m_services, m_session.Geodata());
     m_form->KeepsFixes = true;
     m_host.Watch(*m_form);
-    fill_form(options, *m_layer, m_dialogs, *m_form);
+    fill_form(choices, *m_layer, m_dialogs, *m_form);
 }
 
 void prepare_output(const KdeOptions& options, kde_tool::frmKDE& form) {

@@ -326,6 +326,26 @@ TEST_F(KdeCommand, A_reference_raster_gives_extent_and_cells) {
         run_wxl({"kde", Points, "--id-field", "animal", "--out", other, "--extent", "ref:" + Out + "/absent"}).Code, 1);
 }
 
+TEST_F(KdeCommand, A_reference_raster_beside_a_layer_of_the_same_name_is_found) {
+    ASSERT_EQ(Kde({"--cell-size", "40", "--extent", "full:500", "--prefix", "R"}).Code, 0);
+    fs::rename(fs::path(Out) / "R1", Folder / "points");
+    const fs::path before = fs::current_path();
+    fs::current_path(fs::path(Points).parent_path());
+    const auto kde = [&](const std::string& more) {
+        return run_wxl({"kde", "points.shp", "--id-field", "animal", "--out", "other", "--extent", "ref:points",
+                        "--bandwidth", "80", "--json", more});
+    };
+    const Ran planned = kde("--dry-run");
+    const Ran ran = kde("--rescale");
+    fs::current_path(before);
+    ASSERT_EQ(planned.Code, 0) << planned.Err;
+    EXPECT_EQ(json::parse(planned.Out)["animals"][0]["columns"], 47);
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(json::parse(ran.Out)["animals"][0]["columns"], 47);
+    EXPECT_THAT(content(Folder / "other" / "WXL_KDE_ANALYSIS.txt"),
+                HasSubstr("reference layer (" + (Folder / "points").string() + ")"));
+}
+
 TEST_F(KdeCommand, Failing_animals_are_told_and_a_batch_without_any_success_fails) {
     Import("one", "a,x,y\n1,0,0\n2,0,0\n2,500,100\n2,100,400\n");
     const auto run = [&](const std::string& out, const std::string& cell) {

@@ -332,6 +332,18 @@ TEST_F(AnalysisRunTest, A_reference_raster_gives_extent_and_cells) {
     EXPECT_THAT(Report(), HasSubstr("Raster cell size: \r\n"));
 }
 
+TEST_F(AnalysisRunTest, A_reference_whose_name_another_layer_has_first_is_refused) {
+    AddTwoAnimals();
+    Open();
+    Form->cmbExtRef.Items.emplace_back("bears");
+    Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
+    ASSERT_TRUE(Form->cmbExtRef.Select("bears"));
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_THAT(Messages.Boxes().front().Text, HasSubstr("The first layer named bears is not a raster layer."));
+    EXPECT_TRUE(Keeper.Records.empty());
+}
+
 TEST_F(AnalysisRunTest, Selected_features_alone_are_grouped_at_the_layers_full_extent) {
     AddTwoAnimals();
     Layer->Select({0, 1, 2, 3});
