@@ -71,6 +71,16 @@ TEST_F(KernelCalculator, Rescaling_without_a_spread_faults_with_the_number_of_it
     EXPECT_EQ(status_after(&clsKernelCalculator::CalculateKernel), 1006);
 }
 
+// Variance of x is 0: the first rescaled coordinate is a division by it.
+TEST_F(KernelCalculator, Rescaling_without_a_spread_in_x_shows_what_went_wrong) {
+    k.SetInputCoords(PointSample{{3.0, 1.0}, {3.0, 2.0}});
+    k.SetEnforceUnitVariance(true);
+    k.CalculateHREF();
+    EXPECT_EQ(k.lErrorStatus, 1061);
+    EXPECT_EQ(messages.Last().Text, "CalcHREF: 11, Division by zero");
+    EXPECT_EQ(messages.Last().Title, "Error");
+}
+
 TEST_F(KernelCalculator, Rescaling_of_one_fix_faults_with_the_number_of_its_step) {
     k.SetInputCoords(PointSample{{3.0, 1.0}});
     k.SetEnforceUnitVariance(true);
@@ -158,6 +168,45 @@ TEST_F(KernelCalculator, A_manual_bandwidth_is_in_map_units_before_and_after_the
     EXPECT_NEAR(k.GetScaledBandwidth(), 3.0, 1e-15);
 }
 
+// 4^(-1/6) in standard deviations, whose mean is sqrt(3) map units.
+TEST_F(KernelCalculator, Href_is_not_divided_under_unit_variance) {
+    for (const double earlier : {0.0, 3.0}) {
+        k.SetInputCoords(kRectangle);
+        k.SetEnforceUnitVariance(true);
+        SetGrid(5, 5, 1.0);
+        k.SetManualBandwidth(earlier);
+        k.CalculateHREF();
+        k.CalculateKernel();
+        EXPECT_EQ(k.lErrorStatus, 0) << earlier;
+        EXPECT_DOUBLE_EQ(k.GetBandwidth(), 0.7937005259840998) << earlier;
+        EXPECT_DOUBLE_EQ(k.GetScaledBandwidth(), 1.374729636998602) << earlier;
+    }
+}
+
+TEST_F(KernelCalculator, The_bandwidth_of_a_search_is_not_divided_under_unit_variance) {
+    for (const auto search : {&clsKernelCalculator::CalculateLSCV, &clsKernelCalculator::CalculateBCV}) {
+        k.SetInputCoords(tests::normal_sample(60, 100.0, {500.0, 500.0}, 82));
+        k.SetEnforceUnitVariance(true);
+        SetGrid(5, 5, 1.0);
+        k.SetManualBandwidth(300.0);
+        (k.*search)();
+        const double found = k.GetBandwidth();
+        EXPECT_GT(found, 0.0);
+        EXPECT_LT(found, 2.0);
+        k.CalculateKernel();
+        EXPECT_EQ(k.lErrorStatus, 0);
+        EXPECT_EQ(k.GetBandwidth(), found);
+    }
+}
+
+TEST_F(KernelCalculator, GetScaledBandwidth_scales_only_while_unit_variance_is_enforced) {
+    k.SetInputCoords(kRectangle);
+    k.SetEnforceUnitVariance(true);
+    k.CalculateHREF();
+    k.SetEnforceUnitVariance(false);
+    EXPECT_DOUBLE_EQ(k.GetScaledBandwidth(), 0.7937005259840998);
+}
+
 TEST_F(KernelCalculator, A_proportion_multiplies_the_bandwidth_at_each_call) {
     k.SetInputCoords(kSquare);
     SetGrid(5, 5, 1.0);
@@ -186,6 +235,49 @@ TEST_F(KernelCalculator, A_bandwidth_below_the_cell_size_is_refused_with_both_nu
     k.CalculateKernel();
     EXPECT_EQ(k.lErrorStatus, 5002);
     EXPECT_EQ(k.WarningMessages(), "The bandwidth (9.999) is smaller than the cell size (10). Processing aborted.\r");
+    EXPECT_EQ(k.GetKernel(), nullptr);
+}
+
+// A manual bandwidth was divided by sqrt(3) by then: the text has it in map units again.
+TEST_F(KernelCalculator, The_refused_bandwidth_is_told_in_map_units_under_unit_variance) {
+    k.SetInputCoords(kRectangle);
+    k.SetEnforceUnitVariance(true);
+    SetGrid(5, 5, 4.0);
+    k.SetManualBandwidth(3.0);
+    k.CalculateKernel();
+    EXPECT_EQ(k.lErrorStatus, 5002);
+    EXPECT_EQ(k.WarningMessages(), "The bandwidth (3) is smaller than the cell size (4). Processing aborted.\r");
+}
+
+TEST_F(KernelCalculator, The_refused_bandwidth_is_told_with_15_digits) {
+    k.SetInputCoords(kSquare);
+    SetGrid(5, 5, 4.0);
+    k.SetManualBandwidth(10.0 / 3.0);
+    k.CalculateKernel();
+    EXPECT_EQ(k.WarningMessages(),
+              "The bandwidth (3.33333333333333) is smaller than the cell size (4). Processing aborted.\r");
+    k.SetInputCoords(kSquare);
+    k.SetCellSize(1.0);
+    k.CalculateHREF();
+    k.CalculateKernel();
+    EXPECT_EQ(k.WarningMessages(),
+              "The bandwidth (0.916486424665735) is smaller than the cell size (1). Processing aborted.\r");
+}
+
+// 0.75 x 1.5 = 1.125 is above the cell size, 0.75 x 1.125 below it.
+TEST_F(KernelCalculator, A_second_kernel_that_fails_leaves_nothing_of_the_first) {
+    k.SetInputCoords(kSquare);
+    SetGrid(5, 5, 1.0);
+    k.SetManualBandwidth(1.5);
+    k.SetProportionHRefBandwidth(0.75);
+    k.CalculateKernel();
+    ASSERT_EQ(k.lErrorStatus, 0);
+    ASSERT_NE(k.GetKernel(), nullptr);
+    ASSERT_GT(k.GetKernelVolume(), 0.0);
+    k.CalculateKernel();
+    EXPECT_EQ(k.lErrorStatus, 5002);
+    EXPECT_EQ(k.WarningMessages(), "The bandwidth (0.84375) is smaller than the cell size (1). Processing aborted.\r");
+    EXPECT_EQ(k.GetKernelVolume(), 0.0);
     EXPECT_EQ(k.GetKernel(), nullptr);
 }
 

@@ -58,6 +58,20 @@ TEST_F(KernelCalculator, A_fix_on_a_cell_boundary_belongs_to_the_right_column_an
     EXPECT_EQ(touched(*k.GetKernel()), (platform::Extent{3, 3, 5, 5}));
 }
 
+// Pilot 2 : 1 (a kilometre is 500 bandwidths: nothing reaches across), so g is 2^(2/3) of the lower one, and lambda
+// is 2^(-1/6) at the pair and 2^(1/3) at the lone fix. Peaks: 1e6 / (2 pi 4) x (2/3) 2^(1/3) and x (1/3) 2^(-2/3), both
+// but for the tenth digit, because logarithms have the base 2.718281828.
+TEST_F(KernelCalculator, The_adaptive_kernel_narrows_where_fixes_are_dense) {
+    k.SetInputCoords(PointSample{{2.5, 2.5}, {2.5, 2.5}, {1002.5, 2.5}});
+    SetGrid(1005, 5, 1.0);
+    k.SetManualBandwidth(2.0);
+    k.SetFixedKernel(false);
+    k.CalculateKernel();
+    ASSERT_EQ(k.lErrorStatus, 0);
+    EXPECT_NEAR(Cell(2, 2), 33420.44385580965, 1e-7);
+    EXPECT_NEAR(Cell(1002, 2), 8355.110962974412, 1e-7);
+}
+
 TEST_F(KernelCalculator, Row_0_is_the_northern_row) {
     k.SetInputCoords(PointSample{{1.5, 8.5}});
     SetGrid(9, 9, 1.0);
@@ -146,9 +160,10 @@ TEST_F(KernelCalculator, No_fixes_fault_without_a_grid) {
     EXPECT_EQ(k.GetKernel(), nullptr);
     k.SetInputCoords(PointSample{});
     k.SetFixedKernel(false);
+    k.SetManualBandwidth(2.0);
     k.CalculateKernel();
     EXPECT_EQ(k.lErrorStatus, 10082);
-    EXPECT_EQ(messages.Last().Text, "Local smooth error: 10082, 0, 0, 1");
+    EXPECT_EQ(messages.Last().Text, "Local smooth error: 10082, 0, 0, 2");
 }
 
 TEST_F(KernelCalculator, Coordinates_that_are_no_numbers_fault_without_a_grid) {

@@ -143,6 +143,27 @@ TEST_F(KernelCalculator, A_reference_raster_over_fifty_million_cells_is_refused)
     memory::MemoryRasterLayer layer("relief", {.CellSize = 1.0, .Columns = 10000, .Rows = 10000});
     k.SetReferenceRaster(&layer);
     EXPECT_EQ(k.lErrorStatus, 1001);
+    EXPECT_EQ(k.WarningMessages(), "");
+}
+
+TEST_F(KernelCalculator, A_grid_over_fifty_million_cells_blocks_every_calculation_until_the_next_sample) {
+    k.SetInputCoords(kSquare);
+    k.SetColumns(5001);
+    k.SetRows(10000);
+    const std::vector<void (clsKernelCalculator::*)()> calculations = {
+        &clsKernelCalculator::CalculateHREF, &clsKernelCalculator::CalculateLSCV, &clsKernelCalculator::CalculateBCV,
+        &clsKernelCalculator::CalculateKernel};
+    for (std::size_t i = 0; i < calculations.size(); ++i) {
+        (k.*calculations[i])();
+        EXPECT_EQ(k.lErrorStatus, 1001) << i;
+        EXPECT_EQ(k.GetHREF(), 0.0) << i;
+        EXPECT_EQ(k.GetBandwidth(), 0.0) << i;
+        EXPECT_EQ(k.WarningMessages(), "") << i;
+    }
+    k.SetInputCoords(kSquare);
+    EXPECT_EQ(k.lErrorStatus, 0);
+    k.CalculateHREF();
+    EXPECT_DOUBLE_EQ(k.GetHREF(), 0.916486424665735);
 }
 
 TEST_F(KernelCalculator, SetInputCoords_keeps_bandwidth_and_grid_but_clears_the_rest) {
@@ -160,6 +181,54 @@ TEST_F(KernelCalculator, SetInputCoords_keeps_bandwidth_and_grid_but_clears_the_
     EXPECT_FALSE(k.HasLSCVProfile);
     EXPECT_EQ(k.GetBandwidth(), 0.5);
     EXPECT_EQ(k.GetColumnCount(), 10);
+}
+
+// Both samples have HREF 4^(-1/6) once rescaled; standard deviations of the second: sqrt(16/3) and sqrt(64/3).
+TEST_F(KernelCalculator, SetInputCoords_clears_the_proportion_and_rescales_the_new_sample) {
+    k.SetInputCoords(kRectangle);
+    k.SetEnforceUnitVariance(true);
+    SetGrid(5, 5, 1.0);
+    k.SetManualBandwidth(4.0);
+    k.SetProportionHRefBandwidth(2.0);
+    k.CalculateHREF();
+    k.SetInputCoords(PointSample{{0.0, 0.0}, {4.0, 0.0}, {0.0, 8.0}, {4.0, 8.0}});
+    k.CalculateHREF();
+    EXPECT_DOUBLE_EQ(k.GetHREF(), 0.7937005259840998);
+    k.CalculateKernel();
+    EXPECT_EQ(k.lErrorStatus, 0);
+    EXPECT_DOUBLE_EQ(k.GetBandwidth(), 0.7937005259840998);
+    EXPECT_DOUBLE_EQ(k.GetScaledBandwidth(), 2.749459273997206);
+}
+
+// 3 map units are sqrt(3) of the rescaled units of the rectangle; HREF is in those units already.
+TEST_F(KernelCalculator, SetInputCoords_keeps_href_and_the_way_of_choosing_the_bandwidth) {
+    k.SetInputCoords(kRectangle);
+    k.SetEnforceUnitVariance(true);
+    SetGrid(5, 5, 1.0);
+    k.CalculateHREF();
+    k.SetInputCoords(kRectangle);
+    EXPECT_DOUBLE_EQ(k.GetHREF(), 0.7937005259840998);
+    k.CalculateKernel();
+    EXPECT_DOUBLE_EQ(k.GetBandwidth(), 0.7937005259840998);
+    k.SetManualBandwidth(3.0);
+    k.SetInputCoords(kRectangle);
+    k.CalculateKernel();
+    EXPECT_NEAR(k.GetBandwidth(), 1.7320508075688772, 1e-15);
+}
+
+// Radius 2 of cells of 1: three cells beyond the fix's own. Peak: 10 / (2 pi 2^2).
+TEST_F(KernelCalculator, SetInputCoords_keeps_limit_radius_and_scaling_factor) {
+    k.SetLimitRadius(2.0);
+    k.SetScalingFactor(10.0);
+    SetGrid(11, 11, 1.0);
+    k.SetManualBandwidth(2.0);
+    k.SetInputCoords(PointSample{{5.5, 5.5}});
+    k.CalculateKernel();
+    ASSERT_EQ(k.lErrorStatus, 0);
+    EXPECT_NEAR(Cell(5, 5), 0.3978873577297387, 1e-15);
+    EXPECT_GT(Cell(8, 8), 0.0);
+    EXPECT_EQ(Cell(9, 5), 0.0);
+    EXPECT_EQ(Cell(5, 9), 0.0);
 }
 
 TEST_F(KernelCalculator, Every_accepted_setting_makes_the_kernel_invalid) {
