@@ -200,7 +200,8 @@ void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform
         if (i == 0) {
             donuts.Insert(outer, {m_statistics.Maximum, m_levels[0], 0.0, m_boundaries[0]});
         } else {
-            const Geometry& inner = polygons[i - 1];
+            // A percentage that shares an earlier one's level shares its polygon too.
+            const Geometry& inner = polygons[nearest_level(m_levels[i - 1], m_levels)];
             const bool isNested = m_levels[i - 1] > m_levels[i] && !reaches_border(inner, bounds);
             const Geometry ring = isNested ? nested_ring(inner, outer, *m_services.Geometry)
                                            : ring_between(inner, outer, *m_services.Geometry);

@@ -16,7 +16,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -81,31 +80,18 @@ bool contains(const std::vector<std::string>& texts, const char* text) {
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
-/// AREA of the polygons by PERCENT; empty without polygons.
-std::map<double, double> areas_of(const std::shared_ptr<platform::IFeatureClass>& polygons) {
-    std::map<double, double> areas;
-    if (!polygons) return areas;
-    const int percent = polygons->Table().FindField("PERCENT");
-    const int area = polygons->Table().FindField("AREA");
-    if (percent < 0 || area < 0) return areas;
-    const auto cursor = polygons->Find({.Where = std::nullopt, .WithShape = false});
-    while (const auto polygon = cursor->NextFeature())
-        areas[platform::ValueNumber(polygon->Value(percent))] += platform::ValueNumber(polygon->Value(area));
-    return areas;
-}
-
 Result result_of(const isopleths::clsHISO& made, const std::vector<double>& given, const std::vector<double>& run) {
     Result result;
     result.MaxEdgeValue = made.GetMaxEdgeValue();
     result.Statistics = made.GetStatistics();
     result.Status = made.GetErrorStatus();
     const std::vector<double>& levels = made.GetLevels();
-    const std::map<double, double> areas = areas_of(made.GetPolysFeatureClass());
+    const std::vector<std::optional<double>>& areas = made.GetAreas();
     for (const double percent : given) {
         LevelResult one{percent, std::nullopt, std::nullopt};
         const auto place = static_cast<std::size_t>(std::lower_bound(run.begin(), run.end(), percent) - run.begin());
         if (place < levels.size()) one.Level = levels[place];
-        if (const auto area = areas.find(percent); area != areas.end()) one.Area = area->second;
+        if (place < areas.size()) one.Area = areas[place];
         result.Levels.push_back(one);
     }
     return result;

@@ -85,6 +85,22 @@ TEST_F(IsoplethCommand, Donuts_are_rings_whatever_the_order_of_the_percentages) 
     EXPECT_NEAR(areas[1], kArea95 - kArea50, 0.5);
 }
 
+// 40 and 50 % both need the neighbours of the middle, which end at a volume of 500008.
+TEST_F(IsoplethCommand, Percentages_that_share_a_level_share_its_area) {
+    const std::string raster = make_raster(Folder, "k1", rings(kHill));
+    const Ran ran = Draw(raster, {"--levels", "40,50,95", "--polygons", "--donuts", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const auto json = nlohmann::ordered_json::parse(ran.Out);
+    EXPECT_EQ(json["levels"][0]["level"], json["levels"][1]["level"]);
+    EXPECT_NEAR(json["levels"][0]["area"].get<double>(), kArea50, 0.5);
+    EXPECT_EQ(json["levels"][1]["area"], json["levels"][0]["area"]);
+    EXPECT_NEAR(json["levels"][2]["area"].get<double>(), kArea95, 0.5);
+    EXPECT_EQ(numbers_of(Output("poly"), "PERCENT"), (std::vector<double>{95, 40}));
+    const auto donuts = numbers_of(Output("donut"), "AREA");
+    ASSERT_EQ(donuts.size(), 2U);
+    EXPECT_NEAR(donuts[1], kArea95 - kArea50, 0.5);
+}
+
 TEST_F(IsoplethCommand, Draws_polygons_when_nothing_is_named_and_prints_a_table) {
     const std::string raster = make_raster(Folder, "k1", rings(kHill));
     const Ran ran = Draw(raster, {"--levels", "50"});
@@ -102,7 +118,7 @@ TEST_F(IsoplethCommand, Reads_a_geotiff_as_a_grid) {
     EXPECT_EQ(ran.Code, 0) << ran.Err;
     const auto json = nlohmann::ordered_json::parse(ran.Out);
     EXPECT_DOUBLE_EQ(json["levels"][0]["level"].get<double>(), kLevel95);
-    EXPECT_TRUE(json["levels"][0]["area"].is_null());
+    EXPECT_NEAR(json["levels"][0]["area"].get<double>(), kArea95, 0.5) << "known without polygons too";
     EXPECT_EQ(numbers_of(Output("line"), "PERCENT"), (std::vector<double>{95}));
     EXPECT_EQ(files::OgrFeatureClass::Open(Output("line"))->Reference().Name, "WGS 84 / UTM zone 33N");
 }

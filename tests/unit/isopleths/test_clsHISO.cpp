@@ -319,6 +319,23 @@ TEST(clsHISO, Decreasing_percentages_give_reversed_polygons_and_empty_rings) {
     EXPECT_TRUE(donuts->Find({})->NextFeature()->Shape().Type == platform::ShapeType::kPolygon);
 }
 
+// 10 and 20 % share the level 2, whose contour runs through the centres of 2 x 2 cells; that of 95 % runs through the
+// centres of 6 x 6 cells.
+TEST(clsHISO, A_donut_after_a_percentage_that_shares_its_level_leaves_out_the_polygon_of_that_level) {
+    IsoplethRig rig;
+    clsHISO hiso = rig.Object(terraces(), {10, 20, 95});
+    hiso.CreateIsopleths();
+    EXPECT_EQ(hiso.GetErrorStatus(), 0);
+    EXPECT_EQ(hiso.GetLevels(), (Numbers{2, 2, 1}));
+    const auto donuts = rig.Output("_donut");
+    EXPECT_EQ(rig.Column(*donuts, "PERCENT1"), (Numbers{0, 20}));
+    EXPECT_EQ(rig.Column(*donuts, "PERCENT2"), (Numbers{10, 95}));
+    const Numbers areas = rig.Column(*donuts, "AREA");
+    ASSERT_EQ(areas.size(), 2U);
+    EXPECT_NEAR(areas[0], 1.0, 1e-6);
+    EXPECT_NEAR(areas[1], 5.0 * 5.0 - 1.0, 1e-6);
+}
+
 // 32 cells in bin 50000 and 4 in bin 100000: total 2,000,000, of which the top bin holds 20 %.
 TEST(clsHISO, Levels_of_terraces) {
     IsoplethRig rig;
