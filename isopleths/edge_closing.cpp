@@ -114,8 +114,14 @@ private:
     bool m_evenIsHigh = false;
 };
 
-bool encloses_something(const Ring& ring) {
-    return ring.size() >= 4 && clockwise_area(ring) != 0.0;
+/// Whether a ring is wider than rounding makes it: contours at the very height of a peak or a ridge are drawn some
+/// 1e-15 cells wide, and whether anything of that is left depends on how far away the map's origin lies.
+bool encloses_something(const Ring& ring, double cellSize) {
+    constexpr double kNoWidth = 1e-9;  // cells
+    double length = 0.0;
+    for (std::size_t i = 1; i < ring.size(); ++i)
+        length += std::hypot(ring[i].X - ring[i - 1].X, ring[i].Y - ring[i - 1].Y);
+    return ring.size() >= 4 && std::abs(clockwise_area(ring)) > kNoWidth * cellSize * std::max(cellSize, length);
 }
 
 void drop_repeated_vertices(Ring& ring) {
@@ -207,7 +213,7 @@ std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double level, 
         rings.push_back(edge.WholeEdge());
 
     std::ranges::for_each(rings, drop_repeated_vertices);
-    std::erase_if(rings, [](const Ring& ring) { return !encloses_something(ring); });
+    std::erase_if(rings, [&](const Ring& ring) { return !encloses_something(ring, edge.CellSize()); });
     sort_by_area(rings);
     return rings;
 }

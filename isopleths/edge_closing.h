@@ -17,6 +17,9 @@ public:
     /// `edge` holds the outer cells of a raster of that geometry, at least one column and row.
     OuterEdge(const platform::RasterGeometry& geometry, SurfaceEdge edge);
 
+    /// Side of a cell in map units.
+    double CellSize() const { return m_geometry.CellSize; }
+
     /// Length of the edge in map units.
     double Length() const { return 2.0 * (m_bounds.Width() + m_bounds.Height()); }
 
@@ -43,7 +46,8 @@ private:
 /// The contours of one level as closed rings around what is at or above it or, within that, below it. Lines that end on
 /// the outer edge are joined along those stretches of it that are at or above the level; a surface whose whole edge is
 /// at or above the level has the edge itself as a ring. A line that ends elsewhere is closed by a straight side. Rings
-/// that enclose nothing are left out. Sorted by sort_by_area.
+/// that enclose nothing, or less than rounding may make (a billionth of a cell wide), are left out. Sorted by
+/// sort_by_area.
 /// @param lines all contour lines of the level
 std::vector<Ring> closed_contours(std::vector<platform::ContourLine> lines, double level, const OuterEdge& edge);
 

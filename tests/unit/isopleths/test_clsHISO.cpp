@@ -256,6 +256,47 @@ TEST(clsHISO, A_bump_cut_by_the_edge_keeps_the_edge_line_on_the_outer_edge) {
     EXPECT_NEAR(rig.Column(*rig.Output("_poly"), "AREA").at(0) / expected, 1.0, 0.02);
 }
 
+/// Cells of 10: zero but for a peak of height 4, its 8 neighbours of height 2 and the 16 cells around them of height 1.
+/// The volume is 100000 + 8 x 50000 + 16 x 25000 bin units, of which the peak holds 11 %.
+Surface peak(double originX, double originY) {
+    return tests::surface_of({originX, originY, 10, 9, 9}, [](double column, double row) {
+        const double d = std::max(std::abs(column - 4), std::abs(row - 4));
+        return d < 1 ? 4.0 : d < 2 ? 2.0 : d < 3 ? 1.0 : 0.0;
+    });
+}
+
+TEST(clsHISO, A_level_equal_to_one_highest_cell_gives_no_feature_wherever_the_raster_lies) {
+    for (const auto& [x, y] : {std::pair{0.0, 0.0}, {500003.0, 4649003.0}, {-1234567.1, 8765432.3}}) {
+        IsoplethRig rig;
+        clsHISO hiso = rig.Object(peak(x, y), {2, 50});
+        hiso.CreateIsopleths();
+        EXPECT_EQ(hiso.GetErrorStatus(), 0) << x;
+        EXPECT_EQ(hiso.GetLevels(), (Numbers{4, 2}));
+        EXPECT_EQ(rig.Column(*rig.Output("_line"), "PERCENT"), (Numbers{50})) << x;
+        EXPECT_EQ(rig.Column(*rig.Output("_poly"), "PERCENT"), (Numbers{50})) << x;
+        EXPECT_EQ(rig.Column(*rig.Output("_donut"), "PERCENT2"), (Numbers{50})) << x;
+        EXPECT_EQ(hiso.GetAreas().at(0), std::nullopt) << x;
+
+        IsoplethRig alone;
+        clsHISO only = alone.Object(peak(x, y), {2});
+        only.CreateIsopleths();
+        EXPECT_EQ(only.GetErrorStatus(), 3000) << x;
+        EXPECT_TRUE(alone.Shapefiles.Published().empty()) << x;
+    }
+}
+
+TEST(clsHISO, A_level_equal_to_a_ridge_one_cell_wide_gives_no_feature_wherever_the_raster_lies) {
+    for (const auto& [x, y] : {std::pair{0.0, 0.0}, {500003.0, 4649003.0}}) {
+        IsoplethRig rig;
+        const Surface ridge = tests::surface_of({x, y, 10, 200, 9}, [](double column, double row) {
+            return row == 4 && column > 3 && column < 190 ? 4.0 : 0.3;
+        });
+        clsHISO hiso = rig.Object(ridge, {50});
+        hiso.CreateIsopleths();
+        EXPECT_EQ(hiso.GetErrorStatus(), 3000) << x;
+    }
+}
+
 TEST(clsHISO, Only_what_was_asked_for_is_created) {
     for (const int wanted : {0, 1, 2}) {
         IsoplethRig rig;

@@ -148,6 +148,24 @@ TEST(ClosedContours, What_encloses_nothing_is_left_out) {
                     .empty());
 }
 
+// Cells of 10: a square of 3e-4 holds 9e-8, one of 4e-4 holds 1.6e-7, and a billionth of a cell's area is 1e-7.
+TEST(ClosedContours, Less_than_a_billionth_of_a_cell_is_nothing) {
+    const auto square = [](double side) {
+        return ContourLine{0.5, {{0, 0}, {side, 0}, {side, side}, {0, side}, {0, 0}}};
+    };
+    EXPECT_TRUE(closed_contours({square(3e-4)}, 0.5, flat_edge(0)).empty());
+    EXPECT_EQ(closed_contours({square(4e-4)}, 0.5, flat_edge(0)).size(), 1U);
+}
+
+// A strip as long as 3 cells of 10 has sides of 60: a billionth of a cell's width all around them holds 6e-7.
+TEST(ClosedContours, A_strip_less_than_a_billionth_of_a_cell_wide_is_nothing) {
+    const auto strip = [](double width) {
+        return ContourLine{0.5, {{0, 0}, {30, 0}, {30, width}, {0, width}, {0, 0}}};
+    };
+    EXPECT_TRUE(closed_contours({strip(1.9e-8)}, 0.5, flat_edge(0)).empty());
+    EXPECT_EQ(closed_contours({strip(2.1e-8)}, 0.5, flat_edge(0)).size(), 1U);
+}
+
 TEST(ClosedContours, Come_by_descending_area_then_from_west_to_east) {
     const auto square = [](double x, double y, double side) {
         return ContourLine{0.5, {{x, y}, {x + side, y}, {x + side, y + side}, {x, y + side}, {x, y}}};
