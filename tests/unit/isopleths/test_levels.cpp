@@ -40,12 +40,11 @@ TEST(Levels, A_level_is_the_lowest_bin_that_completes_the_share_from_the_top) {
     EXPECT_DOUBLE_EQ(levels[4], 0.99999);
 }
 
-// Two cells in bin 100000, two in bin 50000, one in bin 0: total 300000, of which the top bin holds exactly two thirds.
+// One cell in bin 100000, two in bin 50000, one in bin 0: total 200000, of which the top bin holds exactly 50 %.
 TEST(Levels, A_share_that_falls_on_a_bins_boundary_takes_that_bin) {
-    const std::vector<double> levels = levels_of({0, 5, 5, 10, 10}, 5, {100.0 * 2 / 3, 66.0, 67.0});
-    EXPECT_DOUBLE_EQ(levels[1], 10.0);
-    EXPECT_DOUBLE_EQ(levels[2], 5.0);
-    EXPECT_EQ(levels[0], 100.0 * 2 / 3 / 100.0 * 300000 <= 200000.0 ? levels[1] : levels[2]);
+    const std::vector<double> levels = levels_of({0, 5, 5, 10}, 2, {50, 50.001});
+    EXPECT_DOUBLE_EQ(levels[0], 10.0);
+    EXPECT_DOUBLE_EQ(levels[1], 5.0);  // 100002: bin 50000 is needed
 }
 
 TEST(Levels, Zero_percent_lies_above_every_cell) {
@@ -103,12 +102,13 @@ TEST(Levels, Cells_of_single_precision_are_binned_in_double_precision) {
     EXPECT_EQ(histogram.TotalVolume(), 100000.0 + 50000.0 + 49999.0);
 }
 
+// 21474 x 100000 is 2147400000, 21475 x 100000 is 2147500000, and the largest 32-bit number is 2147483647.
 TEST(Levels, A_bin_100000_of_21474_cells_passes_and_of_21475_overflows) {
-    std::vector<double> cells(21475, 1.0);
-    cells[0] = 0.0;
-    EXPECT_DOUBLE_EQ(levels_of(cells, 25, {50}).front(), 1.0);
-    cells.resize(21500, 1.0);
-    EXPECT_EQ(fault_of([&] { levels_of(cells, 25, {50}); }), 6);
+    std::vector<double> cells(1, 0.0);
+    cells.resize(1 + 21474, 1.0);
+    EXPECT_DOUBLE_EQ(levels_of(cells, 1 + 21474, {50}).front(), 1.0);
+    cells.resize(1 + 21475, 1.0);
+    EXPECT_EQ(fault_of([&] { levels_of(cells, 1 + 21475, {50}); }), 6);
 }
 
 // 28633 x 75000 is 2147475000, 28634 x 75000 is 2147550000.
