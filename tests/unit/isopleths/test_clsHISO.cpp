@@ -88,6 +88,22 @@ TEST(clsHISO, A_good_call_never_clears_an_earlier_code) {
     EXPECT_TRUE(rig.Messages.Boxes().empty());
 }
 
+TEST(clsHISO, Setting_no_band_leaves_the_band_set_before_in_place) {
+    IsoplethRig rig;
+    const Surface surface = bump();
+    clsHISO hiso(rig.Services, rig.Utilities());
+    hiso.SetRasterBand(memory::MakeRaster("r", surface.Geometry, surface.Cells)->Band());
+    hiso.SetRasterBand(nullptr);
+    hiso.SetCalculatePolys(true);
+    hiso.SetIsoplethBoundaries({50});
+    hiso.SetOutputFolder("/out");
+    hiso.SetOutputName("ELK12_iso");
+    hiso.CreateIsopleths();
+    EXPECT_EQ(hiso.GetErrorStatus(), 1002);
+    EXPECT_NE(rig.Output("_poly"), nullptr);
+    EXPECT_TRUE(rig.Messages.Boxes().empty());
+}
+
 TEST(clsHISO, An_empty_name_leaves_the_earlier_one_in_place) {
     IsoplethRig rig;
     clsHISO hiso = rig.Object(bump(), {50});
@@ -423,6 +439,44 @@ TEST(clsHISO, A_border_of_high_cells_raises_the_edge_value_and_closes_along_the_
     EXPECT_EQ(rig.Output("_line")->FeatureCount(), 2);
     EXPECT_EQ(rig.Output("_poly")->Bounds(), (platform::Extent{0, 0, 12, 9}));
     EXPECT_EQ(rig.Output("_poly")->Find({})->NextFeature()->Shape().Parts.size(), 2U);
+}
+
+/// Contours that are told instead of drawn.
+class ToldContours final : public platform::IContourOperation {
+public:
+    explicit ToldContours(std::vector<platform::ContourLine> lines) : m_lines(std::move(lines)) {}
+    std::vector<platform::ContourLine> Contours(platform::IRasterDataset& /*raster*/,
+                                                std::span<const double> /*levels*/) override {
+        return m_lines;
+    }
+
+private:
+    std::vector<platform::ContourLine> m_lines;
+};
+
+// Unit squares of the values 1.5, 1.6 and 1.4 between the levels 2 and 1.
+TEST(clsHISO, A_contour_belongs_to_the_nearest_level_and_in_a_tie_to_the_first) {
+    IsoplethRig rig;
+    const auto square = [](double value, double x) {
+        return platform::ContourLine{value, {{x, 5}, {x, 6}, {x + 1, 6}, {x + 1, 5}, {x, 5}}};
+    };
+    ToldContours contours({square(1.5, 3), square(1.6, 6), square(1.4, 9)});
+    rig.Services.Contours = &contours;
+    clsHISO hiso = rig.Object(terraces(), {20, 21});
+    hiso.CreateIsopleths();
+    EXPECT_EQ(hiso.GetErrorStatus(), 0);
+    EXPECT_EQ(hiso.GetLevels(), (Numbers{2, 1}));
+    const auto lines = rig.Output("_line");
+    EXPECT_EQ(rig.Column(*lines, "PERCENT"), (Numbers{20, 20, 21}));
+    Numbers west;
+    const auto cursor = lines->Find({});
+    while (const auto line = cursor->NextFeature()) west.push_back(line->Shape().Parts.at(0).at(0).X);
+    EXPECT_EQ(west, (Numbers{3, 6, 9}));
+    EXPECT_EQ(rig.Column(*rig.Output("_poly"), "PERCENT"), (Numbers{21, 20}));
+    const Numbers areas = rig.Column(*rig.Output("_poly"), "AREA");
+    ASSERT_EQ(areas.size(), 2U);
+    EXPECT_DOUBLE_EQ(areas[0], 1.0);
+    EXPECT_DOUBLE_EQ(areas[1], 2.0);
 }
 
 TEST(clsHISO, Running_again_measures_anew_and_meets_its_own_outputs) {
