@@ -6,6 +6,7 @@
 #include "platform/runtime_error.h"
 
 #include <cmath>
+#include <exception>
 #include <span>
 #include <utility>
 
@@ -214,17 +215,24 @@ void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform
 void clsHISO::Finish(IsoplethOutputs& outputs) {
     outputs.Flush();
     outputs.Measure();
-    m_lines = Published(outputs.Lines, m_lines);
-    m_polys = Published(outputs.Polys, m_polys);
-    m_donuts = Published(outputs.Donuts, m_donuts);
+    // All features are flushed: an output that cannot be published does not cost the others.
+    std::exception_ptr fault;
+    Publish(outputs.Lines, m_lines, fault);
+    Publish(outputs.Polys, m_polys, fault);
+    Publish(outputs.Donuts, m_donuts, fault);
+    if (fault) std::rethrow_exception(fault);
 }
 
-/// The output under its final name, or the earlier one when it was not wanted.
-std::shared_ptr<platform::IFeatureClass> clsHISO::Published(const OutputClass& output,
-                                                            std::shared_ptr<platform::IFeatureClass> earlier) const {
-    if (!output) return earlier;
-    m_services.Shapefiles->Publish(output.Class);
-    return output.Class;
+/// Gives an output its final name and makes it the result; the earlier result stays when it was not wanted or faults.
+void clsHISO::Publish(const OutputClass& output, std::shared_ptr<platform::IFeatureClass>& result,
+                      std::exception_ptr& firstFault) const {
+    if (!output) return;
+    try {
+        m_services.Shapefiles->Publish(output.Class);
+        result = output.Class;
+    } catch (...) {
+        if (!firstFault) firstFault = std::current_exception();
+    }
 }
 
 }  // namespace wxl::isopleths

@@ -7,6 +7,7 @@
 #include "utilities/Utilities.h"
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -99,8 +100,8 @@ private:
     void InsertDonuts(const std::vector<platform::Geometry>& polygons, const platform::Extent& bounds,
                       OutputClass& donuts) const;
     void Finish(IsoplethOutputs& outputs);
-    std::shared_ptr<platform::IFeatureClass> Published(const OutputClass& output,
-                                                       std::shared_ptr<platform::IFeatureClass> earlier) const;
+    void Publish(const OutputClass& output, std::shared_ptr<platform::IFeatureClass>& result,
+                 std::exception_ptr& firstFault) const;
 
     platform::Services m_services;
     utilities::Utilities* m_utilities;

@@ -165,21 +165,46 @@ TEST(clsHISO_faults, A_fault_while_measuring_is_reported_and_keeps_the_features)
     EXPECT_EQ(rig.Column(*rig.Output("_poly"), "PERCENT"), (std::vector<double>{95, 50}));
 }
 
-TEST(clsHISO_faults, A_failing_publication_keeps_what_was_published_before) {
+TEST(clsHISO_faults, A_failing_publication_keeps_the_other_outputs) {
+    const std::vector<std::string> suffixes = {"_line", "_poly", "_donut"};
+    for (int failing = 1; failing <= 3; ++failing) {
+        IsoplethRig rig;
+        int calls = 0;
+        rig.FailingStore.OnPublish = [&] {
+            if (++calls == failing) platform::Raise(platform::error_number::kDiskFull);
+        };
+        clsHISO hiso = rig.Object(bump(), {50});
+        hiso.CreateIsopleths();
+        EXPECT_EQ(calls, 3);
+        EXPECT_EQ(hiso.GetErrorStatus(), 3001);
+        EXPECT_EQ(rig.Messages.Texts(), (std::vector<std::string>{"CreateIsopleths 3001\r61\rDisk full"}));
+        for (int i = 0; i < 3; ++i) {
+            const auto output = rig.Output(suffixes[static_cast<std::size_t>(i)]);
+            EXPECT_EQ(output != nullptr, i + 1 != failing) << i << " where output " << failing << " fails";
+            if (output) {
+                EXPECT_EQ(output->FeatureCount(), 1);
+            }
+        }
+        EXPECT_EQ(hiso.GetLinesFeatureClass(), rig.Output("_line"));
+        EXPECT_EQ(hiso.GetPolysFeatureClass(), rig.Output("_poly"));
+        EXPECT_EQ(hiso.GetDonutsFeatureClass(), rig.Output("_donut"));
+        EXPECT_EQ(rig.Shapefiles.Unpublished(), 0U);
+    }
+}
+
+TEST(clsHISO_faults, Of_several_failing_publications_the_first_is_told) {
     IsoplethRig rig;
     int calls = 0;
     rig.FailingStore.OnPublish = [&] {
-        if (++calls == 2) platform::Raise(platform::error_number::kDiskFull);
+        if (++calls > 1)
+            platform::Raise(calls == 2 ? platform::error_number::kDiskFull : platform::error_number::kDeviceIo);
     };
     clsHISO hiso = rig.Object(bump(), {50});
     hiso.CreateIsopleths();
-    EXPECT_EQ(hiso.GetErrorStatus(), 3001);
-    EXPECT_EQ(rig.Messages.Last().Text, "CreateIsopleths 3001\r61\rDisk full");
+    EXPECT_EQ(rig.Messages.Texts(), (std::vector<std::string>{"CreateIsopleths 3001\r61\rDisk full"}));
     EXPECT_NE(rig.Output("_line"), nullptr);
     EXPECT_EQ(rig.Output("_poly"), nullptr);
     EXPECT_EQ(rig.Output("_donut"), nullptr);
-    EXPECT_EQ(hiso.GetLinesFeatureClass(), rig.Output("_line"));
-    EXPECT_EQ(hiso.GetPolysFeatureClass(), nullptr);
 }
 
 /// A raster whose rows cannot be read.
