@@ -42,12 +42,13 @@ public:
 
     void SetValue(int field, const platform::FieldValue& value) override {
         CheckField(field);
+        const int stored = stored_field(m_pass->Open(), field);
         const QgsField column = m_pass->Open().fields().at(field);
         const platform::FieldValue held = platform::ValueForColumn(value, FromQgsField(column).Type);
-        m_pass->Check(field, held);
+        m_pass->Check(stored, held);
         const QVariant changed = ToVariant(held, column.type());
         m_feature.setAttribute(field, changed);
-        m_changed[field] = changed;
+        m_changed[stored] = changed;
     }
 
     void Store() override {
@@ -83,7 +84,7 @@ QgsFeatureRequest request_of(const QgsVectorLayer& layer, const platform::Search
     const QString value = where.Value.index() == 3
                               ? QgsExpression::quotedString(ToQString(std::get<std::string>(where.Value)))
                               : ToQString(platform::ValueText(where.Value));
-    const int field = layer.fields().lookupField(ToQString(where.Field));
+    const int field = field_named(layer.fields(), where.Field);
     if (field < 0 && platform::EqualNoCase(where.Field, "FID"))
         request.setFilterExpression(QStringLiteral("$id = %1").arg(value));
     else if (field < 0)
@@ -283,7 +284,7 @@ std::vector<platform::Field> QgisFeatureClass::Fields() const {
 }
 
 int QgisFeatureClass::FindField(std::string_view name) const {
-    return open_layer(m_layer).fields().lookupField(ToQString(name));
+    return field_named(open_layer(m_layer).fields(), name);
 }
 
 int QgisFeatureClass::AddField(const platform::Field& field) {

@@ -99,7 +99,9 @@ private:
 
     static constexpr std::int64_t kTile = 256;  ///< side, device pixels
     static constexpr std::size_t kSpareTiles = 200;
-    static constexpr double kMargin = 8.0;  ///< symbols reach no further from their leg, pixels
+    /// Symbols reach no further from their leg, pixels: to the back corners of a head that is longer than its leg, and
+    /// the blur of its edge.
+    static inline const double kMargin = std::hypot(kMarkerLength, kMarkerWidth / 2.0) + 1.0;
 
     static std::int64_t tile_at(std::int64_t pixel) {
         return pixel >= 0 ? pixel / kTile : -((-pixel + kTile - 1) / kTile);

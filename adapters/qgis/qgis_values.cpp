@@ -1,9 +1,12 @@
 #include "adapters/qgis/qgis_values.h"
 
+#include "platform/runtime_error.h"
+
 #include <algorithm>
 #include <QDateTime>
 #include <qgslinestring.h>
 #include <qgsmultilinestring.h>
+#include <qgsmultipoint.h>
 #include <qgsmultipolygon.h>
 #include <qgspolygon.h>
 #include <qgsunittypes.h>
@@ -105,6 +108,9 @@ Geometry FromQgsGeometry(const QgsGeometry& geometry) {
     Geometry result;
     result.Type = ShapeTypeOf(geometry.type());
     if (result.Type == ShapeType::kPoint) {
+        if (const auto* points = qgsgeometry_cast<const QgsMultiPoint*>(geometry.constGet());
+            points && points->numGeometries() > 1)
+            platform::Raise(platform::error_number::kInvalidCall, "A feature of several points cannot be used.");
         const QgsPoint vertex = geometry.vertexAt(0);
         result.Location = {vertex.x(), vertex.y()};
         return result;

@@ -24,8 +24,8 @@ QVariant ToVariant(const platform::FieldValue& value, QVariant::Type type);
 
 platform::ShapeType ShapeTypeOf(QgsWkbTypes::GeometryType type);
 
-/// The first point of a (multi)point; all parts of a line; rings of a polygon, outer rings clockwise before their
-/// holes.
+/// The one point of a (multi)point, RuntimeError 5 where there are several; all parts of a line; rings of a polygon,
+/// outer rings clockwise before their holes.
 platform::Geometry FromQgsGeometry(const QgsGeometry& geometry);
 QgsGeometry ToQgsGeometry(const platform::Geometry& geometry);
 

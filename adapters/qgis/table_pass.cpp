@@ -35,6 +35,25 @@ void require_no_edits(const QgsVectorLayer& layer) {
         platform::Raise(platform::error_number::kPermissionDenied, std::move(reason));
 }
 
+int field_named(const QgsFields& fields, std::string_view name) {
+    const QString wanted = ToQString(name);
+    if (const int exact = fields.indexOf(wanted); exact >= 0) return exact;
+    for (int i = 0; i < fields.count(); ++i)
+        if (fields.at(i).name().compare(wanted, Qt::CaseInsensitive) == 0) return i;
+    return -1;
+}
+
+int stored_field(const QgsVectorLayer& layer, int field) {
+    const QgsFields fields = layer.fields();
+    if (fields.fieldOrigin(field) != QgsFields::OriginProvider)
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        "The field \"" + FromQString(fields.at(field).name()) + "\" of the layer \"" +
+                            FromQString(layer.name()) +
+                            "\" is computed or joined, so that nothing can be stored in it. Please remove it from the "
+                            "layer or give it another name and try again.");
+    return fields.fieldOriginIndex(field);
+}
+
 std::shared_ptr<TablePass> TablePass::Running(QgsVectorLayer& layer) {
     const auto found = passes().find(&layer);
     auto pass = found == passes().end() ? nullptr : found->second.lock();
@@ -108,7 +127,7 @@ int TablePass::AddField(const platform::Field& field) {
         done = layer.dataProvider()->addAttributes({ToQgsField(field)});
         layer.updateFields();
     }
-    const int index = layer.fields().lookupField(ToQString(field.Name));
+    const int index = field_named(layer.fields(), field.Name);
     if (!done || index < 0)
         platform::Raise(
             platform::error_number::kPermissionDenied,
@@ -119,12 +138,13 @@ int TablePass::AddField(const platform::Field& field) {
 void TablePass::DeleteField(int field) {
     QgsVectorLayer& layer = Open();
     require_no_edits(layer);
+    const int stored = stored_field(layer, field);
     bool done = true;
     if (files::IRowEditor* editor = Editor()) {
-        editor->DeleteField(field);
+        editor->DeleteField(stored);
         Reload();
     } else {
-        done = layer.dataProvider()->deleteAttributes({field});
+        done = layer.dataProvider()->deleteAttributes({stored});
         layer.updateFields();
     }
     if (!done)
@@ -180,13 +200,13 @@ void TablePass::WriteThroughProvider() {
     }
     if (inserted.empty()) return;
     QgsFeatureList features;
+    const QgsFields fields = layer.dataProvider()->fields();
     for (const files::NewRow& row : inserted) {
-        QgsFeature feature(layer.fields());
+        QgsFeature feature(fields);
         feature.setGeometry(ToQgsGeometry(row.Shape));
         for (std::size_t i = 0; i < row.Values.size(); ++i) {
             const int field = static_cast<int>(i);
-            if (field < layer.fields().count())
-                feature.setAttribute(field, ToVariant(row.Values[i], layer.fields().at(field).type()));
+            if (field < fields.count()) feature.setAttribute(field, ToVariant(row.Values[i], fields.at(field).type()));
         }
         features << feature;
     }

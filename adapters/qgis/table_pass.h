@@ -6,6 +6,7 @@
 #include <qgsvectorlayer.h>
 #include <QPointer>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wxl::qgis {
@@ -19,6 +20,14 @@ std::string why_being_edited(const QgsVectorLayer& layer);
 /// RuntimeError 70 with that message for a layer in edit mode: rows written behind its edit buffer would be lost with
 /// a rollback, or numbered anew under it.
 void require_no_edits(const QgsVectorLayer& layer);
+
+/// The position of the field of that name: the very name first, then without regard to case; -1 for none. An alias is
+/// what a user calls a field and no name.
+int field_named(const QgsFields& fields, std::string_view name);
+
+/// The provider's number of a layer's field; RuntimeError 70 for one that is computed or joined: nothing can be stored
+/// in it.
+int stored_field(const QgsVectorLayer& layer, int field);
 
 /// A pass over the rows of a layer: what was changed and is not written yet, and which rows are gone. All cursors and
 /// rows of a layer share one; it ends with the last of them, and only then may row numbers change. A shapefile is
@@ -37,11 +46,13 @@ public:
     ~TablePass();
 
     QgsVectorLayer& Open() const { return open_layer(m_layer); }
+
+    /// The changed values by the provider's field numbers.
     void Store(QgsFeatureId row, const QgsAttributeMap& changed);
     void Delete(QgsFeatureId row);
     void Insert(files::NewRow row);
 
-    /// RuntimeError when the column cannot hold the value, as far as known before it is written.
+    /// RuntimeError when the provider's field cannot hold the value, as far as known before it is written.
     void Check(int field, const platform::FieldValue& value);
 
     int AddField(const platform::Field& field);
