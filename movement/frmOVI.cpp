@@ -101,7 +101,8 @@ void frmOVI::FocusMapChanged() {
 void frmOVI::SelectionChanged() {
     if (m_addingOwnLayer) return;
     Guarded(*m_services.Messages, labels::kFormLoad, [&] {
-        if (m_playing) m_stop = true;
+        ++m_trackNumber;
+        m_stop = false;
         const auto layer = selected_feature_layer(Document());
         if (!layer || feature_class_of(*layer)->Shape() != ShapeType::kPoint) {
             ForgetFixes();
@@ -166,7 +167,8 @@ void frmOVI::setupTrackMoose(bool keepPath, double delaySeconds, bool oneStep) {
 void frmOVI::Auto_Track_Moose(bool keepPath, double delaySeconds, bool oneStep) {
     GuardedWithAdvice(*m_services.Messages, labels::kAutoTrack, labels::kAdvice, [&] {
         const FlagUp playing(m_playing);
-        while (!m_stop) {
+        const std::uint64_t track = m_trackNumber;
+        while (IsPlaying(track)) {
             const std::int32_t next = Slider.Value + 1;
             if (!HasFix(next)) {
                 m_services.Messages->Show({.Text = "No more steps. Please reset.", .Title = kTitle});
@@ -174,18 +176,23 @@ void frmOVI::Auto_Track_Moose(bool keepPath, double delaySeconds, bool oneStep) 
             }
             const bool drawn = StepTo(next, keepPath);
             // A single step pauses as Stop does, so that the next one goes on from here.
-            if (oneStep) m_stop = true;
-            Wait(drawn && !oneStep ? delaySeconds : 0.0);
+            if (oneStep && m_trackNumber == track) m_stop = true;
+            Wait(drawn && !oneStep ? delaySeconds : 0.0, track);
         }
     });
 }
 
-/// Gives the host its turns until the delay has passed or Stop was pressed.
-void frmOVI::Wait(double seconds) {
+/// Whether neither Stop nor a new selection has ended the play of this track.
+bool frmOVI::IsPlaying(std::uint64_t track) const {
+    return !m_stop && m_trackNumber == track;
+}
+
+/// Gives the host its turns until the delay has passed or the play was ended.
+void frmOVI::Wait(double seconds, std::uint64_t track) {
     PlayDelay delay(*m_services.Clock, seconds);
     do {
         m_services.Host->Yield();
-    } while (!m_stop && !delay.HasPassed());
+    } while (IsPlaying(track) && !delay.HasPassed());
 }
 
 void frmOVI::cmdStop_Click() {
@@ -257,7 +264,9 @@ bool frmOVI::StepTo(std::int32_t position, bool keepPath) {
     const TrackFix current = FixAt(position);
     ShowLabels(current);
     const std::optional<TrackFix> previous = m_previous;
+    const std::uint64_t track = m_trackNumber;
     const bool draw = previous && ConfirmLeg(current);
+    if (m_trackNumber != track) return false;
     m_previous = current;
     if (draw) DrawMooseLine(*previous, current, keepPath);
     return draw;

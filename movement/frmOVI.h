@@ -141,7 +141,8 @@ private:
     void ShowLabels(const TrackFix& fix);
     bool ConfirmLeg(const TrackFix& current);
     bool StepTo(std::int32_t position, bool keepPath);
-    void Wait(double seconds);
+    bool IsPlaying(std::uint64_t track) const;
+    void Wait(double seconds, std::uint64_t track);
     void RefreshGraphics();
     void WriteLegs(platform::IFeatureClass& features) const;
 
@@ -159,6 +160,7 @@ private:
     bool m_keepGraphic = false;
     bool m_oneStep = false;
     bool m_stop = false;
+    std::uint64_t m_trackNumber = 0;  ///< counts the selections: a play ends with its own
     bool m_playing = false;
     bool m_addingOwnLayer = false;
 };

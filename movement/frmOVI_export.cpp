@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The chosen file with the extension of a shapefile, whether or not the user typed it.
+/// The chosen file with the extension that a new shapefile gets, whether or not and however the user typed it.
 fs::path with_extension(fs::path chosen) {
-    return EqualNoCase(chosen.extension().string(), ".shp") ? chosen : chosen += ".shp";
+    return EqualNoCase(chosen.extension().string(), ".shp") ? chosen.replace_extension(".shp") : chosen += ".shp";
 }
 
 }  // namespace

@@ -176,6 +176,23 @@ TEST_F(TrackGraphicsTest, Legs_of_a_panned_and_zoomed_map_equal_the_plain_drawin
     }
 }
 
+// Tiles are 256 pixels wide from the first leg's start on; the head of a leg shorter than itself reaches 12 pixels back
+// and 4 to each side.
+TEST_F(TrackGraphicsTest, Heads_of_short_legs_are_whole_where_tiles_meet) {
+    const platform::Point first{100.0, 500.0};
+    std::vector<platform::TrackLeg> legs = {{first, {130.0, 500.0}}};
+    for (const double beyond : {9.0, 10.0, 11.0}) {
+        const platform::Point from{first.X + 256.0 + beyond, first.Y - 30.0 * (beyond - 8.0)};
+        legs.push_back({from, {from.X + 0.5, from.Y}});
+    }
+    QgisTrackGraphics graphics(Canvas);
+    for (const auto& leg : legs) graphics.AddLeg(leg);
+    graphics.Refresh();
+    QApplication::processEvents();
+    const QImage seen = Canvas.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    EXPECT_EQ(Differences(seen, Plain(legs)), 0);
+}
+
 TEST_F(TrackGraphicsTest, Legs_turn_with_the_map) {
     QgisTrackGraphics graphics(Canvas);
     graphics.AddLeg({{100.0, 300.0}, {500.0, 300.0}});

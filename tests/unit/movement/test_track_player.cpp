@@ -600,6 +600,85 @@ TEST_F(TrackPlayer, A_new_selection_ends_a_play) {
     EXPECT_TRUE(Messages.Boxes().empty());
 }
 
+TEST_F(TrackPlayer, The_play_of_a_new_selection_after_a_stop_begins_a_fresh_path) {
+    AddTrack({0, 1, 2, 3, 4, 5});
+    Layer->Select({0, 1, 2});
+    Load(5);
+    Player.CBKeepGraphic.Value = 1;
+    Player.CmbStep_Click();
+    Player.cmdStop_Click();
+    Layer->Select({3, 4, 5});
+    Application->Doc().Listener()->SelectionChanged();
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Legs(), (LegList{{3, 4}, {4, 5}}));
+}
+
+TEST_F(TrackPlayer, The_play_of_a_new_selection_after_a_single_step_begins_a_fresh_path) {
+    AddTrack({0, 1, 2, 3, 4, 5});
+    Layer->Select({0, 1, 2});
+    Load(5);
+    Player.CBKeepGraphic.Value = 1;
+    Player.cbOneStep.Value = 1;
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Legs(), (LegList{{0, 1}}));
+    Layer->Select({3, 4, 5});
+    Application->Doc().Listener()->SelectionChanged();
+    Player.cbOneStep.Value = 0;
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Legs(), (LegList{{3, 4}, {4, 5}}));
+}
+
+TEST_F(TrackPlayer, The_play_of_a_new_selection_that_ended_a_play_begins_a_fresh_path) {
+    for (const int oneStep : {0, 1}) {
+        AddTrack({0, 1, 2, 3, 4, 5});
+        Layer->Select({0, 1, 2});
+        Load(5);
+        Player.CBKeepGraphic.Value = 1;
+        Player.cbOneStep.Value = oneStep;
+        bool changed = false;
+        Host.SetOnYield([&] {
+            if (std::exchange(changed, true)) return;
+            Layer->Select({3, 4, 5});
+            Application->Doc().Listener()->SelectionChanged();
+        });
+        Player.CmdTrackMoose_Click();
+        EXPECT_EQ(Legs(), (LegList{{0, 1}}));
+        EXPECT_EQ(Player.Slider.Value, 0);
+        Player.cbOneStep.Value = 0;
+        Player.CmdTrackMoose_Click();
+        EXPECT_EQ(Legs(), (LegList{{3, 4}, {4, 5}}));
+    }
+}
+
+TEST_F(TrackPlayer, A_stop_after_a_new_selection_keeps_the_path) {
+    AddTrack({0, 1, 2, 3});
+    Layer->Select({0, 1});
+    Load(3);
+    Player.CBKeepGraphic.Value = 1;
+    Player.CmbStep_Click();
+    Layer->Select({2, 3});
+    Application->Doc().Listener()->SelectionChanged();
+    Player.cmdStop_Click();
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Legs(), (LegList{{0, 1}, {2, 3}}));
+}
+
+TEST_F(TrackPlayer, A_new_selection_while_a_leg_is_asked_about_leaves_it_undrawn) {
+    AddTrack({0, 5, 6, 7});
+    Layer->Select({0, 5});
+    Load(7);
+    Messages.AlwaysAnswer(Topic::kOutOfSequence, Answer::kYes);
+    Messages.SetOnShow([&](const MessageBox& box) {
+        if (box.Text != kOutOfSequence) return;
+        Layer->Select({6, 7});
+        Application->Doc().Listener()->SelectionChanged();
+    });
+    Player.CmbStep_Click();
+    EXPECT_TRUE(Legs().empty());
+    Player.CmbStep_Click();
+    EXPECT_EQ(Legs(), (LegList{{6, 7}}));
+}
+
 TEST_F(TrackPlayer, A_new_selection_without_a_point_layer) {
     AddTrack({0, 1});
     Load(1);
@@ -737,6 +816,7 @@ TEST_F(TrackExport, A_name_that_is_taken_keeps_its_file) {
     Draw({0, 1});
     Dialogs.WillChoose("/data/moose.SHP");
     Player.CmdSaveTravel_Click();
+    EXPECT_EQ(Map().AddedDatasets(), std::vector<std::filesystem::path>{"/data/moose.shp"});
     const auto first = Shapefiles.Find("/data", "moose");
     Dialogs.WillChoose("/data/moose.shp");
     Player.CmdSaveTravel_Click();
