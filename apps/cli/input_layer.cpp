@@ -1,12 +1,12 @@
 #include "apps/cli/input_layer.h"
 
 #include "adapters/files/projection.h"
+#include "adapters/files/tracking_columns.h"
 #include "platform/runtime_error.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <vector>
 
 namespace wxl::cli {
 
@@ -70,6 +70,13 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
                         "--degrees",
                         options.Input, reference.Name, degrees_advice(points)));
     return layer;
+}
+
+std::string guess_id_field(const std::vector<platform::Field>& fields) {
+    std::vector<std::string> names;
+    for (const platform::Field& field : fields) names.push_back(field.Name);
+    const auto found = files::find_animal_column(names);
+    return found ? names[*found] : "";
 }
 
 std::string find_id_field(platform::ITable& table, const std::string& wanted, const std::string& input) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -52,6 +53,9 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& o
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
 /// UTM zone of the layer and how to come to it.
 std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options);
+
+/// Name of the field whose name is one that people give to the animal's; empty when there is none.
+std::string guess_id_field(const std::vector<platform::Field>& fields);
 
 /// Name of the field of `table` found without regard to case. RuntimeError 9 that lists the fields when there is none.
 std::string find_id_field(platform::ITable& table, const std::string& wanted, const std::string& input);

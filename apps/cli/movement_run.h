@@ -7,6 +7,7 @@
 #include "platform/messages.h"
 
 #include <string>
+#include <string_view>
 
 namespace CLI {
 class App;
@@ -17,8 +18,18 @@ namespace wxl::cli {
 /// Gives `command` the flag --large.
 void add_large_option(CLI::App& command, bool& large);
 
-/// "; --large lifts the limit of 32767 rows" for a layer that the tools refuse without --large, else "".
+/// "; --large lifts the limit of 32767 rows" for a layer that the tools refuse without --large, else "". To be asked
+/// before the tool works, which may delete the rows beyond the limit.
 std::string large_advice(files::FilesFeatureLayer& layer, bool large);
+
+/// Says, before a tool changes or draws anything, that the chosen fixes of `layer` are of several animals and will be
+/// taken as one track. The field that names the animal is found by its usual names; one of whose values no two fixes
+/// share numbers the rows instead, and is no such field. `remedy` says how to choose one animal, with "{}" for the SQL
+/// condition in double quotes.
+void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console);
+
+/// "--where CONDITION chooses one", the remedy where a command has --where.
+inline constexpr std::string_view kChooseByWhere = "--where {} chooses one";
 
 /// The "Please Wait" window as a bar on the terminal, and the host that redraws it.
 class PleaseWaitBar final : public movement::IPleaseWaitWindow, public platform::IHost {

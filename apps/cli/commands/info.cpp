@@ -1,6 +1,5 @@
 #include "apps/cli/commands/info.h"
 
-#include "adapters/files/tracking_columns.h"
 #include "apps/cli/json_values.h"
 #include "kde_tool/animal_fixes.h"
 #include "platform/text.h"
@@ -28,13 +27,6 @@ struct LayerFacts {
     std::string IdField;  ///< empty: not known
     kde_tool::GroupedFixes Groups;
 };
-
-std::string guess_id_field(const std::vector<platform::Field>& fields) {
-    std::vector<std::string> names;
-    for (const platform::Field& field : fields) names.push_back(field.Name);
-    const auto found = files::find_animal_column(names);
-    return found ? names[*found] : "";
-}
 
 LayerFacts facts_of(const InfoOptions& options) {
     const auto layer = open_point_layer(options.Points);

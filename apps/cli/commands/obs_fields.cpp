@@ -6,10 +6,14 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <string_view>
 
 namespace wxl::cli {
 
 namespace {
+
+constexpr std::string_view kSplitFirst =
+    "make a layer of one animal first, for instance by ogr2ogr -where {} OUT.shp INPUT";
 
 Answers answers_of(const ObsFieldsOptions& options) {
     Answers answers = options.Questions;
@@ -32,11 +36,12 @@ void register_obs_fields(CLI::App& command, ObsFieldsOptions& options) {
         "the one before it. Fields that are there already are filled anew.\n"
         "\n"
         "The layer needs whole seconds in a field Time2, in ascending order, and a UTM\n"
-        "projection. All rows are one track: split a layer of several animals first. Two\n"
-        "rows of the same time end the work there (wxl remove-duplicates --by time2 helps);\n"
-        "the rows before them stay filled.\n"
+        "projection. All rows are one track: split a layer of several animals first;\n"
+        "standard error says so where there are several. Two rows of the same time end the\n"
+        "work there (wxl remove-duplicates --by time2 helps); the rows before them stay\n"
+        "filled.\n"
         "\n"
-        "The layer itself is changed, and only as a whole. The question whether to do so is\n"
+        "The layer itself is changed, so keep a copy. The question whether to do so is\n"
         "answered by --yes.\n"
         "\n"
         "Example:\n"
@@ -55,13 +60,15 @@ int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
     movement::OVIOBS tool(services, bar);
     tool.SetBeyondLimits(options.Large);
     tool.OnCreate(session.Application());
+    tell_mixed_animals(*layer, kSplitFirst, console);
     tool.OnClick();
     if (session.Messages().Stopped()) return exit_code::kFailed;
     if (session.Messages().Notices() > 0)
         return console.Fail(fmt::format("{}: the fields are not complete{}", options.Points.Input,
                                         large_advice(*layer, options.Large)));
+    const std::int64_t rows = layer->FeatureClass()->FeatureCount();
     console.Result(bar.WasShown()
-                       ? fmt::format("{}: {} rows filled", options.Points.Input, layer->FeatureClass()->FeatureCount())
+                       ? fmt::format("{}: {} {} filled", options.Points.Input, rows, rows == 1 ? "row" : "rows")
                        : options.Points.Input + ": nothing changed");
     return exit_code::kDone;
 }

@@ -36,10 +36,12 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
     command.footer(
         "Deletes fixes of the same time, or of the same place, from a point layer, so that\n"
         "one of each is left. Only fixes that meet --where are compared and deleted: use it\n"
-        "where a layer holds several animals.\n"
+        "where a layer holds several animals, of which fixes are duplicates of each other\n"
+        "otherwise. Standard error says so.\n"
         "\n"
-        "The layer itself is changed, and only as a whole; the rows that are left are\n"
-        "numbered anew.\n"
+        "The layer itself is changed, so keep a copy; the rows that are left are numbered\n"
+        "anew. A layer of more than 32767 rows needs --large: without it the work ends at\n"
+        "that row, and what was deleted until then stays deleted.\n"
         "\n"
         "Examples:\n"
         "\n"
@@ -57,6 +59,8 @@ int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& conso
     services.Host = &bar;
     const std::int64_t rows = layer->FeatureClass()->FeatureCount();
     const std::int64_t compared = layer->Selection()->Count();
+    const std::string advice = large_advice(*layer, options.Large);
+    tell_mixed_animals(*layer, kChooseByWhere, console);
     if (options.By == "time2")
         click<movement::FIndDupTime2>(services, bar, session, options.Large);
     else
@@ -65,7 +69,7 @@ int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& conso
     const std::int64_t left = layer->FeatureClass()->FeatureCount();
     if (!bar.WasShown() || session.Messages().Faults() > 0)
         return console.Fail(fmt::format("{}: the duplicates were not all removed; {} of {} rows are left{}",
-                                        options.Points.Input, left, rows, large_advice(*layer, options.Large)));
+                                        options.Points.Input, left, rows, advice));
     console.Result(fmt::format("{}: {} fixes compared, {} deleted, {} left in the layer", options.Points.Input,
                                compared, rows - left, left));
     return exit_code::kDone;

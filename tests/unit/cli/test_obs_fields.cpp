@@ -40,6 +40,23 @@ TEST(ObsFields, Fills_times_distances_and_speeds) {
     EXPECT_EQ(layer_column(layer, "Mi_per_hr"), (std::vector<FieldValue>{FieldValue(), 4.472727, 3.354545}));
 }
 
+TEST(ObsFields, Several_animals_are_told_before_the_question) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kWalk + "b,500400,5000000,2018-05-09 00:04:00\n");
+    const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              "the fixes of 2 animals (field animal) are taken as one track; make a layer of one animal first, for "
+              "instance by ogr2ogr -where \"animal = 'a'\" OUT.shp INPUT\n" +
+                  kQuestion);
+}
+
+TEST(ObsFields, One_row_is_told_as_one) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "a,500000,5000000,2018-05-09 00:00:00\n");
+    EXPECT_EQ(run_wxl({"obs-fields", layer, "--yes"}).Out, layer + ": 1 row filled\n");
+}
+
 TEST(ObsFields, Question_without_an_answer_changes_nothing) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kWalk);

@@ -17,6 +17,9 @@ const std::string kFixes =
     "a,3,3,2018-05-11\n"
     "b,3,3,2018-05-09\n";
 
+const std::string kMixed =
+    "the fixes of 2 animals (field animal) are taken as one track; --where \"animal = 'a'\" chooses one\n";
+
 /// The x coordinate of every row.
 std::vector<double> xs_of(const std::string& layer) {
     std::vector<double> xs;
@@ -30,7 +33,7 @@ TEST(RemoveDuplicates, By_time_keeps_the_lowest_row) {
     const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "time2"});
     EXPECT_EQ(ran.Code, 0);
     EXPECT_EQ(ran.Out, layer + ": 5 fixes compared, 2 deleted, 3 left in the layer\n");
-    EXPECT_EQ(ran.Err, "Deleted 2 duplicate features\n");
+    EXPECT_EQ(ran.Err, kMixed + "Deleted 2 duplicate features\n");
     EXPECT_EQ(xs_of(layer), (std::vector<double>{1, 3, 3}));
     EXPECT_EQ(names_in(folder.Path()),
               (std::set<std::string>{"layer.csv", "layer.cpg", "layer.dbf", "layer.prj", "layer.shp", "layer.shx"}));
@@ -55,6 +58,29 @@ TEST(RemoveDuplicates, Fixes_that_do_not_meet_the_condition_stay) {
     const Ran none = run_wxl({"remove-duplicates", layer, "--by", "time2", "--where", "animal = 'a'"});
     EXPECT_EQ(none.Code, 0);
     EXPECT_EQ(none.Err, "Deleted 0 duplicate features\n");
+}
+
+TEST(RemoveDuplicates, Several_animals_are_told_before_the_change_even_when_quiet) {
+    ScratchFolder folder;
+    const std::string fixes = "O'Malley $1,1,1,2018-05-09\nO'Malley $1,2,2,2018-05-10\nb,3,3,2018-05-09\n";
+    const std::string layer = make_layer(folder, fixes);
+    const Ran ran = run_wxl({"-q", "remove-duplicates", layer, "--by", "time2"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              "the fixes of 2 animals (field animal) are taken as one track; "
+              "--where \"animal = 'O''Malley \\$1'\" chooses one\nDeleted 1 duplicate features\n");
+    ScratchFolder other;
+    const Ran chosen =
+        run_wxl({"remove-duplicates", make_layer(other, fixes), "--by", "time2", "--where", "animal = 'b'"});
+    EXPECT_EQ(chosen.Err, "Deleted 0 duplicate features\n");
+}
+
+TEST(RemoveDuplicates, A_field_that_numbers_the_rows_is_no_name_of_an_animal) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "a,1,1,2018-05-09\nb,2,2,2018-05-09\nc,3,3,2018-05-10\n");
+    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "time2"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "Deleted 1 duplicate features\n");
 }
 
 TEST(RemoveDuplicates, Nothing_to_compare_is_a_failure) {

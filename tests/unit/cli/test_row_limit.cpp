@@ -43,5 +43,19 @@ TEST(RowLimit, Movement_tools_refuse_long_layers_unless_large_is_given) {
               layer + ": 32769 fixes compared, 1 deleted, 32768 left in the layer\n");
 }
 
+// Two fixes at one place, then 32768 places of one fix each: the walk deletes one fix, and ends at the row 32768.
+TEST(RowLimit, The_option_is_named_also_where_deletions_came_before_the_limit) {
+    ScratchFolder folder;
+    std::string rows = "a,1,1,2018-05-09\na,1,1,2018-05-09\n";
+    for (int i = 1; i <= 32768; ++i) rows += fmt::format("a,{},5000000,2018-05-09\n", 500000 + i);
+    const std::string layer = make_layer(folder, rows);
+    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "xy"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err,
+              "Calcfeatures sub Error number: 6\nwxl: " + layer +
+                  ": the duplicates were not all removed; 32769 of 32770 rows are left; --large lifts the limit "
+                  "of 32767 rows\n");
+}
+
 }  // namespace
 }  // namespace wxl::cli
