@@ -103,7 +103,7 @@ BandwidthMethod method_of_text(const std::string& text) {
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, grid, volume, rasterName, isopleths, maxEdgeValue,
-                 edgeWarning, status, isoplethStatus, warnings, reason, files] = record;
+                 edgeWarning, cutTo, status, isoplethStatus, warnings, reason, files] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -129,6 +129,7 @@ Json json_of_record(const AnimalRecord& record) {
             {"isopleths", json_of_isopleths(isopleths)},
             {"max_edge_value", json_of_optional(maxEdgeValue)},
             {"edge_warning", edgeWarning},
+            {"cut_to", json_of_optional(cutTo)},
             {"status", status},
             {"isopleth_status", isoplethStatus},
             {"warnings", json_of_text(warnings)},
@@ -159,6 +160,7 @@ AnimalRecord record_of(const Json& json) {
     record.Isopleths = isopleths_of(json.at("isopleths"));
     record.MaxEdgeValue = optional_of(json.at("max_edge_value"));
     record.EdgeWarning = json.at("edge_warning").get<bool>();
+    record.CutTo = optional_of(json.at("cut_to"));
     record.Status = int32_of(json.at("status"));
     record.IsoplethStatus = int32_of(json.at("isopleth_status"));
     record.Warnings = text_of(json.at("warnings"));

@@ -14,6 +14,9 @@
 namespace wxl::kde_tool {
 namespace {
 
+/// A raster that holds less of a distribution cuts it; the tails beyond the kernel's reach are far smaller.
+constexpr double kWholeShare = 0.99;
+
 /// Kernels reach, and smallest extents are padded, by this many bandwidths.
 constexpr double kReach = 4.0;
 
@@ -21,6 +24,23 @@ platform::Extent bounds_of(const std::vector<platform::Point>& fixes) {
     platform::Extent bounds;
     for (const platform::Point& fix : fixes) bounds.Include(fix);
     return bounds;
+}
+
+/// Whether every kernel of these fixes lies on the raster as far as it reaches, but for a part of a cell at each side.
+bool holds_all_kernels(const platform::RasterGeometry& grid, const platform::Extent& fixes, double reach) {
+    const double right = grid.OriginX + grid.Columns * grid.CellSize;
+    const double top = grid.OriginY + grid.Rows * grid.CellSize;
+    const double allowed = reach - grid.CellSize;
+    return grid.OriginX <= fixes.XMin - allowed && grid.OriginY <= fixes.YMin - allowed &&
+           right >= fixes.XMax + allowed && top >= fixes.YMax + allowed;
+}
+
+/// A shortfall alone is no proof: an adaptive or rescaled kernel may end at its reach on any raster.
+std::optional<double> cut_to(const AnimalRecord& record, const platform::Extent& fixes, double scalingFactor) {
+    if (record.Status != 0) return std::nullopt;
+    const double share = record.Volume / scalingFactor;
+    const bool cut = share < kWholeShare && !holds_all_kernels(record.Grid, fixes, kReach * record.BandwidthMapUnits);
+    return cut ? std::optional(share) : std::nullopt;
 }
 
 AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
@@ -88,6 +108,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
 
     record = record_of(calculator, animal, m_frame.Inputs.Method);
     record.Value = m_frame.Values.at(index);
+    record.CutTo = cut_to(record, bounds_of(animal.Fixes), m_frame.ScalingFactor);
     record.RasterName = raster_name(m_frame.Inputs, animal.NamingId, index + 1, m_frame.Values.size());
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");

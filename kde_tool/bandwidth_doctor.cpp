@@ -1,6 +1,7 @@
 #include "kde_tool/bandwidth_doctor.h"
 
 #include "engine/status.h"
+#include "isopleths/clsHISO.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -81,12 +82,28 @@ std::string edge_reason(const AnimalRecord& record) {
     return "the raster may cut the distribution: its edge reaches " + short_number(*record.MaxEdgeValue);
 }
 
+/// What the raster leaves of the distribution; with isopleths that cells of 0 prevented, why there are none.
+std::string cut_reason(const AnimalRecord& record) {
+    if (!record.CutTo) return {};
+    if (*record.CutTo > 0.0)
+        return share_left_text(*record.CutTo) + " of the distribution lies on its raster: choose a larger extent";
+    const bool without = record.IsoplethStatus == isopleths::isopleth_status::kFailed;
+    return std::string(without ? "no isopleths, because " : "") +
+           "all cells of its raster are 0 (its fixes lie outside the extent)";
+}
+
 std::string cell_text(const AnimalRecord& record) {
     return "the bandwidth " + short_number(record.BandwidthMapUnits) + " is smaller than the cell size " +
            NumberText(record.Grid.CellSize);
 }
 
 }  // namespace
+
+std::string share_left_text(double share) {
+    if (share == 0.0) return "0 %";
+    const double percent = std::round(share * 10000.0) / 100.0;
+    return percent == 0.0 ? "less than 0.01 %" : "only " + NumberText(percent) + " %";
+}
 
 bool is_search(BandwidthMethod method) {
     return method == BandwidthMethod::kLscv || method == BandwidthMethod::kBcv;
@@ -148,7 +165,7 @@ SearchFacts search_facts(const AnimalRecord& record) {
 
 std::string diagnosis(const AnimalRecord& record) {
     std::vector<std::string> reasons = {search_reason(search_facts(record)), failure_reason(record),
-                                        edge_reason(record)};
+                                        edge_reason(record), cut_reason(record)};
     reasons.erase(std::unique(reasons.begin(), reasons.end()), reasons.end());
     std::string text;
     for (const std::string& reason : reasons) {

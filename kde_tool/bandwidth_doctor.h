@@ -40,6 +40,9 @@ struct SearchFacts {
     bool Minimized = false;
 };
 
+/// What is left of 1, in per cent with two decimals: "only 1.67 %", "less than 0.01 %", "0 %".
+std::string share_left_text(double share);
+
 /// Whether the method searches: LSCV and BCV do.
 bool is_search(BandwidthMethod method);
 

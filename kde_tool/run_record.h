@@ -42,6 +42,7 @@ struct AnimalRecord {
     std::vector<IsoplethRecord> Isopleths;
     std::optional<double> MaxEdgeValue;  ///< absent when no isopleths were made
     bool EdgeWarning = false;
+    std::optional<double> CutTo;      ///< share of the distribution on its raster, where the raster cuts it below 99 %
     std::int32_t Status = 0;          ///< the calculator's status, 0 when the distribution was computed
     std::int32_t IsoplethStatus = 0;  ///< the isopleth object's status, 0 when isopleths were made or not asked for
     std::string Warnings;             ///< the calculator's warnings, each followed by a carriage return

@@ -52,6 +52,9 @@ std::string bandwidth_text(const PageRun& run, const AnimalRecord& record) {
 }
 
 std::string edge_text(const AnimalRecord& record) {
+    if (record.CutTo)
+        return "<strong class=\"warn\">cut</strong>: " + kde_tool::share_left_text(*record.CutTo) +
+               " of the distribution lies on the raster";
     if (!record.MaxEdgeValue) return {};
     return record.EdgeWarning ? "<strong class=\"warn\">may cut the distribution</strong>"
                               : "clear of the distribution";

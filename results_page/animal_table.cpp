@@ -46,8 +46,8 @@ Cell search_cell(const AnimalRecord& record) {
 }
 
 Cell edge_cell(const AnimalRecord& record) {
-    if (!record.MaxEdgeValue) return {""};
-    return {record.EdgeWarning ? "<strong class=\"warn\">cut</strong>" : "clear"};
+    if (!record.MaxEdgeValue && !record.CutTo) return {""};
+    return {is_cut(record) ? "<strong class=\"warn\">cut</strong>" : "clear"};
 }
 
 std::vector<Column> columns_of(const PageRun& run) {
@@ -75,7 +75,8 @@ std::vector<Column> columns_of(const PageRun& run) {
                            const std::string text = volume_text(run, r);
                            return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
                        }});
-    if (run.Inputs.Isopleths) columns.push_back({"Edge", false, edge_cell});
+    if (run.Inputs.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_cut))
+        columns.push_back({"Edge", false, edge_cell});
     if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))
         columns.push_back({"Remarks", false, remark});
     return columns;

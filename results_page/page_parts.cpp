@@ -115,7 +115,8 @@ std::string problems(const PageRun& run) {
     const std::size_t failed = count([](const AnimalRecord& r) { return r.Status != 0; });
     const std::size_t unsure =
         count([](const AnimalRecord& r) { return r.Status == 0 && kde_tool::is_search(r.Method) && !r.Minimized; });
-    const std::size_t cut = count([](const AnimalRecord& r) { return r.EdgeWarning; });
+    const std::size_t cut = count([](const AnimalRecord& r) { return r.EdgeWarning && !r.CutTo; });
+    const std::size_t lost = count([](const AnimalRecord& r) { return r.CutTo.has_value(); });
     std::vector<std::string> texts;
     if (run.Stopped) texts.emplace_back("The run was stopped; what was done until then is shown.");
     if (failed > 0) texts.push_back(counted(failed, "distribution", "distributions") + " could not be computed.");
@@ -123,6 +124,9 @@ std::string problems(const PageRun& run) {
         texts.push_back(counted(unsure, "search", "searches") +
                         " found no minimum; HREF was used instead of a searched bandwidth.");
     if (cut > 0) texts.push_back(counted(cut, "raster", "rasters") + " may cut the distribution at the edge.");
+    if (lost > 0)
+        texts.push_back(counted(lost, "raster holds", "rasters hold") +
+                        " less than 99 % of the distribution: choose a larger extent.");
     if (texts.empty()) return {};
     std::string html = "<div class=\"notice\"><p><strong>Please check:</strong></p><ul>";
     for (const std::string& text : texts) html += "<li>" + text + "</li>";

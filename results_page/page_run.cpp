@@ -77,6 +77,10 @@ std::string volume_text(const PageRun& run, const AnimalRecord& record) {
     return platform::NumberText(std::round(percent * 100.0) / 100.0) + " %";
 }
 
+bool is_cut(const AnimalRecord& record) {
+    return record.EdgeWarning || record.CutTo;
+}
+
 const char* search_text(const AnimalRecord& record) {
     if (!kde_tool::is_search(record.Method)) return "";
     return record.Minimized ? "minimised" : "not minimised";

@@ -33,6 +33,7 @@ AnimalRecord full_record() {
     record.Isopleths = {{95.0, 0.0625, 1234.5}, {50.0, 0.25, std::nullopt}};
     record.MaxEdgeValue = 1e-300;
     record.EdgeWarning = true;
+    record.CutTo = 0.0167139261002523;
     record.Status = 5002;
     record.IsoplethStatus = 3001;
     record.Warnings = "One.\rTwo.\r";
@@ -71,6 +72,7 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
     }
     EXPECT_EQ(a.MaxEdgeValue, b.MaxEdgeValue);
     EXPECT_EQ(a.EdgeWarning, b.EdgeWarning);
+    EXPECT_EQ(a.CutTo, b.CutTo);
     EXPECT_EQ(a.Status, b.Status);
     EXPECT_EQ(a.IsoplethStatus, b.IsoplethStatus);
     EXPECT_EQ(a.Warnings, b.Warnings);

@@ -201,6 +201,20 @@ TEST(BandwidthDoctor, Tells_of_one_cause_once_and_of_several_in_one_line) {
               "bandwidths; the raster may cut the distribution: its edge reaches 0.02346");
 }
 
+TEST(BandwidthDoctor, Tells_what_a_raster_leaves_of_the_distribution) {
+    AnimalRecord record;
+    record.SampleSize = 300;
+    record.CutTo = 0.0167139;
+    EXPECT_EQ(diagnosis(record), "only 1.67 % of the distribution lies on its raster: choose a larger extent");
+    record.CutTo = 0.0000063;
+    EXPECT_EQ(diagnosis(record), "less than 0.01 % of the distribution lies on its raster: choose a larger extent");
+    record.CutTo = 0.0;
+    EXPECT_EQ(diagnosis(record), "all cells of its raster are 0 (its fixes lie outside the extent)");
+    record.IsoplethStatus = 3001;
+    EXPECT_EQ(diagnosis(record),
+              "no isopleths, because all cells of its raster are 0 (its fixes lie outside the extent)");
+}
+
 TEST(BandwidthDoctor, Stands_in_the_report_only_beside_a_page) {
     const AnimalRecord record = with_scores({3, 2, 1}, 40);
     RunInputs inputs;

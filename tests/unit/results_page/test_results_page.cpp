@@ -96,6 +96,29 @@ TEST_F(ResultsPageTest, Hostile_names_are_text) {
     EXPECT_THAT(html, HasSubstr("<bdi>&lt;/script&gt;&lt;img onerror=x&gt;&amp;&quot;&#39;\xEF\xBF\xBD</bdi>"));
 }
 
+TEST_F(ResultsPageTest, Calls_a_raster_that_misses_much_of_a_distribution_cut) {
+    AddTwoAnimals();
+    // Animal 3 lies evenly on both sides of the raster's right edge at x = 1100; animal 7 ends 4 bandwidths from it.
+    Application->Doc().Map().AddLayer(memory::layer_of(
+        std::make_shared<memory::MemoryRasterLayer>("study area", platform::RasterGeometry{500.0, 0.0, 50.0, 12, 24})));
+    OpenWithPage();
+    Choose(Form->optExtRef, &kde_tool::frmKDE::optExtRef_Click);
+    ASSERT_TRUE(Form->cmbExtRef.Select("study area"));
+    Form->chkBnds.Value = 0;
+    Form->chkBnds_Click();
+    Run();
+    const std::string html = Html();
+    EXPECT_THAT(html,
+                HasSubstr("<strong class=\"warn\">cut</strong>: only 50 % of the distribution lies on the raster"));
+    EXPECT_THAT(
+        html,
+        HasSubstr("<strong class=\"warn\">cut</strong>: less than 0.01 % of the distribution lies on the raster"));
+    EXPECT_THAT(html, HasSubstr("<li>2 rasters hold less than 99 % of the distribution: choose a larger extent.</li>"));
+    EXPECT_EQ(count_of(html, "<td><strong class=\"warn\">cut</strong></td>"), 2U);
+    EXPECT_THAT(html, Not(HasSubstr("clear")));
+    EXPECT_EQ(Keeper.Records.at(0).Reason, "only 50 % of the distribution lies on its raster: choose a larger extent");
+}
+
 TEST_F(ResultsPageTest, Tells_of_a_failed_animal_without_a_map) {
     AddTwoAnimals();
     Points->AddPoint(1500.0, 600.0, {std::string("One"), std::int64_t{9}});
