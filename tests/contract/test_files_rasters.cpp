@@ -1,8 +1,7 @@
 // What only rasters on a real disk can show: coordinate systems, side files, full and read-only disks, damage.
 
-#include "tests/contract/files_rasters.h"
-
 #include "adapters/files/raster_dataset.h"
+#include "tests/contract/files_rasters.h"
 #include "tests/contract/mounted_disk.h"
 
 #include <algorithm>
@@ -47,6 +46,19 @@ TEST_P(FilesRastersOfFormat, The_coordinate_system_is_recognised_by_its_code) {
         OSRFreeSRSArray(matches);
         CPLFree(confidence);
     }
+}
+
+// Cells without any contribution are 0, and 0 is a value.
+TEST_P(FilesRastersOfFormat, Empty_cells_are_0_and_not_missing) {
+    const auto raster = Make({"K3", GetParam(), {0.0, 0.0, 1.0, 2, 1}, {}}, std::vector<float>{0.0F, 1.0F});
+    const auto dataset = open_by_gdal(raster->Path());
+    ASSERT_TRUE(dataset);
+    int isSet = 0;
+    const double missing = dataset->GetRasterBand(1)->GetNoDataValue(&isSet);
+    // The format of GRIDs has a fixed one.
+    EXPECT_EQ(isSet != 0, GetParam() == "GRID");
+    EXPECT_TRUE(isSet == 0 || missing < -3.4e38) << missing;
+    EXPECT_THAT(cells_of(*raster->Band()), ElementsAre(0.0F, 1.0F));
 }
 
 TEST_P(FilesRastersOfFormat, An_unknown_coordinate_system_stays_unknown) {

@@ -126,6 +126,24 @@ TEST_F(KernelCalculator, A_search_without_an_interior_minimum_warns_and_takes_hr
         "HREF.\r");
 }
 
+// LSCV of a square falls up to the end of its range.
+TEST_F(KernelCalculator, A_search_that_fails_after_one_that_did_not_says_so) {
+    k.SetInputCoords(kSquare);
+    k.CalculateBCV();
+    EXPECT_TRUE(k.LSCVMinimized);
+    EXPECT_NEAR(k.GetBandwidth(), 1.22190552568559, 1e-13);
+    EXPECT_EQ(k.WarningMessages(), "");
+    k.CalculateLSCV();
+    EXPECT_FALSE(k.LSCVMinimized);
+    EXPECT_DOUBLE_EQ(k.GetBandwidth(), 0.916486424665735);
+    EXPECT_EQ(
+        k.WarningMessages(),
+        "Warning: the LSCV function failed to minimize between 0.05*HREF and 2.00*HREF. The bandwidth defaulted to "
+        "HREF.\r");
+    const SearchProfile profile = *k.GetLSCVProfile();
+    for (std::size_t row = 1; row + 2 < profile.size(); ++row) EXPECT_LT(profile[row].Score, profile[row - 1].Score);
+}
+
 TEST_F(KernelCalculator, A_search_with_an_interior_minimum_takes_it) {
     k.SetInputCoords(tests::normal_sample(150, 100.0, {5e5, 5.8e6}, 81));
     k.CalculateLSCV();

@@ -102,8 +102,72 @@ TEST_F(Lscv, The_range_and_step_of_the_first_search_stay) {
     search.SetInputCoords(kThree);
     search.CalculateLSCV();
     const double largest = 2.0 * search.GetHREF();
+    const double step = rows_of(search)[1].Bandwidth - rows_of(search)[0].Bandwidth;
     search.CalculateBCV2();
     for (const ProfileRow& row : rows_of(search)) EXPECT_LE(row.Bandwidth, largest);
+    search.SetSearchRange(4.0, 8.0);
+    search.CalculateBCV2();
+    EXPECT_DOUBLE_EQ(rows_of(search)[1].Bandwidth, 4.0 + step);
+}
+
+// K = Int(50 / 0.25) + 2; every bandwidth is exact in binary.
+TEST_F(Lscv, Without_a_step_the_range_is_cut_into_200) {
+    search.SetSearchRange(0.5, 50.5);
+    search.SetInputCoords(kThree);
+    search.CalculateLSCV();
+    const SearchProfile profile = rows_of(search);
+    ASSERT_EQ(profile.size(), 203U);
+    EXPECT_EQ(profile[1].Bandwidth, 0.75);
+    EXPECT_EQ(profile[200].Bandwidth, 50.5);
+    EXPECT_EQ(profile[201], profile[200]);
+    EXPECT_EQ(profile[202], ProfileRow{});
+}
+
+// All fixes are far apart, so that the score is 1 / (8 pi h^2). Ten steps of 0.1 end at 0.99999999999999989, and the
+// row of the largest bandwidth, 1, has no smaller score.
+TEST_F(Lscv, A_minimum_at_an_end_of_the_range_but_for_rounding_is_none) {
+    search.SetSearchRange(0.1, 1.0);
+    search.SetStepValue(0.1);
+    search.SetInputCoords(PointSample{{0.0, 0.0}, {300.0, 400.0}});
+    search.CalculateLSCV();
+    EXPECT_NEAR(search.GetBandwidth(), 1.0, 1e-12);
+    EXPECT_FALSE(search.bMinimized);
+}
+
+TEST_F(Lscv, A_search_that_faults_takes_an_earlier_minimum_back) {
+    search.SetSearchRange(1.0, 9.0);
+    search.SetStepValue(1.0);
+    search.SetInputCoords(kThree);
+    search.CalculateBCV2();
+    EXPECT_EQ(search.GetBandwidth(), 3.0);
+    EXPECT_TRUE(search.bMinimized);
+    search.SetSearchRange(3.0, 3.0);
+    search.SetStepValue(0.0);
+    search.CalculateLSCV();
+    EXPECT_EQ(search.lErrorStatus, 961);
+    EXPECT_FALSE(search.bMinimized);
+}
+
+TEST_F(Lscv, Href_is_computed_in_a_search_for_its_range_alone) {
+    search.SetSearchRange(4.0, 8.0);
+    search.SetInputCoords(kThree);
+    search.CalculateLSCV();
+    EXPECT_EQ(search.GetHREF(), -1.0);
+}
+
+TEST_F(Lscv, One_object_serves_one_sample) {
+    search.SetInputCoords(PointSample{{0.0, 0.0}, {2.0, 0.0}, {0.0, 2.0}, {2.0, 2.0}});
+    search.CalculateHREF();
+    search.SetInputCoords(PointSample{{0.0, 0.0}, {4.0, 0.0}, {0.0, 8.0}, {4.0, 8.0}});
+    search.CalculateHREF();
+    EXPECT_DOUBLE_EQ(search.GetHREF(), 0.916486424665735);
+
+    clsLSCV refused(messages);
+    refused.SetInputCoords(PointSample{{1.0, 1.0}});
+    refused.SetInputCoords(kThree);
+    EXPECT_EQ(refused.lErrorStatus, 970);
+    refused.CalculateLSCV();
+    EXPECT_EQ(refused.GetBandwidth(), -1.0);
 }
 
 // Every BCV score of two fixes faults: (n - 2)(n - 1) is 0. Of equal scores the first, smallest bandwidth wins.
@@ -187,6 +251,14 @@ TEST_F(Lscv, A_step_that_does_not_move_the_bandwidth_ends_with_the_profile) {
     search.SetInputCoords(kThree);
     search.CalculateLSCV();
     EXPECT_EQ(search.lErrorStatus, 962);
+
+    clsLSCV biased(messages);
+    biased.SetSearchRange(1e18, 1e18 + 4096.0);
+    biased.SetStepValue(10.0);
+    biased.SetInputCoords(kThree);
+    biased.CalculateBCV2();
+    EXPECT_EQ(biased.lErrorStatus, 1962);
+    EXPECT_TRUE(messages.Last().Text.starts_with("BCV2: 1962, ")) << messages.Last().Text;
 }
 
 TEST_F(Lscv, Samples_without_pair_distances_set_970_and_nothing_is_computed) {
