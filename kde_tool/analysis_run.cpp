@@ -3,6 +3,7 @@
 #include "kde_tool/boxes.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/run_ending.h"
+#include "platform/question_unanswered.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -19,9 +20,11 @@ void frmKDE::btnOK_Click() {
     m_running = true;
     m_stopRequested = false;
     btnOK.Enabled = false;
+    btnLoadSettings.Enabled = false;
     m_lastRun = AnalysisRun(*this).Run();
     m_running = false;
     btnOK.Enabled = true;
+    btnLoadSettings.Enabled = true;
 }
 
 AnalysisRun::AnalysisRun(frmKDE& form) : m_form(form), m_services(form.Services()), m_report(*form.Services().Files) {}
@@ -57,6 +60,10 @@ RunOutcome AnalysisRun::Guarded(IReportSink& head, const std::function<RunOutcom
                 m_form.txtStatus.Text.clear();
                 return RunOutcome::kRefused;
         }
+    } catch (const platform::QuestionUnanswered& stop) {
+        ShowError(*m_services.Messages, "KDE: " + stop.Description);
+        TakeBack();
+        TellEnd(RunOutcome::kFailed);
     } catch (...) {
         const platform::RuntimeError error = platform::CurrentError();
         ShowError(*m_services.Messages, "KDE: " + error.Description);
@@ -105,9 +112,22 @@ void AnalysisRun::TellEnd(RunOutcome outcome) {
 }
 
 void AnalysisRun::Cancel() {
-    try {
+    Leave([&] {
         m_report.Abandon();
         DeleteRunFiles();
+    });
+}
+
+void AnalysisRun::TakeBack() {
+    Leave([&] {
+        m_report.TakeBack();
+        m_preparation->TakeBackRecord();
+    });
+}
+
+void AnalysisRun::Leave(const std::function<void()>& cleanUp) {
+    try {
+        cleanUp();
         m_preparation->Lock().reset();
         m_form.btnOK.Enabled = true;
         m_form.txtStatus.Text.clear();
@@ -118,9 +138,15 @@ void AnalysisRun::Cancel() {
     }
 }
 
+/// The run's own folder, whatever the form names by now; its choice where the run never came to a folder.
+std::filesystem::path AnalysisRun::Folder() const {
+    const std::filesystem::path& taken = m_preparation->Frame().Folder;
+    return taken.empty() ? m_form.OutputFolderPath() : taken;
+}
+
 /// A folder in which another run is at work is left alone.
 void AnalysisRun::DeleteRunFiles() {
-    const std::filesystem::path folder = m_form.OutputFolderPath();
+    const std::filesystem::path folder = Folder();
     if (folder.empty() || !m_services.Files->FolderExists(folder)) return;
     std::unique_ptr<platform::IFolderLock>& lock = m_preparation->Lock();
     std::string holder;

@@ -1,6 +1,7 @@
 #pragma once
 #include "kde_tool/run_preparation.h"
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -18,7 +19,9 @@ class AnalysisRun final : private IRunStages {
 public:
     explicit AnalysisRun(frmKDE& form);
 
-    /// Reports every fault in message boxes and never throws.
+    /// Reports every fault in message boxes and never throws. A run that an answer cancels and one that fails delete
+    /// report and settings record of the folder, earlier runs' included; one whose question nobody answers leaves both
+    /// as they were.
     RunOutcome Run();
 
     /// Prepares the run and hands it over instead of computing it, with the output folder locked: kComplete when `take`
@@ -33,6 +36,9 @@ private:
     void TellBegin();
     void TellEnd(RunOutcome outcome);
     void Cancel();
+    void TakeBack();
+    void Leave(const std::function<void()>& cleanUp);
+    std::filesystem::path Folder() const;
     void DeleteRunFiles();
     void Stage(const std::string& status) override;
     void ShowProgress(double distributions);

@@ -331,6 +331,7 @@ void frmKDE::SaveSettings(const std::filesystem::path& file) const {
 
 /// Errors while loading are passed over, as every failing step of the reader is.
 void frmKDE::btnLoadSettings_Click() {
+    if (m_running) return;
     try {
         const auto file =
             m_services.Dialogs->OpenFile({.Title = "Open Settings File", .Filter = "Text files (*.txt)|*.txt"});

@@ -159,6 +159,8 @@ public:
     void btnCalcIO_Click();
     void btnIOSave_Click();
     void btnSaveSettings_Click();
+
+    /// Reads a settings file into the controls. Nothing while a run is in progress.
     void btnLoadSettings_Click();
     void btnFolder_Click();
 

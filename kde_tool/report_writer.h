@@ -2,6 +2,7 @@
 #include "kde_tool/report_lines.h"
 #include "platform/file_system.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -49,8 +50,15 @@ public:
     /// Closes a report that is to be deleted: what could not be written does not matter any more.
     void Abandon() { m_file.reset(); }
 
+    /// Closes the report and leaves the file as it was before Open, or deletes a new one; nothing when the report is
+    /// not open.
+    void TakeBack();
+
 private:
     platform::IFileSystem& m_files;
+    std::filesystem::path m_path;
+    bool m_continued = false;     ///< the file stood before Open
+    std::uint64_t m_written = 0;  ///< bytes added since Open
     std::unique_ptr<platform::IOutputFile> m_file;
 };
 

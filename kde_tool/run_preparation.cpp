@@ -9,6 +9,7 @@
 #include "utilities/Utilities.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace wxl::kde_tool {
 namespace {
@@ -224,7 +225,27 @@ void RunPreparation::OpenReport() {
     m_report.Open(file_in_folder(m_frame.Folder, kReportFile));
     m_report.Write(header_lines(header_of(m_form, m_animals, m_services.Clock->Now())));
     m_report.Write(kernel_settings_lines(m_frame.Inputs));
-    m_form.SaveSettings(file_in_folder(m_frame.Folder, kSettingsRecordFile));
+    WriteRecord();
+}
+
+/// A record that cannot be read is replaced all the same.
+void RunPreparation::WriteRecord() {
+    const std::filesystem::path record = file_in_folder(m_frame.Folder, kSettingsRecordFile);
+    try {
+        if (m_services.Files->FileExists(record))
+            m_earlierRecord = m_services.Files->ReadFile(record, std::numeric_limits<std::uint64_t>::max());
+    } catch (const platform::RuntimeError&) {
+        m_earlierRecord.reset();
+    }
+    m_recordWritten = true;
+    m_form.SaveSettings(record);
+}
+
+void RunPreparation::TakeBackRecord() {
+    if (!m_recordWritten) return;
+    const std::filesystem::path record = file_in_folder(m_frame.Folder, kSettingsRecordFile);
+    if (m_earlierRecord) return platform::PublishFile(*m_services.Files, record, *m_earlierRecord);
+    m_services.Files->DeleteFile(record, false);
 }
 
 RunPreparation::Outcome RunPreparation::AgreeOnBuffer() {

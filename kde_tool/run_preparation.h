@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace wxl::kde_tool {
@@ -42,6 +43,10 @@ public:
     const RunFrame& Frame() const { return m_frame; }
     const GroupedFixes& Animals() const { return m_animals; }
 
+    /// Puts the settings record of an earlier run back into its place, or deletes this run's where there was none;
+    /// nothing before this run wrote its own.
+    void TakeBackRecord();
+
     /// The lock of the output folder, held until it is given up; null before Prepare came to it.
     std::unique_ptr<platform::IFolderLock>& Lock() { return m_lock; }
 
@@ -53,6 +58,7 @@ private:
     bool TakeFolder();
     bool NamesAreFree();
     void OpenReport();
+    void WriteRecord();
     Outcome AgreeOnBuffer();
     Outcome AgreeOnOverlaps();
     void Refuse(const std::string& text, const std::string& title = "Error");
@@ -63,6 +69,8 @@ private:
     IRunStages& m_stages;
     RunFrame m_frame;
     GroupedFixes m_animals;
+    bool m_recordWritten = false;
+    std::optional<std::string> m_earlierRecord;  ///< the settings record that stood before this run's
     std::unique_ptr<platform::IFolderLock> m_lock;
 };
 

@@ -79,7 +79,8 @@ void add_answer_option(CLI::App& app, Answers& answers) {
 }
 
 QuestionUnanswered::QuestionUnanswered()
-    : RuntimeError(platform::error_number::kInvalidCall, "a question has no answer on the command line") {}
+    : platform::QuestionUnanswered(platform::error_number::kInvalidCall,
+                                   "a question has no answer on the command line") {}
 
 ConsoleMessages::ConsoleMessages(Console& console, Answers answers)
     : m_console(console), m_answers(std::move(answers)) {}

@@ -1,7 +1,7 @@
 #pragma once
 #include "apps/cli/console.h"
 #include "platform/messages.h"
-#include "platform/runtime_error.h"
+#include "platform/question_unanswered.h"
 
 #include <map>
 #include <optional>
@@ -24,8 +24,8 @@ struct Answers {
 void add_answer_option(CLI::App& app, Answers& answers);
 
 /// Thrown out of a message box whose question has no answer on the command line. Handlers on the way up end their work
-/// as for any fault.
-class QuestionUnanswered : public platform::RuntimeError {
+/// as for any fault, and take back what they changed where earlier work would be lost.
+class QuestionUnanswered : public platform::QuestionUnanswered {
 public:
     QuestionUnanswered();
 };

@@ -1,3 +1,4 @@
+#include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_services.h"
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/qgis_map.h"
@@ -12,6 +13,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QGroupBox>
 #include <qgsproject.h>
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
@@ -51,6 +53,8 @@ protected:
         m_services.Messages = &m_messages;
         m_services.Dialogs = &m_dialogs;
         m_services.Host = &m_host;
+        m_services.Files = &m_files;
+        m_services.Folders = &m_folders;
         m_geodata = std::make_unique<utilities::Utilities>(m_services);
         m_geodata->ConnectToApplication(std::make_shared<QgisApplication>(Desktop{}));
         m_form = std::make_unique<kde_tool::frmKDE>(m_services, *m_geodata);
@@ -104,6 +108,9 @@ protected:
 
     memory::MemoryMessages m_messages;
     memory::MemoryFileDialogs m_dialogs;
+    std::shared_ptr<memory::MemoryDisk> m_disk = std::make_shared<memory::MemoryDisk>();
+    memory::MemoryFileSystem m_files{m_disk};
+    memory::MemoryFolders m_folders{m_disk};
     QgisHost m_host{{}};
     platform::Services m_services;
     std::unique_ptr<utilities::Utilities> m_geodata;
@@ -269,6 +276,38 @@ TEST_F(KdeDialogTest, Search_of_the_chosen_row_is_plotted) {
     tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-bandwidth-plot"));
     Find<QRadioButton>("optBE_HREF").click();
     EXPECT_EQ(plot.currentWidget()->objectName(), "plotProfileHint");
+}
+
+TEST_F(KdeDialogTest, Load_Settings_is_grey_during_a_run) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    m_form->SetOutputFolder("/absent");
+    m_form->txtCellSize.Text = "50";
+    std::vector<bool> during;
+    // After the dialog's own turn, which is older.
+    const auto token = m_host.OnYield([&] { during.push_back(Find<QPushButton>("btnLoadSettings").isEnabled()); });
+    EXPECT_TRUE(Find<QPushButton>("btnLoadSettings").isEnabled());
+    Find<QPushButton>("btnOK").click();
+    EXPECT_EQ(m_messages.Last().Text,
+              "Error: the output folder /absent does not exist. Please choose an existing folder on the Output Options "
+              "tab.");
+    EXPECT_EQ(during, std::vector<bool>{false});
+    EXPECT_TRUE(Find<QPushButton>("btnLoadSettings").isEnabled());
+}
+
+TEST_F(KdeDialogTest, Frames_of_the_pages_carry_their_titles) {
+    const std::array<QStringList, 4> titles = {
+        QStringList{"Input", "Independence of observations"}, QStringList{"Standardization", "Kernel parameters"},
+        QStringList{"Bandwidth Selection"}, QStringList{"Output", "Isopleths", "Extents"}};
+    const auto& tabs = Find<QTabWidget>("SSTab1");
+    ASSERT_EQ(tabs.count(), 4);
+    for (std::size_t page = 0; page < titles.size(); ++page) {
+        QStringList found;
+        for (const auto* box : tabs.widget(static_cast<int>(page))->findChildren<QGroupBox*>()) found << box->title();
+        found.sort();
+        QStringList expected = titles[page];
+        expected.sort();
+        EXPECT_EQ(found, expected) << found.join(QStringLiteral(", ")).toStdString();
+    }
 }
 
 TEST_F(KdeDialogTest, Exit_closes_the_dialog) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace wxl::cli {
@@ -182,6 +183,37 @@ TEST_F(KdeCommand, A_question_without_an_answer_stops_the_run_and_names_the_opti
     EXPECT_TRUE(fs::is_empty(Out));
     EXPECT_EQ(Kde({"--cell-size", "20", "--extent", "full:10", "--answer", "buffer=no"}).Code, 0);
     EXPECT_THAT(Report(), HasSubstr("full extent + 10\r\n"));
+}
+
+TEST_F(KdeCommand, A_question_without_an_answer_leaves_the_files_of_earlier_runs_as_they_were) {
+    ASSERT_EQ(Kde({"--cell-size", "20", "--prefix", "E", "--extent", "min"}).Code, 0);
+    const auto files = [&] {
+        std::map<std::string, std::string> found;
+        for (const auto& entry : fs::recursive_directory_iterator(Out))
+            if (entry.is_regular_file()) found[entry.path().string()] = content(entry.path());
+        return found;
+    };
+    const auto before = files();
+    ASSERT_TRUE(before.contains(Out + "/WXL_KDE_ANALYSIS.txt") && before.contains(Out + "/WXL_KERNEL_SETTINGS.txt"));
+    Import("twice", "a,x,y\n3,1000,500\n3,1200,500\n3,1000,700\n3,1000,700\n");
+    const std::string overlaps = Folder / "twice.shp";
+    const std::vector<std::vector<std::string>> calls = {
+        {"kde", Points, "--extent", "full:10"},
+        {"kde", Points, "--extent", "full:10", "--jobs", "2"},
+        {"batch", "plan", Points, "--extent", "full:10"},
+        {"kde", overlaps, "--extent", "min"},
+        {"kde", overlaps, "--extent", "min", "--jobs", "2"},
+        {"batch", "plan", overlaps, "--extent", "min"},
+    };
+    for (auto call : calls) {
+        for (const char* more : {"--id-field", "animal", "--cell-size", "20", "--prefix", "L", "--out"})
+            call.emplace_back(more);
+        call.push_back(Out);
+        const Ran ran = run_wxl(call);
+        EXPECT_EQ(ran.Code, 1) << testing::PrintToString(call);
+        EXPECT_THAT(ran.Err, HasSubstr("wxl: stopped, because this question has no answer"));
+        EXPECT_EQ(files(), before) << testing::PrintToString(call);
+    }
 }
 
 TEST_F(KdeCommand, A_buffer_is_suggested_wide_enough_for_every_method) {

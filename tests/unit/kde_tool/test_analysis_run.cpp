@@ -1,3 +1,4 @@
+#include "platform/question_unanswered.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tests/unit/kde_tool/run_fixture.h"
@@ -179,6 +180,40 @@ TEST_F(AnalysisRunTest, Buffer_recommendation_cancelled_deletes_report_and_setti
     EXPECT_TRUE(Form->btnOK.Enabled);
     EXPECT_EQ(Form->txtStatus.Text, "");
     EXPECT_FALSE(HasRaster("K3"));
+}
+
+TEST_F(AnalysisRunTest, A_question_that_nobody_answers_leaves_the_files_of_earlier_runs_as_they_were) {
+    AddTwoAnimals();
+    Points->AddPoint(1000.0, 500.0, {std::string("Bo"), std::int64_t{3}});
+    Open();
+    Messages.SetOnUnanswered([](const platform::MessageBox&) -> Answer {
+        throw platform::QuestionUnanswered(platform::error_number::kInvalidCall, "nobody is here");
+    });
+    for (const char* buffer : {"349", "400"}) {
+        SCOPED_TRACE(buffer);
+        Form->txtBuffer.Text = buffer;
+        bool written = false;
+        Messages.SetOnShow([&](const auto& box) {
+            if (box.Choice != Buttons::kOk) written = HasReport() && HasSettingsRecord() && Report() != "earlier run";
+        });
+        Disk->AddFile("/out/WXL_KDE_ANALYSIS.txt", "earlier run");
+        Disk->AddFile("/out/WXL_KERNEL_SETTINGS.txt", "earlier settings");
+        Run();
+        EXPECT_TRUE(written) << "there is something to take back";
+        EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+        EXPECT_EQ(Messages.Last().Text, "KDE: nobody is here");
+        EXPECT_EQ(Report(), "earlier run");
+        EXPECT_EQ(Disk->Bytes("/out/WXL_KERNEL_SETTINGS.txt"), "earlier settings");
+        EXPECT_EQ(Files.List("/out").size(), 2U);
+        EXPECT_FALSE(Locks.IsHeld("/out"));
+        EXPECT_TRUE(Form->btnOK.Enabled);
+        EXPECT_EQ(Form->txtStatus.Text, "");
+
+        Files.DeleteFile("/out/WXL_KDE_ANALYSIS.txt", false);
+        Files.DeleteFile("/out/WXL_KERNEL_SETTINGS.txt", false);
+        Run();
+        EXPECT_THAT(Files.List("/out"), testing::IsEmpty());
+    }
 }
 
 TEST_F(AnalysisRunTest, No_recommendation_before_the_reference_bandwidths_are_known_nor_for_other_extents) {
@@ -502,6 +537,60 @@ TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_ca
     ASSERT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Disk full"));
     EXPECT_FALSE(HasReport());
+}
+
+TEST_F(AnalysisRunTest, Settings_are_not_loaded_during_a_run) {
+    memory::MemoryFileDialogs dialogs;
+    Services.Dialogs = &dialogs;
+    AddTwoAnimals();
+    Open();
+    Disk->AddFolder("/old");
+    Disk->AddFile("/old/WXL_KDE_ANALYSIS.txt", "old report");
+    Disk->AddFile("/old/WXL_KERNEL_SETTINGS.txt", "old settings");
+    Disk->AddFile("/settings.txt", "[OUTFOLDER]\r\n/old\r\n[PREFIX]\r\nX\r\n\r\n");
+    dialogs.WillChoose("/settings.txt");
+    bool enabled = false;
+    Host.SetOnYield([&] {
+        enabled = enabled || Form->btnLoadSettings.Enabled;
+        if (Form->txtStatus.Text != "Calculating kernel...") return;
+        Form->btnLoadSettings_Click();
+        Disk->Fail(memory::DiskStep::kWrite, 1, 61);
+    });
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_FALSE(enabled);
+    EXPECT_TRUE(Form->btnLoadSettings.Enabled);
+    EXPECT_EQ(Form->OutputFolder(), "/out");
+    EXPECT_EQ(Form->txtR.Text, "K");
+    EXPECT_EQ(Disk->Bytes("/old/WXL_KDE_ANALYSIS.txt"), "old report");
+    EXPECT_EQ(Disk->Bytes("/old/WXL_KERNEL_SETTINGS.txt"), "old settings");
+    EXPECT_FALSE(HasReport());
+    EXPECT_FALSE(HasSettingsRecord());
+
+    Host.SetOnYield({});
+    Form->btnLoadSettings_Click();
+    EXPECT_EQ(Form->OutputFolder(), "/OLD");
+}
+
+TEST_F(AnalysisRunTest, The_cancel_routine_deletes_in_the_folder_of_the_run_whatever_the_form_names_by_then) {
+    AddTwoAnimals();
+    Open();
+    Disk->AddFolder("/old");
+    Disk->AddFile("/old/WXL_KDE_ANALYSIS.txt", "old report");
+    Disk->AddFile("/old/WXL_KERNEL_SETTINGS.txt", "old settings");
+    Host.SetOnYield([&] {
+        if (Form->txtStatus.Text != "Calculating kernel...") return;
+        EXPECT_TRUE(HasReport() && HasSettingsRecord());
+        Form->SetOutputFolder("/old");
+        Disk->Fail(memory::DiskStep::kWrite, 1, 61);
+    });
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_EQ(Disk->Bytes("/old/WXL_KDE_ANALYSIS.txt"), "old report");
+    EXPECT_EQ(Disk->Bytes("/old/WXL_KERNEL_SETTINGS.txt"), "old settings");
+    EXPECT_FALSE(HasReport());
+    EXPECT_FALSE(HasSettingsRecord());
+    EXPECT_FALSE(Locks.IsHeld("/out"));
 }
 
 TEST_F(AnalysisRunTest, Observers_hear_of_begin_and_end_of_what_became_a_run) {

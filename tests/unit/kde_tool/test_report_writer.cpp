@@ -1,6 +1,5 @@
-#include "kde_tool/report_writer.h"
-
 #include "adapters/memory/memory_file_system.h"
+#include "kde_tool/report_writer.h"
 #include "platform/runtime_error.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +29,27 @@ TEST_F(ReportWriter, Every_write_is_on_the_disk_at_once) {
     EXPECT_EQ(Files.Disk().Bytes(File), "first\r\n");
     report.Write({"second"});
     EXPECT_EQ(Files.Disk().Bytes(File), "first\r\nsecond\r\n");
+}
+
+TEST_F(ReportWriter, Taken_back_it_leaves_the_earlier_part_byte_for_byte) {
+    Files.Disk().AddFile(File, "earlier\r\nwithout a line end\n\xFF");
+    AnalysisReport report(Files);
+    report.Open(File);
+    report.Write({"new", "lines"});
+    report.TakeBack();
+    EXPECT_FALSE(report.IsOpen());
+    EXPECT_EQ(Files.Disk().Bytes(File), "earlier\r\nwithout a line end\n\xFF");
+    report.TakeBack();
+    EXPECT_EQ(Files.List("/out").size(), 1U);
+}
+
+TEST_F(ReportWriter, Taken_back_a_new_report_is_gone) {
+    AnalysisReport report(Files);
+    report.TakeBack();
+    report.Open(File);
+    report.Write({"new"});
+    report.TakeBack();
+    EXPECT_FALSE(Files.FileExists(File));
 }
 
 TEST_F(ReportWriter, A_second_run_continues_below_a_separator) {
