@@ -51,7 +51,6 @@ struct clsLSCV::Method {
     std::int32_t RowsStep;
     std::int32_t LoopStep;
     std::int32_t LastRowStep;
-    std::int32_t ScoreFault;
     std::int32_t Fault;
     const char* Label;
     const char* FaultText;  ///< box for faults outside the search itself; empty: none
@@ -89,7 +88,6 @@ void clsLSCV::CalculateLSCV() {
             .RowsStep = lscv_status::kLscvRows,
             .LoopStep = lscv_status::kLscvLoop,
             .LastRowStep = lscv_status::kLscvLastRow,
-            .ScoreFault = lscv_status::kLscvScore,
             .Fault = lscv_status::kLscv,
             .Label = "LSCV: ",
             .FaultText = ""});
@@ -101,7 +99,6 @@ void clsLSCV::CalculateBCV2() {
             .RowsStep = lscv_status::kBcvRows,
             .LoopStep = lscv_status::kBcvLoop,
             .LastRowStep = lscv_status::kBcvLastRow,
-            .ScoreFault = lscv_status::kBcvScore,
             .Fault = lscv_status::kBcv,
             .Label = "BCV2: ",
             .FaultText = "BCV2 calculation error"});
