@@ -6,6 +6,7 @@
 #include "fuzz/fuzz_input.h"
 #include "isopleths/edge_closing.h"
 #include "isopleths/level_polygons.h"
+#include "platform/contour_step.h"
 #include "tests/support/step_by_step.h"
 #include "tests/unit/isopleths/surfaces.h"
 
@@ -51,8 +52,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto raster = memory::MakeRaster("ud", surface.Geometry, surface.Cells);
     platform::Geometry inner;
     for (const double level : {low + share * range, low + lowerShare * range}) {
-        const auto contours = isopleths::closed_contours(operation.Contours(*raster, std::vector{level}), level,
-                                                         isopleths::OuterEdge(surface.Geometry, surface.Edge()));
+        const std::vector<double> levels = {level};
+        const auto contours =
+            isopleths::closed_contours(operation.Contours(*raster, levels), level - platform::ContourStep(levels),
+                                       isopleths::OuterEdge(surface.Geometry, surface.Edge()));
         const platform::Geometry polygon = isopleths::level_polygon(contours, operators);
         check_polygon(polygon, tests::step_by_step(contours, operators));
         const platform::Geometry ring = isopleths::ring_between(inner, polygon, operators);

@@ -3,6 +3,7 @@
 #include "isopleths/edge_closing.h"
 #include "isopleths/isopleth_outputs.h"
 #include "isopleths/level_polygons.h"
+#include "platform/contour_step.h"
 #include "platform/runtime_error.h"
 
 #include <cmath>
@@ -45,11 +46,12 @@ std::vector<std::vector<Ring>> contours_of(std::vector<platform::ContourLine> li
     std::vector<std::vector<platform::ContourLine>> byLevel(levels.size());
     for (platform::ContourLine& line : lines) byLevel[nearest_level(line.Value, levels)].push_back(std::move(line));
 
+    const double step = platform::ContourStep(levels);
     std::vector<std::vector<Ring>> contours(levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
         // A level that repeats has its contours at its first place.
         if (nearest_level(levels[i], levels) == i)
-            contours[i] = closed_contours(std::move(byLevel[i]), levels[i], edge);
+            contours[i] = closed_contours(std::move(byLevel[i]), levels[i] - step, edge);
     }
     return contours;
 }

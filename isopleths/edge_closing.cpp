@@ -34,13 +34,13 @@ struct LineEnd {
 /// at or above the level.
 class EdgeWalk {
 public:
-    EdgeWalk(std::vector<std::vector<Point>> lines, std::vector<LineEnd> ends, double level, const OuterEdge& edge)
+    EdgeWalk(std::vector<std::vector<Point>> lines, std::vector<LineEnd> ends, double lowest, const OuterEdge& edge)
         : m_lines(std::move(lines)), m_ends(std::move(ends)), m_edge(edge) {
         std::stable_sort(m_ends.begin(), m_ends.end(),
                          [](const LineEnd& a, const LineEnd& b) { return a.Position < b.Position; });
         m_orderOf.resize(2 * m_lines.size());
         for (std::size_t i = 0; i < m_ends.size(); ++i) m_orderOf[Key(m_ends[i].Line, m_ends[i].IsLast)] = i;
-        m_evenIsHigh = EvenStretchesAreHigh(level);
+        m_evenIsHigh = EvenStretchesAreHigh(lowest);
     }
 
     std::vector<Ring> Rings() const {
@@ -66,13 +66,13 @@ private:
 
     /// Stretches are high and low in turn, so one decision serves all. Each stretch votes with its length, by the value
     /// in its middle: the short ones, where rounding could decide, do not matter.
-    bool EvenStretchesAreHigh(double level) const {
+    bool EvenStretchesAreHigh(double lowest) const {
         double vote = 0.0;
         for (std::size_t i = 0; i < m_ends.size(); ++i) {
             const double from = m_ends[i].Position;
             const double to = i + 1 < m_ends.size() ? m_ends[i + 1].Position : m_ends[0].Position + m_edge.Length();
             const double middle = std::fmod((from + to) / 2.0, m_edge.Length());
-            const bool high = m_edge.ValueAt(middle) >= level;
+            const bool high = m_edge.ValueAt(middle) >= lowest;
             vote += high == (i % 2 == 0) ? to - from : from - to;
         }
         return vote >= 0.0;
@@ -185,7 +185,7 @@ Ring OuterEdge::WholeEdge() const {
         start, {m_bounds.XMax, m_bounds.YMax}, {m_bounds.XMax, m_bounds.YMin}, {m_bounds.XMin, m_bounds.YMin}, start};
 }
 
-std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double level, const OuterEdge& edge) {
+std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double lowest, const OuterEdge& edge) {
     std::vector<Ring> rings;
     std::vector<std::vector<Point>> open;
     std::vector<LineEnd> ends;
@@ -208,8 +208,8 @@ std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double level, 
     }
 
     if (!open.empty())
-        std::ranges::move(EdgeWalk(std::move(open), std::move(ends), level, edge).Rings(), std::back_inserter(rings));
-    else if (edge.ValueAt(0.0) >= level)
+        std::ranges::move(EdgeWalk(std::move(open), std::move(ends), lowest, edge).Rings(), std::back_inserter(rings));
+    else if (edge.ValueAt(0.0) >= lowest)
         rings.push_back(edge.WholeEdge());
 
     std::ranges::for_each(rings, drop_repeated_vertices);

@@ -49,6 +49,7 @@ private:
 /// that enclose nothing, or less than rounding may make (a billionth of a cell wide), are left out. Sorted by
 /// sort_by_area.
 /// @param lines all contour lines of the level
-std::vector<Ring> closed_contours(std::vector<platform::ContourLine> lines, double level, const OuterEdge& edge);
+/// @param lowest the lowest value that counts as at the level: the level less platform::ContourStep
+std::vector<Ring> closed_contours(std::vector<platform::ContourLine> lines, double lowest, const OuterEdge& edge);
 
 }  // namespace wxl::isopleths

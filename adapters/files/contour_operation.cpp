@@ -1,6 +1,7 @@
 #include "adapters/files/contour_operation.h"
 
 #include "adapters/files/gdal_support.h"
+#include "platform/contour_step.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -181,8 +182,7 @@ double scale_for(const std::vector<double>& levels, platform::IRasterBand& band)
         const platform::RasterStatistics statistics = band.ComputeStatistics();
         largest = std::max(std::abs(statistics.Minimum), std::abs(statistics.Maximum));
     }
-    if (!std::isnormal(largest)) return 1.0;
-    return std::ldexp(1.0, 29 - std::ilogb(largest));
+    return platform::ContourScale(largest);
 }
 
 std::string text_of(const std::vector<double>& levels) {

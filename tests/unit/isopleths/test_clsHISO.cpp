@@ -479,6 +479,40 @@ TEST(clsHISO, A_contour_belongs_to_the_nearest_level_and_in_a_tie_to_the_first) 
     EXPECT_DOUBLE_EQ(areas[1], 2.0);
 }
 
+/// The level of the top bin of these two heights comes out one rounding above the upper one.
+constexpr double kUpper = 0.0940261259675026;
+constexpr double kLower = 9.237274833928666e-10;
+
+TEST(clsHISO, A_frame_one_rounding_below_its_level_is_the_polygon) {
+    IsoplethRig rig;
+    const Surface frame = tests::surface_of({0, 0, 10, 12, 9}, [](double column, double row) {
+        return column == 0 || row == 0 || column == 11 || row == 8 ? kUpper : kLower;
+    });
+    clsHISO hiso = rig.Object(frame, {50});
+    hiso.CreateIsopleths();
+    ASSERT_EQ(hiso.GetErrorStatus(), 0);
+    ASSERT_EQ(hiso.GetLevels().at(0), std::nextafter(frame.Maximum(), 1.0));
+    const auto polys = rig.Output("_poly");
+    EXPECT_EQ(polys->Bounds(), (platform::Extent{0, 0, 120, 90}));
+    EXPECT_EQ(polys->Find({})->NextFeature()->Shape().Parts.size(), 2U);
+    // The hole runs through the centres of the frame's cells and cuts off half a cell in each corner.
+    const double expected = 120 * 90 - (110 * 80 - 4 * 50);
+    EXPECT_NEAR(rig.Column(*polys, "AREA").at(0), expected, 1e-6);
+    EXPECT_NEAR(hiso.GetAreas().at(0).value(), expected, 1e-6);
+}
+
+TEST(clsHISO, A_plateau_at_the_edge_one_rounding_below_its_level_is_the_polygon) {
+    IsoplethRig rig;
+    const Surface plateau =
+        tests::surface_of({0, 0, 10, 12, 9}, [](double column, double) { return column < 9 ? kUpper : kLower; });
+    clsHISO hiso = rig.Object(plateau, {50});
+    hiso.CreateIsopleths();
+    ASSERT_EQ(hiso.GetErrorStatus(), 0);
+    ASSERT_EQ(hiso.GetLevels().at(0), std::nextafter(plateau.Maximum(), 1.0));
+    // Up to the centres of the ninth column.
+    EXPECT_NEAR(rig.Column(*rig.Output("_poly"), "AREA").at(0), 85 * 90, 1e-6);
+}
+
 TEST(clsHISO, Running_again_measures_anew_and_meets_its_own_outputs) {
     IsoplethRig rig;
     clsHISO hiso = rig.Object(bump(), {50});

@@ -6,6 +6,7 @@
 #include "adapters/files/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
 #include "isopleths/edge_closing.h"
+#include "platform/contour_step.h"
 #include "tests/support/step_by_step.h"
 #include "tests/unit/isopleths/polygonized.h"
 #include "tests/unit/isopleths/surfaces.h"
@@ -26,7 +27,8 @@ const RasterGeometry kPlace{500000, 4000000, 30, 70, 50};
 std::vector<Ring> contours_of(const Surface& surface, double level) {
     files::ContourOperation operation;
     const auto raster = memory::MakeRaster("ud", surface.Geometry, surface.Cells);
-    return closed_contours(operation.Contours(*raster, std::vector{level}), level,
+    const std::vector<double> levels = {level};
+    return closed_contours(operation.Contours(*raster, levels), level - platform::ContourStep(levels),
                            OuterEdge(surface.Geometry, surface.Edge()));
 }
 
