@@ -67,7 +67,7 @@ void FilesFeatureLayer::Select(std::vector<std::int64_t> oids) {
 }
 
 FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path, Sources sources) {
-    const auto raster = OpenRaster(path, sources);
+    const auto raster = OpenRaster(path, sources, CellShape::kOblong);
     m_name = raster->Name();
     m_geometry = raster->Band()->Geometry();
 }

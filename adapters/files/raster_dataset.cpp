@@ -99,7 +99,7 @@ bool says_too_much(GDALDataset& dataset, const std::filesystem::path& path) {
     return said > 16 * known + kEmptyTiles;
 }
 
-platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem::path& path) {
+platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem::path& path, CellShape shape) {
     const auto refuse = [&](const std::string& reason) {
         platform::Raise(error_number::kInvalidCall, "The raster " + path.string() + " " + reason + ".");
     };
@@ -108,7 +108,6 @@ platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem
     if (dataset.GetGeoTransform(transform.data()) != CE_None) refuse("has no position");
     const auto [left, cellWidth, columnShear, top, rowShear, cellHeight] = transform;
     if (columnShear != 0.0 || rowShear != 0.0 || cellWidth <= 0.0 || cellHeight >= 0.0) refuse("is not north-up");
-    // The far edges may be off by half a cell at most.
     const int columns = dataset.GetRasterXSize();
     const int rows = dataset.GetRasterYSize();
     if (says_too_much(dataset, path))
@@ -120,14 +119,16 @@ platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem
     if (columns > kWidest || std::int64_t{columns} * rows > kMostCells)
         refuse("says that it has " + std::to_string(columns) + " columns and " + std::to_string(rows) +
                " rows, which is more than can be read; is it damaged?");
-    if (std::abs(cellWidth + cellHeight) * std::max(columns, rows) > 0.5 * cellWidth)
-        refuse("has cells that are not square");
+    // The far edges may be off by half a cell at most.
+    const bool oblong = std::abs(cellWidth + cellHeight) * std::max(columns, rows) > 0.5 * cellWidth;
+    if (oblong && shape == CellShape::kSquare) refuse("has cells that are not square");
     return {left, top + rows * cellHeight, cellWidth, columns, rows};
 }
 
 }  // namespace
 
-std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path, Sources sources) {
+std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path, Sources sources,
+                                                     CellShape shape) {
     RegisterGdal();
     const GdalErrors errors;
     const auto plain = path.has_filename() ? path : path.parent_path();
@@ -138,7 +139,7 @@ std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path
                                             AllowedDrivers(sources, DataKind::kRaster)));
     if (sources == Sources::kPlain && !handle) CheckFormat(plain, DataKind::kRaster);
     if (!handle) errors.RaiseReading(plain);
-    const auto geometry = geometry_of(*handle, plain);
+    const auto geometry = geometry_of(*handle, plain, shape);
     return std::make_shared<GdalRasterDataset>(
         std::make_shared<OpenDataset>(OpenDataset{plain, std::move(handle), geometry}));
 }

@@ -1,9 +1,11 @@
 #include "adapters/files/disk_file_system.h"
 #include "adapters/files/folder_lock.h"
+#include "adapters/files/gdal_support.h"
 #include "adapters/files/raster_dataset.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
 
+#include <array>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
@@ -356,6 +358,29 @@ TEST_F(KdeCommand, A_reference_raster_gives_extent_and_cells) {
     EXPECT_EQ(first["origin"], json::array({500.0, 0.0}));
     EXPECT_EQ(
         run_wxl({"kde", Points, "--id-field", "animal", "--out", other, "--extent", "ref:" + Out + "/absent"}).Code, 1);
+}
+
+// The cell is as wide as those of the raster, the corner and the counts are the raster's own.
+TEST_F(KdeCommand, A_reference_raster_may_have_oblong_cells_which_isopleths_refuse) {
+    files::RegisterGdal();
+    const std::string raster = Folder / "oblong.tif";
+    {
+        GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+        const files::GdalDatasetPtr dataset(driver->Create(raster.c_str(), 9, 12, 1, GDT_Float32, nullptr));
+        std::array<double, 6> transform = {300.0, 300.0, 0.0, 2500.0, 0.0, -200.0};
+        ASSERT_EQ(dataset->SetGeoTransform(transform.data()), CE_None);
+    }
+    const Ran ran = Kde({"--extent", "ref:" + raster, "--bandwidth", "400", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json first = json::parse(ran.Out)["animals"][0];
+    EXPECT_EQ(first["cell_size"], 300.0);
+    EXPECT_EQ(first["columns"], 9);
+    EXPECT_EQ(first["rows"], 12);
+    EXPECT_EQ(first["origin"], json::array({300.0, 100.0}));
+    const Ran isopleths =
+        run_wxl({"isopleths", raster, "--levels", "95", "--polygons", "--out", Folder / "iso", "--name", "o"});
+    EXPECT_EQ(isopleths.Code, 1);
+    EXPECT_THAT(isopleths.Err, HasSubstr("has cells that are not square"));
 }
 
 TEST_F(KdeCommand, A_reference_raster_beside_a_layer_of_the_same_name_is_found) {
