@@ -120,6 +120,7 @@ private:
 
 std::unique_ptr<IFeatureCursor> open_cursor(const std::shared_ptr<MemoryTable>& table, const Search& search,
                                             const std::set<std::int64_t>* among) {
+    if (table->BeforeFind) table->BeforeFind();
     ++table->Finds;
     std::vector<std::int64_t> oids;
     for (const auto& [oid, row] : table->Rows) {

@@ -24,6 +24,7 @@ struct MemoryTable {
     std::int64_t NextOID = 0;
 
     bool CursorsMeetDeletedRows = false;
+    std::function<void()> BeforeFind;
     std::function<void(std::int64_t)> BeforeStore;
     std::function<void(std::int64_t)> BeforeDelete;
     std::int64_t Finds = 0;
@@ -67,6 +68,9 @@ public:
 
     /// Whether a cursor opened before a row was deleted still returns it (some hosts do). False at first.
     void LetCursorsMeetDeletedRows(bool value) { m_table->CursorsMeetDeletedRows = value; }
+
+    /// Called before each Find, of a selection too; may throw.
+    void SetBeforeFind(std::function<void()> action) { m_table->BeforeFind = std::move(action); }
 
     /// Called with the object ID before each Store or Delete; may throw, as a failing disk does.
     void SetBeforeStore(std::function<void(std::int64_t)> action) { m_table->BeforeStore = std::move(action); }

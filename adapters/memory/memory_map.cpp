@@ -66,7 +66,10 @@ public:
         m_record->Legs.clear();
         ++m_record->Deletions;
     }
-    void Refresh() override { ++m_record->Refreshes; }
+    void Refresh() override {
+        ++m_record->Refreshes;
+        if (m_record->OnRefresh) m_record->OnRefresh();
+    }
 
 private:
     std::shared_ptr<MemoryGraphics> m_record;

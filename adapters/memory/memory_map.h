@@ -50,6 +50,7 @@ struct MemoryGraphics {
     std::vector<platform::TrackLeg> Legs;
     int Deletions = 0;
     int Refreshes = 0;
+    std::function<void()> OnRefresh = {};  ///< called with each refresh; may throw
 };
 
 /// A map: layers and group layers, and a record of what was done to it.

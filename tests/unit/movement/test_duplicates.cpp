@@ -88,6 +88,7 @@ TEST_F(Duplicates, Nothing_selected) {
     const std::string text =
         "You must select/highlight some points in the map to test. No points were tested or removed!!";
     EXPECT_EQ(Messages.Texts(), (Texts{text, text}));
+    for (const MessageBox& box : Messages.Boxes()) EXPECT_EQ(box.Title, "");
     EXPECT_EQ(PleaseWait.Shown, 0);
     EXPECT_EQ(Application->Doc().Redraws(), 0);
 }
@@ -136,6 +137,27 @@ TEST_F(Duplicates, An_object_id_beyond_16_bits_in_the_pass_by_place) {
     ByPlace.OnClick();
     EXPECT_EQ(table.OIDs(), (Oids{0, 40000, 40001}));
     EXPECT_EQ(Messages.Texts(), Texts{"Calcfeatures sub Error number: 6"});
+}
+
+// Object IDs 0 to 32767 fit into 16 bits; the count of 32768 fixes does not.
+TEST_F(Duplicates, The_32768th_kept_fix_overflows_the_counter_of_the_pass) {
+    auto& table = AddLayer({kTime2});
+    for (int i = 0; i < 32768; ++i) table.AddPoint(i, 0.0, {static_cast<double>(i)});
+    Layer->SelectAll();
+    ByTime.OnClick();
+    ByPlace.OnClick();
+    EXPECT_EQ(Messages.Texts(), (Texts{"CalcFeatures sub Error number: 6", "Calcfeatures sub Error number: 6"}));
+    EXPECT_EQ(table.FeatureCount(), 32768);
+}
+
+TEST_F(Duplicates, Exactly_32767_kept_fixes_are_compared) {
+    auto& table = AddLayer({kTime2});
+    for (int i = 0; i < 32767; ++i) table.AddPoint(i, 0.0, {static_cast<double>(i)});
+    Layer->SelectAll();
+    ByTime.OnClick();
+    ByPlace.OnClick();
+    EXPECT_EQ(Messages.Texts(), (Texts{"Deleted 0 duplicate features", "Deleted 0 duplicate features"}));
+    EXPECT_EQ(table.FeatureCount(), 32767);
 }
 
 TEST_F(Duplicates, A_deleted_fix_beyond_16_bits_is_never_reached) {

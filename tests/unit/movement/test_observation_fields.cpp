@@ -181,6 +181,7 @@ TEST_F(ObservationFields, A_projection_other_than_utm_fails_at_the_second_row) {
         ClickYes();
         EXPECT_EQ(Messages.Last().Text,
                   "The fields have not been calculated! The data needs to be in and defined with a UTM projection.");
+        EXPECT_EQ(Messages.Last().Title, "");
         EXPECT_EQ(Number(0, "T_Obs_Sec"), 0.0);
         EXPECT_EQ(Number(0, "T_Cumul"), 0.0);
         EXPECT_EQ(table.ValueOf(1, "T_Obs_Sec"), kMissing);
@@ -296,6 +297,15 @@ TEST_F(ObservationFields, More_than_32767_rows_fail_before_the_question) {
     EXPECT_EQ(Messages.Texts(), Texts{"calcobsfields sub Error number: 6"});
 }
 
+TEST_F(ObservationFields, Exactly_32767_rows_are_filled) {
+    auto& table = AddLayer({kTime2});
+    for (int i = 0; i < 32767; ++i) table.AddPoint(i, 0, {static_cast<double>(i)});
+    ClickYes();
+    EXPECT_EQ(Messages.Texts(), Texts{kQuestion});
+    EXPECT_EQ(Number(32766, "T_Cumul"), 32766.0);
+    EXPECT_EQ(PleaseWait.Form, nullptr);
+}
+
 TEST_F(ObservationFields, The_32768th_row_of_a_cursor_overflows_and_the_rows_before_it_stay) {
     auto& table = AddLayer({kTime2});
     for (int i = 0; i < 32769; ++i) table.AddPoint(i, 0, {static_cast<double>(i)});
@@ -353,6 +363,7 @@ TEST_F(ObservationFields, A_pass_over_a_table_without_time2_says_so) {
     AddLayer({{.Name = "X", .Type = FieldType::kDouble}}).AddPoint(0, 0, {1.0});
     Tool.CalcFeatures(Tool.getAndSelectAllFromActiveLayer());
     EXPECT_EQ(Messages.Texts(), Texts{"Can not calculate fields.  There is not a Time2 field in the table"});
+    EXPECT_EQ(Messages.Last().Title, "");
     EXPECT_EQ(PleaseWait.Form, nullptr);
 }
 

@@ -63,6 +63,8 @@ protected:
     }
     using LegList = std::vector<std::pair<int, int>>;
 
+    memory::MemoryGraphics& DrawnGraphics() { return *Application->Doc().Map().Graphics().back(); }
+
     memory::MemoryMap& Map() { return Application->Doc().Map(); }
 
     ScriptedWindow Window;
@@ -748,6 +750,27 @@ TEST_F(TrackPlayer, Members_before_loading_report_under_their_own_labels) {
                      "DrawMLine Error number: 91"}));
 }
 
+TEST_F(TrackPlayer, Graphics_that_cannot_be_refreshed_report_under_the_label_of_the_procedure) {
+    AddTrack({0, 1});
+    Load(1);
+    DrawnGraphics().OnRefresh = [] { Raise(error_number::kInvalidCall); };
+    Player.cmdDeleteGraphic_Click();
+    Player.setupTrackMoose(false, 0.01, false);
+    Player.Form_Unload();
+    EXPECT_EQ(Messages.Texts(), (Texts{"cmdDeleteGraphic_click Error number: 5", "SetupTrackM sub Error number: 5",
+                                       "Form_Unload sub Error number: 5"}));
+    DrawnGraphics().OnRefresh = nullptr;
+}
+
+TEST_F(TrackPlayer, Fixes_that_cannot_be_read_are_reported) {
+    auto& table = AddTrack({0, 1});
+    table.SetBeforeFind([] { Raise(error_number::kDeviceIo); });
+    Load(1);
+    EXPECT_EQ(Messages.Texts(), Texts{"GetCollectionFromActiveLayer Error number: 57"});
+    EXPECT_TRUE(Player.Fixes().empty());
+    EXPECT_EQ(Player.lblfix.Caption, "0/0");
+}
+
 // Saving
 
 class TrackExport : public TrackPlayer {
@@ -765,6 +788,7 @@ TEST_F(TrackExport, Nothing_drawn) {
     Load(1);
     Player.CmdSaveTravel_Click();
     EXPECT_EQ(Messages.Texts(), Texts{"Please add a track"});
+    EXPECT_EQ(Messages.Last().Title, "");
     EXPECT_TRUE(Dialogs.Shown().empty());
 }
 
