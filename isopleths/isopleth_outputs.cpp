@@ -25,7 +25,8 @@ OutputClass IsoplethOutputs::Create(const OutputPlace& place, const std::string&
     output.Class = m_utilities.CreateOutputShapefile(place.Folder, place.Name + suffix, shape, false, false,
                                                      place.Reference, false);
     if (!output.Class)
-        platform::Raise(error_number::kObjectNotSet, "The shapefile " + place.Name + suffix + " was not created.");
+        platform::Raise(error_number::kObjectNotSet,
+                        "The shapefile " + place.Name + suffix + " was not created in " + place.Folder.string() + ".");
     for (const char* field : fields) {
         if (m_utilities.AddNewField(field, output.Class->Table(), platform::FieldType::kDouble) < 0)
             platform::Raise(error_number::kSubscript, std::string("The field ") + field + " was not added.");

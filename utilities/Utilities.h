@@ -45,8 +45,8 @@ public:
     const std::shared_ptr<platform::IMxDocument>& Document() const { return m_document; }
     const std::shared_ptr<platform::IMap>& FocusMap() const { return m_map; }
 
-    // Layers. Searched are the layers that show data, in the order of the table of contents, inside groups too:
-    // feature, raster, TIN, annotation and mesh layers, but not the groups themselves.
+    // Layers. Searched are all layers of the map in the order of the table of contents, inside groups too, but not the
+    // groups themselves.
 
     /// The first layer of exactly that name (case counts); RuntimeError 91 when there is none. No handler.
     platform::Layer GetLayerByName(const std::string& sName);
@@ -77,9 +77,9 @@ public:
     /// caller hands it to IShapefileWorkspace::Publish; one that is never published leaves nothing behind.
     ///
     /// When NAME.shp exists: without `bOverwrite` a "File Error" box is shown and null returned; with it every file
-    /// NAME.* of the folder is deleted first, read-only ones too. No handler: RuntimeError 5 for a name that is no
-    /// plain name (separators, wildcards; refused before anything is deleted) and for z or m values, which no store
-    /// holds; 76 when the folder is missing; 70 when it cannot be written.
+    /// NAME.* of the folder is deleted first, read-only ones too. Null as well when the folder is missing. No handler:
+    /// RuntimeError 5 for a name that is no plain name (separators, wildcards) and for z or m values, which no store
+    /// holds; both are refused before anything is deleted. 70 when the folder cannot be written.
     /// @param reference none: an unknown coordinate system
     std::shared_ptr<platform::IFeatureClass> CreateOutputShapefile(
         const std::filesystem::path& sFolder, const std::string& sName, platform::ShapeType geometryType, bool bHasZ,
@@ -137,7 +137,7 @@ public:
 
 private:
     struct Measurement;
-    std::vector<platform::Layer> DataLayers() const;
+    std::vector<platform::Layer> LayersInGroupsToo() const;
     void DeleteSiblings(const std::filesystem::path& sFolder, const std::string& sName);
     bool DeleteDetected(const std::filesystem::path& sFolder, const std::string& sName);
     bool AddMeasurement(const Measurement& measurement, platform::IFeatureClass& featureClass,

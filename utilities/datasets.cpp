@@ -20,21 +20,25 @@ std::shared_ptr<platform::IFeatureClass> Utilities::CreateOutputShapefile(
     const std::filesystem::path& sFolder, const std::string& sName, platform::ShapeType geometryType, bool bHasZ,
     bool bHasM, const std::optional<platform::SpatialReference>& reference, bool bOverwrite) {
     platform::CheckDatasetName(sName);
+    const bool exists = m_services.Files->FileExists(sFolder / (sName + ".shp"));
+    if (exists && !bOverwrite) {
+        m_services.Messages->Show({.Text = "ERROR: file already exists. Cannot create output file.",
+                                   .Title = "File Error",
+                                   .Sign = platform::Icon::kCritical});
+        return nullptr;
+    }
+    // Before the deletion, so that a refusal costs no files.
     const ShapeFields fields =
         CreateShapeFields(geometryType, bHasZ, bHasM, reference.value_or(platform::SpatialReference()));
-
-    if (m_services.Files->FileExists(sFolder / (sName + ".shp"))) {
-        if (!bOverwrite) {
-            m_services.Messages->Show({.Text = "ERROR: file already exists. Cannot create output file.",
-                                       .Title = "File Error",
-                                       .Sign = platform::Icon::kCritical});
-            return nullptr;
-        }
-        DeleteSiblings(sFolder, sName);
+    if (exists) DeleteSiblings(sFolder, sName);
+    try {
+        // The store makes the object identifier and geometry columns of a shapefile by itself.
+        return m_services.Shapefiles->Create(
+            sFolder, {.Name = sName, .Shape = fields.Shape, .Fields = {}, .Reference = fields.Reference});
+    } catch (const platform::RuntimeError& error) {
+        if (error.Number != error_number::kPathNotFound) throw;
+        return nullptr;
     }
-    // The store makes the object identifier and geometry columns of a shapefile by itself.
-    return m_services.Shapefiles->Create(
-        sFolder, {.Name = sName, .Shape = fields.Shape, .Fields = {}, .Reference = fields.Reference});
 }
 
 void Utilities::DeleteSiblings(const std::filesystem::path& sFolder, const std::string& sName) {

@@ -14,10 +14,6 @@ using platform::ShapeType;
 
 namespace {
 
-bool shows_data(const Layer& layer) {
-    return layer.Class != LayerClass::kGroup && layer.Class != LayerClass::kOther;
-}
-
 bool is_feature_layer_of(const Layer& layer, ShapeType shape) {
     return layer.Class == LayerClass::kFeature && layer.Shape == shape;
 }
@@ -55,15 +51,15 @@ bool is_of_kind(const Layer& layer, int kind) {
 
 }  // namespace
 
-std::vector<Layer> Utilities::DataLayers() const {
+std::vector<Layer> Utilities::LayersInGroupsToo() const {
     if (!m_map) Raise(error_number::kObjectNotSet);
     std::vector<Layer> layers = m_map->Layers();
-    std::erase_if(layers, [](const Layer& layer) { return !shows_data(layer); });
+    std::erase_if(layers, [](const Layer& layer) { return layer.Class == LayerClass::kGroup; });
     return layers;
 }
 
 Layer Utilities::GetLayerByName(const std::string& sName) {
-    for (Layer& layer : DataLayers()) {
+    for (Layer& layer : LayersInGroupsToo()) {
         if (layer.Name == sName) return std::move(layer);
     }
     Raise(error_number::kObjectNotSet, "There is no layer \"" + sName + "\" in the map.");
@@ -71,7 +67,7 @@ Layer Utilities::GetLayerByName(const std::string& sName) {
 
 bool Utilities::LayerExists(const std::string& sName) {
     try {
-        return std::ranges::any_of(DataLayers(), [&](const Layer& layer) { return layer.Name == sName; });
+        return std::ranges::any_of(LayersInGroupsToo(), [&](const Layer& layer) { return layer.Name == sName; });
     } catch (...) {
         ShowError("LayerExists");
         return false;
@@ -82,7 +78,7 @@ bool Utilities::ListLayers(int iKind, platform::ComboBox& combo) {
     try {
         if (!m_map) Raise(error_number::kObjectNotSet);
         if (m_map->Layers().empty()) return false;
-        for (const Layer& layer : DataLayers()) {
+        for (const Layer& layer : LayersInGroupsToo()) {
             if (is_of_kind(layer, iKind)) combo.Items.push_back(layer.Name);
         }
         return true;

@@ -123,7 +123,7 @@ TEST(clsHISO_faults, A_missing_folder) {
     clsHISO hiso = rig.Object(bump(), {50});
     hiso.SetOutputFolder("/nowhere");
     hiso.CreateIsopleths();
-    expect_failure(rig, hiso, "76");
+    expect_failure(rig, hiso, "91");
     EXPECT_EQ(rig.Messages.Boxes().size(), 1U);
 }
 

@@ -173,10 +173,10 @@ TEST(clsHISO_on_disk, A_missing_folder_and_a_file_in_its_place) {
     const ScratchFolder scratch;
     const auto raster = rig.Write(scratch.Path(), "GRID", bumps());
     EXPECT_EQ(rig.Run(raster, {50}, scratch / "nowhere", "ELK12_iso").GetErrorStatus(), 3001);
-    EXPECT_TRUE(rig.Messages.Last().Text.starts_with("CreateIsopleths 3001\r76\r")) << rig.Messages.Last().Text;
+    EXPECT_TRUE(rig.Messages.Last().Text.starts_with("CreateIsopleths 3001\r91\r")) << rig.Messages.Last().Text;
     std::ofstream(scratch / "file") << "text";
     EXPECT_EQ(rig.Run(raster, {50}, scratch / "file", "ELK12_iso").GetErrorStatus(), 3001);
-    EXPECT_TRUE(rig.Messages.Last().Text.starts_with("CreateIsopleths 3001\r76\r")) << rig.Messages.Last().Text;
+    EXPECT_TRUE(rig.Messages.Last().Text.starts_with("CreateIsopleths 3001\r91\r")) << rig.Messages.Last().Text;
 }
 
 TEST(clsHISO_on_disk, An_existing_shapefile_keeps_its_bytes_and_no_other_output_appears) {

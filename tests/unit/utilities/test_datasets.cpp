@@ -70,6 +70,26 @@ TEST(GetTempFolder, Asks_once_when_the_path_fits) {
     EXPECT_EQ(path.Sizes, (std::vector<std::size_t>{512}));
 }
 
+/// Fills its buffer to the last character and reports just that many.
+class FullTempPath final : public platform::ITempPath {
+public:
+    std::size_t GetTempPathA(std::size_t size, char* buffer) const override {
+        ++Calls;
+        std::fill_n(buffer, size, 't');
+        return size;
+    }
+    mutable int Calls = 0;
+};
+
+TEST(GetTempFolder, Keeps_a_path_that_fills_the_buffer) {
+    UtilitiesRig rig;
+    FullTempPath path;
+    rig.Services.TempPath = &path;
+    Utilities module(rig.Services);
+    EXPECT_EQ(module.GetTempFolder(), std::string(512, 't'));
+    EXPECT_EQ(path.Calls, 1);
+}
+
 TEST(GetTempFolder, Falls_back_in_a_fixed_order) {
     UtilitiesRig rig;
     EXPECT_EQ(rig.Module->GetTempFolder(), "c:\\");
@@ -136,14 +156,26 @@ TEST(CreateOutputShapefile, Names_with_wildcards_or_separators_are_refused_befor
     }
 }
 
-TEST(CreateOutputShapefile, Z_and_m_values_and_missing_folders_are_faults_of_the_caller) {
+TEST(CreateOutputShapefile, Z_and_m_values_are_faults_of_the_caller) {
     UtilitiesRig rig;
-    const auto make = [&](const char* folder, bool z, bool m) {
-        rig.Module->CreateOutputShapefile(folder, "a", ShapeType::kPolygon, z, m, std::nullopt, false);
+    rig.Disk->AddFile("/data/ELK.shp", "old");
+    const auto make = [&](const char* name, bool z, bool m, bool overwrite) {
+        return rig.Module->CreateOutputShapefile("/data", name, ShapeType::kPolygon, z, m, std::nullopt, overwrite);
     };
-    EXPECT_EQ(fault_of([&] { make("/data", true, false); }), 5);
-    EXPECT_EQ(fault_of([&] { make("/data", false, true); }), 5);
-    EXPECT_EQ(fault_of([&] { make("/nowhere", false, false); }), 76);
+    EXPECT_EQ(fault_of([&] { make("a", true, false, false); }), 5);
+    EXPECT_EQ(fault_of([&] { make("a", false, true, false); }), 5);
+    EXPECT_EQ(fault_of([&] { make("ELK", true, true, true); }), 5);
+    EXPECT_EQ(rig.Disk->Bytes("/data/ELK.shp"), "old") << "refused before anything is deleted";
+    EXPECT_TRUE(rig.Messages.Boxes().empty());
+    EXPECT_EQ(make("ELK", true, true, false), nullptr);
+    EXPECT_EQ(rig.Messages.Last().Title, "File Error") << "whether the file exists is asked first";
+}
+
+TEST(CreateOutputShapefile, A_folder_that_does_not_open_gives_none) {
+    UtilitiesRig rig;
+    EXPECT_EQ(
+        rig.Module->CreateOutputShapefile("/nowhere", "a", ShapeType::kPolygon, false, false, std::nullopt, false),
+        nullptr);
     EXPECT_TRUE(rig.Messages.Boxes().empty());
 }
 
@@ -228,6 +260,47 @@ TEST(OpenDatasets, Return_what_is_there) {
     EXPECT_EQ(rig.Module->OpenShapefile("/data", "ELK"), features);
     ASSERT_NE(rig.Module->OpenRasterDataset("/data", "DEER"), nullptr);
     EXPECT_EQ(rig.Module->OpenTin("/data", "HILL"), std::filesystem::path("/data/HILL"));
+}
+
+/// Stores of which every look-up fails.
+class BrokenShapefiles final : public platform::IShapefileWorkspace {
+public:
+    std::shared_ptr<platform::IFeatureClass> Create(const std::filesystem::path&,
+                                                    const platform::FeatureClassDefinition&) override {
+        platform::Raise(platform::error_number::kDeviceIo, "The disk is broken.");
+    }
+    void Publish(const std::shared_ptr<platform::IFeatureClass>&) override {}
+    std::shared_ptr<platform::IFeatureClass> Open(const std::filesystem::path&, const std::string&) override {
+        platform::Raise(platform::error_number::kDeviceIo, "The disk is broken.");
+    }
+    void Delete(const std::filesystem::path&, const std::string&) override {}
+};
+
+class BrokenTins final : public platform::ITinWorkspace {
+public:
+    bool Exists(const std::filesystem::path&, const std::string&) const override {
+        platform::Raise(platform::error_number::kDeviceIo, "The disk is broken.");
+    }
+    void Delete(const std::filesystem::path&, const std::string&) override {}
+};
+
+TEST(OpenDatasets, A_store_that_fails_is_reported) {
+    UtilitiesRig rig;
+    BrokenShapefiles shapefiles;
+    BrokenTins tins;
+    rig.Services.Shapefiles = &shapefiles;
+    rig.Services.Tins = &tins;
+    Utilities module(rig.Services);
+    EXPECT_EQ(module.OpenShapefile("/data", "ELK"), nullptr);
+    EXPECT_EQ(module.OpenTin("/data", "ELK"), std::nullopt);
+    ASSERT_EQ(rig.Messages.Boxes().size(), 2U);
+    EXPECT_EQ(rig.Messages.Boxes()[0].Text, "OpenShapefile: 57\rThe disk is broken.");
+    EXPECT_EQ(rig.Messages.Boxes()[1].Text, "OpenTin: 57\rThe disk is broken.");
+    for (const auto& box : rig.Messages.Boxes()) EXPECT_EQ(box.Title, "Error");
+    EXPECT_EQ(fault_of([&] {
+                  module.CreateOutputShapefile("/data", "a", ShapeType::kPolygon, false, false, std::nullopt, false);
+              }),
+              57);
 }
 
 TEST(OpenDatasets, A_raster_workspace_is_an_existing_folder) {

@@ -50,7 +50,7 @@ TEST(ListLayers, Every_kind_lists_its_layers_in_map_order) {
     UtilitiesRig rig;
     fill(rig.Map());
     EXPECT_EQ(listed(rig, 1), (Names{"points", "roads", "lakes", "parcels", "dem", "old.gis", "OLD.GIS", "table.gis",
-                                     "image.gis", "labels", "flow", "terrain"}));
+                                     "image.gis", "labels", "flow", "terrain", "web tiles"}));
     EXPECT_EQ(listed(rig, 2), (Names{"dem", "image.gis"}));
     EXPECT_EQ(listed(rig, 3), (Names{"points", "OLD.GIS"}));
     EXPECT_EQ(listed(rig, 4), (Names{"roads", "parcels"}));
@@ -60,8 +60,8 @@ TEST(ListLayers, Every_kind_lists_its_layers_in_map_order) {
     EXPECT_EQ(listed(rig, 8), (Names{"flow"}));
     EXPECT_EQ(listed(rig, 9), (Names{"terrain"}));
     EXPECT_EQ(listed(rig, 10), (Names{"lakes", "old.gis"}));
-    EXPECT_EQ(listed(rig, 11),
-              (Names{"points", "roads", "lakes", "parcels", "old.gis", "OLD.GIS", "table.gis", "labels", "flow"}));
+    EXPECT_EQ(listed(rig, 11), (Names{"points", "roads", "lakes", "parcels", "old.gis", "OLD.GIS", "table.gis",
+                                      "labels", "flow", "web tiles"}));
 }
 
 TEST(ListLayers, Other_kinds_add_nothing) {
@@ -102,10 +102,17 @@ TEST(GetLayerByName, Finds_the_first_of_that_name_in_groups_too) {
     EXPECT_EQ(rig.Module->GetLayerByName("dem").Class, LayerClass::kRaster);
 }
 
+TEST(GetLayerByName, Goes_through_a_group_to_a_layer_of_its_name) {
+    UtilitiesRig rig;
+    rig.Map().AddGroup("fixes", {layer("fixes", LayerClass::kFeature, ShapeType::kPoint)});
+    EXPECT_EQ(rig.Module->GetLayerByName("fixes").Class, LayerClass::kFeature);
+    EXPECT_EQ(listed(rig, 1), (Names{"fixes"}));
+}
+
 TEST(GetLayerByName, A_missing_name_is_the_callers_run_time_error) {
     UtilitiesRig rig;
     fill(rig.Map());
-    for (const char* name : {"Lakes", "lakes ", "", "group", "web tiles"}) {
+    for (const char* name : {"Lakes", "lakes ", "", "group"}) {
         try {
             rig.Module->GetLayerByName(name);
             FAIL() << name;
@@ -121,6 +128,7 @@ TEST(LayerExists, Compares_names_exactly) {
     fill(rig.Map());
     EXPECT_TRUE(rig.Module->LayerExists("roads"));
     EXPECT_TRUE(rig.Module->LayerExists("dem"));
+    EXPECT_TRUE(rig.Module->LayerExists("web tiles"));
     EXPECT_FALSE(rig.Module->LayerExists("ROADS"));
     EXPECT_FALSE(rig.Module->LayerExists("group"));
     EXPECT_FALSE(rig.Module->LayerExists(""));
@@ -145,6 +153,16 @@ TEST(FillFieldList, Lists_all_fields_but_the_geometry) {
     EXPECT_EQ(combo.Items, (Names{"ANIMAL", "Time2"}));
     EXPECT_FALSE(rig.Module->FillFieldList(layer("dem", LayerClass::kRaster), combo));
     EXPECT_TRUE(rig.Messages.Boxes().empty());
+}
+
+TEST(FillFieldList, A_layer_whose_data_cannot_be_opened_is_reported) {
+    UtilitiesRig rig;
+    Layer gone = layer("gone", LayerClass::kFeature, ShapeType::kPoint);
+    gone.Feature = std::make_shared<memory::MemoryFeatureLayer>("gone", nullptr);
+    ComboBox combo;
+    EXPECT_FALSE(rig.Module->FillFieldList(gone, combo));
+    tests::expect_error_box(rig, "FillFieldList: 91\r");
+    EXPECT_TRUE(combo.Items.empty());
 }
 
 TEST(ConnectToApplication, Keeps_application_document_and_map) {
