@@ -7,6 +7,8 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <memory>
+#include <numbers>
+#include <string_view>
 #include <vector>
 
 namespace wxl::files {
@@ -25,6 +27,28 @@ double median(std::vector<double>& values) {
     std::nth_element(values.begin(), middle, values.end());
     if (values.size() % 2 == 1) return *middle;
     return (*middle + *std::max_element(values.begin(), middle)) / 2.0;
+}
+
+bool is_mercator(const OGRSpatialReference& reference) {
+    const GdalErrors errors;
+    const char* projection = reference.GetAttrValue("PROJECTION");
+    if (projection == nullptr) projection = reference.GetAttrValue("METHOD");
+    const std::string_view name = projection == nullptr ? "" : projection;
+    const auto has = [&](std::string_view part) { return name.find(part) != std::string_view::npos; };
+    return has("Mercator") && !has("Transverse") && !has("Oblique");
+}
+
+/// The place in degrees, or nothing where it has none.
+std::optional<Point> degrees_of(const OGRSpatialReference& reference, const Point& where) {
+    const GdalErrors errors;
+    const std::unique_ptr<OGRSpatialReference> degrees(reference.CloneGeogCS());
+    if (!degrees) return std::nullopt;
+    degrees->SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    const std::unique_ptr<OGRCoordinateTransformation> transformation(
+        OGRCreateCoordinateTransformation(&reference, degrees.get()));
+    Point place = where;
+    if (!transformation || !transformation->Transform(1, &place.X, &place.Y)) return std::nullopt;
+    return std::isfinite(place.X) && std::abs(place.Y) < 90.0 ? std::optional(place) : std::nullopt;
 }
 
 }  // namespace
@@ -86,6 +110,18 @@ std::optional<std::size_t> project(std::span<Point> points, const platform::Spat
         }
     }
     return std::nullopt;
+}
+
+std::optional<MercatorStretch> mercator_stretch(const platform::SpatialReference& reference, const Point& where) {
+    const OGRSpatialReference mercator = ToOgr(reference);
+    if (!is_mercator(mercator)) return std::nullopt;
+    const auto place = degrees_of(mercator, where);
+    if (!place) return std::nullopt;
+    constexpr double kRadians = std::numbers::pi / 180.0;
+    const double parallel = mercator.GetNormProjParm(SRS_PP_STANDARD_PARALLEL_1, 0.0);
+    const double scale = mercator.GetNormProjParm(SRS_PP_SCALE_FACTOR, 1.0);
+    const double length = scale * std::cos(parallel * kRadians) / std::cos(place->Y * kRadians);
+    return MercatorStretch{*place, length * length};
 }
 
 }  // namespace wxl::files

@@ -31,4 +31,17 @@ platform::Point median_position(std::span<const platform::Point> degrees);
 std::optional<std::size_t> project(std::span<platform::Point> points, const platform::SpatialReference& from,
                                    const platform::SpatialReference& to);
 
+/// What a Mercator projection of the whole world does to areas around a place.
+struct MercatorStretch {
+    platform::Point Degrees;  ///< the place: longitude and latitude
+    double AreaFactor = 1.0;  ///< area on the map over area on the ground
+};
+
+/// The stretch around `where`, a place in the units of `reference`: (cos of the standard parallel / cos of the
+/// latitude)^2 times the scale factor's square (Snyder 1987, "Map projections", section 7, on the sphere; the ellipsoid
+/// differs by less than 1 %). Nothing for any other projection (transverse Mercator and UTM among them), and for a
+/// place that has no latitude.
+std::optional<MercatorStretch> mercator_stretch(const platform::SpatialReference& reference,
+                                                const platform::Point& where);
+
 }  // namespace wxl::files

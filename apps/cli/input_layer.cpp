@@ -15,11 +15,13 @@ namespace {
 namespace error_number = platform::error_number;
 using platform::Raise;
 
+platform::Point middle_of(const platform::Extent& extent) {
+    return {(extent.XMin + extent.XMax) / 2.0, (extent.YMin + extent.YMax) / 2.0};
+}
+
 std::string degrees_advice(platform::IFeatureClass& points) {
     const platform::Extent extent = points.Bounds();
-    const auto zone = extent.IsEmpty()
-                          ? std::nullopt
-                          : files::utm_zone_of({(extent.XMin + extent.XMax) / 2.0, (extent.YMin + extent.YMax) / 2.0});
+    const auto zone = extent.IsEmpty() ? std::nullopt : files::utm_zone_of(middle_of(extent));
     if (!zone) return "wxl import projects a tracking table (--to-crs EPSG:n)";
     return fmt::format("wxl import projects a tracking table to UTM zone {} ({})", zone->Name(), zone->Code());
 }
@@ -55,11 +57,12 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& o
     auto layer = opened(options.AllowIndirect,
                         [&](files::Sources sources) { return files::OpenFeatureLayer(options.Input, sources); });
     if (layer->FeatureClass()->Shape() != platform::ShapeType::kPoint)
-        Raise(error_number::kInvalidCall, options.Input + " holds no points: name a point layer");
+        Raise(error_number::kInvalidCall,
+              options.Input + " holds no points: name a point layer; a tracking table becomes one by wxl import");
     return layer;
 }
 
-std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options) {
+std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options, Console& console) {
     auto layer = open_point_layer(options);
     platform::IFeatureClass& points = *layer->FeatureClass();
     const platform::SpatialReference reference = points.Reference();
@@ -69,7 +72,23 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
             fmt::format("{} is in degrees ({}), in which distances cannot be measured: project it first ({}), or give "
                         "--degrees",
                         options.Input, reference.Name, degrees_advice(points)));
+    if (!reference.IsGeographic) tell_mercator(options.Input, reference, points.Bounds(), console);
     return layer;
+}
+
+void tell_mercator(const std::string& what, const platform::SpatialReference& reference, const platform::Extent& extent,
+                   Console& console) {
+    if (extent.IsEmpty()) return;
+    const auto stretch = files::mercator_stretch(reference, middle_of(extent));
+    if (!stretch) return;
+    constexpr double kTold = 1.05;
+    const bool tooLarge = stretch->AreaFactor >= kTold;
+    if (!tooLarge && stretch->AreaFactor > 1.0 / kTold) return;
+    const auto zone = files::utm_zone_of(stretch->Degrees);
+    console.Problem(fmt::format(
+        "{} is in a Mercator projection ({}), in which areas here are about {:.1f} times too {}: reproject to {}", what,
+        reference.Name, tooLarge ? stretch->AreaFactor : 1.0 / stretch->AreaFactor, tooLarge ? "large" : "small",
+        zone ? fmt::format("UTM zone {} ({})", zone->Name(), zone->Code()) : "an equal-area projection of the region"));
 }
 
 std::string guess_id_field(const std::vector<platform::Field>& fields) {

@@ -88,8 +88,8 @@ struct Sample {
     std::string Units;
 };
 
-Sample read_sample(const BandwidthOptions& options) {
-    const auto layer = open_measured_point_layer(options.Points);
+Sample read_sample(const BandwidthOptions& options, Console& console) {
+    const auto layer = open_measured_point_layer(options.Points, console);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
     return {kde_tool::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName};
 }
@@ -250,7 +250,7 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
         throw WrongCall("--plot needs --method lscv or bcv: the reference rule has no scores");
     std::optional<TextOutput> profile;
     if (!options.Profile.empty()) profile.emplace(options.Profile, options.Overwrite);
-    const Sample sample = read_sample(options);
+    const Sample sample = read_sample(options, console);
     const Plots plots(options, sample);
     std::vector<AnimalBandwidth> animals = find_bandwidths(sample.Groups, options, console);
     tell_problems(animals, console);

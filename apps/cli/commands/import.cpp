@@ -158,6 +158,12 @@ void project_fixes(const ImportOptions& options, const Tracking& tracking, const
             fmt::format("cannot be projected to {}; correct it, or choose another projection by --to-crs", to.Name));
 }
 
+platform::Extent bounds_of(const std::vector<Point>& points) {
+    platform::Extent extent;
+    for (const Point& point : points) extent.Include(point);
+    return extent;
+}
+
 /// Width of Time2: 10 digits, which programs take for 32 bits where they can, unless a time lies before 1970 or after
 /// 2286.
 int width_of_seconds(const Tracking& tracking) {
@@ -263,6 +269,7 @@ int run_import(const ImportOptions& options, Console& console) {
     std::vector<Point> points = positions(tracking);
     const Target target = choose_target(options, request, points, console);
     project_fixes(options, tracking, request.From.Reference, target.Reference, points);
+    if (!target.Reference.IsGeographic) tell_mercator(options.Output, target.Reference, bounds_of(points), console);
     output.Write(platform::ShapeType::kPoint, fields_of(tracking), target.Reference,
                  [&](platform::IInsertCursor& cursor) { insert_fixes(tracking, points, cursor); });
     console.Result(fmt::format("{}: {} of {}, {} ({})", options.Output, counted(points.size(), "fix"),

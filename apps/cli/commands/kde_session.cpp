@@ -16,9 +16,9 @@ namespace wxl::cli {
 
 namespace {
 
-std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options) {
+std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options, Console& console) {
     check_options(options);
-    return open_measured_point_layer(options.Points);
+    return open_measured_point_layer(options.Points, console);
 }
 
 /// A file by its whole path, which means the same from any folder; anything else that can be opened as it is written.
@@ -57,7 +57,7 @@ void ProgressHost::Yield() {
 }
 
 KdeSession::KdeSession(const KdeOptions& options, Console& console)
-    : m_layer(open_checked(options)),
+    : m_layer(open_checked(options, console)),
       m_session(console, options.Questions),
       m_host(*m_session.Services().Host, console),
       m_services(m_session.Services()) {

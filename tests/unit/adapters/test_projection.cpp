@@ -35,6 +35,37 @@ TEST(Projection, There_are_no_zones_near_the_poles_or_nowhere) {
     EXPECT_EQ(zone_code(10.0, std::numeric_limits<double>::quiet_NaN()), "none");
 }
 
+double area_factor(const std::string& crs, const Point& where) {
+    const auto stretch = mercator_stretch(ReferenceFromText(crs), where);
+    return stretch ? stretch->AreaFactor : 0.0;
+}
+
+// Places at 12.5 degrees east and 60 degrees north, where the cosine of the latitude is one half. On the sphere they
+// lie R x ln(tan 75 degrees) = 8399737.89 m north of the equator, on the ellipsoid 8362698.55 m.
+TEST(Projection, Mercator_projections_of_the_world_stretch_areas) {
+    for (const char* crs : {"EPSG:3857", "EPSG:900913", "ESRI:102100", "ESRI:102113"})
+        EXPECT_NEAR(area_factor(crs, {1391493.63, 8399737.89}), 4.0, 0.05) << crs;
+    EXPECT_NEAR(area_factor("EPSG:3395", {1391493.63, 8362698.55}), 4.0, 0.05);
+    EXPECT_NEAR(area_factor("EPSG:3857", {0.0, 0.0}), 1.0, 1e-9);
+    const auto stretch = mercator_stretch(ReferenceFromText("EPSG:3857"), {1391493.63, -8399737.89});
+    ASSERT_TRUE(stretch);
+    EXPECT_NEAR(stretch->Degrees.X, 12.5, 1e-6);
+    EXPECT_NEAR(stretch->Degrees.Y, -60.0, 1e-6);
+}
+
+// With the standard parallel 60 all is a half as long: true at 60 degrees, areas a quarter at the equator.
+TEST(Projection, Mercator_is_true_at_its_standard_parallel) {
+    const std::string crs = "+proj=merc +lat_ts=60 +R=6378137 +units=m";
+    EXPECT_NEAR(area_factor(crs, {0.0, 8399737.89 / 2.0}), 1.0, 1e-6);
+    EXPECT_NEAR(area_factor(crs, {0.0, 0.0}), 0.25, 1e-9);
+}
+
+TEST(Projection, Other_projections_are_no_mercator_of_the_world) {
+    for (const char* crs : {"EPSG:32633", "EPSG:3035", "EPSG:4326", "EPSG:3168", "EPSG:2056", "EPSG:28992"})
+        EXPECT_FALSE(mercator_stretch(ReferenceFromText(crs), {12.0, 50.0})) << crs;
+    EXPECT_FALSE(mercator_stretch({}, {12.0, 50.0}));
+}
+
 TEST(Projection, Name_and_middle_of_a_zone) {
     EXPECT_EQ((UtmZone{32, false}.Name()), "32N");
     EXPECT_EQ((UtmZone{55, true}.Name()), "55S");

@@ -24,8 +24,8 @@ TEST(InputLayer, Sources_that_lead_elsewhere_are_refused) {
     const std::string advice = " leads to data elsewhere: name the file that holds them, or give --allow-indirect\n";
     EXPECT_EQ(failure({"info", virtualLayer + ":layer"}), "wxl: " + virtualLayer + advice);
     for (const std::string& input :
-         {virtualLayer, disguised, "/vsizip/" + layer,
-          std::string("http://example.org/p.geojson"), "/vsicurl/http://example.org/" + layer})
+         {virtualLayer, disguised, "/vsizip/" + layer, std::string("http://example.org/p.geojson"),
+          "/vsicurl/http://example.org/" + layer})
         EXPECT_EQ(failure({"info", input}), "wxl: " + input + advice);
     EXPECT_EQ(run_wxl({"info", virtualLayer, "--allow-indirect"}).Code, 0);
 }
@@ -43,7 +43,39 @@ TEST(InputLayer, Layer_without_points_is_refused) {
     const std::string file = write_file(
         folder, "l.geojson",
         R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"id":"a"},"geometry":{"type":"LineString","coordinates":[[10,52],[11,52]]}}]})");
-    EXPECT_EQ(failure({"info", file}), "wxl: " + file + " holds no points: name a point layer\n");
+    EXPECT_EQ(failure({"info", file}),
+              "wxl: " + file + " holds no points: name a point layer; a tracking table becomes one by wxl import\n");
+}
+
+TEST(InputLayer, A_tracking_table_is_told_how_to_become_a_layer) {
+    const std::string table = WXL_SOURCE_DIR "/samples/wolves.csv";
+    const std::string told =
+        "wxl: " + table + " holds no points: name a point layer; a tracking table becomes one by wxl import\n";
+    EXPECT_EQ(failure({"info", table}), told);
+    EXPECT_EQ(
+        failure({"kde", table, "--id-field", "individual-local-identifier", "--out", "unused", "--cell-size", "100"}),
+        told);
+}
+
+// At 60 degrees north, where the cosine of the latitude is one half: R x ln(tan 75 degrees) = 8399737.89 m.
+TEST(InputLayer, Web_mercator_is_told_where_something_is_measured) {
+    ScratchFolder folder;
+    const std::string csv = write_file(
+        folder, "t.csv", "animal,x,y\na,1391493.6,8399637.89\na,1391593.6,8399737.89\na,1391693.6,8399837.89\n");
+    const std::string layer = (folder / "t.shp").string();
+    const std::string told =
+        layer +
+        " is in a Mercator projection (WGS 84 / Pseudo-Mercator), in which areas here are about 4.0 "
+        "times too large: reproject to UTM zone 33N (EPSG:32633)\n";
+    const Ran imported = run_wxl({"import", csv, layer, "--from-crs", "EPSG:3857"});
+    EXPECT_EQ(imported.Code, 0);
+    EXPECT_TRUE(imported.Err.ends_with(told)) << imported.Err;
+    EXPECT_EQ(run_wxl({"-q", "stats", layer, "--id-field", "animal"}).Err, told);
+    EXPECT_EQ(run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href"}).Err, told);
+    const Ran kde = run_wxl(
+        {"kde", layer, "--id-field", "animal", "--out", (folder / "out").string(), "--cell-size", "10", "--dry-run"});
+    EXPECT_TRUE(kde.Err.starts_with(told)) << kde.Err;
+    EXPECT_EQ(run_wxl({"info", layer}).Err, "");
 }
 
 TEST(InputLayer, Degrees_are_refused_where_distances_are_measured) {
