@@ -19,10 +19,6 @@ bool all_at_one_place(std::int64_t count, const Coincidence& coincident) {
     return count > 1 && coincident.Pairs == count * (count - 1) / 2;
 }
 
-std::string fixes_text(std::int64_t count) {
-    return std::to_string(count) + (count == 1 ? " fix" : " fixes");
-}
-
 std::string too_few_text(std::int64_t count) {
     return fixes_text(count) + (count == 1 ? " is" : " are") + " too few for a bandwidth";
 }
@@ -92,12 +88,21 @@ std::string cut_reason(const AnimalRecord& record) {
            "all cells of its raster are 0 (its fixes lie outside the extent)";
 }
 
+std::string nothing_text(const AnimalRecord& record) {
+    if (record.Grid.Columns > 0 && record.Grid.Rows > 0) return "the bandwidth is 0";
+    return "the raster has no cells: the cell size " + NumberText(record.Grid.CellSize) + " is larger than the extent";
+}
+
 std::string cell_text(const AnimalRecord& record) {
     return "the bandwidth " + short_number(record.BandwidthMapUnits) + " is smaller than the cell size " +
            NumberText(record.Grid.CellSize);
 }
 
 }  // namespace
+
+std::string fixes_text(std::int64_t count) {
+    return std::to_string(count) + (count == 1 ? " fix" : " fixes");
+}
 
 std::string share_left_text(double share) {
     if (share == 0.0) return "0 %";
@@ -150,7 +155,7 @@ std::string failure_reason(const AnimalRecord& record) {
     if (record.SampleSize < 2) return too_few_text(record.SampleSize);
     if (all_at_one_place(record.SampleSize, record.Coincident)) return one_place_text(record.SampleSize);
     if (record.Status == kernel_status::kGridTooLarge) return "the raster would have more than 50 million cells";
-    if (record.Status == kernel_status::kNothingToCompute) return "the bandwidth is 0, or the raster has no cells";
+    if (record.Status == kernel_status::kNothingToCompute) return nothing_text(record);
     if (record.Status == kernel_status::kBandwidthBelowCell) return cell_text(record);
     return "the calculation failed (code " + std::to_string(record.Status) + ")";
 }

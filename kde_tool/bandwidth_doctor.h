@@ -43,6 +43,9 @@ struct SearchFacts {
 /// What is left of 1, in per cent with two decimals: "only 1.67 %", "less than 0.01 %", "0 %".
 std::string share_left_text(double share);
 
+/// "1 fix", "2 fixes".
+std::string fixes_text(std::int64_t count);
+
 /// Whether the method searches: LSCV and BCV do.
 bool is_search(BandwidthMethod method);
 

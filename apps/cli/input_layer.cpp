@@ -26,6 +26,12 @@ std::string degrees_advice(platform::IFeatureClass& points) {
     return fmt::format("wxl import projects a tracking table to UTM zone {} ({})", zone->Name(), zone->Code());
 }
 
+/// Whether all values could be longitudes and latitudes.
+bool look_like_degrees(const platform::Extent& extent) {
+    return !extent.IsEmpty() && extent.XMin >= -180.0 && extent.XMax <= 180.0 && extent.YMin >= -90.0 &&
+           extent.YMax <= 90.0;
+}
+
 }  // namespace
 
 void add_indirect_option(CLI::App& command, bool& allowed) {
@@ -73,6 +79,11 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
                         "--degrees",
                         options.Input, reference.Name, degrees_advice(points)));
     if (!reference.IsGeographic) tell_mercator(options.Input, reference, points.Bounds(), console);
+    if (!options.Degrees && reference.Name.empty() && reference.Wkt.empty() && look_like_degrees(points.Bounds()))
+        console.Note(
+            fmt::format("wxl: {} has no coordinate system, and its values look like degrees: if they are, "
+                        "distances, cells and bandwidths are in degrees too; {}",
+                        options.Input, degrees_advice(points)));
     return layer;
 }
 

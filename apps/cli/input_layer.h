@@ -53,7 +53,8 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& o
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
 /// UTM zone of the layer and how to come to it.
 ///
-/// Tells when the layer is in a Mercator projection that makes areas wrong (tell_mercator).
+/// Tells when the layer is in a Mercator projection that makes areas wrong (tell_mercator), and notes where
+/// one without a coordinate system seems to be in degrees.
 std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options, Console& console);
 
 /// Says that `what` is in a Mercator projection of the world, such as Web Mercator, where areas in the middle of its

@@ -2,6 +2,7 @@
 
 #include "isopleths/clsHISO.h"
 #include "kde_tool/analysis_run.h"
+#include "kde_tool/animal_run.h"
 #include "kde_tool/bandwidth_doctor.h"
 #include "kde_tool/summary_rows.h"
 #include "platform/text.h"
@@ -18,6 +19,10 @@ using kde_tool::AnimalRecord;
 using kde_tool::BandwidthMethod;
 using platform::NumberText;
 
+/// From this many animals on, most of them with fewer fixes than that, the ID field is in doubt.
+constexpr std::size_t kManyAnimals = 10;
+constexpr std::int32_t kFewFixes = 5;
+
 /// JSON without line breaks, one record to a line.
 std::string one_line(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -26,6 +31,11 @@ std::string one_line(const Json& value) {
 Json minimised(const AnimalRecord& record) {
     const bool search = record.Method == BandwidthMethod::kLscv || record.Method == BandwidthMethod::kBcv;
     return search ? Json(record.Minimized) : Json();
+}
+
+/// Bandwidths are above 0: 0 stands for one that was not computed.
+Json computed(double bandwidth) {
+    return bandwidth > 0.0 ? json_number(bandwidth) : Json();
 }
 
 /// The calculator ends each of its warnings with a carriage return.
@@ -52,9 +62,9 @@ Json json_of(const AnimalRecord& record) {
             {"naming_id", record.NamingId},
             {"n", record.SampleSize},
             {"method", kde_tool::method_name(record.Method)},
-            {"bandwidth", json_number(record.Bandwidth)},
-            {"bandwidth_map_units", json_number(record.BandwidthMapUnits)},
-            {"href", json_number(record.Href)},
+            {"bandwidth", computed(record.Bandwidth)},
+            {"bandwidth_map_units", computed(record.BandwidthMapUnits)},
+            {"href", computed(record.Href)},
             {"minimised", minimised(record)},
             {"reason", record.Reason.empty() ? Json() : Json(record.Reason)},
             {"columns", record.Grid.Columns},
@@ -84,12 +94,38 @@ std::string KdeOutput::Head() const {
                        one_line(m_settings.string()));
 }
 
+void KdeOutput::RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) {
+    m_idField = frame.Inputs.IdField;
+}
+
 void KdeOutput::AnimalDone(const AnimalRecord& record) {
+    Count(record);
+    TellReason(record);
+    Print(record);
+}
+
+void KdeOutput::Count(const AnimalRecord& record) {
     ++m_done;
     if (record.Status != 0) ++m_failed;
     if (record.IsoplethStatus == isopleths::isopleth_status::kFailed) ++m_withoutIsopleths;
-    if (!record.Reason.empty()) m_console.Problem(fmt::format("{}: {}", platform::ValueText(record.Id), record.Reason));
-    Print(record);
+    if (m_animals > 0 && record.NamingId == m_animal) return;
+    m_animal = record.NamingId;
+    ++m_animals;
+    if (record.SampleSize < kFewFixes) ++m_sparse;
+}
+
+/// The line of the result says already why a distribution failed.
+void KdeOutput::TellReason(const AnimalRecord& record) const {
+    const bool told = !m_json && record.Reason == kde_tool::failure_reason(record);
+    if (!told && !record.Reason.empty())
+        m_console.Problem(fmt::format("{}: {}", platform::ValueText(record.Id), record.Reason));
+}
+
+void KdeOutput::DoubtIdField() const {
+    if (m_animals < kManyAnimals || 2 * m_sparse <= m_animals || m_idField.empty()) return;
+    m_console.Problem(
+        fmt::format("wxl: {} of {} animals have fewer than {} fixes: is {} the field that names the animal?", m_sparse,
+                    m_animals, kFewFixes, m_idField));
 }
 
 std::string KdeOutput::AreasText(const AnimalRecord& record) const {
@@ -108,15 +144,18 @@ void KdeOutput::Print(const AnimalRecord& record) {
         m_pending = one_line(json_of(record));
         return;
     }
+    const std::string bandwidth =
+        record.BandwidthMapUnits > 0.0 ? fmt::format("{:.6g}", record.BandwidthMapUnits) : "not computed";
     const std::string outcome =
         record.Status == 0 ? record.Files.front() + AreasText(record)
                            : fmt::format("failed (code {}: {})", record.Status, kde_tool::failure_reason(record));
-    m_console.Result(fmt::format("{}: {} fixes, bandwidth {:.6g}, {} x {} cells: {}", platform::ValueText(record.Id),
-                                 record.SampleSize, record.BandwidthMapUnits, record.Grid.Columns, record.Grid.Rows,
-                                 outcome));
+    m_console.Result(fmt::format("{}: {}, bandwidth {}, {} x {} cells: {}", platform::ValueText(record.Id),
+                                 kde_tool::fixes_text(record.SampleSize), bandwidth, record.Grid.Columns,
+                                 record.Grid.Rows, outcome));
 }
 
 void KdeOutput::Finish(kde_tool::RunOutcome outcome) {
+    DoubtIdField();
     const bool kept = outcome == kde_tool::RunOutcome::kComplete || outcome == kde_tool::RunOutcome::kStopped;
     if (!m_json && kept) m_console.Result("report: " + m_report.string());
     if (!m_json || m_done == 0) return;

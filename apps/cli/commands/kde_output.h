@@ -19,7 +19,7 @@ public:
     /// that areas can be told in square kilometres.
     KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
 
-    void RunBegins(const kde_tool::RunFrame&, const kde_tool::GroupedFixes&) override {}
+    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& animals) override;
     void AnimalDone(const kde_tool::AnimalRecord& record) override;
     void RunEnds(kde_tool::RunOutcome) override {}
 
@@ -33,6 +33,9 @@ public:
     std::size_t WithoutIsopleths() const { return m_withoutIsopleths; }
 
 private:
+    void Count(const kde_tool::AnimalRecord& record);
+    void TellReason(const kde_tool::AnimalRecord& record) const;
+    void DoubtIdField() const;
     void Print(const kde_tool::AnimalRecord& record);
     std::string Head() const;
     std::string AreasText(const kde_tool::AnimalRecord& record) const;
@@ -43,6 +46,10 @@ private:
     bool m_json;
     bool m_metres;
     std::string m_pending;  ///< the JSON line that waits to know whether another follows
+    std::string m_idField;
+    std::string m_animal;  ///< naming ID of the last distribution
+    std::size_t m_animals = 0;
+    std::size_t m_sparse = 0;  ///< animals with few fixes
     std::size_t m_done = 0;
     std::size_t m_failed = 0;
     std::size_t m_withoutIsopleths = 0;

@@ -8,7 +8,9 @@
 #include "batch/planner.h"
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -16,8 +18,15 @@ namespace wxl::cli {
 
 namespace {
 
+/// Whether a list of percentages seems to hold shares of 1.
+bool are_fractions(const std::string& percentages) {
+    return std::ranges::all_of(platform::NumbersFromText(percentages), [](double percent) { return percent <= 1.0; });
+}
+
 std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options, Console& console) {
     check_options(options);
+    if (options.Isopleths && are_fractions(*options.Isopleths))
+        console.Note("wxl: --isopleths takes percentages: 95 means 95 %, and 0.95 less than 1 %");
     return open_measured_point_layer(options.Points, console);
 }
 

@@ -94,5 +94,28 @@ TEST(InputLayer, Degrees_are_refused_where_distances_are_measured) {
     EXPECT_EQ(run_wxl({"stats", file, "--id-field", "id", "--degrees"}).Code, 0);
 }
 
+TEST(InputLayer, Values_like_degrees_without_a_coordinate_system_are_noted) {
+    ScratchFolder folder;
+    const auto noted = [&](const std::string& name, const std::string& x, const std::vector<std::string>& more) {
+        write_file(folder, name + ".csv", "id,x,y\na," + x + ",55.6\na,12.6,55.8\n");
+        write_file(folder, name + ".vrt",
+                   "<OGRVRTDataSource><OGRVRTLayer name=\"" + name + "\"><SrcDataSource relativeToVRT=\"1\">" + name +
+                       ".csv</SrcDataSource><GeometryType>wkbPoint</GeometryType><GeometryField "
+                       "encoding=\"PointFromColumns\" x=\"x\" y=\"y\"/></OGRVRTLayer></OGRVRTDataSource>");
+        std::vector<std::string> call = {"stats", (folder / (name + ".vrt")).string(), "--id-field", "id",
+                                         "--allow-indirect"};
+        call.insert(call.end(), more.begin(), more.end());
+        const Ran ran = run_wxl(call);
+        EXPECT_EQ(ran.Code, 0) << ran.Err;
+        return ran.Err.find(
+                   " has no coordinate system, and its values look like degrees: if they are, distances, "
+                   "cells and bandwidths are in degrees too; wxl import projects a tracking table to UTM zone "
+                   "33N (EPSG:32633)\n") != std::string::npos;
+    };
+    EXPECT_TRUE(noted("p", "12.4", {}));
+    EXPECT_FALSE(noted("q", "12.4", {"--degrees"}));
+    EXPECT_FALSE(noted("r", "180.5", {}));
+}
+
 }  // namespace
 }  // namespace wxl::cli

@@ -86,7 +86,7 @@ TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
     // Unit variance: both standard deviations are sqrt(40000 / 3), and 60 map units are 60 / 115.470... of them.
     EXPECT_NEAR(first["bandwidth"].get<double>(), 0.519615242270663, 1e-12);
     EXPECT_NEAR(first["bandwidth_map_units"].get<double>(), 60.0, 1e-9);
-    EXPECT_EQ(first["href"], 0.0);
+    EXPECT_TRUE(first["href"].is_null());
     EXPECT_TRUE(first["minimised"].is_null());
     // Int((900 + 1000) / 20) columns and Int((300 + 1000) / 20) rows.
     EXPECT_EQ(first["columns"], 95);
@@ -418,7 +418,39 @@ TEST_F(KdeCommand, Failing_animals_are_told_and_a_batch_without_any_success_fail
     EXPECT_TRUE(failed["volume"].is_null());
     EXPECT_EQ(failed["warnings"],
               json::array({"The bandwidth or dimensions of the output raster were 0. Could not calculate kernel."}));
+    EXPECT_TRUE(failed["bandwidth"].is_null());
+    EXPECT_TRUE(failed["bandwidth_map_units"].is_null());
     EXPECT_EQ(run("none", "5000").Code, 1);
+    const Ran text = run_wxl({"kde", Folder / "one.shp", "--id-field", "animal", "--out", Folder / "text",
+                              "--cell-size", "20", "--extent", "min"});
+    EXPECT_THAT(text.Out, StartsWith("1: 1 fix, bandwidth not computed, 0 x 0 cells: failed (code 5001: 1 fix is too "
+                                     "few for a bandwidth)\n"));
+    EXPECT_THAT(text.Err, Not(HasSubstr("too few")));
+}
+
+TEST_F(KdeCommand, A_field_that_hardly_names_animals_is_doubted) {
+    std::string csv = "a,x,y\n";
+    for (int i = 0; i < 10; ++i) csv += std::to_string(i) + "," + std::to_string(i * 100) + ",0\n";
+    Import("ten", csv + "9,0,300\n9,500,700\n");
+    const auto err = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> call = {"kde",          Folder / "ten.shp", "--id-field", "animal",   "--out",
+                                         Folder / "ten", "--cell-size",      "20",         "--extent", "min"};
+        call.insert(call.end(), more.begin(), more.end());
+        return run_wxl(call).Err;
+    };
+    const std::string doubt =
+        "wxl: 10 of 10 animals have fewer than 5 fixes: is animal the field that names the animal?\n";
+    EXPECT_THAT(err({}), HasSubstr(doubt));
+    EXPECT_THAT(err({"--where", "animal <> '0'", "--prefix", "B"}), Not(HasSubstr("is animal the field")));
+}
+
+TEST_F(KdeCommand, Isopleths_that_look_like_shares_are_noted) {
+    const auto err = [&](const std::string& isopleths) {
+        return Kde({"--cell-size", "20", "--extent", "min", "--lines", "--isopleths", isopleths, "--overwrite"}).Err;
+    };
+    const std::string note = "wxl: --isopleths takes percentages: 95 means 95 %, and 0.95 less than 1 %\n";
+    EXPECT_THAT(err("0.95,0.5"), HasSubstr(note));
+    EXPECT_THAT(err("95,0.5"), Not(HasSubstr("takes percentages")));
 }
 
 TEST_F(KdeCommand, A_folder_in_which_another_run_works_is_refused) {
