@@ -23,7 +23,7 @@ class BandDataset final : public platform::IRasterDataset {
 public:
     explicit BandDataset(std::shared_ptr<platform::IRasterBand> band) : m_band(std::move(band)) {}
     std::string Name() const override { return {}; }
-    platform::SpatialReference Reference() const override { return {}; }
+    platform::SpatialReference Reference() const override { return m_band->Reference(); }
     std::shared_ptr<platform::IRasterBand> Band() override { return m_band; }
     std::filesystem::path Path() const override { return {}; }
 

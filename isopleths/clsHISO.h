@@ -57,7 +57,7 @@ public:
     /// Null: status 1001 and nothing stored. A dataset has precedence over a band.
     void SetRasterDataset(std::shared_ptr<platform::IRasterDataset> pDataset);
 
-    /// Null: status 1002 and nothing stored. The outputs of a mere band have no spatial reference.
+    /// Null: status 1002 and nothing stored.
     void SetRasterBand(std::shared_ptr<platform::IRasterBand> pBand);
 
     /// Empty: status 1004 and nothing stored.

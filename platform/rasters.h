@@ -22,6 +22,9 @@ public:
     virtual ~IRasterBand() = default;
     virtual RasterGeometry Geometry() const = 0;
 
+    /// Of the dataset that the band belongs to.
+    virtual SpatialReference Reference() const = 0;
+
     /// Reads one row of Columns cells into `cells` (RuntimeError 9 when the row or the span does not fit).
     virtual void ReadRow(std::int32_t row, std::span<float> cells) = 0;
 

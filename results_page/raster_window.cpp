@@ -18,6 +18,8 @@ public:
 
     platform::RasterGeometry Geometry() const override { return window_geometry(m_source->Geometry(), m_window); }
 
+    platform::SpatialReference Reference() const override { return m_source->Reference(); }
+
     void ReadRow(std::int32_t row, std::span<float> cells) override {
         m_source->ReadRow(m_window.FirstRow + row, m_row);
         std::copy_n(m_row.begin() + m_window.FirstColumn, cells.size(), cells.begin());

@@ -31,6 +31,7 @@ public:
     }
 
     platform::RasterGeometry Geometry() const override { return m_dataset->Geometry; }
+    platform::SpatialReference Reference() const override { return FromOgr(m_dataset->Handle->GetSpatialRef()); }
 
     void ReadRow(std::int32_t row, std::span<float> cells) override {
         const auto& geometry = m_dataset->Geometry;
@@ -69,7 +70,7 @@ public:
         return (isTiff ? path.stem() : path.filename()).string();
     }
 
-    platform::SpatialReference Reference() const override { return FromOgr(m_dataset->Handle->GetSpatialRef()); }
+    platform::SpatialReference Reference() const override { return m_band->Reference(); }
     std::shared_ptr<platform::IRasterBand> Band() override { return m_band; }
     std::filesystem::path Path() const override { return m_dataset->Path; }
 

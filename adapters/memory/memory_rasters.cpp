@@ -14,10 +14,12 @@ namespace {
 
 class MemoryRasterBand final : public platform::IRasterBand {
 public:
-    MemoryRasterBand(const platform::RasterGeometry& geometry, std::vector<float> cells)
-        : m_geometry(geometry), m_cells(std::move(cells)) {}
+    MemoryRasterBand(const platform::RasterGeometry& geometry, platform::SpatialReference reference,
+                     std::vector<float> cells)
+        : m_geometry(geometry), m_reference(std::move(reference)), m_cells(std::move(cells)) {}
 
     platform::RasterGeometry Geometry() const override { return m_geometry; }
+    platform::SpatialReference Reference() const override { return m_reference; }
 
     void ReadRow(std::int32_t row, std::span<float> cells) override {
         const auto columns = static_cast<std::size_t>(m_geometry.Columns);
@@ -30,23 +32,22 @@ public:
 
 private:
     platform::RasterGeometry m_geometry;
+    platform::SpatialReference m_reference;
     std::vector<float> m_cells;
 };
 
 class MemoryRasterDataset final : public platform::IRasterDataset {
 public:
-    MemoryRasterDataset(std::string name, platform::SpatialReference reference,
-                        std::shared_ptr<platform::IRasterBand> band)
-        : m_name(std::move(name)), m_reference(std::move(reference)), m_band(std::move(band)) {}
+    MemoryRasterDataset(std::string name, std::shared_ptr<platform::IRasterBand> band)
+        : m_name(std::move(name)), m_band(std::move(band)) {}
 
     std::string Name() const override { return m_name; }
-    platform::SpatialReference Reference() const override { return m_reference; }
+    platform::SpatialReference Reference() const override { return m_band->Reference(); }
     std::shared_ptr<platform::IRasterBand> Band() override { return m_band; }
     std::filesystem::path Path() const override { return {}; }
 
 private:
     std::string m_name;
-    platform::SpatialReference m_reference;
     std::shared_ptr<platform::IRasterBand> m_band;
 };
 
@@ -98,8 +99,8 @@ std::shared_ptr<platform::IRasterDataset> MakeRaster(std::string name, const pla
                                                      std::vector<float> cells, platform::SpatialReference reference) {
     const auto wanted = static_cast<std::size_t>(geometry.Columns) * static_cast<std::size_t>(geometry.Rows);
     if (cells.size() != wanted) platform::Raise(error_number::kSubscript);
-    auto band = std::make_shared<MemoryRasterBand>(geometry, std::move(cells));
-    return std::make_shared<MemoryRasterDataset>(std::move(name), std::move(reference), std::move(band));
+    auto band = std::make_shared<MemoryRasterBand>(geometry, std::move(reference), std::move(cells));
+    return std::make_shared<MemoryRasterDataset>(std::move(name), std::move(band));
 }
 
 MemoryRasterWorkspace::MemoryRasterWorkspace(std::shared_ptr<MemoryDisk> disk)

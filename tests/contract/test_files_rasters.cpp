@@ -36,6 +36,7 @@ TEST_P(FilesRastersOfFormat, The_coordinate_system_is_recognised_by_its_code) {
         const OGRSpatialReference* read = dataset->GetSpatialRef();
         ASSERT_NE(read, nullptr);
         const platform::SpatialReference back = raster->Reference();
+        EXPECT_EQ(raster->Band()->Reference(), back) << code;
         EXPECT_EQ(back.IsGeographic, reference.IsGeographic) << code;
         EXPECT_EQ(back.MetersPerUnit, reference.MetersPerUnit) << code;
         int count = 0;

@@ -404,7 +404,7 @@ TEST(clsHISO, Levels_of_terraces) {
     EXPECT_EQ(hiso.GetMaxEdgeValue(), 0.0);
 }
 
-TEST(clsHISO, A_band_alone_serves_but_has_no_reference) {
+TEST(clsHISO, A_band_alone_serves_and_gives_the_outputs_its_rasters_reference) {
     IsoplethRig rig;
     const Surface surface = bump();
     clsHISO hiso(rig.Services, rig.Utilities());
@@ -416,7 +416,7 @@ TEST(clsHISO, A_band_alone_serves_but_has_no_reference) {
     hiso.CreateIsopleths();
     EXPECT_EQ(hiso.GetErrorStatus(), 0);
     ASSERT_NE(rig.Output("_poly"), nullptr);
-    EXPECT_EQ(rig.Output("_poly")->Reference(), platform::SpatialReference());
+    EXPECT_EQ(rig.Output("_poly")->Reference(), rig.Reference);
 }
 
 TEST(clsHISO, A_dataset_has_precedence_over_a_band) {

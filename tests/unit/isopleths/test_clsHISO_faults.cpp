@@ -211,6 +211,7 @@ TEST(clsHISO_faults, Of_several_failing_publications_the_first_is_told) {
 class BrokenBand final : public platform::IRasterBand {
 public:
     platform::RasterGeometry Geometry() const override { return {0, 0, 1, 4, 4}; }
+    platform::SpatialReference Reference() const override { return {}; }
     void ReadRow(std::int32_t, std::span<float>) override { platform::Raise(platform::error_number::kDeviceIo); }
     platform::RasterStatistics ComputeStatistics() override { return {0.0, 1.0}; }
 };

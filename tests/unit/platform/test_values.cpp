@@ -1,5 +1,6 @@
 #include "platform/values.h"
 
+#include "platform/contour_step.h"
 #include "platform/controls.h"
 #include "platform/rasters.h"
 #include "tests/contract/stage.h"
@@ -155,6 +156,15 @@ TEST(CheckCells, Takes_every_finite_value_but_the_lowest) {
     EXPECT_EQ(text_for(Limits::lowest()), "The raster \"K3\" would hold a cell that is too low to be stored.");
 }
 
+// 1 lies at 2^0 and is scaled by 2^29; 3 and -3 lie between 2^1 and 2^2.
+TEST(ContourStep, Is_a_millionth_at_the_scale_of_the_largest_level) {
+    EXPECT_EQ(ContourStep(std::vector{1.0}), 1e-6 / 536870912.0);
+    EXPECT_EQ(ContourStep(std::vector{0.5, 3.0, 1.0}), 1e-6 / 268435456.0);
+    EXPECT_EQ(ContourStep(std::vector{-3.0, 1.0}), 1e-6 / 268435456.0);
+    EXPECT_EQ(ContourStep(std::vector{0.0}), 0.0);
+    EXPECT_EQ(ContourStep({}), 0.0);
+}
+
 TEST(StatisticsByRows, Passes_over_cells_that_are_no_numbers) {
     class Band final : public IRasterBand {
     public:
@@ -162,6 +172,7 @@ TEST(StatisticsByRows, Passes_over_cells_that_are_no_numbers) {
         RasterGeometry Geometry() const override {
             return {0.0, 0.0, 1.0, 1, static_cast<std::int32_t>(m_cells.size())};
         }
+        SpatialReference Reference() const override { return {}; }
         void ReadRow(std::int32_t row, std::span<float> cells) override {
             cells[0] = m_cells[static_cast<std::size_t>(row)];
         }

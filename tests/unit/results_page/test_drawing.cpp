@@ -63,6 +63,14 @@ TEST(RasterWindow, Holds_what_is_above_zero_with_a_rim) {
     EXPECT_EQ(row, (std::vector<float>{0.0F, 0.5F, 2.0F, 0.0F}));
 }
 
+TEST(RasterWindow, Has_the_rasters_reference_in_its_band_too) {
+    const platform::SpatialReference reference{"NAD83 / UTM zone 15N", "PROJCS[]", "metre", 1.0, false};
+    const auto whole = memory::MakeRaster("r", {100, 200, 10, 2, 1}, {1.0F, 2.0F}, reference);
+    const auto part = windowed(whole, {0, 0, 1, 1});
+    EXPECT_EQ(part->Reference(), reference);
+    EXPECT_EQ(part->Band()->Reference(), reference);
+}
+
 TEST(RasterWindow, Is_the_whole_raster_where_nothing_is) {
     const auto empty = raster(3, 2, std::vector<float>(6, 0.0F));
     double maximum = -1.0;
