@@ -1,6 +1,7 @@
 #include "adapters/files/csv_reader.h"
 
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,6 +14,7 @@ namespace {
 using platform::Raise;
 namespace error_number = platform::error_number;
 
+constexpr std::string_view kSeparators = ",;\t";
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 constexpr std::size_t kLongestRecord = std::size_t{16} << 20;
 
@@ -45,7 +47,7 @@ std::string without_doubled_quotes(std::string_view quoted) {
 CsvReader::CsvReader(std::istream& source, std::string name) : m_source(source), m_name(std::move(name)) {
     ReadMore();
     SkipMark();
-    FindSeparator();
+    if (!TakeSeparatorLine()) FindSeparator();
 }
 
 bool CsvReader::Next() {
@@ -66,8 +68,23 @@ void CsvReader::SkipMark() {
     if (start == "\xEF\xBB\xBF") m_begin = 3;
 }
 
+/// Takes the line "sep=;" by which spreadsheets tell each other the separator.
+bool CsvReader::TakeSeparatorLine() {
+    constexpr std::string_view kKey = "sep=";
+    const std::string_view text(m_buffer.data() + m_begin, m_end - m_begin);
+    const std::size_t length = kKey.size() + 1;
+    if (text.size() < length || !platform::EqualNoCase(text.substr(0, kKey.size()), kKey)) return false;
+    if (kSeparators.find(text[kKey.size()]) == std::string_view::npos) return false;
+    if (text.size() > length && !is_line_end(text[length])) return false;
+    m_separator = text[kKey.size()];
+    m_afterReturn = text.size() > length && text[length] == '\r';
+    m_position += std::min(length + 1, text.size());
+    m_begin += std::min(length + 1, text.size());
+    ++m_line;
+    return true;
+}
+
 void CsvReader::FindSeparator() {
-    constexpr std::string_view kSeparators = ",;\t";
     std::size_t most = 0;
     for (const char candidate : kSeparators) {
         bool quoted = false;

@@ -12,7 +12,8 @@ namespace wxl::files {
 /// memory.
 ///
 /// Line ends are LF, CRLF or CR, also mixed. Cells in quotes may hold separators, line ends and doubled quotes. The
-/// separator is the one among comma, semicolon and tab that the first line has most of. A UTF-8 mark at the start and
+/// separator is the one among comma, semicolon and tab that the first line has most of, or the one that a line "sep=;"
+/// before the header names. A UTF-8 mark at the start and
 /// blank lines are skipped. RuntimeError with file and line for a quoted cell that never ends, for UTF-16, and for a
 /// source that cannot be read.
 class CsvReader {
@@ -39,6 +40,7 @@ private:
     enum class Scan { kRecord, kNeedsMore };
 
     void SkipMark();
+    bool TakeSeparatorLine();
     void FindSeparator();
     bool HasBytes();
     void ReadMore();

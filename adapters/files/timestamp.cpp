@@ -37,6 +37,13 @@ public:
         return value;
     }
 
+    /// One or two digits as a number, the second only where a digit stands.
+    std::optional<int> OneOrTwoDigits() {
+        const auto first = Digits(1);
+        if (!first || !PeekDigit()) return first;
+        return *first * 10 + *Digits(1);
+    }
+
     void SkipDigits() {
         while (PeekDigit()) m_rest.remove_prefix(1);
     }
@@ -51,14 +58,8 @@ private:
     std::string_view m_rest;
 };
 
-/// Days since 1970-01-01 of YEAR-MONTH-DAY, YEAR/MONTH/DAY or YEARMONTHDAY at the front.
-std::optional<std::int64_t> take_date(Scanner& scanner) {
-    const auto year = scanner.Digits(4);
-    const char separator = scanner.Peek() == '-' || scanner.Peek() == '/' ? scanner.Peek() : '\0';
-    if (separator != '\0') scanner.Take(separator);
-    const auto month = scanner.Digits(2);
-    if (separator != '\0' && !scanner.Take(separator)) return std::nullopt;
-    const auto day = scanner.Digits(2);
+/// Days since 1970-01-01; nothing where the calendar has no such day.
+std::optional<std::int64_t> days_of(std::optional<int> year, std::optional<int> month, std::optional<int> day) {
     if (!year || !month || !day || *year < 1) return std::nullopt;
     const std::chrono::year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
                                            std::chrono::day(static_cast<unsigned>(*day))};
@@ -66,9 +67,29 @@ std::optional<std::int64_t> take_date(Scanner& scanner) {
     return std::chrono::sys_days(date).time_since_epoch().count();
 }
 
+/// DAY.MONTH.YEAR at the front. With points the day always comes first; with slashes nobody knows.
+std::optional<std::int64_t> take_date_with_points(Scanner& scanner) {
+    const auto day = scanner.OneOrTwoDigits();
+    if (!scanner.Take('.')) return std::nullopt;
+    const auto month = scanner.OneOrTwoDigits();
+    if (!scanner.Take('.')) return std::nullopt;
+    return days_of(scanner.Digits(4), month, day);
+}
+
+/// YEAR-MONTH-DAY, YEAR/MONTH/DAY or YEARMONTHDAY at the front.
+std::optional<std::int64_t> take_date(Scanner& scanner) {
+    const auto year = scanner.Digits(4);
+    const char separator = scanner.Peek() == '-' || scanner.Peek() == '/' ? scanner.Peek() : '\0';
+    if (separator != '\0') scanner.Take(separator);
+    const auto month = scanner.Digits(2);
+    if (separator != '\0' && !scanner.Take(separator)) return std::nullopt;
+    const auto day = scanner.Digits(2);
+    return days_of(year, month, day);
+}
+
 /// Seconds since midnight of HOUR:MINUTE[:SECOND[.FRACTION]] or HOURMINUTE[SECOND[.FRACTION]] at the front.
 std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
-    const auto hour = scanner.Digits(2);
+    const auto hour = scanner.OneOrTwoDigits();
     const bool colons = scanner.Take(':');
     const auto minute = scanner.Digits(2);
     if (!hour || !minute) return std::nullopt;
@@ -110,8 +131,10 @@ std::chrono::sys_days day_of(std::int64_t seconds) {
 }  // namespace
 
 std::optional<std::int64_t> seconds_from_timestamp(std::string_view text) {
-    Scanner scanner(platform::Trim(text));
-    const auto days = take_date(scanner);
+    const std::string_view trimmed = platform::Trim(text);
+    const bool points = trimmed.substr(0, 3).find('.') != std::string_view::npos;
+    Scanner scanner(trimmed);
+    const auto days = points ? take_date_with_points(scanner) : take_date(scanner);
     if (!days) return std::nullopt;
     std::int64_t seconds = *days * kSecondsPerDay;
     if (scanner.Take('T') || scanner.Take('t') || scanner.Take(' ')) {

@@ -37,12 +37,39 @@ constexpr std::array<std::string_view, 10> kX = {
     "locationlong", "decimallongitude", "longitude", "long", "lon", "lng", "x", "easting", "utmeasting", "utmx"};
 constexpr std::array<std::string_view, 10> kY = {"locationlat", "decimallatitude", "latitude",    "lat", "lat", "lat",
                                                  "y",           "northing",        "utmnorthing", "utmy"};
-constexpr std::array<std::string_view, 8> kTime = {"timestamp",   "eventdate",       "datetime", "timestamputc",
-                                                   "datetimeutc", "acquisitiontime", "date",     "time"};
-constexpr std::array<std::string_view, 3> kTimeOfDay = {"time", "eventtime", "timeofday"};
+
+/// A column of times, or of dates, and the column with the time of day that belongs to that date; none: kTimeOfDay.
+struct TimeNames {
+    std::string_view Time;
+    std::string_view TimeOfDay;
+};
+
+// Times in UTC go before local ones.
+constexpr std::array<TimeNames, 17> kTime = {{{"timestamp", ""},
+                                              {"eventdate", ""},
+                                              {"datetime", ""},
+                                              {"timestamputc", ""},
+                                              {"datetimeutc", ""},
+                                              {"utcdatetime", ""},
+                                              {"acquisitiontime", ""},
+                                              {"utcdate", "utctime"},
+                                              {"gmtdate", "gmttime"},
+                                              {"date", ""},
+                                              {"utctime", ""},
+                                              {"gmttime", ""},
+                                              {"fixtime", ""},
+                                              {"time", ""},
+                                              {"lmtdatetime", ""},
+                                              {"lmtdate", "lmttime"},
+                                              {"lmttime", ""}}};
+constexpr std::array<std::string_view, 6> kTimeOfDay = {"time",    "eventtime", "timeofday",
+                                                        "utctime", "gmttime",   "fixtime"};
 constexpr std::array<std::string_view, 1> kVisible = {"visible"};
 constexpr std::array<std::string_view, 3> kOutlier = {"importmarkedoutlier", "manuallymarkedoutlier",
                                                       "algorithmmarkedoutlier"};
+
+// What may tell animals of the same name apart.
+constexpr std::array<std::string_view, 2> kNumberOfAnimal = {"tagid", "id"};
 
 std::string bare_name(std::string_view name) {
     std::string bare;
@@ -55,7 +82,7 @@ std::string bare_name(std::string_view name) {
 
 class Header {
 public:
-    Header(const std::vector<std::string>& names, std::string file) : m_names(names), m_file(std::move(file)) {
+    Header(const std::vector<std::string>& names, std::string place) : m_names(names), m_place(std::move(place)) {
         for (const std::string& name : names) m_bare.push_back(bare_name(name));
     }
 
@@ -81,7 +108,7 @@ public:
 
     [[noreturn]] void Refuse(const std::string& what) const {
         platform::Raise(platform::error_number::kTypeMismatch,
-                        fmt::format("{}, line 1: {}; the columns are: {}", m_file, what, Listed()));
+                        fmt::format("{}: {}; the columns are: {}", m_place, what, Listed()));
     }
 
 private:
@@ -98,7 +125,7 @@ private:
     }
 
     const std::vector<std::string>& m_names;
-    std::string m_file;
+    std::string m_place;
     std::vector<std::string> m_bare;
 };
 
@@ -127,18 +154,28 @@ void find_position(const Header& header, const TrackingColumns& wanted, Tracking
 }
 
 void find_time(const Header& header, const std::string& wanted, TrackingLayout& layout) {
-    layout.Time = wanted.empty() ? header.FindFirst(kTime) : header.Named(wanted, "--time");
-    layout.TimeOfDay = header.FindFirst(kTimeOfDay);
+    if (!wanted.empty()) layout.Time = header.Named(wanted, "--time");
+    for (const TimeNames& names : kTime) {
+        const auto found = header.FindBare(names.Time);
+        if (!found || (layout.Time && layout.Time != found)) continue;
+        layout.Time = found;
+        if (!names.TimeOfDay.empty()) layout.TimeOfDay = header.FindBare(names.TimeOfDay);
+        break;
+    }
+    if (!layout.Time) return;
+    if (!layout.TimeOfDay) layout.TimeOfDay = header.FindFirst(kTimeOfDay);
     if (layout.TimeOfDay == layout.Time) layout.TimeOfDay.reset();
 }
 
 }  // namespace
 
 TrackingLayout find_tracking_columns(const std::vector<std::string>& header, const TrackingColumns& wanted,
-                                     const std::string& file) {
-    const Header columns(header, file);
+                                     const std::string& place) {
+    const Header columns(header, place);
     TrackingLayout layout;
     layout.Id = find_id(columns, wanted.Id);
+    if (wanted.Id.empty() && bare_name(header[layout.Id]).ends_with("name"))
+        layout.OtherId = columns.FindFirst(kNumberOfAnimal);
     find_position(columns, wanted, layout);
     find_time(columns, wanted.Time, layout);
     layout.Visible = columns.FindFirst(kVisible);

@@ -10,6 +10,7 @@ namespace wxl::files {
 /// Where the cells of a row stand.
 struct TrackingLayout {
     std::size_t Id = 0;
+    std::optional<std::size_t> OtherId;  ///< where Id is a name that was found: a number of the animal, perhaps
     std::size_t X = 0;
     std::size_t Y = 0;
     std::optional<std::size_t> Time;
@@ -19,8 +20,9 @@ struct TrackingLayout {
 };
 
 /// Finds the columns in a header (UTF-8, trimmed); RuntimeError 13 with the columns there are when one is missing.
+/// `place` is the file and line of the header, for messages.
 TrackingLayout find_tracking_columns(const std::vector<std::string>& header, const TrackingColumns& wanted,
-                                     const std::string& file);
+                                     const std::string& place);
 
 /// The column or field that looks like the animal's name, also where the name was cut to the 10 bytes of a shapefile.
 std::optional<std::size_t> find_animal_column(const std::vector<std::string>& names);

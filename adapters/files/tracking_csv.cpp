@@ -60,9 +60,10 @@ class Rows {
 public:
     Rows(CsvReader& reader, const TrackingColumns& wanted) : m_reader(reader) {
         ReadHeader();
-        m_layout = find_tracking_columns(m_header, wanted, reader.Name());
+        m_layout = find_tracking_columns(m_header, wanted, Place());
         m_tracking.Columns = {m_header[m_layout.Id], m_header[m_layout.X], m_header[m_layout.Y],
                               m_layout.Time ? m_header[*m_layout.Time] : ""};
+        if (m_layout.OtherId) m_tracking.OtherId = m_header[*m_layout.OtherId];
     }
 
     void TakeRow() {
@@ -103,13 +104,17 @@ private:
             platform::Raise(platform::error_number::kTypeMismatch,
                             m_reader.Name() + " is empty: it needs a header row and one row per fix");
         for (const std::string_view cell : m_reader.Cells()) m_header.push_back(to_utf8(Trim(cell)));
+        if (m_header.size() == 1)
+            Refuse(fmt::format("the header is in one piece: \"{}\"; separate the columns by commas, semicolons or tabs",
+                               shown(m_reader.Cells()[0])));
     }
+
+    std::string Place() const { return fmt::format("{}, line {}", m_reader.Name(), m_reader.Line()); }
 
     std::string_view Cell(std::size_t column) const { return Trim(m_reader.Cells()[column]); }
 
     [[noreturn]] void Refuse(const std::string& what) const {
-        platform::Raise(platform::error_number::kTypeMismatch,
-                        fmt::format("{}, line {}: {}", m_reader.Name(), m_reader.Line(), what));
+        platform::Raise(platform::error_number::kTypeMismatch, Place() + ": " + what);
     }
 
     /// The counter of the reason why the current row is no fix of an animal; null when it is one.
@@ -126,8 +131,9 @@ private:
     double Coordinate(std::size_t column) const {
         std::string_view text = Cell(column);
         std::string withPoint;
-        if (m_reader.Separator() != ',' && std::count(text.begin(), text.end(), ',') == 1 &&
-            text.find('.') == std::string_view::npos) {
+        const bool decimalComma =
+            std::count(text.begin(), text.end(), ',') == 1 && text.find('.') == std::string_view::npos;
+        if (m_reader.Separator() != ',' && decimalComma) {
             withPoint = text;
             withPoint[withPoint.find(',')] = '.';
             text = withPoint;
@@ -136,22 +142,32 @@ private:
         double value = 0.0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
         if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-            Refuse(fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
-                               shown(Cell(column)), m_header[column]));
+            Refuse(fmt::format("\"{}\" in column \"{}\" is not a coordinate; {}", shown(Cell(column)), m_header[column],
+                               decimalComma && m_reader.Separator() == ','
+                                   ? "write numbers with a decimal point, or separate the columns by semicolons"
+                                   : "correct it, or empty the cell"));
         return value;
     }
 
-    std::int64_t Seconds() const {
-        if (!m_layout.Time || is_missing(Cell(*m_layout.Time))) return TrackingFix::kNoTime;
-        const std::string_view cell = Cell(*m_layout.Time);
+    /// The time of the current row: the cell, or date and time of day from two.
+    std::string TimeText() {
+        const std::string cell(Cell(*m_layout.Time));
         constexpr std::size_t kDateAlone = 10;
-        const bool joined = m_layout.TimeOfDay && cell.size() <= kDateAlone && !is_missing(Cell(*m_layout.TimeOfDay));
-        const std::string text = joined ? fmt::format("{}T{}", cell, Cell(*m_layout.TimeOfDay)) : std::string(cell);
+        if (!m_layout.TimeOfDay || cell.size() > kDateAlone) return cell;
+        const std::string_view ofDay = Cell(*m_layout.TimeOfDay);
+        if (is_missing(ofDay)) return cell;
+        m_tracking.TimeOfDay = m_header[*m_layout.TimeOfDay];
+        return seconds_from_timestamp(ofDay) ? std::string(ofDay) : fmt::format("{}T{}", cell, ofDay);
+    }
+
+    std::int64_t Seconds() {
+        if (!m_layout.Time || is_missing(Cell(*m_layout.Time))) return TrackingFix::kNoTime;
+        const std::string text = TimeText();
         const auto seconds = seconds_from_timestamp(text);
         if (!seconds)
             Refuse(
-                fmt::format("\"{}\" in column \"{}\" is not a time like 2018-05-09 14:59:05; correct it, or empty the "
-                            "cell to keep the fix without a time",
+                fmt::format("\"{}\" in column \"{}\" is not a time like 2018-05-09 14:59:05; format the column as "
+                            "yyyy-mm-dd hh:mm:ss, or empty the cell to keep the fix without a time",
                             shown(text), m_header[*m_layout.Time]));
         return *seconds;
     }

@@ -44,6 +44,8 @@ struct Tracking {
     TrackingColumns Columns;           ///< names of the columns read, as they stand in the file; no time: empty
     std::vector<std::string> Animals;  ///< UTF-8, ascending by their bytes
     std::vector<TrackingFix> Fixes;    ///< by animal, then by time (those without time last), then by line
+    std::string TimeOfDay;             ///< the column that dates were joined with; empty: none
+    std::string OtherId;  ///< a column that may tell animals of the same name apart; empty: none, or the user chose
     LeftOutRows LeftOut;
     std::int64_t WithoutTime = 0;  ///< fixes kept though their time is empty
 };

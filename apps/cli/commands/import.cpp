@@ -103,17 +103,48 @@ std::vector<Point> positions(const Tracking& tracking) {
     return points;
 }
 
+std::string counted(std::size_t count, const std::string& noun) {
+    const char* plural = noun.ends_with('x') ? "es" : "s";
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : plural);
+}
+
+/// Fixes that have something in common, and the one that stands first in the file.
+struct Remarkable {
+    std::size_t Count = 0;
+    const TrackingFix* First = nullptr;
+
+    void Add(const TrackingFix& fix) {
+        ++Count;
+        if (First == nullptr || fix.Line < First->Line) First = &fix;
+    }
+
+    /// "3 fixes have (first: line 7, animal "a")" with the verb for one and for several.
+    std::string Say(const Tracking& tracking, const char* one, const char* several, const std::string& what) const {
+        return fmt::format("{} {} {} ({}line {}, animal \"{}\")", counted(Count, "fix"), Count == 1 ? one : several,
+                           what, Count == 1 ? "" : "the first: ", First->Line, tracking.Animals[First->Animal]);
+    }
+};
+
 /// Says when fixes lie so far beside the zone that its distances no longer hold.
-void note_far_fixes(const std::vector<Point>& degrees, const files::UtmZone& zone, Console& console) {
+void note_far_fixes(const Tracking& tracking, const files::UtmZone& zone, Console& console) {
     constexpr double kFar = 9.0;  // one and a half zones from the middle: distances 1 % too long at the equator
-    const auto far = std::count_if(degrees.begin(), degrees.end(), [&](const Point& point) {
-        return std::abs(std::remainder(point.X - zone.MiddleDegrees(), 360.0)) > kFar;
-    });
-    if (far > 0)
-        console.Note(fmt::format(
-            "{} fixes lie more than 9 degrees from the middle of UTM zone {}, where distances are distorted; consider "
-            "another projection by --to-crs",
-            far, zone.Name()));
+    Remarkable far;
+    for (const TrackingFix& fix : tracking.Fixes)
+        if (std::abs(std::remainder(fix.X - zone.MiddleDegrees(), 360.0)) > kFar) far.Add(fix);
+    if (far.Count > 0)
+        console.Note(
+            far.Say(tracking, "lies", "lie", "more than 9 degrees from the middle of UTM zone " + zone.Name()) +
+            ", where distances are distorted; correct what is wrong, or consider another projection by --to-crs");
+}
+
+/// Says when fixes lie at 0, 0, where few animals go.
+void note_zero_positions(const Tracking& tracking, Console& console) {
+    Remarkable zero;
+    for (const TrackingFix& fix : tracking.Fixes)
+        if (fix.X == 0.0 && fix.Y == 0.0) zero.Add(fix);
+    if (zero.Count > 0)
+        console.Note(zero.Say(tracking, "has", "have", "the position 0, 0") +
+                     ", which often stands for a missing one; if so, empty these cells");
 }
 
 /// A coordinate system and how the user would ask for it.
@@ -134,8 +165,8 @@ Request resolve(const ImportOptions& options) {
     return request;
 }
 
-Target choose_target(const ImportOptions& options, const Request& request, const std::vector<Point>& points,
-                     Console& console) {
+Target choose_target(const ImportOptions& options, const Request& request, const Tracking& tracking,
+                     const std::vector<Point>& points, Console& console) {
     if (request.To) return *request.To;
     if (!request.From.Reference.IsGeographic) return request.From;
     const auto zone = files::utm_zone_of(files::median_position(points));
@@ -144,7 +175,7 @@ Target choose_target(const ImportOptions& options, const Request& request, const
               options.Input +
                   ": the median position lies near a pole, where there is no UTM zone; choose a projection by "
                   "--to-crs EPSG:n");
-    note_far_fixes(points, *zone, console);
+    note_far_fixes(tracking, *zone, console);
     return {reference_of(zone->Code(), "--to-crs"), zone->Code()};
 }
 
@@ -198,15 +229,24 @@ void insert_fixes(const Tracking& tracking, const std::vector<Point>& points, pl
     cursor.Flush();
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-    const char* plural = noun.ends_with('x') ? "es" : "s";
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : plural);
+/// The columns of the time as a note tells them.
+std::string time_columns(const Tracking& tracking) {
+    if (tracking.Columns.Time.empty()) return "no time";
+    const std::string ofDay = tracking.TimeOfDay.empty() ? "" : fmt::format(" and \"{}\"", tracking.TimeOfDay);
+    return fmt::format("time \"{}\"{}", tracking.Columns.Time, ofDay);
 }
 
 void tell_choices(const Tracking& tracking, Console& console) {
     const files::TrackingColumns& columns = tracking.Columns;
     console.Note(fmt::format("columns: animal \"{}\", x \"{}\", y \"{}\", {}", columns.Id, columns.X, columns.Y,
-                             columns.Time.empty() ? "no time" : fmt::format("time \"{}\"", columns.Time)));
+                             time_columns(tracking)));
+    if (!tracking.OtherId.empty())
+        console.Note(fmt::format(
+            "animals are told apart by the column \"{}\", not by \"{}\"; if several have the same name, give "
+            "--id \"{}\"",
+            columns.Id, tracking.OtherId, tracking.OtherId));
+    if (columns.Time.empty())
+        console.Note("no time column found; give it by --time COLUMN (the movement tools need it)");
     const files::LeftOutRows& out = tracking.LeftOut;
     console.Note(fmt::format("rows left out: {} not visible, {} outliers, {} without a position, {} without an animal",
                              out.NotVisible, out.Outliers, out.WithoutPosition, out.WithoutAnimal));
@@ -250,7 +290,9 @@ void register_import(CLI::App& command, ImportOptions& options) {
         "separated by commas, semicolons or tabs. Rows that are not visible, are marked as\n"
         "outliers, or have no position or no animal are left out and counted on standard\n"
         "error. A fix whose time is empty is kept, after the others of its animal; a time\n"
-        "that cannot be read is an error. Times without an offset are UTC.\n"
+        "that cannot be read is an error. Times are written like 2018-05-09 14:59:05 or\n"
+        "9.5.2018 14:59, also as date and time in two columns; without an offset they are\n"
+        "UTC.\n"
         "\n"
         "Positions in degrees are projected to the UTM zone (WGS 84) of their median.\n"
         "\n"
@@ -265,9 +307,10 @@ int run_import(const ImportOptions& options, Console& console) {
     const Request request = resolve(options);
     const Tracking tracking = read_input(options, console);
     tell_choices(tracking, console);
+    note_zero_positions(tracking, console);
     if (request.From.Reference.IsGeographic) check_degrees(options, tracking);
     std::vector<Point> points = positions(tracking);
-    const Target target = choose_target(options, request, points, console);
+    const Target target = choose_target(options, request, tracking, points, console);
     project_fixes(options, tracking, request.From.Reference, target.Reference, points);
     if (!target.Reference.IsGeographic) tell_mercator(options.Output, target.Reference, bounds_of(points), console);
     output.Write(platform::ShapeType::kPoint, fields_of(tracking), target.Reference,

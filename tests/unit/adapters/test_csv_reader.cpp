@@ -71,6 +71,24 @@ TEST(CsvReader, Separator_is_what_the_first_line_has_most_of) {
     EXPECT_EQ(read_all("\"a;b;c\",d\n"), (std::vector<Record>{{"a;b;c", "d"}}));
 }
 
+TEST(CsvReader, A_line_that_names_the_separator_is_taken_and_no_record) {
+    const std::vector<Record> records = {{"a,b,c", "d"}, {"1", "2"}};
+    for (const char* start : {"sep=;\n", "sep=;\r\n", "SEP=;\r", "\xEF\xBB\xBFsep=;\n"})
+        EXPECT_EQ(read_all(std::string(start) + "a,b,c;d\n1;2\n"), records) << start;
+    EXPECT_EQ(read_all("sep=\t\na;b;c\td\n"), (std::vector<Record>{{"a;b;c", "d"}}));
+    EXPECT_TRUE(read_all("sep=;").empty());
+    EXPECT_EQ(read_all("sep=;x\n1;2\n"), (std::vector<Record>{{"sep=", "x"}, {"1", "2"}}));
+    EXPECT_EQ(read_all("sep=|\n1\n"), (std::vector<Record>{{"sep=|"}, {"1"}}));
+
+    std::istringstream source("sep=;\r\na;b\r\n1;2\r\n");
+    CsvReader reader(source, "f.csv");
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Line(), 2);
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Line(), 3);
+    EXPECT_FALSE(reader.Next());
+}
+
 TEST(CsvReader, Line_is_where_the_record_starts) {
     std::istringstream source("a\r\n\"1\r\n2\rx\ny\"\r\n\r\n3\n4");
     CsvReader reader(source, "f.csv");

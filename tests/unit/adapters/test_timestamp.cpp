@@ -21,6 +21,16 @@ TEST(Timestamp, Forms_that_data_bases_write) {
     EXPECT_EQ(seconds_from_timestamp("2018-05-09 14:59"), kMoment - 5);
 }
 
+TEST(Timestamp, Dates_with_points_have_the_day_first) {
+    EXPECT_EQ(seconds_from_timestamp("09.05.2018 14:59:05"), kMoment);
+    EXPECT_EQ(seconds_from_timestamp("09.05.2018 14:59"), kMoment - 5);
+    EXPECT_EQ(seconds_from_timestamp("09.05.2018"), kDay);
+    EXPECT_EQ(seconds_from_timestamp("9.5.2018 9:05"), kDay + 9 * 3600 + 5 * 60);
+    // 2024-01-15 is day 19,737: 54 years of 365 days, 13 leap days, 14 days.
+    EXPECT_EQ(seconds_from_timestamp("15.01.2024 12:00"), 19737LL * 86400 + 43200);
+    EXPECT_EQ(seconds_from_timestamp("15.01.2024 12:00:05"), 19737LL * 86400 + 43205);
+}
+
 TEST(Timestamp, Fractions_are_cut_off_towards_the_past) {
     EXPECT_EQ(seconds_from_timestamp("2018-05-09 14:59:05.999"), kMoment);
     EXPECT_EQ(seconds_from_timestamp("2018-05-09T14:59:05,5Z"), kMoment);
@@ -57,6 +67,13 @@ TEST(Timestamp, Anything_else_is_no_timestamp) {
                              " ",
                              "yesterday",
                              "09/05/2018 14:59",
+                             "05.13.2018 14:59",
+                             "29.02.2018",
+                             "09.05.18",
+                             "9.5.",
+                             "109.5.2018",
+                             "2018.05.09",
+                             "09.05/2018",
                              "2018-13-01",
                              "2018-02-29",
                              "2018-05",

@@ -144,6 +144,53 @@ TEST(TrackingCsv, Date_and_time_of_day_in_two_columns_are_joined) {
     EXPECT_EQ(t.Fixes.at(2).Seconds, 17661LL * 86400);
 }
 
+TEST(TrackingCsv, Names_of_the_time_of_day_are_kept_only_where_dates_were_joined) {
+    EXPECT_EQ(read("id,x,y,Date,Time\na,1,2,2018-05-09,14:59:05\n").TimeOfDay, "Time");
+    EXPECT_EQ(read("id,x,y,Date,Time\na,1,2,2018-05-09 14:59,14:59:05\n").TimeOfDay, "");
+    EXPECT_EQ(read("id,x,y,Date\na,1,2,2018-05-09\n").TimeOfDay, "");
+}
+
+TEST(TrackingCsv, Times_of_collars_are_found_and_utc_goes_before_local_time) {
+    const Tracking t =
+        read("id,x,y,LMT_Date,LMT_Time,UTC_Date,UTC_Time\na,1,2,09.05.2018,16:59:05,09.05.2018,14:59:05\n");
+    EXPECT_EQ(t.Columns.Time, "UTC_Date");
+    EXPECT_EQ(t.TimeOfDay, "UTC_Time");
+    EXPECT_EQ(t.Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    const Tracking local = read("id,x,y,LMT_Time,LMT_Date\na,1,2,16:59:05,2018-05-09\n");
+    EXPECT_EQ(local.Columns.Time, "LMT_Date");
+    EXPECT_EQ(local.TimeOfDay, "LMT_Time");
+    EXPECT_EQ(local.Fixes.at(0).Seconds, 17660LL * 86400 + 53945 + 7200);
+    for (const char* name : {"GMT Time", "Fix Time", "UTC_DateTime"}) {
+        const Tracking whole = read(std::string("id,x,y,") + name + "\na,1,2,2018-05-09 14:59:05\n");
+        EXPECT_EQ(whole.Columns.Time, name);
+        EXPECT_EQ(whole.Fixes.at(0).Seconds, 17660LL * 86400 + 53945) << name;
+    }
+    // The second column holds the date, too.
+    EXPECT_EQ(read("id,x,y,Date,Fix Time\na,1,2,2018-05-09,2018-05-09 14:59:05\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 53945);
+    EXPECT_EQ(read("id,x,y,UTC_Date,UTC_Time,LMT_Date,LMT_Time\na,1,2,2018-05-09,14:59:05,2018-05-10,16:59:05\n",
+                   {"", "", "", "LMT_Date"})
+                  .Fixes.at(0)
+                  .Seconds,
+              17661LL * 86400 + 53945 + 7200);
+}
+
+TEST(TrackingCsv, A_number_beside_the_name_of_an_animal_is_mentioned) {
+    EXPECT_EQ(read("id,name,x,y\n1,Rex,0,0\n").OtherId, "id");
+    EXPECT_EQ(read("id,name,x,y\n1,Rex,0,0\n", {"name", "", "", ""}).OtherId, "");
+    EXPECT_EQ(read("id,tag-local-identifier,x,y\n1,T,0,0\n").OtherId, "");
+    EXPECT_EQ(read("name,x,y\nRex,0,0\n").OtherId, "");
+}
+
+TEST(TrackingCsv, A_line_that_names_the_separator_is_no_header) {
+    const Tracking t = read("sep=;\r\nid;x;y\r\na;6,5;53\r\n");
+    EXPECT_EQ(t.Fixes.at(0).X, 6.5);
+    EXPECT_EQ(t.Fixes.at(0).Line, 3U);
+    EXPECT_EQ(
+        refusal("sep=;\nfoo;x;y\na;1;2\n"),
+        "f.csv, line 2: no column looks like the animal's name; give it by --id COLUMN; the columns are: foo, x, y");
+}
+
 TEST(TrackingCsv, Windows_1252_and_utf8_names_become_utf8) {
     EXPECT_EQ(read("id,x,y\nBj\xF6rn,1,2\n").Animals, (std::vector<std::string>{"Bj\xC3\xB6rn"}));
     EXPECT_EQ(read("id,x,y\nBj\xC3\xB6rn,1,2\n").Animals, (std::vector<std::string>{"Bj\xC3\xB6rn"}));
@@ -195,8 +242,17 @@ TEST(TrackingCsv, Bad_files_are_refused_with_file_line_and_advice) {
               "f.csv, line 2: \"1e999\" in column \"x\" is not a coordinate; correct it, or empty the cell");
     EXPECT_EQ(
         refusal("id,x,y,timestamp\na,1,2,9/5/2018 14:59\n"),
-        "f.csv, line 2: \"9/5/2018 14:59\" in column \"timestamp\" is not a time like 2018-05-09 14:59:05; correct it, "
-        "or empty the cell to keep the fix without a time");
+        "f.csv, line 2: \"9/5/2018 14:59\" in column \"timestamp\" is not a time like 2018-05-09 14:59:05; format the "
+        "column as yyyy-mm-dd hh:mm:ss, or empty the cell to keep the fix without a time");
+    EXPECT_EQ(
+        refusal("id|time|lon|lat\na|2018-05-09|1|2\n"),
+        "f.csv, line 1: the header is in one piece: \"id|time|lon|lat\"; separate the columns by commas, semicolons "
+        "or tabs");
+    EXPECT_EQ(refusal("id,x,y\na,\"13,1\",2\n"),
+              "f.csv, line 2: \"13,1\" in column \"x\" is not a coordinate; write numbers with a decimal point, or "
+              "separate the columns by semicolons");
+    EXPECT_EQ(refusal("id,x,y\na,\"1,3,1\",2\n"),
+              "f.csv, line 2: \"1,3,1\" in column \"x\" is not a coordinate; correct it, or empty the cell");
     EXPECT_EQ(
         refusal("id,x,y\n" + std::string(255, 'n') + ",1,2\n"),
         "f.csv, line 2: the animal's name in column \"id\" is longer than 254 bytes; shorten it, or choose another "

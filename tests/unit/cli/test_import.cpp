@@ -19,6 +19,10 @@ const std::string kHeader =
 const std::string kNoneLeftOut =
     "rows left out: 0 not visible, 0 outliers, 0 without a position, 0 without an animal\n";
 
+const std::string kNoTime =
+    "columns: animal \"id\", x \"lon\", y \"lat\", no time\n"
+    "no time column found; give it by --time COLUMN (the movement tools need it)\n";
+
 struct Row {
     std::vector<FieldValue> Values;
     platform::Point Location;
@@ -127,7 +131,7 @@ TEST(Import, Table_without_times_gets_no_time_fields) {
     ScratchFolder folder;
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
     const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
-    EXPECT_EQ(ran.Err, "columns: animal \"id\", x \"lon\", y \"lat\", no time\n" + kNoneLeftOut);
+    EXPECT_EQ(ran.Err, kNoTime + kNoneLeftOut);
     EXPECT_EQ(files::OgrFeatureClass::Open((folder / "t.shp").string())->Table().Fields().size(), 1U);
 }
 
@@ -136,11 +140,61 @@ TEST(Import, Fixes_far_from_the_zone_are_told) {
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,9,52\na,9,52\na,25,52\n");
     const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
     EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, kNoTime + kNoneLeftOut +
+                           "1 fix lies more than 9 degrees from the middle of UTM zone 32N (line 4, animal \"a\"), "
+                           "where distances are "
+                           "distorted; correct what is wrong, or consider another projection by --to-crs\n");
+}
+
+// Sorted by animal, the first of the far fixes is that of line 5; in the file it is that of line 2.
+TEST(Import, Of_several_fixes_far_from_the_zone_the_first_of_the_file_is_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\nb,25,52\na,9,52\na,9,52\na,26,52\na,9,52\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
     EXPECT_EQ(
         ran.Err,
-        "columns: animal \"id\", x \"lon\", y \"lat\", no time\n" + kNoneLeftOut +
-            "1 fixes lie more than 9 degrees from the middle of UTM zone 32N, where distances are distorted; consider "
-            "another projection by --to-crs\n");
+        kNoTime + kNoneLeftOut +
+            "2 fixes lie more than 9 degrees from the middle of UTM zone 32N (the first: line 2, animal \"b\"), where "
+            "distances are distorted; correct what is wrong, or consider another projection by --to-crs\n");
+}
+
+TEST(Import, Positions_of_zero_are_kept_and_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,9,52\na,0,0\na,9,52\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              kNoTime + kNoneLeftOut +
+                  "1 fix has the position 0, 0 (line 3, animal \"a\"), which often stands for a missing one; if "
+                  "so, empty these cells\n");
+    EXPECT_EQ(rows_of((folder / "t.shp").string()).size(), 3U);
+    const std::string metres = write_file(folder, "m.csv", "id,x,y\na,0,0\na,9000,0\nb,0,0\n");
+    const Ran projected = run_wxl({"import", metres, (folder / "m.shp").string(), "--from-crs", "EPSG:32633"});
+    EXPECT_NE(projected.Err.find("\n2 fixes have the position 0, 0 (the first: line 2, animal \"a\"), which"),
+              std::string::npos);
+}
+
+TEST(Import, Date_and_time_of_day_are_told_both) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat,Date,Time\na,9,52,15.01.2024,12:00\n");
+    const std::string shp = (folder / "t.shp").string();
+    EXPECT_EQ(run_wxl({"import", csv, shp}).Err,
+              "columns: animal \"id\", x \"lon\", y \"lat\", time \"Date\" and \"Time\"\n" + kNoneLeftOut);
+    EXPECT_EQ(rows_of(shp).at(0).Values[2], FieldValue("2024-01-15"));
+    EXPECT_EQ(rows_of(shp).at(0).Values[3], FieldValue("12:00:00"));
+}
+
+TEST(Import, A_number_beside_the_name_is_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,name,lon,lat,time\n1,Rex,9,52,\n2,Rex,9,52,\n");
+    const std::string shp = (folder / "t.shp").string();
+    const std::string note =
+        "animals are told apart by the column \"name\", not by \"id\"; if several have the same name, give --id "
+        "\"id\"\n";
+    EXPECT_NE(run_wxl({"import", csv, shp}).Err.find(note), std::string::npos);
+    const Ran chosen = run_wxl({"import", csv, shp, "--id", "id", "--overwrite"});
+    EXPECT_EQ(chosen.Err.find("told apart"), std::string::npos);
+    EXPECT_NE(chosen.Out.find("2 fixes of 2 animals"), std::string::npos);
 }
 
 TEST(Import, Existing_shapefile_is_kept_unless_overwriting_is_asked_for) {
