@@ -1,6 +1,7 @@
 #include "apps/cli/text_output.h"
 
 #include "adapters/files/disk_file_system.h"
+#include "adapters/files/shapefile_parts.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -40,6 +41,8 @@ TextOutput::TextOutput(std::string path, bool overwrite) : m_path(std::move(path
     if (!folder.empty() && !disk.FolderExists(folder))
         platform::Raise(platform::error_number::kPathNotFound,
                         folder.string() + ": there is no such folder; make it first");
+    if (files::is_protected(folder.empty() ? fs::path(".") : folder))
+        platform::Raise(platform::error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
     if (!overwrite && fs::exists(m_path))
         platform::Raise(platform::error_number::kFileExists,
                         m_path + " exists: choose another name, or give --overwrite");

@@ -132,6 +132,11 @@ int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console&
 
 namespace {
 
+/// Names that are taken are refused by a box, which knows nothing of options.
+void tell_refusal(kde_tool::frmKDE& form, kde_tool::RunOutcome outcome, Console& console) {
+    if (outcome == kde_tool::RunOutcome::kRefused && !taken_names(form).empty()) advise_on_names(console);
+}
+
 /// The same run, computed by several processes.
 int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& output, Console& console) {
     kde_tool::frmKDE& form = session.Form();
@@ -143,6 +148,7 @@ int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& 
     console.EndProgress();
     if (!plan) {
         output.Finish(planned);
+        tell_refusal(form, planned, console);
         return exit_code_of(planned, output, console);
     }
     if (!run_tasks_here(services, *plan, open_tasks(services, *plan), options.Jobs, console)) return exit_code::kFailed;
@@ -159,6 +165,7 @@ int run_here(KdeSession& session, KdeOutput& output, Console& console) {
     form.btnOK_Click();
     console.EndProgress();
     output.Finish(form.LastRun());
+    tell_refusal(form, form.LastRun(), console);
     return exit_code_of(form.LastRun(), output, console);
 }
 
@@ -192,7 +199,7 @@ batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks) {
 int run_kde(const KdeOptions& options, Console& console) {
     KdeSession session(options, console);
     kde_tool::frmKDE& form = session.Form();
-    if (options.DryRun) return print_plan(form, options.Json, console);
+    if (options.DryRun) return print_plan(form, {options.Json, options.Overwrite}, console);
     prepare_output(options, form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);

@@ -127,6 +127,8 @@ void fill_form(const KdeOptions& options, files::FilesFeatureLayer& layer, Optio
     check_isopleth_kinds(form);
     if (!options.Where.empty()) {
         layer.SelectWhere(options.Where);
+        if (layer.Selection()->Count() == 0)
+            platform::Raise(platform::error_number::kInvalidCall, "no fix meets --where " + options.Where);
         form.Where = options.Where;
         form.chkUseSel.Value = 1;
         form.chkUseSel_Click();

@@ -1,7 +1,9 @@
 #include "apps/cli/commands/kde_plan.h"
 
 #include "apps/cli/commands/kde_output.h"
+#include "engine/status.h"
 #include "kde_tool/analysis_run.h"
+#include "kde_tool/bandwidth_doctor.h"
 #include "kde_tool/run_plan.h"
 #include "kde_tool/subfolders.h"
 #include "kde_tool/summary_rows.h"
@@ -9,7 +11,9 @@
 #include "platform/text.h"
 #include "utilities/Utilities.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace wxl::cli {
 
@@ -33,13 +37,15 @@ kde_tool::EstimateFrame frame_of(frmKDE& form) {
                                     full ? platform::NumberFromText(inputs.BufferText) : 0.0, reference);
 }
 
-Json json_of(const PlannedDistribution& plan, const char* method) {
+Json json_of(const PlannedDistribution& plan, BandwidthMethod method) {
+    const bool search = kde_tool::is_search(method);
     const kde_tool::DistributionEstimate& cost = plan.Cost;
     return {{"id", json_value(plan.Id)},
             {"n", plan.SampleSize},
             {"href", json_number(plan.Href)},
-            {"method", method},
-            {"bandwidth_map_units", cost.Bandwidth},
+            {"method", kde_tool::method_name(method)},
+            {"bandwidth_map_units", search ? Json() : Json(cost.Bandwidth)},
+            {"planned_with", search ? Json("href") : Json()},
             {"columns", cost.Grid.Columns},
             {"rows", cost.Grid.Rows},
             {"cell_size", cost.Grid.CellSize},
@@ -47,11 +53,41 @@ Json json_of(const PlannedDistribution& plan, const char* method) {
             {"too_large", is_too_large(cost)},
             {"megabytes", cost.Megabytes},
             {"seconds", cost.Seconds},
-            {"raster", plan.RasterName}};
+            {"raster", plan.RasterName},
+            {"failure", plan.Failure.empty() ? Json() : Json(plan.Failure)}};
 }
 
-bool is_search(BandwidthMethod method) {
-    return method == BandwidthMethod::kLscv || method == BandwidthMethod::kBcv;
+/// The status with which the calculator will end, as far as it is known before: not with a bandwidth yet to be found.
+std::int32_t coming_status(const kde_tool::DistributionEstimate& cost, BandwidthMethod method) {
+    namespace kernel_status = engine::kernel_status;
+    if (is_too_large(cost)) return kernel_status::kGridTooLarge;
+    if (!(cost.Bandwidth > 0.0) || cost.Grid.Columns < 1 || cost.Grid.Rows < 1) return kernel_status::kNothingToCompute;
+    if (!kde_tool::is_search(method) && cost.Bandwidth < cost.Grid.CellSize) return kernel_status::kBandwidthBelowCell;
+    return kernel_status::kGood;
+}
+
+std::string coming_failure(const AnimalFixes& animal, const kde_tool::DistributionEstimate& cost,
+                           BandwidthMethod method) {
+    kde_tool::AnimalRecord record;
+    record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
+    record.Coincident = kde_tool::coincidence_of(animal.Fixes);
+    record.BandwidthMapUnits = cost.Bandwidth;
+    record.Grid = cost.Grid;
+    record.Status = coming_status(cost, method);
+    return kde_tool::failure_reason(record);
+}
+
+void tell_without_id(std::int64_t count, const std::string& field, Console& console) {
+    if (count == 0) return;
+    console.Problem(fmt::format("wxl: {} no value in the field {} and will be left out",
+                                count == 1 ? "1 point has" : fmt::format("{} points have", count), field));
+}
+
+void tell_taken(const std::vector<std::string>& names, Console& console) {
+    if (names.empty()) return;
+    console.Problem(
+        fmt::format("wxl: the run will be refused, because the output folder holds {}", fmt::join(names, ", ")));
+    advise_on_names(console);
 }
 
 std::string line_of(const PlannedDistribution& plan, BandwidthMethod method) {
@@ -60,10 +96,12 @@ std::string line_of(const PlannedDistribution& plan, BandwidthMethod method) {
                                  ? "more than 50 million cells: give a larger cell size"
                                  : fmt::format("{} x {} cells, {:.3g} MB, about {:.2g} s", cost.Grid.Columns,
                                                cost.Grid.Rows, cost.Megabytes, cost.Seconds);
-    const std::string bandwidth = is_search(method) ? "by a search (planned with HREF)" : NumberText(cost.Bandwidth);
-    return fmt::format("{}: {} fixes, HREF {}, bandwidth {}, {}, raster {}", platform::ValueText(plan.Id),
-                       plan.SampleSize, plan.Href ? NumberText(*plan.Href) : "not defined", bandwidth, size,
-                       plan.RasterName);
+    const std::string bandwidth =
+        kde_tool::is_search(method) ? "by a search (planned with HREF)" : NumberText(cost.Bandwidth);
+    return fmt::format("{}: {}, HREF {}, bandwidth {}, {}, raster {}{}", platform::ValueText(plan.Id),
+                       kde_tool::fixes_text(static_cast<std::int64_t>(plan.SampleSize)),
+                       plan.Href ? NumberText(*plan.Href) : "not defined", bandwidth, size, plan.RasterName,
+                       plan.Failure.empty() ? "" : ": will fail: " + plan.Failure);
 }
 
 /// Deletes one dataset of the run where it stands.
@@ -107,32 +145,61 @@ std::vector<PlannedDistribution> planned_run(frmKDE& form) {
     const std::vector<double> values = kde_tool::bandwidth_values(frame.Inputs);
     const kde_tool::GroupedFixes fixes = form.ReadFixes();
     std::vector<PlannedDistribution> plans;
+    const BandwidthMethod method = frame.Inputs.Method;
     for (std::size_t row = 0; row < fixes.Animals.size(); ++row) {
         const AnimalFixes& animal = fixes.Animals[row];
         const kde_tool::HrefRow& href = form.HrefNumbers().at(row);
         const double applied = kde_tool::applied_href(href, form.VarianceNumbers().at(row), frame.Inputs.Rescale);
-        for (std::size_t index = 0; index < values.size(); ++index)
-            plans.push_back({animal.Id, animal.Fixes.size(), href.Href,
-                             kde_tool::estimate(frame, animal, applied, values[index]),
-                             kde_tool::raster_name(frame.Inputs, animal.NamingId, index + 1, values.size())});
+        for (std::size_t index = 0; index < values.size(); ++index) {
+            const auto cost = kde_tool::estimate(frame, animal, applied, values[index]);
+            plans.push_back({animal.Id, animal.Fixes.size(), href.Href, cost,
+                             kde_tool::raster_name(frame.Inputs, animal.NamingId, index + 1, values.size()),
+                             coming_failure(animal, cost, method)});
+        }
     }
     return plans;
 }
 
-int print_plan(frmKDE& form, bool asJson, Console& console) {
+std::vector<std::string> taken_names(frmKDE& form) {
+    const RunInputs inputs = kde_tool::inputs_of(form);
+    const std::filesystem::path folder = form.OutputFolderPath();
+    kde_tool::GroupedFixes fixes = form.ReadFixes();
+    kde_tool::spread_over_subfolders(fixes.Animals, form.AnimalsPerSubfolder);
+    std::vector<std::string> names;
+    for (const AnimalFixes& animal : fixes.Animals) {
+        const std::string name = inputs.Prefix + animal.NamingId;
+        if (form.Services().Rasters->Exists(animal.Subfolder.empty() ? folder : folder / animal.Subfolder, name))
+            names.push_back((animal.Subfolder.empty() ? "" : animal.Subfolder + "/") + name);
+    }
+    return names;
+}
+
+void advise_on_names(Console& console) {
+    console.Problem("wxl: --overwrite replaces them, --prefix names them otherwise");
+}
+
+int print_plan(frmKDE& form, const PlanWishes& wishes, Console& console) {
     const RunInputs inputs = kde_tool::inputs_of(form);
     auto refusal = kde_tool::undefined_setting(inputs);
     if (!refusal) refusal = kde_tool::unusable_setting(inputs);
     if (refusal) return console.Fail(*refusal);
+    const std::vector<PlannedDistribution> plans = planned_run(form);
+    const std::vector<std::string> taken = wishes.Overwrite ? std::vector<std::string>() : taken_names(form);
+    const std::int64_t withoutId = form.ReadFixes().WithoutId;
     Json animals = Json::array();
-    for (const PlannedDistribution& plan : planned_run(form)) {
-        if (asJson)
-            animals.push_back(json_of(plan, kde_tool::method_name(inputs.Method)));
+    for (const PlannedDistribution& plan : plans) {
+        if (wishes.Json)
+            animals.push_back(json_of(plan, inputs.Method));
         else
             console.Result(line_of(plan, inputs.Method));
     }
-    if (asJson) console.Result(json_text(Json{{"animals", animals}}));
-    return exit_code::kDone;
+    if (wishes.Json)
+        console.Result(json_text(Json{{"animals", animals}, {"points_without_id", withoutId}, {"names_taken", taken}}));
+    tell_without_id(withoutId, inputs.IdField, console);
+    tell_taken(taken, console);
+    const bool hopeless = std::ranges::all_of(plans, [](const auto& plan) { return !plan.Failure.empty(); });
+    if (hopeless) console.Problem("wxl: no distribution can be computed in this way");
+    return hopeless || !taken.empty() ? exit_code::kFailed : exit_code::kDone;
 }
 
 void delete_outputs(frmKDE& form) {

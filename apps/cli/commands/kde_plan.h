@@ -16,13 +16,26 @@ struct PlannedDistribution {
     std::optional<double> Href;  ///< map units, of the fixes as they are
     kde_tool::DistributionEstimate Cost;
     std::string RasterName;
+    std::string Failure;  ///< why it will fail, in one line; empty when nothing is known to keep it
 };
 
 /// The distributions that the filled form would compute, in its order.
 std::vector<PlannedDistribution> planned_run(kde_tool::frmKDE& form);
 
-/// Prints the plan; exit_code::kFailed when a setting keeps the run from starting.
-int print_plan(kde_tool::frmKDE& form, bool json, Console& console);
+/// How a plan is printed.
+struct PlanWishes {
+    bool Json = false;
+    bool Overwrite = false;  ///< what stands in the output folder will be replaced
+};
+
+/// Prints the plan; exit_code::kFailed when a setting keeps the run from starting, or no distribution can be computed.
+int print_plan(kde_tool::frmKDE& form, const PlanWishes& wishes, Console& console);
+
+/// Names of rasters in the output folder, for which the run is refused.
+std::vector<std::string> taken_names(kde_tool::frmKDE& form);
+
+/// Says which options help against names that are taken.
+void advise_on_names(Console& console);
 
 /// Deletes what stands in the output folder under the names that the filled form would write, so that the run meets no
 /// naming conflict. Nothing outside the folder, and nothing while another run is at work in it.

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/kde_session.h"
 
 #include "adapters/files/files_map.h"
+#include "adapters/files/shapefile_parts.h"
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/output_folder.h"
@@ -83,7 +84,9 @@ KdeSession::KdeSession(const KdeOptions& options, Console& console)
 
 void prepare_output(const KdeOptions& options, kde_tool::frmKDE& form) {
     const std::filesystem::path folder = form.OutputFolderPath();
-    if (!std::filesystem::exists(folder)) make_output_folder(folder);
+    if (!std::filesystem::is_directory(folder)) make_output_folder(folder);
+    if (files::is_protected(folder))
+        platform::Raise(platform::error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
     if (!options.Overwrite && batch::has_open_batch(*form.Services().Files, folder))
         platform::Raise(platform::error_number::kPermissionDenied,
                         folder.string() +

@@ -257,6 +257,52 @@ TEST_F(KdeCommand, A_dry_run_tells_the_plan_and_writes_nothing) {
     EXPECT_FALSE(fs::exists(Out));
 }
 
+TEST_F(KdeCommand, A_dry_run_tells_what_will_fail) {
+    // Animal 3 has a reference bandwidth of 91.65, animal 7 a larger one.
+    const Ran cell = Kde({"--cell-size", "92", "--extent", "full:5000", "--dry-run"});
+    EXPECT_EQ(cell.Code, 0) << cell.Err;
+    EXPECT_THAT(cell.Out, HasSubstr("raster 1: will fail: the bandwidth 91.65 is smaller than the cell size 92\n"));
+    EXPECT_THAT(cell.Out, Not(HasSubstr("raster 2: will fail")));
+    const Ran none = Kde({"--cell-size", "9000", "--extent", "full:0", "--bandwidth", "9500", "--dry-run", "--json"});
+    EXPECT_EQ(none.Code, 1);
+    EXPECT_EQ(json::parse(none.Out)["animals"][1]["failure"],
+              "the raster has no cells: the cell size 9000 is larger than the extent");
+    EXPECT_THAT(none.Err, HasSubstr("wxl: no distribution can be computed in this way\n"));
+    const json search = json::parse(
+        Kde({"--cell-size", "20", "--extent", "min", "--bandwidth", "lscv", "--dry-run", "--json"}).Out)["animals"][0];
+    EXPECT_TRUE(search["bandwidth_map_units"].is_null());
+    EXPECT_EQ(search["planned_with"], "href");
+}
+
+TEST_F(KdeCommand, A_dry_run_tells_names_that_are_taken) {
+    ASSERT_EQ(Kde({"--cell-size", "20", "--extent", "min"}).Code, 0);
+    const std::string advice = "wxl: --overwrite replaces them, --prefix names them otherwise\n";
+    const Ran dry = Kde({"--cell-size", "20", "--extent", "min", "--dry-run", "--json"});
+    EXPECT_EQ(dry.Code, 1);
+    EXPECT_EQ(json::parse(dry.Out)["names_taken"], json::array({"1", "2"}));
+    EXPECT_THAT(dry.Err, HasSubstr("wxl: the run will be refused, because the output folder holds 1, 2\n" + advice));
+    EXPECT_EQ(Kde({"--cell-size", "20", "--extent", "min", "--dry-run", "--overwrite"}).Code, 0);
+    EXPECT_THAT(Kde({"--cell-size", "20", "--extent", "min"}).Err, HasSubstr(advice));
+}
+
+TEST_F(KdeCommand, Folders_and_conditions_of_no_use_are_told_before_the_run) {
+    const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min"};
+    const Ran none = Kde({"--cell-size", "20", "--extent", "min", "--where", "animal = 'Fraja'"});
+    EXPECT_EQ(none.Code, 1);
+    EXPECT_THAT(none.Err, HasSubstr("wxl: no fix meets --where animal = 'Fraja'\n"));
+    fs::create_directories(Out);
+    fs::permissions(Out, fs::perms::owner_read | fs::perms::owner_exec);
+    const Ran locked = Kde(call);
+    const Ran table = run_wxl({"stats", Points, "--id-field", "animal", "--csv", Out + "/x.csv"});
+    fs::permissions(Out, fs::perms::owner_all);
+    EXPECT_EQ(locked.Code, 1);
+    EXPECT_THAT(locked.Err, HasSubstr("wxl: The folder " + Out + " is read-only.\n"));
+    EXPECT_THAT(table.Err, HasSubstr("wxl: The folder " + Out + " is read-only.\n"));
+    fs::remove_all(Out);
+    std::ofstream(Out) << "a file";
+    EXPECT_THAT(Kde(call).Err, HasSubstr(Out + ": this folder cannot be made; choose another by --out\n"));
+}
+
 TEST_F(KdeCommand, The_plan_gives_the_grids_that_the_run_then_has) {
     for (const std::string extent : {"min", "full"})
         for (const std::string bandwidth : {"href", "80", "prop:0.8"}) {
