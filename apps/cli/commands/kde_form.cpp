@@ -2,6 +2,7 @@
 
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/run_plan.h"
+#include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -77,6 +78,15 @@ void check_isopleth_kinds(const frmKDE& form) {
         throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons or --donuts");
 }
 
+/// Before anything runs: a run that finds out would delete the report of earlier ones.
+void check_prefix(const frmKDE& form) {
+    try {
+        platform::CheckDatasetName(form.txtR.Text + "0");
+    } catch (const platform::RuntimeError& error) {
+        throw WrongCall("--prefix: " + error.Description);
+    }
+}
+
 bool is_reference(const std::optional<std::string>& extent) {
     return extent && extent->starts_with("ref:");
 }
@@ -124,6 +134,7 @@ void fill_form(const KdeOptions& options, files::FilesFeatureLayer& layer, Optio
     load_settings(options, dialogs, form);
     set_folder(options, form);
     kde_tool::Choose(options, form);
+    check_prefix(form);
     check_isopleth_kinds(form);
     if (!options.Where.empty()) {
         layer.SelectWhere(options.Where);

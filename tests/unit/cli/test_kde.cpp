@@ -137,6 +137,13 @@ TEST_F(KdeCommand, Wrong_calls_end_with_2_and_write_nothing) {
         {"--cell-size", "20", "--scaling", "0"},
         {"--cell-size", "20", "--raster-format", "PNG"},
         {"--cell-size", "20", "--answer", "perhaps"},
+        {"--cell-size", "20", "--prefix", "w*"},
+        {"--cell-size", "20", "--prefix", "../w"},
+        {"--cell-size", "20", "--prefix", "a/b"},
+        {"--cell-size", "20", "--prefix", "w:"},
+        {"--cell-size", "20", "--prefix", " w"},
+        {"--cell-size", "20", "--prefix", "w\t"},
+        {"--cell-size", "20", "--prefix", "w*", "--dry-run"},
     };
     for (const auto& call : calls) {
         const Ran ran = Kde(call);
@@ -146,6 +153,24 @@ TEST_F(KdeCommand, Wrong_calls_end_with_2_and_write_nothing) {
         EXPECT_FALSE(fs::exists(Out)) << testing::PrintToString(call);
     }
     EXPECT_EQ(run_wxl({"kde", Points, "--id-field", "animal", "--cell-size", "20"}).Code, 2);
+}
+
+TEST_F(KdeCommand, A_prefix_that_no_name_can_hold_is_refused_before_anything_runs) {
+    ASSERT_EQ(Kde({"--cell-size", "20", "--extent", "min"}).Code, 0);
+    const std::string report = Report();
+    const std::string settings = Folder / "starred.txt";
+    std::ofstream(settings, std::ios::binary) << "[PREFIX]\r\nW*\r\n\r\n";
+    for (const std::vector<std::string>& more :
+         {std::vector<std::string>{"--prefix", "w*"}, {"--settings", settings}, {"--prefix", "w*", "--jobs", "2"}}) {
+        std::vector<std::string> call = {"--cell-size", "20", "--extent", "min"};
+        call.insert(call.end(), more.begin(), more.end());
+        const Ran ran = Kde(call);
+        EXPECT_EQ(ran.Code, 2) << ran.Err;
+        EXPECT_THAT(ran.Err,
+                    testing::MatchesRegex("wxl: --prefix: The output name \"[wW].0\" holds a wildcard or quote. "
+                                          "Please choose another prefix or name.\n"));
+        EXPECT_EQ(Report(), report);
+    }
 }
 
 TEST_F(KdeCommand, Inputs_that_cannot_be_used_end_with_1_and_advice) {
@@ -346,7 +371,7 @@ TEST_F(KdeCommand, A_prefix_cannot_leave_the_folder) {
         std::vector<std::string> call = {"--cell-size", "20", "--extent", "min", "--prefix", "../"};
         if (overwrite) call.emplace_back("--overwrite");
         const Ran ran = Kde(call);
-        EXPECT_EQ(ran.Code, 1);
+        EXPECT_EQ(ran.Code, 2);
         EXPECT_THAT(ran.Err, HasSubstr("path separator"));
     }
     EXPECT_TRUE(fs::exists(Folder / "1"));
