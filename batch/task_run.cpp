@@ -40,9 +40,15 @@ private:
     std::vector<platform::MessageBox> m_kept;
 };
 
-class NoStages final : public kde_tool::IRunStages {
+/// A task shows nothing; whether warnings are shown was decided when the batch was planned.
+class PlannedStages final : public kde_tool::IRunStages {
 public:
+    explicit PlannedStages(bool silent) : m_silent(silent) {}
     void Stage(const std::string&) override {}
+    bool Silent() const override { return m_silent; }
+
+private:
+    bool m_silent;
 };
 
 /// The dataset that a temporary name stands for (".NAME.PROCESS.part", with anything behind it); empty for other names.
@@ -191,7 +197,7 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const kde_too
     platform::Services services = m_services;
     services.Messages = &messages;
     kde_tool::CollectedReport report;
-    NoStages stages;
+    PlannedStages stages(m_plan.Frame.Inputs.Silent);
     platform::ProgressBar progress;
     kde_tool::AnimalRun run(services, m_geodata, m_plan.Frame, report, stages, progress);
     PointStore points(m_batch.Points());

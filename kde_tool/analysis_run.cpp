@@ -163,6 +163,10 @@ void AnalysisRun::Stage(const std::string& status) {
     ShowProgress(static_cast<double>(m_done) + begun / kStagesPerDistribution);
 }
 
+bool AnalysisRun::Silent() const {
+    return m_form.chkSilent.Value != 0;
+}
+
 std::size_t AnalysisRun::Total() const {
     return m_preparation->Animals().Animals.size() * m_preparation->Frame().Values.size();
 }

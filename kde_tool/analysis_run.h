@@ -41,6 +41,7 @@ private:
     std::filesystem::path Folder() const;
     void DeleteRunFiles();
     void Stage(const std::string& status) override;
+    bool Silent() const override;
     void ShowProgress(double distributions);
     std::size_t Total() const;
 

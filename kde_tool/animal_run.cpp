@@ -167,7 +167,7 @@ void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double 
 }
 
 void AnimalRun::ShowWarnings(const AnimalRecord& record) const {
-    if (record.Warnings.empty() || m_frame.Inputs.Silent) return;
+    if (record.Warnings.empty() || m_stages.Silent()) return;
     m_services.Messages->Show(
         {.Text = record.Warnings + "(Animal ID: " + platform::ValueText(record.Id) + ")", .Title = "Warnings"});
 }

@@ -43,11 +43,14 @@ struct RunFrame {
 /// Where a run writes the datasets of the animals of a sub-folder; the output folder itself for an empty one.
 std::filesystem::path output_folder(const RunFrame& frame, const std::string& subfolder);
 
-/// Shows the stages of a run: status box, progress bar, a turn for the host.
+/// Where a run is watched: shows its stages (status box, progress bar, a turn for the host).
 class IRunStages {
 public:
     virtual ~IRunStages() = default;
     virtual void Stage(const std::string& status) = 0;
+
+    /// Whether the warnings of single animals stay out of message boxes; asked for each animal.
+    virtual bool Silent() const = 0;
 };
 
 /// One distribution of one animal: bandwidth, kernel, raster, report block, isopleths.
