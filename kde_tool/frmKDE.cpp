@@ -74,7 +74,9 @@ void frmKDE::Form_Load() {
         enable(btnIOSave, false);
         enable(lblIO1, false);
         enable(lblIO2, false);
-        ClearTables();
+        ClearIndependenceTable();
+        ClearVarianceTable();
+        ClearHrefTable();
         DisableBW();
         DisableBW2();
         DisableIso();
@@ -110,7 +112,9 @@ void frmKDE::cmbPntL_Click() {
         enable(cmbUIDFLD, false);
         clear(cmbUIDFLD);
         enable(chkUseSel, false);
-        ClearTables();
+        ClearIndependenceTable();
+        ClearVarianceTable();
+        ForgetFixes();
         lblDegrees.Caption.clear();
         enable(btnReproject, false);
         if (cmbPntL.Text().empty()) return;
@@ -152,11 +156,11 @@ void frmKDE::btnReproject_Click() {
 }
 
 void frmKDE::cmbUIDFLD_Click() {
-    ClearTables();
+    ForgetFixes();
 }
 
 void frmKDE::chkUseSel_Click() {
-    ClearTables();
+    ForgetFixes();
 }
 
 platform::Layer frmKDE::PointLayer() const {
@@ -193,14 +197,25 @@ bool frmKDE::LayerInMap(const std::string& name) const {
 
 // --- Statistics ---
 
-void frmKDE::ClearTables() {
+void frmKDE::ClearIndependenceTable() {
     datagridIO.Clear();
-    datagridVar.Clear();
-    datagridHref.Clear();
     m_independence.clear();
+}
+
+void frmKDE::ClearVarianceTable() {
+    datagridVar.Clear();
     m_variances.clear();
+}
+
+void frmKDE::ClearHrefTable() {
+    datagridHref.Clear();
     m_hrefs.clear();
     m_largestHref = 0.0;
+    ForgetFixes();
+}
+
+/// Fixes that were kept, and the plot, belong to the choice of layer, field and features; the next page reads anew.
+void frmKDE::ForgetFixes() {
     m_plotted.reset();
     m_kept.reset();
     ShowProfile(nullptr);
@@ -230,6 +245,7 @@ void frmKDE::FillVarianceTable(const GroupedFixes& fixes) {
 
 void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
     m_hrefs = HrefRows(fixes.Animals);
+    m_hrefChoice = ChosenFixes();
     const int chosenRow = std::max(0, datagridHref.CurrentRow);
     datagridHref = HrefTable(m_hrefs, cmbUIDFLD.Text());
     datagridHref.CurrentRow = std::min(chosenRow, static_cast<int>(m_hrefs.size()) - 1);
@@ -237,18 +253,14 @@ void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
     SuggestBuffer();
 }
 
-/// The buffer stays as it is where there is nothing to derive one from: no reference bandwidth, or a list of
-/// proportions that cannot be read.
+/// A list of proportions that cannot be read is RuntimeError 13.
 void frmKDE::SuggestBuffer() {
     double widest = m_largestHref;
     if (optPropHref.Value) {
-        const auto pieces = platform::Split(txtPropHref.Text, ',');
-        if (!std::all_of(pieces.begin(), pieces.end(), [](const auto& piece) { return platform::IsNumeric(piece); }))
-            return;
         const auto proportions = platform::NumbersFromText(txtPropHref.Text);
         widest *= *std::max_element(proportions.begin(), proportions.end());
     }
-    if (widest > 0.0) txtBuffer.Text = platform::NumberText(std::floor(3.5 * widest + 0.5));
+    txtBuffer.Text = platform::NumberText(std::floor(3.5 * widest + 0.5));
 }
 
 void frmKDE::btnCalcIO_Click() {

@@ -135,10 +135,11 @@ public:
     void optSmall_Click();
     void optExtRef_Click();
 
-    /// A point layer was chosen: fills the list of ID fields; tables of the previous layer are cleared.
+    /// A point layer was chosen: fills the list of ID fields; the independence and variance tables of the previous
+    /// layer are cleared.
     void cmbPntL_Click();
 
-    /// Another ID field, or other features: the tables no longer belong to the choice and are cleared.
+    /// Another ID field, or other features. The tables stay until they are computed anew; the plot is cleared.
     void cmbUIDFLD_Click();
     void chkUseSel_Click();
 
@@ -193,7 +194,7 @@ public:
     /// loaded folder is in capitals); as it stands when there is none.
     std::filesystem::path OutputFolderPath() const;
 
-    /// Largest reference bandwidth in map units when its table was last filled for the present layer and field; else 0.
+    /// Largest reference bandwidth in map units when its table was last filled, for whichever layer and field; else 0.
     double LargestReferenceBandwidth() const { return m_largestHref; }
 
     /// Writes the settings file (an older file of that name is replaced). RuntimeError when it cannot be written.
@@ -260,7 +261,10 @@ private:
     void FillReferenceLayers();
     void FillIdFields();
     void NoticeDegrees(const platform::Layer& layer);
-    void ClearTables();
+    void ClearIndependenceTable();
+    void ClearVarianceTable();
+    void ClearHrefTable();
+    void ForgetFixes();
     /// What the plot shows: a row of the reference bandwidths and how its bandwidth is searched.
     struct PlottedSearch {
         int Row;
@@ -303,6 +307,7 @@ private:
     SummaryTable m_summary{m_services};
     std::vector<IRunObserver*> m_observers = {&m_summary};
     std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
+    FixesChoice m_hrefChoice{};              ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;
     bool m_plotting = false;
     std::vector<IndependenceRow> m_independence;

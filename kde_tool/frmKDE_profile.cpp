@@ -49,7 +49,7 @@ void frmKDE::ShowProfile(const GroupedFixes* fixes) {
 /// The search that the plot should show and does not yet. Without one to show the plot gets its hint.
 std::optional<frmKDE::PlottedSearch> frmKDE::SearchToPlot() {
     const auto method = chosen_search(*this);
-    if (!method || m_hrefs.empty()) {
+    if (!method || m_hrefs.empty() || m_hrefChoice != ChosenFixes()) {
         m_plotted.reset();
         plotProfile = hint(method ? "Choose a point layer and its ID field: the scores of the search are plotted here."
                                   : "Choose LSCV or BCV: the scores of the search are plotted here.");

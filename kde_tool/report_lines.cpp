@@ -117,7 +117,7 @@ Lines header_lines(const RunHeader& header) {
     if (header.Independence) {
         lines.emplace_back();
         lines.emplace_back("Independence of observation indices:");
-        append_table(lines, header.IdField + ", Count, Schoener, Swihart_Slade", *header.Independence);
+        append_table(lines, header.IndependenceField + ", Count, Schoener, Swihart_Slade", *header.Independence);
     }
     lines.emplace_back("Variances of x and y coordinates: ");
     append_table(lines, header.IdField + ", Count, StdDev_X, StdDev_Y, Ratio(x:y)", header.Variances);

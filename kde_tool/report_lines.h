@@ -25,6 +25,7 @@ struct RunHeader {
     bool SelectedOnly = false;
     std::vector<std::string> Ids = {};
     std::vector<std::string> NamingIds = {};                 ///< one per ID
+    std::string IndependenceField = {};                      ///< the ID field of the independence table
     std::optional<std::vector<TableRow>> Independence = {};  ///< absent when the table was not calculated
     std::vector<TableRow> Variances = {};
 };

@@ -50,7 +50,10 @@ RunHeader header_of(const frmKDE& form, const GroupedFixes& animals, const platf
         header.Ids.push_back(platform::ValueText(animal.Id));
         header.NamingIds.push_back(animal.NamingId);
     }
-    if (!form.datagridIO.Columns.empty()) header.Independence = report_rows(form.datagridIO, 3);
+    if (!form.datagridIO.Columns.empty()) {
+        header.IndependenceField = form.datagridIO.Columns.front();
+        header.Independence = report_rows(form.datagridIO, 3);
+    }
     header.Variances = report_rows(form.datagridVar, 4);
     return header;
 }

@@ -174,8 +174,7 @@ std::string IndependenceCsv(const platform::DataGrid& table) {
     if (table.Columns.empty()) return {};
     std::string text = table.Columns.front() + ",Count,Schoener,Swihart_Slade\r\n";
     for (const auto& row : table.Rows) {
-        text += row.front();
-        for (auto cell = row.end() - 3; cell != row.end(); ++cell) text += "," + *cell;
+        for (std::size_t i = 0; i < row.size(); ++i) text += (i == 0 ? "" : ",") + row[i];
         text += "\r\n";
     }
     return text;

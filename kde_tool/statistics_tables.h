@@ -62,7 +62,7 @@ platform::DataGrid HrefTable(std::span<const HrefRow> rows, const std::string& i
 std::string FittedNumberText(double value, std::size_t width);
 
 /// The independence table as comma-separated text (UTF-8, CRLF): ID field and "Count,Schoener,Swihart_Slade", then a
-/// line per animal with these four cells. Nothing is quoted.
+/// line per animal with all cells of its row, the naming ID of text IDs included. Nothing is quoted.
 std::string IndependenceCsv(const platform::DataGrid& table);
 
 }  // namespace wxl::kde_tool

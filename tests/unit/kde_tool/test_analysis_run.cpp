@@ -234,6 +234,32 @@ TEST_F(AnalysisRunTest, No_recommendation_before_the_reference_bandwidths_are_kn
     EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
 }
 
+// H is that of animal 7 by the field ID: variances 80000 and 20000, sqrt(50000) x 2^(-1/6) = 199.211, times 3.5 =
+// 697.2.
+TEST_F(AnalysisRunTest, The_largest_reference_bandwidth_outlives_the_choice_of_another_field) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Form->SSTab1.Current = 1;
+    Form->SSTab1_Click(0);
+    Form->txtBuffer.Text = "100";
+    ChooseIdField("NAME");
+    Messages.WillAnswer({Answer::kNo});
+    Run();
+    EXPECT_THAT(Messages.Texts().front(), HasSubstr("a buffer distance of at least 697 for this dataset"));
+}
+
+TEST_F(AnalysisRunTest, An_independence_table_of_another_field_stands_in_the_report_under_its_own) {
+    AddTwoAnimals();
+    Open();
+    Form->btnCalcIO_Click();
+    ChooseIdField("NAME");
+    Run();
+    EXPECT_THAT(Report(),
+                HasSubstr("Independence of observation indices:\r\nID, Count, Schoener, Swihart_Slade\r\n3, 4, "));
+    EXPECT_THAT(Report(), HasSubstr("\r\nNAME, Count, StdDev_X, StdDev_Y, Ratio(x:y)\r\nAda, 2, "));
+}
+
 // --- Overlapping points ---
 
 TEST_F(AnalysisRunTest, Overlapping_points_are_named_and_declining_cancels) {
@@ -259,7 +285,28 @@ TEST_F(AnalysisRunTest, Overlapping_points_are_named_and_declining_cancels) {
     EXPECT_TRUE(HasRaster("K3"));
 }
 
+TEST_F(AnalysisRunTest, The_overlap_question_names_animals_by_their_ids) {
+    AddTwoAnimals();
+    Points->AddPoint(1000.0, 500.0, {std::string("Bo"), std::int64_t{3}});
+    Open();
+    ChooseIdField("NAME");
+    Messages.WillAnswer({Answer::kNo});
+    Run();
+    EXPECT_THAT(Messages.Last().Text, HasSubstr("for the following animals:\r\nBo\r\nThis may prevent"));
+}
+
 // --- Animals ---
+
+TEST_F(AnalysisRunTest, Warnings_name_the_animal_by_its_id) {
+    AddTwoAnimals();
+    Open();
+    ChooseIdField("NAME");
+    Form->txtBW.Text = "40";
+    Run();
+    EXPECT_EQ(Messages.Boxes().front().Text,
+              "The bandwidth (40) is smaller than the cell size (50). Processing aborted.\r(Animal ID: Ada)");
+    EXPECT_EQ(Messages.Boxes().front().Title, "Warnings");
+}
 
 TEST_F(AnalysisRunTest, A_failing_animal_does_not_stop_the_batch) {
     Points->AddPoint(1300.0, 600.0, {std::string("Cy"), std::int64_t{1}});
@@ -295,6 +342,29 @@ TEST_F(AnalysisRunTest, Silent_mode_hides_the_calculators_warnings_only) {
                                     "aborted.\r\r\nError encountered while calculating kernel! (code: 5002)\r\n"));
 }
 
+TEST_F(AnalysisRunTest, Silent_mode_counts_from_the_animal_after_it_was_ticked_or_cleared) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "40";
+    Messages.SetOnShow([&](const platform::MessageBox& box) {
+        if (box.Title == "Warnings") Form->chkSilent.Value = 1;
+    });
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 2U);
+    EXPECT_THAT(Messages.Boxes().front().Text, HasSubstr("(Animal ID: 3)"));
+    EXPECT_EQ(Messages.Last().Text, "Processing complete.");
+
+    Messages.SetOnShow({});
+    Messages.Clear();
+    Form->txtR.Text = "L";
+    Host.SetOnYield([&] {
+        if (Form->txtStatus.Text == "Writing kernel...") Form->chkSilent.Value = 0;
+    });
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 2U);
+    EXPECT_THAT(Messages.Boxes().front().Text, HasSubstr("(Animal ID: 7)"));
+}
+
 TEST_F(AnalysisRunTest, A_full_extent_over_the_limit_is_each_animals_failure_with_its_message) {
     AddTwoAnimals();
     Open();
@@ -322,6 +392,34 @@ TEST_F(AnalysisRunTest, Proportions_give_numbered_rasters_and_multiply_the_bandw
     EXPECT_EQ(Keeper.Records[2].RasterName, "K7_b1");
 }
 
+// Int((900 + 2000) / 50) columns, Int((300 + 2000) / 50) rows. The kernels are cut at 4 x HREF; at 4 x 2 x HREF the
+// volume would be 999947.475.
+TEST_F(AnalysisRunTest, The_search_radius_of_a_proportion_is_four_reference_bandwidths) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "1000";
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "2";
+    Run();
+    EXPECT_EQ(Keeper.Records.at(0).Grid.Columns, 58);
+    EXPECT_EQ(Keeper.Records.at(0).Grid.Rows, 46);
+    EXPECT_NEAR(Keeper.Records.at(0).Volume, 958063.93747, 1e-3);
+}
+
+// In units of unit variance HREF is n^(-1/6). Columns by 8 x HREF x the mean standard deviation, in map units.
+TEST_F(AnalysisRunTest, The_report_tells_rescaled_bandwidths_in_unit_variance) {
+    AddTwoAnimals();
+    Open();
+    Form->chkRescale.Value = 1;
+    Choose(Form->optBE_HREF, &frmKDE::optBE_HREF_Click);
+    Choose(Form->optSmall, &frmKDE::optSmall_Click);
+    Run();
+    EXPECT_THAT(Report(), HasSubstr("Unique ID: 3\r\nSample size: 4\r\nBandwidth: 0.7937005259841\r\n"
+                                    "HREF (for reference): 0.7937005259841\r\n"));
+    EXPECT_THAT(Report(), HasSubstr("Unique ID: 7\r\nSample size: 2\r\nBandwidth: 0.890898718140339\r\n"
+                                    "HREF (for reference): 0.890898718140339\r\nColumns, Rows: 38, 34\r\n"));
+}
+
 TEST_F(AnalysisRunTest, A_list_of_bandwidths_gives_numbered_rasters) {
     AddTwoAnimals();
     Open();
@@ -329,6 +427,31 @@ TEST_F(AnalysisRunTest, A_list_of_bandwidths_gives_numbered_rasters) {
     Run();
     EXPECT_TRUE(HasRaster("K3_b1") && HasRaster("K3_b2") && HasRaster("K7_b1") && HasRaster("K7_b2"));
     EXPECT_EQ(Keeper.Records.at(1).Bandwidth, 100.0);
+}
+
+TEST_F(AnalysisRunTest, The_naming_conflict_is_about_prefix_and_id_alone) {
+    AddTwoAnimals();
+    Open();
+    const auto stand = [&](const std::string& name) {
+        const auto raster = Rasters.Create("/out", {.Name = name, .Geometry = {0.0, 0.0, 1.0, 1, 1}, .Reference = {}});
+        raster->WriteRow(std::vector<float>{1.0F});
+        raster->Publish();
+    };
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "0.8";
+    stand("K7_b1");
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 1U);
+    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: "));
+    EXPECT_EQ(Messages.Last().Title, "Error");
+    EXPECT_TRUE(HasRaster("K3_b1"));
+
+    stand("K7");
+    ExpectRefused(
+        "Error: naming conflict detected (pre-existing raster in output folder). You should use a new, empty folder "
+        "for "
+        "the output of this tool. Exiting...",
+        "User error");
 }
 
 TEST_F(AnalysisRunTest, A_taken_numbered_name_is_a_run_time_error_that_deletes_the_report) {
@@ -451,7 +574,43 @@ TEST_F(AnalysisRunTest, The_edge_warning_hangs_on_the_method) {
     EXPECT_GT(Keeper.Records.at(0).MaxEdgeValue.value(), 0.0005);
 }
 
+TEST_F(AnalysisRunTest, The_edge_warning_shows_in_silent_mode_too) {
+    AddTwoAnimals();
+    Open();
+    WantPolygons("95");
+    Form->chkSilent.Value = 1;
+    Run();
+    const std::string text =
+        "A warning was generated when calculating the isopleths. It is possible that the extent of the raster was not "
+        "large enough to accommodate the utilization distribution. Data truncation may therefore have occurred, and "
+        "this can profoundly disrupt the isopleth calculation. It is recommended you inspect the vector isopleth "
+        "carefully to determine if it is valid.";
+    EXPECT_THAT(Messages.Texts(), ElementsAre(text, text, "Processing complete."));
+    for (const std::size_t i : {0U, 1U}) {
+        EXPECT_EQ(Messages.Boxes()[i].Title, "Warning");
+        EXPECT_EQ(Messages.Boxes()[i].Sign, Icon::kExclamation);
+    }
+    const std::string report = Report();
+    const std::size_t first = report.find("\r\n" + text + "\r\n");
+    ASSERT_NE(first, std::string::npos);
+    const std::size_t second = report.find("\r\n" + text + "\r\n", first + 1);
+    ASSERT_NE(second, std::string::npos);
+    EXPECT_EQ(report.find(text, second + text.size()), std::string::npos);
+}
+
 // --- Progress, stop and failing disks ---
+
+TEST_F(AnalysisRunTest, The_biased_search_shows_in_the_status_box) {
+    AddTwoAnimals();
+    Open();
+    Choose(Form->optBE_BCV, &frmKDE::optBE_BCV_Click);
+    Form->chkSilent.Value = 1;
+    std::vector<std::string> statuses;
+    Host.SetOnYield([&] { statuses.push_back(Form->txtStatus.Text); });
+    Run();
+    EXPECT_THAT(statuses, testing::Contains("Calculating BCV..."));
+    EXPECT_THAT(statuses, testing::Not(testing::Contains("Calculating LSCV...")));
+}
 
 TEST_F(AnalysisRunTest, Stages_show_in_the_status_box_with_the_button_disabled) {
     AddTwoAnimals();

@@ -281,7 +281,7 @@ TEST_F(TheForm, The_ten_switch_procedures_set_state_and_colour) {
 
 // --- Layer, prefix, folder ---
 
-TEST_F(TheForm, Choosing_a_layer_lists_its_fields_and_clears_the_tables) {
+TEST_F(TheForm, Choosing_a_layer_lists_its_fields_and_clears_the_independence_and_variance_tables) {
     auto& first = AddPoints("first");
     AddPoints("second");
     for (int i = 0; i < 4; ++i) first.AddPoint(i * 100.0, i * i * 10.0, {std::int64_t{1}});
@@ -291,33 +291,58 @@ TEST_F(TheForm, Choosing_a_layer_lists_its_fields_and_clears_the_tables) {
     GoToPage(1);
     ASSERT_FALSE(form.datagridIO.Rows.empty());
     ASSERT_FALSE(form.datagridVar.Rows.empty());
+    const double href = form.LargestReferenceBandwidth();
+    ASSERT_GT(href, 0.0);
 
     ChooseLayer("second");
     EXPECT_THAT(form.datagridIO.Columns, IsEmpty());
     EXPECT_THAT(form.datagridIO.Rows, IsEmpty());
     EXPECT_THAT(form.datagridVar.Columns, IsEmpty());
-    EXPECT_THAT(form.datagridHref.Columns, IsEmpty());
-    EXPECT_EQ(form.LargestReferenceBandwidth(), 0.0);
+    EXPECT_EQ(form.datagridHref.Rows.size(), 1U);
+    EXPECT_EQ(form.LargestReferenceBandwidth(), href);
     EXPECT_THAT(form.IndependenceNumbers(), IsEmpty());
+    EXPECT_THAT(form.VarianceNumbers(), IsEmpty());
     EXPECT_EQ(form.cmbUIDFLD.Text(), "");
     EXPECT_ON(cmbUIDFLD);
     EXPECT_ON(chkUseSel);
     EXPECT_THAT(messages.Texts(), IsEmpty());
 }
 
-TEST_F(TheForm, Choosing_another_field_or_other_features_clears_the_tables) {
+TEST_F(TheForm, Choosing_another_field_or_other_features_clears_no_table) {
     auto& points = AddPoints("fixes");
     points.AddPoint(0, 0, {std::int64_t{1}, 2.0});
     points.AddPoint(3, 4, {std::int64_t{1}, 2.0});
     Open();
     ChooseField("Animal");
     form.btnCalcIO_Click();
+    GoToPage(1);
+    const double href = form.LargestReferenceBandwidth();
+    ASSERT_GT(href, 0.0);
+    const auto expect_tables = [&] {
+        EXPECT_EQ(form.datagridIO.Columns.front(), "Animal");
+        EXPECT_EQ(form.datagridVar.Columns.front(), "Animal");
+        EXPECT_EQ(form.datagridHref.Columns.front(), "Animal");
+        EXPECT_EQ(form.LargestReferenceBandwidth(), href);
+    };
     ChooseField("Age");
-    EXPECT_THAT(form.datagridIO.Columns, IsEmpty());
-    form.btnCalcIO_Click();
+    expect_tables();
     form.chkUseSel.Value = 1;
     form.chkUseSel_Click();
+    expect_tables();
+}
+
+TEST_F(TheForm, Start_up_clears_the_independence_table) {
+    auto& points = AddPoints("fixes");
+    points.AddPoint(0, 0, {std::int64_t{1}, 2.0});
+    points.AddPoint(3, 4, {std::int64_t{1}, 2.0});
+    Open();
+    ChooseField("Animal");
+    form.btnCalcIO_Click();
+    ASSERT_FALSE(form.datagridIO.Rows.empty());
+    Open();
     EXPECT_THAT(form.datagridIO.Columns, IsEmpty());
+    EXPECT_THAT(form.datagridIO.Rows, IsEmpty());
+    EXPECT_EQ(form.LargestReferenceBandwidth(), 0.0);
 }
 
 TEST_F(TheForm, A_layer_that_has_left_the_map_is_reported_and_its_fields_stay_unavailable) {

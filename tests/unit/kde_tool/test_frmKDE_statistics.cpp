@@ -119,24 +119,41 @@ TEST_F(TheTables, The_suggested_buffer_counts_the_largest_proportion) {
     EXPECT_NEAR(form.LargestReferenceBandwidth(), kHref, 1e-9);
 }
 
-TEST_F(TheTables, The_buffer_stays_where_the_proportions_cannot_be_read) {
+TEST_F(TheTables, Proportions_that_cannot_be_read_are_an_error_and_leave_the_buffer) {
     OpenWithTwoAnimals();
     ChooseField("Animal");
     Choose(form.optPropHref, &frmKDE::optPropHref_Click);
-    for (const char* list : {"", "0.2, x", "0.5,,1", "-1", "0"}) {
+    for (const char* list : {"", "0.2, x", "0.5,,1"}) {
+        messages.Clear();
         form.txtPropHref.Text = list;
         GoToPage(form.SSTab1.Current == 1 ? 2 : 1);
         EXPECT_EQ(form.txtBuffer.Text, "2000") << list;
+        EXPECT_THAT(messages.Texts(), ElementsAre("Error: Type mismatch")) << list;
+        EXPECT_EQ(messages.Last().Title, "Error");
+        EXPECT_EQ(form.datagridHref.Rows.size(), 2U) << list;
     }
+}
+
+// Int(3.5 x 1024.66... x -1 + 0.5) = Int(-3585.82...), and Int(0.5).
+TEST_F(TheTables, The_suggested_buffer_is_written_for_proportions_of_0_and_below_too) {
+    OpenWithTwoAnimals();
+    ChooseField("Animal");
+    Choose(form.optPropHref, &frmKDE::optPropHref_Click);
+    form.txtPropHref.Text = "-1";
+    GoToPage(1);
+    EXPECT_EQ(form.txtBuffer.Text, "-3586");
+    form.txtPropHref.Text = "0";
+    GoToPage(2);
+    EXPECT_EQ(form.txtBuffer.Text, "0");
     EXPECT_THAT(messages.Texts(), IsEmpty());
 }
 
-TEST_F(TheTables, The_buffer_stays_where_no_animal_has_a_reference_bandwidth) {
+TEST_F(TheTables, The_suggested_buffer_is_0_where_no_animal_has_a_reference_bandwidth) {
     AddPoints("fixes").AddPoint(1, 1, {std::int64_t{1}});
     Open();
     ChooseField("Animal");
     GoToPage(1);
-    EXPECT_EQ(form.txtBuffer.Text, "2000");
+    EXPECT_EQ(form.txtBuffer.Text, "0");
     EXPECT_EQ(form.LargestReferenceBandwidth(), 0.0);
     EXPECT_EQ(form.datagridHref.Rows.size(), 1U);
 }
@@ -236,7 +253,7 @@ TEST_F(TheTables, Save_as_writes_the_table_in_single_byte_text) {
     form.btnCalcIO_Click();
     SaveTable("/out/table.csv");
     EXPECT_EQ(Disk().Bytes("/out/table.csv"),
-              "Animal,Count,Schoener,Swihart_Slade\r\nB\xE4r,2,2,N/A\r\n?,1,N/A,N/A\r\n");
+              "Animal,Count,Schoener,Swihart_Slade\r\nB\xE4r,1,2,2,N/A\r\n?,2,1,N/A,N/A\r\n");
     EXPECT_THAT(messages.Texts(), IsEmpty());
     EXPECT_THAT(files.List("/out"), ElementsAre("table.csv"));
 }

@@ -54,6 +54,7 @@ TEST(ReportLines, Header_of_numeric_ids_has_no_renaming_and_shows_the_independen
     RunHeader header = two_text_animals();
     header.TextIds = false;
     header.SelectedOnly = true;
+    header.IndependenceField = "NAME";
     header.Independence = {{"Ada", "4", "1.96", "0.31"}};
     header.Variances.clear();
     EXPECT_THAT(header_lines(header),

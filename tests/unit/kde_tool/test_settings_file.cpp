@@ -1,6 +1,5 @@
-#include "kde_tool/settings_file.h"
-
 #include "form_fixture.h"
+#include "kde_tool/settings_file.h"
 #include "platform/text.h"
 
 #include <gmock/gmock.h>
@@ -326,6 +325,40 @@ TEST_F(SettingsFile, A_reference_layer_that_is_not_found_still_selects_the_mode)
     Choose(form.optFull, &frmKDE::optFull_Click);
     Load("[EXTENT]\r\nREF\r\n");
     EXPECT_TRUE(form.optExtRef.Value);
+}
+
+TEST_F(SettingsFile, Isopleth_outputs_other_than_0_or_1_stay_as_they_were) {
+    Open();
+    form.chkLines.Value = 1;
+    Load(lines({"[ISO]", "1", "90", "2", "x", "1"}));
+    EXPECT_EQ(form.chkBnds.Value, 1);
+    EXPECT_EQ(form.txtBnds.Text, "90");
+    EXPECT_EQ(form.chkLines.Value, 1);
+    EXPECT_EQ(form.chkPolys.Value, 0);
+    EXPECT_EQ(form.chkDonuts.Value, 1);
+}
+
+TEST_F(SettingsFile, Isopleths_of_2_leave_the_box_as_it_was) {
+    Open();
+    form.chkBnds.Value = 1;
+    form.chkBnds_Click();
+    LoadLines({"[ISO]", "2", "90", "1", "1", "1"});
+    EXPECT_EQ(form.chkBnds.Value, 1);
+    EXPECT_EQ(form.txtBnds.Text, "95, 90, 50");
+    EXPECT_EQ(form.chkLines.Value + form.chkPolys.Value + form.chkDonuts.Value, 0);
+}
+
+TEST_F(SettingsFile, The_note_about_folders_grows_with_each_of_them) {
+    Open();
+    messages.Clear();
+    form.SetOutputFolder("/kept");
+    LoadLines({"[OUTFOLDER]", "/gone", "[OUTFOLDER]", "/lost"});
+    EXPECT_EQ(form.LoadNote(),
+              "Output folder does not exist, therefore setting not changed.\r"
+              "Output folder does not exist, therefore setting not changed.\r");
+    EXPECT_EQ(form.LoadNote().size(), 122U);
+    EXPECT_EQ(form.OutputFolder(), "/kept");
+    EXPECT_THAT(messages.Texts(), IsEmpty());
 }
 
 TEST_F(SettingsFile, Isopleths_load_with_their_four_lines) {

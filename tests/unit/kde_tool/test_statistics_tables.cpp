@@ -75,7 +75,10 @@ TEST(IndependenceCsv, Is_joined_by_commas_alone_and_quotes_nothing) {
               "ID,Count,Schoener,Swihart_Slade\r\n1,4,0.6,N/A\r\n9,1,N/A,N/A\r\n");
     const std::vector<AnimalFixes> quoted = {animal("a \"b\"", "1", {{0, 0}, {2, 2}})};
     EXPECT_EQ(IndependenceCsv(IndependenceTable(IndependenceRows(quoted), "Name", true)),
-              "Name,Count,Schoener,Swihart_Slade\r\na \"b\",2,2,N/A\r\n");
+              "Name,Count,Schoener,Swihart_Slade\r\na \"b\",1,2,2,N/A\r\n");
+    const std::vector<AnimalFixes> named = {animal("Ada", "1", {{1900, 800}, {1500, 600}})};
+    EXPECT_EQ(IndependenceCsv(IndependenceTable(IndependenceRows(named), "NAME", true)),
+              "NAME,Count,Schoener,Swihart_Slade\r\nAda,1,2,2,N/A\r\n");
     EXPECT_EQ(IndependenceCsv(IndependenceTable({}, "ID", false)), "ID,Count,Schoener,Swihart_Slade\r\n");
     EXPECT_EQ(IndependenceCsv({}), "");
 }
