@@ -77,8 +77,9 @@ std::vector<Column> columns_of(const PageRun& run) {
                        }});
     if (run.Inputs.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_cut))
         columns.push_back({"Edge", false, edge_cell});
+    // First, where it is seen in a narrow window too.
     if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))
-        columns.push_back({"Remarks", false, remark});
+        columns.insert(columns.begin(), Column{"Remarks", false, remark});
     return columns;
 }
 

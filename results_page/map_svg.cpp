@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 
 namespace wxl::results_page {
 namespace {
@@ -45,23 +46,59 @@ std::string image(const MapPicture& map, const MapLayout& layout) {
            " preserveAspectRatio=\"none\" href=\"data:image/png;base64," + base64(map.Png) + "\"/>\n";
 }
 
+constexpr double kCharacter = 7.0;  ///< of a coordinate
+
+/// Places of labels that are kept within `least` and `most`; none where a label would be moved onto another.
+std::vector<std::optional<double>> label_places(const std::vector<double>& wanted, double least, double most,
+                                                double room) {
+    const auto kept = [&](double place) { return std::clamp(place, least, most); };
+    std::vector<std::optional<double>> places;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        bool meets = false;
+        for (std::size_t k = 0; k < wanted.size(); ++k) {
+            const bool first = kept(wanted[k]) == wanted[k] || k < i;
+            meets = meets || (k != i && first && std::abs(kept(wanted[k]) - kept(wanted[i])) < room);
+        }
+        const bool moved = kept(wanted[i]) != wanted[i];
+        places.push_back(moved && meets ? std::nullopt : std::optional(kept(wanted[i])));
+    }
+    return places;
+}
+
+/// Room that the longest of the labels takes.
+double room_of(const std::vector<double>& values) {
+    std::size_t longest = 0;
+    for (const double value : values) longest = std::max(longest, NumberText(value).size());
+    return kCharacter * static_cast<double>(longest);
+}
+
 /// Grid lines with their coordinates at the left and below.
 std::string graticule(const MapLayout& layout) {
     const double right = kLeft + layout.PlotWidth;
     const double bottom = kTop + layout.PlotHeight;
     std::string lines;
     std::string labels;
-    for (const double value : grid_values(layout.Shown.XMin, layout.Shown.XMax)) {
-        const double x = layout.Scale.At({value, 0.0}).X;
+    const std::vector<double> eastings = grid_values(layout.Shown.XMin, layout.Shown.XMax);
+    const std::vector<double> northings = grid_values(layout.Shown.YMin, layout.Shown.YMax);
+    std::vector<double> xs;
+    std::vector<double> ys;
+    for (const double value : eastings) xs.push_back(layout.Scale.At({value, 0.0}).X);
+    for (const double value : northings) ys.push_back(layout.Scale.At({0.0, value}).Y);
+    const auto below = label_places(xs, kLeft + 30.0, right - 24.0, room_of(eastings));
+    const auto beside = label_places(ys, kTop + 34.0, bottom - 34.0, room_of(northings));
+    for (std::size_t i = 0; i < xs.size(); ++i) {
+        const double x = xs[i];
         lines += "M" + tenth(x) + " " + tenth(kTop) + "V" + tenth(bottom);
-        labels += "<text" + attribute("x", std::clamp(x, kLeft + 30.0, right - 24.0)) + attribute("y", bottom + 16.0) +
-                  " text-anchor=\"middle\">" + NumberText(value) + "</text>";
+        if (!below[i]) continue;
+        labels += "<text" + attribute("x", *below[i]) + attribute("y", bottom + 16.0) + " text-anchor=\"middle\">" +
+                  NumberText(eastings[i]) + "</text>";
     }
-    for (const double value : grid_values(layout.Shown.YMin, layout.Shown.YMax)) {
-        const double y = layout.Scale.At({0.0, value}).Y;
+    for (std::size_t i = 0; i < ys.size(); ++i) {
+        const double y = ys[i];
         lines += "M" + tenth(kLeft) + " " + tenth(y) + "H" + tenth(right);
-        labels += "<text text-anchor=\"middle\" transform=\"translate(" + tenth(kLeft - 8.0) + " " +
-                  tenth(std::clamp(y, kTop + 34.0, bottom - 34.0)) + ") rotate(-90)\">" + NumberText(value) + "</text>";
+        if (!beside[i]) continue;
+        labels += "<text text-anchor=\"middle\" transform=\"translate(" + tenth(kLeft - 8.0) + " " + tenth(*beside[i]) +
+                  ") rotate(-90)\">" + NumberText(northings[i]) + "</text>";
     }
     return "<path class=\"grid\" d=\"" + lines + "\"/>\n<g class=\"coordinates\">" + labels + "</g>\n";
 }

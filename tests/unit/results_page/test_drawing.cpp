@@ -166,6 +166,15 @@ TEST(MapSvg, Strips_are_widened) {
     EXPECT_NEAR(layout.PlotWidth, 440, 1e-9);
 }
 
+TEST(MapSvg, A_coordinate_that_would_be_moved_onto_another_is_left_out) {
+    MapPicture map;
+    // Shown are northings 6159500 to 6179300 at 440 / 31800 pixels: 6160000 lies 7 pixels above the lower end.
+    map.Bounds = {0, 6164450, 30000, 6174350};
+    const std::string svg = map_svg(map, layout_of(map.Bounds));
+    EXPECT_NE(svg.find(">6165000</text>"), std::string::npos);
+    EXPECT_EQ(svg.find(">6160000</text>"), std::string::npos);
+}
+
 TEST(MapSvg, Texts_are_escaped) {
     MapPicture map;
     map.Id = "map-1";
