@@ -1,6 +1,7 @@
 #include "apps/cli/console_messages.h"
 
 #include "platform/message_text.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <array>
@@ -27,7 +28,8 @@ constexpr std::array<std::pair<std::string_view, Topic>, 4> kTopics{{{"buffer", 
 
 template <class Pairs>
 auto find_name(const Pairs& pairs, std::string_view name) {
-    return std::find_if(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.first == name; });
+    return std::find_if(pairs.begin(), pairs.end(),
+                        [&](const auto& pair) { return platform::EqualNoCase(pair.first, name); });
 }
 
 Answer answer_named(std::string_view name, const std::string& given) {

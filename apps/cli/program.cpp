@@ -2,12 +2,13 @@
 
 #include "adapters/files/source_rules.h"
 #include "apps/cli/commands.h"
+#include "apps/cli/option_checks.h"
+#include "apps/cli/parse_problem.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <sstream>
-#include <string_view>
 
 namespace wxl::cli {
 
@@ -26,9 +27,9 @@ constexpr const char* kFooter =
     "  wxl import wolves.csv wolves.shp\n"
     "  wxl info wolves.shp";
 
-void print_lines(const std::string& text, Console& console, void (Console::*print)(std::string_view)) {
+void print_lines(const std::string& text, Console& console) {
     std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) (console.*print)(line);
+    for (std::string line; std::getline(lines, line);) console.Result(line);
 }
 
 /// What a parse that ends the program says: help and version are results, anything else is a wrong call.
@@ -36,9 +37,9 @@ int tell_parse_end(const CLI::App& program, const CLI::ParseError& end, Console&
     std::ostringstream out;
     std::ostringstream err;
     const int code = program.exit(end, out, err);
-    print_lines(out.str(), console, &Console::Result);
-    print_lines(err.str(), console, &Console::Problem);
-    return code == 0 ? exit_code::kDone : exit_code::kWrongCall;
+    if (code != 0) throw WrongCall(parse_problem(program, end));
+    print_lines(out.str(), console);
+    return exit_code::kDone;
 }
 
 int run_parsed(const std::vector<Command>& commands, Console& console) {
@@ -64,6 +65,7 @@ int run_guarded(std::vector<std::string> arguments, Console& console) {
         return tell_parse_end(program, end, console);
     }
     console.SetQuiet(quiet);
+    refuse_empty_paths(program);
     return run_parsed(commands, console);
 }
 

@@ -2,6 +2,7 @@
 #include "apps/cli/batch_tasks.h"
 #include "apps/cli/child_processes.h"
 #include "apps/cli/commands/batch.h"
+#include "apps/cli/option_checks.h"
 #include "apps/cli/slurm.h"
 #include "batch/task_state.h"
 #include "platform/file_system.h"
@@ -78,7 +79,7 @@ int submit_to_slurm(const platform::Services& services, const batch::Plan& plan,
 void register_batch_submit(CLI::App& command, BatchSubmitOptions& options) {
     add_batch_folder(command, options.Folder);
     command.add_option("--engine", options.Engine, "Who computes")
-        ->check(CLI::IsMember({"slurm", "local"}))
+        ->transform(one_of({"slurm", "local"}))
         ->type_name("slurm|local")
         ->capture_default_str();
     command.add_option("--jobs", options.Jobs, "Local processes side by side")

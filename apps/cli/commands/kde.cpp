@@ -5,6 +5,7 @@
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/commands/kde_session.h"
+#include "apps/cli/option_checks.h"
 #include "apps/cli/stop_signals.h"
 #include "batch/merge.h"
 #include "kde_tool/analysis_run.h"
@@ -14,16 +15,12 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <map>
 #include <optional>
 #include <string>
 
 namespace wxl::cli {
 
 namespace {
-
-/// Formats as written by the user in any case.
-const std::map<std::string, std::string> kFormats = {{"GRID", "GRID"}, {"GTiff", "GTiff"}};
 
 void add_data_options(CLI::App& command, KdeOptions& options) {
     add_measured_input_options(command, options.Points);
@@ -35,6 +32,7 @@ void add_kernel_options(CLI::App& command, KdeOptions& options) {
     command
         .add_option("--bandwidth", options.Bandwidth,
                     "href, lscv, bcv, bandwidths in map units (150 or 100,150), or proportions of HREF (prop:0.5,1)")
+        ->transform(any_case({"href", "lscv", "bcv", "prop"}))
         ->type_name("METHOD");
     command.add_flag("--adaptive", options.Adaptive, "Adaptive kernel instead of a fixed one");
     command.add_flag("--rescale", options.Rescale, "Rescale the coordinates to unit variance");
@@ -50,18 +48,17 @@ void add_raster_options(CLI::App& command, KdeOptions& options) {
     command
         .add_option("--extent", options.Extent,
                     "full (all fixes and a suggested buffer), full:BUFFER, min (each animal's own), or ref:RASTER")
+        ->transform(any_case({"full", "min", "ref"}))
         ->type_name("EXTENT");
-    command
-        .add_option("--raster-format", options.RasterFormat, "Format of the rasters")
-        // The library's own comparison asks the locale, and in Turkish i and I are no pair.
-        ->transform(CLI::CheckedTransformer(kFormats, platform::UpperCase).description(""))
+    command.add_option("--raster-format", options.RasterFormat, "Format of the rasters")
+        ->transform(one_of({"GRID", "GTiff"}))
         ->type_name("GRID|GTiff")
         ->capture_default_str();
     command
         .add_option("--group-by", options.GroupBy,
                     "Put the rasters and isopleths of every N animals into a sub-folder of their own")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(whole_number_above_zero());
 }
 
 void add_isopleth_options(CLI::App& command, KdeOptions& options) {

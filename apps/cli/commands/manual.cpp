@@ -2,6 +2,7 @@
 
 #include "adapters/files/disk_file_system.h"
 #include "apps/cli/manual.h"
+#include "apps/cli/option_checks.h"
 #include "platform/file_system.h"
 
 #include <CLI/CLI.hpp>
@@ -58,7 +59,7 @@ int run_man(const ManOptions& options, Console& console) {
 void register_completion(CLI::App& command, CompletionOptions& options) {
     options.Program = command.get_parent();
     command.group("");
-    command.add_option("SHELL", options.Shell, "bash")->required()->check(CLI::IsMember({"bash"}));
+    command.add_option("SHELL", options.Shell, "bash")->required()->transform(one_of({"bash"}));
 }
 
 int run_completion(const CompletionOptions& options, Console& console) {

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/remove_duplicates.h"
 
 #include "apps/cli/movement_run.h"
+#include "apps/cli/option_checks.h"
 #include "apps/cli/tool_session.h"
 #include "movement/FIndDupTime2.h"
 #include "movement/FindDupxy.h"
@@ -30,7 +31,7 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
                     "1 mm: the first stays)")
         ->type_name("time2|xy")
         ->required()
-        ->check(CLI::IsMember({"time2", "xy"}));
+        ->transform(one_of({"time2", "xy"}));
     command.add_option("--where", options.Where, "Compare only the fixes that meet this condition")->type_name("SQL");
     add_large_option(command, options.Large);
     command.footer(

@@ -252,10 +252,9 @@ TEST(Import, Wrong_files_and_names_are_told_with_advice) {
     EXPECT_EQ(failure({"import", csv, shp, "--from-crs", "EPSG:999999"}, 2),
               "wxl: --from-crs EPSG:999999: there is no such coordinate system\n");
     EXPECT_EQ(failure({"import", csv, shp, "--to-crs", "/etc/passwd"}, 2),
-              "--to-crs: \"/etc/passwd\" is no code like EPSG:32633\nRun with --help for more information.\n");
-    EXPECT_EQ(failure({"import", csv, shp, "--x", "lon"}, 2),
-              "--x requires --y\nRun with --help for more information.\n");
-    EXPECT_EQ(failure({"import", csv}, 2), "OUT.shp is required\nRun with --help for more information.\n");
+              "wxl: --to-crs: \"/etc/passwd\" is no code like EPSG:32633; wxl import --help tells more\n");
+    EXPECT_EQ(failure({"import", csv, shp, "--x", "lon"}, 2), "wxl: --x requires --y; wxl import --help tells more\n");
+    EXPECT_EQ(failure({"import", csv}, 2), "wxl: OUT.shp is required; wxl import --help tells more\n");
     EXPECT_EQ(names_in(folder.Path()), (std::set<std::string>{"t.csv"}));
 }
 

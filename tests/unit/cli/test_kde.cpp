@@ -173,6 +173,27 @@ TEST_F(KdeCommand, A_prefix_that_no_name_can_hold_is_refused_before_anything_run
     }
 }
 
+TEST_F(KdeCommand, Keywords_are_taken_in_any_case) {
+    const auto plan = [&](const std::string& bandwidth, const std::string& extent) {
+        const Ran ran = Kde({"--cell-size", "20", "--bandwidth", bandwidth, "--extent", extent, "--dry-run", "--json"});
+        EXPECT_EQ(ran.Code, 0) << bandwidth << " " << extent << ": " << ran.Err;
+        return ran.Out.substr(0, ran.Out.find("seconds"));
+    };
+    EXPECT_EQ(plan("HREF", "MIN"), plan("href", "min"));
+    EXPECT_EQ(plan("Lscv", "Full"), plan("lscv", "full"));
+    EXPECT_EQ(plan("BCV", "FULL:100"), plan("bcv", "full:100"));
+    EXPECT_EQ(plan("PROP:0.5,1E0", "full"), plan("prop:0.5,1E0", "full"));
+    const std::string raster = Folder / "Ref.asc";
+    std::ofstream(raster) << "ncols 60\nnrows 30\nxllcorner 500\nyllcorner 0\ncellsize 50\nNODATA_value -1\n"
+                          << [] {
+                                 std::string rows;
+                                 for (int i = 0; i < 30 * 60; ++i) rows += i % 60 == 59 ? "1\n" : "1 ";
+                                 return rows;
+                             }();
+    EXPECT_EQ(plan("href", "REF:" + raster), plan("href", "ref:" + raster));
+    EXPECT_THAT(Kde({"--cell-size", "20", "--bandwidth", "NARROW"}).Err, HasSubstr("\"NARROW\""));
+}
+
 TEST_F(KdeCommand, Inputs_that_cannot_be_used_end_with_1_and_advice) {
     Ran ran = run_wxl({"kde", Folder / "absent.shp", "--id-field", "animal", "--out", Out, "--cell-size", "20"});
     EXPECT_EQ(ran.Code, 1);
