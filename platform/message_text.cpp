@@ -7,7 +7,8 @@ bool IsFaultReport(const MessageBox& box) {
 }
 
 std::string PlainText(const MessageBox& box) {
-    const std::string text = box.Title.empty() ? box.Text : box.Title + ": " + box.Text;
+    const bool isTold = box.Title.empty() || box.Text.starts_with(box.Title + ":");
+    const std::string text = isTold ? box.Text : box.Title + ": " + box.Text;
     std::string lines;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\r') {

@@ -10,7 +10,8 @@ namespace wxl::platform {
 /// Whether the box reports that something failed.
 bool IsFaultReport(const MessageBox& box);
 
-/// "TITLE: TEXT" with every kind of line end as a line feed and none at the end.
+/// "TITLE: TEXT", or the text alone where the box has no title or the text begins with it ("Error: ..." in a box titled
+/// "Error"). Every kind of line end becomes a line feed, and none stands at the end.
 std::string PlainText(const MessageBox& box);
 
 }  // namespace wxl::platform

@@ -51,7 +51,8 @@ inline void expect_defined(const LimitedRun& run, Expected expected, const std::
     EXPECT_EQ(run.Err.find("AddressSanitizer"), std::string::npos) << run.Err;
     if (expected == Expected::kEither && run.Code == 0) return;
     EXPECT_TRUE(run.Code == 1 || run.Code == 2) << "exit code " << run.Code << "\n" << run.Out << run.Err;
-    const bool isBox = expected == Expected::kEither && run.Err.find("Error: Error: ") != std::string::npos;
+    const bool isBox = expected == Expected::kEither &&
+                       (run.Err.starts_with("Error: ") || run.Err.find("\nError: ") != std::string::npos);
     EXPECT_TRUE(isBox || run.Err.find("wxl: ") != std::string::npos) << run.Err;
     EXPECT_TRUE(isBox || run.Err.find(stem) != std::string::npos) << run.Err;
     EXPECT_EQ(run.Err.find("emory"), std::string::npos) << run.Err;

@@ -38,6 +38,21 @@ TEST(ConsoleMessages, Box_becomes_title_then_text_on_standard_error) {
     EXPECT_EQ(m.OutText.str(), "");
 }
 
+TEST(ConsoleMessages, Title_that_the_text_begins_with_is_told_once) {
+    Messages m;
+    m.Boxes.Show({.Text = "Error: no point layer is chosen.", .Title = "Error"});
+    m.Boxes.Show({.Text = "Warning: the prefix is long.", .Title = "Warning"});
+    m.Boxes.Show({.Text = "Errors were met.", .Title = "Error"});
+    EXPECT_EQ(m.ErrText.str(),
+              "Error: no point layer is chosen.\nWarning: the prefix is long.\nError: Errors were met.\n");
+}
+
+TEST(ConsoleMessages, Answers_and_topics_are_taken_in_any_case) {
+    const Answers answers = parse_answers({"--answer", "YES", "--answer", "Buffer=No"});
+    EXPECT_EQ(answers.Any, Answer::kYes);
+    EXPECT_EQ(answers.ByTopic.at(Topic::kBuffer), Answer::kNo);
+}
+
 TEST(ConsoleMessages, Box_without_title_is_its_text_with_line_feeds) {
     Messages m;
     m.Boxes.Show({.Text = "one\r\ntwo\rthree\r"});
