@@ -2,6 +2,7 @@
 
 #include "apps/cli/console_messages.h"
 #include "apps/cli/json_values.h"
+#include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
 #include "engine/clsKernelCalculator.h"
 #include "kde_tool/animal_fixes.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
@@ -43,6 +45,17 @@ std::optional<double> if_positive(double value) {
     return value > 0.0 && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
+/// Whether the fixes differ by more than the rounding of their coordinates, of which the sums of a variance leave a
+/// spread even where all are the same.
+bool has_spread(const std::vector<platform::Point>& fixes) {
+    constexpr double kRounding = 1e-12;
+    platform::Extent extent;
+    for (const platform::Point& fix : fixes) extent.Include(fix);
+    const double size =
+        std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});
+    return !extent.IsEmpty() && std::max(extent.Width(), extent.Height()) > kRounding * size;
+}
+
 std::string reason_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
                       const engine::clsKernelCalculator& calculator) {
     if (options.Method == "href") return {};
@@ -70,7 +83,7 @@ AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const Bandwidt
     AnimalBandwidth found;
     found.Id = animal.Id;
     found.Count = animal.Fixes.size();
-    found.Href = if_positive(calculator.GetHREF());
+    if (has_spread(animal.Fixes)) found.Href = if_positive(calculator.GetHREF());
     found.Reason = reason_of(animal, options, calculator);
     if (!found.Href) return found;
     found.Bandwidth = if_positive(calculator.GetBandwidth());
@@ -153,8 +166,10 @@ void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console
     for (const AnimalBandwidth& animal : animals) {
         const std::string id = platform::ValueText(animal.Id);
         if (!animal.Bandwidth)
-            console.Problem(
-                fmt::format("{}: no bandwidth, because its {} fixes are too few or have no spread", id, animal.Count));
+            console.Problem(animal.Count == 1
+                                ? fmt::format("{}: no bandwidth, because one fix is too few", id)
+                                : fmt::format("{}: no bandwidth, because its {} fixes are too few or have no spread",
+                                              id, animal.Count));
         else if (!animal.Reason.empty())
             console.Problem(fmt::format("{}: {}", id, animal.Reason));
         for (const std::string& warning : platform::Split(animal.Warnings, '\r'))
@@ -215,9 +230,9 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
     add_measured_input_options(command, options.Points);
     command.add_option("--id-field", options.IdField, "Field that names the animal")->type_name("FIELD")->required();
     command.add_option("--method", options.Method, "href (reference rule), lscv or bcv (cross-validation searches)")
-        ->type_name("METHOD")
+        ->type_name("href|lscv|bcv")
         ->required()
-        ->check(CLI::IsMember({"href", "lscv", "bcv"}));
+        ->transform(one_of({"href", "lscv", "bcv"}));
     command.add_flag("--rescale", options.Rescale,
                      "Rescale each animal's fixes to unit variance first; bandwidths are then in those units");
     command.add_option("--profile", options.Profile, "Write the scores of the search as CSV (id, h, score)")
@@ -248,6 +263,8 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
         throw WrongCall("--profile needs --method lscv or bcv: the reference rule has no scores");
     if (!options.Plot.empty() && options.Method == "href")
         throw WrongCall("--plot needs --method lscv or bcv: the reference rule has no scores");
+    if (!options.Plot.empty() && !platform::EqualNoCase(fs::path(options.Plot).extension().string(), ".svg"))
+        throw WrongCall(fmt::format("--plot: the picture is an SVG, and \"{}\" does not end in .svg", options.Plot));
     std::optional<TextOutput> profile;
     if (!options.Profile.empty()) profile.emplace(options.Profile, options.Overwrite);
     const Sample sample = read_sample(options, console);

@@ -133,7 +133,8 @@ int run_info(const InfoOptions& options, Console& console) {
     const LayerFacts facts = facts_of(options);
     if (facts.IdField.empty()) console.Note("the animals are not known: name their field by --id-field FIELD");
     if (facts.Groups.WithoutId > 0)
-        console.Note(fmt::format("{} points name no animal in {}", facts.Groups.WithoutId, facts.IdField));
+        console.Note(fmt::format("{} {} no animal in {}", facts.Groups.WithoutId,
+                                 facts.Groups.WithoutId == 1 ? "point names" : "points name", facts.IdField));
     if (facts.Groups.NullGeometry) console.Note("some points have no location");
     if (options.Json) {
         console.Result(json_text(json_of(facts)));

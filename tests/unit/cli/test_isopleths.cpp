@@ -52,6 +52,14 @@ std::vector<double> numbers_of(const std::string& shapefile, const std::string& 
     return numbers;
 }
 
+TEST_F(IsoplethCommand, Levels_that_look_like_shares_are_told_to_be_percentages) {
+    const std::string raster = make_raster(Folder, "k1", rings(kHill));
+    const std::string told = "the levels are percentages: 95 means 95 %, and 0.95 less than one percent\n";
+    const Ran shares = Draw(raster, {"--levels", "0.95,0.5"});
+    EXPECT_TRUE(shares.Err.starts_with(told)) << shares.Err;
+    EXPECT_EQ(Draw(raster, {"--levels", "95,0.5", "--overwrite"}).Err.find(told), std::string::npos);
+}
+
 TEST_F(IsoplethCommand, Draws_lines_polygons_and_donuts_of_a_grid) {
     const std::string raster = make_raster(Folder, "k1", rings(kHill));
     const Ran ran = Draw(raster, {"--levels", "95,50", "--lines", "--polygons", "--donuts", "--json"});
