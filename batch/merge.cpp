@@ -24,6 +24,10 @@ std::unique_ptr<platform::IFolderLock> take_folder(platform::IFolderLocks& locks
                         "a task of this batch or another analysis is writing into the output folder (" + holder +
                             "): wait until it has finished");
     lock->RemoveLeftovers({});
+    lock->RemoveLeftovers(kBatchFolder);
+    const BatchFiles batch(plan.Frame.Folder);
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task)
+        lock->RemoveLeftovers(batch.Task(task).lexically_relative(plan.Frame.Folder));
     std::string last;
     for (const PlannedAnimal& animal : plan.Animals)
         if (animal.Subfolder != last) lock->RemoveLeftovers(last = animal.Subfolder);

@@ -84,7 +84,8 @@ def check(cluster, folder):
     unsaid = set(whole.stdout.splitlines()) - set(log.splitlines())
     assert not unsaid, f"the merge does not say what the run in one piece says: {unsaid}"
     assert differences(wanted, snapshot(out)) == [], differences(wanted, snapshot(out))[:10]
-    assert [str(left) for left in out.rglob(".*")] == []
+    left = [str(left) for left in out.rglob(".*")]
+    assert left == [], left
     print(f"{submissions} submissions, {killed} tasks killed, {requeued} requeued: the same {len(wanted)} files")
 
 

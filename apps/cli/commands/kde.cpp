@@ -97,9 +97,9 @@ constexpr const char* kFooter =
     "\n"
     "Examples:\n"
     "\n"
+    "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
-    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons\n"
-    "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run";
+    "      --bandwidth lscv --extent min --isopleths 95,50 --polygons";
 
 /// Enough tasks for each process that all end at about the same time.
 constexpr std::size_t kTasksPerJob = 8;

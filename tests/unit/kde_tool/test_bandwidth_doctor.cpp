@@ -179,7 +179,11 @@ TEST(BandwidthDoctor, Explains_the_calculators_status) {
     record.Status = kernel_status::kGridTooLarge;
     EXPECT_EQ(failure_reason(record), "the raster would have more than 50 million cells");
     record.Status = kernel_status::kNothingToCompute;
-    EXPECT_EQ(failure_reason(record), "the bandwidth is 0, or the raster has no cells");
+    EXPECT_EQ(failure_reason(record), "the raster has no cells: the cell size 50 is larger than the extent");
+    record.Grid.Columns = 3;
+    EXPECT_EQ(failure_reason(record), "the raster has no cells: the cell size 50 is larger than the extent");
+    record.Grid.Rows = 2;
+    EXPECT_EQ(failure_reason(record), "the bandwidth is 0");
     record.Status = kernel_status::kBandwidthBelowCell;
     EXPECT_EQ(failure_reason(record), "the bandwidth 12.35 is smaller than the cell size 50");
     record.Status = kernel_status::kAccumulation;
