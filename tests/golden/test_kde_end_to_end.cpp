@@ -89,7 +89,7 @@ void expect_isopleths_hold_their_volume(const fs::path& csv, const std::vector<s
 }
 
 TEST(KdeEndToEnd, Isopleths_of_the_sample_hold_their_share_of_the_volume) {
-    const fs::path sample = fs::path(WXL_SOURCE_DIR) / "samples" / "wolves.csv";
+    const fs::path sample = tests::SourceFile("samples/wolves.csv");
     expect_isopleths_hold_their_volume(sample, {"--cell-size", "100", "--extent", "min"}, 4);
     expect_isopleths_hold_their_volume(sample, {"--cell-size", "100", "--bandwidth", "lscv", "--adaptive"}, 4);
     expect_isopleths_hold_their_volume(sample, {"--cell-size", "60", "--bandwidth", "bcv", "--rescale"}, 4);
@@ -97,7 +97,7 @@ TEST(KdeEndToEnd, Isopleths_of_the_sample_hold_their_share_of_the_volume) {
 
 // Three birds whose ranges differ by three orders of magnitude: HREF is 68, 4020 and 14 metres.
 TEST(KdeEndToEnd, Isopleths_of_real_birds_hold_their_share_of_the_volume) {
-    const fs::path csv = tests::TelemetryFile("O_ASSEN-gps-2018.csv");
+    const fs::path csv = tests::DataFile("O_ASSEN-gps-2018.csv");
     WXL_NEEDS_TELEMETRY(csv);
     for (const auto& [bird, cell] : {std::pair("5515851", "10"), {"5515867", "200"}, {"5515868", "2"}})
         expect_isopleths_hold_their_volume(csv,
@@ -107,7 +107,7 @@ TEST(KdeEndToEnd, Isopleths_of_real_birds_hold_their_share_of_the_volume) {
 }
 
 TEST(KdeEndToEnd, Text_ids_and_every_method_work_on_real_birds) {
-    const fs::path csv = tests::TelemetryFile("O_ASSEN-gps-2018.csv");
+    const fs::path csv = tests::DataFile("O_ASSEN-gps-2018.csv");
     WXL_NEEDS_TELEMETRY(csv);
     const tests::ScratchFolder folder;
     ASSERT_EQ(cli::run_wxl({"import", csv, folder / "fixes.shp"}).Code, 0);

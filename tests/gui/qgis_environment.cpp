@@ -1,5 +1,6 @@
 #include "tests/gui/qgis_environment.h"
 
+#include "tests/support/places.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +40,7 @@ const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new QgisEnvir
 }  // namespace
 
 void SaveScreenshot(QWidget& widget, const QString& name) {
-    QDir folder(QStringLiteral(WXL_BINARY_DIR "/artefacts/screenshots"));
+    QDir folder(QString::fromStdString((ArtefactsFolder() / "screenshots").string()));
     folder.mkpath(QStringLiteral("."));
     ASSERT_TRUE(widget.grab().save(folder.filePath(name + QStringLiteral(".png"))));
 }

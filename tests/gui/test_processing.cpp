@@ -3,6 +3,7 @@
 #include "adapters/qgis/processing/wxl_provider.h"
 #include "platform/text.h"
 #include "tests/gui/qgis_environment.h"
+#include "tests/support/places.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
 
@@ -83,7 +84,7 @@ class ProcessingTest : public testing::Test {
 protected:
     void SetUp() override {
         AddWxlProvider();
-        Wxl({"-q", "import", WXL_SOURCE_DIR "/samples/wolves.csv", Fixes()});
+        Wxl({"-q", "import", tests::SourceFile("samples/wolves.csv").string(), Fixes()});
     }
 
     void TearDown() override {

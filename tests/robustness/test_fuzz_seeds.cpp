@@ -1,6 +1,7 @@
 // The seeds of every fuzz target, and changes of them made on the spot, through the same checks in an ordinary build.
 
 #include "fuzz/scratch_files.h"
+#include "tests/support/places.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -27,7 +28,7 @@ protected:
     static std::vector<std::string> Read() {
         std::vector<std::filesystem::path> files;
         for (const auto& entry :
-             std::filesystem::directory_iterator(std::string(WXL_SOURCE_DIR "/fuzz/corpus/") + GetParam().Name))
+             std::filesystem::directory_iterator(wxl::tests::SourceFile(std::string("fuzz/corpus/") + GetParam().Name)))
             files.push_back(entry.path());
         std::sort(files.begin(), files.end());
         std::vector<std::string> seeds;

@@ -278,7 +278,7 @@ TEST(Import, Positions_near_a_pole_need_a_projection) {
 }
 
 TEST(Import, Real_telemetry_of_three_birds) {
-    const auto csv = tests::TelemetryFile("O_ASSEN-gps-2018.csv");
+    const auto csv = tests::DataFile("O_ASSEN-gps-2018.csv");
     WXL_NEEDS_TELEMETRY(csv);
     ScratchFolder folder;
     const std::string shp = (folder / "birds.shp").string();
@@ -301,7 +301,7 @@ TEST(Import, Real_telemetry_of_three_birds) {
 }
 
 TEST(Import, Real_telemetry_with_invisible_rows) {
-    const auto csv = tests::TelemetryFile("O_ASSEN-gps-2019.csv");
+    const auto csv = tests::DataFile("O_ASSEN-gps-2019.csv");
     WXL_NEEDS_TELEMETRY(csv);
     ScratchFolder folder;
     const std::string shp = (folder / "birds.shp").string();
@@ -312,7 +312,7 @@ TEST(Import, Real_telemetry_with_invisible_rows) {
 }
 
 TEST(Import, Real_telemetry_with_line_ends_of_carriage_returns) {
-    const auto csv = tests::TelemetryFile("mahoney_cougar_coyote_sample-gps.csv");
+    const auto csv = tests::DataFile("mahoney_cougar_coyote_sample-gps.csv");
     WXL_NEEDS_TELEMETRY(csv);
     ScratchFolder folder;
     const std::string shp = (folder / "cats.shp").string();
@@ -324,7 +324,7 @@ TEST(Import, Real_telemetry_with_line_ends_of_carriage_returns) {
 TEST(Import, Sample_is_four_animals_with_about_a_thousand_fixes) {
     ScratchFolder folder;
     const std::string shp = (folder / "wolves.shp").string();
-    const Ran ran = run_wxl({"import", WXL_SOURCE_DIR "/samples/wolves.csv", shp});
+    const Ran ran = run_wxl({"import", tests::SourceFile("samples/wolves.csv").string(), shp});
     EXPECT_EQ(ran.Code, 0);
     EXPECT_EQ(ran.Out, shp + ": 1001 fixes of 4 animals, WGS 84 / UTM zone 33N (EPSG:32633)\n");
     EXPECT_EQ(
@@ -337,8 +337,8 @@ TEST(Import, Sample_is_what_its_script_makes) {
     if (std::system("python3 -c '' >/dev/null 2>&1") != 0) GTEST_SKIP() << "python3 is absent";
     ScratchFolder folder;
     const std::string made = (folder / "wolves.csv").string();
-    ASSERT_EQ(std::system(("python3 " WXL_SOURCE_DIR "/samples/make_sample.py " + made).c_str()), 0);
-    EXPECT_EQ(read_file(made), read_file(WXL_SOURCE_DIR "/samples/wolves.csv"));
+    ASSERT_EQ(std::system(("python3 " + tests::SourceFile("samples/make_sample.py").string() + " " + made).c_str()), 0);
+    EXPECT_EQ(read_file(made), read_file(tests::SourceFile("samples/wolves.csv")));
 }
 
 }  // namespace

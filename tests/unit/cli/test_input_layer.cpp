@@ -1,3 +1,4 @@
+#include "tests/support/places.h"
 #include "tests/unit/cli/layer_files.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +49,7 @@ TEST(InputLayer, Layer_without_points_is_refused) {
 }
 
 TEST(InputLayer, A_tracking_table_is_told_how_to_become_a_layer) {
-    const std::string table = WXL_SOURCE_DIR "/samples/wolves.csv";
+    const std::string table = tests::SourceFile("samples/wolves.csv").string();
     const std::string told =
         "wxl: " + table + " holds no points: name a point layer; a tracking table becomes one by wxl import\n";
     EXPECT_EQ(failure({"info", table}), told);

@@ -1,4 +1,5 @@
 #include "apps/cli/manual.h"
+#include "tests/support/places.h"
 #include "tests/unit/cli/layer_files.h"
 
 #include <algorithm>
@@ -26,8 +27,8 @@ TEST(Manual, Pages_in_the_repository_are_those_that_the_program_writes) {
     EXPECT_TRUE(pages.count("wxl.1") == 1 && pages.count("wxl-import.1") == 1);
     const std::string advice = "; write them anew: wxl man --all docs/man";
     for (const std::string& page : pages)
-        EXPECT_EQ(read_file(WXL_SOURCE_DIR "/docs/man/" + page), read_file(folder / page)) << page << advice;
-    EXPECT_EQ(names_in(WXL_SOURCE_DIR "/docs/man"), pages) << advice;
+        EXPECT_EQ(read_file(tests::SourceFile("docs/man/" + page)), read_file(folder / page)) << page << advice;
+    EXPECT_EQ(names_in(tests::SourceFile("docs/man")), pages) << advice;
 }
 
 /// The commands that a help text lists under "Subcommands:".
@@ -84,7 +85,7 @@ TEST(Manual, Every_command_of_the_help_has_a_page_a_completion_and_a_section_in_
 }
 
 TEST(Manual, Reference_in_the_guide_is_the_one_that_the_program_prints) {
-    EXPECT_EQ(read_file(WXL_SOURCE_DIR "/docs/guide/options.md"), run_wxl({"man", "--markdown"}).Out)
+    EXPECT_EQ(read_file(tests::SourceFile("docs/guide/options.md")), run_wxl({"man", "--markdown"}).Out)
         << "write it anew: wxl man --markdown > docs/guide/options.md";
 }
 

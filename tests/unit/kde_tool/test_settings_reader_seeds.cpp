@@ -1,5 +1,7 @@
 // The seeds of the fuzz target, and hostile files made on the spot, through the same checks in an ordinary build.
 
+#include "tests/support/places.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -20,7 +22,7 @@ void check(const std::string& bytes) {
 
 TEST(SettingsReaderSeeds, Every_seed_leaves_the_form_whole) {
     std::size_t seeds = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(WXL_SOURCE_DIR "/fuzz/corpus/settings_reader")) {
+    for (const auto& entry : std::filesystem::directory_iterator(wxl::tests::SourceFile("fuzz/corpus/settings_reader"))) {
         SCOPED_TRACE(entry.path().string());
         std::ifstream file(entry.path(), std::ios::binary);
         check({std::istreambuf_iterator<char>(file), {}});
