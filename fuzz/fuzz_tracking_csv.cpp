@@ -1,9 +1,9 @@
 // Tracking tables of any bytes: read whole or refused with file and line, and timestamps that mean one second.
 
-#include "adapters/files/timestamp.h"
 #include "adapters/files/tracking_csv.h"
 #include "fuzz/fuzz_input.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <cmath>
 #include <sstream>
@@ -26,9 +26,10 @@ void check_fixes(const files::Tracking& tracking) {
         require(fix.Animal < tracking.Animals.size(), "an animal that is there");
         withoutTime += fix.HasTime() ? 0 : 1;
         if (fix.HasTime())
-            require(files::seconds_from_timestamp(files::date_text(fix.Seconds) + " " +
-                                                  files::time_of_day_text(fix.Seconds)) == fix.Seconds,
-                    "a time that reads back");
+            require(
+                tracking_times::seconds_from_timestamp(tracking_times::date_text(fix.Seconds) + " " +
+                                                       tracking_times::time_of_day_text(fix.Seconds)) == fix.Seconds,
+                "a time that reads back");
         if (i == 0 || tracking.Fixes[i - 1].Animal != fix.Animal) continue;
         const files::TrackingFix& before = tracking.Fixes[i - 1];
         require(before.HasTime() || !fix.HasTime(), "fixes without a time last");

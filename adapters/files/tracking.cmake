@@ -4,11 +4,11 @@ find_package(fmt REQUIRED)
 wxl_room(adapter_files_tracking
   SOURCES
     csv_reader.cpp
-    timestamp.cpp
     tracking_columns.cpp
     tracking_csv.cpp
   DEPENDS
     wxl_platform
+    wxl_tracking_times
   PRIVATE_DEPENDS
     fmt::fmt)
 

@@ -1,9 +1,9 @@
 #include "adapters/files/tracking_csv.h"
 
-#include "adapters/files/timestamp.h"
 #include "adapters/files/tracking_columns.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <array>
@@ -157,13 +157,13 @@ private:
         const std::string_view ofDay = Cell(*m_layout.TimeOfDay);
         if (is_missing(ofDay)) return cell;
         m_tracking.TimeOfDay = m_header[*m_layout.TimeOfDay];
-        return seconds_from_timestamp(ofDay) ? std::string(ofDay) : fmt::format("{}T{}", cell, ofDay);
+        return tracking_times::seconds_from_timestamp(ofDay) ? std::string(ofDay) : fmt::format("{}T{}", cell, ofDay);
     }
 
     std::int64_t Seconds() {
         if (!m_layout.Time || is_missing(Cell(*m_layout.Time))) return TrackingFix::kNoTime;
         const std::string text = TimeText();
-        const auto seconds = seconds_from_timestamp(text);
+        const auto seconds = tracking_times::seconds_from_timestamp(text);
         if (!seconds)
             Refuse(
                 fmt::format("\"{}\" in column \"{}\" is not a time like 2018-05-09 14:59:05; format the column as "

@@ -19,6 +19,7 @@ MAY_INCLUDE = {
     "engine": {"platform"},
     "pictures": {"platform", "engine"},
     "utilities": {"platform"},
+    "tracking_times": {"platform"},
     "isopleths": {"platform", "utilities"},
     "kde_tool": {"platform", "engine", "pictures", "isopleths", "utilities"},
     "batch": {"platform", "engine", "kde_tool"},
@@ -30,7 +31,7 @@ MAY_INCLUDE = {
 ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
     # A new shapefile is gathered in memory before it is written.
-    "adapters/files": {"platform", "adapters/files", "adapters/memory"},
+    "adapters/files": {"platform", "tracking_times", "adapters/files", "adapters/memory"},
     "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/files", "adapters/qgis"},
 }
 SOURCES = {".h", ".cpp"}

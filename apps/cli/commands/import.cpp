@@ -2,12 +2,12 @@
 
 #include "adapters/files/gdal_support.h"
 #include "adapters/files/projection.h"
-#include "adapters/files/timestamp.h"
 #include "adapters/files/tracking_csv.h"
 #include "apps/cli/input_layer.h"
 #include "apps/cli/shapefile_output.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
@@ -221,8 +221,8 @@ void insert_fixes(const Tracking& tracking, const std::vector<Point>& points, pl
         std::vector<platform::FieldValue> values{tracking.Animals[fix.Animal]};
         if (fix.HasTime()) {
             values.emplace_back(fix.Seconds);
-            values.emplace_back(files::date_text(fix.Seconds));
-            values.emplace_back(files::time_of_day_text(fix.Seconds));
+            values.emplace_back(tracking_times::date_text(fix.Seconds));
+            values.emplace_back(tracking_times::time_of_day_text(fix.Seconds));
         }
         cursor.Insert(platform::Geometry::OfPoint(points[i]), values);
     }

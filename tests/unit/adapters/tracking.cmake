@@ -1,7 +1,6 @@
 wxl_test(test_adapter_files_tracking
   SOURCES
     test_csv_reader.cpp
-    test_timestamp.cpp
     test_tracking_csv.cpp
   DEPENDS
     wxl_adapter_files_tracking)

@@ -1,9 +1,9 @@
-#include "adapters/files/timestamp.h"
+#include "tracking_times/timestamps.h"
 
 #include <gtest/gtest.h>
 #include <optional>
 
-namespace wxl::files {
+namespace wxl::tracking_times {
 namespace {
 
 // 2018-05-09 is day 17,660 after 1970-01-01 (48 years of 365 days, 12 leap days, 31 + 28 + 31 + 30 + 8 days);
@@ -99,7 +99,8 @@ TEST(Timestamp, Texts_of_date_and_time) {
     EXPECT_EQ(time_of_day_text(kMoment), "14:59:05");
     EXPECT_EQ(date_text(-1), "1969-12-31");
     EXPECT_EQ(time_of_day_text(-1), "23:59:59");
+    EXPECT_EQ(instant_text(kMoment), "2018-05-09T14:59:05Z");
 }
 
 }  // namespace
-}  // namespace wxl::files
+}  // namespace wxl::tracking_times

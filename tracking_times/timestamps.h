@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace wxl::files {
+namespace wxl::tracking_times {
 
 /// Whole seconds since 1970-01-01 00:00:00 UTC of a timestamp, fractions cut off towards the past; nothing when the
 /// text is none.
@@ -19,4 +19,7 @@ std::optional<std::int64_t> seconds_from_timestamp(std::string_view text);
 std::string date_text(std::int64_t seconds);
 std::string time_of_day_text(std::int64_t seconds);
 
-}  // namespace wxl::files
+/// "2018-05-09T14:59:05Z" (ISO 8601).
+std::string instant_text(std::int64_t seconds);
+
+}  // namespace wxl::tracking_times

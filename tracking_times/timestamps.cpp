@@ -1,11 +1,11 @@
-#include "adapters/files/timestamp.h"
+#include "tracking_times/timestamps.h"
 
 #include "platform/text.h"
 
 #include <chrono>
-#include <fmt/format.h>
+#include <string>
 
-namespace wxl::files {
+namespace wxl::tracking_times {
 
 namespace {
 
@@ -128,6 +128,13 @@ std::chrono::sys_days day_of(std::int64_t seconds) {
     return std::chrono::floor<std::chrono::days>(std::chrono::sys_seconds(std::chrono::seconds(seconds)));
 }
 
+/// Appends `value`, not below 0, with zeros in front up to `width` digits.
+void append_digits(std::string& text, int value, std::size_t width) {
+    const std::string digits = std::to_string(value);
+    if (digits.size() < width) text.append(width - digits.size(), '0');
+    text += digits;
+}
+
 }  // namespace
 
 std::optional<std::int64_t> seconds_from_timestamp(std::string_view text) {
@@ -151,14 +158,29 @@ std::optional<std::int64_t> seconds_from_timestamp(std::string_view text) {
 
 std::string date_text(std::int64_t seconds) {
     const std::chrono::year_month_day date(day_of(seconds));
-    return fmt::format("{:04d}-{:02d}-{:02d}", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                       static_cast<unsigned>(date.day()));
+    std::string text;
+    append_digits(text, static_cast<int>(date.year()), 4);
+    text += '-';
+    append_digits(text, static_cast<int>(static_cast<unsigned>(date.month())), 2);
+    text += '-';
+    append_digits(text, static_cast<int>(static_cast<unsigned>(date.day())), 2);
+    return text;
 }
 
 std::string time_of_day_text(std::int64_t seconds) {
     const std::int64_t midnight = day_of(seconds).time_since_epoch().count() * kSecondsPerDay;
-    const std::int64_t ofDay = seconds - midnight;
-    return fmt::format("{:02d}:{:02d}:{:02d}", ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
+    const int ofDay = static_cast<int>(seconds - midnight);
+    std::string text;
+    append_digits(text, ofDay / 3600, 2);
+    text += ':';
+    append_digits(text, ofDay / 60 % 60, 2);
+    text += ':';
+    append_digits(text, ofDay % 60, 2);
+    return text;
 }
 
-}  // namespace wxl::files
+std::string instant_text(std::int64_t seconds) {
+    return date_text(seconds) + 'T' + time_of_day_text(seconds) + 'Z';
+}
+
+}  // namespace wxl::tracking_times
