@@ -1,6 +1,7 @@
 #include "kde_tool/coincidence.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace wxl::kde_tool {

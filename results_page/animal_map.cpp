@@ -7,6 +7,7 @@
 #include "results_page/raster_window.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace wxl::results_page {

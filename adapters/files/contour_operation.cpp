@@ -11,6 +11,7 @@
 #include <cpl_string.h>
 #include <exception>
 #include <gdal_alg.h>
+#include <iterator>
 #include <ogrsf_frmts.h>
 #include <utility>
 

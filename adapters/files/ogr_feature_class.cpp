@@ -3,6 +3,7 @@
 #include "adapters/files/ogr_class_state.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace wxl::files {
 

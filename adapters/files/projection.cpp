@@ -1,6 +1,7 @@
 #include "adapters/files/projection.h"
 
 #include "adapters/files/gdal_support.h"
+#include "adapters/files/gdal_versions.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -103,7 +104,7 @@ std::optional<std::size_t> project(std::span<Point> points, const platform::Spat
             x[i] = points[start + i].X;
             y[i] = points[start + i].Y;
         }
-        transformation->Transform(static_cast<int>(count), x.data(), y.data(), nullptr, done.data());
+        transformation->Transform(static_cast<TransformCount>(count), x.data(), y.data(), nullptr, done.data());
         for (std::size_t i = 0; i < count; ++i) {
             if (done[i] == 0 || !std::isfinite(x[i]) || !std::isfinite(y[i])) return start + i;
             points[start + i] = {x[i], y[i]};

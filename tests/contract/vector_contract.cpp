@@ -2,6 +2,7 @@
 
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 

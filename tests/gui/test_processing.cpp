@@ -7,6 +7,7 @@
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>

@@ -8,6 +8,7 @@
 #include "tests/support/scratch_folder.h"
 #include "utilities/Utilities.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

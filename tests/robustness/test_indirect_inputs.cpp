@@ -4,6 +4,8 @@
 #include "tests/robustness/malformed.h"
 
 #include <arpa/inet.h>
+#include <array>
+#include <cmath>
 #include <filesystem>
 #include <gdal_priv.h>
 #include <ogrsf_frmts.h>

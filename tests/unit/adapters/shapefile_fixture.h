@@ -4,9 +4,12 @@
 #include "platform/runtime_error.h"
 #include "tests/support/scratch_folder.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <set>
 #include <sstream>
 
 namespace wxl::files {

@@ -3,6 +3,7 @@
 #include "platform/runtime_error.h"
 #include "tests/support/scratch_folder.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

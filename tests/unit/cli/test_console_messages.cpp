@@ -1,6 +1,7 @@
 #include "apps/cli/console_messages.h"
 #include "platform/guarded.h"
 
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
 #include <sstream>

@@ -4,6 +4,7 @@
 #include "platform/runtime_error.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

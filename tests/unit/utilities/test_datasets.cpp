@@ -1,6 +1,8 @@
 #include "platform/runtime_error.h"
 #include "tests/unit/utilities/utilities_rig.h"
 
+#include <algorithm>
+
 namespace wxl::utilities {
 namespace {
 
