@@ -17,6 +17,7 @@ JSON_ROOMS = {"batch"}
 MAY_INCLUDE = {
     "platform": set(),
     "engine": {"platform"},
+    "movement_models": {"platform", "engine"},
     "pictures": {"platform", "engine"},
     "utilities": {"platform"},
     "tracking_times": {"platform"},
