@@ -56,16 +56,12 @@ std::vector<std::vector<Ring>> contours_of(std::vector<platform::ContourLine> li
     return contours;
 }
 
-/// Areas at or above the levels; one that repeats an earlier level has its area.
-std::vector<std::optional<double>> areas_of(const std::vector<std::vector<Ring>>& contours,
-                                            std::span<const double> levels) {
+/// Areas of the levels' polygons; a level that repeats an earlier one has its area.
+std::vector<std::optional<double>> areas_of(std::span<const Geometry> polygons, std::span<const double> levels) {
     std::vector<std::optional<double>> areas(levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
-        const std::size_t first = nearest_level(levels[i], levels);
-        if (first != i)
-            areas[i] = areas[first];
-        else if (!contours[i].empty())
-            areas[i] = enclosed_area(contours[i]);
+        const Geometry& polygon = polygons[nearest_level(levels[i], levels)];
+        if (!polygon.IsNull()) areas[i] = area_of(polygon);
     }
     return areas;
 }
@@ -158,11 +154,14 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     const platform::RasterGeometry geometry = dataset.Band()->Geometry();
     const OuterEdge edge(geometry, m_edge);
     Contours contours = contours_of(m_services.Contours->Contours(dataset, m_levels), m_levels, edge);
-    m_areas = areas_of(contours, m_levels);
     if (is_empty(contours)) {
+        m_areas.resize(m_levels.size());
         m_errorStatus = isopleth_status::kNoContours;
         return;
     }
+    // What is told is the area of what is drawn, and is told where only lines are drawn too.
+    const std::vector<Geometry> polygons = Polygons(m_calculateLines ? contours : std::exchange(contours, {}));
+    m_areas = areas_of(polygons, m_levels);
 
     IsoplethOutputs outputs(*m_utilities);
     const OutputPlace place{m_outputFolder, m_outputName, dataset.Reference()};
@@ -171,10 +170,8 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     if (m_calculateDonuts) outputs.CreateDonuts(place);
 
     if (outputs.Lines) InsertLines(contours, outputs.Lines);
-    if (outputs.Polys || outputs.Donuts) {
-        const std::vector<Geometry> polygons = InsertPolygons(std::move(contours), outputs.Polys);
-        if (outputs.Donuts) InsertDonuts(polygons, geometry.Bounds(), outputs.Donuts);
-    }
+    if (outputs.Polys) InsertPolygons(polygons, outputs.Polys);
+    if (outputs.Donuts) InsertDonuts(polygons, geometry.Bounds(), outputs.Donuts);
     Finish(outputs);
 }
 
@@ -185,14 +182,18 @@ void clsHISO::InsertLines(const Contours& contours, OutputClass& lines) const {
     }
 }
 
-std::vector<Geometry> clsHISO::InsertPolygons(Contours contours, OutputClass& polys) const {
+std::vector<Geometry> clsHISO::Polygons(Contours contours) const {
     std::vector<Geometry> polygons(contours.size());
-    for (std::size_t i = contours.size(); i-- > 0;) {
+    for (std::size_t i = 0; i < contours.size(); ++i) {
         polygons[i] = level_polygon(std::move(contours[i]), *m_services.Geometry);
-        if (polys && !polygons[i].IsNull()) polys.Insert(polygons[i], {m_levels[i], m_boundaries[i]});
         m_services.Host->Yield();
     }
     return polygons;
+}
+
+void clsHISO::InsertPolygons(const std::vector<Geometry>& polygons, OutputClass& polys) const {
+    for (std::size_t i = polygons.size(); i-- > 0;)
+        if (!polygons[i].IsNull()) polys.Insert(polygons[i], {m_levels[i], m_boundaries[i]});
 }
 
 void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform::Extent& bounds,

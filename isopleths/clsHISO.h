@@ -96,7 +96,8 @@ private:
     void FindLevels(platform::IRasterBand& band);
     void Produce(platform::IRasterDataset& dataset);
     void InsertLines(const Contours& contours, OutputClass& lines) const;
-    std::vector<platform::Geometry> InsertPolygons(Contours contours, OutputClass& polys) const;
+    std::vector<platform::Geometry> Polygons(Contours contours) const;
+    void InsertPolygons(const std::vector<platform::Geometry>& polygons, OutputClass& polys) const;
     void InsertDonuts(const std::vector<platform::Geometry>& polygons, const platform::Extent& bounds,
                       OutputClass& donuts) const;
     void Finish(IsoplethOutputs& outputs);

@@ -14,13 +14,29 @@ using platform::Point;
 
 namespace {
 
-/// Value at `distance` along one side of the raster from the outside of its first cell.
-double value_along(const std::vector<double>& cells, double distance, double cellSize) {
-    const double centre = std::clamp(distance / cellSize - 0.5, 0.0, static_cast<double>(cells.size() - 1));
-    const auto before = static_cast<std::size_t>(centre);
-    const double share = centre - static_cast<double>(before);
-    if (share == 0.0) return cells[before];
-    return cells[before] * (1.0 - share) + cells[before + 1] * share;
+/// Appends one side of the raster to the edge's profile: its corner, then its cells' centres in the order given.
+void append_side(std::vector<EdgeNode>& profile, double start, std::span<const double> cells, double cellSize) {
+    profile.push_back({start, cells.front()});
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        profile.push_back({start + (static_cast<double>(i) + 0.5) * cellSize, cells[i]});
+}
+
+std::vector<double> reversed(const std::vector<double>& cells) {
+    return {cells.rbegin(), cells.rend()};
+}
+
+double value_between(const EdgeNode& a, const EdgeNode& b, double position) {
+    const double share = (position - a.Position) / (b.Position - a.Position);
+    if (share == 0.0) return a.Value;
+    return a.Value * (1.0 - share) + b.Value * share;
+}
+
+/// How much of a straight slope from one value to another lies at or above `lowest`, from 0 to 1.
+double share_above(double a, double b, double lowest) {
+    const auto [low, high] = std::minmax(a, b);
+    if (low >= lowest) return 1.0;
+    if (high < lowest) return 0.0;
+    return (high - lowest) / (high - low);
 }
 
 /// One end of an open line, on the outer edge.
@@ -64,16 +80,15 @@ public:
 private:
     static std::size_t Key(std::size_t line, bool isLast) { return 2 * line + (isLast ? 1 : 0); }
 
-    /// Stretches are high and low in turn, so one decision serves all. Each stretch votes with its length, by the value
-    /// in its middle: the short ones, where rounding could decide, do not matter.
+    /// Stretches are high and low in turn, so one decision serves all. Every stretch votes with all of its length: a
+    /// single cell at the level, whose contour has no width, decides nothing wherever it stands.
     bool EvenStretchesAreHigh(double lowest) const {
         double vote = 0.0;
         for (std::size_t i = 0; i < m_ends.size(); ++i) {
             const double from = m_ends[i].Position;
             const double to = i + 1 < m_ends.size() ? m_ends[i + 1].Position : m_ends[0].Position + m_edge.Length();
-            const double middle = std::fmod((from + to) / 2.0, m_edge.Length());
-            const bool high = m_edge.ValueAt(middle) >= lowest;
-            vote += high == (i % 2 == 0) ? to - from : from - to;
+            const double excess = m_edge.HighLessLow(from, to, lowest);
+            vote += i % 2 == 0 ? excess : -excess;
         }
         return vote >= 0.0;
     }
@@ -121,17 +136,22 @@ bool encloses_something(const Ring& ring, double cellSize) {
     double length = 0.0;
     for (std::size_t i = 1; i < ring.size(); ++i)
         length += std::hypot(ring[i].X - ring[i - 1].X, ring[i].Y - ring[i - 1].Y);
-    return ring.size() >= 4 && std::abs(clockwise_area(ring)) > kNoWidth * cellSize * std::max(cellSize, length);
-}
-
-void drop_repeated_vertices(Ring& ring) {
-    ring.erase(std::unique(ring.begin(), ring.end()), ring.end());
+    return ring.size() >= 4 && std::abs(clockwise_area(ring)) > kNoWidth * cellSize * length;
 }
 
 }  // namespace
 
-OuterEdge::OuterEdge(const platform::RasterGeometry& geometry, SurfaceEdge edge)
-    : m_geometry(geometry), m_bounds(geometry.Bounds()), m_values(std::move(edge)) {}
+OuterEdge::OuterEdge(const platform::RasterGeometry& geometry, const SurfaceEdge& edge)
+    : m_geometry(geometry), m_bounds(geometry.Bounds()) {
+    const double cell = geometry.CellSize;
+    const double width = m_bounds.Width();
+    const double height = m_bounds.Height();
+    append_side(m_profile, 0.0, edge.North, cell);
+    append_side(m_profile, width, edge.East, cell);
+    append_side(m_profile, width + height, reversed(edge.South), cell);
+    append_side(m_profile, 2.0 * width + height, reversed(edge.West), cell);
+    m_profile.push_back({Length(), edge.North.front()});
+}
 
 std::optional<double> OuterEdge::PositionOf(const Point& point) const {
     const double tolerance = m_geometry.CellSize * 1e-6;
@@ -154,14 +174,26 @@ std::optional<double> OuterEdge::PositionOf(const Point& point) const {
     return nearest->Position < Length() ? nearest->Position : 0.0;
 }
 
+std::vector<EdgeNode>::const_iterator OuterEdge::NodeAfter(double position) const {
+    return std::upper_bound(m_profile.begin() + 1, m_profile.end() - 1, position,
+                            [](double p, const EdgeNode& node) { return p < node.Position; });
+}
+
 double OuterEdge::ValueAt(double position) const {
-    const double width = m_bounds.Width();
-    const double height = m_bounds.Height();
-    const double cell = m_geometry.CellSize;
-    if (position < width) return value_along(m_values.North, position, cell);
-    if (position < width + height) return value_along(m_values.East, position - width, cell);
-    if (position < 2.0 * width + height) return value_along(m_values.South, 2.0 * width + height - position, cell);
-    return value_along(m_values.West, 2.0 * (width + height) - position, cell);
+    const auto after = NodeAfter(position);
+    return value_between(*std::prev(after), *after, position);
+}
+
+double OuterEdge::HighLessLow(double from, double to, double lowest) const {
+    if (to > Length()) return HighLessLow(from, Length(), lowest) + HighLessLow(0.0, to - Length(), lowest);
+    double excess = 0.0;
+    EdgeNode last{from, ValueAt(from)};
+    for (auto node = NodeAfter(from); last.Position < to; ++node) {
+        const EdgeNode next = node->Position < to ? *node : EdgeNode{to, ValueAt(to)};
+        excess += (next.Position - last.Position) * (2.0 * share_above(last.Value, next.Value, lowest) - 1.0);
+        last = next;
+    }
+    return excess;
 }
 
 void OuterEdge::AppendCorners(double from, double to, std::vector<Point>& vertices) const {
@@ -209,10 +241,10 @@ std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double lowest,
 
     if (!open.empty())
         std::ranges::move(EdgeWalk(std::move(open), std::move(ends), lowest, edge).Rings(), std::back_inserter(rings));
-    else if (edge.ValueAt(0.0) >= lowest)
+    else if (edge.HighLessLow(0.0, edge.Length(), lowest) > 0.0)
         rings.push_back(edge.WholeEdge());
 
-    std::ranges::for_each(rings, drop_repeated_vertices);
+    rings = simple_rings(std::move(rings));
     std::erase_if(rings, [&](const Ring& ring) { return !encloses_something(ring, edge.CellSize()); });
     sort_by_area(rings);
     return rings;

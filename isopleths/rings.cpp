@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <numeric>
+#include <unordered_map>
 #include <utility>
 
 namespace wxl::isopleths {
@@ -131,6 +134,33 @@ std::vector<std::uint32_t> rings_around(std::span<const Ring> rings, const BandI
     return around;
 }
 
+struct PlaceHash {
+    std::size_t operator()(const Point& place) const {
+        return std::hash<double>()(place.X) ^ (std::hash<double>()(place.Y) * 0x9E3779B97F4A7C15U);
+    }
+};
+
+/// Walks along a closed line; a vertex that was met before closes a piece, which leaves the way.
+void cut_apart(const Ring& ring, std::vector<Ring>& pieces) {
+    constexpr std::size_t kSmallest = 3;  // different vertices
+    std::vector<Point> way;
+    std::unordered_map<Point, std::size_t, PlaceHash> metAt(2 * ring.size());
+    for (const Point& vertex : ring) {
+        const auto [met, isNew] = metAt.try_emplace(vertex, way.size());
+        if (isNew) {
+            way.push_back(vertex);
+            continue;
+        }
+        const auto first = way.begin() + static_cast<std::ptrdiff_t>(met->second);
+        if (way.end() - first >= static_cast<std::ptrdiff_t>(kSmallest)) {
+            Ring& piece = pieces.emplace_back(first, way.end());
+            piece.push_back(vertex);
+        }
+        for (auto left = first + 1; left != way.end(); ++left) metAt.erase(*left);
+        way.erase(first + 1, way.end());
+    }
+}
+
 }  // namespace
 
 double clockwise_area(std::span<const Point> ring) {
@@ -141,6 +171,12 @@ double clockwise_area(std::span<const Point> ring) {
         twice += b.X * a.Y - a.X * b.Y;
     }
     return twice / 2.0;
+}
+
+std::vector<Ring> simple_rings(std::vector<Ring> rings) {
+    std::vector<Ring> simple;
+    for (Ring& ring : rings) cut_apart(ring, simple);
+    return simple;
 }
 
 void sort_by_area(std::vector<Ring>& rings) {
@@ -176,13 +212,9 @@ std::vector<Nesting> nesting_of(std::span<const Ring> rings) {
     return nesting;
 }
 
-double enclosed_area(std::span<const Ring> rings) {
-    const std::vector<Nesting> nesting = nesting_of(rings);
+double area_of(const Geometry& polygon) {
     double area = 0.0;
-    for (std::size_t i = 0; i < rings.size(); ++i) {
-        const double size = std::abs(clockwise_area(rings[i]));
-        area += nesting[i].Depth % 2 == 0 ? size : -size;
-    }
+    for (const Ring& ring : polygon.Parts) area += clockwise_area(ring);
     return area;
 }
 

@@ -15,6 +15,10 @@ using Ring = std::vector<platform::Point>;
 /// Area within the ring in square map units, positive when it runs clockwise.
 double clockwise_area(std::span<const platform::Point> ring);
 
+/// Cuts closed lines apart where they come back to one of their vertices: the pieces are closed and touch nothing of
+/// themselves. What lies within an odd number of rings stays the same; a piece that only goes to and fro is left out.
+std::vector<Ring> simple_rings(std::vector<Ring> rings);
+
 /// Sorts rings by descending area; rings of equal area from west to east, then from south to north. A ring then comes
 /// after every ring that it lies in.
 void sort_by_area(std::vector<Ring>& rings);
@@ -34,8 +38,8 @@ std::vector<Nesting> nesting_of(std::span<const Ring> rings);
 /// (clockwise) with its holes.
 std::vector<platform::Geometry> polygons_of(std::vector<Ring> rings);
 
-/// Area in square map units of what lies within an odd number of the rings, given by descending area.
-double enclosed_area(std::span<const Ring> rings);
+/// Area in square map units of a polygon whose outer rings run clockwise and whose holes the other way.
+double area_of(const platform::Geometry& polygon);
 
 /// One shape of several polygons; a null shape of none.
 platform::Geometry collected(std::vector<platform::Geometry> polygons);

@@ -149,8 +149,19 @@ private:
         return vertices;
     }
 
+    /// Contours pass a cell at their very level some 1e-15 cells beside its centre, and through ridges of such cells on
+    /// both sides. Put on the centre, what has no width has none in the coordinates either, wherever the map's origin
+    /// lies.
+    static double OntoCentre(double place) {
+        constexpr double kBeside = 1e-9;  // cells
+        const double centre = std::floor(place) + 0.5;
+        return std::abs(place - centre) <= kBeside ? centre : place;
+    }
+
     /// Column and row to map units; the raster's edges come out exactly as its bounds have them.
-    platform::Point ToMap(double column, double row) const {
+    platform::Point ToMap(double givenColumn, double givenRow) const {
+        const double column = OntoCentre(givenColumn);
+        const double row = OntoCentre(givenRow);
         const double y = row == m_geometry.Rows ? m_geometry.OriginY
                                                 : m_geometry.OriginY + (m_geometry.Rows - row) * m_geometry.CellSize;
         return {m_geometry.OriginX + column * m_geometry.CellSize, y};

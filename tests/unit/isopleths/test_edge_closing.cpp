@@ -1,5 +1,4 @@
 #include "isopleths/edge_closing.h"
-
 #include "tests/unit/isopleths/surfaces.h"
 
 #include <gtest/gtest.h>
@@ -148,13 +147,13 @@ TEST(ClosedContours, What_encloses_nothing_is_left_out) {
                     .empty());
 }
 
-// Cells of 10: a square of 3e-4 holds 9e-8, one of 4e-4 holds 1.6e-7, and a billionth of a cell's area is 1e-7.
+// Cells of 10: a billionth of a cell's width all around a square of side s holds 4e-8 x s.
 TEST(ClosedContours, Less_than_a_billionth_of_a_cell_is_nothing) {
     const auto square = [](double side) {
         return ContourLine{0.5, {{0, 0}, {side, 0}, {side, side}, {0, side}, {0, 0}}};
     };
-    EXPECT_TRUE(closed_contours({square(3e-4)}, 0.5, flat_edge(0)).empty());
-    EXPECT_EQ(closed_contours({square(4e-4)}, 0.5, flat_edge(0)).size(), 1U);
+    EXPECT_TRUE(closed_contours({square(3.9e-8)}, 0.5, flat_edge(0)).empty());
+    EXPECT_EQ(closed_contours({square(4.1e-8)}, 0.5, flat_edge(0)).size(), 1U);
 }
 
 // A strip as long as 3 cells of 10 has sides of 60: a billionth of a cell's width all around them holds 6e-7.

@@ -1,11 +1,10 @@
 // Level polygons from real contours, compared with the step-by-step rules and with the contourer's own polygons.
 
-#include "isopleths/level_polygons.h"
-
 #include "adapters/files/contour_operation.h"
 #include "adapters/files/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
 #include "isopleths/edge_closing.h"
+#include "isopleths/level_polygons.h"
 #include "platform/contour_step.h"
 #include "tests/support/step_by_step.h"
 #include "tests/unit/isopleths/polygonized.h"

@@ -1,5 +1,4 @@
 #include "isopleths/rings.h"
-
 #include "tests/support/samples.h"
 
 #include <algorithm>
@@ -42,8 +41,23 @@ TEST(Rings, Area_is_positive_clockwise) {
 TEST(Rings, Enclosed_area_leaves_lakes_out_and_counts_their_islets) {
     const std::vector<Ring> rings =
         sorted({square(0, 0, 100), square(10, 10, 40), square(20, 20, 10), square(60, 60, 20), square(200, 0, 30)});
-    EXPECT_DOUBLE_EQ(enclosed_area(rings), 10000.0 - 1600 + 100 - 400 + 900);
-    EXPECT_EQ(enclosed_area({}), 0.0);
+    EXPECT_DOUBLE_EQ(area_of(collected(polygons_of(rings))), 10000.0 - 1600 + 100 - 400 + 900);
+    EXPECT_EQ(area_of({}), 0.0);
+}
+
+// Two squares of 4 and 9 that meet in one corner, drawn in one stroke, with a spur from there to nowhere and back.
+TEST(Rings, A_line_that_comes_back_to_a_vertex_is_cut_apart_there) {
+    const std::vector<Ring> rings =
+        simple_rings({{{0, 0}, {2, 0}, {2, 2}, {2, 1}, {2, 2}, {5, 2}, {5, 5}, {2, 5}, {2, 2}, {0, 2}, {0, 0}}});
+    ASSERT_EQ(rings.size(), 2U);
+    EXPECT_EQ(rings[0], (Ring{{2, 2}, {5, 2}, {5, 5}, {2, 5}, {2, 2}}));
+    EXPECT_EQ(rings[1], (Ring{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}}));
+}
+
+TEST(Rings, A_simple_line_stays_as_it_is_but_for_repeated_vertices) {
+    EXPECT_EQ(simple_rings({{{0, 0}, {0, 0}, {2, 0}, {2, 2}, {2, 2}, {0, 0}}}),
+              (std::vector<Ring>{{{0, 0}, {2, 0}, {2, 2}, {0, 0}}}));
+    EXPECT_TRUE(simple_rings({{{0, 0}, {1, 1}, {0, 0}}}).empty());
 }
 
 TEST(Rings, Nesting_of_islands_in_lakes) {
