@@ -22,6 +22,7 @@ MAY_INCLUDE = {
     "utilities": {"platform"},
     "tracking_times": {"platform"},
     "isopleths": {"platform", "utilities"},
+    "comparison": {"platform", "engine", "isopleths"},
     "kde_tool": {"platform", "engine", "pictures", "isopleths", "utilities"},
     "batch": {"platform", "engine", "kde_tool"},
     "results_page": {"platform", "engine", "pictures", "kde_tool"},
