@@ -48,7 +48,8 @@ using ProgressSink = std::function<void(double)>;
 /// The overlap of every pair i <= j of the set's animals, each with itself included, ascending by i, j, then
 /// percentages in their order, whole distributions before conditional ones.
 ///
-/// Densities enter as 32-bit floats and are added in doubles tile by tile: indices are exact to about 1E-7.
+/// Densities enter as 32-bit floats and are added in doubles tile by tile: indices are exact to about 1E-7, and
+/// to 1E-6 where one cell holds nearly all of a distribution.
 std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapWishes& wishes,
                                   const ProgressSink& progress = nullptr);
 
