@@ -71,6 +71,7 @@ void set_extent(const FormChoices& choices, frmKDE& form) {
 /// The form suggests a buffer from the reference bandwidths; a wider bandwidth of the user's needs more.
 void suggest_buffer(frmKDE& form) {
     const RunInputs inputs = inputs_of(form);
+    if (malformed_list(inputs)) return;  // refused when the run is to start
     const double largest = largest_value(inputs, bandwidth_values(inputs));
     const auto advice = recommended_buffer(inputs.Method, largest, form.LargestReferenceBandwidth());
     if (!IsNumeric(inputs.BufferText) || advice.Shown > NumberFromText(inputs.BufferText))

@@ -21,6 +21,10 @@ bool is_list(const RunInputs& inputs) {
     return inputs.Method == BandwidthMethod::kManual || inputs.Method == BandwidthMethod::kProportion;
 }
 
+const std::string& list_text(const RunInputs& inputs) {
+    return inputs.Method == BandwidthMethod::kManual ? inputs.BandwidthText : inputs.ProportionText;
+}
+
 bool is_number_above(const std::string& text, double limit) {
     return IsNumeric(text) && NumberFromText(text) > limit;
 }
@@ -71,10 +75,21 @@ std::optional<std::string> unusable_setting(const RunInputs& inputs) {
     return std::nullopt;
 }
 
+std::optional<std::string> malformed_list(const RunInputs& inputs) {
+    if (!is_list(inputs)) return std::nullopt;
+    for (const std::string& piece : platform::Split(list_text(inputs), ',')) {
+        if (!IsNumeric(piece))
+            return "Error: the list of " +
+                   std::string(inputs.Method == BandwidthMethod::kManual ? "bandwidths" : "proportions") +
+                   " on the Bandwidth tab holds \"" + piece +
+                   "\", which is not a number. Please write numbers separated by commas.";
+    }
+    return std::nullopt;
+}
+
 std::vector<double> bandwidth_values(const RunInputs& inputs) {
-    if (inputs.Method == BandwidthMethod::kManual) return platform::NumbersFromText(inputs.BandwidthText);
-    if (inputs.Method == BandwidthMethod::kProportion) return platform::NumbersFromText(inputs.ProportionText);
-    return {0.0};
+    if (!is_list(inputs)) return {0.0};
+    return platform::NumbersFromText(list_text(inputs));
 }
 
 double largest_value(const RunInputs& inputs, std::span<const double> values) {

@@ -20,8 +20,11 @@ std::optional<std::string> undefined_setting(const RunInputs& inputs);
 /// factor, buffer), or nothing. Asked after undefined_setting.
 std::optional<std::string> unusable_setting(const RunInputs& inputs);
 
+/// The message of a piece of the user's list of bandwidths or proportions that is no number, or nothing.
+std::optional<std::string> malformed_list(const RunInputs& inputs);
+
 /// The user's bandwidths or proportions, one run per animal for each; a single 0 for the other methods.
-/// RuntimeError 13 for a piece that is no number.
+/// RuntimeError 13 for a piece that is no number (see malformed_list).
 std::vector<double> bandwidth_values(const RunInputs& inputs);
 
 /// The largest of a list of bandwidths or proportions; 0 for the other methods.

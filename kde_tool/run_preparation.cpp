@@ -39,6 +39,15 @@ std::vector<TableRow> report_rows(const platform::DataGrid& table, std::size_t k
     return rows;
 }
 
+bool is_taken(const platform::Services& services, const std::filesystem::path& place, const std::string& name) {
+    return services.Rasters->Exists(place, name) || services.Files->FolderExists(place / name) ||
+           services.Files->FileExists(place / name);
+}
+
+std::string shown_name(const AnimalFixes& animal, const std::string& name) {
+    return animal.Subfolder.empty() ? name : animal.Subfolder + "/" + name;
+}
+
 RunHeader header_of(const frmKDE& form, const GroupedFixes& animals, const platform::DateTime& start) {
     RunHeader header;
     header.Start = start;
@@ -101,6 +110,24 @@ std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, con
     return raster;
 }
 
+std::vector<std::string> taken_names(const platform::Services& services, const std::filesystem::path& folder,
+                                     const RunInputs& inputs, std::span<const AnimalFixes> animals) {
+    const std::size_t count = bandwidth_values(inputs).size();
+    std::vector<std::string> taken;
+    for (const AnimalFixes& animal : animals) {
+        const std::filesystem::path place = animal.Subfolder.empty() ? folder : folder / animal.Subfolder;
+        const std::string plain = inputs.Prefix + animal.NamingId;
+        const bool conflict = services.Rasters->Exists(place, plain);
+        if (conflict) taken.push_back(shown_name(animal, plain));
+        for (std::size_t number = 1; number <= count; ++number) {
+            const std::string name = raster_name(inputs, animal.NamingId, number, count);
+            if (!(conflict && name == plain) && is_taken(services, place, name))
+                taken.push_back(shown_name(animal, name));
+        }
+    }
+    return taken;
+}
+
 RunPreparation::RunPreparation(frmKDE& form, IReportSink& report, IRunStages& stages)
     : m_form(form), m_services(form.Services()), m_report(report), m_stages(stages) {}
 
@@ -125,6 +152,10 @@ bool RunPreparation::SettingsAreUsable() {
 }
 
 bool RunPreparation::ParseLists() {
+    if (const auto refusal = malformed_list(m_frame.Inputs)) {
+        Refuse(*refusal);
+        return false;
+    }
     m_frame.Values = bandwidth_values(m_frame.Inputs);
     if (m_frame.Inputs.Isopleths) {
         auto percentages = isopleth_percentages(m_frame.Inputs.IsoplethText);
@@ -211,16 +242,24 @@ bool RunPreparation::NamesAreFree() {
             for (const std::string& name : dataset_names(
                      m_frame.Inputs, raster_name(m_frame.Inputs, animal.NamingId, number, m_frame.Values.size())))
                 platform::CheckDatasetName(name);
-    const bool taken = std::any_of(m_animals.Animals.begin(), m_animals.Animals.end(), [&](const auto& animal) {
+    const bool conflict = std::any_of(m_animals.Animals.begin(), m_animals.Animals.end(), [&](const auto& animal) {
         return m_services.Rasters->Exists(output_folder(m_frame, animal.Subfolder),
                                           m_frame.Inputs.Prefix + animal.NamingId);
     });
-    if (taken)
+    if (conflict) {
         Refuse(
             "Error: naming conflict detected (pre-existing raster in output folder). You should use a new, empty "
             "folder for the output of this tool. Exiting...",
             "User error");
-    return !taken;
+        return false;
+    }
+    // The numbered names of a list as well: met during the run, they would end it and cost the report of the first.
+    const auto taken = taken_names(m_services, m_frame.Folder, m_frame.Inputs, m_animals.Animals);
+    if (!taken.empty())
+        Refuse("Error: the output folder already holds " + taken.front() +
+                   ". You should use a new, empty folder for the output of this tool.",
+               "User error");
+    return taken.empty();
 }
 
 void RunPreparation::OpenReport() {

@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace wxl::kde_tool {
 
@@ -25,6 +27,12 @@ RunInputs inputs_of(const frmKDE& form);
 
 /// The raster layer of this name. RuntimeError 91 where the map's first layer of the name is none.
 std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, const std::string& name);
+
+/// Rasters in the output folder that keep a run from starting, each with its sub-folder before it: those named prefix
+/// and naming ID, and whatever stands under a name that the run is to give. RuntimeError 13 for a malformed list of
+/// bandwidths or proportions.
+std::vector<std::string> taken_names(const platform::Services& services, const std::filesystem::path& folder,
+                                     const RunInputs& inputs, std::span<const AnimalFixes> animals);
 
 /// What a run decides once, before its first animal: checks, grouping, names, the head of the report, the settings
 /// record, the questions.

@@ -162,16 +162,10 @@ std::vector<PlannedDistribution> planned_run(frmKDE& form) {
 
 std::vector<std::string> taken_names(frmKDE& form) {
     const RunInputs inputs = kde_tool::inputs_of(form);
-    const std::filesystem::path folder = form.OutputFolderPath();
+    if (kde_tool::malformed_list(inputs)) return {};
     kde_tool::GroupedFixes fixes = form.ReadFixes();
     kde_tool::spread_over_subfolders(fixes.Animals, form.AnimalsPerSubfolder);
-    std::vector<std::string> names;
-    for (const AnimalFixes& animal : fixes.Animals) {
-        const std::string name = inputs.Prefix + animal.NamingId;
-        if (form.Services().Rasters->Exists(animal.Subfolder.empty() ? folder : folder / animal.Subfolder, name))
-            names.push_back((animal.Subfolder.empty() ? "" : animal.Subfolder + "/") + name);
-    }
-    return names;
+    return kde_tool::taken_names(form.Services(), form.OutputFolderPath(), inputs, fixes.Animals);
 }
 
 void advise_on_names(Console& console) {
@@ -181,6 +175,7 @@ void advise_on_names(Console& console) {
 int print_plan(frmKDE& form, const PlanWishes& wishes, Console& console) {
     const RunInputs inputs = kde_tool::inputs_of(form);
     auto refusal = kde_tool::undefined_setting(inputs);
+    if (!refusal) refusal = kde_tool::malformed_list(inputs);
     if (!refusal) refusal = kde_tool::unusable_setting(inputs);
     if (refusal) return console.Fail(*refusal);
     const std::vector<PlannedDistribution> plans = planned_run(form);
@@ -206,6 +201,7 @@ void delete_outputs(frmKDE& form) {
     const platform::Services& services = form.Services();
     const std::filesystem::path folder = form.OutputFolderPath();
     if (!services.Files->FolderExists(folder)) return;
+    if (kde_tool::malformed_list(kde_tool::inputs_of(form))) return;  // the run will be refused
     const auto datasets = datasets_of(form);
     std::string holder;
     const auto lock = services.Locks->Take(folder, holder);

@@ -331,6 +331,44 @@ TEST_F(KdeCommand, A_dry_run_tells_names_that_are_taken) {
     EXPECT_THAT(Kde({"--cell-size", "20", "--extent", "min"}).Err, HasSubstr(advice));
 }
 
+TEST_F(KdeCommand, A_second_run_of_a_list_is_refused_by_run_and_dry_run_and_leaves_the_report) {
+    const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min", "--bandwidth", "prop:0.5,1"};
+    ASSERT_EQ(Kde(call).Code, 0);
+    const std::string report = Report();
+    const Ran second = Kde(call);
+    EXPECT_EQ(second.Code, 1);
+    EXPECT_THAT(second.Err, HasSubstr("Error: the output folder already holds 1_b1. You should use a new, empty folder "
+                                      "for the output of this tool.\n"
+                                      "wxl: --overwrite replaces them, --prefix names them otherwise\n"));
+    EXPECT_EQ(Report(), report);
+    std::vector<std::string> dry = call;
+    dry.insert(dry.end(), {"--dry-run", "--json"});
+    const Ran planned = Kde(dry);
+    EXPECT_EQ(planned.Code, 1);
+    EXPECT_EQ(json::parse(planned.Out)["names_taken"], json::array({"1_b1", "1_b2", "2_b1", "2_b2"}));
+}
+
+// Of the user's bandwidths a settings file loads the word TRUE, and that into the list.
+TEST_F(KdeCommand, A_list_that_a_settings_file_spoils_is_told_in_a_sentence) {
+    const std::vector<std::string> good = {"--cell-size", "20",    "--extent",        "min",
+                                           "--bandwidth", "60,80", "--save-settings", Out + "_s.txt"};
+    ASSERT_EQ(Kde(good).Code, 0);
+    std::string settings = content(Out + "_s.txt");
+    settings.replace(settings.find("60,80"), 5, "TRUE");
+    std::ofstream(Out + "_s.txt") << settings;
+    const std::string report = Report();
+    const std::string sentence =
+        "Error: the list of bandwidths on the Bandwidth tab holds \"TRUE\", which is not a number. Please write "
+        "numbers separated by commas.\n";
+    for (const char* extra : {"--overwrite", "--dry-run"}) {
+        const Ran ran = Kde({"--settings", Out + "_s.txt", extra});
+        EXPECT_EQ(ran.Code, 1) << extra;
+        EXPECT_THAT(ran.Err, HasSubstr(sentence)) << extra;
+    }
+    EXPECT_EQ(Report(), report);
+    EXPECT_TRUE(fs::exists(fs::path(Out) / "1_b1"));
+}
+
 TEST_F(KdeCommand, Folders_and_conditions_of_no_use_are_told_before_the_run) {
     const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min"};
     const Ran none = Kde({"--cell-size", "20", "--extent", "min", "--where", "animal = 'Fraja'"});

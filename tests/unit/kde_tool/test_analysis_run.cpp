@@ -66,16 +66,35 @@ TEST_F(AnalysisRunTest, Unusable_settings_and_folders_are_refused_with_an_instru
         "Error: the output folder /absent does not exist. Please choose an existing folder on the Output Options tab.");
 }
 
-TEST_F(AnalysisRunTest, A_bandwidth_that_is_no_number_is_a_run_time_error) {
+TEST_F(AnalysisRunTest, A_list_that_holds_no_number_is_refused_and_the_earlier_report_stays) {
     AddTwoAnimals();
     Open();
     Disk->AddFile("/out/WXL_KDE_ANALYSIS.txt", "earlier run");
-    Form->txtBW.Text = "100, x";
-    Run();
-    ASSERT_EQ(Messages.Boxes().size(), 1U);
-    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Type mismatch"));
-    EXPECT_EQ(Messages.Last().Title, "Error");
-    EXPECT_FALSE(HasReport());
+    Disk->AddFile("/out/WXL_KERNEL_SETTINGS.txt", "earlier settings");
+    const auto refusal = [&] {
+        Messages.Clear();
+        Run();
+        EXPECT_EQ(Messages.Boxes().size(), 1U);
+        EXPECT_EQ(Messages.Last().Title, "Error");
+        EXPECT_EQ(Report(), "earlier run");
+        EXPECT_EQ(Disk->Bytes("/out/WXL_KERNEL_SETTINGS.txt"), "earlier settings");
+        EXPECT_FALSE(HasRaster("K3_b1"));
+        return Messages.Last().Text;
+    };
+    Form->txtBW.Text = "50;80";
+    EXPECT_EQ(refusal(),
+              "Error: the list of bandwidths on the Bandwidth tab holds \"50;80\", which is not a number. Please write "
+              "numbers separated by commas.");
+    Form->txtBW.Text = "50,80,";
+    EXPECT_EQ(refusal(),
+              "Error: the list of bandwidths on the Bandwidth tab holds \"\", which is not a number. Please write "
+              "numbers separated by commas.");
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "0.5, half";
+    EXPECT_EQ(
+        refusal(),
+        "Error: the list of proportions on the Bandwidth tab holds \" half\", which is not a number. Please write "
+        "numbers separated by commas.");
 }
 
 TEST_F(AnalysisRunTest, A_point_without_geometry_is_refused) {
@@ -429,7 +448,7 @@ TEST_F(AnalysisRunTest, A_list_of_bandwidths_gives_numbered_rasters) {
     EXPECT_EQ(Keeper.Records.at(1).Bandwidth, 100.0);
 }
 
-TEST_F(AnalysisRunTest, The_naming_conflict_is_about_prefix_and_id_alone) {
+TEST_F(AnalysisRunTest, A_numbered_name_that_is_taken_is_refused_before_anything_is_touched) {
     AddTwoAnimals();
     Open();
     const auto stand = [&](const std::string& name) {
@@ -440,11 +459,10 @@ TEST_F(AnalysisRunTest, The_naming_conflict_is_about_prefix_and_id_alone) {
     Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
     Form->txtPropHref.Text = "0.8";
     stand("K7_b1");
-    Run();
-    ASSERT_EQ(Messages.Boxes().size(), 1U);
-    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: "));
-    EXPECT_EQ(Messages.Last().Title, "Error");
-    EXPECT_TRUE(HasRaster("K3_b1"));
+    ExpectRefused(
+        "Error: the output folder already holds K7_b1. You should use a new, empty folder for the output of this tool.",
+        "User error");
+    EXPECT_FALSE(HasRaster("K3_b1"));
 
     stand("K7");
     ExpectRefused(
@@ -454,16 +472,36 @@ TEST_F(AnalysisRunTest, The_naming_conflict_is_about_prefix_and_id_alone) {
         "User error");
 }
 
-TEST_F(AnalysisRunTest, A_taken_numbered_name_is_a_run_time_error_that_deletes_the_report) {
+TEST_F(AnalysisRunTest, A_second_run_of_a_list_leaves_report_and_record_of_the_first) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBW.Text = "60, 100";
+    Run();
+    const std::string report = Report();
+    const std::string record = Disk->Bytes("/out/WXL_KERNEL_SETTINGS.txt");
+    ASSERT_THAT(report, HasSubstr("Raster name: K7_b2"));
+    Messages.Clear();
+    Run();
+    EXPECT_EQ(Messages.Last().Text,
+              "Error: the output folder already holds K3_b1. You should use a new, empty folder for the output of this "
+              "tool.");
+    EXPECT_EQ(Report(), report);
+    EXPECT_EQ(Disk->Bytes("/out/WXL_KERNEL_SETTINGS.txt"), record);
+}
+
+TEST_F(AnalysisRunTest, A_folder_in_the_place_of_a_raster_is_refused) {
     AddTwoAnimals();
     Open();
     Disk->AddFolder("/out/K7_b1");
     Form->txtBW.Text = "60, 100";
-    Run();
-    EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: "));
-    EXPECT_FALSE(HasReport());
-    EXPECT_TRUE(HasRaster("K3_b1"));
-    EXPECT_TRUE(Form->btnOK.Enabled);
+    ExpectRefused(
+        "Error: the output folder already holds K7_b1. You should use a new, empty folder for the output of this tool.",
+        "User error");
+    Form->txtBW.Text = "60";
+    Disk->AddFolder("/out/K7");
+    ExpectRefused(
+        "Error: the output folder already holds K7. You should use a new, empty folder for the output of this tool.",
+        "User error");
 }
 
 TEST_F(AnalysisRunTest, Smallest_extent_is_the_animals_box_and_four_bandwidths) {
