@@ -46,7 +46,7 @@ public:
         const QgsField column = m_pass->Open().fields().at(field);
         const platform::FieldValue held = platform::ValueForColumn(value, FromQgsField(column).Type);
         m_pass->Check(stored, held);
-        const QVariant changed = ToVariant(held, column.type());
+        const QVariant changed = ToVariant(held, type_of(column));
         m_feature.setAttribute(field, changed);
         m_changed[stored] = changed;
     }
@@ -78,7 +78,7 @@ private:
 
 QgsFeatureRequest request_of(const QgsVectorLayer& layer, const platform::Search& search) {
     QgsFeatureRequest request;
-    if (!search.WithShape) request.setFlags(QgsFeatureRequest::NoGeometry);
+    if (!search.WithShape) request.setFlags(kRequestNoGeometry);
     if (!search.Where) return request;
     const auto& where = *search.Where;
     const QString value = where.Value.index() == 3
@@ -263,8 +263,7 @@ std::int64_t QgisFeatureClass::FeatureCount() const {
     if (known >= 0 && !TablePass::Running(open_layer(m_layer))) return known;
     std::int64_t count = 0;
     QgsFeature feature;
-    auto rows =
-        open_layer(m_layer).getFeatures(QgsFeatureRequest().setFlags(QgsFeatureRequest::NoGeometry).setNoAttributes());
+    auto rows = open_layer(m_layer).getFeatures(QgsFeatureRequest().setFlags(kRequestNoGeometry).setNoAttributes());
     while (rows.nextFeature(feature)) count += IsGone(open_layer(m_layer), feature.id()) ? 0 : 1;
     return count;
 }

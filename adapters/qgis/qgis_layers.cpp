@@ -46,8 +46,7 @@ std::string QgisFeatureLayer::WhyReadOnly() const {
     if (layer.readOnly())
         return "The layer \"" + Name() + "\" is set to read-only in this project. Please allow editing and try again.";
     if (std::string reason = why_being_edited(layer); !reason.empty()) return reason;
-    const auto needed = QgsVectorDataProvider::ChangeAttributeValues | QgsVectorDataProvider::AddAttributes |
-                        QgsVectorDataProvider::DeleteFeatures;
+    const auto needed = kChangeAttributeValues | kAddAttributes | kDeleteFeatures;
     if ((layer.dataProvider()->capabilities() & needed) != needed)
         return "The data of the layer \"" + Name() +
                "\" cannot be changed: the file is write-protected, or its format is read-only. Please export the layer "
@@ -78,9 +77,9 @@ platform::Layer FromQgsLayer(QgsMapLayer& layer) {
     } else if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer); raster && raster->isValid()) {
         result.Class = platform::LayerClass::kRaster;
         result.Raster = std::make_shared<QgisRasterLayer>(*raster);
-    } else if (layer.type() == QgsMapLayerType::MeshLayer) {
+    } else if (layer.type() == kMeshLayer) {
         result.Class = platform::LayerClass::kMesh;
-    } else if (layer.type() == QgsMapLayerType::AnnotationLayer) {
+    } else if (layer.type() == kAnnotationLayer) {
         result.Class = platform::LayerClass::kAnnotation;
     }
     return result;

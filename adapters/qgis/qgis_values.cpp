@@ -9,7 +9,6 @@
 #include <qgsmultipoint.h>
 #include <qgsmultipolygon.h>
 #include <qgspolygon.h>
-#include <qgsunittypes.h>
 
 namespace wxl::qgis {
 namespace {
@@ -63,40 +62,40 @@ std::string FromQString(const QString& text) {
 
 platform::FieldValue FromVariant(const QVariant& value) {
     if (!value.isValid() || value.isNull()) return std::monostate{};
-    switch (value.type()) {
-        case QVariant::Int:
-        case QVariant::LongLong:
-        case QVariant::UInt:
-        case QVariant::Bool:
+    switch (type_of(value)) {
+        case QMetaType::Int:
+        case QMetaType::LongLong:
+        case QMetaType::UInt:
+        case QMetaType::Bool:
             return std::int64_t{value.toLongLong()};
-        case QVariant::Double:
-        case QVariant::ULongLong:
+        case QMetaType::Double:
+        case QMetaType::ULongLong:
             return value.toDouble();
-        case QVariant::Date:
+        case QMetaType::QDate:
             return FromQString(value.toDate().toString(Qt::ISODate));
-        case QVariant::Time:
+        case QMetaType::QTime:
             return FromQString(value.toTime().toString(Qt::ISODate));
-        case QVariant::DateTime:
+        case QMetaType::QDateTime:
             return FromQString(value.toDateTime().toString(Qt::ISODate));
         default:
             return FromQString(value.toString());
     }
 }
 
-QVariant ToVariant(const platform::FieldValue& value, QVariant::Type type) {
-    if (platform::IsMissing(value)) return QVariant(type);
+QVariant ToVariant(const platform::FieldValue& value, QMetaType::Type type) {
+    if (platform::IsMissing(value)) return null_of(type);
     if (const auto* whole = std::get_if<std::int64_t>(&value)) return QVariant(qlonglong{*whole});
     if (const auto* number = std::get_if<double>(&value)) return QVariant(*number);
     return QVariant(ToQString(std::get<std::string>(value)));
 }
 
-ShapeType ShapeTypeOf(QgsWkbTypes::GeometryType type) {
+ShapeType ShapeTypeOf(GeometryType type) {
     switch (type) {
-        case QgsWkbTypes::PointGeometry:
+        case kPointGeometry:
             return ShapeType::kPoint;
-        case QgsWkbTypes::LineGeometry:
+        case kLineGeometry:
             return ShapeType::kPolyline;
-        case QgsWkbTypes::PolygonGeometry:
+        case kPolygonGeometry:
             return ShapeType::kPolygon;
         default:
             return ShapeType::kNull;
@@ -165,20 +164,20 @@ platform::Field FromQgsField(const QgsField& field) {
     result.Name = FromQString(field.name());
     result.Length = field.length();
     result.Precision = field.precision();
-    switch (field.type()) {
-        case QVariant::Int:
-        case QVariant::LongLong:
-        case QVariant::UInt:
-        case QVariant::Bool:
+    switch (type_of(field)) {
+        case QMetaType::Int:
+        case QMetaType::LongLong:
+        case QMetaType::UInt:
+        case QMetaType::Bool:
             result.Type = platform::FieldType::kInteger;
             break;
-        case QVariant::Double:
-        case QVariant::ULongLong:
+        case QMetaType::Double:
+        case QMetaType::ULongLong:
             result.Type = platform::FieldType::kDouble;
             break;
-        case QVariant::Date:
-        case QVariant::Time:
-        case QVariant::DateTime:
+        case QMetaType::QDate:
+        case QMetaType::QTime:
+        case QMetaType::QDateTime:
             result.Type = platform::FieldType::kDate;
             break;
         default:
@@ -189,22 +188,22 @@ platform::Field FromQgsField(const QgsField& field) {
 }
 
 QgsField ToQgsField(const platform::Field& field) {
-    QVariant::Type type = QVariant::String;
-    if (field.Type == platform::FieldType::kDouble) type = QVariant::Double;
-    if (field.Type == platform::FieldType::kInteger) type = QVariant::LongLong;
-    if (field.Type == platform::FieldType::kDate) type = QVariant::Date;
-    return QgsField(ToQString(field.Name), type, QString(), field.Length, field.Precision);
+    QMetaType::Type type = QMetaType::QString;
+    if (field.Type == platform::FieldType::kDouble) type = QMetaType::Double;
+    if (field.Type == platform::FieldType::kInteger) type = QMetaType::LongLong;
+    if (field.Type == platform::FieldType::kDate) type = QMetaType::QDate;
+    return make_field(ToQString(field.Name), type, QString(), field.Length, field.Precision);
 }
 
 platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs) {
     if (!crs.isValid()) return {};
     platform::SpatialReference reference;
     reference.Name = FromQString(crs.description());
-    reference.Wkt = FromQString(crs.toWkt(QgsCoordinateReferenceSystem::WKT_PREFERRED));
+    reference.Wkt = FromQString(crs.toWkt(kPreferredWkt));
     reference.UnitName = FromQString(QgsUnitTypes::encodeUnit(crs.mapUnits()));
     reference.IsGeographic = crs.isGeographic();
-    if (!crs.isGeographic() && crs.mapUnits() != QgsUnitTypes::DistanceUnknownUnit)
-        reference.MetersPerUnit = QgsUnitTypes::fromUnitToUnitFactor(crs.mapUnits(), QgsUnitTypes::DistanceMeters);
+    if (!crs.isGeographic() && crs.mapUnits() != kUnknownUnit)
+        reference.MetersPerUnit = QgsUnitTypes::fromUnitToUnitFactor(crs.mapUnits(), kMetres);
     return reference;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
+#include "adapters/qgis/qgis_versions.h"
 #include "platform/values.h"
 
 #include <qgscoordinatereferencesystem.h>
 #include <qgsfield.h>
 #include <qgsgeometry.h>
-#include <qgswkbtypes.h>
 #include <QString>
 #include <QVariant>
 #include <string>
@@ -20,9 +20,9 @@ std::string FromQString(const QString& text);
 platform::FieldValue FromVariant(const QVariant& value);
 
 /// A null of the field's type for a missing value.
-QVariant ToVariant(const platform::FieldValue& value, QVariant::Type type);
+QVariant ToVariant(const platform::FieldValue& value, QMetaType::Type type);
 
-platform::ShapeType ShapeTypeOf(QgsWkbTypes::GeometryType type);
+platform::ShapeType ShapeTypeOf(GeometryType type);
 
 /// The one point of a (multi)point, RuntimeError 5 where there are several; all parts of a line; rings of a polygon,
 /// outer rings clockwise before their holes.

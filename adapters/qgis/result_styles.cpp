@@ -1,5 +1,7 @@
 #include "adapters/qgis/result_styles.h"
 
+#include "adapters/qgis/qgis_versions.h"
+
 #include <algorithm>
 #include <memory>
 #include <qgscategorizedsymbolrenderer.h>
@@ -61,8 +63,7 @@ std::unique_ptr<QgsSymbol> area_symbol(const QColor& colour) {
 }  // namespace
 
 void StyleDensity(QgsRasterLayer& layer, double maximum) {
-    auto ramp = std::make_unique<QgsColorRampShader>(0.0, maximum > 0.0 ? maximum : 1.0, density_ramp(),
-                                                     QgsColorRampShader::Interpolated, QgsColorRampShader::Continuous);
+    auto ramp = std::make_unique<QgsColorRampShader>(0.0, maximum > 0.0 ? maximum : 1.0, density_ramp());
     ramp->classifyColorRamp(0, -1);
     auto shader = std::make_unique<QgsRasterShader>(ramp->minimumValue(), ramp->maximumValue());
     const double highest = ramp->maximumValue();
@@ -76,7 +77,7 @@ void StyleDensity(QgsRasterLayer& layer, double maximum) {
 void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes) {
     std::sort(classes.begin(), classes.end(),
               [](const IsoplethClass& a, const IsoplethClass& b) { return a.Percent > b.Percent; });
-    const bool areas = layer.geometryType() == QgsWkbTypes::PolygonGeometry;
+    const bool areas = layer.geometryType() == kPolygonGeometry;
     QgsCategoryList categories;
     for (std::size_t rank = 0; rank < classes.size(); ++rank) {
         const QColor colour = class_colour(rank, classes.size());

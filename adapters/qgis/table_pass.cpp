@@ -45,7 +45,7 @@ int field_named(const QgsFields& fields, std::string_view name) {
 
 int stored_field(const QgsVectorLayer& layer, int field) {
     const QgsFields fields = layer.fields();
-    if (fields.fieldOrigin(field) != QgsFields::OriginProvider)
+    if (fields.fieldOrigin(field) != kFieldOfProvider)
         platform::Raise(platform::error_number::kPermissionDenied,
                         "The field \"" + FromQString(fields.at(field).name()) + "\" of the layer \"" +
                             FromQString(layer.name()) +
@@ -206,7 +206,8 @@ void TablePass::WriteThroughProvider() {
         feature.setGeometry(ToQgsGeometry(row.Shape));
         for (std::size_t i = 0; i < row.Values.size(); ++i) {
             const int field = static_cast<int>(i);
-            if (field < fields.count()) feature.setAttribute(field, ToVariant(row.Values[i], fields.at(field).type()));
+            if (field < fields.count())
+                feature.setAttribute(field, ToVariant(row.Values[i], type_of(fields.at(field))));
         }
         features << feature;
     }

@@ -87,7 +87,7 @@ QString free_name(const QString& wanted, const QDir& folder, QString& path) {
 /// The column of the object IDs: the layer's own where it shows one, else a name that no field has.
 QString fid_column(const QgsVectorLayer& layer, bool& isNew) {
     const QgsAttributeList keys = layer.primaryKeyAttributes();
-    isNew = keys.size() != 1 || layer.fields().at(keys.first()).type() == QVariant::String;
+    isNew = keys.size() != 1 || type_of(layer.fields().at(keys.first())) == QMetaType::QString;
     if (!isNew) return layer.fields().at(keys.first()).name();
     QString name = QStringLiteral("fid");
     while (layer.fields().lookupField(name) >= 0) name += QLatin1Char('_');
@@ -109,7 +109,7 @@ void write_copy(QgsVectorLayer& layer, const QgsCoordinateReferenceSystem& crs, 
     const QString column = fid_column(layer, newColumn);
     options.layerOptions << QStringLiteral("FID=") + column;
     QgsFields fields;
-    if (newColumn) fields.append(QgsField(column, QVariant::LongLong));
+    if (newColumn) fields.append(make_field(column, QMetaType::LongLong));
     fields.extend(layer.fields());
     const std::unique_ptr<QgsVectorFileWriter> writer(
         QgsVectorFileWriter::create(path, fields, layer.wkbType(), crs, context, options));

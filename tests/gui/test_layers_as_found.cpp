@@ -6,6 +6,7 @@
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qgis_versions.h"
 #include "movement/FIndDupTime2.h"
 #include "movement/FindDupxy.h"
 #include "movement/OVIOBS.h"
@@ -162,7 +163,7 @@ TEST_P(LayersOfEachFormat, A_query_names_fields_and_no_aliases) {
 
 TEST_P(LayersOfEachFormat, The_very_name_goes_before_one_of_another_case) {
     QgsVectorLayer& layer = Open(GetParam().Kind, {kTime2}, three_times());
-    layer.addExpressionField(QStringLiteral("1"), QgsField(QStringLiteral("TIME2"), QVariant::Int));
+    layer.addExpressionField(QStringLiteral("1"), make_field(QStringLiteral("TIME2"), QMetaType::Int));
     QgisFeatureClass features(layer);
     EXPECT_EQ(features.FindField("TIME2"), layer.fields().count() - 1);
     EXPECT_EQ(features.FindField("Time2"), layer.fields().count() - 2);
@@ -171,7 +172,7 @@ TEST_P(LayersOfEachFormat, The_very_name_goes_before_one_of_another_case) {
 
 TEST_P(LayersOfEachFormat, A_computed_field_takes_no_results) {
     QgsVectorLayer& layer = Open(GetParam().Kind, {kTime2}, three_times());
-    layer.addExpressionField(QStringLiteral("7"), QgsField(QStringLiteral("Dist"), QVariant::Double));
+    layer.addExpressionField(QStringLiteral("7"), make_field(QStringLiteral("Dist"), QMetaType::Double));
     Run<movement::OVIOBS>();
     EXPECT_EQ(Messages.Last().Text, "CalcFeatures sub Error number: 70");
     EXPECT_EQ(ValuesOf("Dist"), (Cells{"7", "7", "7"}));
@@ -201,7 +202,7 @@ TEST_P(LayersOfEachFormat, A_joined_field_takes_no_results) {
 
 TEST_P(LayersOfEachFormat, A_refused_value_names_its_field) {
     QgsVectorLayer& layer = Open(GetParam().Kind, {kTime2}, three_times());
-    layer.addExpressionField(QStringLiteral("7"), QgsField(QStringLiteral("Dist"), QVariant::Double));
+    layer.addExpressionField(QStringLiteral("7"), make_field(QStringLiteral("Dist"), QMetaType::Double));
     QgisFeatureClass features(layer);
     const int field = features.FindField("Dist");
     const auto expect_refusal = [](auto&& action) {
@@ -221,7 +222,7 @@ TEST_P(LayersOfEachFormat, A_refused_value_names_its_field) {
 
 TEST_P(LayersOfEachFormat, Results_go_into_stored_fields_beside_computed_ones) {
     QgsVectorLayer& layer = Open(GetParam().Kind, {kTime2}, three_times());
-    layer.addExpressionField(QStringLiteral("7"), QgsField(QStringLiteral("seven"), QVariant::Double));
+    layer.addExpressionField(QStringLiteral("7"), make_field(QStringLiteral("seven"), QMetaType::Double));
     Run<movement::OVIOBS>();
     EXPECT_EQ(Messages.Boxes().size(), 1U) << "the question";
     EXPECT_EQ(ValuesOf("Dist"), (Cells{"", "120", "180"}));

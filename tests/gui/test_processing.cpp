@@ -1,6 +1,7 @@
 // The Processing provider: the algorithms give what the command line tool gives.
 
 #include "adapters/qgis/processing/wxl_provider.h"
+#include "adapters/qgis/qgis_versions.h"
 #include "platform/text.h"
 #include "tests/gui/qgis_environment.h"
 #include "tests/support/places.h"
@@ -202,8 +203,8 @@ TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
         EXPECT_FALSE(algorithm->shortHelpString().isEmpty());
         EXPECT_FALSE(algorithm->shortDescription().isEmpty());
         EXPECT_FALSE(algorithm->group().isEmpty());
-        EXPECT_TRUE(algorithm->flags() & QgsProcessingAlgorithm::FlagNoThreading);
-        EXPECT_TRUE(algorithm->flags() & QgsProcessingAlgorithm::FlagCanCancel);
+        EXPECT_TRUE(algorithm->flags() & kAlgorithmNoThreading);
+        EXPECT_TRUE(algorithm->flags() & kAlgorithmCanCancel);
     }
     names.sort();
     EXPECT_EQ(names.join(QLatin1Char(' ')), "kerneldensity observationfields removeduplicates statistics");
@@ -308,7 +309,7 @@ TEST_F(ProcessingTest, Mistakes_are_told_before_the_run) {
     auto parameters = KernelParameters("out");
     parameters.remove(QStringLiteral("CELL_SIZE"));
     EXPECT_EQ(Failure("kerneldensity", parameters), "Give the cell size in map units.");
-    for (const QVariant& none : {QVariant(QVariant::Double), QVariant(QString()), QVariant(QStringLiteral(" "))}) {
+    for (const QVariant& none : {null_of(QMetaType::Double), QVariant(QString()), QVariant(QStringLiteral(" "))}) {
         parameters[QStringLiteral("CELL_SIZE")] = none;
         EXPECT_EQ(Failure("kerneldensity", parameters), "Give the cell size in map units.");
     }

@@ -1,6 +1,7 @@
 #include "adapters/files/disk_services.h"
 #include "adapters/memory/memory_services.h"
 #include "adapters/qgis/kde_dialog.h"
+#include "adapters/qgis/qgis_versions.h"
 #include "adapters/qgis/result_layers.h"
 #include "tests/gui/qgis_environment.h"
 #include "tests/support/quick_folder.h"
@@ -214,8 +215,7 @@ TEST_F(ResultLayersTest, Zero_is_transparent_and_the_largest_density_yellow) {
     Run("out");
     auto& raster = dynamic_cast<QgsRasterLayer&>(LayerOf(0));
     auto& renderer = dynamic_cast<QgsSingleBandPseudoColorRenderer&>(*raster.renderer());
-    const double highest =
-        raster.dataProvider()->bandStatistics(1, QgsRasterBandStats::Max, raster.extent(), 0).maximumValue;
+    const double highest = raster.dataProvider()->bandStatistics(1, kBandMaximum, raster.extent(), 0).maximumValue;
     EXPECT_EQ(renderer.classificationMax(), highest);
     int red = 0;
     int green = 0;

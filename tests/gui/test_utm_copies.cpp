@@ -2,6 +2,7 @@
 #include "adapters/memory/memory_services.h"
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/qgis_layers.h"
+#include "adapters/qgis/qgis_versions.h"
 #include "adapters/qgis/utm_copies.h"
 #include "platform/runtime_error.h"
 #include "tests/gui/qgis_environment.h"
@@ -128,7 +129,7 @@ TEST_F(UtmCopiesTest, A_copy_keeps_object_IDs_cells_order_and_selection) {
 
 TEST_F(UtmCopiesTest, A_field_named_as_the_object_IDs_usually_are_is_kept) {
     QgsVectorLayer& source = AddShapefile({{9.0, 48.0}, {9.0, 49.0}, {9.0, 50.0}});
-    ASSERT_TRUE(source.dataProvider()->addAttributes({QgsField(QStringLiteral("fid"), QVariant::Int)}));
+    ASSERT_TRUE(source.dataProvider()->addAttributes({make_field(QStringLiteral("fid"), QMetaType::Int)}));
     ASSERT_TRUE(source.dataProvider()->changeAttributeValues({{0, {{2, 7}}}, {1, {{2, 7}}}, {2, {{2, 3}}}}));
     source.updateFields();
     QgsVectorLayer& copy = LayerNamed(m_copies.AddUtmCopy(FromQgsLayer(source), {32, false, 32, 32}));

@@ -27,7 +27,7 @@ const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
 template <class Parameter>
 Parameter* advanced(Parameter* parameter) {
-    parameter->setFlags(parameter->flags() | QgsProcessingParameterDefinition::FlagAdvanced);
+    parameter->setFlags(parameter->flags() | kParameterAdvanced);
     return parameter;
 }
 
@@ -60,7 +60,7 @@ public:
 /// Whether an optional parameter has a value: dialogs hand on a null, scripts an empty text, where it has none.
 bool is_given(const QVariantMap& parameters, const char* name) {
     const QVariant value = parameters.value(QLatin1String(name));
-    const bool isText = value.type() == QVariant::String;
+    const bool isText = type_of(value) == QMetaType::QString;
     return value.isValid() && !value.isNull() && !(isText && value.toString().trimmed().isEmpty());
 }
 
@@ -182,10 +182,10 @@ void KernelDensityAlgorithm::AddRasterParameters() {
     addParameter(new QgsProcessingParameterString(QStringLiteral("PREFIX"),
                                                   QStringLiteral("Raster name prefix (at most 6 characters)"),
                                                   QVariant(), false, true));
-    addParameter(advanced(
-        with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
-                                                   QgsProcessingParameterNumber::Double, 1000000.0, false, 0.0),
-                  "The volume of a complete distribution")));
+    addParameter(
+        advanced(with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
+                                                            kNumberDouble, 1000000.0, false, 0.0),
+                           "The volume of a complete distribution")));
     addParameter(advanced(new QgsProcessingParameterEnum(QStringLiteral("RASTER_FORMAT"),
                                                          QStringLiteral("Raster format"), kFormats, false, 0)));
 }

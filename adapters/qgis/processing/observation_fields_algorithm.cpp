@@ -30,7 +30,7 @@ void ObservationFieldsAlgorithm::initAlgorithm(const QVariantMap&) {
     addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
                                                    QStringLiteral("Lift the limit of 32767 fixes"), false));
     addParameter(new QgsProcessingParameterFeatureSink(
-        QStringLiteral("OUTPUT"), QStringLiteral("Fixes with times and distances"), QgsProcessing::TypeVectorPoint));
+        QStringLiteral("OUTPUT"), QStringLiteral("Fixes with times and distances"), kSourceVectorPoint));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("ROWS"), QStringLiteral("Number of fixes")));
 }
 

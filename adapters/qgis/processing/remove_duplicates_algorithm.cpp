@@ -46,8 +46,8 @@ void RemoveDuplicatesAlgorithm::initAlgorithm(const QVariantMap&) {
                                        {QStringLiteral("Time (field Time2)"), QStringLiteral("Place")}, false, kTime2));
     addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
                                                    QStringLiteral("Lift the limit of 32767 fixes"), false));
-    addParameter(new QgsProcessingParameterFeatureSink(
-        QStringLiteral("OUTPUT"), QStringLiteral("Fixes without duplicates"), QgsProcessing::TypeVectorPoint));
+    addParameter(new QgsProcessingParameterFeatureSink(QStringLiteral("OUTPUT"),
+                                                       QStringLiteral("Fixes without duplicates"), kSourceVectorPoint));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("COMPARED"), QStringLiteral("Number of fixes compared")));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("DELETED"), QStringLiteral("Number of fixes left out")));
 }

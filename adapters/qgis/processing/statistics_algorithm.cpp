@@ -10,16 +10,16 @@ namespace wxl::qgis {
 namespace {
 
 QVariant value_of(const std::optional<double>& number) {
-    return number ? QVariant(*number) : QVariant(QVariant::Double);
+    return number ? QVariant(*number) : null_of(QMetaType::Double);
 }
 
 QgsFields table_fields(const QgsField& idField) {
     QgsFields fields;
     fields.append(
-        QgsField(QStringLiteral("id"), idField.type(), idField.typeName(), idField.length(), idField.precision()));
-    fields.append(QgsField(QStringLiteral("count"), QVariant::LongLong));
+        make_field(QStringLiteral("id"), type_of(idField), idField.typeName(), idField.length(), idField.precision()));
+    fields.append(make_field(QStringLiteral("count"), QMetaType::LongLong));
     for (const char* name : {"schoener", "swihart_slade", "sd_x", "sd_y", "ratio", "href", "href_scaled"})
-        fields.append(QgsField(QLatin1String(name), QVariant::Double));
+        fields.append(make_field(QLatin1String(name), QMetaType::Double));
     return fields;
 }
 
@@ -48,8 +48,8 @@ void StatisticsAlgorithm::initAlgorithm(const QVariantMap&) {
     AddInput(QStringLiteral("Fixes (projected points)"));
     addParameter(new QgsProcessingParameterField(QStringLiteral("ID_FIELD"), QStringLiteral("Animal ID field"),
                                                  QVariant(), QStringLiteral("INPUT")));
-    addParameter(new QgsProcessingParameterFeatureSink(QStringLiteral("OUTPUT"), QStringLiteral("Statistics"),
-                                                       QgsProcessing::TypeVector));
+    addParameter(
+        new QgsProcessingParameterFeatureSink(QStringLiteral("OUTPUT"), QStringLiteral("Statistics"), kSourceVector));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("ANIMALS"), QStringLiteral("Number of animals")));
 }
 
@@ -76,7 +76,7 @@ QVariantMap StatisticsAlgorithm::processAlgorithm(const QVariantMap& parameters,
     QString destination;
     const QgsFields fields = table_fields(input.Layer->fields().at(idIndex));
     const std::unique_ptr<QgsFeatureSink> sink(
-        parameterAsSink(parameters, QStringLiteral("OUTPUT"), context, destination, fields, QgsWkbTypes::NoGeometry));
+        parameterAsSink(parameters, QStringLiteral("OUTPUT"), context, destination, fields, kWithoutGeometry));
     if (!sink) throw QgsProcessingException(invalidSinkError(parameters, QStringLiteral("OUTPUT")));
     const std::size_t animals = form.IndependenceNumbers().size();
     for (std::size_t i = 0; i < animals && !feedback->isCanceled(); ++i) {
@@ -85,7 +85,7 @@ QVariantMap StatisticsAlgorithm::processAlgorithm(const QVariantMap& parameters,
         const kde_tool::HrefRow& bandwidth = form.HrefNumbers().at(i);
         QgsFeature row(fields);
         row.setAttributes(QVector<QVariant>{
-            ToVariant(independence.Id, fields.at(0).type()), qlonglong{independence.Count},
+            ToVariant(independence.Id, type_of(fields.at(0))), qlonglong{independence.Count},
             value_of(independence.Schoener), value_of(independence.SwihartSlade), value_of(spread.SdX),
             value_of(spread.SdY), value_of(spread.Ratio), value_of(bandwidth.Href), value_of(bandwidth.HrefScaled)});
         if (!sink->addFeature(row, QgsFeatureSink::FastInsert))

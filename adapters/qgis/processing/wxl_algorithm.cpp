@@ -55,7 +55,7 @@ QIcon WxlAlgorithm::icon() const {
 }
 
 void WxlAlgorithm::AddInput(const QString& description) {
-    addParameter(new QgsProcessingParameterFeatureSource(kInput, description, {QgsProcessing::TypeVectorPoint}));
+    addParameter(new QgsProcessingParameterFeatureSource(kInput, description, {static_cast<int>(kSourceVectorPoint)}));
 }
 
 WxlAlgorithm::ReadLayer WxlAlgorithm::LayerToRead(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -69,7 +69,7 @@ WxlAlgorithm::ReadLayer WxlAlgorithm::LayerToRead(const QVariantMap& parameters,
         read.Layer = read.Owned.get();
         read.SelectedOnly = false;
     }
-    if (read.Layer->geometryType() != QgsWkbTypes::PointGeometry)
+    if (read.Layer->geometryType() != kPointGeometry)
         throw QgsProcessingException(
             QStringLiteral("The layer \"%1\" holds no points: choose a point layer.").arg(read.Layer->name()));
     return read;

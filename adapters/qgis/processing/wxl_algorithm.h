@@ -2,6 +2,7 @@
 #include "adapters/files/disk_services.h"
 #include "adapters/qgis/processing/feedback.h"
 #include "adapters/qgis/processing/fixed_map.h"
+#include "adapters/qgis/qgis_versions.h"
 #include "platform/services.h"
 #include "utilities/Utilities.h"
 
@@ -50,7 +51,7 @@ private:
 
 /// What all algorithms share.
 ///
-/// They run in the main thread (FlagNoThreading): the tools are made for the thread of the user interface. They read
+/// They run in the main thread (no threading): the tools are made for the thread of the user interface. They read
 /// layers of the project, the engine plans its transforms and the adapters remember coordinate systems without locks,
 /// and none has threads of its own. The desktop stays alive, because every turn that a tool gives its host reaches the
 /// event loop: the log grows, the bar moves, Cancel is heard.
@@ -59,7 +60,7 @@ public:
     QString group() const override { return QStringLiteral("Home ranges"); }
     QString groupId() const override { return QStringLiteral("homeranges"); }
     QIcon icon() const override;
-    Flags flags() const override { return QgsProcessingAlgorithm::flags() | FlagNoThreading; }
+    AlgorithmFlags flags() const override { return QgsProcessingAlgorithm::flags() | kAlgorithmNoThreading; }
 
 protected:
     /// Adds the parameter INPUT for points, also of the selected ones alone.
