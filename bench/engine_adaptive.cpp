@@ -18,7 +18,7 @@ void pilot_engine(benchmark::State& state) {
     const std::vector<platform::Point> points = sample(state);
     const double bandwidth = tests::twin_href(points);
     for (auto _ : state) {
-        engine::WorkClock clock(nullptr);
+        engine::WorkClock clock;
         benchmark::DoNotOptimize(engine::pilot_density(points, bandwidth, clock).data());
     }
 }

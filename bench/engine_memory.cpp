@@ -28,7 +28,8 @@ void largest_grid(benchmark::State& state) {
     files::RasterWorkspace rasters(disk, folders);
     SilentMessages messages;
     for (auto _ : state) {
-        engine::clsKernelCalculator calculator(messages, &rasters);
+        engine::clsKernelCalculator calculator(
+            messages, [&](const auto& where, const auto& definition) { return rasters.Create(where, definition); });
         calculator.SetInputCoords(tests::normal_sample(3000, 900.0, {5000.0, 2500.0}, 31));
         calculator.SetCellSize(1.0);
         calculator.SetColumns(10000);

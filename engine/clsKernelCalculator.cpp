@@ -67,16 +67,15 @@ void clsKernelCalculator::SetOriginCoords(double dX, double dY) {
     m_kernelCalculated = false;
 }
 
-void clsKernelCalculator::SetReferenceRaster(platform::IRasterLayer* pRL) {
+void clsKernelCalculator::SetReferenceRaster(const platform::RasterGeometry* pRL) {
     if (pRL == nullptr) {
         lErrorStatus = kernel_status::kNoReferenceRaster;
         return;
     }
-    const platform::RasterGeometry geometry = pRL->Geometry();
-    SetCellSize(geometry.CellSize);
-    SetColumns(geometry.Columns);
-    SetRows(geometry.Rows);
-    SetOriginCoords(geometry.OriginX, geometry.OriginY);
+    SetCellSize(pRL->CellSize);
+    SetColumns(pRL->Columns);
+    SetRows(pRL->Rows);
+    SetOriginCoords(pRL->OriginX, pRL->OriginY);
     m_kernelCalculated = false;
 }
 
@@ -119,8 +118,6 @@ void clsKernelCalculator::SetLimitRadius(double dRadius) {
     m_limitRadius = dRadius;
     m_kernelCalculated = false;
 }
-
-void clsKernelCalculator::SetProgressBar(platform::ProgressBar* /*pBar*/) {}
 
 double clsKernelCalculator::GetScaledBandwidth() const {
     return m_enforceUnitVariance && m_rescaled ? m_bandwidth * (m_sdX + m_sdY) / 2.0 : m_bandwidth;
@@ -180,7 +177,7 @@ void clsKernelCalculator::CalculateBySearch(const SearchSteps& steps) {
         RescaleOnce(steps.Units, steps.Rescaling);
         lErrorStatus = steps.Search;
         clsLSCV search(*m_messages);
-        search.SetHost(m_host);
+        search.SetTurns(m_turns);
         search.SetInputCoords(m_points);
         (search.*steps.Calculate)();
         m_href = search.GetHREF();

@@ -3,10 +3,9 @@
 #include "engine/point_sample.h"
 #include "engine/search_profile.h"
 #include "engine/status.h"
-#include "platform/controls.h"
-#include "platform/map.h"
+#include "engine/work_clock.h"
 #include "platform/messages.h"
-#include "platform/workspaces.h"
+#include "platform/rasters.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -14,6 +13,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace wxl::engine {
@@ -33,9 +33,10 @@ enum BandwidthEstimator : std::int32_t { be_Manual = 0, be_LSCV = 1, be_HREF = 2
 /// Setters ignore a number that is not greater than zero, not finite, or (cell size) beyond 32 bits.
 class clsKernelCalculator {
 public:
-    /// Message boxes about faults go to `messages`; WriteKernelToRaster writes into `rasters`. Both outlive the object.
-    explicit clsKernelCalculator(platform::IMessages& messages, platform::IRasterWorkspace* rasters = nullptr)
-        : m_messages(&messages), m_rasters(rasters) {}
+    /// Message boxes about faults go to `messages`, which must outlive the object; WriteKernelToRaster writes with
+    /// `createRaster`.
+    explicit clsKernelCalculator(platform::IMessages& messages, platform::CreateRaster createRaster = {})
+        : m_messages(&messages), m_createRaster(std::move(createRaster)) {}
 
     bool LSCVMinimized = false;     ///< the last LSCV or BCV search ended at an interior minimum
     bool HasLSCVProfile = false;    ///< a search profile is held
@@ -56,7 +57,7 @@ public:
     void SetOriginCoords(double dX, double dY);
 
     /// Cell size, columns, rows and origin of a raster layer; null sets status 1010.
-    void SetReferenceRaster(platform::IRasterLayer* pRL);
+    void SetReferenceRaster(const platform::RasterGeometry* pRL);
 
     /// Bandwidth in map units. The estimator becomes be_Manual even when the value is refused.
     void SetManualBandwidth(double dBandwidth);
@@ -79,14 +80,12 @@ public:
     /// Reach of each fix's kernel in map units: whole cells, Int(radius / cell) + 1 around the fix's own cell.
     void SetLimitRadius(double dRadius);
 
-    /// Accepted and ignored.
-    void SetProgressBar(platform::ProgressBar* pBar);
+    /// A progress control of any kind: accepted and ignored.
+    template <class Bar>
+    void SetProgressBar(Bar* /*pBar*/) {}
 
-    /// The host that gets a turn about every 50 ms of long work; null (the default): none.
-    void SetHost(platform::IHost* host) { m_host = host; }
-
-    /// Format of WriteKernelToRaster: "GRID" (the default) or "GTiff".
-    void SetRasterFormat(const std::string& format) { m_rasterFormat = format; }
+    /// The turns that long work gives to the host; none by default.
+    void SetTurns(Turns turns) { m_turns = std::move(turns); }
 
     /// Bandwidth = reference bandwidth of the (rescaled) fixes.
     void CalculateHREF();
@@ -101,7 +100,7 @@ public:
     void CalculateKernel();
 
     /// Writes the grid as a one-band raster of 32-bit floats and returns it; null when there is no valid grid. Throws
-    /// RuntimeError when the raster cannot be written (6: a density beyond 32-bit floats; 91: no raster workspace).
+    /// RuntimeError when the raster cannot be written (6: a density beyond 32-bit floats; 91: nothing to write with).
     std::shared_ptr<platform::IRasterDataset> WriteKernelToRaster(const std::filesystem::path& sFolder,
                                                                   const std::string& dsName,
                                                                   const platform::SpatialReference& pSR);
@@ -154,9 +153,8 @@ private:
     void Normalise();
 
     platform::IMessages* m_messages;
-    platform::IRasterWorkspace* m_rasters;
-    platform::IHost* m_host = nullptr;
-    std::string m_rasterFormat = "GRID";
+    platform::CreateRaster m_createRaster;
+    Turns m_turns;
 
     std::int32_t m_rows = 0;
     std::int32_t m_columns = 0;

@@ -140,7 +140,7 @@ void clsKernelCalculator::ComputeLocalFactors(std::string& workingValues) {
         require_finite(point.X);
         require_finite(point.Y);
     }
-    WorkClock clock(m_host);
+    WorkClock clock(m_turns);
     m_localFactors = pilot_density(m_points, m_bandwidth, clock);
 
     lErrorStatus = kernel_status::kPilotMean;
@@ -189,7 +189,7 @@ void clsKernelCalculator::AccumulateFixes(std::int32_t reach) {
         lErrorStatus = kernel_status::kNextPoint;
     }
     lErrorStatus = kernel_status::kAccumulation;
-    WorkClock clock(m_host);
+    WorkClock clock(m_turns);
     accumulate(kernels, centres, m_kernel, clock);
 }
 
@@ -212,14 +212,13 @@ void clsKernelCalculator::Normalise() {
 std::shared_ptr<platform::IRasterDataset> clsKernelCalculator::WriteKernelToRaster(
     const std::filesystem::path& sFolder, const std::string& dsName, const platform::SpatialReference& pSR) {
     if (!m_kernelCalculated || lErrorStatus != kernel_status::kGood) return nullptr;
-    if (m_rasters == nullptr) platform::Raise(platform::error_number::kObjectNotSet);
+    if (!m_createRaster) platform::Raise(platform::error_number::kObjectNotSet);
     platform::RasterDefinition definition;
     definition.Name = dsName;
-    definition.Format = m_rasterFormat;
     definition.Geometry = {m_originX, m_originY, GetCellSize(), m_columns, m_rows};
     definition.Reference = pSR;
-    const auto writer = m_rasters->Create(sFolder, definition);
-    WorkClock clock(m_host);
+    const auto writer = m_createRaster(sFolder, definition);
+    WorkClock clock(m_turns);
     std::vector<float> cells(static_cast<std::size_t>(m_columns));
     for (std::int32_t row = 0; row < m_rows; ++row) {
         std::ranges::transform(m_kernel.Row(row), cells.begin(), single_precision);

@@ -149,7 +149,7 @@ void clsLSCV::RunSearch(const Method& method) {
 
         lErrorStatus = method.LoopStep;
         const std::vector<double> bandwidths = bandwidths_of_search(m_searchMin, m_searchMax, m_step, rows);
-        WorkClock clock(m_host);
+        WorkClock clock(m_turns);
         const SearchScores scores = search_scores(method.Score, m_points, bandwidths, clock);
 
         lErrorStatus = method.LastRowStep;

@@ -2,11 +2,13 @@
 #include "engine/point_sample.h"
 #include "engine/search_profile.h"
 #include "engine/status.h"
+#include "engine/work_clock.h"
 #include "platform/messages.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace wxl::engine {
 
@@ -23,8 +25,8 @@ public:
     bool bMinimized = false;        ///< the last search ended at an interior minimum
     std::int32_t lErrorStatus = 0;  ///< lscv_status
 
-    /// The host that gets a turn about every 50 ms of a long search; null (the default): none.
-    void SetHost(platform::IHost* host) { m_host = host; }
+    /// The turns that a long search gives to the host; none by default.
+    void SetTurns(Turns turns) { m_turns = std::move(turns); }
 
     /// Range of the search, as absolute values in any order. (0, 0), the default, means 0.05 to 2 HREF for LSCV and
     /// 0.05 to 3 HREF for BCV. The range of the first search stays set.
@@ -63,7 +65,7 @@ private:
     void RunSearch(const Method& method);
 
     platform::IMessages* m_messages;
-    platform::IHost* m_host = nullptr;
+    Turns m_turns;
     PointSample m_points;
     SearchProfile m_profile;
     double m_bandwidth = 0.0;

@@ -1,26 +1,31 @@
 #pragma once
-#include "platform/messages.h"
-
 #include <chrono>
+#include <functional>
+#include <utility>
 
 namespace wxl::engine {
 
-/// Gives the host a turn about every 50 ms while a long computation ticks. Without a host a tick does nothing.
+/// Turns that long work gives to its host, so that windows repaint and Stop buttons answer.
+struct Turns {
+    std::function<void()> Yield = {};  ///< one turn; empty: none are given
+    std::function<std::chrono::steady_clock::time_point()> Now = &std::chrono::steady_clock::now;
+};
+
+/// Gives the host a turn about every 50 ms while a long computation ticks.
 class WorkClock {
 public:
-    explicit WorkClock(platform::IHost* host) : m_host(host) {}
+    explicit WorkClock(Turns turns = {}) : m_turns(std::move(turns)), m_last(m_turns.Now()) {}
 
     void Tick() {
-        if (m_host == nullptr) return;
-        const auto now = std::chrono::steady_clock::now();
-        if (now - m_last < std::chrono::milliseconds(50)) return;
-        m_host->Yield();
-        m_last = std::chrono::steady_clock::now();
+        if (!m_turns.Yield) return;
+        if (m_turns.Now() - m_last < std::chrono::milliseconds(50)) return;
+        m_turns.Yield();
+        m_last = m_turns.Now();
     }
 
 private:
-    platform::IHost* m_host;
-    std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
+    Turns m_turns;
+    std::chrono::steady_clock::time_point m_last;
 };
 
 }  // namespace wxl::engine

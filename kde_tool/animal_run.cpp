@@ -98,7 +98,10 @@ void AnimalRun::MakeSubfolder(const std::string& subfolder) const {
 
 std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalFixes& animal, std::size_t index,
                                                                    AnimalRecord& record) {
-    engine::clsKernelCalculator calculator(*m_services.Messages, m_services.Rasters);
+    engine::clsKernelCalculator calculator(*m_services.Messages, [this](const auto& place, auto definition) {
+        definition.Format = m_frame.RasterFormat;
+        return m_services.Rasters->Create(place, definition);
+    });
     Configure(calculator, animal);
     ChooseBandwidth(calculator, m_frame.Values.at(index));
     calculator.SetLimitRadius(kReach * calculator.GetScaledBandwidth());
@@ -121,16 +124,18 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
 void AnimalRun::Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const {
     const RunInputs& inputs = m_frame.Inputs;
     calculator.SetInputCoords(animal.Fixes);
-    calculator.SetHost(m_services.Host);
+    calculator.SetTurns({.Yield = [this] { m_services.Host->Yield(); }});
     calculator.SetProgressBar(&m_progress);
-    calculator.SetRasterFormat(m_frame.RasterFormat);
     calculator.SetKernelType(engine::kernel_Guassian);
     calculator.SetFixedKernel(inputs.FixedKernel);
     calculator.SetEnforceUnitVariance(inputs.Rescale);
     calculator.SetScalingFactor(m_frame.ScalingFactor);
     calculator.SetCellSize(m_frame.CellSize);
     if (inputs.Mode == ExtentMode::kFull) SetFullExtent(calculator);
-    if (inputs.Mode == ExtentMode::kReference) calculator.SetReferenceRaster(m_frame.ReferenceRaster.get());
+    if (inputs.Mode == ExtentMode::kReference) {
+        const platform::RasterGeometry reference = m_frame.ReferenceRaster->Geometry();
+        calculator.SetReferenceRaster(&reference);
+    }
 }
 
 void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {

@@ -26,7 +26,7 @@ ProfilePlot PlotSearch(const AnimalFixes& animal, BandwidthMethod method, bool r
                        platform::IHost* host) {
     NoMessages messages;
     engine::clsKernelCalculator calculator(messages);
-    calculator.SetHost(host);
+    if (host != nullptr) calculator.SetTurns({.Yield = [host] { host->Yield(); }});
     calculator.SetInputCoords(animal.Fixes);
     calculator.SetEnforceUnitVariance(rescale);
     if (method == BandwidthMethod::kBcv)

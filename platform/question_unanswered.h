@@ -3,8 +3,8 @@
 
 namespace wxl::platform {
 
-/// A question that nobody was there to answer. The work that asked it is as if it had never begun: what it changed until
-/// then is taken back.
+/// A question that nobody was there to answer. The work that asked it is as if it had never begun: what it changed
+/// until then is taken back.
 class QuestionUnanswered : public RuntimeError {
 public:
     using RuntimeError::RuntimeError;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -65,6 +66,10 @@ struct RasterDefinition {
     RasterGeometry Geometry;
     SpatialReference Reference;
 };
+
+/// Makes a raster in a folder, ready for its rows.
+using CreateRaster = std::function<std::unique_ptr<IRasterWriter>(const std::filesystem::path& folder,
+                                                                  const RasterDefinition& definition)>;
 
 /// Refuses a definition that no raster can have: a bad name (CheckDatasetName), no cells, a cell size or origin that is
 /// not finite, or one so far out that doubles cannot tell its cells apart. RuntimeError 5 with the reason.

@@ -20,8 +20,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where a command writes: results to standard output, everything else to standard error. A line is written at once, with
-/// its control characters made visible, and ends with a line feed.
+/// Where a command writes: results to standard output, everything else to standard error. A line is written at once,
+/// with its control characters made visible, and ends with a line feed.
 class Console {
 public:
     /// `terminal`: `err` is a terminal, so that a progress bar can be drawn on it.

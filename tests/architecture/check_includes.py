@@ -29,6 +29,10 @@ MAY_INCLUDE = {
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},
 }
+# What a room must not include although its room may: numbers go in and out of the engine, no host.
+REFUSED = {
+    "engine": {"platform/controls.h", "platform/map.h", "platform/services.h", "platform/workspaces.h"},
+}
 # Adapters draw the forms and know the ports, never the other way round.
 ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
@@ -57,6 +61,9 @@ def problems(root):
                 where = f"{file.relative_to(root)}:{number}"
                 if core and FOREIGN.match(line) and not (room in JSON_ROOMS and "nlohmann/" in line):
                     yield f"{where}: the core includes a toolkit or GIS header: {line.strip()}"
+                for refused in REFUSED.get(room, ()):
+                    if f'"{refused}"' in line:
+                        yield f"{where}: {room} must not include {refused}"
                 target = included_room(line)
                 if target and target != room and target not in allowed:
                     yield f"{where}: {room} must not include {target}"

@@ -30,6 +30,11 @@ class CheckIncludes(unittest.TestCase):
         self.assertEqual(len(self.problems_of("kde_tool/a.h", '#include "adapters/files/a.h"\n')), 1)
         self.assertEqual(len(self.problems_of("adapters/memory/a.h", '#include "kde_tool/frmKDE.h"\n')), 1)
 
+    def test_controls_maps_and_workspaces_in_the_engine_are_found(self):
+        for header in ("controls.h", "map.h", "workspaces.h", "services.h"):
+            self.assertEqual(len(self.problems_of("engine/a.h", f'#include "platform/{header}"\n')), 1, header)
+        self.assertEqual(self.problems_of("engine/a.h", '#include "platform/rasters.h"\n'), [])
+
     def test_arrow_along_the_plan_is_fine(self):
         self.assertEqual(self.problems_of("kde_tool/a.h", '#include "engine/numeric.h"\n'), [])
 

@@ -1,5 +1,4 @@
 #include "adapters/files/geos_operators.h"
-
 #include "platform/runtime_error.h"
 
 #include <cmath>

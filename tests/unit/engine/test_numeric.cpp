@@ -1,5 +1,4 @@
 #include "engine/numeric.h"
-
 #include "engine/point_sample.h"
 #include "platform/runtime_error.h"
 

@@ -26,7 +26,7 @@ double magnitude(Criterion criterion, std::size_t count, double value) {
 
 void expect_agreement(const std::vector<platform::Point>& points, const std::vector<double>& bandwidths,
                       const std::string& name) {
-    WorkClock clock(nullptr);
+    WorkClock clock;
     for (const Criterion criterion : {Criterion::kLscv, Criterion::kBcv}) {
         std::vector<double> literal;
         for (const double h : bandwidths) literal.push_back(literal_pair_sum(criterion, points, h, clock));
@@ -55,7 +55,7 @@ TEST(PairSums, Every_method_agrees_with_the_plain_loop_on_hostile_samples) {
 // The extent is thousands of bandwidths, so that the tiles are many and their borders matter.
 TEST(PairSums, Tiles_agree_with_the_plain_loop_across_their_borders) {
     const auto points = tests::normal_sample(1500, 1000.0, {5.0e5, 5.8e6}, 31);
-    WorkClock clock(nullptr);
+    WorkClock clock;
     const std::vector<double> bandwidths = {0.7, 1.1, 2.0, 2.9, 6.0, 11.0, 40.0};
     for (const Criterion criterion : {Criterion::kLscv, Criterion::kBcv}) {
         const auto tiles = pair_sums(criterion, points, bandwidths, PairMethod::kTiles, clock);
@@ -70,7 +70,7 @@ TEST(PairSums, Tiles_agree_with_the_plain_loop_across_their_borders) {
 TEST(PairSums, Extreme_bandwidths_agree_with_the_plain_loop) {
     auto points = tests::normal_sample(150, 100.0, {5.0e5, 5.8e6}, 41);
     points.push_back(points.front());
-    WorkClock clock(nullptr);
+    WorkClock clock;
     const std::vector<double> bandwidths = {1e-60, 1e-9, 1e-3, 1.0, 1e5, 1e30};
     for (const Criterion criterion : {Criterion::kLscv, Criterion::kBcv}) {
         const auto direct = pair_sums(criterion, points, bandwidths, PairMethod::kDirect, clock);

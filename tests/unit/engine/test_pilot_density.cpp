@@ -1,6 +1,5 @@
-#include "engine/pilot_density.h"
-
 #include "engine/gaussian_field.h"
+#include "engine/pilot_density.h"
 #include "tests/support/engine_twins.h"
 #include "tests/support/samples.h"
 
@@ -12,7 +11,7 @@ namespace wxl::engine {
 namespace {
 
 void expect_same_pilot(const std::vector<platform::Point>& points, double bandwidth, const std::string& name) {
-    WorkClock clock(nullptr);
+    WorkClock clock;
     const std::vector<double> density = pilot_density(points, bandwidth, clock);
     const std::vector<double> expected = tests::twin_pilot(points, bandwidth);
     ASSERT_EQ(density.size(), expected.size());
@@ -38,7 +37,7 @@ TEST(PilotDensity, Agrees_with_the_plain_loop_where_both_methods_meet) {
 
 TEST(PilotDensity, Of_equal_fixes_counts_them) {
     const std::vector<platform::Point> points(2500, {5.1e5, 5.8e6});
-    WorkClock clock(nullptr);
+    WorkClock clock;
     for (const double value : pilot_density(points, 3.0, clock)) EXPECT_NEAR(value, 2500.0 / 6.28318530717958, 1e-9);
 }
 
@@ -47,7 +46,7 @@ TEST(PilotDensity, Keeps_its_precision_at_an_isolated_fix_beside_a_crowd) {
     std::vector<platform::Point> points(20000, {0.0, 0.0});
     points.push_back({9.0, 0.0});
     points.push_back({5.0, 0.0});
-    WorkClock clock(nullptr);
+    WorkClock clock;
     const std::vector<double> density = pilot_density(points, 1.0, clock);
     const double near = std::exp(-0.5 * 16.0);
     EXPECT_NEAR(density[20000] * 6.28318530717958, 1.0 + 20000.0 * std::exp(-0.5 * 81.0) + near, 1e-11);
@@ -58,7 +57,7 @@ TEST(PilotDensity, Keeps_its_precision_at_an_isolated_fix_beside_a_crowd) {
 TEST(PilotDensity, Far_apart_fixes_stand_alone) {
     std::vector<platform::Point> points;
     for (int i = 0; i < 700; ++i) points.push_back({1e15 * i, -3e14 * i});
-    WorkClock clock(nullptr);
+    WorkClock clock;
     for (const double value : pilot_density(points, 1e-3, clock)) EXPECT_DOUBLE_EQ(value, 1.0 / 6.28318530717958);
 }
 
@@ -66,7 +65,7 @@ TEST(GaussianField, Moments_agree_with_the_pairs) {
     const auto sources = tests::normal_sample(900, 6.0, {1e6, -2e6}, 103);
     const auto targets = tests::normal_sample(200, 9.0, {1e6, -2e6}, 104);
     const GaussianField field(1.0);
-    WorkClock clock(nullptr);
+    WorkClock clock;
     std::vector<double> direct(targets.size(), 0.0);
     std::vector<double> moments(targets.size(), 0.0);
     field.AddDirectly(sources, targets, direct, clock);

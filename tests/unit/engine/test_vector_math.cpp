@@ -1,6 +1,5 @@
-#include "engine/vector_math.h"
-
 #include "engine/kernel_accumulation.h"
+#include "engine/vector_math.h"
 #include "tests/support/samples.h"
 
 #include <cmath>
@@ -56,7 +55,7 @@ std::vector<double> accumulated(const VectorMath& math) {
     }
     KernelGrid grid;
     grid.Reset(90, 70);
-    WorkClock clock(nullptr);
+    WorkClock clock;
     accumulate(kernels, centres, grid, clock, math);
     std::vector<double> cells;
     for (std::int32_t row = 0; row < 70; ++row)

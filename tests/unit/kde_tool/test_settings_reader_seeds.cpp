@@ -22,7 +22,8 @@ void check(const std::string& bytes) {
 
 TEST(SettingsReaderSeeds, Every_seed_leaves_the_form_whole) {
     std::size_t seeds = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(wxl::tests::SourceFile("fuzz/corpus/settings_reader"))) {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(wxl::tests::SourceFile("fuzz/corpus/settings_reader"))) {
         SCOPED_TRACE(entry.path().string());
         std::ifstream file(entry.path(), std::ios::binary);
         check({std::istreambuf_iterator<char>(file), {}});

@@ -1,5 +1,4 @@
 #include "platform/checked.h"
-
 #include "tests/contract/stage.h"
 
 #include <cfenv>

@@ -1,6 +1,5 @@
-#include "platform/file_system.h"
-
 #include "adapters/memory/memory_file_system.h"
+#include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "tests/contract/stage.h"
 

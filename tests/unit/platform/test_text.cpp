@@ -1,6 +1,5 @@
-#include "platform/text.h"
-
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 #include "tests/contract/stage.h"
 
 #include <array>

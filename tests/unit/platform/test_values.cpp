@@ -1,8 +1,7 @@
-#include "platform/values.h"
-
 #include "platform/contour_step.h"
 #include "platform/controls.h"
 #include "platform/rasters.h"
+#include "platform/values.h"
 #include "tests/contract/stage.h"
 
 #include <algorithm>
