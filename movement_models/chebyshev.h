@@ -1,4 +1,6 @@
 #pragma once
+#include "engine/vector_math.h"
+
 #include <cstddef>
 #include <vector>
 
@@ -19,10 +21,18 @@ public:
     /// interval.
     const std::vector<double>& ToHalf(int half) const { return m_halves[half]; }
 
+    /// The same, (b, a).
+    const std::vector<double>& FromHalf(int half) const { return m_turned[half]; }
+
+    /// sums[b] += sum over a of values[a] x matrix (a, b), for a matrix of Order x Order.
+    void AddProduct(const double* matrix, const double* values, double* sums) const;
+
 private:
     std::vector<double> m_nodes;
     std::vector<double> m_weights;
     std::vector<double> m_halves[2];
+    std::vector<double> m_turned[2];
+    const engine::VectorMath* m_math;
 };
 
 }  // namespace wxl::movement_models

@@ -11,7 +11,6 @@ constexpr int kMostLevels = 50;       ///< below a panel of 2^-50 of the duratio
 constexpr std::size_t kDeepest = 52;  ///< box numbers stay whole numbers of a double
 constexpr std::size_t kHighOrder = 20;
 constexpr std::size_t kLargeBox = 16;
-constexpr double kNearPairs = 8.0;  ///< per fix
 constexpr int kSamples = 65;
 
 /// The power of two at or above a duration: boxes of such a size have exact edges, however long the duration is beside
@@ -107,14 +106,14 @@ LagResolution resolution_of(double duration, const LagFunction& function) {
     return resolution;
 }
 
-TimeTree::TimeTree(std::span<const double> times, const LagResolution& resolution)
+TimeTree::TimeTree(std::span<const double> times, const LagResolution& resolution, double nearPairs)
     : m_times(times),
       m_resolution(resolution),
       m_chebyshev(resolution.Order),
       m_duration(times.empty() ? 0.0 : power_of_two(times.back() - times.front())) {
     m_levels.push_back({{0, 0, times.size(), {kNone, kNone}}});
     if (times.size() < 2) return;
-    const double enough = kNearPairs * static_cast<double>(times.size());
+    const double enough = nearPairs * static_cast<double>(times.size());
     while (static_cast<int>(m_levels.size()) <= m_resolution.Levels && PairsNearby(m_levels.back()) > enough)
         Split(false);
     m_uniform = m_levels.size() - 1;
@@ -195,30 +194,33 @@ void TimeTree::VisitNearFixes(const std::function<void(std::size_t, std::size_t,
     }
 }
 
-std::vector<std::vector<double>> TimeTree::Moments(std::span<const double> weights) const {
+std::vector<double> TimeTree::LeafBasis() const {
+    const std::size_t order = m_resolution.Order;
+    std::vector<double> basis(m_times.size() * order);
+    for (std::size_t level = m_uniform; level < m_levels.size(); ++level)
+        for (const Box& box : m_levels[level])
+            for (std::size_t i = box.First; box.IsLeaf() && i < box.Last; ++i)
+                m_chebyshev.Basis(PlaceIn(box, level, i), &basis[i * order]);
+    return basis;
+}
+
+std::vector<std::vector<double>> TimeTree::Moments(std::span<const double> weights,
+                                                   const std::vector<double>& basis) const {
     const std::size_t order = m_resolution.Order;
     std::vector<std::vector<double>> moments(m_levels.size());
-    std::vector<double> basis(order);
     for (std::size_t level = m_levels.size(); level-- > 0;) {
         const Level& boxes = m_levels[level];
         moments[level].assign(boxes.size() * order, 0.0);
         for (std::size_t k = 0; k < boxes.size(); ++k) {
             double* sums = &moments[level][k * order];
             if (boxes[k].IsLeaf()) {
-                for (std::size_t i = boxes[k].First; i < boxes[k].Last; ++i) {
-                    if (weights[i] == 0.0) continue;
-                    m_chebyshev.Basis(PlaceIn(boxes[k], level, i), basis.data());
-                    for (std::size_t a = 0; a < order; ++a) sums[a] += weights[i] * basis[a];
-                }
+                for (std::size_t i = boxes[k].First; i < boxes[k].Last; ++i)
+                    for (std::size_t a = 0; a < order; ++a) sums[a] += weights[i] * basis[i * order + a];
                 continue;
             }
-            for (int half = 0; half < 2; ++half) {
-                if (boxes[k].Children[half] == kNone) continue;
-                const double* child = &moments[level + 1][boxes[k].Children[half] * order];
-                const double* matrix = m_chebyshev.ToHalf(half).data();
-                for (std::size_t a = 0; a < order; ++a)
-                    for (std::size_t b = 0; b < order; ++b) sums[a] += matrix[a * order + b] * child[b];
-            }
+            for (int half = 0; half < 2; ++half)
+                if (const std::size_t child = boxes[k].Children[half]; child != kNone)
+                    m_chebyshev.AddProduct(m_chebyshev.FromHalf(half).data(), &moments[level + 1][child * order], sums);
         }
     }
     return moments;
@@ -227,7 +229,7 @@ std::vector<std::vector<double>> TimeTree::Moments(std::span<const double> weigh
 LagNodes TimeTree::Compress(std::span<const double> weights) const {
     const std::size_t order = m_resolution.Order;
     Panels panels(m_duration, m_resolution, m_chebyshev);
-    const auto moments = Moments(weights);
+    const auto moments = Moments(weights, LeafBasis());
     for (std::size_t level = 0; level < m_levels.size(); ++level) {
         std::vector<double> products[4];
         VisitMeetings(level, [&](int offset, std::size_t a, std::size_t b) {
@@ -252,19 +254,30 @@ LagNodes TimeTree::Compress(std::span<const double> weights) const {
     return panels.Nodes();
 }
 
+LagProduct::Kernel LagProduct::KernelOf(double half, int offset) const {
+    const Chebyshev& chebyshev = m_tree.m_chebyshev;
+    const std::size_t order = chebyshev.Order();
+    Kernel kernel;
+    for (std::size_t k = 0; k < order * order; ++k) {
+        const double nodes = chebyshev.Nodes()[k % order] - chebyshev.Nodes()[k / order];
+        kernel.LeftToRight.push_back(m_function(half * (2.0 * offset + nodes)));
+        kernel.RightToLeft.push_back(m_function(half * (2.0 * offset - nodes)));
+    }
+    return kernel;
+}
+
 LagProduct::LagProduct(const TimeTree& tree, const LagFunction& function)
-    : m_tree(tree), m_function(function), m_diagonal(function(0.0)), m_kernels(tree.m_levels.size()) {
-    const std::size_t order = tree.m_resolution.Order;
+    : m_tree(tree),
+      m_function(function),
+      m_diagonal(function(0.0)),
+      m_kernels(tree.m_levels.size()),
+      m_basis(tree.LeafBasis()) {
     for (std::size_t level = 0; level < tree.m_levels.size(); ++level) {
         m_kernels[level].resize(4);
         const double half = 0.5 * tree.BoxWidth(level);
         tree.VisitMeetings(level, [&](int offset, std::size_t, std::size_t) {
             Kernel& kernel = m_kernels[level][static_cast<std::size_t>(offset)];
-            if (!kernel.empty()) return;
-            for (std::size_t k = 0; k < order * order; ++k) {
-                const double nodes = tree.m_chebyshev.Nodes()[k % order] - tree.m_chebyshev.Nodes()[k / order];
-                kernel.push_back(m_function(half * (2.0 * offset + nodes)));
-            }
+            if (kernel.LeftToRight.empty()) kernel = KernelOf(half, offset);
         });
     }
     tree.VisitNearFixes([&](std::size_t i, std::size_t first, std::size_t last) {
@@ -273,51 +286,27 @@ LagProduct::LagProduct(const TimeTree& tree, const LagFunction& function)
 }
 
 void LagProduct::Multiply(std::span<const double> weights, std::span<double> product) const {
-    const std::size_t order = m_tree.m_resolution.Order;
-    const auto moments = m_tree.Moments(weights);
+    const Chebyshev& chebyshev = m_tree.m_chebyshev;
+    const std::size_t order = chebyshev.Order();
+    const auto moments = m_tree.Moments(weights, m_basis);
     auto local = moments;
     for (auto& level : local) std::fill(level.begin(), level.end(), 0.0);
-    for (std::size_t level = 0; level < moments.size(); ++level) {
+    for (std::size_t level = 0; level < moments.size(); ++level)
         m_tree.VisitMeetings(level, [&](int offset, std::size_t a, std::size_t b) {
             const Kernel& kernel = m_kernels[level][static_cast<std::size_t>(offset)];
-            const double* left = &moments[level][a * order];
-            const double* right = &moments[level][b * order];
-            double* toLeft = &local[level][a * order];
-            double* toRight = &local[level][b * order];
-            for (std::size_t p = 0; p < order; ++p) {
-                double sum = 0.0;
-                const double* row = &kernel[p * order];
-                for (std::size_t q = 0; q < order; ++q) {
-                    sum += row[q] * right[q];
-                    toRight[q] += row[q] * left[p];
-                }
-                toLeft[p] += sum;
-            }
+            chebyshev.AddProduct(kernel.LeftToRight.data(), &moments[level][a * order], &local[level][b * order]);
+            chebyshev.AddProduct(kernel.RightToLeft.data(), &moments[level][b * order], &local[level][a * order]);
         });
-    }
     for (std::size_t i = 0; i < product.size(); ++i) product[i] = m_diagonal * weights[i];
-    std::vector<double> basis(order);
     for (std::size_t level = 0; level < moments.size(); ++level)
         for (std::size_t k = 0; k < m_tree.m_levels[level].size(); ++k) {
             const TimeTree::Box& box = m_tree.m_levels[level][k];
             const double* here = &local[level][k * order];
-            if (box.IsLeaf()) {
-                for (std::size_t i = box.First; i < box.Last; ++i) {
-                    m_tree.m_chebyshev.Basis(m_tree.PlaceIn(box, level, i), basis.data());
-                    for (std::size_t a = 0; a < order; ++a) product[i] += basis[a] * here[a];
-                }
-                continue;
-            }
-            for (int half = 0; half < 2; ++half) {
-                if (box.Children[half] == TimeTree::kNone) continue;
-                double* child = &local[level + 1][box.Children[half] * order];
-                const double* matrix = m_tree.m_chebyshev.ToHalf(half).data();
-                for (std::size_t b = 0; b < order; ++b) {
-                    double sum = 0.0;
-                    for (std::size_t a = 0; a < order; ++a) sum += matrix[a * order + b] * here[a];
-                    child[b] += sum;
-                }
-            }
+            for (int half = 0; half < 2; ++half)
+                if (const std::size_t child = box.Children[half]; child != TimeTree::kNone)
+                    chebyshev.AddProduct(chebyshev.ToHalf(half).data(), here, &local[level + 1][child * order]);
+            for (std::size_t i = box.First; box.IsLeaf() && i < box.Last; ++i)
+                for (std::size_t a = 0; a < order; ++a) product[i] += m_basis[i * order + a] * here[a];
         }
     const double* value = m_near.data();
     m_tree.VisitNearFixes([&](std::size_t i, std::size_t first, std::size_t last) {

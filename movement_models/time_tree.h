@@ -36,7 +36,8 @@ struct LagNodes {
 /// The boxes of a track's times. The times are ascending and differ; they must outlive the tree.
 class TimeTree {
 public:
-    TimeTree(std::span<const double> times, const LagResolution& resolution);
+    /// Boxes are split until fixes meet `nearPairs` others one by one: more of them make fewer boxes.
+    TimeTree(std::span<const double> times, const LagResolution& resolution, double nearPairs = 8.0);
 
     std::size_t Size() const { return m_times.size(); }
 
@@ -69,8 +70,11 @@ private:
     /// Calls visit(i, first, last): fix i meets the fixes from first to before last, all later, one by one.
     void VisitNearFixes(const std::function<void(std::size_t, std::size_t, std::size_t)>& visit) const;
 
+    /// The basis of every fix in its leaf, Order numbers a fix.
+    std::vector<double> LeafBasis() const;
+
     /// Moments of every box, by level: Order numbers a box.
-    std::vector<std::vector<double>> Moments(std::span<const double> weights) const;
+    std::vector<std::vector<double>> Moments(std::span<const double> weights, const std::vector<double>& basis) const;
 
     std::span<const double> m_times;
     LagResolution m_resolution;
@@ -90,13 +94,19 @@ public:
     void Multiply(std::span<const double> weights, std::span<double> product) const;
 
 private:
-    using Kernel = std::vector<double>;  ///< (node of the left box, node of the right box)
+    /// A function between the nodes of two boxes.
+    struct Kernel {
+        std::vector<double> LeftToRight;  ///< (node of the left box, node of the right box)
+        std::vector<double> RightToLeft;  ///< the other way
+    };
+    Kernel KernelOf(double half, int offset) const;
 
     const TimeTree& m_tree;
     LagFunction m_function;
     double m_diagonal;
     std::vector<std::vector<Kernel>> m_kernels;  ///< by level and offset 1 to 3; empty where no boxes meet
     std::vector<double> m_near;                  ///< values of the pairs that meet fix by fix, in order
+    std::vector<double> m_basis;                 ///< Order numbers a fix, in its leaf
 };
 
 }  // namespace wxl::movement_models

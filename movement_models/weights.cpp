@@ -13,8 +13,11 @@ namespace {
 constexpr std::size_t kDense = 250;     ///< fixes up to which a full matrix is faster
 constexpr std::size_t kNeighbours = 8;  ///< of the preconditioner
 constexpr double kResidual = 1e-11;     ///< of a system, beside its right side
+constexpr double kRoughly = 1e-6;       ///< the same while fixes are still dropped by the hundred
+constexpr double kNearPairs = 32.0;     ///< of a product's tree: the values of such pairs are kept
 constexpr int kMostSteps = 400;
 constexpr int kMostRounds = 200;
+constexpr double kGain = 1e-13;      ///< in w'G w, below which a round is the last
 constexpr double kTakenBack = 1e-8;  ///< share by which a fix left out must be better than the mean
 
 double element(const Track& track, const Autocorrelation& model, double squared, std::size_t i, std::size_t j) {
@@ -58,7 +61,7 @@ public:
             for (std::size_t j = 0; j <= i; ++j) At(i, j) = At(j, i) = element(track, model, squared, i, j);
     }
 
-    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start) const override {
+    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start, double) const override {
         const std::size_t n = support.size();
         std::vector<double> part(n * n);
         for (std::size_t i = 0; i < n; ++i)
@@ -138,7 +141,8 @@ public:
           m_product(tree, [model, squared](double lag) { return 0.5 / (model.Semivariance(lag) + squared); }) {}
 
     /// Conjugate gradients (Hestenes and Stiefel 1952).
-    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> x) const override {
+    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> x,
+                              double residual) const override {
         const std::size_t n = support.size();
         const ApproximateInverse inverse(m_track, m_model, m_squared, support);
         std::vector<double> product(n);
@@ -149,7 +153,7 @@ public:
         inverse.Apply(r, z);
         std::vector<double> direction = z;
         double rz = dot(r, z);
-        const double enough = kResidual * std::sqrt(static_cast<double>(n));
+        const double enough = residual * std::sqrt(static_cast<double>(n));
         for (int step = 0; step < kMostSteps && std::sqrt(dot(r, r)) > enough; ++step) {
             Part(support, direction, product);
             const double length = rz / dot(direction, product);
@@ -200,6 +204,7 @@ public:
           m_model(model),
           m_tick(tick),
           m_tree(track.Times, bandwidth_resolution(track, model)),
+          m_productTree(track.Times, bandwidth_resolution(track, model), kNearPairs),
           m_weights(track.Size(), 1.0 / static_cast<double>(track.Size())) {}
 
     /// d MISE/dH: that the weights change with H does not count where they are the best.
@@ -225,7 +230,7 @@ private:
     void SolveAt(double squared) {
         if (squared == m_squared) return;
         const auto matrix = m_track.Size() <= kDense ? dense_weight_matrix(m_track, m_model, squared)
-                                                     : sparse_weight_matrix(m_track, m_tree, m_model, squared);
+                                                     : sparse_weight_matrix(m_track, m_productTree, m_model, squared);
         m_weights = least_weights(*matrix, m_weights);
         m_squared = squared;
         if (m_tick) m_tick();
@@ -235,6 +240,7 @@ private:
     const Autocorrelation& m_model;
     const std::function<void()>& m_tick;
     TimeTree m_tree;
+    TimeTree m_productTree;
     std::vector<double> m_weights;
     double m_squared = 0.0;
 };
@@ -278,21 +284,32 @@ std::vector<double> least_weights(const WeightMatrix& matrix, const std::vector<
     // G v = 1 has solutions about as large as the weights times this.
     matrix.Multiply(weights, product);
     double scale = 1.0 / std::inner_product(weights.begin(), weights.end(), product.begin(), 0.0);
+    double residual = kRoughly;
+    double least = std::numeric_limits<double>::infinity();
+    std::vector<double> best;
     for (int round = 0; round < kMostRounds; ++round) {
-        std::vector<std::size_t> support = support_of(weights);
+        const std::vector<std::size_t> support = support_of(weights);
         std::vector<double> guess;
         for (const std::size_t i : support) guess.push_back(scale * weights[i]);
-        const std::vector<double> v = matrix.Solve(support, std::move(guess));
+        const std::vector<double> v = matrix.Solve(support, std::move(guess), residual);
         std::fill(weights.begin(), weights.end(), 0.0);
         double sum = 0.0;
-        bool dropped = false;
+        std::size_t dropped = 0;
         for (std::size_t k = 0; k < v.size(); ++k) {
-            dropped = dropped || v[k] < 0.0;
+            if (v[k] < 0.0) ++dropped;
             sum += std::max(v[k], 0.0);
         }
         for (std::size_t k = 0; k < v.size(); ++k) weights[support[k]] = std::max(v[k], 0.0) / sum;
         scale = sum;
-        if (dropped) continue;
+        if (dropped > 0) continue;
+        if (residual > kResidual) {
+            residual = kResidual;
+            continue;
+        }
+        // Fixes taken back together may drop others that come back next: where that gains nothing the minimum is flat.
+        if (!(1.0 / sum < least * (1.0 - kGain))) return best.empty() ? weights : best;
+        least = 1.0 / sum;
+        best = weights;
         matrix.Multiply(weights, product);
         bool added = false;
         for (std::size_t i = 0; i < weights.size(); ++i) {

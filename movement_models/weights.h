@@ -18,8 +18,9 @@ public:
     virtual ~WeightMatrix() = default;
 
     /// The solution v of G v = 1 on the fixes of `support` (ascending); one number for each of these.
-    /// `start` is a guess of that size.
-    virtual std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start) const = 0;
+    /// `start` is a guess of that size; `residual` the error of a row that is good enough.
+    virtual std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start,
+                                      double residual) const = 0;
 
     /// product = G weights, for all fixes.
     virtual void Multiply(std::span<const double> weights, std::span<double> product) const = 0;
