@@ -7,13 +7,16 @@
 #include "platform/runtime_error.h"
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <cpl_conv.h>
 #include <cpl_string.h>
+#include <cstdint>
 #include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace wxl::files {
 
@@ -55,6 +58,34 @@ void flush_to_disk(const std::filesystem::path& file) {
     if (code != 0) RaiseErrno(code, file);
 }
 
+/// Takes the cells into a sum that any other cell, or the same ones in another order, would change.
+std::uint64_t summed(std::uint64_t sum, std::span<const float> cells) {
+    constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15;
+    for (const float cell : cells) sum = (sum ^ std::bit_cast<std::uint32_t>(cell)) * kOddFactor;
+    return sum;
+}
+
+/// Whether the file holds what is defined, with cells of that sum, read as any reader would.
+bool holds(const std::filesystem::path& file, const platform::RasterDefinition& definition, std::uint64_t sum) {
+    const auto& geometry = definition.Geometry;
+    try {
+        const auto band = OpenRaster(file)->Band();
+        const auto found = band->Geometry();
+        if (found.Columns != geometry.Columns || found.Rows != geometry.Rows || found.CellSize != geometry.CellSize ||
+            found.OriginX != geometry.OriginX || band->Reference().Wkt.empty() != definition.Reference.Wkt.empty())
+            return false;
+        std::vector<float> row(static_cast<std::size_t>(geometry.Columns));
+        std::uint64_t read = 0;
+        for (std::int32_t i = 0; i < geometry.Rows; ++i) {
+            band->ReadRow(i, row);
+            read = summed(read, row);
+        }
+        return read == sum;
+    } catch (const platform::RuntimeError&) {
+        return false;
+    }
+}
+
 class TiffWriter final : public platform::IRasterWriter {
 public:
     TiffWriter(platform::IFileSystem& files, std::filesystem::path folder, platform::RasterDefinition definition)
@@ -89,6 +120,7 @@ public:
         const CPLErr result = m_handle->GetRasterBand(1)->RasterIO(GF_Write, 0, m_row, geometry.Columns, 1, data,
                                                                    geometry.Columns, 1, GDT_Float32, 0, 0, nullptr);
         ++m_row;
+        m_sum = summed(m_sum, cells);
         if (m_row % kTileRows == 0) m_handle->FlushCache(false);
         if (result != CE_None || errors.Failed()) Fail(errors);
     }
@@ -97,8 +129,10 @@ public:
         if (m_row != m_definition.Geometry.Rows || m_broken || !m_handle) raise_unfinished(m_definition.Name);
         const GdalErrors errors;
         if (!CloseChecked(std::move(m_handle), errors)) Fail(errors);
+        naming_raster(m_definition.Name, [&] { flush_to_disk(m_temporary); });
+        // GDAL 3.10 and later tell nothing of a write that fails while a file is closed.
+        if (!holds(m_temporary, m_definition, m_sum)) Fail(errors);
         naming_raster(m_definition.Name, [&] {
-            flush_to_disk(m_temporary);
             if (m_files.FileExists(m_place) || m_files.FolderExists(m_place)) RaiseErrno(EEXIST, m_place);
             remove_side_file(m_files, m_place);
             m_files.Rename(m_temporary, m_place);
@@ -149,6 +183,7 @@ private:
     std::filesystem::path m_temporary;
     GdalDatasetPtr m_handle;
     std::int32_t m_row = 0;
+    std::uint64_t m_sum = 0;
     bool m_broken = false;
 };
 
