@@ -1,6 +1,6 @@
 #include "adapters/qgis/about_dialog.h"
 
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>

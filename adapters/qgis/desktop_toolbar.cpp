@@ -1,6 +1,6 @@
 #include "adapters/qgis/desktop_toolbar.h"
 
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 
 #include <QToolButton>
 

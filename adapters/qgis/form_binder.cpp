@@ -1,6 +1,6 @@
 #include "adapters/qgis/form_binder.h"
 
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 
 #include <QCheckBox>
 #include <QComboBox>

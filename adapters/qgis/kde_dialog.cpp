@@ -2,7 +2,7 @@
 
 #include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/profile_plot_widget.h"
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "adapters/qgis/please_wait_window.h"
 
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 
 #include <QProgressBar>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #include "adapters/qgis/profile_plot_widget.h"
 
 #include "adapters/qgis/curve_plot.h"
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 #include "pictures/profile_axes.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "adapters/qgis/qgis_messages.h"
 
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 #include "platform/text.h"
 
 #include <QApplication>

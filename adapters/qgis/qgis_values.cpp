@@ -51,15 +51,6 @@ std::unique_ptr<QgsLineString> line_of(const Ring& ring) {
 
 }  // namespace
 
-QString ToQString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
-}
-
-std::string FromQString(const QString& text) {
-    const QByteArray bytes = text.toUtf8();
-    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
-}
-
 platform::FieldValue FromVariant(const QVariant& value) {
     if (!value.isValid() || value.isNull()) return std::monostate{};
     switch (type_of(value)) {

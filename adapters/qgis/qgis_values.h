@@ -1,21 +1,16 @@
 #pragma once
 #include "adapters/qgis/qgis_versions.h"
+#include "adapters/qgis/qt_text.h"
 #include "platform/values.h"
 
 #include <qgscoordinatereferencesystem.h>
 #include <qgsfield.h>
 #include <qgsgeometry.h>
-#include <QString>
 #include <QVariant>
-#include <string>
-#include <string_view>
 
 namespace wxl::qgis {
 
 // Values of QGIS and Qt as values of the platform, and back.
-
-QString ToQString(std::string_view text);
-std::string FromQString(const QString& text);
 
 platform::FieldValue FromVariant(const QVariant& value);
 

@@ -4,21 +4,30 @@
 // goes, and its name is replaced by the newer one.
 
 #include <qgis.h>
+#include <qgsfield.h>
+#include <QMetaType>
+#include <QString>
+#include <QVariant>
+
+#if _QGIS_VERSION_INT < 33000
+#include <qgsmaplayer.h>
+#include <qgsunittypes.h>
+#include <qgswkbtypes.h>
+#endif
+#if _QGIS_VERSION_INT < 33600
 #include <qgscoordinatereferencesystem.h>
 #include <qgsfeaturerequest.h>
-#include <qgsfield.h>
-#include <qgsfields.h>
-#include <qgsmaplayer.h>
 #include <qgsprocessing.h>
 #include <qgsprocessingalgorithm.h>
 #include <qgsprocessingparameters.h>
 #include <qgsrasterbandstats.h>
-#include <qgsunittypes.h>
+#endif
+#if _QGIS_VERSION_INT < 33800
+#include <qgsfields.h>
+#endif
+#if _QGIS_VERSION_INT < 34000
 #include <qgsvectordataprovider.h>
-#include <qgswkbtypes.h>
-#include <QMetaType>
-#include <QString>
-#include <QVariant>
+#endif
 
 namespace wxl::qgis {
 

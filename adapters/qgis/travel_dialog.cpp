@@ -1,7 +1,7 @@
 #include "adapters/qgis/travel_dialog.h"
 
 #include "adapters/qgis/keyboard.h"
-#include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/qt_text.h"
 
 #include <algorithm>
 #include <array>
