@@ -13,7 +13,7 @@ import tempfile
 from installed import Scratch, check_plugin, check_tool, require
 
 SKIPPED = 77
-TOOL_NEEDS = ("libgdal32", "libgeos-c1v5", "libfftw3-double3", "libstdc++6")
+TOOL_NEEDS = ("libgdal3", "libgeos-c1", "libfftw3-double3", "libstdc++6")
 PLUGIN_NEEDS = ("qgis", "libqgis-core", "libqgis-gui", "libqt5widgets5")
 
 
