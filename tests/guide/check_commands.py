@@ -17,9 +17,9 @@ import sys
 import tempfile
 
 SKIPPED = 77
-COMMAND = re.compile(r"^(\$ )?((wxl|ogr2ogr|scripts/\S+|sudo|cmake|sh|qgis|qgis_process)( .*)?)$")
-# Commands that change this machine; scripts/test-packages, scripts/demo and scripts/test run them.
-ELSEWHERE = re.compile(r"^(scripts/|sudo apt |cmake |sh /usr/share/|qgis |qgis_process )")
+COMMAND = re.compile(r"^(\$ )?((wxl|ogr2ogr|scripts/\S+|sudo|cmake|sh|docker|qgis|qgis_process)( .*)?)$")
+# Commands that change this machine, or need what it may lack; scripts/test-packages, scripts/demo and scripts/test run them.
+ELSEWHERE = re.compile(r"^(scripts/|sudo apt |cmake |sh /usr/share/|docker |qgis |qgis_process )")
 # What the tester's machine decides: where the folder is.
 PLACE = re.compile(r"(?<![\w.])/\S*?/wxl-guide-\w+/")
 
