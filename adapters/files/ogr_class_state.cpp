@@ -2,6 +2,7 @@
 
 #include "adapters/files/shapefile_check.h"
 #include "adapters/files/shapefile_parts.h"
+#include "adapters/files/stored_name.h"
 #include "adapters/files/transaction_editor.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -82,6 +83,7 @@ void OgrFeatureClass::State::Load() {
         Raise(error_number::kDeviceIo,
               (m_isShapefile ? part_of(m_path, "prj") : m_path).string() +
                   " holds no coordinate system that can be read: correct it, or take it out to go on without one.");
+    if (m_isShapefile) m_reference = NamedAsStored(std::move(m_reference), m_path);
     m_encoding = m_isShapefile ? table_encoding(source->Layer()) : "";
     LoadEditor(*source);
     GiveBack(std::move(source));

@@ -25,6 +25,7 @@ wxl_room(
   shapefile_parts.cpp
   shapefile_workspace.cpp
   shp_file.cpp
+  stored_name.cpp
   transaction_editor.cpp
   DEPENDS
   wxl_platform

@@ -1,5 +1,6 @@
 #include "adapters/qgis/qgis_feature_class.h"
 
+#include "adapters/files/stored_name.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
@@ -11,6 +12,7 @@
 #include <qgsexpression.h>
 #include <qgsfeatureiterator.h>
 #include <qgsfeaturerequest.h>
+#include <qgsproviderregistry.h>
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
 #include <QPointer>
@@ -240,7 +242,17 @@ platform::ShapeType QgisFeatureClass::Shape() const {
 }
 
 platform::SpatialReference QgisFeatureClass::Reference() const {
-    return FromCrs(open_layer(m_layer).crs());
+    const QgsVectorLayer& layer = open_layer(m_layer);
+    const platform::SpatialReference reference = FromCrs(layer.crs());
+    const QgsVectorDataProvider* provider = layer.dataProvider();
+    // A system that the user gave the layer in QGIS has its name there.
+    if (!provider || provider->storageType() != QLatin1String("ESRI Shapefile") || provider->crs() != layer.crs())
+        return reference;
+    const QString file = QgsProviderRegistry::instance()
+                             ->decodeUri(layer.providerType(), provider->dataSourceUri())
+                             .value(QStringLiteral("path"))
+                             .toString();
+    return files::NamedAsStored(reference, FromQString(file));
 }
 
 platform::Extent QgisFeatureClass::Bounds() const {

@@ -72,10 +72,16 @@ QString free_group_name(const QString& name) {
     return free;
 }
 
+/// The name may be the one that a shapefile gives the system.
+bool same_system(platform::SpatialReference a, const platform::SpatialReference& b) {
+    a.Name = b.Name;
+    return a == b;
+}
+
 /// The coordinate system of the point layer as QGIS has it: read back from the text in a dataset it may lose its code.
 QgsCoordinateReferenceSystem crs_of(const kde_tool::RunFrame& frame) {
     for (const QgsMapLayer* layer : QgsProject::instance()->mapLayersByName(ToQString(frame.Inputs.LayerName)))
-        if (FromCrs(layer->crs()) == frame.Reference) return layer->crs();
+        if (same_system(FromCrs(layer->crs()), frame.Reference)) return layer->crs();
     return QgsCoordinateReferenceSystem::fromWkt(ToQString(frame.Reference.Wkt));
 }
 

@@ -65,7 +65,7 @@ int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
     if (session.Messages().Stopped()) return exit_code::kFailed;
     if (session.Messages().Notices() > 0)
         return console.Fail(fmt::format("{}: the fields are not complete{}", options.Points.Input,
-                                        large_advice(*layer, options.Large)));
+                                        large_advice(*layer, options.Large || session.Messages().Faults() == 0)));
     const std::int64_t rows = layer->FeatureClass()->FeatureCount();
     console.Result(bar.WasShown()
                        ? fmt::format("{}: {} {} filled", options.Points.Input, rows, rows == 1 ? "row" : "rows")

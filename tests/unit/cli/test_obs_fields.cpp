@@ -51,6 +51,30 @@ TEST(ObsFields, Several_animals_are_told_before_the_question) {
                   kQuestion);
 }
 
+// "*UTM*" is asked of the name that the .prj has, whatever system its parameters are those of.
+TEST(ObsFields, The_name_of_the_coordinate_system_is_that_of_the_projection_file) {
+    const std::string stop =
+        "The fields have not been calculated! The data needs to be in and defined with a UTM projection.\n";
+    for (const auto& [name, isUtm] : {std::pair("WGS_1984_UTM_Zone_33N", true),
+                                      {"WGS 84 / UTM zone 33N", true},
+                                      {"County_UTM", true},
+                                      {"Moose_grid", false},
+                                      {"my_utm", false},
+                                      {"wgs_1984_utm_zone_33n", false}}) {
+        ScratchFolder folder;
+        const std::string layer = make_layer(folder, kWalk);
+        const std::string projection = layer.substr(0, layer.size() - 3) + "prj";
+        std::string text = read_file(projection);
+        const std::size_t from = text.find('"') + 1;
+        text.replace(from, text.find('"', from) - from, name);
+        std::ofstream(projection) << text;
+        const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+        EXPECT_EQ(ran.Err.find(stop) == std::string::npos, isUtm) << name << ": " << ran.Err;
+        if (isUtm) continue;
+        EXPECT_NE(run_wxl({"info", layer}).Out.find(std::string("crs      ") + name), std::string::npos);
+    }
+}
+
 TEST(ObsFields, One_row_is_told_as_one) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, "a,500000,5000000,2018-05-09 00:00:00\n");
