@@ -29,7 +29,7 @@ std::int32_t rows_of_search(double min, double max, double step) {
     return last + 1;
 }
 
-/// min, min + step, ... accumulated up to max, and max once more. RuntimeError 9 for more than `rows` bandwidths.
+/// min, min + step, ... accumulated up to max. RuntimeError 9 for more than `rows` bandwidths.
 std::vector<double> bandwidths_of_search(double min, double max, double step, std::int32_t rows) {
     std::vector<double> bandwidths = {min};
     const auto most = static_cast<std::size_t>(rows);
@@ -37,8 +37,6 @@ std::vector<double> bandwidths_of_search(double min, double max, double step, st
         if (bandwidths.size() == most) platform::Raise(platform::error_number::kSubscript);
         bandwidths.push_back(h);
     }
-    if (bandwidths.size() == most) platform::Raise(platform::error_number::kSubscript);
-    bandwidths.push_back(max);
     return bandwidths;
 }
 
@@ -148,7 +146,12 @@ void clsLSCV::RunSearch(const Method& method) {
         SearchProfile profile(static_cast<std::size_t>(rows));
 
         lErrorStatus = method.LoopStep;
-        const std::vector<double> bandwidths = bandwidths_of_search(m_searchMin, m_searchMax, m_step, rows);
+        std::vector<double> bandwidths = bandwidths_of_search(m_searchMin, m_searchMax, m_step, rows);
+        lErrorStatus = method.LastRowStep;
+        if (bandwidths.size() == profile.size()) platform::Raise(platform::error_number::kSubscript);
+        bandwidths.push_back(m_searchMax);
+
+        lErrorStatus = method.LoopStep;
         WorkClock clock(m_turns);
         const SearchScores scores = search_scores(method.Score, m_points, bandwidths, clock);
 

@@ -261,6 +261,23 @@ TEST_F(Lscv, A_step_that_does_not_move_the_bandwidth_ends_with_the_profile) {
     EXPECT_TRUE(messages.Last().Text.starts_with("BCV2: 1962, ")) << messages.Last().Text;
 }
 
+// From 2^53 on doubles are 2 apart, so that a step of 2.9 goes 2 far: 6 bandwidths up to max, where K = Int(10 / 2.9) +
+// 2 = 5 makes 6 rows. All are taken when the last one, at max, is to be written.
+TEST_F(Lscv, A_profile_that_is_full_before_its_last_row_ends_there) {
+    const double min = 9007199254740992.0;
+    search.SetSearchRange(min, min + 10.0);
+    search.SetStepValue(2.9);
+    search.SetInputCoords(kThree);
+    search.CalculateLSCV();
+    EXPECT_EQ(search.lErrorStatus, 963);
+    clsLSCV biased(messages);
+    biased.SetSearchRange(min, min + 10.0);
+    biased.SetStepValue(2.9);
+    biased.SetInputCoords(kThree);
+    biased.CalculateBCV2();
+    EXPECT_EQ(biased.lErrorStatus, 1963);
+}
+
 TEST_F(Lscv, Samples_without_pair_distances_set_970_and_nothing_is_computed) {
     for (const PointSample& sample : {PointSample{}, PointSample{{1.0, 1.0}}, PointSample{{1.0, 1.0}, {kNaN, 1.0}},
                                       PointSample{{1.0, 1.0}, {1.0, std::numeric_limits<double>::infinity()}},
