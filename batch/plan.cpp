@@ -1,6 +1,7 @@
 #include "batch/plan.h"
 
 #include "batch/record_codec.h"
+#include "kde_tool/kernel_radius.h"
 #include "platform/runtime_error.h"
 
 #include <cmath>
@@ -32,7 +33,7 @@ private:
 Json json_of_inputs(const RunInputs& inputs) {
     const auto& [layer, source, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions,
                  outputFolder, prefix, cellSize, scaling, verbose, mode, buffer, reference, isopleths, percentages,
-                 lines, polygons, donuts, silent, html] = inputs;
+                 lines, polygons, donuts, silent, html, reach] = inputs;
     return {{"layer", json_of_text(layer)},
             {"source", json_of_text(source)},
             {"where", json_of_text(where)},
@@ -57,7 +58,8 @@ Json json_of_inputs(const RunInputs& inputs) {
             {"polygons", polygons},
             {"donuts", donuts},
             {"silent", silent},
-            {"html", html}};
+            {"html", html},
+            {"reach", json_of_text(reach)}};
 }
 
 RunInputs inputs_of_json(const Json& json) {
@@ -88,6 +90,8 @@ RunInputs inputs_of_json(const Json& json) {
     inputs.Donuts = json.at("donuts").get<bool>();
     inputs.Silent = json.at("silent").get<bool>();
     inputs.Html = json.at("html").get<bool>();
+    inputs.ReachText = text_of(json.at("reach"));
+    if (!kde_tool::is_reach(inputs.ReachText)) platform::Raise(platform::error_number::kTypeMismatch, "no reach");
     return inputs;
 }
 

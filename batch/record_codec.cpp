@@ -102,8 +102,9 @@ BandwidthMethod method_of_text(const std::string& text) {
 /// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
-                 bandwidthMapUnits, href, minimized, profile, grid, volume, rasterName, isopleths, maxEdgeValue,
-                 edgeWarning, cutTo, status, isoplethStatus, warnings, reason, files] = record;
+                 bandwidthMapUnits, href, minimized, profile, grid, volume, adaptive, reach, beyondReach, lostAtEdge,
+                 rasterName, isopleths, maxEdgeValue, edgeWarning, cutTo, status, isoplethStatus, warnings, reason,
+                 files] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -125,6 +126,10 @@ Json json_of_record(const AnimalRecord& record) {
             {"columns", grid.Columns},
             {"rows", grid.Rows},
             {"volume", json_of_double(volume)},
+            {"adaptive", adaptive},
+            {"reach", json_of_double(reach)},
+            {"beyond_reach", json_of_double(beyondReach)},
+            {"lost_at_edge", json_of_double(lostAtEdge)},
             {"raster", json_of_text(rasterName)},
             {"isopleths", json_of_isopleths(isopleths)},
             {"max_edge_value", json_of_optional(maxEdgeValue)},
@@ -156,6 +161,10 @@ AnimalRecord record_of(const Json& json) {
     record.Grid = {double_of(json.at("origin_x")), double_of(json.at("origin_y")), double_of(json.at("cell_size")),
                    int32_of(json.at("columns")), int32_of(json.at("rows"))};
     record.Volume = double_of(json.at("volume"));
+    record.Adaptive = json.at("adaptive").get<bool>();
+    record.Reach = double_of(json.at("reach"));
+    record.BeyondReach = double_of(json.at("beyond_reach"));
+    record.LostAtEdge = double_of(json.at("lost_at_edge"));
     record.RasterName = text_of(json.at("raster"));
     record.Isopleths = isopleths_of(json.at("isopleths"));
     record.MaxEdgeValue = optional_of(json.at("max_edge_value"));

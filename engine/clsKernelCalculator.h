@@ -110,6 +110,10 @@ public:
 
     /// Sum of the grid values x cell area: the scaling factor when the whole density lies in the grid.
     double GetKernelVolume() const { return m_volume; }
+
+    /// Share of the fixes' kernels, from 0 to 1, that lies beyond their search squares whatever the grid: what the
+    /// limit radius leaves out. 0 while no kernel is calculated.
+    double GetShareBeyondReach() const;
     double GetCellSize() const { return static_cast<double>(m_cellSize); }
 
     /// Bandwidth as stored: in units of the rescaled fixes once they are rescaled.

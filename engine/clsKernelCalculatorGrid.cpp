@@ -40,6 +40,17 @@ CellRange cells_around(double offset, double cellSize, std::int32_t reach, std::
     return {std::max(platform::difference_i32(own, reach), 0), std::min(platform::sum_i32(own, reach), count - 1)};
 }
 
+/// Share of a normal distribution of standard deviation `sd` that its values in the middle of cells sum up to, between
+/// two places that lie a whole number of cells apart, measured from its centre: the integral, and the first term of
+/// what the midpoint rule adds to it (Euler and Maclaurin).
+double share_between(double from, double to, double sd, double cell) {
+    const auto below = [&](double place) { return std::erf(place / (std::sqrt(2.0) * sd)) / 2.0; };
+    const auto slope = [&](double place) {
+        return -place / (sd * sd) * std::exp(-0.5 * place * place / (sd * sd)) / (sd * std::sqrt(6.28318530717958));
+    };
+    return below(to) - below(from) + cell * cell / 24.0 * (slope(from) - slope(to));
+}
+
 float single_precision(double value) {
     if (std::abs(value) > static_cast<double>(std::numeric_limits<float>::max()))
         platform::Raise(platform::error_number::kOverflow, "A density is too large for a raster of 32-bit floats");
@@ -78,6 +89,7 @@ void clsKernelCalculator::ComputeKernel() {
 
     lErrorStatus = kernel_status::kAccumulation;
     AccumulateFixes(reach);
+    if (!m_points.empty()) lErrorStatus = kernel_status::kNextPoint;
     Normalise();
     lErrorStatus = kernel_status::kGood;
     m_kernelCalculated = true;
@@ -145,6 +157,7 @@ void clsKernelCalculator::ComputeLocalFactors(std::string& workingValues) {
 
     lErrorStatus = kernel_status::kPilotMean;
     const auto count = static_cast<double>(m_points.size());
+    require_finite(count * m_bandwidth * m_bandwidth);
     double logs = 0.0;
     for (std::size_t i = 0; i < m_localFactors.size(); ++i) {
         double& pilot = m_localFactors[i];
@@ -195,6 +208,7 @@ void clsKernelCalculator::AccumulateFixes(std::int32_t reach) {
 
 void clsKernelCalculator::Normalise() {
     const double perFix = static_cast<double>(m_points.size()) * m_bandwidth * m_bandwidth;
+    require_finite(perFix);
     const double scale = platform::quotient(platform::quotient(m_scalingFactor, perFix), m_sdY * m_sdX);
     double sum = 0.0;
     for (std::int32_t row = 0; row < m_rows; ++row) {
@@ -207,6 +221,24 @@ void clsKernelCalculator::Normalise() {
     }
     m_volume = m_cellSize * sum * m_cellSize;
     require_finite(m_volume);
+}
+
+double clsKernelCalculator::GetShareBeyondReach() const {
+    if (!m_kernelCalculated || m_points.empty()) return 0.0;
+    const auto cell = static_cast<double>(m_cellSize);
+    const double reach = std::floor(m_limitRadius / cell) + 1.0;
+    // The square's cells along one axis: as many before as beyond the fix's own.
+    const auto within = [&](double offset, double sd) {
+        const double own = std::floor(offset / cell);
+        return share_between((own - reach) * cell - offset, (own + reach + 1.0) * cell - offset, sd, cell);
+    };
+    double sum = 0.0;
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        const double bandwidth = (m_fixedKernel ? 1.0 : m_localFactors[i]) * m_bandwidth;
+        sum += within(m_points[i].X * m_sdX - m_originX, bandwidth * m_sdX) *
+               within(m_topY - m_points[i].Y * m_sdY, bandwidth * m_sdY);
+    }
+    return 1.0 - sum / static_cast<double>(m_points.size());
 }
 
 std::shared_ptr<platform::IRasterDataset> clsKernelCalculator::WriteKernelToRaster(

@@ -21,4 +21,8 @@ SearchProfile ReachedRows(SearchProfile profile);
 /// search did not reach must have been left out.
 std::optional<ProfileRow> SmallestScore(const SearchProfile& reached);
 
+/// The rows inside the profile at which the score has a minimum, in the order of the profile; of equal scores in a row
+/// the first. A dip that is no deeper than rounding makes it (1E-9 of the largest score) is none.
+SearchProfile LocalMinima(const SearchProfile& reached);
+
 }  // namespace wxl::engine

@@ -4,6 +4,7 @@
 #include "isopleths/clsHISO.h"
 #include "kde_tool/bandwidth_doctor.h"
 #include "kde_tool/independence.h"
+#include "kde_tool/kernel_radius.h"
 #include "kde_tool/run_plan.h"
 #include "platform/runtime_error.h"
 #include "utilities/Utilities.h"
@@ -14,11 +15,8 @@
 namespace wxl::kde_tool {
 namespace {
 
-/// A raster that holds less of a distribution cuts it; the tails beyond the kernel's reach are far smaller.
-constexpr double kWholeShare = 0.99;
-
-/// Kernels reach, and smallest extents are padded, by this many bandwidths.
-constexpr double kReach = 4.0;
+/// A raster whose edge takes more of a distribution cuts it.
+constexpr double kCutShare = 0.01;
 
 platform::Extent bounds_of(const std::vector<platform::Point>& fixes) {
     platform::Extent bounds;
@@ -26,21 +24,15 @@ platform::Extent bounds_of(const std::vector<platform::Point>& fixes) {
     return bounds;
 }
 
-/// Whether every kernel of these fixes lies on the raster as far as it reaches, but for a part of a cell at each side.
-bool holds_all_kernels(const platform::RasterGeometry& grid, const platform::Extent& fixes, double reach) {
-    const double right = grid.OriginX + grid.Columns * grid.CellSize;
-    const double top = grid.OriginY + grid.Rows * grid.CellSize;
-    const double allowed = reach - grid.CellSize;
-    return grid.OriginX <= fixes.XMin - allowed && grid.OriginY <= fixes.YMin - allowed &&
-           right >= fixes.XMax + allowed && top >= fixes.YMax + allowed;
-}
-
-/// A shortfall alone is no proof: an adaptive or rescaled kernel may end at its reach on any raster.
-std::optional<double> cut_to(const AnimalRecord& record, const platform::Extent& fixes, double scalingFactor) {
-    if (record.Status != 0) return std::nullopt;
-    const double share = record.Volume / scalingFactor;
-    const bool cut = share < kWholeShare && !holds_all_kernels(record.Grid, fixes, kReach * record.BandwidthMapUnits);
-    return cut ? std::optional(share) : std::nullopt;
+/// What of the volume is on the raster, beyond the kernels' reach and beyond the raster's edge.
+void measure_losses(const engine::clsKernelCalculator& calculator, double radius, double scalingFactor,
+                    AnimalRecord& record) {
+    record.Reach = record.BandwidthMapUnits > 0.0 ? radius / record.BandwidthMapUnits : 0.0;
+    if (record.Status != 0) return;
+    const double captured = record.Volume / scalingFactor;
+    record.BeyondReach = calculator.GetShareBeyondReach();
+    record.LostAtEdge = std::max(1.0 - record.BeyondReach - captured, 0.0);
+    if (record.LostAtEdge > kCutShare) record.CutTo = captured;
 }
 
 AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
@@ -104,14 +96,17 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     });
     Configure(calculator, animal);
     ChooseBandwidth(calculator, m_frame.Values.at(index));
-    calculator.SetLimitRadius(kReach * calculator.GetScaledBandwidth());
-    if (m_frame.Inputs.Mode == ExtentMode::kMinimum) SetSmallestExtent(calculator, animal);
+    const double radius = kernel_radius(m_frame.Inputs, animal.Fixes, calculator.GetScaledBandwidth(),
+                                        m_frame.Values.at(index), {.Yield = [this] { m_services.Host->Yield(); }});
+    calculator.SetLimitRadius(radius);
+    if (m_frame.Inputs.Mode == ExtentMode::kMinimum) SetSmallestExtent(calculator, animal, radius);
     m_stages.Stage("Calculating kernel...");
     calculator.CalculateKernel();
 
     record = record_of(calculator, animal, m_frame.Inputs.Method);
     record.Value = m_frame.Values.at(index);
-    record.CutTo = cut_to(record, bounds_of(animal.Fixes), m_frame.ScalingFactor);
+    record.Adaptive = !m_frame.Inputs.FixedKernel;
+    measure_losses(calculator, radius, m_frame.ScalingFactor, record);
     record.RasterName = raster_name(m_frame.Inputs, animal.NamingId, index + 1, m_frame.Values.size());
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");
@@ -145,9 +140,9 @@ void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
     calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
 }
 
-void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const {
-    const auto grid =
-        enlarged_grid(bounds_of(animal.Fixes), kReach * calculator.GetScaledBandwidth(), calculator.GetCellSize());
+void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
+                                  double margin) const {
+    const auto grid = enlarged_grid(bounds_of(animal.Fixes), margin, calculator.GetCellSize());
     calculator.SetColumns(grid.Columns);
     calculator.SetRows(grid.Rows);
     calculator.SetOriginCoords(grid.OriginX, grid.OriginY);

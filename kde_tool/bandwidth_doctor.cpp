@@ -53,12 +53,24 @@ std::string short_number(double value) {
     return NumberText(std::round(value / unit) * unit);
 }
 
+/// The local minima inside the range, which a search that ends at an end of it passes over.
+std::string minima_text(const engine::SearchProfile& rows) {
+    const engine::SearchProfile minima = engine::LocalMinima(rows);
+    if (minima.empty()) return {};
+    std::string text = minima.size() == 1 ? "; inside it the score has a local minimum at "
+                                          : "; inside it the score has local minima at ";
+    for (std::size_t i = 0; i < minima.size(); ++i) text += (i == 0 ? "" : ", ") + short_number(minima[i].Bandwidth);
+    return text;
+}
+
 std::string end_text(const SearchFacts& facts) {
     const auto rows = engine::ReachedRows(facts.Profile);
     if (rows.empty()) return "the search has no scores";
     const engine::ProfileRow& best = rows[lowest(rows)];
-    return std::string("the smallest score is at the ") + (at_lower_end(rows) ? "lower" : "upper") +
-           " end of the range (bandwidth " + short_number(best.Bandwidth) + ")";
+    const bool isLower = at_lower_end(rows);
+    const char* multiple = isLower ? ", 0.05 HREF" : facts.Method == BandwidthMethod::kLscv ? ", 2 HREF" : ", 3 HREF";
+    return std::string("the smallest score is at the ") + (isLower ? "lower" : "upper") +
+           " end of the range (bandwidth " + short_number(best.Bandwidth) + multiple + ")" + minima_text(rows);
 }
 
 std::string coincident_text(const SearchFacts& facts) {
@@ -73,8 +85,30 @@ std::string lower_end_text(const SearchFacts& facts) {
     return text;
 }
 
+std::string memory_text(const AnimalRecord& record) {
+    const double cells = static_cast<double>(record.Grid.Columns) * static_cast<double>(record.Grid.Rows);
+    return "there is not enough memory for its raster of " + std::to_string(record.Grid.Columns) + " x " +
+           std::to_string(record.Grid.Rows) + " cells (" + NumberText(std::ceil(cells * 8.0 / 1e6)) + " MB)";
+}
+
+/// Percentages so small that their level is that of single highest cells, around which there is nothing to draw.
+std::string isopleth_reason(const AnimalRecord& record) {
+    if (record.IsoplethStatus == isopleths::isopleth_status::kFailed || record.CutTo == 0.0) return {};
+    std::string percentages;
+    for (const IsoplethRecord& isopleth : record.Isopleths)
+        if (!isopleth.Area) percentages += (percentages.empty() ? "" : ", ") + NumberText(isopleth.Percent) + " %";
+    return percentages.empty()
+               ? std::string()
+               : "no isopleth at " + percentages + ": the percentage is too small, no area lies above its level";
+}
+
+std::string upper_end_text(const SearchFacts& facts) {
+    const bool fallsAllTheWay = engine::LocalMinima(engine::ReachedRows(facts.Profile)).empty();
+    return end_text(facts) + (fallsAllTheWay ? ": the score falls all the way to wide bandwidths" : "");
+}
+
 std::string edge_reason(const AnimalRecord& record) {
-    if (!record.EdgeWarning || !record.MaxEdgeValue) return {};
+    if (!record.EdgeWarning || !record.MaxEdgeValue || edge_verdict(record) != EdgeVerdict::kCut) return {};
     return "the raster may cut the distribution: its edge reaches " + short_number(*record.MaxEdgeValue);
 }
 
@@ -86,6 +120,20 @@ std::string cut_reason(const AnimalRecord& record) {
     const bool without = record.IsoplethStatus == isopleths::isopleth_status::kFailed;
     return std::string(without ? "no isopleths, because " : "") +
            "all cells of its raster are 0 (its fixes lie outside the extent)";
+}
+
+const char* reach_cause(const AnimalRecord& record) {
+    if (record.Adaptive) return ", because an adaptive kernel is wider where fixes are sparse";
+    if (record.Method == BandwidthMethod::kProportion && record.Value > 1.0)
+        return ", because the reach is that of HREF whatever the proportion";
+    return record.Bandwidth == record.BandwidthMapUnits ? "" : ", because x and y are spread unequally";
+}
+
+std::string reach_reason(const AnimalRecord& record) {
+    if (record.BeyondReach < kToldShare) return {};
+    return share_text(record.BeyondReach) + " of the distribution lies beyond the kernels' reach of " +
+           short_number(record.Reach) + " bandwidths" + reach_cause(record) +
+           ": outer isopleths are too small; --reach whole computes the full kernels";
 }
 
 std::string nothing_text(const AnimalRecord& record) {
@@ -108,6 +156,24 @@ std::string share_left_text(double share) {
     if (share == 0.0) return "0 %";
     const double percent = std::round(share * 10000.0) / 100.0;
     return percent == 0.0 ? "less than 0.01 %" : "only " + NumberText(percent) + " %";
+}
+
+/// The step of that number allocates the grid; all else in it fails on numbers that are looked at here.
+bool lacks_memory(const AnimalRecord& record) {
+    const double side =
+        record.Grid.CellSize > 0.0 ? record.Reach * record.BandwidthMapUnits / record.Grid.CellSize : 0.0;
+    return record.Status == engine::kernel_status::kDimensions && record.Grid.CellSize > 0.0 && side < 2147483646.0 &&
+           std::isfinite(record.Grid.OriginX) &&
+           std::isfinite(record.Grid.OriginY + record.Grid.Rows * record.Grid.CellSize);
+}
+
+std::string share_text(double share) {
+    return NumberText(std::round(share * 10000.0) / 100.0) + " %";
+}
+
+EdgeVerdict edge_verdict(const AnimalRecord& record) {
+    if (record.CutTo || record.LostAtEdge >= kToldShare) return EdgeVerdict::kCut;
+    return record.BeyondReach >= kToldShare ? EdgeVerdict::kBeyondReach : EdgeVerdict::kClear;
 }
 
 bool is_search(BandwidthMethod method) {
@@ -144,7 +210,7 @@ std::string search_reason(const SearchFacts& facts) {
         case SearchFault::kLowerEnd:
             return lower_end_text(facts);
         case SearchFault::kUpperEnd:
-            return end_text(facts) + ": the score falls all the way to wide bandwidths";
+            return upper_end_text(facts);
     }
     return {};
 }
@@ -157,6 +223,7 @@ std::string failure_reason(const AnimalRecord& record) {
     if (record.Status == kernel_status::kGridTooLarge) return "the raster would have more than 50 million cells";
     if (record.Status == kernel_status::kNothingToCompute) return nothing_text(record);
     if (record.Status == kernel_status::kBandwidthBelowCell) return cell_text(record);
+    if (lacks_memory(record)) return memory_text(record);
     return "the calculation failed (code " + std::to_string(record.Status) + ")";
 }
 
@@ -169,8 +236,12 @@ SearchFacts search_facts(const AnimalRecord& record) {
 }
 
 std::string diagnosis(const AnimalRecord& record) {
-    std::vector<std::string> reasons = {search_reason(search_facts(record)), failure_reason(record),
-                                        edge_reason(record), cut_reason(record)};
+    std::vector<std::string> reasons = {search_reason(search_facts(record)),
+                                        failure_reason(record),
+                                        edge_reason(record),
+                                        cut_reason(record),
+                                        reach_reason(record),
+                                        isopleth_reason(record)};
     reasons.erase(std::unique(reasons.begin(), reasons.end()), reasons.end());
     std::string text;
     for (const std::string& reason : reasons) {

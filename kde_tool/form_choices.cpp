@@ -22,6 +22,7 @@ void set_kernel(const FormChoices& choices, frmKDE& form) {
     if (choices.Rescale) form.chkRescale.Value = 1;
     if (choices.VerboseLog) form.chkVerbose.Value = 1;
     form.RasterFormat = choices.RasterFormat;
+    form.Reach = choices.Reach;
 }
 
 void set_bandwidth(const FormChoices& choices, frmKDE& form) {

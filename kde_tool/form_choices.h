@@ -24,6 +24,7 @@ struct FormChoices {
     bool VerboseLog = false;
     bool Html = false;  ///< the page of the results
     std::string RasterFormat = "GRID";
+    std::string Reach;  ///< of the kernels: "" as usual, "whole", or a number of bandwidths
 };
 
 /// Whether a text is a number above 0.

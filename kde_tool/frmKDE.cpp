@@ -222,6 +222,7 @@ void frmKDE::ForgetFixes() {
 }
 
 void frmKDE::SSTab1_Click(int previousTab) {
+    if (m_running) return;  // the run has taken what it needs
     if (previousTab == SSTab1.Current || cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) return;
     Shielded([&] {
         GroupedFixes fixes = TakeFixes();

@@ -39,6 +39,9 @@ public:
     /// Format of the rasters that a run writes: "GRID" or "GTiff".
     std::string RasterFormat = "GRID";
 
+    /// How far kernels reach: "" for four bandwidths, "whole", or a number of bandwidths.
+    std::string Reach;
+
     /// The SQL condition by which the selected fixes were chosen; "" where there is none.
     std::string Where;
 

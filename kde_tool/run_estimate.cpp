@@ -1,6 +1,7 @@
 #include "kde_tool/run_estimate.h"
 
 #include "engine/pair_sums.h"
+#include "kde_tool/kernel_radius.h"
 #include "kde_tool/run_plan.h"
 #include "platform/checked.h"
 #include "platform/text.h"
@@ -11,7 +12,6 @@
 namespace wxl::kde_tool {
 namespace {
 
-constexpr double kReach = 4.0;  // bandwidths
 constexpr double kBytesPerCell = 8.0;
 
 // Measured.
@@ -84,13 +84,14 @@ DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& ani
     const double chosen = method == BandwidthMethod::kManual ? value : href;
     DistributionEstimate result;
     result.Bandwidth = method == BandwidthMethod::kProportion ? value * href : chosen;
-    result.Grid = frame.Inputs.Mode == ExtentMode::kMinimum ? enlarged_grid(bounds, kReach * chosen, frame.CellSize)
-                                                            : frame.Shared;
+    const double radius = kernel_radius(frame.Inputs, animal.Fixes, chosen, value, {});
+    result.Grid =
+        frame.Inputs.Mode == ExtentMode::kMinimum ? enlarged_grid(bounds, radius, frame.CellSize) : frame.Shared;
     result.Grid.CellSize = frame.CellSize;
     const double cells = cells_of(result.Grid);
     const double fixes = static_cast<double>(animal.Fixes.size());
     result.Megabytes = std::max(cells * kBytesPerCell / 1e6, search_megabytes(method, animal, bounds, href));
-    const double kernel = fixes * reached_cells(result.Grid, kReach * chosen) * kSecondsPerUpdate;
+    const double kernel = fixes * reached_cells(result.Grid, radius) * kSecondsPerUpdate;
     result.Seconds = kSecondsPerDistribution + search_seconds(method, fixes) +
                      kernel * (frame.Inputs.FixedKernel ? 1.0 : kAdaptiveFactor) + cells * kSecondsPerCell;
     return result;

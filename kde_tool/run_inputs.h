@@ -35,7 +35,8 @@ struct RunInputs {
     bool Polygons = false;
     bool Donuts = false;
     bool Silent = false;
-    bool Html = false;  ///< a page of the results is wanted
+    bool Html = false;           ///< a page of the results is wanted
+    std::string ReachText = {};  ///< of the kernels: "" as usual, "whole", or a number of bandwidths
 };
 
 }  // namespace wxl::kde_tool

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace wxl::kde_tool {
 namespace {
@@ -32,7 +33,8 @@ bool is_number_above(const std::string& text, double limit) {
 std::int32_t whole_cells(double length, double cellSize) {
     const double cells = std::floor(length / cellSize);
     if (!(cells >= 0.0)) return 0;
-    return cells > kCellLimit ? kCellLimit + 1 : static_cast<std::int32_t>(cells);
+    constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
+    return cells > static_cast<double>(kMost) ? kMost : static_cast<std::int32_t>(cells);
 }
 
 /// Equal places have one hash: adding 0 makes a plain 0 of a negative one.

@@ -55,7 +55,7 @@ BufferAdvice recommended_buffer(BandwidthMethod method, double largestValue, dou
 std::string buffer_question(const BufferAdvice& advice);
 
 /// The grid that covers `extent` enlarged by `margin` on every side, in whole cells of side `cellSize`, counted
-/// downward. A side of more cells than any raster may have counts as kCellLimit + 1, one without a cell as 0.
+/// downward. A side without a cell has 0, one of more than 2147483647 cells that many.
 platform::RasterGeometry enlarged_grid(const platform::Extent& extent, double margin, double cellSize);
 inline constexpr std::int32_t kCellLimit = 50'000'000;
 

@@ -99,6 +99,7 @@ RunInputs inputs_of(const frmKDE& form) {
     inputs.Donuts = form.chkDonuts.Value != 0;
     inputs.Silent = form.chkSilent.Value != 0;
     inputs.Html = form.chkHtml.Value != 0;
+    inputs.ReachText = form.Reach;
     return inputs;
 }
 

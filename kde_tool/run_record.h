@@ -38,6 +38,10 @@ struct AnimalRecord {
     engine::SearchProfile Profile;   ///< LSCV and BCV: every row, also those that the search did not reach
     platform::RasterGeometry Grid;
     double Volume = 0.0;
+    bool Adaptive = false;     ///< the kernel is
+    double Reach = 0.0;        ///< bandwidths that kernels reach: the search radius / bandwidth in map units
+    double BeyondReach = 0.0;  ///< share of the distribution beyond the kernels' reach
+    double LostAtEdge = 0.0;   ///< share of it within their reach, but beyond the raster's edge
     std::string RasterName;
     std::vector<IsoplethRecord> Isopleths;
     std::optional<double> MaxEdgeValue;  ///< absent when no isopleths were made

@@ -55,9 +55,18 @@ std::string edge_text(const AnimalRecord& record) {
     if (record.CutTo)
         return "<strong class=\"warn\">cut</strong>: " + kde_tool::share_left_text(*record.CutTo) +
                " of the distribution lies on the raster";
-    if (!record.MaxEdgeValue) return {};
-    return record.EdgeWarning ? "<strong class=\"warn\">may cut the distribution</strong>"
-                              : "clear of the distribution";
+    if (record.Status != 0) return {};
+    switch (kde_tool::edge_verdict(record)) {
+        case kde_tool::EdgeVerdict::kCut:
+            return "<strong class=\"warn\">cuts off</strong> " + kde_tool::share_text(record.LostAtEdge) +
+                   " of the distribution";
+        case kde_tool::EdgeVerdict::kBeyondReach:
+            return "clear of the kernels, which end <strong class=\"warn\">before they are whole</strong>: " +
+                   kde_tool::share_text(record.BeyondReach) + " of the distribution lies beyond their reach";
+        case kde_tool::EdgeVerdict::kClear:
+            break;
+    }
+    return "clear of the distribution";
 }
 
 std::string facts(const PageRun& run, const AnimalRecord& record) {
@@ -107,6 +116,17 @@ std::string map_figure(const PageRun& run, std::size_t number, const PictureSize
     }
 }
 
+std::string minima_caption(const AnimalRecord& record, const std::string& units) {
+    const engine::SearchProfile minima = engine::LocalMinima(engine::ReachedRows(record.Profile));
+    if (minima.empty()) return "<figcaption>The score has no local minimum inside the range.</figcaption>";
+    std::string html = minima.size() == 1 ? "<figcaption>Local minimum inside the range: bandwidth "
+                                          : "<figcaption>Local minima inside the range: bandwidth ";
+    for (std::size_t i = 0; i < minima.size(); ++i)
+        html += (i == 0 ? "" : "; ") + with_unit(minima[i].Bandwidth, units) + " (score " +
+                pictures::ShortNumber(minima[i].Score, kDigits) + ")";
+    return html + "</figcaption>";
+}
+
 std::string profile_figure(const PageRun& run, std::size_t number) {
     const AnimalRecord& record = run.Records[number];
     if (!kde_tool::is_search(record.Method) || record.Profile.empty()) return {};
@@ -121,7 +141,7 @@ std::string profile_figure(const PageRun& run, std::size_t number) {
     return "<figure class=\"profile\">" +
            pictures::ProfileSvg(picture,
                                 {.IdPrefix = "profile-" + std::to_string(number + 1), .Width = kProfileWidth}) +
-           "</figure>\n";
+           minima_caption(record, picture.Units) + "</figure>\n";
 }
 
 }  // namespace

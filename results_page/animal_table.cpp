@@ -1,5 +1,6 @@
 #include "results_page/animal_table.h"
 
+#include "kde_tool/bandwidth_doctor.h"
 #include "kde_tool/summary_rows.h"
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
@@ -46,8 +47,20 @@ Cell search_cell(const AnimalRecord& record) {
 }
 
 Cell edge_cell(const AnimalRecord& record) {
-    if (!record.MaxEdgeValue && !record.CutTo) return {""};
-    return {is_cut(record) ? "<strong class=\"warn\">cut</strong>" : "clear"};
+    if (record.Status != 0) return {""};
+    switch (kde_tool::edge_verdict(record)) {
+        case kde_tool::EdgeVerdict::kCut:
+            return {"<strong class=\"warn\">cut</strong>"};
+        case kde_tool::EdgeVerdict::kBeyondReach:
+            return {"<strong class=\"warn\">kernels cut</strong>"};
+        case kde_tool::EdgeVerdict::kClear:
+            break;
+    }
+    return {"clear"};
+}
+
+bool is_lossy(const AnimalRecord& record) {
+    return kde_tool::edge_verdict(record) != kde_tool::EdgeVerdict::kClear;
 }
 
 std::vector<Column> columns_of(const PageRun& run) {
@@ -75,7 +88,7 @@ std::vector<Column> columns_of(const PageRun& run) {
                            const std::string text = volume_text(run, r);
                            return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
                        }});
-    if (run.Inputs.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_cut))
+    if (run.Inputs.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_lossy))
         columns.push_back({"Edge", false, edge_cell});
     // First, where it is seen in a narrow window too.
     if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))

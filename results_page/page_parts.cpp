@@ -1,6 +1,7 @@
 #include "results_page/page_parts.h"
 
 #include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/kernel_radius.h"
 #include "pictures/xml_text.h"
 #include "platform/clock.h"
 #include "platform/text.h"
@@ -81,6 +82,13 @@ std::string isopleth_text(const kde_tool::RunInputs& inputs) {
     return inputs.IsoplethText + " % (" + kinds + ")";
 }
 
+std::string reach_text(const kde_tool::RunInputs& inputs) {
+    if (inputs.ReachText == kde_tool::kWholeReach) return "whole: four bandwidths of the widest kernel";
+    if (!inputs.ReachText.empty()) return inputs.ReachText + " bandwidths";
+    return std::string("four bandwidths") +
+           (inputs.Method == BandwidthMethod::kProportion ? ", those of HREF whatever the proportion" : "");
+}
+
 std::string reference_text(const PageRun& run) {
     const std::string& name = run.Reference.Name;
     return (name.empty() ? "unknown" : name) + ", coordinates in " + length_unit(run);
@@ -115,7 +123,8 @@ std::string problems(const PageRun& run) {
     const std::size_t failed = count([](const AnimalRecord& r) { return r.Status != 0; });
     const std::size_t unsure =
         count([](const AnimalRecord& r) { return r.Status == 0 && kde_tool::is_search(r.Method) && !r.Minimized; });
-    const std::size_t cut = count([](const AnimalRecord& r) { return r.EdgeWarning && !r.CutTo; });
+    const std::size_t cut = count([](const AnimalRecord& r) { return is_cut(r) && !r.CutTo; });
+    const std::size_t beyond = count([](const AnimalRecord& r) { return r.BeyondReach >= kde_tool::kToldShare; });
     const std::size_t lost = count([](const AnimalRecord& r) { return r.CutTo.has_value(); });
     std::vector<std::string> texts;
     if (run.Stopped) texts.emplace_back("The run was stopped; what was done until then is shown.");
@@ -123,7 +132,11 @@ std::string problems(const PageRun& run) {
     if (unsure > 0)
         texts.push_back(counted(unsure, "search", "searches") +
                         " found no minimum; HREF was used instead of a searched bandwidth.");
-    if (cut > 0) texts.push_back(counted(cut, "raster", "rasters") + " may cut the distribution at the edge.");
+    if (cut > 0)
+        texts.push_back(counted(cut, "raster cuts", "rasters cut") + " up to 1 % of the distribution off at the edge.");
+    if (beyond > 0)
+        texts.push_back(counted(beyond, "distribution reaches", "distributions reach") +
+                        " further than the kernels do: the outer areas are too small.");
     if (lost > 0)
         texts.push_back(counted(lost, "raster holds", "rasters hold") +
                         " less than 99 % of the distribution: choose a larger extent.");
@@ -146,8 +159,10 @@ std::string reading_notes(const PageRun& run) {
            "was "
            "used.</dd>\n<dt>Volume captured</dt><dd>the share of the distribution that lies on its raster. A shortfall "
            "of "
-           "a few hundredths of a per cent is the tail beyond four bandwidths; more than a few tenths means that the "
-           "raster or the reach of the kernel cuts it.</dd>\n<dt>Schoener index</dt><dd>Schoener Index: value &lt; 1.6 "
+           "a few hundredths of a per cent is the tail beyond four bandwidths; more means that the raster’s edge or "
+           "the "
+           "reach of the kernels cuts it, and Raster edge says which.</dd>\n<dt>Schoener index</dt><dd>Schoener Index: "
+           "value &lt; 1.6 "
            "or "
            "&gt; 2.4 indicates significant autocorrelation.</dd>\n<dt>Swihart and Slade index</dt><dd>Swihart and "
            "Slade "
@@ -167,6 +182,7 @@ std::string settings_section(const PageRun& run) {
            settings_row("Coordinate system", reference_text(run)) +
            settings_row("Kernel", std::string("bivariate normal, ") + (inputs.FixedKernel ? "fixed" : "adaptive")) +
            settings_row("Bandwidth", estimator_text(inputs)) +
+           settings_row("Reach of the kernels", reach_text(inputs)) +
            settings_row("Rescaled to unit variance", inputs.Rescale ? "yes" : "no") +
            settings_row("Cell size", NumberText(run.CellSize) + " " + length_unit(run)) +
            settings_row("Scaling factor", inputs.ScalingText) +

@@ -78,7 +78,7 @@ std::string volume_text(const PageRun& run, const AnimalRecord& record) {
 }
 
 bool is_cut(const AnimalRecord& record) {
-    return record.EdgeWarning || record.CutTo;
+    return kde_tool::edge_verdict(record) == kde_tool::EdgeVerdict::kCut;
 }
 
 const char* search_text(const AnimalRecord& record) {

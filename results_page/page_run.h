@@ -60,7 +60,7 @@ const char* method_text(kde_tool::BandwidthMethod method);
 /// Shares of the scaling factor: "99.98 %".
 std::string volume_text(const PageRun& run, const kde_tool::AnimalRecord& record);
 
-/// Whether the raster cuts the distribution, by the density at its edge or by what it holds.
+/// Whether the raster cuts the distribution, by what it holds.
 bool is_cut(const kde_tool::AnimalRecord& record);
 
 /// "minimised", "not minimised", or "" where nothing was searched.

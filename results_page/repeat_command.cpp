@@ -69,6 +69,7 @@ std::vector<std::string> repeat_words(const PageRun& run) {
     add("--bandwidth", bandwidth_word(inputs));
     add_flag(!inputs.FixedKernel, "--adaptive");
     add_flag(inputs.Rescale, "--rescale");
+    add("--reach", inputs.ReachText);
     add("--extent", extent_word(inputs));
     if (inputs.Isopleths) add("--isopleths", without_blanks(inputs.IsoplethText));
     add_flag(inputs.Isopleths && inputs.Lines, "--lines");

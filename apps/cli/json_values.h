@@ -1,4 +1,5 @@
 #pragma once
+#include "engine/search_profile.h"
 #include "platform/values.h"
 
 #include <cmath>
@@ -23,6 +24,14 @@ inline Json json_value(const platform::FieldValue& value) {
     if (const auto* number = std::get_if<double>(&value)) return json_number(*number);
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
     return nullptr;
+}
+
+/// The local minima of a search, by bandwidth and score.
+inline Json json_minima(const engine::SearchProfile& reached) {
+    Json minima = Json::array();
+    for (const engine::ProfileRow& row : engine::LocalMinima(reached))
+        minima.push_back({{"h", json_number(row.Bandwidth)}, {"score", json_number(row.Score)}});
+    return minima;
 }
 
 /// The text of a result: two blanks of indent; bytes that are no UTF-8 become U+FFFD.

@@ -2,14 +2,34 @@
 #include "apps/cli/console.h"
 #include "apps/cli/program.h"
 
+#include <cstdlib>
 #include <iostream>
+#include <new>
 #include <string>
 #include <unistd.h>
 #include <vector>
+
+namespace {
+
+/// Memory ran out at some time. What libraries then left half-made may wait for itself when it is taken down at the end
+/// of the program, so that it is not.
+bool g_memoryRanOut = false;
+
+void note_shortage() {
+    g_memoryRanOut = true;
+    throw std::bad_alloc();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     wxl::files::LimitGdalCache();
     wxl::cli::Console console(std::cout, std::cerr, isatty(STDERR_FILENO) != 0);
-    return wxl::cli::run_program(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), console);
+    std::set_new_handler(note_shortage);
+    const int code = wxl::cli::run_program(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), console);
+    if (!g_memoryRanOut) return code;
+    std::cout.flush();
+    std::cerr.flush();
+    std::_Exit(code);
 }

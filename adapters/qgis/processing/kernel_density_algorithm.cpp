@@ -3,6 +3,7 @@
 #include "adapters/qgis/qgis_values.h"
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/frmKDE.h"
+#include "kde_tool/kernel_radius.h"
 #include "kde_tool/run_preparation.h"
 #include "platform/text.h"
 #include "results_page/results_page.h"
@@ -158,6 +159,10 @@ void KernelDensityAlgorithm::AddBandwidthParameters() {
     addParameter(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("ADAPTIVE"), QStringLiteral("Adaptive kernel"), false),
         "Wider kernels where fixes are sparse"));
+    addParameter(advanced(with_help(
+        new QgsProcessingParameterString(QStringLiteral("REACH"), QStringLiteral("Reach of the kernels"), QVariant(),
+                                         false, true),
+        "In bandwidths; four without it. \"whole\" reaches as far as the widest kernel does")));
     addParameter(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("RESCALE"), QStringLiteral("Rescale to unit variance"), false),
         "Divides x and y by their standard deviations before smoothing"));
@@ -250,6 +255,8 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
                                 parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), 100.0);
             !text.isEmpty())
             return refuse(text);
+    if (!kde_tool::is_reach(FromQString(parameterAsString(parameters, QStringLiteral("REACH"), context))))
+        return refuse(QStringLiteral("The reach of the kernels is a number of bandwidths above 0, or whole."));
     if (parameterAsString(parameters, QStringLiteral("PREFIX"), context).size() > 6)
         return refuse(QStringLiteral("The prefix has more than 6 characters."));
     return QgsProcessingAlgorithm::checkParameterValues(parameters, context, message);
@@ -299,6 +306,7 @@ kde_tool::FormChoices KernelDensityAlgorithm::Choices(const QVariantMap& paramet
     }
     choices.Extent = Extent(parameters, context, session);
     choices.Adaptive = yes("ADAPTIVE");
+    choices.Reach = text("REACH");
     choices.Rescale = yes("RESCALE");
     choices.Independence = yes("INDEPENDENCE");
     choices.VerboseLog = yes("VERBOSE");

@@ -162,6 +162,17 @@ std::vector<AnimalBandwidth> find_bandwidths(const kde_tool::GroupedFixes& group
     return found;
 }
 
+/// The local minima inside the range with their scores; nothing where the only one is the bandwidth itself.
+void tell_minima(const AnimalBandwidth& animal, Console& console) {
+    const engine::SearchProfile minima = engine::LocalMinima(animal.Profile);
+    if (minima.empty() || (minima.size() == 1 && animal.Minimised)) return;
+    std::string text;
+    for (const engine::ProfileRow& row : minima)
+        text += fmt::format("{}{:.6g} (score {:.6g})", text.empty() ? "" : ", ", row.Bandwidth, row.Score);
+    console.Problem(fmt::format("{}: {} inside the range: {}", platform::ValueText(animal.Id),
+                                minima.size() == 1 ? "local minimum" : "local minima", text));
+}
+
 void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console) {
     for (const AnimalBandwidth& animal : animals) {
         const std::string id = platform::ValueText(animal.Id);
@@ -172,6 +183,7 @@ void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console
                                               id, animal.Count));
         else if (!animal.Reason.empty())
             console.Problem(fmt::format("{}: {}", id, animal.Reason));
+        tell_minima(animal, console);
         for (const std::string& warning : platform::Split(animal.Warnings, '\r'))
             if (!warning.empty()) console.Problem(fmt::format("{}: {}", id, warning));
     }
@@ -191,6 +203,7 @@ Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions
         const std::optional<engine::ProfileRow> minimum = engine::SmallestScore(animal.Profile);
         one["minimum"] = minimum ? Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}}
                                  : Json(nullptr);
+        one["local_minima"] = animal.Searched ? json_minima(animal.Profile) : Json(nullptr);
         if (!options.Plot.empty()) one["plot"] = animal.Plot.empty() ? Json(nullptr) : Json(animal.Plot);
         json.push_back(std::move(one));
     }
@@ -247,7 +260,8 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
         "Finds the bandwidth that wxl kde would use for each animal, without computing a\n"
         "density. Where a search finds no minimum inside its range (0.05 to 2 times the\n"
         "reference bandwidth for lscv, to 3 times for bcv), the reference bandwidth is\n"
-        "used and standard error says so.\n"
+        "used and standard error says so. Local minima that are not taken are listed there\n"
+        "with their scores, and all of them by --json.\n"
         "\n"
         "--plot marks the smallest score, HREF and the bandwidth in use. ID is the naming\n"
         "ID of wxl kde: the ID itself, or 1, 2, 3 ... where IDs are text. An animal\n"

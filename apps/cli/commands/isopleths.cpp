@@ -163,6 +163,15 @@ void warn_of_edge(const Result& result, Console& console) {
             result.MaxEdgeValue));
 }
 
+void tell_empty_levels(const Result& result, Console& console) {
+    std::string empty;
+    for (const LevelResult& level : result.Levels)
+        if (!level.Area) empty += (empty.empty() ? "" : ", ") + NumberText(level.Percent) + " %";
+    if (!empty.empty())
+        console.Problem(
+            fmt::format("no isopleth at {}: the percentage is too small, no area lies above its level", empty));
+}
+
 std::string failure_of(const Result& result) {
     if (result.Status == isopleth_status::kNoContours)
         return fmt::format("no cell of the raster lies beyond any of these levels (status {})", result.Status);
@@ -215,6 +224,7 @@ int run_isopleths(const IsoplethOptions& options, Console& console) {
     if (result.Status != 0) return console.Fail(options.Raster + ": " + failure_of(result));
     if (!options.Json) print_text(result, console);
     warn_of_edge(result, console);
+    tell_empty_levels(result, console);
     return exit_code::kDone;
 }
 

@@ -35,6 +35,11 @@ void add_kernel_options(CLI::App& command, KdeOptions& options) {
         ->transform(any_case({"href", "lscv", "bcv", "prop"}))
         ->type_name("METHOD");
     command.add_flag("--adaptive", options.Adaptive, "Adaptive kernel instead of a fixed one");
+    command
+        .add_option("--reach", options.Reach,
+                    "How far each kernel reaches, in bandwidths; 4 without it, as far as the widest goes with whole")
+        ->transform(any_case({"whole"}))
+        ->type_name("R|whole");
     command.add_flag("--rescale", options.Rescale, "Rescale the coordinates to unit variance");
     command.add_flag("--independence", options.Independence, "Put the indices of independence into the report");
 }
@@ -122,8 +127,8 @@ int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console&
             fmt::format("wxl: the isopleths of {} of {} distributions could not be made; the messages above "
                         "say why",
                         output.WithoutIsopleths(), output.Done()));
-    const bool done =
-        outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done() && output.WithoutIsopleths() == 0;
+    const bool done = outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done() &&
+                      output.WithoutIsopleths() == 0 && output.WithoutMemory() == 0;
     return done ? exit_code::kDone : exit_code::kFailed;
 }
 

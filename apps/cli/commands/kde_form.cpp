@@ -1,6 +1,7 @@
 #include "apps/cli/commands/kde_form.h"
 
 #include "kde_tool/analysis_run.h"
+#include "kde_tool/kernel_radius.h"
 #include "kde_tool/run_plan.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
@@ -123,6 +124,8 @@ void check_options(const KdeOptions& options) {
                         *options.CellSize));
     if (options.Scaling && !kde_tool::IsPositiveNumber(*options.Scaling))
         throw WrongCall(fmt::format("--scaling: \"{}\" is not a number above 0", *options.Scaling));
+    if (!kde_tool::is_reach(options.Reach))
+        throw WrongCall(fmt::format("--reach: \"{}\" is not a number of bandwidths above 0, or whole", options.Reach));
     if (options.Settings.empty() && !options.Out) throw WrongCall("give the output folder by --out DIR");
     if (options.Settings.empty() && !options.CellSize && !is_reference(options.Extent))
         throw WrongCall("give the cell size in map units by --cell-size C");

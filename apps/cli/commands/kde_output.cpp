@@ -46,6 +46,11 @@ Json warnings_of(const AnimalRecord& record) {
     return warnings;
 }
 
+/// The local minima of the search, null where nothing was searched.
+Json minima_of(const AnimalRecord& record) {
+    return kde_tool::is_search(record.Method) ? json_minima(engine::ReachedRows(record.Profile)) : Json();
+}
+
 Json levels_of(const AnimalRecord& record) {
     Json levels = Json::array();
     for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
@@ -66,12 +71,16 @@ Json json_of(const AnimalRecord& record) {
             {"bandwidth_map_units", computed(record.BandwidthMapUnits)},
             {"href", computed(record.Href)},
             {"minimised", minimised(record)},
+            {"local_minima", minima_of(record)},
             {"reason", record.Reason.empty() ? Json() : Json(record.Reason)},
             {"columns", record.Grid.Columns},
             {"rows", record.Grid.Rows},
             {"cell_size", record.Grid.CellSize},
             {"origin", {json_number(record.Grid.OriginX), json_number(record.Grid.OriginY)}},
             {"volume", record.Status == 0 ? json_number(record.Volume) : Json()},
+            {"reach", computed(record.Reach)},
+            {"beyond_reach", record.Status == 0 ? json_number(record.BeyondReach) : Json()},
+            {"lost_at_edge", record.Status == 0 ? json_number(record.LostAtEdge) : Json()},
             {"raster", record.RasterName},
             {"levels", levels_of(record)},
             {"max_edge_value", json_number(record.MaxEdgeValue)},
@@ -108,6 +117,7 @@ void KdeOutput::Count(const AnimalRecord& record) {
     ++m_done;
     if (record.Status != 0) ++m_failed;
     if (record.IsoplethStatus == isopleths::isopleth_status::kFailed) ++m_withoutIsopleths;
+    if (kde_tool::lacks_memory(record)) ++m_withoutMemory;
     if (m_animals > 0 && record.NamingId == m_animal) return;
     m_animal = record.NamingId;
     ++m_animals;

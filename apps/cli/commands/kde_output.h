@@ -29,6 +29,9 @@ public:
     std::size_t Done() const { return m_done; }
     std::size_t Failed() const { return m_failed; }
 
+    /// Distributions for which there was no memory.
+    std::size_t WithoutMemory() const { return m_withoutMemory; }
+
     /// Distributions whose isopleths met a fault.
     std::size_t WithoutIsopleths() const { return m_withoutIsopleths; }
 
@@ -53,6 +56,7 @@ private:
     std::size_t m_done = 0;
     std::size_t m_failed = 0;
     std::size_t m_withoutIsopleths = 0;
+    std::size_t m_withoutMemory = 0;
 };
 
 }  // namespace wxl::cli

@@ -34,6 +34,10 @@ AnimalRecord full_record() {
     record.MaxEdgeValue = 1e-300;
     record.EdgeWarning = true;
     record.CutTo = 0.0167139261002523;
+    record.Adaptive = true;
+    record.Reach = 4.0000000000000009;
+    record.BeyondReach = 0.028012345678901234;
+    record.LostAtEdge = 1.2345678901234567e-05;
     record.Status = 5002;
     record.IsoplethStatus = 3001;
     record.Warnings = "One.\rTwo.\r";
@@ -73,6 +77,10 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
     EXPECT_EQ(a.MaxEdgeValue, b.MaxEdgeValue);
     EXPECT_EQ(a.EdgeWarning, b.EdgeWarning);
     EXPECT_EQ(a.CutTo, b.CutTo);
+    EXPECT_EQ(a.Adaptive, b.Adaptive);
+    EXPECT_EQ(a.Reach, b.Reach);
+    EXPECT_EQ(a.BeyondReach, b.BeyondReach);
+    EXPECT_EQ(a.LostAtEdge, b.LostAtEdge);
     EXPECT_EQ(a.Status, b.Status);
     EXPECT_EQ(a.IsoplethStatus, b.IsoplethStatus);
     EXPECT_EQ(a.Warnings, b.Warnings);

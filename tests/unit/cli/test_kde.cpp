@@ -369,6 +369,33 @@ TEST_F(KdeCommand, A_list_that_a_settings_file_spoils_is_told_in_a_sentence) {
     EXPECT_TRUE(fs::exists(fs::path(Out) / "1_b1"));
 }
 
+TEST_F(KdeCommand, Reach_is_whole_or_a_number_above_0) {
+    const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min", "--adaptive", "--json"};
+    for (const char* wrong : {"0", "-1", "x", "nan"}) {
+        std::vector<std::string> refused = call;
+        refused.insert(refused.end(), {"--reach", wrong});
+        const Ran ran = Kde(refused);
+        EXPECT_EQ(ran.Code, 2) << wrong;
+        EXPECT_EQ(ran.Err,
+                  std::string("wxl: --reach: \"") + wrong + "\" is not a number of bandwidths above 0, or whole\n");
+    }
+    const json usual = json::parse(Kde(call).Out)["animals"][0];
+    EXPECT_EQ(usual["reach"], 4.0);
+    std::vector<std::string> whole = call;
+    whole.insert(whole.end(), {"--reach", "WHOLE", "--overwrite"});
+    const json full = json::parse(Kde(whole).Out)["animals"][0];
+    EXPECT_GE(full["reach"].get<double>(), 3.999999);
+    EXPECT_LE(full["beyond_reach"], usual["beyond_reach"]);
+    EXPECT_LT(full["beyond_reach"], 2e-4);
+    std::vector<std::string> dry = whole;
+    dry.push_back("--dry-run");
+    EXPECT_EQ(json::parse(Kde(dry).Out)["animals"][0]["columns"], full["columns"]);
+    std::vector<std::string> searched = call;
+    searched.insert(searched.end(), {"--bandwidth", "bcv", "--overwrite"});
+    EXPECT_TRUE(json::parse(Kde(searched).Out)["animals"][0]["local_minima"].is_array());
+    EXPECT_TRUE(usual["local_minima"].is_null());
+}
+
 TEST_F(KdeCommand, Folders_and_conditions_of_no_use_are_told_before_the_run) {
     const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min"};
     const Ran none = Kde({"--cell-size", "20", "--extent", "min", "--where", "animal = 'Fraja'"});

@@ -204,18 +204,23 @@ TEST_F(KernelCalculator, Results_beyond_the_range_of_numbers_fault) {
     k.SetManualBandwidth(1.0);
     k.SetScalingFactor(1.7e308);
     k.CalculateKernel();
-    EXPECT_EQ(k.lErrorStatus, 1008);
+    EXPECT_EQ(k.lErrorStatus, 1020);
     EXPECT_EQ(k.GetKernel(), nullptr);
 }
 
-TEST_F(KernelCalculator, A_bandwidth_beyond_every_distance_gives_a_flat_kernel_of_almost_nothing) {
+// n x h^2 is beyond the range of numbers: in the normalisation, after the step of the last point, and in the pilot.
+TEST_F(KernelCalculator, A_bandwidth_whose_square_overflows_faults) {
     k.SetInputCoords(kSquare);
     SetGrid(5, 5, 1.0);
     k.SetManualBandwidth(1e200);
+    k.CalculateKernel();
+    EXPECT_EQ(k.lErrorStatus, 1020);
+    EXPECT_EQ(k.GetKernel(), nullptr);
+    k.SetInputCoords(kSquare);
     k.SetFixedKernel(false);
     k.CalculateKernel();
-    EXPECT_EQ(k.lErrorStatus, 0);
-    EXPECT_EQ(k.GetKernelVolume(), 0.0);
+    EXPECT_EQ(k.lErrorStatus, 10082);
+    EXPECT_EQ(k.GetKernel(), nullptr);
 }
 
 TEST_F(KernelCalculator, A_search_radius_beyond_32_bits_faults) {

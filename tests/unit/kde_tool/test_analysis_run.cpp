@@ -396,6 +396,37 @@ TEST_F(AnalysisRunTest, A_full_extent_over_the_limit_is_each_animals_failure_wit
     EXPECT_THAT(Report(), HasSubstr("(code: 1001)"));
 }
 
+TEST_F(AnalysisRunTest, A_raster_over_the_limit_has_its_true_size_in_the_report) {
+    AddTwoAnimals();
+    Open();
+    Form->txtCellSize.Text = "1";
+    Form->txtBuffer.Text = "1e8";
+    Run();
+    EXPECT_THAT(Report(), HasSubstr("Columns, Rows: 200000900, 200000300\r\n"));
+}
+
+TEST_F(AnalysisRunTest, A_page_turned_during_a_run_changes_nothing) {
+    AddTwoAnimals();
+    Open();
+    Form->KeepsFixes = true;
+    Form->SSTab1.Current = 1;
+    Form->SSTab1_Click(0);
+    const double largest = Form->LargestReferenceBandwidth();
+    Form->txtBuffer.Text = "5000";
+    int turned = 0;
+    Host.SetOnYield([&] {
+        if (Form->txtStatus.Text != "Calculating kernel..." || turned++ > 0) return;
+        Points->AddPoint(90000.0, 90000.0, {std::string("Ada"), std::int64_t{7}});
+        Form->SSTab1.Current = 2;
+        Form->SSTab1_Click(1);
+    });
+    Run();
+    EXPECT_GT(turned, 0);
+    EXPECT_EQ(Form->LargestReferenceBandwidth(), largest);
+    EXPECT_EQ(Form->txtBuffer.Text, "5000");
+    EXPECT_EQ(Keeper.Records.size(), 2U);
+}
+
 TEST_F(AnalysisRunTest, Proportions_give_numbered_rasters_and_multiply_the_bandwidth) {
     AddTwoAnimals();
     Open();
@@ -409,6 +440,53 @@ TEST_F(AnalysisRunTest, Proportions_give_numbered_rasters_and_multiply_the_bandw
     EXPECT_NEAR(Keeper.Records[0].Href, 91.6486424665735, 1e-9);
     EXPECT_NEAR(Keeper.Records[1].Bandwidth, 91.6486424665735, 1e-9);
     EXPECT_EQ(Keeper.Records[2].RasterName, "K7_b1");
+}
+
+TEST_F(AnalysisRunTest, The_share_beyond_the_reach_is_told_with_its_cause) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "1000";
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "2";
+    Run();
+    const AnimalRecord& record = Keeper.Records.at(0);
+    EXPECT_NEAR(record.Reach, 2.0, 1e-12);
+    EXPECT_NEAR(record.BeyondReach, 1.0 - 0.95806393747, 1e-4);
+    EXPECT_NEAR(record.LostAtEdge, 0.0, 1e-4);
+    EXPECT_FALSE(record.CutTo.has_value());
+    EXPECT_THAT(record.Reason,
+                testing::EndsWith("4.19 % of the distribution lies beyond the kernels' reach of 2 "
+                                  "bandwidths, because the reach is that of HREF whatever the "
+                                  "proportion: outer isopleths are too small; --reach whole computes the "
+                                  "full kernels"));
+}
+
+TEST_F(AnalysisRunTest, A_reach_is_in_bandwidths_of_the_distribution_and_whole_holds_the_widest_kernel) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "1000";
+    Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
+    Form->txtPropHref.Text = "2";
+    Form->Reach = "4";
+    Run();
+    EXPECT_NEAR(Keeper.Records.at(0).Reach, 4.0, 1e-12);
+    EXPECT_NEAR(Keeper.Records.at(0).Volume, 999947.475, 1e-2);
+    EXPECT_THAT(Keeper.Records.at(0).Reason, Not(HasSubstr("reach")));
+
+    Disk->AddFolder("/whole");
+    Form->SetOutputFolder("/whole");
+    Form->optAdaptive.Value = true;
+    Form->optAdaptive_Click();
+    Form->optSmall.Value = true;
+    Form->optSmall_Click();
+    Form->Reach = "whole";
+    Keeper.Records.clear();
+    Run();
+    for (const AnimalRecord& record : Keeper.Records) {
+        EXPECT_GE(record.Reach, 3.999999);
+        EXPECT_LT(record.BeyondReach, 2e-4);
+        EXPECT_LT(record.LostAtEdge, 2e-4);
+    }
 }
 
 // Int((900 + 2000) / 50) columns, Int((300 + 2000) / 50) rows. The kernels are cut at 4 x HREF; at 4 x 2 x HREF the

@@ -97,7 +97,8 @@ TEST(BandwidthDoctor, Coincident_pairs_decide_from_a_sixth_of_the_fixes_on) {
     record.Coincident = {.Fixes = 20, .Pairs = 10};
     EXPECT_EQ(fault_of(record), SearchFault::kLowerEnd);
     EXPECT_EQ(reason_of(record),
-              "the smallest score is at the lower end of the range (bandwidth 10): fixes are clustered closely, and 20 "
+              "the smallest score is at the lower end of the range (bandwidth 10, 0.05 HREF): fixes are clustered "
+              "closely, and 20 "
               "of 60 fixes share their place with another fix");
     record.Coincident = {.Fixes = 22, .Pairs = 11};
     EXPECT_EQ(fault_of(record), SearchFault::kCoincident);
@@ -119,15 +120,70 @@ TEST(BandwidthDoctor, Tight_clusters_put_the_minimum_at_the_lower_end) {
     ASSERT_FALSE(record.Minimized);
     EXPECT_EQ(fault_of(record), SearchFault::kLowerEnd);
     EXPECT_TRUE(reason_of(record).starts_with("the smallest score is at the lower end of the range (bandwidth "));
-    EXPECT_TRUE(reason_of(record).ends_with("): fixes are clustered closely"));
+    EXPECT_TRUE(reason_of(record).ends_with(": fixes are clustered closely"));
 }
 
 TEST(BandwidthDoctor, A_score_that_falls_all_the_way_ends_at_the_upper_end) {
     const AnimalRecord record = with_scores({3, 2, 1, 0.25}, 30);
     EXPECT_EQ(fault_of(record), SearchFault::kUpperEnd);
     EXPECT_EQ(reason_of(record),
-              "the smallest score is at the upper end of the range (bandwidth 40): the score falls all the way to wide "
-              "bandwidths");
+              "the smallest score is at the upper end of the range (bandwidth 40, 2 HREF): the score falls all the way "
+              "to wide bandwidths");
+}
+
+TEST(BandwidthDoctor, A_search_that_passes_over_a_local_minimum_tells_it) {
+    AnimalRecord record = with_scores({5, 2, 3, 4, 2.5, 4, 1}, 30);
+    record.Method = BandwidthMethod::kBcv;
+    EXPECT_EQ(fault_of(record), SearchFault::kUpperEnd);
+    EXPECT_EQ(
+        reason_of(record),
+        "the smallest score is at the upper end of the range (bandwidth 70, 3 HREF); inside it the score has local "
+        "minima at 20, 50");
+    record = with_scores({0, 2, 1, 4}, 30);
+    EXPECT_EQ(
+        reason_of(record),
+        "the smallest score is at the lower end of the range (bandwidth 10, 0.05 HREF); inside it the score has a "
+        "local minimum at 30: fixes are clustered closely");
+}
+
+TEST(BandwidthDoctor, Local_minima_are_dips_deeper_than_rounding) {
+    using engine::LocalMinima;
+    using engine::ProfileRow;
+    const auto rows = [](const std::vector<double>& scores) { return with_scores(scores, 30).Profile; };
+    EXPECT_EQ(LocalMinima(rows({3, 1, 2})), (engine::SearchProfile{{20, 1}}));
+    EXPECT_EQ(LocalMinima(rows({3, 1, 1, 2, 0})), (engine::SearchProfile{{20, 1}}));
+    EXPECT_TRUE(LocalMinima(rows({3, 2, 2, 1})).empty());
+    EXPECT_TRUE(LocalMinima(rows({3, 2, 2 + 1e-9, 1})).empty());
+    EXPECT_TRUE(LocalMinima(rows({1, 2})).empty());
+    EXPECT_TRUE(LocalMinima({}).empty());
+}
+
+// 4 bandwidths leave out 0.013 % of a kernel, and a raster that holds the rest is clear whatever its edge value.
+TEST(BandwidthDoctor, The_edge_is_judged_by_what_is_lost_and_where) {
+    AnimalRecord record;
+    record.SampleSize = 40;
+    record.Reach = 4.0;
+    record.EdgeWarning = true;
+    record.MaxEdgeValue = 0.02;
+    record.BeyondReach = 1.3e-4;
+    record.LostAtEdge = 1e-4;
+    EXPECT_EQ(edge_verdict(record), EdgeVerdict::kClear);
+    EXPECT_EQ(diagnosis(record), "");
+
+    record.BeyondReach = 0.02;
+    EXPECT_EQ(edge_verdict(record), EdgeVerdict::kBeyondReach);
+    EXPECT_EQ(diagnosis(record),
+              "2 % of the distribution lies beyond the kernels' reach of 4 bandwidths: outer isopleths are too small; "
+              "--reach whole computes the full kernels");
+    record.Adaptive = true;
+    EXPECT_EQ(diagnosis(record),
+              "2 % of the distribution lies beyond the kernels' reach of 4 bandwidths, because an adaptive kernel is "
+              "wider where fixes are sparse: outer isopleths are too small; --reach whole computes the full kernels");
+
+    record.LostAtEdge = 0.002;
+    record.BeyondReach = 0.0;
+    EXPECT_EQ(edge_verdict(record), EdgeVerdict::kCut);
+    EXPECT_EQ(diagnosis(record), "the raster may cut the distribution: its edge reaches 0.02");
 }
 
 TEST(BandwidthDoctor, Scores_that_differ_by_rounding_only_are_flat) {
@@ -146,7 +202,7 @@ TEST(BandwidthDoctor, Two_fixes_give_biased_cross_validation_a_flat_score) {
 TEST(BandwidthDoctor, Below_thirty_fixes_the_number_is_the_reason) {
     EXPECT_EQ(reason_of(with_scores({3, 2, 1}, 29)),
               "29 fixes are too few for a search (30 or more are advised); the smallest score is at the upper end of "
-              "the range (bandwidth 30)");
+              "the range (bandwidth 30, 2 HREF)");
     EXPECT_EQ(fault_of(with_scores({3, 2, 1}, 30)), SearchFault::kUpperEnd);
 }
 
@@ -199,10 +255,30 @@ TEST(BandwidthDoctor, Tells_of_one_cause_once_and_of_several_in_one_line) {
 
     AnimalRecord cut = with_scores({3, 2, 1}, 40);
     cut.EdgeWarning = true;
+    cut.LostAtEdge = 0.005;
     cut.MaxEdgeValue = 0.0234567;
     EXPECT_EQ(diagnosis(cut),
-              "the smallest score is at the upper end of the range (bandwidth 30): the score falls all the way to wide "
-              "bandwidths; the raster may cut the distribution: its edge reaches 0.02346");
+              "the smallest score is at the upper end of the range (bandwidth 30, 2 HREF): the score falls all the way "
+              "to wide bandwidths; the raster may cut the distribution: its edge reaches 0.02346");
+}
+
+TEST(BandwidthDoctor, Lack_of_memory_and_percentages_without_a_polygon_have_reasons_of_their_own) {
+    AnimalRecord record;
+    record.SampleSize = 40;
+    record.Grid = {0, 0, 2, 40000, 1200};
+    record.Reach = 4;
+    record.BandwidthMapUnits = 100;
+    record.Status = engine::kernel_status::kDimensions;
+    EXPECT_TRUE(lacks_memory(record));
+    EXPECT_EQ(diagnosis(record), "there is not enough memory for its raster of 40000 x 1200 cells (384 MB)");
+    record.Reach = 1e10;
+    EXPECT_FALSE(lacks_memory(record));
+    EXPECT_EQ(diagnosis(record), "the calculation failed (code 1000)");
+
+    record.Status = 0;
+    record.Isopleths = {{0.001, 3.0, std::nullopt}, {0.01, 3.0, std::nullopt}, {50.0, 2.0, 1000.0}};
+    EXPECT_EQ(diagnosis(record),
+              "no isopleth at 0.001 %, 0.01 %: the percentage is too small, no area lies above its level");
 }
 
 TEST(BandwidthDoctor, Tells_what_a_raster_leaves_of_the_distribution) {
@@ -229,8 +305,8 @@ TEST(BandwidthDoctor, Stands_in_the_report_only_beside_a_page) {
     ASSERT_EQ(told.size(), plain.size() + 1);
     EXPECT_EQ(told[4], "LSCV function could not be minimized. HREF bandwidth used.");
     EXPECT_EQ(told[5],
-              "Reason: the smallest score is at the upper end of the range (bandwidth 30): the score falls all the way "
-              "to wide bandwidths");
+              "Reason: the smallest score is at the upper end of the range (bandwidth 30, 2 HREF): the score falls all "
+              "the way to wide bandwidths");
     told.erase(told.begin() + 5);
     EXPECT_EQ(told, plain);
 }

@@ -162,10 +162,11 @@ TEST(RunPlan, Grids_count_whole_cells_only) {
     EXPECT_EQ(enlarged_grid({5.0, 5.0, 5.0, 5.0}, 0.0, 10.0), (platform::RasterGeometry{5.0, 5.0, 10.0, 0, 0}));
 }
 
-TEST(RunPlan, Grids_beyond_any_raster_are_counted_as_one_more_than_the_limit) {
+TEST(RunPlan, Grids_beyond_any_raster_are_counted_as_far_as_32_bits_go) {
     const platform::RasterGeometry grid = enlarged_grid({0.0, 0.0, 1e300, 100.0}, -20.0, 10.0);
-    EXPECT_EQ(grid.Columns, 50'000'001);
+    EXPECT_EQ(grid.Columns, 2147483647);
     EXPECT_EQ(grid.Rows, 6);
+    EXPECT_EQ(enlarged_grid({1000.0, 500.0, 1900.0, 800.0}, 1e8, 1.0).Columns, 200000900);
     EXPECT_EQ(enlarged_grid({}, 0.0, 10.0).Columns, 0);
     EXPECT_EQ(enlarged_grid({0.0, 0.0, std::numeric_limits<double>::quiet_NaN(), 1.0}, 0.0, 1.0).Columns, 0);
 }
