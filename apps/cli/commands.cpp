@@ -7,6 +7,7 @@
 #include "apps/cli/commands/isopleths.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/manual.h"
+#include "apps/cli/commands/models.h"
 #include "apps/cli/commands/obs_fields.h"
 #include "apps/cli/commands/remove_duplicates.h"
 #include "apps/cli/commands/stats.h"
@@ -62,6 +63,8 @@ std::vector<Command> register_commands(CLI::App& program) {
     add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);
+    add(commands, program, "models", "Tell how fixes depend on each other: movement models and effective sample size",
+        register_models, run_models);
     add(commands, program, "isopleths", "Draw isopleths of a density raster", register_isopleths, run_isopleths);
     add(commands, program, "obs-fields", "Add times, distances and speeds between fixes to a layer",
         register_obs_fields, run_obs_fields);

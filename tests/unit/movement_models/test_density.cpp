@@ -34,7 +34,7 @@ Sample random_sample(std::size_t count) {
 engine::KernelGrid density_of(const Sample& sample, const Matrix2& covariance, const RasterGeometry& geometry) {
     engine::KernelGrid grid;
     grid.Reset(geometry.Columns, geometry.Rows);
-    engine::WorkClock clock(nullptr);
+    engine::WorkClock clock;
     add_density(sample.Fixes, sample.Weights, covariance, geometry, grid, clock);
     return grid;
 }
