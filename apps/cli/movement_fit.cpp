@@ -1,6 +1,7 @@
 #include "apps/cli/movement_fit.h"
 
 #include "apps/cli/option_checks.h"
+#include "kde_tool/bandwidth_doctor.h"
 #include "platform/text.h"
 
 #include <CLI/CLI.hpp>
@@ -139,13 +140,11 @@ AnimalModels fit_animal(const TimedAnimal& animal, const FitOptions& options, Co
 
 void tell_animal(const AnimalModels& fitted, bool verdicts, Console& console) {
     const std::string name = platform::ValueText(fitted.Animal->Id);
-    const std::size_t without = fitted.Animal->WithoutTime;
-    if (without > 0 && fitted.Animal->FirstUnreadable.empty())
-        console.Problem(fmt::format("{}: {} without a time left out", name,
-                                    without == 1 ? "1 fix" : fmt::format("{} fixes", without)));
-    else if (without > 0)
-        console.Problem(fmt::format("{}: {} whose time cannot be read left out (the first: \"{}\")", name,
-                                    without == 1 ? "1 fix" : fmt::format("{} fixes", without),
+    const std::string without = kde_tool::fixes_text(static_cast<std::int64_t>(fitted.Animal->WithoutTime));
+    if (fitted.Animal->WithoutTime > 0 && fitted.Animal->FirstUnreadable.empty())
+        console.Problem(fmt::format("{}: {} without a time left out", name, without));
+    else if (fitted.Animal->WithoutTime > 0)
+        console.Problem(fmt::format("{}: {} whose time cannot be read left out (the first: \"{}\")", name, without,
                                     fitted.Animal->FirstUnreadable));
     for (const std::string& note : fitted.Notes) console.Note(fmt::format("{}: {}", name, note));
     if (!verdicts) return;

@@ -48,7 +48,7 @@ TEST(Models, Json_of_fourteen_fixes) {
     EXPECT_NEAR(best["area95_low"].get<double>(), 675667, 0.5);
     EXPECT_NEAR(best["area95_high"].get<double>(), 6963630, 0.5);
     EXPECT_EQ(best["status"], "fitted by pHREML");
-    EXPECT_EQ(animal["models"][7]["status"], "collapsed to OUf");
+    EXPECT_EQ(animal["models"][7]["status"], "collapsed to OU");
     EXPECT_TRUE(animal["models"][7]["aicc"].is_null());
 }
 
@@ -105,9 +105,9 @@ TEST(Models, Table_and_csv_and_plots) {
     EXPECT_EQ(ran.Code, 0);
     EXPECT_NE(
         ran.Out.find("a: 14 of 14 fixes, 2020-01-01T00:00:00Z to 2020-01-02T02:00:00Z\n"
-                     "model             dAICc  tau position  tau velocity       speed    DOF    km2     low   high  "
+                     "model            dAICc  tau position  tau velocity      speed    DOF    km2     low   high  "
                      "          status\n"
-                     "OU isotropic      0.000        6.15 h           N/A         N/A  3.283  2.981  0.6757  6.964  "
+                     "OU isotropic     0.000        6.15 h           N/A        N/A  3.283  2.981  0.6757  6.964  "
                      "fitted by pHREML\n"),
         std::string::npos)
         << ran.Out;
@@ -136,7 +136,7 @@ TEST(Models, Degenerate_animals_have_a_sentence_each) {
     EXPECT_EQ(ran.Code, 0);
     const Json json = Json::parse(ran.Out);
     ASSERT_EQ(json.size(), 4U);
-    EXPECT_EQ(json[0]["chosen"], "OU isotropic");
+    EXPECT_EQ(json[0]["chosen"], "OUf isotropic");  // the isotropic ones alone are fitted
     EXPECT_EQ(json[1]["verdict"], "All fixes lie at one place: the animal never moved.");
     EXPECT_EQ(json[1]["models"].size(), 0U);
     EXPECT_TRUE(json[2]["chosen"].is_null());
