@@ -22,7 +22,8 @@ struct AttributeQuery {
     FieldValue Value;
 };
 
-/// Which rows a cursor returns, and what of them. Rows come in the store's own order (object ID for files).
+/// Which rows a cursor returns, and what of them. Rows come in the store's own order: ascending object ID
+/// but for stores that take row numbers from the data.
 struct Search {
     std::optional<AttributeQuery> Where = {};
     bool WithShape = true;                 ///< false: Shape() may be null, the scan is faster
@@ -104,7 +105,7 @@ public:
     virtual ~ISelectionSet() = default;
     virtual std::int64_t Count() const = 0;
 
-    /// As IFeatureClass::Find, over the selected features only, in ascending order of object ID.
+    /// As IFeatureClass::Find, over the selected features only, in the same order.
     virtual std::unique_ptr<IFeatureCursor> Find(const Search& search) = 0;
 };
 

@@ -3,7 +3,7 @@
 #include "adapters/files/raster_dataset.h"
 #include "platform/runtime_error.h"
 
-#include <algorithm>
+#include <optional>
 
 namespace wxl::files {
 
@@ -16,35 +16,18 @@ class FilesFeatureLayer::SelectionSet final : public platform::ISelectionSet {
 public:
     explicit SelectionSet(std::shared_ptr<OgrFeatureClass> features) : m_features(std::move(features)) {}
 
-    std::int64_t Count() const override {
-        return m_isAll ? m_features->FeatureCount() : static_cast<std::int64_t>(OIDs().size());
-    }
+    std::int64_t Count() const override { return m_rows ? m_features->Count(*m_rows) : m_features->FeatureCount(); }
 
     std::unique_ptr<IFeatureCursor> Find(const Search& search) override {
-        return m_isAll ? m_features->Find(search) : m_features->FindAmong(OIDs(), search);
+        return m_rows ? m_features->FindAmong(*m_rows, search) : m_features->Find(search);
     }
 
-    void SelectAll() { m_isAll = true; }
-
-    void Select(std::vector<std::int64_t> oids) {
-        std::sort(oids.begin(), oids.end());
-        oids.erase(std::unique(oids.begin(), oids.end()), oids.end());
-        m_oids = m_features->Existing(oids);
-        m_generation = m_features->Generation();
-        m_isAll = false;
-    }
+    void SelectAll() { m_rows.reset(); }
+    void Select(ChosenRows rows) { m_rows = std::move(rows); }
 
 private:
-    const std::vector<std::int64_t>& OIDs() const {
-        m_oids = m_features->Follow(m_oids, m_generation);
-        m_generation = m_features->Generation();
-        return m_oids;
-    }
-
     std::shared_ptr<OgrFeatureClass> m_features;
-    bool m_isAll = true;
-    mutable std::vector<std::int64_t> m_oids;
-    mutable std::size_t m_generation = 0;
+    mutable std::optional<ChosenRows> m_rows;  // all without them
 };
 
 FilesFeatureLayer::FilesFeatureLayer(std::string name, std::shared_ptr<OgrFeatureClass> features)
@@ -63,7 +46,11 @@ void FilesFeatureLayer::SelectAll() {
 }
 
 void FilesFeatureLayer::Select(std::vector<std::int64_t> oids) {
-    m_selection->Select(std::move(oids));
+    m_selection->Select(m_features->Choose(std::move(oids)));
+}
+
+void FilesFeatureLayer::SelectWhere(const std::string& condition) {
+    m_selection->Select(m_features->ChooseWhere(condition));
 }
 
 FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path, Sources sources) {

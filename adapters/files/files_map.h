@@ -23,7 +23,7 @@ public:
     void Select(std::vector<std::int64_t> oids);
 
     /// Selects what meets an SQL condition; RuntimeError 5 for one that means nothing.
-    void SelectWhere(const std::string& condition) { Select(m_features->OIDsWhere(condition)); }
+    void SelectWhere(const std::string& condition);
 
     OgrFeatureClass& Features() { return *m_features; }
 

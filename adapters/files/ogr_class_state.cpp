@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <iterator>
+#include <unordered_map>
 
 namespace wxl::files {
 
@@ -45,6 +48,23 @@ std::vector<std::string> columns_asked_for(const platform::Search& search) {
     return columns;
 }
 
+RowOrder order_of(const std::vector<std::int64_t>& numbers) {
+    if (std::is_sorted(numbers.begin(), numbers.end(), std::less_equal<>())) return RowOrder::kRising;
+    std::vector<std::int64_t> sorted = numbers;
+    std::sort(sorted.begin(), sorted.end());
+    const bool repeats = std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
+    return repeats ? RowOrder::kRepeating : RowOrder::kUnordered;
+}
+
+/// Takes one row that equals this one from the others; false when none does.
+bool take_equal(std::vector<OGRFeatureUniquePtr>& others, const OGRFeature& row) {
+    const auto equal = std::find_if(others.begin(), others.end(),
+                                    [&](const OGRFeatureUniquePtr& other) { return other->Equal(&row) != 0; });
+    if (equal == others.end()) return false;
+    others.erase(equal);
+    return true;
+}
+
 }  // namespace
 
 Pass::~Pass() {
@@ -68,8 +88,8 @@ void OgrFeatureClass::State::Load() {
     else
         TransactionEditor::FinishInterrupted(m_path);
     DropSources();
+    ++m_loads;
     m_stamp = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path);
-    m_count.reset();
     if (m_isShapefile) CheckShapefile(m_path);
     auto source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
     m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
@@ -91,10 +111,15 @@ void OgrFeatureClass::State::Load() {
 
 void OgrFeatureClass::State::LoadEditor(OgrSource& source) {
     m_editor.reset();
-    if (TransactionEditor::Suits(source.DriverName())) {
-        m_editor = std::make_unique<TransactionEditor>(m_path, m_name);
+    m_isView = source.IsView();
+    m_isTable = !m_isView && TransactionEditor::Suits(source.DriverName()) && *source.Layer().GetFIDColumn() != '\0';
+    if (m_isTable) {
+        m_editor = std::make_unique<TransactionEditor>(m_path, m_name, source.Layer().GetLayerDefn());
         return;
     }
+    m_whyNoEditor = m_path.string() + ": the layer \"" + m_name +
+                    "\" is a view, and the rows of a view cannot be changed. Name the layer that its rows come from.";
+    if (m_isView) return;
     m_whyNoEditor = m_path.string() + " is of a format (" + source.DriverName() +
                     ") that is only read. Shapefiles and GeoPackages can be changed.";
     if (!m_isShapefile) return;
@@ -110,8 +135,22 @@ IRowEditor& OgrFeatureClass::State::Editor() const {
     return *m_editor;
 }
 
-std::string OgrFeatureClass::State::WhyReadOnly() const {
-    return m_editor ? m_editor->WhyReadOnly() : m_whyNoEditor;
+std::string OgrFeatureClass::State::WhyReadOnly() {
+    if (!m_editor) return m_whyNoEditor;
+    const auto pass = JoinPass();
+    if (Order() == RowOrder::kRepeating)
+        return m_path.string() + ": several rows of the layer \"" + m_name +
+               "\" have one row number, so that none can be changed alone.";
+    return m_editor->WhyReadOnly();
+}
+
+void OgrFeatureClass::State::DropSources() {
+    m_idle.clear();
+    ++m_version;
+    m_numbers.reset();
+    m_order.reset();
+    m_count.reset();
+    m_bounds.reset();
 }
 
 int OgrFeatureClass::State::FindField(std::string_view name) const {
@@ -156,7 +195,11 @@ std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search
         m_idle.pop_back();
     }
     source->Version = m_version;
-    source->SetWanted(wanted.WithShape, columns_asked_for(wanted));
+    // Which columns are asked of a view may decide in which order a database gives its rows.
+    if (m_isView)
+        source->SetWanted(true, {});
+    else
+        source->SetWanted(wanted.WithShape, columns_asked_for(wanted));
     source->Layer().SetAttributeFilter(nullptr);
     source->Layer().ResetReading();
     return source;
@@ -199,6 +242,7 @@ void OgrFeatureClass::State::Delete(std::int64_t oid) {
     if (IsDeleted(oid))
         Raise(error_number::kInvalidCall, "There is no feature with the object ID " + std::to_string(oid) + ".");
     m_edits.Deleted.insert(oid);
+    m_bounds.reset();
 }
 
 void OgrFeatureClass::State::Insert(const Geometry& shape, std::span<const FieldValue> values) {
@@ -217,7 +261,6 @@ void OgrFeatureClass::State::Commit() {
     m_marked.merge(m_edits.Deleted);
     m_edits = {};
     DropSources();
-    m_count.reset();
     m_stamp = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path);
 }
 
@@ -243,79 +286,136 @@ void OgrFeatureClass::State::Finish() noexcept {
     m_removals.push_back(std::move(removal));
 }
 
+std::shared_ptr<const std::vector<std::int64_t>> OgrFeatureClass::State::Numbers() {
+    if (m_numbers) return m_numbers;
+    auto source = Borrow({.WithShape = false, .Fields = kNoCells});
+    std::vector<std::int64_t> numbers;
+    while (const OGRFeatureUniquePtr row = next_row(source->Layer(), m_path)) numbers.push_back(row->GetFID());
+    GiveBack(std::move(source));
+    // A table is read by ranges of its numbers, whatever index a database took them from here.
+    if (m_isTable) std::sort(numbers.begin(), numbers.end());
+    m_numbers = std::make_shared<const std::vector<std::int64_t>>(std::move(numbers));
+    return m_numbers;
+}
+
+RowOrder OgrFeatureClass::State::Order() {
+    if (m_isShapefile) return RowOrder::kRising;
+    if (!m_order) m_order = order_of(*Numbers());
+    return *m_order;
+}
+
 std::int64_t OgrFeatureClass::State::FeatureCount() {
     const auto pass = JoinPass();
     if (!m_count) {
         const auto* shapefile = dynamic_cast<const ShapefileEditor*>(m_editor.get());
-        auto source = Borrow({.WithShape = false});
-        m_count = shapefile ? shapefile->CountRows() : source->Layer().GetFeatureCount();
-        GiveBack(std::move(source));
+        m_count = shapefile ? shapefile->CountRows() : static_cast<std::int64_t>(Numbers()->size());
     }
     return *m_count - static_cast<std::int64_t>(m_edits.Deleted.size());
 }
 
 Extent OgrFeatureClass::State::Bounds() {
     const auto pass = JoinPass();
-    if (FeatureCount() == 0) return {};
-    auto source = Borrow({});
-    OGREnvelope envelope;
-    const bool known = source->Layer().GetExtent(&envelope, TRUE) == OGRERR_NONE;
-    Extent bounds{envelope.MinX, envelope.MinY, envelope.MaxX, envelope.MaxY};
-    // A shapefile without any shape says 0, 0, 0, 0; a damaged header may say anything.
-    const bool suspect = (bounds.Width() == 0.0 && bounds.Height() == 0.0) || !std::isfinite(bounds.Width()) ||
-                         !std::isfinite(bounds.Height());
-    if (!known || suspect) bounds = ScannedBounds(source->Layer());
-    GiveBack(std::move(source));
-    return bounds;
-}
-
-Extent OgrFeatureClass::State::ScannedBounds(OGRLayer& layer) {
-    Extent bounds;
-    layer.ResetReading();
-    for (const auto& feature : layer) {
-        const OGRGeometry* geometry = feature->GetGeometryRef();
-        if (geometry == nullptr || geometry->IsEmpty()) continue;
-        OGREnvelope envelope;
-        geometry->getEnvelope(&envelope);
-        for (const Point& corner : {Point{envelope.MinX, envelope.MinY}, Point{envelope.MaxX, envelope.MaxY}})
-            if (is_finite(corner)) bounds.Include(corner);
-    }
-    return bounds;
+    if (!m_bounds) m_bounds = bounds_of(pass);
+    return *m_bounds;
 }
 
 std::vector<std::int64_t> OgrFeatureClass::State::OIDs(const std::string& condition) {
     const auto pass = JoinPass();
-    auto source = Borrow({.WithShape = false});
     std::vector<std::int64_t> oids;
-    {
-        const GdalErrors errors;
-        if (!condition.empty() && source->Layer().SetAttributeFilter(condition.c_str()) != OGRERR_NONE)
-            Raise(error_number::kInvalidCall, "The condition \"" + condition + "\" means nothing: " + errors.Text());
-        for (const auto& feature : source->Layer())
-            if (!IsDeleted(feature->GetFID())) oids.push_back(feature->GetFID());
-        if (errors.Failed() && oids.empty() && !condition.empty())
-            Raise(error_number::kInvalidCall, "The condition \"" + condition + "\" means nothing: " + errors.Text());
-    }
-    GiveBack(std::move(source));
+    ForEach(condition, {.WithShape = false}, [&](const OGRFeatureUniquePtr& row) {
+        if (!IsDeleted(row->GetFID())) oids.push_back(row->GetFID());
+    });
     std::sort(oids.begin(), oids.end());
     return oids;
 }
 
-std::vector<std::int64_t> OgrFeatureClass::State::Follow(std::span<const std::int64_t> oids,
-                                                         std::size_t generation) const {
-    std::vector<std::int64_t> now(oids.begin(), oids.end());
-    for (; generation < m_removals.size(); ++generation) {
-        const Removal& removal = m_removals[generation];
+template <class Action>
+void OgrFeatureClass::State::ForEach(const std::string& condition, const platform::Search& wanted, Action&& action) {
+    auto source = Borrow(wanted);
+    const GdalErrors errors;
+    const auto means_nothing = [&] {
+        Raise(error_number::kInvalidCall, "The condition \"" + condition + "\" means nothing: " + errors.Text());
+    };
+    if (!condition.empty() && source->Layer().SetAttributeFilter(condition.c_str()) != OGRERR_NONE) means_nothing();
+    bool any = false;
+    while (OGRFeatureUniquePtr row{source->Layer().GetNextFeature()}) {
+        any = true;
+        action(std::move(row));
+    }
+    // Databases understand a condition only when the first row is asked for.
+    if (errors.Failed() && !any && !condition.empty()) means_nothing();
+    if (errors.Failed()) errors.RaiseReading(m_path);
+    GiveBack(std::move(source));
+}
+
+ChosenRows OgrFeatureClass::State::Choose(std::vector<std::int64_t> oids) {
+    const auto pass = JoinPass();
+    std::sort(oids.begin(), oids.end());
+    oids.erase(std::unique(oids.begin(), oids.end()), oids.end());
+    if (Order() != RowOrder::kRising) return {PlacesOf(oids), true, m_loads};
+    const std::vector<std::int64_t> all = OIDs({});
+    ChosenRows chosen{{}, false, m_removals.size()};
+    std::set_intersection(all.begin(), all.end(), oids.begin(), oids.end(), std::back_inserter(chosen.Rows));
+    return chosen;
+}
+
+ChosenRows OgrFeatureClass::State::ChooseWhere(const std::string& condition) {
+    const auto pass = JoinPass();
+    switch (Order()) {
+        case RowOrder::kRepeating:
+            return {PlacesWhere(condition), true, m_loads};
+        case RowOrder::kUnordered:
+            return {PlacesOf(OIDs(condition)), true, m_loads};
+        case RowOrder::kRising:
+            break;
+    }
+    return {OIDs(condition), false, m_removals.size()};
+}
+
+std::vector<std::int64_t> OgrFeatureClass::State::PlacesOf(const std::vector<std::int64_t>& oids) {
+    std::vector<std::int64_t> places;
+    const auto numbers = Numbers();
+    for (std::size_t place = 0; place < numbers->size(); ++place)
+        if (std::binary_search(oids.begin(), oids.end(), (*numbers)[place]))
+            places.push_back(static_cast<std::int64_t>(place));
+    return places;
+}
+
+/// A row is known by its number and all that it holds: rows that are equal in all meet a condition together.
+std::vector<std::int64_t> OgrFeatureClass::State::PlacesWhere(const std::string& condition) {
+    std::unordered_map<GIntBig, std::vector<OGRFeatureUniquePtr>> matches;
+    ForEach(condition, {}, [&](OGRFeatureUniquePtr row) { matches[row->GetFID()].push_back(std::move(row)); });
+    std::vector<std::int64_t> places;
+    std::int64_t place = 0;
+    ForEach({}, {}, [&](const OGRFeatureUniquePtr& row) {
+        if (const auto alike = matches.find(row->GetFID()); alike != matches.end())
+            if (take_equal(alike->second, *row)) places.push_back(place);
+        ++place;
+    });
+    if (std::any_of(matches.begin(), matches.end(), [](const auto& alike) { return !alike.second.empty(); }))
+        Raise(error_number::kInvalidCall,
+              m_path.string() + ": the rows that meet the condition \"" + condition +
+                  "\" cannot be told from others, because row numbers repeat. Give each row a number of its own.");
+    return places;
+}
+
+void OgrFeatureClass::State::Follow(ChosenRows& rows) const {
+    if (rows.ArePlaces) {
+        if (rows.Generation != m_loads)
+            Raise(error_number::kPermissionDenied, m_path.string() + " was changed by another program.");
+        return;
+    }
+    for (; rows.Generation < m_removals.size(); ++rows.Generation) {
+        const Removal& removal = m_removals[rows.Generation];
         std::vector<std::int64_t> next;
-        for (const std::int64_t oid : now) {
+        for (const std::int64_t oid : rows.Rows) {
             const auto place = std::lower_bound(removal.OIDs.begin(), removal.OIDs.end(), oid);
             if (place != removal.OIDs.end() && *place == oid) continue;
             next.push_back(removal.OthersMoveUp ? oid - (place - removal.OIDs.begin()) : oid);
         }
-        now = std::move(next);
+        rows.Rows = std::move(next);
     }
-    std::erase_if(now, [&](std::int64_t oid) { return IsDeleted(oid); });
-    return now;
+    std::erase_if(rows.Rows, [&](std::int64_t oid) { return IsDeleted(oid); });
 }
 
 }  // namespace wxl::files

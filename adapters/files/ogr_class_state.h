@@ -11,6 +11,12 @@
 
 namespace wxl::files {
 
+/// How object IDs follow one another in the order of the rows.
+enum class RowOrder { kRising, kUnordered, kRepeating };
+
+/// For Search::Fields: no cells at all.
+inline const std::vector<std::string> kNoCells = {""};
+
 /// Keeps object IDs as they are while it lives: every cursor and row holds it. With the last holder held-back changes
 /// are written and marked rows dropped.
 class Pass {
@@ -44,8 +50,14 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     /// The same rows read without OGR, where the files allow it; else null.
     std::unique_ptr<PointShapefile> Points(const platform::Search& wanted) const;
 
-    /// Databases lock out writers while a row is being read: their rows are fetched in groups.
-    bool ReadsInGroups() const { return !m_isShapefile && m_editor != nullptr; }
+    /// Databases lock out writers while a row is being read: the rows of a table are fetched in groups.
+    bool ReadsInGroups() { return m_isTable && Order() == RowOrder::kRising; }
+
+    /// How the object IDs of the rows follow one another in the layer's own order.
+    RowOrder Order();
+
+    /// Object IDs in that order. Only of layers that OGR reads.
+    std::shared_ptr<const std::vector<std::int64_t>> Numbers();
 
     /// Rows that are deleted, on disk or not yet.
     bool IsDeleted(std::int64_t oid) const { return m_edits.Deleted.contains(oid) || m_marked.contains(oid); }
@@ -68,15 +80,21 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
 
     std::int64_t FeatureCount();
     platform::Extent Bounds();
+
+    /// Ascending; all for an empty condition.
     std::vector<std::int64_t> OIDs(const std::string& condition);
-    std::vector<std::int64_t> Follow(std::span<const std::int64_t> oids, std::size_t generation) const;
-    std::string WhyReadOnly() const;
+    ChosenRows Choose(std::vector<std::int64_t> oids);
+    ChosenRows ChooseWhere(const std::string& condition);
+
+    /// Brings a choice up to the rows as they are now; RuntimeError 70 when another program changed the file so that
+    /// nothing is known of them. To be called in a pass.
+    void Follow(ChosenRows& rows) const;
+    std::string WhyReadOnly();
 
     const std::filesystem::path& Path() const { return m_path; }
     const std::string& Name() const { return m_name; }
     platform::ShapeType Shape() const { return m_shape; }
     const platform::SpatialReference& Reference() const { return m_reference; }
-    std::size_t Generation() const { return m_removals.size(); }
 
 private:
     /// Rows that went at the end of a pass.
@@ -88,8 +106,15 @@ private:
     void Load();
     void LoadEditor(OgrSource& source);
     IRowEditor& Editor() const;
-    void DropSources() { m_idle.clear(), ++m_version; }
-    platform::Extent ScannedBounds(OGRLayer& layer);
+    void DropSources();
+
+    /// Calls `action` with every row that meets the condition (empty: all), as an OGRFeatureUniquePtr of its own.
+    template <class Action>
+    void ForEach(const std::string& condition, const platform::Search& wanted, Action&& action);
+
+    /// Places of the rows with these object IDs (ascending), and of the rows that meet a condition.
+    std::vector<std::int64_t> PlacesOf(const std::vector<std::int64_t>& oids);
+    std::vector<std::int64_t> PlacesWhere(const std::string& condition);
 
     Sources m_sources;
     std::filesystem::path m_path;
@@ -98,11 +123,17 @@ private:
     platform::SpatialReference m_reference;
     std::vector<platform::Field> m_fields;
     bool m_isShapefile = false;
+    bool m_isTable = false;  // of a database, with a column of row numbers
+    bool m_isView = false;   // of a database
     std::string m_encoding;  // of a shapefile's texts, as GDAL names it; empty when nothing says so
     FileStamp m_stamp;
     std::unique_ptr<IRowEditor> m_editor;
     std::string m_whyNoEditor;
+    std::shared_ptr<const std::vector<std::int64_t>> m_numbers;
+    std::optional<RowOrder> m_order;
     std::optional<std::int64_t> m_count;
+    std::optional<platform::Extent> m_bounds;
+    std::size_t m_loads = 0;
 
     std::vector<std::unique_ptr<OgrSource>> m_idle;
     std::size_t m_version = 0;
@@ -112,10 +143,16 @@ private:
     std::vector<Removal> m_removals;
 };
 
-/// Cursors over a state: all rows, or the rows of some object IDs.
+/// The next row; RuntimeError when it is there and cannot be read.
+OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path);
+
+/// Extent of the shapes of all rows that stand.
+platform::Extent bounds_of(const std::shared_ptr<Pass>& pass);
+
+/// Cursors over a state: all rows, or some.
 std::unique_ptr<platform::IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const platform::Search& search);
 std::unique_ptr<platform::IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const platform::Search& search,
-                                                      std::vector<std::int64_t> oids);
+                                                      const ChosenRows& rows);
 std::unique_ptr<platform::IInsertCursor> open_insert_cursor(std::shared_ptr<Pass> pass);
 
 }  // namespace wxl::files

@@ -2,8 +2,11 @@
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
+#include <algorithm>
+#include <cmath>
 #include <deque>
-#include <limits>
+#include <memory>
+#include <string>
 
 namespace wxl::files {
 
@@ -45,6 +48,9 @@ public:
 
     void Delete() override { m_pass->State().Delete(OID()); }
 
+    /// Widens `bounds` by the shape.
+    virtual void AddTo(platform::Extent& bounds) const = 0;
+
 private:
     struct Changes {
         std::map<int, FieldValue> Values;  ///< set through this object, stored or not
@@ -66,6 +72,15 @@ public:
     std::int64_t OID() const override { return m_feature->GetFID(); }
     Geometry Shape() const override { return shape_of(m_feature->GetGeometryRef()); }
 
+    void AddTo(platform::Extent& bounds) const override {
+        const OGRGeometry* geometry = m_feature->GetGeometryRef();
+        if (geometry == nullptr || geometry->IsEmpty()) return;
+        OGREnvelope box;
+        geometry->getEnvelope(&box);
+        for (const platform::Point& corner : {platform::Point{box.MinX, box.MinY}, platform::Point{box.MaxX, box.MaxY}})
+            if (std::isfinite(corner.X) && std::isfinite(corner.Y)) bounds.Include(corner);
+    }
+
 private:
     int StoredCount() const override { return m_feature->GetFieldCount(); }
     FieldValue StoredValue(int field) const override { return value_of(*m_feature, field); }
@@ -81,6 +96,7 @@ public:
 
     std::int64_t OID() const override { return m_rows->First + static_cast<std::int64_t>(m_row); }
     Geometry Shape() const override { return Geometry::OfPoint(m_rows->Locations[m_row]); }
+    void AddTo(platform::Extent& bounds) const override { bounds.Include(m_rows->Locations[m_row]); }
 
 private:
     int StoredCount() const override { return m_rows->ColumnCount(); }
@@ -110,14 +126,6 @@ private:
     OgrFeatureClass::State& m_state;
     std::unique_ptr<OgrSource> m_source;
 };
-
-/// The next row; RuntimeError when it is there and cannot be read.
-OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path) {
-    const GdalErrors errors;
-    OGRFeatureUniquePtr row(layer.GetNextFeature());
-    if (errors.Failed()) errors.RaiseReading(path);
-    return row;
-}
 
 class RowsInOrder final : public IRows {
 public:
@@ -175,43 +183,49 @@ private:
     std::size_t m_row = 0;
 };
 
-/// Fetches rows in groups and leaves no statement open between them.
+/// Fetches rows in groups of neighbouring object IDs, and leaves no statement open between them. The order in which a
+/// database gives the rows of a group does not matter: it may be that of an index.
 class RowsInGroups final : public IRows {
 public:
     RowsInGroups(const std::shared_ptr<Pass>& pass, const Search& wanted)
-        : m_pass(pass), m_loan(pass->State(), wanted), m_path(pass->State().Path()) {}
+        : m_pass(pass),
+          m_loan(pass->State(), wanted),
+          m_path(pass->State().Path()),
+          m_numbers(pass->State().Numbers()) {}
 
     std::unique_ptr<Row> Next() override {
-        if (m_group.empty()) Fetch();
-        if (m_group.empty()) return nullptr;
+        while (m_group.empty())
+            if (!Fetch()) return nullptr;
         auto next = std::make_unique<OgrRow>(m_pass, std::move(m_group.front()));
         m_group.pop_front();
         return next;
     }
 
 private:
-    void Fetch() {
+    /// False at the end; a group may be empty when its rows are gone.
+    bool Fetch() {
         constexpr std::size_t kGroup = 1000;
+        if (m_next == m_numbers->size()) return false;
+        const std::size_t end = std::min(m_numbers->size(), m_next + kGroup);
         OGRLayer& layer = m_loan.Layer();
-        if (m_last) {
-            const std::string above = "\"" + std::string(layer.GetFIDColumn()) + "\" > " + std::to_string(*m_last);
-            layer.SetAttributeFilter(above.c_str());
-        }
+        const std::string column = "\"" + std::string(layer.GetFIDColumn()) + "\"";
+        const std::string range = column + " >= " + std::to_string((*m_numbers)[m_next]) + " AND " + column +
+                                  " <= " + std::to_string((*m_numbers)[end - 1]);
+        layer.SetAttributeFilter(range.c_str());
+        while (OGRFeatureUniquePtr feature = next_row(layer, m_path)) m_group.push_back(std::move(feature));
         layer.ResetReading();
-        while (m_group.size() < kGroup) {
-            OGRFeatureUniquePtr feature = next_row(layer, m_path);
-            if (!feature) break;
-            m_last = feature->GetFID();
-            m_group.push_back(std::move(feature));
-        }
-        layer.ResetReading();
+        std::sort(m_group.begin(), m_group.end(),
+                  [](const OGRFeatureUniquePtr& a, const OGRFeatureUniquePtr& b) { return a->GetFID() < b->GetFID(); });
+        m_next = end;
+        return true;
     }
 
     std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::filesystem::path m_path;
+    std::shared_ptr<const std::vector<std::int64_t>> m_numbers;
     std::deque<OGRFeatureUniquePtr> m_group;
-    std::optional<GIntBig> m_last;
+    std::size_t m_next = 0;
 };
 
 class RowsOfOIDs final : public IRows {
@@ -233,6 +247,29 @@ private:
     Loan m_loan;
     std::vector<std::int64_t> m_oids;
     std::size_t m_next = 0;
+};
+
+/// Some of the rows that another source gives, by their places in it.
+class RowsAtPlaces final : public IRows {
+public:
+    RowsAtPlaces(std::unique_ptr<IRows> all, std::vector<std::int64_t> places)
+        : m_all(std::move(all)), m_places(std::move(places)) {}
+
+    std::unique_ptr<Row> Next() override {
+        if (m_next == m_places.size()) return nullptr;
+        while (std::unique_ptr<Row> row = m_all->Next())
+            if (m_place++ == m_places[m_next]) {
+                ++m_next;
+                return row;
+            }
+        return nullptr;
+    }
+
+private:
+    std::unique_ptr<IRows> m_all;
+    std::vector<std::int64_t> m_places;
+    std::size_t m_next = 0;
+    std::int64_t m_place = 0;
 };
 
 class OgrCursor final : public IFeatureCursor {
@@ -294,11 +331,12 @@ private:
     std::shared_ptr<Pass> m_pass;
 };
 
-/// The object ID that a query asks for, when it asks for one.
-std::optional<std::vector<std::int64_t>> oid_asked_for(const Search& search) {
+/// The row that a query by object ID asks for, when it asks for one and there is one at most.
+std::optional<std::vector<std::int64_t>> oid_asked_for(OgrFeatureClass::State& state, const Search& search) {
     if (!search.Where || !platform::EqualNoCase(search.Where->Field, "FID")) return std::nullopt;
-    if (const auto* oid = std::get_if<std::int64_t>(&search.Where->Value)) return std::vector{*oid};
-    return std::nullopt;
+    const auto* oid = std::get_if<std::int64_t>(&search.Where->Value);
+    if (oid == nullptr || state.Order() == RowOrder::kRepeating) return std::nullopt;
+    return std::vector{*oid};
 }
 
 std::unique_ptr<IRows> rows_of(const std::shared_ptr<Pass>& pass, const Search& search) {
@@ -310,15 +348,35 @@ std::unique_ptr<IRows> rows_of(const std::shared_ptr<Pass>& pass, const Search& 
 
 }  // namespace
 
+/// The next row; RuntimeError when it is there and cannot be read.
+OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path) {
+    const GdalErrors errors;
+    OGRFeatureUniquePtr row(layer.GetNextFeature());
+    if (errors.Failed()) errors.RaiseReading(path);
+    return row;
+}
+
+platform::Extent bounds_of(const std::shared_ptr<Pass>& pass) {
+    platform::Extent bounds;
+    const auto rows = rows_of(pass, {.Fields = kNoCells});
+    while (const std::unique_ptr<Row> row = rows->Next())
+        if (!pass->State().IsDeleted(row->OID())) row->AddTo(bounds);
+    return bounds;
+}
+
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search) {
-    if (auto oid = oid_asked_for(search)) return open_cursor(std::move(pass), search, *std::move(oid));
+    if (auto oid = oid_asked_for(pass->State(), search)) return open_cursor(std::move(pass), search, {*std::move(oid)});
     std::unique_ptr<IRows> rows = rows_of(pass, search);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search,
-                                            std::vector<std::int64_t> oids) {
-    auto rows = std::make_unique<RowsOfOIDs>(pass, search, std::move(oids));
+                                            const ChosenRows& chosen) {
+    std::unique_ptr<IRows> rows;
+    if (chosen.ArePlaces)
+        rows = std::make_unique<RowsAtPlaces>(rows_of(pass, search), chosen.Rows);
+    else
+        rows = std::make_unique<RowsOfOIDs>(pass, search, chosen.Rows);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 

@@ -2,9 +2,6 @@
 
 #include "adapters/files/ogr_class_state.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace wxl::files {
 
 using platform::Search;
@@ -41,9 +38,24 @@ std::unique_ptr<platform::IFeatureCursor> OgrFeatureClass::Find(const Search& se
     return open_cursor(m_state->JoinPass(), search);
 }
 
-std::unique_ptr<platform::IFeatureCursor> OgrFeatureClass::FindAmong(std::vector<std::int64_t> oids,
-                                                                     const Search& search) {
-    return open_cursor(m_state->JoinPass(), search, std::move(oids));
+ChosenRows OgrFeatureClass::Choose(std::vector<std::int64_t> oids) const {
+    return m_state->Choose(std::move(oids));
+}
+
+ChosenRows OgrFeatureClass::ChooseWhere(const std::string& condition) const {
+    return m_state->ChooseWhere(condition);
+}
+
+std::unique_ptr<platform::IFeatureCursor> OgrFeatureClass::FindAmong(ChosenRows& rows, const Search& search) {
+    auto pass = m_state->JoinPass();
+    m_state->Follow(rows);
+    return open_cursor(std::move(pass), search, rows);
+}
+
+std::int64_t OgrFeatureClass::Count(ChosenRows& rows) const {
+    const auto pass = m_state->JoinPass();
+    m_state->Follow(rows);
+    return static_cast<std::int64_t>(rows.Rows.size());
 }
 
 std::unique_ptr<platform::IInsertCursor> OgrFeatureClass::Insert() {
@@ -54,8 +66,9 @@ std::vector<std::int64_t> OgrFeatureClass::OIDs() const {
     return m_state->OIDs({});
 }
 
-std::vector<std::int64_t> OgrFeatureClass::OIDsWhere(const std::string& condition) const {
-    return m_state->OIDs(condition);
+bool OgrFeatureClass::NumbersRepeat() const {
+    const auto pass = m_state->JoinPass();
+    return m_state->Order() == RowOrder::kRepeating;
 }
 
 std::string OgrFeatureClass::WhyReadOnly() const {
@@ -68,21 +81,6 @@ std::string OgrFeatureClass::Name() const {
 
 std::filesystem::path OgrFeatureClass::Path() const {
     return m_state->Path();
-}
-
-std::vector<std::int64_t> OgrFeatureClass::Existing(std::span<const std::int64_t> oids) const {
-    const std::vector<std::int64_t> all = OIDs();
-    std::vector<std::int64_t> existing;
-    std::set_intersection(all.begin(), all.end(), oids.begin(), oids.end(), std::back_inserter(existing));
-    return existing;
-}
-
-std::vector<std::int64_t> OgrFeatureClass::Follow(std::span<const std::int64_t> oids, std::size_t generation) const {
-    return m_state->Follow(oids, generation);
-}
-
-std::size_t OgrFeatureClass::Generation() const {
-    return m_state->Generation();
 }
 
 }  // namespace wxl::files

@@ -10,9 +10,18 @@
 
 namespace wxl::files {
 
-/// One vector layer of any format that OGR opens. Rows come in ascending order of object ID (OGR's FID). Whole numbers
-/// arrive as std::int64_t, dates as text; texts are decoded to UTF-8. Points, lines and polygons only; a multipoint of
-/// several points is RuntimeError 5 when it is read.
+/// Rows of a class that were chosen once; see OgrFeatureClass::Choose. The choice stays with its rows, whatever object
+/// IDs they have.
+struct ChosenRows {
+    std::vector<std::int64_t> Rows;  ///< ascending object IDs; where these do not rise, places in the order of the rows
+    bool ArePlaces = false;
+    std::size_t Generation = 0;  ///< of the object IDs, or of the file that was read
+};
+
+/// One vector layer of any format that OGR opens. Rows come in the layer's own order: ascending object ID (OGR's FID)
+/// but for formats that take row numbers from the data, and for views. Extent and count are those of the rows, not what
+/// the file records of them. Whole numbers arrive as std::int64_t, dates as text; texts are decoded to UTF-8. Points,
+/// lines and polygons only; a multipoint of several points is RuntimeError 5 when it is read.
 ///
 /// Changing rows. Values stored and rows deleted are held back and written at a cursor's Flush, at its destruction, and
 /// before a field is added or deleted; cursors of this class see them at once. What is on disk goes from the old state
@@ -44,13 +53,22 @@ public:
     /// a shapefile with heights or measures.
     std::unique_ptr<platform::IInsertCursor> Insert() override;
 
-    /// As Find, over these object IDs only (ascending).
-    std::unique_ptr<platform::IFeatureCursor> FindAmong(std::vector<std::int64_t> oids, const platform::Search& search);
+    /// The rows with these object IDs, and those that meet an SQL condition ("ID = 3 AND FID > 10"). RuntimeError 5
+    /// with OGR's words for a condition that means nothing.
+    ChosenRows Choose(std::vector<std::int64_t> oids) const;
+    ChosenRows ChooseWhere(const std::string& condition) const;
 
-    /// Object IDs of all rows, or of those that meet an SQL condition ("ID = 3 AND FID > 10"), ascending. RuntimeError
-    /// 5 with OGR's words for a condition that means nothing.
+    /// As Find, over chosen rows only, in the layer's order. The choice is brought up to the rows as they are now:
+    /// without deleted ones, and under their new object IDs. RuntimeError 70 when another program changed a file whose
+    /// rows cannot be found again.
+    std::unique_ptr<platform::IFeatureCursor> FindAmong(ChosenRows& rows, const platform::Search& search);
+    std::int64_t Count(ChosenRows& rows) const;
+
+    /// Object IDs of all rows, ascending.
     std::vector<std::int64_t> OIDs() const;
-    std::vector<std::int64_t> OIDsWhere(const std::string& condition) const;
+
+    /// Whether several rows have one object ID, so that a row is not known by it.
+    bool NumbersRepeat() const;
 
     /// Why rows cannot be changed: the format, a read-only file or folder, another program at work. Empty: they can.
     std::string WhyReadOnly() const;
@@ -58,16 +76,6 @@ public:
     /// The layer's name (a shapefile's name without its extension), and the file that it lies in.
     std::string Name() const;
     std::filesystem::path Path() const;
-
-    /// Those of the object IDs (ascending) that there are rows for.
-    std::vector<std::int64_t> Existing(std::span<const std::int64_t> oids) const;
-
-    /// The object IDs that the rows with these object IDs (ascending), as they were in `generation`, have now; without
-    /// rows deleted since.
-    std::vector<std::int64_t> Follow(std::span<const std::int64_t> oids, std::size_t generation) const;
-
-    /// Counts up whenever object IDs change.
-    std::size_t Generation() const;
 
     struct State;
     explicit OgrFeatureClass(std::shared_ptr<State> state);

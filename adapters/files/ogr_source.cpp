@@ -178,6 +178,19 @@ std::string OgrSource::DriverName() const {
     return m_dataset->GetDriverName();
 }
 
+bool OgrSource::IsView() const {
+    const std::string driver = DriverName();
+    if (driver != "GPKG" && driver != "SQLite") return false;
+    const GdalErrors errors;
+    OGRLayer* views = m_dataset->ExecuteSQL("SELECT name FROM sqlite_master WHERE type = 'view'", nullptr, nullptr);
+    if (views == nullptr) return false;
+    bool found = false;
+    for (const auto& view : *views)
+        found = found || platform::EqualNoCase(view->GetFieldAsString(0), m_layer->GetName());
+    m_dataset->ReleaseResultSet(views);
+    return found;
+}
+
 void OgrSource::SetWanted(bool withShape, const std::vector<std::string>& fields) {
     std::vector<std::string> ignored;
     if (!withShape) ignored.emplace_back("OGR_GEOMETRY");

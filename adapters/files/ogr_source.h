@@ -17,6 +17,9 @@ public:
     OGRLayer& Layer() { return *m_layer; }
     std::string DriverName() const;
 
+    /// Whether the layer is a view of a database, whose rows are those of other tables.
+    bool IsView() const;
+
     /// The next rows are read with their shapes or without, and with the cells of these fields only (empty: all).
     void SetWanted(bool withShape, const std::vector<std::string>& fields);
 

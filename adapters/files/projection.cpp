@@ -113,6 +113,10 @@ std::optional<std::size_t> project(std::span<Point> points, const platform::Spat
     return std::nullopt;
 }
 
+bool is_mercator(const platform::SpatialReference& reference) {
+    return is_mercator(ToOgr(reference));
+}
+
 std::optional<MercatorStretch> mercator_stretch(const platform::SpatialReference& reference, const Point& where) {
     const OGRSpatialReference mercator = ToOgr(reference);
     if (!is_mercator(mercator)) return std::nullopt;

@@ -37,6 +37,9 @@ struct MercatorStretch {
     double AreaFactor = 1.0;  ///< area on the map over area on the ground
 };
 
+/// Whether a coordinate system is a Mercator projection of the world (not a transverse or oblique one).
+bool is_mercator(const platform::SpatialReference& reference);
+
 /// The stretch around `where`, a place in the units of `reference`: (cos of the standard parallel / cos of the
 /// latitude)^2 times the scale factor's square (Snyder 1987, "Map projections", section 7, on the sphere; the ellipsoid
 /// differs by less than 1 %). Nothing for any other projection (transverse Mercator and UTM among them), and for a

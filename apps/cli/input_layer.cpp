@@ -78,7 +78,9 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
             fmt::format("{} is in degrees ({}), in which distances cannot be measured: project it first ({}), or give "
                         "--degrees",
                         options.Input, reference.Name, degrees_advice(points)));
-    if (!reference.IsGeographic) tell_mercator(options.Input, reference, points.Bounds(), console);
+    // The bounds of many points take a while.
+    if (!reference.IsGeographic && files::is_mercator(reference))
+        tell_mercator(options.Input, reference, points.Bounds(), console);
     if (!options.Degrees && reference.Name.empty() && reference.Wkt.empty() && look_like_degrees(points.Bounds()))
         console.Note(
             fmt::format("wxl: {} has no coordinate system, and its values look like degrees: if they are, "

@@ -7,6 +7,7 @@ wxl_test(
   test_files_map.cpp
   test_killed_edits.cpp
   test_point_shapefile.cpp
+  test_rows_as_they_stand.cpp
   test_shapefile_editing.cpp
   DEPENDS
   wxl_adapter_files_vector)

@@ -70,6 +70,30 @@ TEST_F(KdeCommand, Writes_rasters_isopleths_and_a_report_and_says_where) {
     EXPECT_THAT(Report(), HasSubstr("\r\nUnique ID field: animal\r\n"));
 }
 
+TEST_F(KdeCommand, Condition_chooses_its_animal_where_row_numbers_repeat) {
+    const std::string points = Folder / "points.geojson";
+    std::ofstream(points) << R"({"type":"FeatureCollection","crs":{"type":"name","properties":)"
+                             R"({"name":"urn:ogc:def:crs:EPSG::32633"}},"features":[)";
+    const std::array<std::array<int, 2>, 4> corners = {{{0, 0}, {200, 0}, {0, 200}, {200, 200}}};
+    std::ofstream more(points, std::ios::app);
+    for (int i = 0; i < 8; ++i)
+        more << (i == 0 ? "" : ",") << R"({"type":"Feature","properties":{"id":)" << i % 4 << R"(,"name":")"
+             << (i < 4 ? "Arn" : "Zoe") << R"("},"geometry":{"type":"Point","coordinates":[)"
+             << (i < 4 ? 1000 : 500000) + corners[static_cast<std::size_t>(i % 4)][0] << ","
+             << 500 + corners[static_cast<std::size_t>(i % 4)][1] << "]}}";
+    more << "]}";
+    more.close();
+    const Ran ran = run_wxl({"kde", points, "--id-field", "name", "--out", Out, "--cell-size", "20", "--extent", "min",
+                             "--where", "name = 'Zoe'", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json animals = json::parse(ran.Out)["animals"];
+    ASSERT_EQ(animals.size(), 1U);
+    EXPECT_EQ(animals[0]["id"], "Zoe");
+    EXPECT_EQ(animals[0]["n"], 4);
+    // HREF of a square of side 200 is 91.6486...: four of them on either side of 500000.
+    EXPECT_NEAR(animals[0]["origin"][0].get<double>(), 500000.0 - 4.0 * 91.6486, 0.001);
+}
+
 TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
     const Ran ran = Kde({"--cell-size", "20", "--bandwidth", "60,100", "--isopleths", "95,50", "--polygons", "--lines",
                          "--extent", "full:500", "--json", "--rescale"});
