@@ -22,7 +22,7 @@ namespace error_number = platform::error_number;
 namespace {
 
 constexpr int kDecimalsOfDoubles = 15;
-constexpr int kFewestDigits = 6;
+constexpr std::size_t kLongestNumber = 400;  // of any double with up to 15 decimals
 
 struct CplFree {
     void operator()(char* text) const { CPLFree(text); }
@@ -42,17 +42,26 @@ std::optional<std::string> number_text(double value, std::size_t width, Format..
     return std::string(buffer.data(), end);
 }
 
+/// The text without as many zeros at the end of its decimals as make it fit, and without the point when none is left.
+std::optional<std::string> with_fewer_zeros(std::string text, std::size_t width) {
+    const bool hasDecimals = text.find('.') != std::string::npos;
+    while (hasDecimals && text.size() > width && text.back() == '0') text.pop_back();
+    if (hasDecimals && text.size() > width && text.back() == '.') text.pop_back();
+    return text.size() > width ? std::nullopt : std::optional(text);
+}
+
 std::optional<std::string> double_text(double value, const DbfColumn& column) {
     if (column.Decimals >= kDecimalsOfDoubles) {
         if (auto plain = number_text(value, column.Width, std::chars_format::fixed)) return plain;
         if (auto exponent = number_text(value, column.Width, std::chars_format::scientific)) return exponent;
     }
-    if (auto plain = number_text(value, column.Width, std::chars_format::fixed, column.Decimals)) return plain;
+    const auto rounded = number_text(value, kLongestNumber, std::chars_format::fixed, column.Decimals);
+    if (!rounded) return std::nullopt;
+    if (auto plain = with_fewer_zeros(*rounded, column.Width)) return plain;
     if (column.Decimals == 0) return std::nullopt;
-    for (int digits = 17; digits >= kFewestDigits; --digits)
-        if (auto exponent = number_text(value, column.Width, std::chars_format::scientific, digits - 1))
-            return exponent;
-    return std::nullopt;
+    double held = 0.0;
+    std::from_chars(rounded->data(), rounded->data() + rounded->size(), held);
+    return number_text(held, column.Width, std::chars_format::scientific);
 }
 
 std::optional<std::string> numeric_text(const FieldValue& value, const DbfColumn& column) {
@@ -63,10 +72,13 @@ std::optional<std::string> numeric_text(const FieldValue& value, const DbfColumn
     }
     std::string text = std::to_string(*whole);
     if (text.size() <= column.Width) return text;
+    constexpr std::int64_t kExact = std::int64_t{1} << 53;  // doubles hold all whole numbers up to here
+    if (*whole > kExact || *whole < -kExact) return std::nullopt;
     return double_text(static_cast<double>(*whole), column);
 }
 
 std::string date_text(const FieldValue& value) {
+    if (!std::holds_alternative<std::string>(value)) platform::Raise(error_number::kTypeMismatch);
     std::string digits;
     for (const char c : platform::ValueText(value)) {
         if (c >= '0' && c <= '9') digits += c;

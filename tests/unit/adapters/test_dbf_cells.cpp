@@ -54,7 +54,28 @@ TEST(DbfCells, A_column_of_few_decimals_rounds_as_it_means) {
 }
 
 TEST(DbfCells, A_column_of_few_decimals_uses_an_exponent_where_plain_digits_do_not_fit) {
-    EXPECT_EQ(cell(column('F', 19, 11), 1.5e20), "1.5000000000000e+20");
+    EXPECT_EQ(cell(column('F', 19, 11), 1.5e20), "            1.5e+20");
+    EXPECT_EQ(cell(column('N', 7, 2), 1.5e20), "1.5e+20");
+}
+
+TEST(DbfCells, A_whole_number_stands_in_a_column_that_has_no_room_for_its_decimals) {
+    EXPECT_EQ(cell(column('N', 12, 2), 1234567891.0), "1234567891.0");
+    EXPECT_EQ(cell(column('N', 11, 2), 1234567891.0), " 1234567891");
+    EXPECT_EQ(cell(column('N', 10, 2), 1234567891.0), "1234567891");
+    EXPECT_EQ(cell(column('N', 10, 2), std::int64_t{1234567891}), "1234567891");
+    EXPECT_EQ(cell(column('N', 6, 3), 250.5), " 250.5");
+    EXPECT_EQ(cell(column('N', 5, 3), -0.0001), "-0.00");
+    EXPECT_EQ(cell(column('N', 4, 2), 1000.0), "1000");
+}
+
+TEST(DbfCells, A_number_that_would_lose_a_digit_is_error_6) {
+    EXPECT_EQ(error_of(column('N', 12, 2), 1234567891.25), 6);
+    EXPECT_EQ(error_of(column('N', 10, 2), 12345678912.0), 6);
+    EXPECT_EQ(error_of(column('N', 10, 2), std::int64_t{12345678912}), 6);
+    EXPECT_EQ(error_of(column('N', 9, 2), std::int64_t{1234567891}), 6);
+    EXPECT_EQ(error_of(column('N', 17, 2), std::numeric_limits<std::int64_t>::max()), 6);
+    EXPECT_EQ(error_of(column('N', 3, 2), 0.25), 6);
+    EXPECT_EQ(cell(column('N', 9, 2), 1200000000.0), "  1.2e+09");
 }
 
 TEST(DbfCells, A_number_that_does_not_fit_is_error_6) {
@@ -90,6 +111,8 @@ TEST(DbfCells, Dates_are_eight_digits) {
     EXPECT_EQ(cell(column('D', 8), "2026/11/20"), "20261120");
     EXPECT_EQ(cell(column('D', 8), "2026-11-20T10:00:00"), "20261120");
     EXPECT_EQ(error_of(column('D', 8), "soon"), 13);
+    EXPECT_EQ(error_of(column('D', 8), 20261120.0), 13);
+    EXPECT_EQ(error_of(column('D', 8), std::int64_t{20261120}), 13);
 }
 
 TEST(DbfCells, Other_types_are_not_written) {
