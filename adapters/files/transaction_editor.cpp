@@ -3,11 +3,13 @@
 #include "adapters/files/shapefile_parts.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <array>
 
 namespace wxl::files {
 
 using platform::Field;
+using platform::FieldValue;
 using platform::Raise;
 namespace error_number = platform::error_number;
 namespace fs = std::filesystem;
@@ -45,7 +47,42 @@ void insert_rows(OGRLayer& layer, const RowEdits& edits) {
     }
 }
 
+/// Characters of a UTF-8 text.
+int characters_of(const std::string& text) {
+    return static_cast<int>(std::count_if(text.begin(), text.end(),
+                                          [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
 }  // namespace
+
+TransactionEditor::TransactionEditor(fs::path path, std::string layer, const OGRFeatureDefn* columns)
+    : m_path(std::move(path)), m_layer(std::move(layer)), m_columns(columns ? columns->Clone() : nullptr) {
+    if (m_columns != nullptr) m_columns->Reference();
+}
+
+TransactionEditor::~TransactionEditor() {
+    if (m_columns != nullptr) m_columns->Release();
+}
+
+void TransactionEditor::Check(int field, const FieldValue& value) const {
+    if (m_columns == nullptr || platform::IsMissing(value)) return;
+    if (field < 0 || field >= m_columns->GetFieldCount()) Raise(error_number::kSubscript);
+    const OGRFieldDefn& column = *m_columns->GetFieldDefn(field);
+    const GdalErrors quiet;
+    const OGRFeatureUniquePtr row(OGRFeature::CreateFeature(m_columns));
+    set_value(*row, field, value);
+    const FieldValue held = value_of(*row, field);
+    const bool isText = std::holds_alternative<std::string>(value);
+    const bool comesBack = isText && column.GetType() != OFTString ? !platform::IsMissing(held) : held == value;
+    const bool tooLong = isText && column.GetType() == OFTString && column.GetWidth() > 0 &&
+                         characters_of(std::get<std::string>(value)) > column.GetWidth();
+    if (comesBack && !tooLong) return;
+    const char* type = column.GetSubType() == OFSTNone ? OGRFieldDefn::GetFieldTypeName(column.GetType())
+                                                       : OGRFieldDefn::GetFieldSubTypeName(column.GetSubType());
+    Raise(platform::IsMissing(held) ? error_number::kTypeMismatch : error_number::kOverflow,
+          "The value " + platform::ValueText(value) + " does not fit the field \"" + column.GetNameRef() +
+              "\" of the type " + type + ".");
+}
 
 template <class Action>
 void TransactionEditor::InTransaction(Action&& action) {

@@ -7,8 +7,9 @@ namespace wxl::files {
 /// Changes layers of databases in a file (GeoPackage, SpatiaLite): every change is one transaction.
 class TransactionEditor final : public IRowEditor {
 public:
-    TransactionEditor(std::filesystem::path path, std::string layer)
-        : m_path(std::move(path)), m_layer(std::move(layer)) {}
+    /// `columns` of the layer, for Check; without them it lets everything pass.
+    TransactionEditor(std::filesystem::path path, std::string layer, const OGRFeatureDefn* columns = nullptr);
+    ~TransactionEditor() override;
 
     /// Whether a driver's layers are changed so.
     static bool Suits(const std::string& driver) { return driver == "GPKG" || driver == "SQLite"; }
@@ -18,7 +19,10 @@ public:
     static void FinishInterrupted(const std::filesystem::path& path);
 
     std::string WhyReadOnly() const override;
-    void Check(int, const platform::FieldValue&) const override {}
+
+    /// RuntimeError 6 or 13 for a value that would come back as another: too large for a SMALLINT, a BOOLEAN or a
+    /// DATE that it is none of, longer than the text may be.
+    void Check(int field, const platform::FieldValue& value) const override;
     void CheckInsert() const override {}
     void Write(const RowEdits& edits) override;
     void AddField(const platform::Field& field) override;
@@ -35,6 +39,7 @@ private:
 
     std::filesystem::path m_path;
     std::string m_layer;
+    OGRFeatureDefn* m_columns = nullptr;  // counted by OGR
 };
 
 }  // namespace wxl::files
