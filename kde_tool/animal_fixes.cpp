@@ -2,6 +2,7 @@
 
 #include "kde_tool/naming_ids.h"
 #include "platform/runtime_error.h"
+#include "utilities/animal_names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,12 +29,6 @@ struct IdEqual {
         return !platform::ValueLess(a, b) && !platform::ValueLess(b, a);
     }
 };
-
-bool names_an_animal(const FieldValue& id) {
-    if (const auto* text = std::get_if<std::string>(&id)) return !text->empty();
-    if (const auto* number = std::get_if<double>(&id)) return !std::isnan(*number);
-    return !platform::IsMissing(id);
-}
 
 bool has_location(const platform::Geometry& shape) {
     return shape.Type == platform::ShapeType::kPoint && std::isfinite(shape.Location.X) &&
@@ -104,7 +99,7 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
         const bool located = has_location(shape);
         if (!located) result.NullGeometry = true;
         FieldValue id = feature->Value(field);
-        if (!names_an_animal(id)) {
+        if (!utilities::names_an_animal(id)) {
             ++result.WithoutId;
             continue;
         }

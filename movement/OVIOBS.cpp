@@ -7,8 +7,12 @@
 #include "movement/selected_layer.h"
 #include "movement/time2.h"
 #include "platform/guarded.h"
+#include "utilities/animal_names.h"
 
+#include <algorithm>
 #include <array>
+#include <map>
+#include <vector>
 
 namespace wxl::movement {
 
@@ -37,41 +41,80 @@ constexpr const char* kNoTimePassed =
     "You can not have a value of zero in the time2 field \n"
     "or two observartions that were taken at the same time.";
 
-/// Writes the results of a row under the names that the calculation uses.
-class ResultFields {
+bool is_utm(const SpatialReference& reference) {
+    return reference.Name.find("UTM") != std::string::npos;
+}
+
+/// RuntimeError 6 or 13 when the row, after the value was set, holds another one.
+void require_held(const IFeature& row, int field, const FieldValue& value, const Field& column) {
+    const bool isDate = column.Type == FieldType::kDate;
+    if (!isDate && ValueEquals(row.Value(field), value)) return;
+    Raise(isDate ? error_number::kTypeMismatch : error_number::kOverflow,
+          "The field \"" + column.Name + "\" holds " + (isDate ? "dates" : "whole numbers") + ", and the value " +
+              ValueText(value) + " is none. Please rename or delete the field.");
+}
+
+}  // namespace
+
+/// The result columns, under the names that the calculation uses.
+class OVIOBS::ResultFields {
 public:
-    explicit ResultFields(const ITable& table)
-        : m_obsSec(table.FindField("T_Obs_Sec")),
+    enum class Doing { kFill, kTry };
+
+    /// kTry: values are set on rows but not stored, and columns that are not there yet are passed over.
+    ResultFields(const ITable& table, Doing doing)
+        : m_columns(table.Fields()),
+          m_doing(doing),
+          m_obsSec(table.FindField("T_Obs_Sec")),
           m_cumul(table.FindField("T_Cumul")),
           m_dist(table.FindField("Dist")),
           m_distCumul(table.FindField("Dist_Cumul")),
           m_mePerSec(table.FindField("Me_Per_Sec")),
           m_miPerHr(table.FindField("Mi_Per_Hr")) {}
 
+    bool Fills() const { return m_doing == Doing::kFill; }
+
     /// The first row has nothing before it: only its times are known.
     void WriteFirst(IFeature& row) const {
-        row.SetValue(m_obsSec, 0.0);
-        row.SetValue(m_cumul, 0.0);
+        Set(row, m_obsSec, 0.0);
+        Set(row, m_cumul, 0.0);
+    }
+
+    /// The first row of an animal: no distances and speeds are left of another track.
+    void WriteFirstOfAnimal(IFeature& row) const {
+        WriteFirst(row);
+        for (const int field : {m_dist, m_distCumul, m_mePerSec, m_miPerHr}) Set(row, field, {});
+    }
+
+    void WriteNothing(IFeature& row) const {
+        for (const int field : {m_obsSec, m_cumul, m_dist, m_distCumul, m_mePerSec, m_miPerHr}) Set(row, field, {});
     }
 
     void Write(IFeature& row, const ObservationStep& step) const {
-        row.SetValue(m_obsSec, round_half_even(step.T_Obs_Sec, 3));
-        row.SetValue(m_cumul, round_half_even(step.T_Cumul, 3));
-        row.SetValue(m_dist, round_half_even(step.Dist, 0));
-        row.SetValue(m_distCumul, round_half_even(step.Dist_Cumul, 0));
-        row.SetValue(m_mePerSec, round_half_even(step.Me_Per_Sec, 4));
-        row.SetValue(m_miPerHr, round_half_even(step.Mi_Per_Hr, 6));
+        Set(row, m_obsSec, round_half_even(step.T_Obs_Sec, 3));
+        Set(row, m_cumul, round_half_even(step.T_Cumul, 3));
+        Set(row, m_dist, round_half_even(step.Dist, 0));
+        Set(row, m_distCumul, round_half_even(step.Dist_Cumul, 0));
+        Set(row, m_mePerSec, round_half_even(step.Me_Per_Sec, 4));
+        Set(row, m_miPerHr, round_half_even(step.Mi_Per_Hr, 6));
+    }
+
+    void Store(IFeature& row) const {
+        if (Fills()) row.Store();
     }
 
 private:
+    void Set(IFeature& row, int field, const FieldValue& value) const {
+        if (Fills()) return row.SetValue(field, value);
+        if (field < 0) return;
+        row.SetValue(field, value);
+        require_held(row, field, value, m_columns.at(static_cast<std::size_t>(field)));
+    }
+
+    std::vector<Field> m_columns;
+    Doing m_doing;
     int m_obsSec, m_cumul, m_dist, m_distCumul, m_mePerSec, m_miPerHr;
 };
-
-bool is_utm(const SpatialReference& reference) {
-    return reference.Name.find("UTM") != std::string::npos;
-}
-
-}  // namespace
 
 OVIOBS::OVIOBS(const Services& services, IPleaseWaitWindow& window)
     : m_services(services), m_pleaseWait(*services.Host, window) {}
@@ -112,6 +155,7 @@ void OVIOBS::CalcObsFields() {
                                              .Choice = Buttons::kYesNo,
                                              .About = Topic::kAddFields});
         if (answer != Answer::kYes) return;
+        if (m_checksValuesFirst) TryValues();
         Addfields();
         CalcFeatures(getAndSelectAllFromActiveLayer());
     });
@@ -134,17 +178,31 @@ void OVIOBS::CalcFeatures(std::unique_ptr<IFeatureCursor> cursor) {
     Guarded(*m_services.Messages, labels::kCalcFeatures, [&] {
         m_pleaseWait.Show();
         if (!cursor) Raise(error_number::kObjectNotSet);
-        const std::string stopped = flushed(*cursor, [&] { return FillRows(*cursor); });
+        const ResultFields fields(SelectedClass()->Table(), ResultFields::Doing::kFill);
+        const std::string stopped = flushed(*cursor, [&] { return FillRows(*cursor, fields); });
         m_pleaseWait.Hide();
         if (!stopped.empty()) m_services.Messages->Show({.Text = stopped});
     });
 }
 
+/// Walks over the rows as CalcFeatures does, stores nothing and tells nothing but a value that does not fit.
+void OVIOBS::TryValues() {
+    const auto features = SelectedClass();
+    const ITable& table = features->Table();
+    const bool isNew = std::none_of(kAddedFields.begin(), kAddedFields.end(),
+                                    [&](const char* name) { return table.FindField(name) >= 0; });
+    if (isNew) return;
+    FillRows(*features->Find({}), ResultFields(table, ResultFields::Doing::kTry));
+}
+
 /// Fills row after row; the message that ends the pass early, or "".
-std::string OVIOBS::FillRows(IFeatureCursor& cursor) {
+std::string OVIOBS::FillRows(IFeatureCursor& cursor, const ResultFields& fields) {
+    return m_animalField.empty() ? FillTrack(cursor, fields) : FillTracks(cursor, fields);
+}
+
+std::string OVIOBS::FillTrack(IFeatureCursor& cursor, const ResultFields& fields) {
     const auto features = SelectedClass();
     const int time2 = features->Table().FindField(kTime2Field);
-    const ResultFields fields(features->Table());
     const bool utm = is_utm(features->Reference());
     const CountLimit limit(m_beyondLimits);
     ObservationSteps steps(*m_services.Geometry);
@@ -157,13 +215,45 @@ std::string OVIOBS::FillRows(IFeatureCursor& cursor) {
             steps.Start(time2_of(row->Value(time2)), row->Shape());
             fields.WriteFirst(*row);
         } else {
-            m_pleaseWait.SetPosition(static_cast<double>(rowNumber));
+            if (fields.Fills()) m_pleaseWait.SetPosition(static_cast<double>(rowNumber));
             if (!utm) return kNotUtm;
             const auto step = steps.Next(time2_of(row->Value(time2)), row->Shape());
             if (!step) return kNoTimePassed;
             fields.Write(*row, *step);
         }
-        row->Store();
+        fields.Store(*row);
+    }
+    return {};
+}
+
+/// As FillTrack for each animal, in one pass over rows in any order.
+std::string OVIOBS::FillTracks(IFeatureCursor& cursor, const ResultFields& fields) {
+    const auto features = SelectedClass();
+    const int time2 = features->Table().FindField(kTime2Field);
+    const int animalField = features->Table().FindField(m_animalField);
+    if (animalField < 0) Raise(error_number::kSubscript, "There is no field \"" + m_animalField + "\".");
+    if (time2 < 0) return kNoTime2;
+    const bool utm = is_utm(features->Reference());
+    const CountLimit limit(m_beyondLimits);
+    std::map<FieldValue, ObservationSteps, utilities::AnimalLess> tracks;
+
+    std::int64_t rowNumber = 0;
+    while (const auto row = cursor.NextFeature()) {
+        rowNumber = limit.Checked(rowNumber + 1);
+        if (fields.Fills()) m_pleaseWait.SetPosition(static_cast<double>(rowNumber));
+        const FieldValue animal = row->Value(animalField);
+        if (!utilities::names_an_animal(animal)) {
+            fields.WriteNothing(*row);
+        } else if (const auto [track, isNew] = tracks.try_emplace(animal, *m_services.Geometry); isNew) {
+            track->second.Start(time2_of(row->Value(time2)), row->Shape());
+            fields.WriteFirstOfAnimal(*row);
+        } else {
+            if (!utm) return kNotUtm;
+            const auto step = track->second.Next(time2_of(row->Value(time2)), row->Shape());
+            if (!step) return kNoTimePassed;
+            fields.Write(*row, *step);
+        }
+        fields.Store(*row);
     }
     return {};
 }

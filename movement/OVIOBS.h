@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace wxl::movement {
 
@@ -24,6 +25,15 @@ public:
 
     /// Lifts the limit of 32767 rows. Off at first.
     void SetBeyondLimits(bool value) { m_beyondLimits = value; }
+
+    /// Begins anew at each animal: every fix follows on the one before it of the same value in this field, and the
+    /// first one of each has no distances or speeds, whatever stood there. Rows without a value get none of the six.
+    /// Empty (at first): all rows are one track.
+    void SetAnimalField(std::string name) { m_animalField = std::move(name); }
+
+    /// Makes sure, before anything is written, that columns which stand already hold every value: else RuntimeError 6
+    /// or 13 is reported and nothing changes. Off at first: values become what the column makes of them.
+    void SetChecksValuesFirst(bool value) { m_checksValuesFirst = value; }
 
     /// Checks the selected layer, asks, then adds the missing fields and fills all six.
     void CalcObsFields();
@@ -48,11 +58,18 @@ public:
 private:
     platform::IMxDocument& Document() const;
     std::shared_ptr<platform::IFeatureClass> SelectedClass() const;
-    std::string FillRows(platform::IFeatureCursor& cursor);
+
+    class ResultFields;
+    std::string FillRows(platform::IFeatureCursor& cursor, const ResultFields& fields);
+    std::string FillTrack(platform::IFeatureCursor& cursor, const ResultFields& fields);
+    std::string FillTracks(platform::IFeatureCursor& cursor, const ResultFields& fields);
+    void TryValues();
 
     platform::Services m_services;
     FrmPW m_pleaseWait;
     bool m_beyondLimits = false;
+    bool m_checksValuesFirst = false;
+    std::string m_animalField;
     std::shared_ptr<platform::IApplication> m_application;
     std::shared_ptr<platform::IMxDocument> m_document;
 };

@@ -46,10 +46,17 @@ void DuplicateCommand::CalcFeatures(std::unique_ptr<IFeatureCursor> cursor,
     Guarded(*m_services.Messages, m_rules.CalcFeaturesLabel, [&] {
         const auto layer = selected_feature_layer(Document());
         if (!cursor || !selection || !layer) Raise(error_number::kObjectNotSet);
-        const auto index = MakeIndex(*feature_class_of(*layer));
+        const auto index = IndexOf(*feature_class_of(*layer));
         const DuplicatePass pass{*m_services.Messages, Document(), m_pleaseWait, CountLimit(m_beyondLimits)};
         remove_duplicates(pass, std::move(cursor), *selection, *index, m_rules.LooksAtShapes);
     });
+}
+
+std::unique_ptr<IDuplicateIndex> DuplicateCommand::IndexOf(IFeatureClass& features) const {
+    if (m_animalField.empty()) return MakeIndex(features);
+    const int field = features.Table().FindField(m_animalField);
+    if (field < 0) Raise(error_number::kSubscript, "There is no field \"" + m_animalField + "\".");
+    return std::make_unique<AnimalIndex>(field, [this, &features] { return MakeIndex(features); });
 }
 
 std::shared_ptr<ISelectionSet> DuplicateCommand::GetSelectionFromActiveLayer() {

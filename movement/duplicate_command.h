@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace wxl::movement {
 
@@ -30,6 +31,10 @@ public:
     /// Lifts the limit of object IDs to 32767. Off at first.
     void SetBeyondLimits(bool value) { m_beyondLimits = value; }
 
+    /// Compares the fixes of each animal with each other only: those with one value in this field. A fix without a
+    /// value is of no animal, and stays. Empty (at first): all are compared.
+    void SetAnimalField(std::string name) { m_animalField = std::move(name); }
+
     /// Deletes the duplicates of each fix of `cursor`, in its order, among those of the selection; fixes deleted
     /// already are passed over. Then redraws the map and tells how many were deleted.
     void CalcFeatures(std::unique_ptr<platform::IFeatureCursor> cursor,
@@ -49,12 +54,14 @@ protected:
 private:
     virtual bool Suits(platform::IFeatureClass& features) const = 0;
     virtual std::unique_ptr<IDuplicateIndex> MakeIndex(platform::IFeatureClass& features) const = 0;
+    std::unique_ptr<IDuplicateIndex> IndexOf(platform::IFeatureClass& features) const;
     platform::IMxDocument& Document() const;
 
     DuplicateRules m_rules;
     platform::Services m_services;
     FrmPW m_pleaseWait;
     bool m_beyondLimits = false;
+    std::string m_animalField;
     std::shared_ptr<platform::IApplication> m_application;
     std::shared_ptr<platform::IMxDocument> m_document;
 };

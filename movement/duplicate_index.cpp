@@ -94,6 +94,19 @@ void LocationIndex::TakeFromCell(const Cell& cell, const IFeature& kept, const P
     });
 }
 
+void AnimalIndex::Add(std::size_t row, const IFeature& fix) {
+    FieldValue animal = fix.Value(m_field);
+    if (!utilities::names_an_animal(animal)) return;
+    auto& index = m_animals[std::move(animal)];
+    if (!index) index = m_make();
+    index->Add(row, fix);
+}
+
+void AnimalIndex::TakeDuplicates(const IFeature& kept, const std::function<void(std::size_t)>& take) {
+    const auto animal = m_animals.find(kept.Value(m_field));
+    if (animal != m_animals.end()) animal->second->TakeDuplicates(kept, take);
+}
+
 double xy_tolerance(const SpatialReference& reference) {
     constexpr double kTolerance = 0.001;  // metres
     if (reference.IsGeographic || !(reference.MetersPerUnit > 0.0)) return 0.0;

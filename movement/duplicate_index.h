@@ -2,13 +2,16 @@
 #include "platform/features.h"
 #include "platform/runtime_error.h"
 #include "platform/values.h"
+#include "utilities/animal_names.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace wxl::movement {
@@ -76,6 +79,22 @@ private:
     double m_tolerance;
     double m_cellSize;
     std::unordered_map<Cell, std::vector<Entry>, CellHash> m_cells;
+};
+
+/// Duplicates within each animal: an index of its own for the fixes of each.
+class AnimalIndex final : public IDuplicateIndex {
+public:
+    /// @param field index of the field that names the animal; fixes without a name are nobody's duplicates
+    /// @param make a new index for one animal
+    AnimalIndex(int field, std::function<std::unique_ptr<IDuplicateIndex>()> make)
+        : m_field(field), m_make(std::move(make)) {}
+    void Add(std::size_t row, const platform::IFeature& fix) override;
+    void TakeDuplicates(const platform::IFeature& kept, const std::function<void(std::size_t)>& take) override;
+
+private:
+    int m_field;
+    std::function<std::unique_ptr<IDuplicateIndex>()> m_make;
+    std::map<platform::FieldValue, std::unique_ptr<IDuplicateIndex>, utilities::AnimalLess> m_animals;
 };
 
 /// How near two fixes count as the same place, in units of the coordinate system: 1 mm. Where the unit is unknown or

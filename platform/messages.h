@@ -11,7 +11,7 @@ enum class Buttons { kOk, kYesNo, kYesNoCancel };
 enum class Answer { kOk, kYes, kNo, kCancel };
 
 /// What a message box is about; lets a caller without a screen (command line, batch) answer a question by name.
-enum class Topic { kNotice, kBuffer, kOverlap, kAddFields, kOutOfSequence, kStop };
+enum class Topic { kNotice, kBuffer, kOverlap, kAddFields, kOutOfSequence, kAnimals, kStop };
 
 /// One message box. An empty title means the application's own.
 struct MessageBox {

@@ -21,10 +21,11 @@ using platform::Topic;
 
 constexpr std::array<std::pair<std::string_view, Answer>, 3> kAnswers{
     {{"yes", Answer::kYes}, {"no", Answer::kNo}, {"cancel", Answer::kCancel}}};
-constexpr std::array<std::pair<std::string_view, Topic>, 4> kTopics{{{"buffer", Topic::kBuffer},
+constexpr std::array<std::pair<std::string_view, Topic>, 5> kTopics{{{"buffer", Topic::kBuffer},
                                                                      {"overlap", Topic::kOverlap},
                                                                      {"add-fields", Topic::kAddFields},
-                                                                     {"out-of-sequence", Topic::kOutOfSequence}}};
+                                                                     {"out-of-sequence", Topic::kOutOfSequence},
+                                                                     {"animals", Topic::kAnimals}}};
 
 template <class Pairs>
 auto find_name(const Pairs& pairs, std::string_view name) {
@@ -49,9 +50,9 @@ void add_answer(Answers& answers, const std::string& given) {
     const auto topic = find_name(kTopics, std::string_view(given).substr(0, equals));
     if (topic == kTopics.end())
         throw CLI::ValidationError(
-            "--answer",
-            fmt::format("\"{}\" names no question; there are buffer, overlap, add-fields and out-of-sequence",
-                        given.substr(0, equals)));
+            "--answer", fmt::format("\"{}\" names no question; there are buffer, overlap, add-fields, out-of-sequence "
+                                    "and animals",
+                                    given.substr(0, equals)));
     answers.ByTopic[topic->second] = answer_named(std::string_view(given).substr(equals + 1), given);
 }
 
@@ -74,7 +75,7 @@ void add_answer_option(CLI::App& app, Answers& answers) {
                for (const std::string& one : given) add_answer(answers, one);
            },
            "Answer to every question (yes, no, cancel), or to one kind of question (buffer=yes, overlap=no, "
-           "add-fields=yes, out-of-sequence=no)")
+           "add-fields=yes, out-of-sequence=no, animals=yes)")
         ->type_name("[TOPIC=]ANSWER")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -20,7 +20,7 @@ struct Answers {
 };
 
 /// Gives `app` the option --answer, which may be repeated: yes|no|cancel, or TOPIC=yes|no|cancel with the topics
-/// buffer, overlap, add-fields and out-of-sequence. The last answer to a topic counts.
+/// buffer, overlap, add-fields, out-of-sequence and animals. The last answer to a topic counts.
 void add_answer_option(CLI::App& app, Answers& answers);
 
 /// Thrown out of a message box whose question has no answer on the command line. Handlers on the way up end their work

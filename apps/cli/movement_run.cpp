@@ -2,11 +2,13 @@
 
 #include "apps/cli/input_layer.h"
 #include "kde_tool/animal_fixes.h"
+#include "platform/runtime_error.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -43,6 +45,28 @@ std::string condition_of(const std::string& field, const platform::FieldValue& v
     return (is_plain_name(field) ? field : quoted(field, '"')) + " = " + (isText ? quoted(text, '\'') : text);
 }
 
+/// Fixes of several animals that a tool would take as one track.
+struct MixedAnimals {
+    std::string Field;
+    std::size_t Count = 0;
+    platform::FieldValue First;
+};
+
+/// Nothing where the chosen fixes are of one animal, or where no two of them share a name.
+std::optional<MixedAnimals> mixed_animals(files::FilesFeatureLayer& layer) {
+    const std::string field = guess_id_field(layer.FeatureClass()->Table().Fields());
+    if (field.empty()) return std::nullopt;
+    const auto animals = kde_tool::GroupFixes(layer, field, true).Animals;
+    const bool areTracks =
+        std::any_of(animals.begin(), animals.end(), [](const auto& animal) { return animal.Fixes.size() > 1; });
+    if (animals.size() < 2 || !areTracks) return std::nullopt;
+    return MixedAnimals{field, animals.size(), animals.front().Id};
+}
+
+std::string told(const MixedAnimals& mixed) {
+    return fmt::format("the fixes of {} animals (field {}) are taken as one track", mixed.Count, mixed.Field);
+}
+
 }  // namespace
 
 void add_large_option(CLI::App& command, bool& large) {
@@ -55,16 +79,38 @@ std::string large_advice(files::FilesFeatureLayer& layer, bool large) {
     return tooLarge && !large ? "; --large lifts the limit of 32767 rows" : "";
 }
 
+void refuse_repeated_numbers(files::FilesFeatureLayer& layer, const std::string& input) {
+    if (!layer.Features().NumbersRepeat()) return;
+    platform::Raise(platform::error_number::kInvalidCall,
+                    input +
+                        ": several rows have one row number, so that the order of the fixes is not known; number "
+                        "the rows anew (ogr2ogr -unsetFid OUT.gpkg INPUT)");
+}
+
+void add_animal_option(CLI::App& command, std::string& field) {
+    command
+        .add_option("--id-field", field,
+                    "Field that names the animal: the fixes of each are a track of their own, all in one pass")
+        ->type_name("FIELD");
+}
+
 void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console) {
-    const std::string field = guess_id_field(layer.FeatureClass()->Table().Fields());
-    if (field.empty()) return;
-    const auto animals = kde_tool::GroupFixes(layer, field, true).Animals;
-    const bool areTracks =
-        std::any_of(animals.begin(), animals.end(), [](const auto& animal) { return animal.Fixes.size() > 1; });
-    if (animals.size() < 2 || !areTracks) return;
-    const std::string condition = in_double_quotes(condition_of(field, animals.front().Id));
-    console.Problem(fmt::format("the fixes of {} animals (field {}) are taken as one track; {}", animals.size(), field,
-                                fmt::format(fmt::runtime(remedy), condition)));
+    const auto mixed = mixed_animals(layer);
+    if (!mixed) return;
+    const std::string condition = in_double_quotes(condition_of(mixed->Field, mixed->First));
+    console.Problem(told(*mixed) + "; " + fmt::format(fmt::runtime(remedy), condition));
+}
+
+bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages) {
+    const auto mixed = mixed_animals(layer);
+    if (!mixed) return true;
+    const std::string text = fmt::format("{}; --id-field {} takes each animal by itself", told(*mixed), mixed->Field);
+    try {
+        return messages.Show({.Text = text, .Choice = platform::Buttons::kYesNo, .About = platform::Topic::kAnimals}) ==
+               platform::Answer::kYes;
+    } catch (const QuestionUnanswered&) {
+        return false;
+    }
 }
 
 PleaseWaitBar::PleaseWaitBar(platform::IHost& host, Console& console, std::string what)

@@ -2,7 +2,7 @@
 // What the commands over the movement tools share.
 
 #include "adapters/files/files_map.h"
-#include "apps/cli/console.h"
+#include "apps/cli/console_messages.h"
 #include "movement/FrmPW.h"
 #include "platform/messages.h"
 
@@ -22,11 +22,22 @@ void add_large_option(CLI::App& command, bool& large);
 /// before the tool works, which may delete the rows beyond the limit.
 std::string large_advice(files::FilesFeatureLayer& layer, bool large);
 
+/// RuntimeError 5 for a layer in which several rows have one number: the tools know the fixes of a track by their
+/// numbers.
+void refuse_repeated_numbers(files::FilesFeatureLayer& layer, const std::string& input);
+
+/// Gives `command` the option --id-field.
+void add_animal_option(CLI::App& command, std::string& field);
+
 /// Says, before a tool changes or draws anything, that the chosen fixes of `layer` are of several animals and will be
 /// taken as one track. The field that names the animal is found by its usual names; one of whose values no two fixes
 /// share numbers the rows instead, and is no such field. `remedy` says how to choose one animal, with "{}" for the SQL
 /// condition in double quotes.
 void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console);
+
+/// Asks whether to go on as tell_mixed_animals would say; true where the chosen fixes are of one animal, false when the
+/// answer is no or --answer does not tell (ConsoleMessages::Stopped).
+bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages);
 
 /// "--where CONDITION chooses one", the remedy where a command has --where.
 inline constexpr std::string_view kChooseByWhere = "--where {} chooses one";

@@ -6,20 +6,17 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <string_view>
 
 namespace wxl::cli {
 
 namespace {
 
-constexpr std::string_view kSplitFirst =
-    "make a layer of one animal first, for instance by ogr2ogr -where {} OUT.shp INPUT";
-
 Answers answers_of(const ObsFieldsOptions& options) {
     Answers answers = options.Questions;
     if (!options.Yes) return answers;
-    if (answers.Any || !answers.ByTopic.empty()) throw WrongCall("give --yes or --answer, not both");
-    answers.Any = platform::Answer::kYes;
+    const bool answered = answers.Any || answers.ByTopic.contains(platform::Topic::kAddFields);
+    if (answered) throw WrongCall("give --yes or --answer, not both");
+    answers.ByTopic[platform::Topic::kAddFields] = platform::Answer::kYes;
     return answers;
 }
 
@@ -27,7 +24,8 @@ Answers answers_of(const ObsFieldsOptions& options) {
 
 void register_obs_fields(CLI::App& command, ObsFieldsOptions& options) {
     add_input_options(command, options.Points);
-    command.add_flag("--yes", options.Yes, "Add the fields without asking; the same as --answer yes");
+    command.add_flag("--yes", options.Yes, "Add the fields without asking; the same as --answer add-fields=yes");
+    add_animal_option(command, options.IdField);
     add_answer_option(command, options.Questions);
     add_large_option(command, options.Large);
     command.footer(
@@ -36,22 +34,26 @@ void register_obs_fields(CLI::App& command, ObsFieldsOptions& options) {
         "the one before it. Fields that are there already are filled anew.\n"
         "\n"
         "The layer needs whole seconds in a field Time2, in ascending order, and a UTM\n"
-        "projection. All rows are one track: split a layer of several animals first;\n"
-        "standard error says so where there are several. Two rows of the same time end the\n"
-        "work there (wxl remove-duplicates --by time2 helps); the rows before them stay\n"
-        "filled.\n"
+        "projection. With --id-field the fixes of each animal are a track of their own, and\n"
+        "rows that name no animal get no values. Without it all rows are one track: where\n"
+        "they are of several animals, that is a question (--answer animals=yes). Two rows of\n"
+        "the same time in one track end the work there (wxl remove-duplicates --by time2\n"
+        "helps); the rows before them stay filled.\n"
         "\n"
         "The layer itself is changed, so keep a copy. The question whether to do so is\n"
         "answered by --yes.\n"
         "\n"
         "Example:\n"
         "\n"
-        "  wxl obs-fields wolf.shp --yes");
+        "  wxl obs-fields wolves.shp --id-field animal --yes");
 }
 
 int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
     Answers answers = answers_of(options);
     const auto layer = open_point_layer(options.Points);
+    const std::string idField =
+        options.IdField.empty() ? ""
+                                : find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
     ToolSession session(console, std::move(answers));
     session.AddInput(layer);
     platform::Services services = session.Services();
@@ -59,8 +61,14 @@ int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
     services.Host = &bar;
     movement::OVIOBS tool(services, bar);
     tool.SetBeyondLimits(options.Large);
+    tool.SetAnimalField(idField);
+    tool.SetChecksValuesFirst(true);
     tool.OnCreate(session.Application());
-    tell_mixed_animals(*layer, kSplitFirst, console);
+    if (idField.empty() && !may_mix_animals(*layer, session.Messages())) {
+        if (session.Messages().Stopped()) return exit_code::kFailed;
+        console.Result(options.Points.Input + ": nothing changed");
+        return exit_code::kDone;
+    }
     tool.OnClick();
     if (session.Messages().Stopped()) return exit_code::kFailed;
     if (session.Messages().Notices() > 0)

@@ -8,6 +8,7 @@ namespace wxl::cli {
 struct ObsFieldsOptions {
     InputOptions Points;
     bool Yes = false;
+    std::string IdField;  ///< names the animal; empty: all rows are one track
     Answers Questions;
     bool Large = false;
 };

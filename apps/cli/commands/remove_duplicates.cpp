@@ -14,9 +14,11 @@ namespace wxl::cli {
 namespace {
 
 template <class Tool>
-void click(const platform::Services& services, PleaseWaitBar& bar, ToolSession& session, bool large) {
+void click(const platform::Services& services, PleaseWaitBar& bar, ToolSession& session,
+           const RemoveDuplicatesOptions& options, const std::string& idField) {
     Tool tool(services, bar);
-    tool.SetBeyondLimits(large);
+    tool.SetBeyondLimits(options.Large);
+    tool.SetAnimalField(idField);
     tool.OnCreate(session.Application());
     tool.OnClick();
 }
@@ -33,12 +35,16 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
         ->required()
         ->transform(one_of({"time2", "xy"}));
     command.add_option("--where", options.Where, "Compare only the fixes that meet this condition")->type_name("SQL");
+    add_animal_option(command, options.IdField);
+    add_answer_option(command, options.Questions);
     add_large_option(command, options.Large);
     command.footer(
         "Deletes fixes of the same time, or of the same place, from a point layer, so that\n"
-        "one of each is left. Only fixes that meet --where are compared and deleted: use it\n"
-        "where a layer holds several animals, of which fixes are duplicates of each other\n"
-        "otherwise. Standard error says so.\n"
+        "one of each is left. Only fixes that meet --where are compared and deleted. With\n"
+        "--id-field the fixes of each animal are compared with each other only, and fixes\n"
+        "that name no animal stay. Without it all fixes are compared: where they are of\n"
+        "several animals, which have fixes at one time or place that are no duplicates, that\n"
+        "is a question (--answer animals=yes).\n"
         "\n"
         "The layer itself is changed, so keep a copy; the rows that are left are numbered\n"
         "anew. A layer of more than 32767 rows needs --large: without it the work ends at\n"
@@ -46,14 +52,17 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
         "\n"
         "Examples:\n"
         "\n"
-        "  wxl remove-duplicates wolves.shp --by time2 --where \"animal = 'Freja'\"\n"
-        "  wxl remove-duplicates wolf.shp --by xy");
+        "  wxl remove-duplicates wolves.shp --by time2 --id-field animal\n"
+        "  wxl remove-duplicates wolves.shp --by xy --where \"animal = 'Freja'\"");
 }
 
 int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& console) {
     const auto layer = open_point_layer(options.Points);
     if (!options.Where.empty()) layer->SelectWhere(options.Where);
-    ToolSession session(console, {});
+    const std::string idField =
+        options.IdField.empty() ? ""
+                                : find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
+    ToolSession session(console, options.Questions);
     session.AddInput(layer);
     platform::Services services = session.Services();
     PleaseWaitBar bar(*services.Host, console, "duplicates");
@@ -61,11 +70,15 @@ int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& conso
     const std::int64_t rows = layer->FeatureClass()->FeatureCount();
     const std::int64_t compared = layer->Selection()->Count();
     const std::string advice = large_advice(*layer, options.Large);
-    tell_mixed_animals(*layer, kChooseByWhere, console);
+    if (idField.empty() && !may_mix_animals(*layer, session.Messages())) {
+        if (session.Messages().Stopped()) return exit_code::kFailed;
+        console.Result(options.Points.Input + ": nothing changed");
+        return exit_code::kDone;
+    }
     if (options.By == "time2")
-        click<movement::FIndDupTime2>(services, bar, session, options.Large);
+        click<movement::FIndDupTime2>(services, bar, session, options, idField);
     else
-        click<movement::FindDupxy>(services, bar, session, options.Large);
+        click<movement::FindDupxy>(services, bar, session, options, idField);
 
     const std::int64_t left = layer->FeatureClass()->FeatureCount();
     if (!bar.WasShown() || session.Messages().Faults() > 0)

@@ -1,4 +1,5 @@
 #pragma once
+#include "apps/cli/console_messages.h"
 #include "apps/cli/input_layer.h"
 
 namespace wxl::cli {
@@ -6,8 +7,10 @@ namespace wxl::cli {
 /// wxl remove-duplicates: fixes of the same time or place are deleted from the layer, all but one.
 struct RemoveDuplicatesOptions {
     InputOptions Points;
-    std::string By;     ///< time2 or xy
-    std::string Where;  ///< SQL condition of the fixes that are compared; empty: all
+    std::string By;       ///< time2 or xy
+    std::string Where;    ///< SQL condition of the fixes that are compared; empty: all
+    std::string IdField;  ///< names the animal; empty: all fixes are compared with each other
+    Answers Questions;
     bool Large = false;
 };
 

@@ -1,7 +1,10 @@
+#include "adapters/files/gdal_support.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/layer_rows.h"
 
+#include <array>
 #include <gtest/gtest.h>
+#include <ogrsf_frmts.h>
 
 namespace wxl::cli {
 namespace {
@@ -40,15 +43,91 @@ TEST(ObsFields, Fills_times_distances_and_speeds) {
     EXPECT_EQ(layer_column(layer, "Mi_per_hr"), (std::vector<FieldValue>{FieldValue(), 4.472727, 3.354545}));
 }
 
-TEST(ObsFields, Several_animals_are_told_before_the_question) {
+TEST(ObsFields, Several_animals_are_a_question) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kWalk + "b,500400,5000000,2018-05-09 00:04:00\n");
-    const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+    const std::string mixed =
+        "the fixes of 2 animals (field animal) are taken as one track; --id-field animal takes each animal by itself\n";
+    const Ran asked = run_wxl({"obs-fields", layer, "--yes"});
+    EXPECT_EQ(asked.Code, 1);
+    EXPECT_EQ(asked.Err, mixed +
+                             "wxl: stopped, because this question has no answer: give --answer animals=yes or "
+                             "--answer animals=no\n");
+    EXPECT_EQ(layer_rows(layer).at(0).Values.size(), 4U);
+    EXPECT_EQ(run_wxl({"obs-fields", layer, "--yes", "--answer", "animals=no"}).Out, layer + ": nothing changed\n");
+    const Ran ran = run_wxl({"obs-fields", layer, "--yes", "--answer", "animals=yes"});
     EXPECT_EQ(ran.Code, 0);
-    EXPECT_EQ(ran.Err,
-              "the fixes of 2 animals (field animal) are taken as one track; make a layer of one animal first, for "
-              "instance by ogr2ogr -where \"animal = 'a'\" OUT.shp INPUT\n" +
-                  kQuestion);
+    EXPECT_EQ(ran.Err, mixed + kQuestion);
+    EXPECT_EQ(layer_column(layer, "Dist"), (std::vector<FieldValue>{FieldValue(), 120.0, 180.0, 100.0}));
+}
+
+TEST(ObsFields, Each_animal_begins_anew) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kWalk +
+                                                     "b,500400,5000000,2018-05-09 00:03:00\n"
+                                                     "b,500430,5000040,2018-05-09 00:03:10\n");
+    ASSERT_EQ(run_wxl({"obs-fields", layer, "--answer", "yes", "--id-field", "animal"}).Code, 0);
+    EXPECT_EQ(layer_column(layer, "T_Obs_Sec"), (std::vector<FieldValue>{0.0, 60.0, 120.0, 0.0, 10.0}));
+    EXPECT_EQ(layer_column(layer, "T_Cumul"), (std::vector<FieldValue>{0.0, 60.0, 180.0, 0.0, 10.0}));
+    EXPECT_EQ(layer_column(layer, "Dist"), (std::vector<FieldValue>{FieldValue(), 120.0, 180.0, FieldValue(), 50.0}));
+    EXPECT_EQ(layer_column(layer, "Dist_Cumul"),
+              (std::vector<FieldValue>{FieldValue(), 120.0, 300.0, FieldValue(), 50.0}));
+    EXPECT_EQ(layer_column(layer, "Me_per_Sec"), (std::vector<FieldValue>{FieldValue(), 2.0, 1.5, FieldValue(), 5.0}));
+}
+
+/// kWalk as a GeoPackage with one more column.
+std::string make_geopackage(const ScratchFolder& folder, const char* name, OGRFieldType type, OGRFieldSubType subtype) {
+    files::RegisterGdal();
+    const std::string path = (folder / "fixes.gpkg").string();
+    const files::GdalDatasetPtr dataset(
+        GetGDALDriverManager()->GetDriverByName("GPKG")->Create(path.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    OGRSpatialReference utm;
+    EXPECT_EQ(utm.importFromEPSG(32633), OGRERR_NONE);
+    OGRLayer* layer = dataset->CreateLayer("fixes", &utm, wkbPoint);
+    OGRFieldDefn time("Time2", OFTInteger);
+    OGRFieldDefn column(name, type);
+    column.SetSubType(subtype);
+    EXPECT_EQ(layer->CreateField(&time), OGRERR_NONE);
+    EXPECT_EQ(layer->CreateField(&column), OGRERR_NONE);
+    const std::array<std::pair<double, int>, 3> walk = {{{500000.0, 0}, {500120.0, 60}, {500300.0, 180}}};
+    for (const auto& [x, seconds] : walk) {
+        const OGRFeatureUniquePtr row(OGRFeature::CreateFeature(layer->GetLayerDefn()));
+        row->SetField(0, seconds);
+        const OGRPoint point(x, 5000000.0);
+        row->SetGeometry(&point);
+        EXPECT_EQ(layer->CreateFeature(row.get()), OGRERR_NONE);
+    }
+    return path;
+}
+
+TEST(ObsFields, Values_that_a_standing_column_cannot_hold_are_told_before_anything_is_written) {
+    struct Case {
+        const char* Name;
+        OGRFieldType Type;
+        OGRFieldSubType SubType;
+        std::string Told;
+    };
+    const std::string label = "calcobsfields sub Error number: ";
+    for (const Case& one :
+         {Case{"Dist", OFTInteger, OFSTBoolean,
+               "6\nThe value 120 does not fit the field \"Dist\" of the type Boolean."},
+          Case{"Dist", OFTDate, OFSTNone, "13\n"},
+          Case{
+              "Me_per_Sec", OFTInteger, OFSTInt16,
+              "6\nThe field \"Me_per_Sec\" holds whole numbers, and the value 1.5 is none. Please rename or delete the "
+              "field."}}) {
+        ScratchFolder folder;
+        const std::string layer = make_geopackage(folder, one.Name, one.Type, one.SubType);
+        const std::string bytes = read_file(layer);
+        const Ran ran = run_wxl({"obs-fields", layer, "--yes"});
+        EXPECT_EQ(ran.Code, 1) << one.Name;
+        EXPECT_EQ(ran.Err, "") << one.Told;
+        EXPECT_EQ(read_file(layer), bytes) << one.Name;
+    }
+    ScratchFolder folder;
+    const std::string layer = make_geopackage(folder, "Dist", OFTInteger, OFSTInt16);
+    EXPECT_EQ(run_wxl({"obs-fields", layer, "--yes"}).Code, 0);
+    EXPECT_EQ(layer_column(layer, "Dist"), (std::vector<FieldValue>{FieldValue(), 120LL, 180LL}));
 }
 
 // "*UTM*" is asked of the name that the .prj has, whatever system its parameters are those of.

@@ -18,7 +18,7 @@ const std::string kFixes =
     "b,3,3,2018-05-09\n";
 
 const std::string kMixed =
-    "the fixes of 2 animals (field animal) are taken as one track; --where \"animal = 'a'\" chooses one\n";
+    "the fixes of 2 animals (field animal) are taken as one track; --id-field animal takes each animal by itself\n";
 
 /// The x coordinate of every row.
 std::vector<double> xs_of(const std::string& layer) {
@@ -30,7 +30,7 @@ std::vector<double> xs_of(const std::string& layer) {
 TEST(RemoveDuplicates, By_time_keeps_the_lowest_row) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kFixes);
-    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "time2"});
+    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "time2", "--answer", "animals=yes"});
     EXPECT_EQ(ran.Code, 0);
     EXPECT_EQ(ran.Out, layer + ": 5 fixes compared, 2 deleted, 3 left in the layer\n");
     EXPECT_EQ(ran.Err, kMixed + "Deleted 2 duplicate features\n");
@@ -42,7 +42,7 @@ TEST(RemoveDuplicates, By_time_keeps_the_lowest_row) {
 TEST(RemoveDuplicates, By_place_keeps_the_first) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kFixes);
-    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "xy"});
+    const Ran ran = run_wxl({"remove-duplicates", layer, "--by", "xy", "--answer", "yes"});
     EXPECT_EQ(ran.Code, 0);
     EXPECT_EQ(ran.Out, layer + ": 5 fixes compared, 2 deleted, 3 left in the layer\n");
     EXPECT_EQ(xs_of(layer), (std::vector<double>{1, 2, 3}));
@@ -60,19 +60,36 @@ TEST(RemoveDuplicates, Fixes_that_do_not_meet_the_condition_stay) {
     EXPECT_EQ(none.Err, "Deleted 0 duplicate features\n");
 }
 
-TEST(RemoveDuplicates, Several_animals_are_told_before_the_change_even_when_quiet) {
+TEST(RemoveDuplicates, Several_animals_are_a_question_even_when_quiet) {
     ScratchFolder folder;
-    const std::string fixes = "O'Malley $1,1,1,2018-05-09\nO'Malley $1,2,2,2018-05-10\nb,3,3,2018-05-09\n";
-    const std::string layer = make_layer(folder, fixes);
+    const std::string layer = make_layer(folder, kFixes);
     const Ran ran = run_wxl({"-q", "remove-duplicates", layer, "--by", "time2"});
-    EXPECT_EQ(ran.Code, 0);
-    EXPECT_EQ(ran.Err,
-              "the fixes of 2 animals (field animal) are taken as one track; "
-              "--where \"animal = 'O''Malley \\$1'\" chooses one\nDeleted 1 duplicate features\n");
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Out, "");
+    EXPECT_EQ(ran.Err, kMixed +
+                           "wxl: stopped, because this question has no answer: give --answer animals=yes or "
+                           "--answer animals=no\n");
+    const Ran declined = run_wxl({"remove-duplicates", layer, "--by", "time2", "--answer", "animals=no"});
+    EXPECT_EQ(declined.Code, 0);
+    EXPECT_EQ(declined.Out, layer + ": nothing changed\n");
+    EXPECT_EQ(layer_rows(layer).size(), 5U);
+}
+
+TEST(RemoveDuplicates, Each_animal_by_itself_in_one_pass) {
+    ScratchFolder folder;
+    const std::string byTime = make_layer(folder, kFixes + "b,4,4,2018-05-09\n");
+    const Ran time2 = run_wxl({"remove-duplicates", byTime, "--by", "time2", "--id-field", "ANIMAL"});
+    EXPECT_EQ(time2.Code, 0);
+    EXPECT_EQ(time2.Out, byTime + ": 6 fixes compared, 2 deleted, 4 left in the layer\n");
+    EXPECT_EQ(time2.Err, "Deleted 2 duplicate features\n");
+    EXPECT_EQ(xs_of(byTime), (std::vector<double>{1, 3, 3, 3}));
     ScratchFolder other;
-    const Ran chosen =
-        run_wxl({"remove-duplicates", make_layer(other, fixes), "--by", "time2", "--where", "animal = 'b'"});
-    EXPECT_EQ(chosen.Err, "Deleted 0 duplicate features\n");
+    const std::string byPlace = make_layer(other, kFixes);
+    EXPECT_EQ(run_wxl({"remove-duplicates", byPlace, "--by", "xy", "--id-field", "animal"}).Code, 0);
+    EXPECT_EQ(xs_of(byPlace), (std::vector<double>{1, 2, 3, 3}));
+    const Ran unknown = run_wxl({"remove-duplicates", byPlace, "--by", "xy", "--id-field", "wolf"});
+    EXPECT_EQ(unknown.Code, 1);
+    EXPECT_EQ(unknown.Err.find("wxl: " + byPlace + " has no field \"wolf\"; its fields are: animal"), 0U);
 }
 
 TEST(RemoveDuplicates, A_field_that_numbers_the_rows_is_no_name_of_an_animal) {

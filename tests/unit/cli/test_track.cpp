@@ -102,6 +102,21 @@ TEST_F(TrackCommand, Existing_shapefile_is_replaced_only_when_asked_and_only_by_
     EXPECT_EQ(names_in(Folder.Path()), names);
 }
 
+TEST_F(TrackCommand, Rows_that_share_a_number_are_no_track) {
+    const std::string layer =
+        write_file(Folder, "two.geojson",
+                   R"({"type":"FeatureCollection","features":[)"
+                   R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[1,1]}},)"
+                   R"({"type":"Feature","properties":{"id":2},"geometry":{"type":"Point","coordinates":[2,2]}},)"
+                   R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[9,9]}}]})");
+    const Ran ran = run_wxl({"track", layer, Output});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: " + layer +
+                           ": several rows have one row number, so that the order of the fixes is not known; number "
+                           "the rows anew (ogr2ogr -unsetFid OUT.gpkg INPUT)\n");
+    EXPECT_FALSE(std::filesystem::exists(Output));
+}
+
 TEST_F(TrackCommand, Wrong_names_are_told) {
     const Ran ran = run_wxl({"track", Layer, (Folder / "track.gpkg").string()});
     EXPECT_EQ(ran.Code, 2);

@@ -74,6 +74,29 @@ TEST_F(Duplicates, Unselected_fixes_are_neither_compared_nor_deleted) {
     EXPECT_EQ(Messages.Texts(), Texts{"Deleted 0 duplicate features"});
 }
 
+TEST_F(Duplicates, Fixes_of_different_animals_are_no_duplicates_when_animals_are_told_apart) {
+    auto& table = AddLayer({kTime2, {.Name = "animal", .Type = FieldType::kDouble}});
+    // Rows 0 and 2 are animal 1, rows 1, 3 and 6 animal 2, rows 4 and 5 nobody's; all at one place and time.
+    for (const FieldValue& animal : std::vector<FieldValue>{1.0, 2.0, 1.0, 2.0, kMissing, kMissing, 2.0})
+        table.AddPoint(0, 0, {100.0, animal});
+    Layer->SelectAll();
+    ByTime.SetAnimalField("ANIMAL");
+    ByTime.OnClick();
+    EXPECT_EQ(table.OIDs(), (Oids{0, 1, 4, 5}));
+    EXPECT_EQ(Messages.Texts(), Texts{"Deleted 3 duplicate features"});
+    ByPlace.OnClick();
+    EXPECT_EQ(table.OIDs(), (Oids{0}));
+}
+
+TEST_F(Duplicates, Places_of_different_animals_are_no_duplicates_when_animals_are_told_apart) {
+    auto& table = AddLayer({{.Name = "animal", .Type = FieldType::kText}});
+    for (const char* animal : {"a", "b", "b", "", "a", ""}) table.AddPoint(3, 4, {animal});
+    Layer->SelectAll();
+    ByPlace.SetAnimalField("animal");
+    ByPlace.OnClick();
+    EXPECT_EQ(table.OIDs(), (Oids{0, 1, 3, 5}));
+}
+
 TEST_F(Duplicates, Times_are_compared_after_rounding_half_to_even) {
     auto& table = AddTimes({{0, 1.5}, {1, 2.0}, {2, 2.5}, {3, 3.5}, {4, 4.0}, {5, 2.51}});
     ByTime.OnClick();

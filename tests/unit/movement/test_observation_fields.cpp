@@ -64,6 +64,24 @@ TEST_F(ObservationFields, A_track_along_a_line) {
     EXPECT_EQ(table.Flushes(), 1);
 }
 
+TEST_F(ObservationFields, Animals_whose_rows_alternate_are_tracks_of_their_own) {
+    auto& table = AddLayer({kTime2, {.Name = "animal", .Type = FieldType::kText}, {.Name = "Dist"}});
+    table.AddPoint(500000, 5000000, {0.0, "a", 7.0});
+    table.AddPoint(600000, 5000000, {0.0, "b", 7.0});
+    table.AddPoint(900000, 5000000, {5.0, "", 7.0});
+    table.AddPoint(500120, 5000000, {60.0, "a", 7.0});
+    table.AddPoint(600030, 5000040, {10.0, "b", 7.0});
+    Tool.SetAnimalField("ANIMAL");
+    ClickYes();
+    const std::vector<FieldValue> distances = {kMissing, kMissing, kMissing, 120.0, 50.0};
+    const std::vector<FieldValue> times = {0.0, 0.0, kMissing, 60.0, 10.0};
+    for (std::int64_t row = 0; row < 5; ++row) {
+        EXPECT_EQ(table.ValueOf(row, "Dist"), distances[static_cast<std::size_t>(row)]) << row;
+        EXPECT_EQ(table.ValueOf(row, "T_Cumul"), times[static_cast<std::size_t>(row)]) << row;
+    }
+    EXPECT_EQ(Messages.Texts(), Texts{kQuestion});
+}
+
 TEST_F(ObservationFields, Six_double_fields_are_added_in_order_with_the_default_length) {
     auto& table = AddLayer({kTime2});
     table.AddPoint(0, 0, {0.0});
