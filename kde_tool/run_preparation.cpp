@@ -203,7 +203,11 @@ bool RunPreparation::GroupAnimals() {
     if (m_frame.Inputs.Mode == ExtentMode::kFull) m_frame.LayerExtent = points->Bounds();
     if (m_frame.Inputs.Mode == ExtentMode::kReference)
         m_frame.ReferenceRaster = reference_raster(m_form, m_frame.Inputs.ReferenceName);
-    return true;
+    if (!m_frame.ReferenceRaster || m_frame.ReferenceRaster->LiesIn(m_frame.Reference)) return true;
+    Refuse("Error: the reference layer " + m_frame.ReferenceRaster->Name() +
+           " is in another coordinate system than the points (" + m_frame.Reference.Name +
+           "). Please choose a raster in that system, or reproject it.");
+    return false;
 }
 
 void RunPreparation::WarnOfMissingIds() {

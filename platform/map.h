@@ -32,6 +32,9 @@ public:
 
     /// Mean cell size in x, size in cells, lower-left corner.
     virtual RasterGeometry Geometry() const = 0;
+
+    /// Whether the raster is in this coordinate system, or it is not known that it is in another.
+    virtual bool LiesIn(const SpatialReference& reference) const = 0;
 };
 
 /// Classes of layers that lists tell apart.

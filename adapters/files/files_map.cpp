@@ -1,5 +1,6 @@
 #include "adapters/files/files_map.h"
 
+#include "adapters/files/gdal_support.h"
 #include "adapters/files/raster_dataset.h"
 #include "platform/runtime_error.h"
 
@@ -57,6 +58,11 @@ FilesRasterLayer::FilesRasterLayer(const std::filesystem::path& path, Sources so
     const auto raster = OpenRaster(path, sources, CellShape::kOblong);
     m_name = raster->Name();
     m_geometry = raster->Band()->Geometry();
+    m_reference = raster->Reference();
+}
+
+bool FilesRasterLayer::LiesIn(const platform::SpatialReference& reference) const {
+    return may_be_same(m_reference, reference);
 }
 
 std::shared_ptr<FilesFeatureLayer> OpenFeatureLayer(const std::string& input, Sources sources) {

@@ -42,10 +42,12 @@ public:
     explicit FilesRasterLayer(const std::filesystem::path& path, Sources sources = Sources::kPlain);
     std::string Name() const override { return m_name; }
     platform::RasterGeometry Geometry() const override { return m_geometry; }
+    bool LiesIn(const platform::SpatialReference& reference) const override;
 
 private:
     std::string m_name;
     platform::RasterGeometry m_geometry;
+    platform::SpatialReference m_reference;
 };
 
 /// Opens "PATH" or "PATH:LAYER" as a layer named after the file's layer; RuntimeError as OgrFeatureClass::Open.

@@ -145,6 +145,40 @@ platform::SpatialReference ReferenceFromText(const std::string& text) {
     return FromOgr(&reference);
 }
 
+namespace {
+
+/// The projection as PROJ's parameters; empty where they cannot tell it.
+std::string proj_text(const OGRSpatialReference& reference) {
+    char* text = nullptr;
+    const bool told = reference.exportToProj4(&text) == OGRERR_NONE && text != nullptr;
+    std::string result = told ? text : "";
+    CPLFree(text);
+    return result;
+}
+
+}  // namespace
+
+bool has_places(const platform::SpatialReference& reference) {
+    const OGRSpatialReference ogr = ToOgr(reference);
+    return ogr.IsEmpty() || (ogr.IsGeocentric() == 0 && (ogr.IsVertical() == 0 || ogr.IsCompound() != 0));
+}
+
+bool may_be_same(const platform::SpatialReference& a, const platform::SpatialReference& b) {
+    OGRSpatialReference first = ToOgr(a);
+    OGRSpatialReference second = ToOgr(b);
+    // Points may have heights, and a raster none.
+    first.StripVertical();
+    second.StripVertical();
+    if (first.IsEmpty() || second.IsEmpty()) return true;
+    const GdalErrors quiet;
+    const std::array<const char*, 3> options = {"CRITERION=EQUIVALENT_EXCEPT_AXIS_ORDER_GEOGCRS",
+                                                "IGNORE_DATA_AXIS_TO_SRS_AXIS_MAPPING=YES", nullptr};
+    if (first.IsSame(&second, options.data()) != 0) return true;
+    // Older dialects name datums in words that are not known everywhere.
+    const std::string text = proj_text(first);
+    return !text.empty() && text == proj_text(second);
+}
+
 std::string ProjectionFileText(const platform::SpatialReference& reference) {
     // A batch writes thousands of datasets in one coordinate system, and each translation searches PROJ's database.
     static std::map<std::string, std::string> known;

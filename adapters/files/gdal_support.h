@@ -66,6 +66,13 @@ platform::SpatialReference FromOgr(const OGRSpatialReference* reference);
 /// it means nothing.
 platform::SpatialReference ReferenceFromText(const std::string& text);
 
+/// Whether x and y of a coordinate system tell where something is on the ground: not in one of heights alone, nor in
+/// one of distances from the Earth's centre. An unknown one may.
+bool has_places(const platform::SpatialReference& reference);
+
+/// Whether two coordinate systems are one whatever their names are, or one of the two is unknown.
+bool may_be_same(const platform::SpatialReference& a, const platform::SpatialReference& b);
+
 /// One line of well-known text in the dialect of .prj and prj.adf files; empty for an unknown coordinate system.
 std::string ProjectionFileText(const platform::SpatialReference& reference);
 

@@ -35,14 +35,20 @@ private:
 /// A raster layer: a name and where it lies.
 class MemoryRasterLayer final : public platform::IRasterLayer {
 public:
-    MemoryRasterLayer(std::string name, platform::RasterGeometry geometry)
-        : m_name(std::move(name)), m_geometry(geometry) {}
+    MemoryRasterLayer(std::string name, platform::RasterGeometry geometry, platform::SpatialReference reference = {})
+        : m_name(std::move(name)), m_geometry(geometry), m_reference(std::move(reference)) {}
     std::string Name() const override { return m_name; }
     platform::RasterGeometry Geometry() const override { return m_geometry; }
+
+    /// By name.
+    bool LiesIn(const platform::SpatialReference& reference) const override {
+        return m_reference.Name.empty() || reference.Name.empty() || m_reference.Name == reference.Name;
+    }
 
 private:
     std::string m_name;
     platform::RasterGeometry m_geometry;
+    platform::SpatialReference m_reference;
 };
 
 /// What was drawn through one graphics container; stays when the container is gone.

@@ -5,6 +5,7 @@
 #include "adapters/files/shapefile_parts.h"
 #include "adapters/files/transaction_editor.h"
 #include "adapters/qgis/qgis_values.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <qgsproviderregistry.h>
@@ -42,6 +43,20 @@ std::string why_file_is_blocked(const QgsVectorLayer& layer) {
     if (const auto editor = file_editor_of(layer)) return editor->WhyReadOnly();
     const fs::path database = file_of(layer, QStringLiteral("GPKG"));
     return database.empty() ? std::string() : files::TransactionEditor(database, {}).WhyReadOnly();
+}
+
+bool ids_rise(const QgsVectorLayer& layer) {
+    if (layer.isEditable()) return false;
+    if (!shapefile_of(layer).empty()) return true;
+    const fs::path database = file_of(layer, QStringLiteral("GPKG"));
+    if (database.empty()) return false;
+    const QVariantMap parts = QgsProviderRegistry::instance()->decodeUri(layer.providerType(), layer.source());
+    const std::string name = FromQString(parts.value(QStringLiteral("layerName")).toString());
+    try {
+        return !files::OgrSource(database, name, files::Sources::kAny).IsView();
+    } catch (const platform::RuntimeError&) {
+        return false;
+    }
 }
 
 void finish_interrupted_change(QgsVectorLayer& layer) {

@@ -19,6 +19,10 @@ std::unique_ptr<files::IRowEditor> file_editor_of(const QgsVectorLayer& layer);
 /// sentence; empty when it can.
 std::string why_file_is_blocked(const QgsVectorLayer& layer);
 
+/// Whether the ids of the rows rise in the layer's own order, as they do where a store numbers its rows itself. Not
+/// while a layer is edited, whose new rows have ids below 0, nor for a view or a format that takes ids from the data.
+bool ids_rise(const QgsVectorLayer& layer);
+
 /// Completes a change of the layer's shapefile that was cut short, and has QGIS read the file anew.
 void finish_interrupted_change(QgsVectorLayer& layer);
 

@@ -1,6 +1,7 @@
 #include "adapters/qgis/qgis_feature_class.h"
 
 #include "adapters/files/stored_name.h"
+#include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
@@ -140,7 +141,27 @@ private:
     QgsFeatureIterator m_rows;
 };
 
-/// Selected rows by ascending id: providers promise no order for a list of ids, so they are fetched in sorted blocks.
+/// Selected rows in the order of a layer whose ids do not rise in it.
+class SelectionInOrder final : public platform::IFeatureCursor {
+public:
+    SelectionInOrder(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
+        : m_selected(pass->Open().selectedFeatureIds()), m_all(std::move(pass), request) {}
+
+    std::unique_ptr<platform::IFeature> NextFeature() override {
+        while (auto feature = m_all.NextFeature())
+            if (m_selected.contains(feature->OID())) return feature;
+        return nullptr;
+    }
+
+    void Flush() override { m_all.Flush(); }
+
+private:
+    QgsFeatureIds m_selected;
+    QgisCursor m_all;
+};
+
+/// Selected rows of a layer whose ids rise: providers promise no order for a list of ids, so they are fetched in sorted
+/// blocks, which spares the rows between.
 class SelectionCursor final : public platform::IFeatureCursor {
 public:
     SelectionCursor(std::shared_ptr<TablePass> pass, QgsFeatureRequest request)
@@ -270,9 +291,11 @@ platform::Extent QgisFeatureClass::Bounds() const {
 }
 
 std::int64_t QgisFeatureClass::FeatureCount() const {
-    // Some providers do not know their count, and one in the middle of deletions counts rows that are gone.
+    // Some providers do not know their count, one in the middle of deletions counts rows that are gone, and a
+    // GeoPackage tells what some program once recorded in it.
     const std::int64_t known = open_layer(m_layer).featureCount();
-    if (known >= 0 && !TablePass::Running(open_layer(m_layer))) return known;
+    const bool recorded = open_layer(m_layer).storageType() == QLatin1String("GPKG");
+    if (known >= 0 && !recorded && !TablePass::Running(open_layer(m_layer))) return known;
     std::int64_t count = 0;
     QgsFeature feature;
     auto rows = open_layer(m_layer).getFeatures(QgsFeatureRequest().setFlags(kRequestNoGeometry).setNoAttributes());
@@ -322,8 +345,9 @@ std::int64_t QgisSelectionSet::Count() const {
 }
 
 std::unique_ptr<platform::IFeatureCursor> QgisSelectionSet::Find(const platform::Search& search) {
-    return std::make_unique<SelectionCursor>(TablePass::Join(open_layer(m_layer)),
-                                             request_of(open_layer(m_layer), search));
+    QgsVectorLayer& layer = open_layer(m_layer);
+    if (!ids_rise(layer)) return std::make_unique<SelectionInOrder>(TablePass::Join(layer), request_of(layer, search));
+    return std::make_unique<SelectionCursor>(TablePass::Join(layer), request_of(layer, search));
 }
 
 }  // namespace wxl::qgis

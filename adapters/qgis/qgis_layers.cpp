@@ -1,5 +1,6 @@
 #include "adapters/qgis/qgis_layers.h"
 
+#include "adapters/files/gdal_support.h"
 #include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_values.h"
@@ -64,6 +65,10 @@ platform::RasterGeometry QgisRasterLayer::Geometry() const {
     const QgsRasterLayer& layer = open(m_layer);
     const QgsRectangle box = layer.extent();
     return {box.xMinimum(), box.yMinimum(), layer.rasterUnitsPerPixelX(), layer.width(), layer.height()};
+}
+
+bool QgisRasterLayer::LiesIn(const platform::SpatialReference& reference) const {
+    return files::may_be_same(FromCrs(open(m_layer).crs()), reference);
 }
 
 platform::Layer FromQgsLayer(QgsMapLayer& layer) {

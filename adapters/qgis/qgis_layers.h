@@ -25,6 +25,7 @@ public:
     explicit QgisRasterLayer(QgsRasterLayer& layer) : m_layer(&layer) {}
     std::string Name() const override;
     platform::RasterGeometry Geometry() const override;
+    bool LiesIn(const platform::SpatialReference& reference) const override;
 
 private:
     QPointer<QgsRasterLayer> m_layer;

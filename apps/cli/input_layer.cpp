@@ -1,9 +1,12 @@
 #include "apps/cli/input_layer.h"
 
+#include "adapters/files/gdal_support.h"
 #include "adapters/files/projection.h"
 #include "adapters/files/tracking_columns.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -72,6 +75,10 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
     auto layer = open_point_layer(options);
     platform::IFeatureClass& points = *layer->FeatureClass();
     const platform::SpatialReference reference = points.Reference();
+    if (!files::has_places(reference))
+        Raise(error_number::kInvalidCall,
+              fmt::format("{} is in a coordinate system whose x and y are no places on a map ({}): project it first",
+                          options.Input, reference.Name));
     if (reference.IsGeographic && !options.Degrees)
         Raise(
             error_number::kInvalidCall,
@@ -113,6 +120,11 @@ std::string guess_id_field(const std::vector<platform::Field>& fields) {
 
 std::string find_id_field(platform::ITable& table, const std::string& wanted, const std::string& input) {
     const std::vector<platform::Field> fields = table.Fields();
+    const auto named = std::count_if(fields.begin(), fields.end(),
+                                     [&](const auto& field) { return platform::EqualNoCase(field.Name, wanted); });
+    if (named > 1)
+        Raise(error_number::kSubscript,
+              fmt::format("{} has {} fields of the name \"{}\": rename all but one", input, named, wanted));
     const int found = table.FindField(wanted);
     if (found >= 0) return fields[static_cast<std::size_t>(found)].Name;
     std::vector<std::string> names;

@@ -1,6 +1,7 @@
 // The movement tools on layers that users have dressed up: aliases, computed and joined fields, multipoints.
 
 #include "adapters/files/disk_services.h"
+#include "adapters/files/gdal_support.h"
 #include "adapters/memory/memory_services.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/qgis_feature_class.h"
@@ -14,6 +15,7 @@
 #include "tests/contract/vector_files.h"
 #include "tests/support/scratch_folder.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <qgsproject.h>
 #include <qgsvectordataprovider.h>
@@ -227,6 +229,38 @@ TEST_P(LayersOfEachFormat, Results_go_into_stored_fields_beside_computed_ones) {
     EXPECT_EQ(Messages.Boxes().size(), 1U) << "the question";
     EXPECT_EQ(ValuesOf("Dist"), (Cells{"", "120", "180"}));
     EXPECT_EQ(ValuesOf("seven"), (Cells{"7", "7", "7"}));
+}
+
+TEST_F(LayersAsFound, A_selection_keeps_the_layers_order_where_ids_do_not_rise) {
+    const tests::ScratchFolder folder;
+    std::ofstream(folder / "wolves.geojson")
+        << R"({"type":"FeatureCollection","features":[)"
+           R"({"type":"Feature","properties":{"id":9},"geometry":{"type":"Point","coordinates":[1,10]}},)"
+           R"({"type":"Feature","properties":{"id":4},"geometry":{"type":"Point","coordinates":[2,10]}},)"
+           R"({"type":"Feature","properties":{"id":7},"geometry":{"type":"Point","coordinates":[3,10]}},)"
+           R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[4,10]}}]})";
+    QgsVectorLayer layer(ToQString((folder / "wolves.geojson").string()), QStringLiteral("wolves"),
+                         QStringLiteral("ogr"));
+    ASSERT_TRUE(layer.isValid());
+    layer.selectByIds({1, 7, 9});
+    QgisSelectionSet selection(layer);
+    EXPECT_EQ(selection.Count(), 3);
+    std::vector<double> places;
+    const auto cursor = selection.Find({});
+    while (const auto fix = cursor->NextFeature()) places.push_back(fix->Shape().Location.X);
+    EXPECT_EQ(places, (std::vector<double>{1.0, 3.0, 4.0}));
+}
+
+TEST_F(LayersAsFound, The_rows_of_a_geopackage_are_counted) {
+    QgsVectorLayer& made = Open(Format::kGeoPackage, {kTime2}, three_times());
+    const QString path = made.source().section(QLatin1Char('|'), 0, 0);
+    QgsProject::instance()->clear();
+    const files::GdalDatasetPtr database(GDALDataset::Open(path.toUtf8().constData(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+    database->ReleaseResultSet(
+        database->ExecuteSQL("UPDATE gpkg_ogr_contents SET feature_count = 1000", nullptr, nullptr));
+    QgsVectorLayer layer(path, QStringLiteral("fixes"), QStringLiteral("ogr"));
+    ASSERT_TRUE(layer.isValid());
+    EXPECT_EQ(QgisFeatureClass(layer).FeatureCount(), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Layers, LayersOfEachFormat,

@@ -26,11 +26,21 @@ using kde_tool::frmKDE;
 using kde_tool::RunInputs;
 using platform::NumberText;
 
+/// RuntimeError 5 where the run would be refused.
+platform::RasterGeometry reference_of(const frmKDE& form, const RunInputs& inputs) {
+    const auto raster = kde_tool::reference_raster(form, inputs.ReferenceName);
+    const platform::SpatialReference points = form.PointLayer().Feature->FeatureClass()->Reference();
+    if (!raster->LiesIn(points))
+        platform::Raise(platform::error_number::kInvalidCall,
+                        "the reference layer " + raster->Name() + " is in another coordinate system than the points (" +
+                            points.Name + "): choose a raster in that system, or reproject it");
+    return raster->Geometry();
+}
+
 kde_tool::EstimateFrame frame_of(frmKDE& form) {
     const RunInputs inputs = kde_tool::inputs_of(form);
     platform::RasterGeometry reference;
-    if (inputs.Mode == ExtentMode::kReference)
-        reference = kde_tool::reference_raster(form, inputs.ReferenceName)->Geometry();
+    if (inputs.Mode == ExtentMode::kReference) reference = reference_of(form, inputs);
     const bool full = inputs.Mode == ExtentMode::kFull;
     return kde_tool::estimate_frame(inputs,
                                     full ? form.PointLayer().Feature->FeatureClass()->Bounds() : platform::Extent(),

@@ -31,6 +31,33 @@ TEST(InputLayer, Sources_that_lead_elsewhere_are_refused) {
     EXPECT_EQ(run_wxl({"info", virtualLayer, "--allow-indirect"}).Code, 0);
 }
 
+TEST(InputLayer, Coordinate_systems_without_places_are_refused) {
+    ScratchFolder folder;
+    for (const char* code : {"4978", "5773"}) {
+        const std::string layer = write_file(
+            folder, std::string(code) + ".geojson",
+            R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"urn:ogc:def:crs:EPSG::)" +
+                std::string(code) +
+                R"("}},"features":[{"type":"Feature","properties":{"animal":"a"},"geometry":{"type":"Point",)"
+                R"("coordinates":[4000000,600000]}}]})");
+        const std::string told = failure({"stats", layer, "--id-field", "animal"});
+        EXPECT_TRUE(
+            told.starts_with("wxl: " + layer + " is in a coordinate system whose x and y are no places on a map ("))
+            << told;
+        EXPECT_TRUE(told.ends_with("): project it first\n")) << told;
+    }
+}
+
+TEST(InputLayer, A_field_name_that_two_fields_have_is_refused) {
+    ScratchFolder folder;
+    const std::string layer = write_file(
+        folder, "two.geojson",
+        R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"Animal":"a","animal":"b"},)"
+        R"("geometry":{"type":"Point","coordinates":[15,45]}}]})");
+    EXPECT_EQ(failure({"stats", layer, "--id-field", "animal", "--degrees"}),
+              "wxl: " + layer + " has 2 fields of the name \"animal\": rename all but one\n");
+}
+
 TEST(InputLayer, Missing_file_and_foreign_file_fail_with_their_name) {
     ScratchFolder folder;
     const std::string absent = (folder / "absent.shp").string();
