@@ -45,13 +45,20 @@ bool is_utm(const SpatialReference& reference) {
     return reference.Name.find("UTM") != std::string::npos;
 }
 
+/// A value that a column would not hold as it is.
+struct Misfit {
+    std::string Text;
+};
+
 /// RuntimeError 6 or 13 when the row, after the value was set, holds another one.
 void require_held(const IFeature& row, int field, const FieldValue& value, const Field& column) {
-    const bool isDate = column.Type == FieldType::kDate;
-    if (!isDate && ValueEquals(row.Value(field), value)) return;
-    Raise(isDate ? error_number::kTypeMismatch : error_number::kOverflow,
-          "The field \"" + column.Name + "\" holds " + (isDate ? "dates" : "whole numbers") + ", and the value " +
-              ValueText(value) + " is none. Please rename or delete the field.");
+    if (IsMissing(value)) return;
+    if (column.Type == FieldType::kDate)
+        Raise(error_number::kTypeMismatch, "The field \"" + column.Name + "\" holds dates, and the value " +
+                                               ValueText(value) + " is none. Please rename or delete the field.");
+    if (!ValueEquals(row.Value(field), value))
+        Raise(error_number::kOverflow, "The field \"" + column.Name + "\" holds whole numbers, and the value " +
+                                           ValueText(value) + " is none. Please rename or delete the field.");
 }
 
 }  // namespace
@@ -107,8 +114,12 @@ private:
     void Set(IFeature& row, int field, const FieldValue& value) const {
         if (Fills()) return row.SetValue(field, value);
         if (field < 0) return;
-        row.SetValue(field, value);
-        require_held(row, field, value, m_columns.at(static_cast<std::size_t>(field)));
+        try {
+            row.SetValue(field, value);
+            require_held(row, field, value, m_columns.at(static_cast<std::size_t>(field)));
+        } catch (const RuntimeError& error) {
+            throw Misfit{error.Description};
+        }
     }
 
     std::vector<Field> m_columns;
@@ -155,7 +166,10 @@ void OVIOBS::CalcObsFields() {
                                              .Choice = Buttons::kYesNo,
                                              .About = Topic::kAddFields});
         if (answer != Answer::kYes) return;
-        if (m_checksValuesFirst) TryValues();
+        if (const std::string misfit = m_checksValuesFirst ? TryValues() : ""; !misfit.empty()) {
+            messages.Show({.Text = misfit});
+            return;
+        }
         Addfields();
         CalcFeatures(getAndSelectAllFromActiveLayer());
     });
@@ -185,14 +199,22 @@ void OVIOBS::CalcFeatures(std::unique_ptr<IFeatureCursor> cursor) {
     });
 }
 
-/// Walks over the rows as CalcFeatures does, stores nothing and tells nothing but a value that does not fit.
-void OVIOBS::TryValues() {
+/// Walks over the rows as CalcFeatures does and stores nothing. The first value that does not fit, in a sentence, or
+/// ""; any other fault is left to the pass that stores.
+std::string OVIOBS::TryValues() {
     const auto features = SelectedClass();
     const ITable& table = features->Table();
     const bool isNew = std::none_of(kAddedFields.begin(), kAddedFields.end(),
                                     [&](const char* name) { return table.FindField(name) >= 0; });
-    if (isNew) return;
-    FillRows(*features->Find({}), ResultFields(table, ResultFields::Doing::kTry));
+    if (isNew) return {};
+    try {
+        FillRows(*features->Find({}), ResultFields(table, ResultFields::Doing::kTry));
+    } catch (const Misfit& misfit) {
+        return misfit.Text;
+    } catch (const RuntimeError&) {
+        return {};
+    }
+    return {};
 }
 
 /// Fills row after row; the message that ends the pass early, or "".

@@ -31,8 +31,8 @@ public:
     /// Empty (at first): all rows are one track.
     void SetAnimalField(std::string name) { m_animalField = std::move(name); }
 
-    /// Makes sure, before anything is written, that columns which stand already hold every value: else RuntimeError 6
-    /// or 13 is reported and nothing changes. Off at first: values become what the column makes of them.
+    /// Makes sure, before anything is written, that columns which stand already hold every value: else a box
+    /// names the first that does not fit, and nothing changes. Off at first: values become what the column makes of them.
     void SetChecksValuesFirst(bool value) { m_checksValuesFirst = value; }
 
     /// Checks the selected layer, asks, then adds the missing fields and fills all six.
@@ -63,7 +63,7 @@ private:
     std::string FillRows(platform::IFeatureCursor& cursor, const ResultFields& fields);
     std::string FillTrack(platform::IFeatureCursor& cursor, const ResultFields& fields);
     std::string FillTracks(platform::IFeatureCursor& cursor, const ResultFields& fields);
-    void TryValues();
+    std::string TryValues();
 
     platform::Services m_services;
     FrmPW m_pleaseWait;

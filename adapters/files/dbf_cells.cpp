@@ -46,7 +46,7 @@ std::optional<std::string> number_text(double value, std::size_t width, Format..
 std::optional<std::string> with_fewer_zeros(std::string text, std::size_t width) {
     const bool hasDecimals = text.find('.') != std::string::npos;
     while (hasDecimals && text.size() > width && text.back() == '0') text.pop_back();
-    if (hasDecimals && text.size() > width && text.back() == '.') text.pop_back();
+    if (text.back() == '.') text.pop_back();
     return text.size() > width ? std::nullopt : std::optional(text);
 }
 

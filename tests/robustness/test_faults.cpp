@@ -326,12 +326,12 @@ TEST_F(Faults, Of_a_table_of_statistics) {
 }
 
 TEST_F(Faults, Of_observation_fields) {
-    CountUp({.Call = {"obs-fields", Work / "fixes.shp", "--yes"}, .Changed = "fixes.shp"});
+    CountUp({.Call = {"obs-fields", Work / "fixes.shp", "--answer", "yes"}, .Changed = "fixes.shp"});
 }
 
 TEST_F(Faults, Of_observation_fields_in_a_geopackage) {
     MakeGeoPackage();
-    CountUp({.Call = {"obs-fields", Work / "fixes.gpkg", "--yes"},
+    CountUp({.Call = {"obs-fields", Work / "fixes.gpkg", "--answer", "yes"},
              .Changed = "fixes.gpkg",
              .Kinds = tests::kWritingCalls | tests::kRemovingCalls});
 }
@@ -339,12 +339,14 @@ TEST_F(Faults, Of_observation_fields_in_a_geopackage) {
 TEST_F(Faults, Of_duplicates_in_a_geopackage) {
     AddDuplicates();
     MakeGeoPackage();
-    CountUp({.Call = {"remove-duplicates", Work / "fixes.gpkg", "--by", "xy"}, .Changed = "fixes.gpkg"});
+    CountUp(
+        {.Call = {"remove-duplicates", Work / "fixes.gpkg", "--by", "xy", "--answer", "yes"}, .Changed = "fixes.gpkg"});
 }
 
 TEST_F(Faults, Of_duplicates) {
     AddDuplicates();
-    CountUp({.Call = {"remove-duplicates", Work / "fixes.shp", "--by", "time2"}, .Changed = "fixes.shp"});
+    CountUp({.Call = {"remove-duplicates", Work / "fixes.shp", "--by", "time2", "--answer", "yes"},
+             .Changed = "fixes.shp"});
 }
 
 }  // namespace

@@ -162,7 +162,7 @@ TEST_F(FullDisk, Leaves_no_half_import) {
 }
 
 TEST_F(FullDisk, Leaves_a_layer_readable_that_gets_observation_fields) {
-    FillUp({"obs-fields", Work / "fixes.shp", "--yes"}, true);
+    FillUp({"obs-fields", Work / "fixes.shp", "--answer", "yes"}, true);
 }
 
 TEST_F(FullDisk, Leaves_no_half_track) {
@@ -174,8 +174,8 @@ TEST_F(FullDisk, That_is_read_only_is_told_of_and_stays_as_it_is) {
     const tests::Snapshot before = tests::snapshot_of(Work);
     ASSERT_TRUE(m_disk.MakeReadOnly());
     for (const auto& call :
-         {Kde(), Isopleths(), Import(), std::vector<std::string>{"obs-fields", Work / "fixes.shp", "--yes"},
-          std::vector<std::string>{"remove-duplicates", Work / "fixes.shp", "--by", "xy"},
+         {Kde(), Isopleths(), Import(), std::vector<std::string>{"obs-fields", Work / "fixes.shp", "--answer", "yes"},
+          std::vector<std::string>{"remove-duplicates", Work / "fixes.shp", "--by", "xy", "--answer", "yes"},
           std::vector<std::string>{"track", Work / "fixes.shp", Work / "track.shp"},
           std::vector<std::string>{"stats", Work / "fixes.shp", "--id-field", "animal", "--csv", Work / "s.csv"}}) {
         const tests::FaultyRun run = Run(call);

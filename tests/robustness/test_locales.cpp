@@ -119,8 +119,8 @@ protected:
         calls.push_back({"isopleths", Work / "href_f/ki1", "--levels", "99.5,33.3", "--out", Work / "iso", "--name",
                          "i", "--lines", "--polygons", "--donuts"});
         calls.push_back({"track", layer, Work / "track.shp", "--where", "animal = 'ipek'", "--answer", "yes"});
-        calls.push_back({"remove-duplicates", layer, "--by", "xy"});
-        calls.push_back({"obs-fields", layer, "--yes"});
+        calls.push_back({"remove-duplicates", layer, "--by", "xy", "--answer", "yes"});
+        calls.push_back({"obs-fields", layer, "--answer", "yes"});
         return calls;
     }
 

@@ -57,8 +57,8 @@ protected:
         Expect(parts, {"info", "--id-field", "animal"}, expected);
         Expect(parts, {"kde", "--id-field", "animal", "--out", out + "/o", "--cell-size", "50", "--extent", "min"},
                expected);
-        Expect(parts, {"obs-fields", "--yes"}, expected);
-        Expect(parts, {"remove-duplicates", "--by", "time2"}, expected);
+        Expect(parts, {"obs-fields", "--answer", "yes"}, expected);
+        Expect(parts, {"remove-duplicates", "--by", "time2", "--answer", "yes"}, expected);
         Expect(parts, {"track", out + "/t.shp"}, expected);
     }
 
@@ -86,8 +86,8 @@ TEST_F(MalformedShapefile, The_good_one_is_read_by_every_command) {
     const fs::path file = m_folder.Path() / "case" / "l.shp";
     EXPECT_EQ(run_limited({"info", file}, m_folder.Path()).Code, 0);
     EXPECT_EQ(run_limited({"track", file, m_folder.Path() / "case" / "t.shp"}, m_folder.Path()).Code, 0);
-    EXPECT_EQ(run_limited({"remove-duplicates", file, "--by", "xy"}, m_folder.Path()).Code, 0);
-    EXPECT_EQ(run_limited({"obs-fields", file, "--yes"}, m_folder.Path()).Code, 0);
+    EXPECT_EQ(run_limited({"remove-duplicates", file, "--by", "xy", "--answer", "yes"}, m_folder.Path()).Code, 0);
+    EXPECT_EQ(run_limited({"obs-fields", file, "--answer", "yes"}, m_folder.Path()).Code, 0);
     EXPECT_EQ(run_limited({"kde", file, "--id-field", "animal", "--out", m_folder / "o", "--cell-size", "50",
                            "--extent", "min"},
                           m_folder.Path())

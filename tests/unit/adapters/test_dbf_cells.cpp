@@ -63,7 +63,7 @@ TEST(DbfCells, A_whole_number_stands_in_a_column_that_has_no_room_for_its_decima
     EXPECT_EQ(cell(column('N', 11, 2), 1234567891.0), " 1234567891");
     EXPECT_EQ(cell(column('N', 10, 2), 1234567891.0), "1234567891");
     EXPECT_EQ(cell(column('N', 10, 2), std::int64_t{1234567891}), "1234567891");
-    EXPECT_EQ(cell(column('N', 6, 3), 250.5), " 250.5");
+    EXPECT_EQ(cell(column('N', 6, 3), 250.5), "250.50");
     EXPECT_EQ(cell(column('N', 5, 3), -0.0001), "-0.00");
     EXPECT_EQ(cell(column('N', 4, 2), 1000.0), "1000");
 }

@@ -140,7 +140,9 @@ TEST(RemoveDuplicates, Killed_at_any_moment_it_leaves_the_table_as_it_was_or_as_
         ScratchFolder work;
         for (const std::string& name : names_in(folder.Path())) std::filesystem::copy_file(folder / name, work / name);
         const std::string layer = (work / "layer.shp").string();
-        const auto end = tests::RunAndKillAt(call, [&] { run_wxl({"remove-duplicates", layer, "--by", "time2"}); });
+        const auto end = tests::RunAndKillAt(call, [&] {
+            run_wxl({"remove-duplicates", layer, "--by", "time2", "--answer", "yes"});
+        });
         if (end == tests::ChildEnd::kCannotTrace) GTEST_SKIP() << "processes cannot be traced here";
         const std::vector<double> left = xs_of(layer);
         ASSERT_TRUE(left == before || left == after) << "killed at system call " << call;
