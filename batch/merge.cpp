@@ -40,7 +40,7 @@ kde_tool::GroupedFixes animals_of(const Plan& plan, const BatchFiles& batch) {
     fixes.TextIds = plan.Frame.TextIds;
     for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
         const PlannedAnimal& animal = plan.Animals[i];
-        fixes.Animals.push_back({animal.Id, animal.NamingId, points.Read(i), animal.Subfolder});
+        fixes.Animals.push_back({animal.Id, animal.NamingId, points.Read(i), animal.Subfolder, animal.StepsBack});
     }
     return fixes;
 }

@@ -24,6 +24,9 @@ public:
     std::string Name() const override { return m_name; }
     platform::RasterGeometry Geometry() const override { return m_geometry; }
 
+    /// As was made sure when the batch was planned.
+    bool LiesIn(const platform::SpatialReference&) const override { return true; }
+
 private:
     std::string m_name;
     platform::RasterGeometry m_geometry;
@@ -188,7 +191,8 @@ std::vector<InputFile> input_of(const Json& json) {
 Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
     Json json = Json::array();
     for (const PlannedAnimal& animal : animals)
-        json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder)});
+        json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder),
+                        animal.StepsBack});
     return json;
 }
 
@@ -196,7 +200,8 @@ Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
 std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefix) {
     std::vector<PlannedAnimal> animals;
     for (const Json& one : json) {
-        animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2))});
+        animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2)),
+                           one.size() > 3 ? whole_of(one.at(3), 0, INT64_MAX) : 0});
         platform::CheckDatasetName(prefix + animals.back().NamingId);
         if (!animals.back().Subfolder.empty()) platform::CheckDatasetName(animals.back().Subfolder);
     }

@@ -46,6 +46,7 @@ struct PlannedAnimal {
     platform::FieldValue Id;
     std::string NamingId;
     std::string Subfolder;
+    std::int64_t StepsBack = 0;  ///< as AnimalFixes::StepsBack
 };
 
 struct PlannedTask {

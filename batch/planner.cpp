@@ -173,7 +173,7 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
     plan.Id = id_of(plan, run.Frame.Folder);
     plan.Frame = run.Frame;
     for (const kde_tool::AnimalFixes& animal : run.Animals.Animals)
-        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder});
+        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack});
     check_names_are_free(services, plan, run.Frame.Folder);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;

@@ -210,7 +210,7 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const kde_too
         const std::size_t place = distribution / m_plan.ValueCount();
         if (place != present) {
             const PlannedAnimal& planned = m_plan.Animals.at(place);
-            animal = {planned.Id, planned.NamingId, points.Read(place), planned.Subfolder};
+            animal = {planned.Id, planned.NamingId, points.Read(place), planned.Subfolder, planned.StepsBack};
             present = place;
         }
         TaskEntry entry;

@@ -1,5 +1,6 @@
 #include "kde_tool/animal_fixes.h"
 
+#include "kde_tool/fix_times.h"
 #include "kde_tool/naming_ids.h"
 #include "platform/runtime_error.h"
 #include "utilities/animal_names.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -46,6 +48,12 @@ public:
         return m_animals[m_last];
     }
 
+    /// Time of the last fix of the animal that Of gave, to be replaced by that of the next.
+    std::optional<double>& LastTime() {
+        m_times.resize(m_animals.size());
+        return m_times[m_last];
+    }
+
     std::vector<AnimalFixes> Sorted() && {
         std::sort(m_animals.begin(), m_animals.end(),
                   [](const AnimalFixes& a, const AnimalFixes& b) { return platform::ValueLess(a.Id, b.Id); });
@@ -54,14 +62,17 @@ public:
 
 private:
     std::vector<AnimalFixes> m_animals;
+    std::vector<std::optional<double>> m_times;
     std::unordered_map<FieldValue, std::size_t, IdHash, IdEqual> m_places;
     std::size_t m_last = 0;  ///< rows of one animal mostly follow one another
 };
 
 std::unique_ptr<platform::IFeatureCursor> points_of(platform::IFeatureLayer& layer, platform::IFeatureClass& points,
-                                                    std::string_view idField, bool selectedOnly) {
+                                                    std::string_view idField, const std::string& timeField,
+                                                    bool selectedOnly) {
     platform::Search search;
     search.Fields = {std::string(idField)};
+    if (!timeField.empty()) search.Fields.push_back(timeField);
     if (!selectedOnly) return points.Find(search);
     const auto selection = layer.Selection();
     if (!selection) platform::Raise(platform::error_number::kObjectNotSet);
@@ -93,7 +104,8 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
     const auto fields = points->Table().Fields();
     result.TextIds = IsTextId(fields.at(static_cast<std::size_t>(field)).Type);
     Groups groups;
-    const auto cursor = points_of(layer, *points, idField, selectedOnly);
+    const FixTimes times(fields);
+    const auto cursor = points_of(layer, *points, idField, times.Field(), selectedOnly);
     while (const auto feature = cursor->NextFeature()) {
         const platform::Geometry shape = feature->Shape();
         const bool located = has_location(shape);
@@ -104,7 +116,13 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
             continue;
         }
         AnimalFixes& animal = groups.Of(std::move(id));
-        if (located) animal.Fixes.push_back(shape.Location);
+        if (!located) continue;
+        animal.Fixes.push_back(shape.Location);
+        const std::optional<double> time = times.Of(*feature);
+        if (!time) continue;
+        std::optional<double>& last = groups.LastTime();
+        if (last && *time < *last) ++animal.StepsBack;
+        last = time;
     }
     result.Animals = std::move(groups).Sorted();
     name_animals(result);

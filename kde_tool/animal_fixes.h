@@ -15,6 +15,7 @@ struct AnimalFixes {
     std::string NamingId;  ///< stands in the names of the animal's output
     std::vector<platform::Point> Fixes;
     std::string Subfolder = {};  ///< of the output folder, takes the animal's datasets; empty: the folder itself
+    std::int64_t StepsBack = 0;  ///< fixes earlier than the one before them, as far as a field of the layer tells
 };
 
 /// The points of a layer, grouped by animal.

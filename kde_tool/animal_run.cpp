@@ -3,6 +3,7 @@
 #include "engine/clsKernelCalculator.h"
 #include "isopleths/clsHISO.h"
 #include "kde_tool/bandwidth_doctor.h"
+#include "kde_tool/fix_times.h"
 #include "kde_tool/independence.h"
 #include "kde_tool/kernel_radius.h"
 #include "kde_tool/run_plan.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string>
 
 namespace wxl::kde_tool {
 namespace {
@@ -59,6 +61,11 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     return record;
 }
 
+void add_remark(AnimalRecord& record, const std::string& remark) {
+    if (remark.empty()) return;
+    record.Reason += (record.Reason.empty() ? "" : "; ") + remark;
+}
+
 }  // namespace
 
 std::filesystem::path output_folder(const RunFrame& frame, const std::string& subfolder) {
@@ -72,6 +79,7 @@ AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
     m_report.Write(animal_lines(record, m_frame.Inputs, m_frame.TextIds));
     if (m_frame.Inputs.Isopleths && raster) DrawIsopleths(raster, record);
     record.Reason = diagnosis(record);
+    if (record.Schoener) add_remark(record, order_remark(animal.StepsBack));
     m_report.Write(animal_end_lines(record));
     return record;
 }

@@ -93,7 +93,8 @@ std::vector<IndependenceRow> IndependenceRows(std::span<const AnimalFixes> anima
                         .NamingId = animal.NamingId,
                         .Count = std::ssize(animal.Fixes),
                         .Schoener = Schoener(animal.Fixes),
-                        .SwihartSlade = SwihartSlade(animal.Fixes)});
+                        .SwihartSlade = SwihartSlade(animal.Fixes),
+                        .StepsBack = animal.StepsBack});
     return rows;
 }
 

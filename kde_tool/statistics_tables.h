@@ -20,6 +20,7 @@ struct IndependenceRow {
     std::int64_t Count = 0;
     std::optional<double> Schoener;
     std::optional<double> SwihartSlade;
+    std::int64_t StepsBack = 0;  ///< as AnimalFixes::StepsBack
 };
 
 /// Spread of one animal's fixes in map units (divisor n - 1); Ratio is SdX / SdY.

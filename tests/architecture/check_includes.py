@@ -23,7 +23,7 @@ MAY_INCLUDE = {
     "tracking_times": {"platform"},
     "isopleths": {"platform", "utilities"},
     "comparison": {"platform", "engine", "isopleths"},
-    "kde_tool": {"platform", "engine", "pictures", "isopleths", "utilities"},
+    "kde_tool": {"platform", "engine", "pictures", "isopleths", "tracking_times", "utilities"},
     "batch": {"platform", "engine", "kde_tool"},
     "results_page": {"platform", "engine", "pictures", "kde_tool"},
     "movement": {"platform", "utilities"},

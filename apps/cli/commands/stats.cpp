@@ -3,6 +3,7 @@
 #include "apps/cli/json_values.h"
 #include "apps/cli/text_output.h"
 #include "apps/cli/tool_session.h"
+#include "kde_tool/fix_times.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -46,6 +47,12 @@ std::vector<StatsRow> press_form(const StatsOptions& options, Console& console) 
         platform::Raise(platform::error_number::kInvalidCall,
                         options.Points.Input + ": the statistics are not complete");
     return rows_of(form);
+}
+
+void tell_order(const std::vector<StatsRow>& rows, Console& console) {
+    for (const StatsRow& row : rows)
+        if (const std::string remark = kde_tool::order_remark(row.Independence.StepsBack); !remark.empty())
+            console.Problem(platform::ValueText(row.Independence.Id) + ": " + remark);
 }
 
 std::string text_of(const std::optional<double>& value) {
@@ -101,6 +108,7 @@ int run_stats(const StatsOptions& options, Console& console) {
     std::optional<TextOutput> csv;
     if (!options.Csv.empty()) csv.emplace(options.Csv, options.Overwrite);
     const std::vector<StatsRow> rows = press_form(options, console);
+    tell_order(rows, console);
     const TextTable table = table_of(rows);
     if (csv) csv->Write(csv_text(table));
     if (options.Json) {

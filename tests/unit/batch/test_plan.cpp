@@ -22,6 +22,7 @@ using testing::HasSubstr;
 struct NamedRaster final : platform::IRasterLayer {
     std::string Name() const override { return "dem"; }
     platform::RasterGeometry Geometry() const override { return {1.5, -2.5, 30.0, 12, 7}; }
+    bool LiesIn(const platform::SpatialReference&) const override { return true; }
 };
 
 struct PlanTest : testing::Test {
@@ -47,7 +48,7 @@ struct PlanTest : testing::Test {
         Made.Frame.Buffer = 116.55;
         Made.Frame.ReferenceRaster = std::make_shared<NamedRaster>();
         Made.Frame.Reference = {"UTM", "PROJCS[...]", "metre", 1.0, false};
-        Made.Animals = {{std::int64_t{3}, "3", ""}, {std::string("x"), "7", "animals_2-2"}};
+        Made.Animals = {{std::int64_t{3}, "3", "", 5}, {std::string("x"), "7", "animals_2-2"}};
         Made.Tasks = {{{0, 2, 3}, 1.5, 2.5}, {{1}, 9.0, 1.0}};
         Made.ReportHead = {"WXL KERNEL DENSITY ANALYSIS", ""};
     }
@@ -89,6 +90,7 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     ASSERT_EQ(plan.Animals.size(), 2U);
     EXPECT_EQ(plan.Animals[0].Id, platform::FieldValue(std::int64_t{3}));
     EXPECT_EQ(plan.Animals[1].Subfolder, "animals_2-2");
+    EXPECT_EQ(plan.Animals[0].StepsBack, 5);
     ASSERT_EQ(plan.Tasks.size(), 2U);
     EXPECT_THAT(plan.Tasks[0].Work, ElementsAre(0U, 2U, 3U));
     EXPECT_EQ(plan.Tasks[1].Seconds, 9.0);

@@ -541,6 +541,52 @@ TEST_F(KdeCommand, A_reference_raster_gives_extent_and_cells) {
         run_wxl({"kde", Points, "--id-field", "animal", "--out", other, "--extent", "ref:" + Out + "/absent"}).Code, 1);
 }
 
+TEST_F(KdeCommand, A_reference_raster_in_another_coordinate_system_is_refused) {
+    Import("south", "a,x,y\n3,1000,500\n3,1200,500\n3,1000,700\n3,1200,700\n", "EPSG:32733");
+    const std::string there = Folder / "there";
+    ASSERT_EQ(run_wxl({"kde", Folder / "south.shp", "--id-field", "animal", "--out", there, "--cell-size", "40",
+                       "--extent", "full:500"})
+                  .Code,
+              0);
+    const Ran ran = Kde({"--extent", "ref:" + there + "/1", "--bandwidth", "80"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(
+        ran.Err,
+        StartsWith(
+            "Error: the reference layer 1 is in another coordinate system than the points (WGS 84 / UTM zone 33N). "
+            "Please choose a raster in that system, or reproject it.\n"));
+    EXPECT_FALSE(Stands("1"));
+    const Ran planned = Kde({"--extent", "ref:" + there + "/1", "--bandwidth", "80", "--dry-run"});
+    EXPECT_EQ(planned.Code, 1);
+    EXPECT_EQ(
+        planned.Err,
+        "wxl: the reference layer 1 is in another coordinate system than the points (WGS 84 / UTM zone 33N): choose a "
+        "raster in that system, or reproject it\n");
+}
+
+TEST_F(KdeCommand, Rows_out_of_the_order_of_time_are_told) {
+    const std::string points = Folder / "points.geojson";
+    std::ofstream(points)
+        << R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"urn:ogc:def:crs:EPSG::32633"}},)"
+           R"("features":[)"
+           R"({"type":"Feature","properties":{"a":"w","Time2":3},"geometry":{"type":"Point","coordinates":[0,0]}},)"
+           R"({"type":"Feature","properties":{"a":"w","Time2":1},"geometry":{"type":"Point","coordinates":[200,0]}},)"
+           R"({"type":"Feature","properties":{"a":"w","Time2":2},"geometry":{"type":"Point","coordinates":[0,200]}}]})";
+    const std::string told =
+        "1 fix is earlier than the one before: the "
+        "indices of independence take the rows as they stand, so sort them by time";
+    const auto kde = [&](std::vector<std::string> more) {
+        std::vector<std::string> call = {"kde",   points, "--id-field",  "a",  "--cell-size", "20", "--extent", "min",
+                                         "--out", Out,    "--isopleths", "50", "--lines",     "-q"};
+        call.insert(call.end(), more.begin(), more.end());
+        return run_wxl(call);
+    };
+    const Ran ran = kde({"--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(json::parse(ran.Out)["animals"][0]["reason"], told);
+    EXPECT_THAT(ran.Err, HasSubstr("w: " + told + "\n"));
+}
+
 // The cell is as wide as those of the raster, the corner and the counts are the raster's own.
 TEST_F(KdeCommand, A_reference_raster_may_have_oblong_cells_which_isopleths_refuse) {
     files::RegisterGdal();

@@ -37,6 +37,24 @@ TEST(Stats, Table_of_a_square_and_a_loner) {
         "            N/A\n");
 }
 
+TEST(Stats, Rows_that_are_not_in_the_order_of_time_are_told) {
+    ScratchFolder folder;
+    const std::string layer = write_file(
+        folder, "fixes.geojson",
+        R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"urn:ogc:def:crs:EPSG::32633"}},)"
+        R"("features":[)"
+        R"({"type":"Feature","properties":{"animal":"a","Time2":3},"geometry":{"type":"Point","coordinates":[0,0]}},)"
+        R"({"type":"Feature","properties":{"animal":"a","Time2":1},"geometry":{"type":"Point","coordinates":[2,0]}},)"
+        R"({"type":"Feature","properties":{"animal":"b","Time2":0},"geometry":{"type":"Point","coordinates":[5,5]}},)"
+        R"({"type":"Feature","properties":{"animal":"a","Time2":2},"geometry":{"type":"Point","coordinates":[0,2]}},)"
+        R"({"type":"Feature","properties":{"animal":"a","Time2":1},"geometry":{"type":"Point","coordinates":[2,2]}}]})");
+    const Ran ran = run_wxl({"stats", layer, "--id-field", "animal", "-q"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              "a: 2 fixes are earlier than the one before: the indices of independence take the rows as they stand, so "
+              "sort them by time\n");
+}
+
 TEST(Stats, Json_has_null_where_not_defined) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kSquare + kLoner);

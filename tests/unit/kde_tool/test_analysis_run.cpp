@@ -606,6 +606,30 @@ TEST_F(AnalysisRunTest, A_reference_raster_gives_extent_and_cells) {
     EXPECT_THAT(Report(), HasSubstr("Raster cell size: \r\n"));
 }
 
+platform::SpatialReference reference_named(const char* name) {
+    platform::SpatialReference reference;
+    reference.Name = name;
+    return reference;
+}
+
+TEST_F(AnalysisRunTest, A_reference_raster_in_another_coordinate_system_is_refused_before_anything_is_written) {
+    Points = std::make_shared<memory::MemoryFeatureClass>(
+        platform::ShapeType::kPoint, static_cast<platform::IFeatureClass&>(*Points).Table().Fields(),
+        reference_named("UTM"));
+    Layer = std::make_shared<memory::MemoryFeatureLayer>("bears", Points);
+    AddTwoAnimals();
+    Application->Doc().Map().AddLayer(memory::layer_of(std::make_shared<memory::MemoryRasterLayer>(
+        "study area", platform::RasterGeometry{500.0, 100.0, 40.0, 45, 30}, reference_named("Lambert"))));
+    Open();
+    Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
+    ASSERT_TRUE(Form->cmbExtRef.Select("study area"));
+    Run();
+    EXPECT_EQ(Form->LastRun(), RunOutcome::kRefused);
+    EXPECT_THAT(Messages.Boxes().back().Text,
+                HasSubstr("Error: the reference layer study area is in another coordinate system than the points ("));
+    EXPECT_TRUE(Keeper.Records.empty());
+}
+
 TEST_F(AnalysisRunTest, A_reference_whose_name_another_layer_has_first_is_refused) {
     AddTwoAnimals();
     Open();

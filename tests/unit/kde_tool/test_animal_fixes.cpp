@@ -53,6 +53,56 @@ TEST(GroupFixes, Groups_by_animal_ascending_with_fixes_in_layer_order) {
     EXPECT_EQ(fixes.WithoutId, 0);
 }
 
+/// A layer of the animal 1 with one field of times.
+std::shared_ptr<MemoryFeatureLayer> timed_layer(const std::string& field, FieldType type,
+                                                const std::vector<FieldValue>& times) {
+    auto layer = std::make_shared<MemoryFeatureLayer>(
+        "fixes",
+        std::make_shared<MemoryFeatureClass>(
+            platform::ShapeType::kPoint,
+            std::vector<platform::Field>{{.Name = "ID", .Type = FieldType::kInteger}, {.Name = field, .Type = type}}));
+    for (const FieldValue& time : times) layer->Features().AddPoint(0, 0, {std::int64_t{1}, time});
+    return layer;
+}
+
+std::int64_t steps_back(const std::string& field, FieldType type, const std::vector<FieldValue>& times) {
+    return GroupFixes(*timed_layer(field, type, times), "ID", false).Animals.at(0).StepsBack;
+}
+
+TEST(GroupFixes, Fixes_earlier_than_the_one_before_are_counted_for_each_animal) {
+    const auto layer = std::make_shared<MemoryFeatureLayer>(
+        "fixes",
+        std::make_shared<MemoryFeatureClass>(
+            platform::ShapeType::kPoint, std::vector<platform::Field>{{.Name = "ID", .Type = FieldType::kInteger},
+                                                                      {.Name = "Time2", .Type = FieldType::kDouble}}));
+    auto& points = layer->Features();
+    // Animal 1 at 10, 20, 20, 15, 30; animal 2 at 5, 1, 0, between them.
+    points.AddPoint(0, 0, {std::int64_t{1}, 10.0});
+    points.AddPoint(0, 0, {std::int64_t{2}, 5.0});
+    points.AddPoint(0, 0, {std::int64_t{1}, 20.0});
+    points.AddPoint(0, 0, {std::int64_t{2}, 1.0});
+    points.AddPoint(0, 0, {std::int64_t{1}, 20.0});
+    points.AddPoint(0, 0, {std::int64_t{1}, 15.0});
+    points.AddPoint(0, 0, {std::int64_t{2}, 0.0});
+    points.AddPoint(0, 0, {std::int64_t{1}, 30.0});
+    const GroupedFixes fixes = GroupFixes(*layer, "ID", false);
+    EXPECT_EQ(fixes.Animals.at(0).StepsBack, 1);
+    EXPECT_EQ(fixes.Animals.at(1).StepsBack, 2);
+}
+
+TEST(GroupFixes, Times_are_read_from_numbers_dates_and_timestamps) {
+    const FieldValue missing;
+    EXPECT_EQ(steps_back("TIME2", FieldType::kInteger, {std::int64_t{2}, missing, std::int64_t{1}}), 1);
+    EXPECT_EQ(steps_back("when", FieldType::kDate, {"2018/05/09 14:00:00", "2018/05/09 13:59:59"}), 1);
+    EXPECT_EQ(steps_back("when", FieldType::kDate, {"2018/05/09 14:00:00+02", "2018/05/09 13:00:00+00"}), 0);
+    EXPECT_EQ(steps_back("Timestamp", FieldType::kText, {"2018-05-09T14:00:00Z", "9.5.2018 13:59"}), 1);
+    EXPECT_EQ(steps_back("Timestamp", FieldType::kText, {"soon", "2018-05-09", "later", "2018-05-10"}), 0);
+    // Times of day say nothing of two days, and other fields nothing of time.
+    EXPECT_EQ(steps_back("Time1", FieldType::kDate, {"23:00:00", "01:00:00"}), 0);
+    EXPECT_EQ(steps_back("note", FieldType::kText, {"2018-05-10", "2018-05-09"}), 0);
+    EXPECT_EQ(steps_back("number", FieldType::kDouble, {2.0, 1.0}), 0);
+}
+
 TEST(GroupFixes, Text_ids_get_naming_ids_in_the_order_of_their_bytes) {
     const auto layer = point_layer(FieldType::kText);
     for (const char* id : {"wolf", "O'Malley", "12", "Wolf", "\xC3\x84sop"}) layer->Features().AddPoint(0, 0, {id});
