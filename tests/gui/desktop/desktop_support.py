@@ -112,6 +112,9 @@ def drive(main):
             answering.timeout.connect(answer_boxes)
             answering.start(100)
             QTimer.singleShot(120000, give_up)
+            # The same window in every version, without what QGIS says of itself over the map.
+            iface.mainWindow().resize(1030, 720)
+            iface.messageBar().clearWidgets()
             main()
             finish(0)
         except Exception:
