@@ -1,5 +1,6 @@
 #include "apps/cli/commands.h"
 
+#include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/batch.h"
 #include "apps/cli/commands/import.h"
@@ -63,6 +64,8 @@ std::vector<Command> register_commands(CLI::App& program) {
     add(commands, program, "bandwidth", "Find the bandwidth of every animal", register_bandwidth, run_bandwidth);
     add(commands, program, "stats", "Tell how independent and how spread every animal's fixes are", register_stats,
         run_stats);
+    add(commands, program, "akde", "Estimate home ranges of fixes that depend on each other, with limits",
+        register_akde, run_akde);
     add(commands, program, "models", "Tell how fixes depend on each other: movement models and effective sample size",
         register_models, run_models);
     add(commands, program, "isopleths", "Draw isopleths of a density raster", register_isopleths, run_isopleths);

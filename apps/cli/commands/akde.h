@@ -1,0 +1,28 @@
+#pragma once
+#include "apps/cli/movement_fit.h"
+
+#include <optional>
+
+namespace wxl::cli {
+
+/// wxl akde: home ranges of autocorrelated fixes.
+struct AkdeOptions {
+    TimedInputOptions Input;
+    FitOptions Fit;
+    std::string Out;
+    std::string Prefix;
+    std::optional<double> CellSize;  ///< map units; nothing: each animal's own
+    double Scaling = 1e6;
+    std::string Extent = "min";  ///< "min", "ref:RASTER"
+    std::string RasterFormat = "GRID";
+    std::string Isopleths = "95,50";
+    std::string Weights = "uniform";  ///< "uniform", "optimal"
+    bool Lines = false;
+    bool Overwrite = false;
+    bool Json = false;
+};
+
+void register_akde(CLI::App& command, AkdeOptions& options);
+int run_akde(const AkdeOptions& options, Console& console);
+
+}  // namespace wxl::cli
