@@ -288,6 +288,15 @@ void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Pla
                 {"report_head", json_of_texts(plan.ReportHead)}});
 }
 
+void refuse_links(const platform::IFolders& folders, const Plan& plan) {
+    const BatchFiles batch(plan.Frame.Folder);
+    for (const auto& folder : {batch.Folder, batch.Tasks(), batch.Logs()}) platform::RefuseLink(folders, folder);
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) platform::RefuseLink(folders, batch.Task(task));
+    std::string last;
+    for (const PlannedAnimal& animal : plan.Animals)
+        if (animal.Subfolder != last) platform::RefuseLink(folders, plan.Frame.Folder / (last = animal.Subfolder));
+}
+
 Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output) {
     const BatchFiles batch(output);
     if (!files.FileExists(batch.Plan()))

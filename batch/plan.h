@@ -77,4 +77,8 @@ void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Pla
 /// one that cannot be used, or that another version of the program wrote.
 Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output);
 
+/// RuntimeError 70 when a link stands where the batch or its animals have a folder in the output folder, so that what
+/// is written there would go elsewhere.
+void refuse_links(const platform::IFolders& folders, const Plan& plan);
+
 }  // namespace wxl::batch

@@ -4,6 +4,7 @@
 #include "batch/sha256.h"
 #include "kde_tool/run_estimate.h"
 #include "kde_tool/run_plan.h"
+#include "kde_tool/standing_outputs.h"
 #include "kde_tool/subfolders.h"
 #include "platform/runtime_error.h"
 
@@ -80,24 +81,18 @@ std::string id_of(const Plan& plan, const fs::path& folder) {
 }
 
 /// A task may replace what it wrote before, and nothing else: nothing of these names may stand when the batch begins.
-void check_names_are_free(const platform::Services& services, const Plan& plan, const fs::path& output) {
-    for (std::size_t distribution = 0; distribution < plan.DistributionCount(); ++distribution) {
-        const PlannedAnimal& animal = plan.Animals[distribution / plan.ValueCount()];
-        const fs::path folder = animal.Subfolder.empty() ? output : output / animal.Subfolder;
-        const auto names = names_of(plan, distribution);
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            const bool taken = i == 0 ? services.Rasters->Exists(folder, names[i])
-                                      : services.Files->FileExists(folder / (names[i] + ".shp"));
-            if (taken)
-                platform::Raise(platform::error_number::kFileExists,
-                                (folder / names[i]).string() +
-                                    " stands in the output folder already. Please use a new, empty folder.");
-        }
-    }
+void check_names_are_free(const platform::Services& services, const kde_tool::PreparedRun& run) {
+    const kde_tool::RunFrame& frame = run.Frame;
+    const auto standing = kde_tool::standing_outputs(
+        *services.Files, frame.Inputs, {frame.Folder, frame.RasterFormat, frame.Values.size()}, run.Animals.Animals);
+    if (!standing.empty())
+        platform::Raise(platform::error_number::kFileExists,
+                        standing.front().front().string() +
+                            " stands in the output folder already. Please use a new, empty folder.");
 }
 
 void make_folder(const platform::Services& services, const fs::path& folder) {
-    if (!services.Files->FolderExists(folder)) services.Folders->Create(folder);
+    platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
 }
 
 void make_folders(const platform::Services& services, const BatchFiles& batch, const kde_tool::PreparedRun& run) {
@@ -159,6 +154,8 @@ std::vector<std::string> names_of(const Plan& plan, std::size_t distribution) {
 
 void remove_batch(const platform::Services& services, const fs::path& output) {
     const BatchFiles batch(output);
+    // What a link of that name leads to is no batch of this folder.
+    if (services.Folders->IsLink(batch.Folder)) return services.Files->DeleteFile(batch.Folder, true);
     // Without its plan the rest is no batch any more.
     if (services.Files->FileExists(batch.Plan())) services.Files->DeleteFile(batch.Plan(), true);
     if (services.Files->FolderExists(batch.Folder)) services.Folders->DeleteTree(batch.Folder);
@@ -174,7 +171,7 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
     plan.Frame = run.Frame;
     for (const kde_tool::AnimalFixes& animal : run.Animals.Animals)
         plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack});
-    check_names_are_free(services, plan, run.Frame.Folder);
+    check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;
     remove_batch(services, run.Frame.Folder);

@@ -4,6 +4,7 @@
 #include "batch/point_store.h"
 #include "batch/task_state.h"
 #include "platform/clock.h"
+#include "platform/dataset_files.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -109,13 +110,7 @@ TaskOutcome TaskRun::Run(std::size_t number, bool again,
         platform::Raise(
             platform::error_number::kSubscript,
             "the batch has the tasks 1 to " + std::to_string(m_plan.Tasks.size()) + ", not " + std::to_string(number));
-    if (!m_services.Files->FolderExists(m_batch.Task(number))) {
-        try {
-            m_services.Folders->Create(m_batch.Task(number));
-        } catch (const platform::RuntimeError&) {
-            if (!m_services.Files->FolderExists(m_batch.Task(number))) throw;
-        }
-    }
+    platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, m_batch.Task(number));
     const auto own = lock_task(*m_services.Locks, m_batch.Task(number), number);
     const auto shared = share_folder(*m_services.Locks, m_plan.Frame.Folder);
     if (!again && IsDone(number)) return TaskOutcome::kWasDone;
@@ -155,25 +150,31 @@ void TaskRun::Clear(std::size_t number) {
 }
 
 void TaskRun::CheckNothingStands(std::size_t number) const {
+    std::map<fs::path, platform::FolderContents> folders;
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
-        const std::string raster = names_of(m_plan, distribution).front();
-        if (m_services.Rasters->Exists(FolderOf(distribution), raster))
+        const fs::path folder = FolderOf(distribution);
+        const auto& contents = folders.try_emplace(folder, *m_services.Files, folder).first->second;
+        const auto names = names_of(m_plan, distribution);
+        auto standing = contents.Raster(names.front(), m_plan.Frame.RasterFormat);
+        for (std::size_t i = 1; i < names.size() && standing.empty(); ++i) standing = contents.Shapefile(names[i]);
+        if (!standing.empty())
             platform::Raise(platform::error_number::kFileExists,
-                            (FolderOf(distribution) / raster).string() +
-                                " was made by another program since the batch was planned");
+                            standing.front().string() + " was made by another program since the batch was planned");
     }
 }
 
 void TaskRun::RemoveOwnDatasets(std::size_t number) {
     platform::IFileSystem& files = *m_services.Files;
     std::map<fs::path, std::set<std::string>> names;
+    std::map<fs::path, platform::FolderContents> folders;
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
         const fs::path folder = FolderOf(distribution);
+        const auto& contents = folders.try_emplace(folder, files, folder).first->second;
         const auto own = names_of(m_plan, distribution);
         names[folder].insert(own.begin(), own.end());
         for (std::size_t i = 0; i < own.size(); ++i) {
             if (i == 0 && m_services.Rasters->Exists(folder, own[i])) m_services.Rasters->Delete(folder, own[i]);
-            if (i > 0 && files.FileExists(folder / (own[i] + ".shp"))) m_services.Shapefiles->Delete(folder, own[i]);
+            if (i > 0 && !contents.Shapefile(own[i]).empty()) m_services.Shapefiles->Delete(folder, own[i]);
         }
     }
     for (const auto& [folder, own] : names)

@@ -87,13 +87,7 @@ AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
 /// Another process may be making the same folder.
 void AnimalRun::MakeSubfolder(const std::string& subfolder) const {
     if (subfolder.empty()) return;
-    const std::filesystem::path folder = output_folder(m_frame, subfolder);
-    if (m_services.Files->FolderExists(folder)) return;
-    try {
-        m_services.Folders->Create(folder);
-    } catch (const platform::RuntimeError&) {
-        if (!m_services.Files->FolderExists(folder)) throw;
-    }
+    platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, output_folder(m_frame, subfolder));
 }
 
 std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalFixes& animal, std::size_t index,

@@ -3,6 +3,7 @@
 #include "kde_tool/boxes.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/run_plan.h"
+#include "kde_tool/standing_outputs.h"
 #include "kde_tool/subfolders.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -42,6 +43,10 @@ std::vector<TableRow> report_rows(const platform::DataGrid& table, std::size_t k
 bool is_taken(const platform::Services& services, const std::filesystem::path& place, const std::string& name) {
     return services.Rasters->Exists(place, name) || services.Files->FolderExists(place / name) ||
            services.Files->FileExists(place / name);
+}
+
+bool holds(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 std::string shown_name(const AnimalFixes& animal, const std::string& name) {
@@ -111,20 +116,26 @@ std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, con
     return raster;
 }
 
-std::vector<std::string> taken_names(const platform::Services& services, const std::filesystem::path& folder,
+std::vector<std::string> taken_names(const platform::Services& services, const OutputPlace& place,
                                      const RunInputs& inputs, std::span<const AnimalFixes> animals) {
-    const std::size_t count = bandwidth_values(inputs).size();
+    const std::size_t count = place.Values;
     std::vector<std::string> taken;
     for (const AnimalFixes& animal : animals) {
-        const std::filesystem::path place = animal.Subfolder.empty() ? folder : folder / animal.Subfolder;
+        const std::filesystem::path folder = animal.Subfolder.empty() ? place.Folder : place.Folder / animal.Subfolder;
         const std::string plain = inputs.Prefix + animal.NamingId;
-        const bool conflict = services.Rasters->Exists(place, plain);
+        const bool conflict = services.Rasters->Exists(folder, plain);
         if (conflict) taken.push_back(shown_name(animal, plain));
         for (std::size_t number = 1; number <= count; ++number) {
             const std::string name = raster_name(inputs, animal.NamingId, number, count);
-            if (!(conflict && name == plain) && is_taken(services, place, name))
+            if (!(conflict && name == plain) && is_taken(services, folder, name))
                 taken.push_back(shown_name(animal, name));
         }
+    }
+    // Of other datasets, and of lone side files, the run would learn when it comes to write them.
+    for (const auto& dataset : standing_outputs(*services.Files, inputs, place, animals)) {
+        const std::filesystem::path name = dataset.front().lexically_relative(place.Folder);
+        if (!holds(taken, name.string()) && !holds(taken, (name.parent_path() / name.stem()).string()))
+            taken.push_back(name.string());
     }
     return taken;
 }
@@ -236,6 +247,8 @@ bool RunPreparation::TakeFolder() {
                ". Please wait until it has finished, or choose another folder.");
         return false;
     }
+    for (const std::string& subfolder : subfolders_of(m_animals.Animals))
+        platform::RefuseLink(*m_services.Folders, m_frame.Folder / subfolder);
     m_lock->RemoveLeftovers({});
     for (const std::string& subfolder : subfolders_of(m_animals.Animals)) m_lock->RemoveLeftovers(subfolder);
     return true;
@@ -259,7 +272,8 @@ bool RunPreparation::NamesAreFree() {
         return false;
     }
     // The numbered names of a list as well: met during the run, they would end it and cost the report of the first.
-    const auto taken = taken_names(m_services, m_frame.Folder, m_frame.Inputs, m_animals.Animals);
+    const auto taken = taken_names(m_services, {m_frame.Folder, m_frame.RasterFormat, m_frame.Values.size()},
+                                   m_frame.Inputs, m_animals.Animals);
     if (!taken.empty())
         Refuse("Error: the output folder already holds " + taken.front() +
                    ". You should use a new, empty folder for the output of this tool.",

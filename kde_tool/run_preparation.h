@@ -2,6 +2,7 @@
 #include "kde_tool/animal_fixes.h"
 #include "kde_tool/animal_run.h"
 #include "kde_tool/report_writer.h"
+#include "kde_tool/standing_outputs.h"
 #include "platform/folder_lock.h"
 
 #include <filesystem>
@@ -28,10 +29,9 @@ RunInputs inputs_of(const frmKDE& form);
 /// The raster layer of this name. RuntimeError 91 where the map's first layer of the name is none.
 std::shared_ptr<platform::IRasterLayer> reference_raster(const frmKDE& form, const std::string& name);
 
-/// Rasters in the output folder that keep a run from starting, each with its sub-folder before it: those named prefix
-/// and naming ID, and whatever stands under a name that the run is to give. RuntimeError 13 for a malformed list of
-/// bandwidths or proportions.
-std::vector<std::string> taken_names(const platform::Services& services, const std::filesystem::path& folder,
+/// What in the output folder keeps a run from starting, each with its sub-folder before it: rasters named prefix and
+/// naming ID, and whatever stands under a name that the run is to give, lone side files among them.
+std::vector<std::string> taken_names(const platform::Services& services, const OutputPlace& place,
                                      const RunInputs& inputs, std::span<const AnimalFixes> animals);
 
 /// What a run decides once, before its first animal: checks, grouping, names, the head of the report, the settings

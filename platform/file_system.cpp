@@ -49,6 +49,23 @@ void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::str
     }
 }
 
+void RefuseLink(const IFolders& folders, const std::filesystem::path& folder) {
+    if (folders.IsLink(folder))
+        Raise(error_number::kPermissionDenied,
+              folder.string() + " is a link, and nothing is written through links: delete it");
+}
+
+void MakeOwnFolder(const IFileSystem& files, IFolders& folders, const std::filesystem::path& folder) {
+    RefuseLink(folders, folder);
+    if (files.FolderExists(folder)) return;
+    try {
+        folders.Create(folder);
+    } catch (const RuntimeError&) {
+        RefuseLink(folders, folder);
+        if (!files.FolderExists(folder)) throw;
+    }
+}
+
 void CheckDatasetName(std::string_view name) {
     const auto refuse = [&](const std::string& reason) {
         Raise(error_number::kInvalidCall,

@@ -60,6 +60,9 @@ public:
     /// Makes one folder; RuntimeError 58 when the name is taken, 76 when its parent is missing.
     virtual void Create(const std::filesystem::path& folder) = 0;
 
+    /// Whether a link stands under that name, wherever it leads.
+    virtual bool IsLink(const std::filesystem::path& folder) const = 0;
+
     /// Deletes a folder and all in it; links in it are deleted, not followed.
     virtual void DeleteTree(const std::filesystem::path& folder) = 0;
 
@@ -84,6 +87,12 @@ bool IsTemporaryName(std::string_view name);
 
 /// Writes a whole file under a temporary name, closes it with the close checked, and renames it into place.
 void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::string_view bytes);
+
+/// RuntimeError 70 when a link stands at `folder`: what is written below an output folder must not leave it.
+void RefuseLink(const IFolders& folders, const std::filesystem::path& folder);
+
+/// Makes the folder unless it is there, be it by another process at this moment; RuntimeError as RefuseLink.
+void MakeOwnFolder(const IFileSystem& files, IFolders& folders, const std::filesystem::path& folder);
 
 /// Refuses names of datasets that could leave their folder or mean several files: empty, separators, "..", wildcards,
 /// control characters, reserved device names, more than 200 bytes, bytes that are no UTF-8. RuntimeError 5 with the

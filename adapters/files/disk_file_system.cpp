@@ -71,6 +71,11 @@ std::vector<std::string> names_in(DIR* folder, const std::filesystem::path& path
     return names;
 }
 
+[[noreturn]] void raise_special(const std::filesystem::path& file) {
+    platform::Raise(error_number::kPermissionDenied,
+                    file.string() + " is a pipe or a device and no file: choose another name");
+}
+
 bool refused(int code) {
     return code == EACCES || code == EPERM;
 }
@@ -141,6 +146,14 @@ std::filesystem::path find_from(const std::filesystem::path& parent, const std::
 
 }  // namespace
 
+void CheckReplaceable(const std::filesystem::path& file) {
+    const auto standing = entry_at(file);
+    if (!standing || S_ISREG(standing->st_mode) || S_ISDIR(standing->st_mode)) return;
+    if (!S_ISLNK(standing->st_mode)) raise_special(file);
+    platform::Raise(error_number::kPermissionDenied,
+                    file.string() + " is a link, and nothing is written through links: delete it");
+}
+
 bool DiskFileSystem::FileExists(const std::filesystem::path& file) const {
     const auto target = target_of(file);
     return target && !S_ISDIR(target->st_mode);
@@ -152,7 +165,8 @@ bool DiskFileSystem::FolderExists(const std::filesystem::path& folder) const {
 }
 
 std::string DiskFileSystem::ReadFile(const std::filesystem::path& file, std::uint64_t limit) const {
-    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    // A pipe would make its reader wait for a writer.
+    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (descriptor.Value() < 0) RaiseErrno(errno, file);
     const auto check = [&](std::uint64_t size) {
         if (size > limit)
@@ -160,8 +174,10 @@ std::string DiskFileSystem::ReadFile(const std::filesystem::path& file, std::uin
                                                          " bytes that can be read: " + file.string());
     };
     struct stat entry {};
-    if (::fstat(descriptor.Value(), &entry) == 0 && S_ISREG(entry.st_mode))
-        check(static_cast<std::uint64_t>(entry.st_size));
+    if (::fstat(descriptor.Value(), &entry) != 0) RaiseErrno(errno, file);
+    // A folder is told by the reading of it.
+    if (!S_ISREG(entry.st_mode) && !S_ISDIR(entry.st_mode)) raise_special(file);
+    if (S_ISREG(entry.st_mode)) check(static_cast<std::uint64_t>(entry.st_size));
     std::string bytes;
     std::array<char, 65536> piece{};
     while (true) {
@@ -187,6 +203,7 @@ void DiskFileSystem::Rename(const std::filesystem::path& from, const std::filesy
     const bool unsupported = isFolder && (errno == EINVAL || errno == ENOSYS);
     if (isFolder && !unsupported) RaiseErrno(errno, to);
     if (isFolder && entry_at(to)) RaiseErrno(EEXIST, to);
+    if (!isFolder) CheckReplaceable(to);
     if (::rename(from.c_str(), to.c_str()) != 0) RaiseErrno(errno == EISDIR ? EEXIST : errno, to);
 }
 
@@ -194,6 +211,7 @@ void DiskFileSystem::DeleteFile(const std::filesystem::path& file, bool forced) 
     const auto entry = entry_at(file);
     if (!entry) RaiseErrno(errno, file);
     if (S_ISDIR(entry->st_mode)) RaiseErrno(ENOENT, file);
+    if (!S_ISLNK(entry->st_mode)) CheckReplaceable(file);
     const bool readOnly = S_ISREG(entry->st_mode) && (entry->st_mode & S_IWUSR) == 0;
     if (readOnly && !forced) RaiseErrno(EACCES, file);
     if (::unlink(file.c_str()) == 0) return;
@@ -218,6 +236,11 @@ void DiskFolders::Create(const std::filesystem::path& folder) {
         platform::Raise(error_number::kPathNotFound,
                         platform::DescriptionOf(error_number::kPathNotFound) + ": " + folder.string());
     RaiseErrno(code, folder);
+}
+
+bool DiskFolders::IsLink(const std::filesystem::path& folder) const {
+    const auto entry = entry_at(folder.has_filename() ? folder : folder.parent_path());
+    return entry && S_ISLNK(entry->st_mode);
 }
 
 void DiskFolders::DeleteTree(const std::filesystem::path& folder) {

@@ -3,6 +3,10 @@
 
 namespace wxl::files {
 
+/// RuntimeError 70 when what stands at `file` is no regular file that a new one may replace: a link, a pipe, a device.
+/// A folder is met by the replacing itself.
+void CheckReplaceable(const std::filesystem::path& file);
+
 /// Files of this machine. Numbers of failures: 53 no such file, 76 no such folder, 58 name taken, 61 disk or quota
 /// full, 70 refused by the system, 57 anything else; the path stands in the description.
 class DiskFileSystem final : public platform::IFileSystem {
@@ -13,10 +17,11 @@ public:
     std::unique_ptr<platform::IOutputFile> OpenForWriting(const std::filesystem::path& file,
                                                           platform::WriteMode mode) override;
 
-    /// RuntimeError 58 when a folder would replace anything, or a file a folder.
+    /// RuntimeError 58 when a folder would replace anything, or a file a folder; 70 as CheckReplaceable.
     void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
 
-    /// RuntimeError 70 for a read-only file unless `forced`; a link is deleted, not what it points to.
+    /// RuntimeError 70 for a read-only file unless `forced`, and for a pipe or a device always; a link is deleted, not
+    /// what it points to.
     void DeleteFile(const std::filesystem::path& file, bool forced) override;
     std::vector<std::string> List(const std::filesystem::path& folder) const override;
 };
@@ -25,6 +30,7 @@ public:
 class DiskFolders final : public platform::IFolders {
 public:
     void Create(const std::filesystem::path& folder) override;
+    bool IsLink(const std::filesystem::path& folder) const override;
 
     /// Read-only folders inside are made writable on the way; RuntimeError 76 when there is no such folder.
     void DeleteTree(const std::filesystem::path& folder) override;

@@ -2,6 +2,7 @@
 
 #include "adapters/files/posix_error.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -83,6 +84,7 @@ public:
 
     std::size_t RemoveLeftovers(const std::filesystem::path& subfolder) override {
         const std::filesystem::path folder = subfolder.empty() ? m_folder : m_folder / subfolder;
+        if (LeadsElsewhere(subfolder)) return 0;
         std::size_t removed = 0;
         for (const std::string& name : m_files.List(folder)) {
             const auto owner = TemporaryNameOwner(name);
@@ -98,6 +100,13 @@ public:
     }
 
 private:
+    /// Whether a link stands on the way into the sub-folder.
+    bool LeadsElsewhere(const std::filesystem::path& subfolder) const {
+        std::filesystem::path way = m_folder;
+        return std::any_of(subfolder.begin(), subfolder.end(),
+                           [&](const auto& step) { return m_folders.IsLink(way /= step); });
+    }
+
     platform::IFileSystem& m_files;
     platform::IFolders& m_folders;
     std::filesystem::path m_folder;

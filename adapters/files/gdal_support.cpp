@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cpl_conv.h>
 #include <cpl_error.h>
+#include <cpl_string.h>
 #include <map>
 #include <unistd.h>
 
@@ -100,6 +101,14 @@ void GdalErrors::RaiseWriting(const std::string& what, const std::filesystem::pa
 
 void GdalDatasetCloser::operator()(GDALDataset* dataset) const {
     GDALClose(GDALDataset::ToHandle(dataset));
+}
+
+std::vector<std::filesystem::path> files_of(GDALDataset& dataset) {
+    std::vector<std::filesystem::path> files;
+    char** names = dataset.GetFileList();
+    for (char** name = names; name != nullptr && *name != nullptr; ++name) files.emplace_back(*name);
+    CSLDestroy(names);
+    return files;
 }
 
 bool CloseChecked(GdalDatasetPtr dataset, const GdalErrors& errors) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <ogr_spatialref.h>
 #include <string>
+#include <vector>
 
 namespace wxl::files {
 
@@ -54,6 +55,9 @@ using GdalDatasetPtr = std::unique_ptr<GDALDataset, GdalDatasetCloser>;
 
 /// Flushes and closes a written dataset; false when GDAL reported a failure to `errors` on the way or before.
 bool CloseChecked(GdalDatasetPtr dataset, const GdalErrors& errors);
+
+/// The files that an open dataset consists of, as far as GDAL knows them.
+std::vector<std::filesystem::path> files_of(GDALDataset& dataset);
 
 /// A coordinate system as GDAL sees it: x before y, whatever the authority's axis order. Empty for an unknown one;
 /// RuntimeError 5 when the text is no coordinate system.

@@ -211,7 +211,7 @@ std::shared_ptr<platform::IRasterDataset> GridWriter::Publish() {
     m_broken = true;
     naming_raster(m_definition.Name, [&] {
         WriteDescription();
-        remove_side_file(m_files, place);
+        refuse_taken_raster(m_files, m_folder, m_definition);
         m_files.Rename(m_temporary, place);
     });
     m_broken = false;
@@ -224,7 +224,7 @@ std::shared_ptr<platform::IRasterDataset> GridWriter::Publish() {
 std::unique_ptr<platform::IRasterWriter> CreateGrid(platform::IFileSystem& files, platform::IFolders& folders,
                                                     const std::filesystem::path& folder,
                                                     const platform::RasterDefinition& definition) {
-    check_new_raster(files, folder, folder / definition.Name, definition);
+    check_new_raster(files, folder, definition);
     return std::make_unique<GridWriter>(files, folders, folder, definition);
 }
 

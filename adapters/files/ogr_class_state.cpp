@@ -94,6 +94,9 @@ void OgrFeatureClass::State::Load() {
     auto source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
     m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
     const GdalErrors errors;
+    m_files = source->Files();
+    m_files.push_back(m_path);
+    if (m_isShapefile) std::ranges::copy(parts_of(m_path), std::back_inserter(m_files));
     m_name = source->Layer().GetName();
     m_fields = fields_of(source->Layer());
     m_shape = shape_type_of(source->Layer());

@@ -92,6 +92,7 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     std::string WhyReadOnly();
 
     const std::filesystem::path& Path() const { return m_path; }
+    const std::vector<std::filesystem::path>& Files() const { return m_files; }
     const std::string& Name() const { return m_name; }
     platform::ShapeType Shape() const { return m_shape; }
     const platform::SpatialReference& Reference() const { return m_reference; }
@@ -118,6 +119,7 @@ private:
 
     Sources m_sources;
     std::filesystem::path m_path;
+    std::vector<std::filesystem::path> m_files;
     std::string m_name;
     platform::ShapeType m_shape = platform::ShapeType::kNull;
     platform::SpatialReference m_reference;

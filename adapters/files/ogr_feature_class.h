@@ -77,6 +77,9 @@ public:
     std::string Name() const;
     std::filesystem::path Path() const;
 
+    /// The files that the layer is read from.
+    std::vector<std::filesystem::path> Files() const;
+
     struct State;
     explicit OgrFeatureClass(std::shared_ptr<State> state);
 

@@ -191,6 +191,10 @@ bool OgrSource::IsView() const {
     return found;
 }
 
+std::vector<fs::path> OgrSource::Files() const {
+    return files_of(*m_dataset);
+}
+
 void OgrSource::SetWanted(bool withShape, const std::vector<std::string>& fields) {
     std::vector<std::string> ignored;
     if (!withShape) ignored.emplace_back("OGR_GEOMETRY");

@@ -20,6 +20,9 @@ public:
     /// Whether the layer is a view of a database, whose rows are those of other tables.
     bool IsView() const;
 
+    /// The files that the dataset is read from, as far as OGR knows them.
+    std::vector<std::filesystem::path> Files() const;
+
     /// The next rows are read with their shapes or without, and with the cells of these fields only (empty: all).
     void SetWanted(bool withShape, const std::vector<std::string>& fields);
 

@@ -126,20 +126,37 @@ platform::RasterGeometry geometry_of(GDALDataset& dataset, const std::filesystem
     return {left, top + rows * cellHeight, cellWidth, columns, rows};
 }
 
+std::filesystem::path without_separator(const std::filesystem::path& path) {
+    return path.has_filename() ? path : path.parent_path();
+}
+
+GdalDatasetPtr open_for_reading(const std::filesystem::path& path, Sources sources) {
+    RegisterGdal();
+    const GdalErrors errors;
+    if (sources == Sources::kPlain) CheckPlain(path);
+    // A relative path could read as an address.
+    const auto place = sources == Sources::kPlain ? std::filesystem::absolute(path) : path;
+    GdalDatasetPtr handle(GDALDataset::Open(place.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
+                                            AllowedDrivers(sources, DataKind::kRaster)));
+    if (sources == Sources::kPlain && !handle) CheckFormat(path, DataKind::kRaster);
+    if (!handle) errors.RaiseReading(path);
+    return handle;
+}
+
 }  // namespace
+
+std::vector<std::filesystem::path> RasterFiles(const std::filesystem::path& path, Sources sources) {
+    const auto plain = without_separator(path);
+    auto files = files_of(*open_for_reading(plain, sources));
+    files.push_back(plain);
+    return files;
+}
 
 std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path, Sources sources,
                                                      CellShape shape) {
-    RegisterGdal();
+    const auto plain = without_separator(path);
+    GdalDatasetPtr handle = open_for_reading(plain, sources);
     const GdalErrors errors;
-    const auto plain = path.has_filename() ? path : path.parent_path();
-    if (sources == Sources::kPlain) CheckPlain(plain);
-    // A relative path could read as an address.
-    const auto place = sources == Sources::kPlain ? std::filesystem::absolute(plain) : plain;
-    GdalDatasetPtr handle(GDALDataset::Open(place.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
-                                            AllowedDrivers(sources, DataKind::kRaster)));
-    if (sources == Sources::kPlain && !handle) CheckFormat(plain, DataKind::kRaster);
-    if (!handle) errors.RaiseReading(plain);
     const auto geometry = geometry_of(*handle, plain, shape);
     return std::make_shared<GdalRasterDataset>(
         std::make_shared<OpenDataset>(OpenDataset{plain, std::move(handle), geometry}));

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace wxl::files {
 
@@ -17,5 +18,8 @@ enum class CellShape { kSquare, kOblong };
 std::shared_ptr<platform::IRasterDataset> OpenRaster(const std::filesystem::path& path,
                                                      Sources sources = Sources::kPlain,
                                                      CellShape shape = CellShape::kSquare);
+
+/// The files that a raster is read from, as OpenRaster would open it.
+std::vector<std::filesystem::path> RasterFiles(const std::filesystem::path& path, Sources sources = Sources::kPlain);
 
 }  // namespace wxl::files

@@ -1,14 +1,22 @@
 #include "adapters/files/raster_writing.h"
 
+#include "platform/dataset_files.h"
+
 namespace wxl::files {
 
 void check_new_raster(const platform::IFileSystem& files, const std::filesystem::path& folder,
-                      const std::filesystem::path& place, const platform::RasterDefinition& definition) {
+                      const platform::RasterDefinition& definition) {
     if (!files.FolderExists(folder))
         platform::Raise(platform::error_number::kPathNotFound, "The folder does not exist: " + folder.string());
     platform::CheckRasterDefinition(definition);
-    if (files.FileExists(place) || files.FolderExists(place))
-        platform::Raise(platform::error_number::kFileExists, "The name is taken: " + place.string());
+    refuse_taken_raster(files, folder, definition);
+}
+
+void refuse_taken_raster(const platform::IFileSystem& files, const std::filesystem::path& folder,
+                         const platform::RasterDefinition& definition) {
+    for (const auto& part : platform::RasterParts(folder, definition.Name, definition.Format))
+        if (files.FileExists(part) || files.FolderExists(part))
+            platform::Raise(platform::error_number::kFileExists, "The name is taken: " + part.string());
 }
 
 void remove_side_file(platform::IFileSystem& files, const std::filesystem::path& place) {

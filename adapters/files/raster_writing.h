@@ -10,11 +10,15 @@
 
 namespace wxl::files {
 
-/// RuntimeError 76 when `folder` is missing, 5 for a bad definition, 58 when anything stands at `place`.
+/// RuntimeError 76 when `folder` is missing, 5 for a bad definition, 58 when the name is taken.
 void check_new_raster(const platform::IFileSystem& files, const std::filesystem::path& folder,
-                      const std::filesystem::path& place, const platform::RasterDefinition& definition);
+                      const platform::RasterDefinition& definition);
 
-/// Removes the cached statistics that a reader left beside an older raster at `place`.
+/// RuntimeError 58 when anything stands where the raster will, or beside it as a side file of its name.
+void refuse_taken_raster(const platform::IFileSystem& files, const std::filesystem::path& folder,
+                         const platform::RasterDefinition& definition);
+
+/// Removes the cached statistics that a reader left beside the raster at `place`, which goes.
 void remove_side_file(platform::IFileSystem& files, const std::filesystem::path& place);
 
 /// Throws RuntimeError 5: Publish was called before every row was written, or again.

@@ -1,5 +1,6 @@
 #include "adapters/files/shapefile_parts.h"
 
+#include "adapters/files/disk_file_system.h"
 #include "adapters/files/posix_error.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
@@ -74,7 +75,7 @@ std::vector<fs::path> parts_of(const fs::path& shapefile) {
     for (const auto extension : kAttributeIndexes) add(part_of(shapefile, extension));
     for (const auto extension : kOtherParts) add(part_of(shapefile, extension));
     add(shapefile.string() + ".xml");
-    parts.push_back(shapefile);
+    add(shapefile);
     return parts;
 }
 
@@ -89,7 +90,16 @@ bool is_protected(const fs::path& path) {
 }
 
 void rename_file(const fs::path& from, const fs::path& to) {
+    CheckReplaceable(to);
     if (std::rename(from.c_str(), to.c_str()) != 0) RaiseErrno(errno, to);
+}
+
+void rename_new(const fs::path& from, const fs::path& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
+    if (errno != EINVAL && errno != ENOSYS) RaiseErrno(errno, to);
+    struct stat standing = {};
+    if (::lstat(to.c_str(), &standing) == 0) RaiseErrno(EEXIST, to);
+    rename_file(from, to);
 }
 
 void sync_folder(const fs::path& folder) {
@@ -143,7 +153,7 @@ void PartsSwap::Commit() {
         return;
     }
     sync_folder(m_folder.Path());
-    rename_file(m_folder.Path(), swap_folder(m_shapefile));
+    rename_new(m_folder.Path(), swap_folder(m_shapefile));
     sync_folder(folder_of(m_shapefile));
     finish_interrupted_swap(m_shapefile);
 }

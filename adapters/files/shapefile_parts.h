@@ -19,7 +19,8 @@ namespace wxl::files {
 /// NAME.dbf when there is none.
 std::filesystem::path part_of(const std::filesystem::path& shapefile, std::string_view extension);
 
-/// All files in the folder that share the shapefile's name and are known parts of one, the .shp last.
+/// All files in the folder that share the shapefile's name and are known parts of one, the .shp last if it is
+/// there.
 std::vector<std::filesystem::path> parts_of(const std::filesystem::path& shapefile);
 
 /// Removes indexes that other programs made and that are wrong once cells changed, and spatial ones too once rows did.
@@ -70,5 +71,8 @@ bool is_protected(const std::filesystem::path& fileOrFolder);
 
 /// rename(2); RuntimeError with the number of its failure.
 void rename_file(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// The same, RuntimeError 58 when anything stands under the new name.
+void rename_new(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace wxl::files

@@ -8,6 +8,7 @@
 #include "adapters/files/shapefile_parts.h"
 #include "adapters/files/shp_file.h"
 #include "adapters/memory/memory_feature_class.h"
+#include "platform/dataset_files.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 
@@ -28,6 +29,14 @@ constexpr const char* kEncoding = "UTF-8";
 
 fs::path shapefile_path(const fs::path& folder, const std::string& name) {
     return folder / (name + ".shp");
+}
+
+/// A lone side file takes the name too.
+void refuse_taken(const fs::path& folder, const std::string& name) {
+    std::error_code ignored;
+    for (const fs::path& part : platform::NewShapefileParts(folder, name))
+        if (fs::exists(fs::symlink_status(part, ignored)))
+            Raise(error_number::kFileExists, part.string() + " already exists.");
 }
 
 void write_text(const fs::path& file, std::string_view text) {
@@ -84,8 +93,7 @@ public:
 
     void Publish() {
         if (m_published) Raise(error_number::kInvalidCall, m_path.string() + " is published already.");
-        std::error_code ignored;
-        if (fs::exists(m_path, ignored)) Raise(error_number::kFileExists, m_path.string() + " already exists.");
+        refuse_taken(m_path.parent_path(), m_path.stem().string());
         WriteParts();
         MoveParts();
         m_published = OgrFeatureClass::Open(m_path.string());
@@ -134,7 +142,7 @@ private:
                 std::error_code ignored;
                 const fs::path from = Temporary(extension);
                 if (!fs::exists(from, ignored)) continue;
-                rename_file(from, folder / from.filename());
+                rename_new(from, folder / from.filename());
                 moved.push_back(folder / from.filename());
             }
         } catch (const platform::RuntimeError&) {
@@ -169,8 +177,7 @@ std::shared_ptr<platform::IFeatureClass> ShapefileWorkspace::Create(
     if (!fs::is_directory(folder, ignored)) Raise(error_number::kPathNotFound, "There is no folder " + folder.string());
     if (is_protected(folder))
         Raise(error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
-    const fs::path path = shapefile_path(folder, definition.Name);
-    if (fs::exists(path, ignored)) Raise(error_number::kFileExists, path.string() + " already exists.");
+    refuse_taken(folder, definition.Name);
     return std::make_shared<NewShapefile>(folder, definition);
 }
 
@@ -182,11 +189,11 @@ void ShapefileWorkspace::Publish(const std::shared_ptr<platform::IFeatureClass>&
 
 void ShapefileWorkspace::Delete(const fs::path& folder, const std::string& name) {
     const fs::path path = shapefile_path(folder, name);
-    std::error_code failure;
-    if (!fs::exists(path, failure)) Raise(error_number::kFileNotFound, path.string() + " does not exist.");
     auto parts = parts_of(path);
+    if (parts.empty()) Raise(error_number::kFileNotFound, path.string() + " does not exist.");
+    std::error_code failure;
     // Without its .shp the rest is no shapefile any more.
-    std::rotate(parts.begin(), parts.end() - 1, parts.end());
+    if (parts.back() == path) std::rotate(parts.begin(), parts.end() - 1, parts.end());
     for (const fs::path& part : parts) {
         fs::remove(part, failure);
         if (failure) RaiseErrno(failure.value(), part);

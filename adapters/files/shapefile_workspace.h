@@ -18,7 +18,8 @@ public:
     std::shared_ptr<platform::IFeatureClass> Open(const std::filesystem::path& folder,
                                                   const std::string& name) override;
 
-    /// RuntimeError 76 no such folder, 58 name taken, 70 folder not writable, 5 a name that cannot be.
+    /// RuntimeError 76 no such folder, 58 name taken (a lone side file takes it too), 70 folder not writable, 5 a name
+    /// that cannot be.
     std::shared_ptr<platform::IFeatureClass> Create(const std::filesystem::path& folder,
                                                     const platform::FeatureClassDefinition& definition) override;
 
@@ -26,7 +27,8 @@ public:
     /// make or that is published already.
     void Publish(const std::shared_ptr<platform::IFeatureClass>& created) override;
 
-    /// Deletes .shp first and then its side files; RuntimeError 53 when there is none.
+    /// Deletes .shp first and then its side files, also those that have lost their .shp; RuntimeError 53 when there is
+    /// none.
     void Delete(const std::filesystem::path& folder, const std::string& name) override;
 };
 

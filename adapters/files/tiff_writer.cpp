@@ -133,8 +133,7 @@ public:
         // GDAL 3.10 and later tell nothing of a write that fails while a file is closed.
         if (!holds(m_temporary, m_definition, m_sum)) Fail(errors);
         naming_raster(m_definition.Name, [&] {
-            if (m_files.FileExists(m_place) || m_files.FolderExists(m_place)) RaiseErrno(EEXIST, m_place);
-            remove_side_file(m_files, m_place);
+            refuse_taken_raster(m_files, m_folder, m_definition);
             m_files.Rename(m_temporary, m_place);
         });
         return OpenRaster(m_place);
@@ -191,7 +190,7 @@ private:
 
 std::unique_ptr<platform::IRasterWriter> CreateTiff(platform::IFileSystem& files, const std::filesystem::path& folder,
                                                     const platform::RasterDefinition& definition) {
-    check_new_raster(files, folder, folder / (definition.Name + ".tif"), definition);
+    check_new_raster(files, folder, definition);
     return std::make_unique<TiffWriter>(files, folder, definition);
 }
 

@@ -79,6 +79,9 @@ public:
     explicit MemoryFolders(std::shared_ptr<MemoryDisk> disk = std::make_shared<MemoryDisk>());
 
     void Create(const std::filesystem::path& folder) override;
+
+    /// A memory disk has no links.
+    bool IsLink(const std::filesystem::path&) const override { return false; }
     void DeleteTree(const std::filesystem::path& folder) override;
     std::filesystem::path FindIgnoringCase(const std::filesystem::path& folder) const override;
 

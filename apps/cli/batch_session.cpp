@@ -22,7 +22,9 @@ void add_batch_folder(CLI::App& command, std::string& folder) {
 }
 
 BatchSession::BatchSession(const std::string& folder, Console& console)
-    : m_console(console), m_session(console, {}), m_plan(batch::read_plan(*Services().Files, folder_of(folder))) {}
+    : m_console(console), m_session(console, {}), m_plan(batch::read_plan(*Services().Files, folder_of(folder))) {
+    batch::refuse_links(*Services().Folders, m_plan);
+}
 
 KdeOutput BatchSession::Output(bool json) {
     return {m_console, m_plan.Frame.Folder, json, m_plan.Frame.Reference.MetersPerUnit == 1.0};

@@ -71,6 +71,12 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& o
     return layer;
 }
 
+ReadFiles files_read(files::FilesFeatureLayer& layer) {
+    ReadFiles read;
+    read.Add(layer.Features().Files());
+    return read;
+}
+
 std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options, Console& console) {
     auto layer = open_point_layer(options);
     platform::IFeatureClass& points = *layer->FeatureClass();

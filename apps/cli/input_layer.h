@@ -1,6 +1,7 @@
 #pragma once
 #include "adapters/files/files_map.h"
 #include "apps/cli/console.h"
+#include "apps/cli/read_files.h"
 
 #include <memory>
 #include <string>
@@ -49,6 +50,9 @@ void add_measured_input_options(CLI::App& command, InputOptions& options);
 /// Opens the point layer. RuntimeError with advice: no such file or layer, several layers, no points, and, unless
 /// allowed, a source that leads elsewhere.
 std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& options);
+
+/// The files that the layer is read from.
+ReadFiles files_read(files::FilesFeatureLayer& layer);
 
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
 /// UTM zone of the layer and how to come to it.

@@ -3,6 +3,7 @@
 #include "adapters/files/disk_file_system.h"
 #include "adapters/files/shapefile_workspace.h"
 #include "apps/cli/console.h"
+#include "platform/dataset_files.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -18,25 +19,26 @@ namespace {
 namespace fs = std::filesystem;
 namespace error_number = platform::error_number;
 
-bool is_taken(const fs::path& folder, const std::string& name) {
-    return files::DiskFileSystem().FileExists(folder / (name + ".shp"));
+/// The files of a shapefile, whether its .shp is among them or not.
+std::vector<fs::path> standing(const fs::path& folder, const std::string& name) {
+    return platform::FolderContents(files::DiskFileSystem(), folder).Shapefile(name);
 }
 
-void refuse_taken(const fs::path& shapefile) {
-    platform::Raise(error_number::kFileExists,
-                    shapefile.string() + " exists: choose another name, or give --overwrite");
+void refuse_taken(const fs::path& file) {
+    platform::Raise(error_number::kFileExists, file.string() + " exists: choose another name, or give --overwrite");
 }
 
 }  // namespace
 
 ShapefileStage::ShapefileStage(fs::path folder, std::vector<std::string> names, bool overwrite)
     : m_folder(std::move(folder)), m_names(std::move(names)) {
-    const auto taken =
-        std::find_if(m_names.begin(), m_names.end(), [&](const auto& name) { return is_taken(m_folder, name); });
-    if (taken == m_names.end()) return;
-    if (!overwrite) refuse_taken(m_folder / (*taken + ".shp"));
-    m_staging = m_folder / platform::TemporaryName(*taken);
-    files::DiskFolders().Create(m_staging);
+    for (const std::string& name : m_names) {
+        const auto taken = standing(m_folder, name);
+        if (taken.empty()) continue;
+        if (!overwrite) refuse_taken(taken.front());
+        m_staging = m_folder / platform::TemporaryName(name);
+    }
+    if (!m_staging.empty()) files::DiskFolders().Create(m_staging);
 }
 
 ShapefileStage::~ShapefileStage() {
@@ -47,21 +49,21 @@ ShapefileStage::~ShapefileStage() {
 void ShapefileStage::Publish() const {
     if (m_staging.empty()) return;
     for (const std::string& name : m_names)
-        if (is_taken(m_staging, name)) Replace(name);
+        if (!standing(m_staging, name).empty()) Replace(name);
 }
 
 /// Moves a whole shapefile over the old one: the old one goes first, so that its side files never stand beside the new
 /// one's.
 void ShapefileStage::Replace(const std::string& name) const {
-    if (is_taken(m_folder, name)) files::ShapefileWorkspace().Delete(m_folder, name);
     files::DiskFileSystem disk;
+    for (const fs::path& old : standing(m_folder, name)) disk.DeleteFile(old, true);
     const std::string last = name + ".shp";
     for (const std::string& file : disk.List(m_staging))
         if (file != last && file.starts_with(name + ".")) disk.Rename(m_staging / file, m_folder / file);
     disk.Rename(m_staging / last, m_folder / last);
 }
 
-ShapefileOutput::ShapefileOutput(const std::string& path, bool overwrite)
+ShapefileOutput::ShapefileOutput(const std::string& path, bool overwrite, const ReadFiles& read)
     : m_folder(fs::path(path).parent_path()), m_name(fs::path(path).stem().string()), m_overwrite(overwrite) {
     if (m_folder.empty()) m_folder = ".";
     if (!platform::EqualNoCase(fs::path(path).extension().string(), ".shp"))
@@ -69,7 +71,9 @@ ShapefileOutput::ShapefileOutput(const std::string& path, bool overwrite)
     if (!files::DiskFileSystem().FolderExists(m_folder))
         platform::Raise(error_number::kPathNotFound,
                         fmt::format("{}: there is no such folder; make it first", m_folder.string()));
-    if (is_taken(m_folder, m_name) && !overwrite) refuse_taken(path);
+    Refuse(read);
+    const auto taken = standing(fs::path(path).parent_path(), m_name);
+    if (!taken.empty() && !overwrite) refuse_taken(taken.front());
 }
 
 void ShapefileOutput::Write(platform::ShapeType shape, const std::vector<platform::Field>& fields,

@@ -1,4 +1,5 @@
 #pragma once
+#include "apps/cli/read_files.h"
 #include "platform/workspaces.h"
 
 #include <filesystem>
@@ -12,7 +13,8 @@ namespace wxl::cli {
 /// a new folder beside the old ones, which is deleted at the end, and take their place when they are whole.
 class ShapefileStage {
 public:
-    /// RuntimeError 58 when a name is taken and `overwrite` is false. Names are without ".shp"; the folder exists.
+    /// RuntimeError 58 when a name is taken, be it by a lone side file, and `overwrite` is false. Names are without
+    /// ".shp"; the folder exists.
     ShapefileStage(std::filesystem::path folder, std::vector<std::string> names, bool overwrite);
     ~ShapefileStage();
     ShapefileStage(const ShapefileStage&) = delete;
@@ -36,9 +38,13 @@ private:
 /// disk, and an old shapefile is replaced only by a whole new one.
 class ShapefileOutput {
 public:
-    /// WrongCall when the name does not end in .shp; RuntimeError 76 when the folder is missing, 58 when the shapefile
-    /// exists and `overwrite` is false.
-    ShapefileOutput(const std::string& path, bool overwrite);
+    /// WrongCall when the name does not end in .shp; RuntimeError 76 when the folder is missing, 58 when any
+    /// file of the shapefile exists and `overwrite` is false; first of all 70 when it is among the files that are
+    /// `read`.
+    ShapefileOutput(const std::string& path, bool overwrite, const ReadFiles& read = {});
+
+    /// RuntimeError 70 when one of the shapefile's files is read by the command too.
+    void Refuse(const ReadFiles& read) const { read.RefuseShapefile(m_folder, m_name); }
 
     /// Writes the features that `insert` hands to the cursor and publishes the shapefile.
     void Write(platform::ShapeType shape, const std::vector<platform::Field>& fields,

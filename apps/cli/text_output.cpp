@@ -43,6 +43,7 @@ TextOutput::TextOutput(std::string path, bool overwrite) : m_path(std::move(path
                         folder.string() + ": there is no such folder; make it first");
     if (files::is_protected(folder.empty() ? fs::path(".") : folder))
         platform::Raise(platform::error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
+    files::CheckReplaceable(m_path);
     if (!overwrite && fs::exists(m_path))
         platform::Raise(platform::error_number::kFileExists,
                         m_path + " exists: choose another name, or give --overwrite");

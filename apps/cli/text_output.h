@@ -10,7 +10,8 @@ namespace wxl::cli {
 /// A text file that a command is asked to write. Nothing stands under its name until all of it is on disk.
 class TextOutput {
 public:
-    /// RuntimeError 76 when the folder is missing, 58 when the file exists and `overwrite` is false.
+    /// RuntimeError 76 when the folder is missing, 58 when the file exists and `overwrite` is false, 70 when what
+    /// stands there is no regular file.
     TextOutput(std::string path, bool overwrite);
     void Write(std::string_view text) const;
     const std::string& Path() const { return m_path; }

@@ -214,4 +214,21 @@ TEST(SystemTempPath, A_buffer_too_small_is_left_alone_and_told_its_size) {
     EXPECT_STREQ(buffer.data(), "/tmp/");
 }
 
+TEST_F(FilesDisk, Nothing_is_put_in_the_place_of_a_link_a_pipe_or_a_device_and_none_of_them_is_read) {
+    Put(m_scratch / "new", "new");
+    Put(m_scratch / "target", "old");
+    std::filesystem::create_symlink(m_scratch / "target", m_scratch / "link");
+    ASSERT_EQ(::mkfifo((m_scratch / "pipe").c_str(), 0600), 0);
+    for (const std::string name : {"link", "pipe"}) {
+        EXPECT_EQ(error_of([&] { m_files.Rename(m_scratch / "new", m_scratch / name); }), 70) << name;
+        EXPECT_EQ(error_of([&] { platform::PublishFile(m_files, m_scratch / name, "new"); }), 70) << name;
+    }
+    EXPECT_EQ(error_of([&] { m_files.DeleteFile(m_scratch / "pipe", true); }), 70);
+    EXPECT_EQ(error_of([&] { m_files.ReadFile(m_scratch / "pipe", 10); }), 70);
+    EXPECT_EQ(error_of([&] { m_files.ReadFile("/dev/zero", 10); }), 70);
+    m_files.DeleteFile(m_scratch / "link", true);
+    EXPECT_THAT(m_files.List(m_scratch.Path()), ElementsAre("new", "pipe", "target"));
+    EXPECT_EQ(m_files.ReadFile(m_scratch / "target", 10), "old");
+}
+
 }  // namespace wxl::tests

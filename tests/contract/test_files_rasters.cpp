@@ -92,15 +92,31 @@ TEST_P(FilesRastersOfFormat, Statistics_do_not_trust_a_side_file) {
     EXPECT_EQ(statistics.Maximum, 4.0);
 }
 
-TEST_P(FilesRastersOfFormat, A_side_file_goes_with_its_raster_and_never_outlives_it) {
+TEST_P(FilesRastersOfFormat, A_side_file_goes_with_its_raster) {
     const std::string name = GetParam() == "GRID" ? "K3" : "K3.tif";
-    Put(m_scratch / (name + ".aux.xml"), "<PAMDataset/>");
     Make({"K3", GetParam(), {0.0, 0.0, 1.0, 1, 1}, {}}, std::vector<float>{1});
-    EXPECT_THAT(m_files.List(m_scratch.Path()), ElementsAre(name));
     Put(m_scratch / (name + ".aux.xml"), "<PAMDataset/>");
     Put(m_scratch / "K31.aux.xml", "<PAMDataset/>");
     m_rasters.Delete(m_scratch.Path(), "K3");
     EXPECT_THAT(m_files.List(m_scratch.Path()), ElementsAre("K31.aux.xml"));
+}
+
+TEST_P(FilesRastersOfFormat, A_lone_side_file_takes_the_name_and_stays) {
+    const std::string name = GetParam() == "GRID" ? "K3" : "K3.tif";
+    for (const std::string end : {".aux.xml", ".ovr", ".msk"}) {
+        const RasterDefinition definition{"K3", GetParam(), {0.0, 0.0, 1.0, 1, 1}, {}};
+        {
+            // It may come while the raster is being written, too.
+            const auto writer = m_rasters.Create(m_scratch.Path(), definition);
+            writer->WriteRow(std::vector<float>{1.0F});
+            Put(m_scratch / (name + end), "mine");
+            EXPECT_EQ(error_of([&] { writer->Publish(); }), 58);
+        }
+        EXPECT_EQ(error_of([&] { m_rasters.Create(m_scratch.Path(), definition); }), 58);
+        EXPECT_THAT(m_files.List(m_scratch.Path()), ElementsAre(name + end));
+        EXPECT_EQ(m_files.ReadFile(m_scratch / (name + end), 10), "mine");
+        m_files.DeleteFile(m_scratch / (name + end), false);
+    }
 }
 
 TEST_P(FilesRastersOfFormat, A_full_disk_is_61_names_the_raster_and_leaves_nothing) {

@@ -99,12 +99,15 @@ AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const Bandwidt
 struct Sample {
     kde_tool::GroupedFixes Groups;
     std::string Units;
+    ReadFiles Read;
 };
 
 Sample read_sample(const BandwidthOptions& options, Console& console) {
     const auto layer = open_measured_point_layer(options.Points, console);
+    const ReadFiles read = files_read(*layer);
+    if (!options.Profile.empty()) read.Refuse(options.Profile);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
-    return {kde_tool::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName};
+    return {kde_tool::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName, read};
 }
 
 /// The pictures of a search: one file for one animal, and for several one file each, with the naming ID that wxl kde
@@ -118,6 +121,7 @@ public:
             fs::path file = options.Plot;
             if (sample.Groups.Animals.size() > 1)
                 file.replace_filename(file.stem().string() + "-" + animal.NamingId + file.extension().string());
+            sample.Read.Refuse(file);
             m_files.emplace_back(file.string(), options.Overwrite);
         }
     }

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/batch.h"
 
 #include "apps/cli/batch_session.h"
+#include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/text_output.h"
 #include "batch/task_run.h"
@@ -148,6 +149,7 @@ void register_batch_plan(CLI::App& command, BatchPlanOptions& options) {
 
 int run_batch_plan(const BatchPlanOptions& options, Console& console) {
     KdeSession session(options.Run, console);
+    refuse_read_outputs(session.Form(), session.Read());
     prepare_output(options.Run, session.Form());
     std::optional<batch::Plan> plan;
     kde_tool::AnalysisRun(session.Form()).Plan([&](const kde_tool::PreparedRun& run) {

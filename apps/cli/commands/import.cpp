@@ -303,7 +303,9 @@ void register_import(CLI::App& command, ImportOptions& options) {
 }
 
 int run_import(const ImportOptions& options, Console& console) {
-    const ShapefileOutput output(options.Output, options.Overwrite);
+    ReadFiles read;
+    read.Add(options.Input);
+    const ShapefileOutput output(options.Output, options.Overwrite, read);
     const Request request = resolve(options);
     const Tracking tracking = read_input(options, console);
     tell_choices(tracking, console);

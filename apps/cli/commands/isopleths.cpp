@@ -4,6 +4,7 @@
 #include "apps/cli/input_layer.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/read_files.h"
 #include "apps/cli/shapefile_output.h"
 #include "apps/cli/text_output.h"
 #include "apps/cli/tool_session.h"
@@ -104,6 +105,10 @@ Result make_isopleths(const IsoplethOptions& options, const std::vector<double>&
     const std::vector<std::string> endings = wanted_endings(options);
     std::vector<std::string> names;
     for (const std::string& ending : endings) names.push_back(options.Name + ending);
+    ReadFiles read;
+    read.Add(opened(options.AllowIndirect,
+                    [&](files::Sources sources) { return files::RasterFiles(options.Raster, sources); }));
+    for (const std::string& name : names) read.RefuseShapefile(options.Out, name);
     make_output_folder(options.Out);
     const ShapefileStage stage(options.Out, names, options.Overwrite);
 

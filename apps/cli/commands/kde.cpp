@@ -201,6 +201,7 @@ batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks) {
 int run_kde(const KdeOptions& options, Console& console) {
     KdeSession session(options, console);
     kde_tool::frmKDE& form = session.Form();
+    refuse_read_outputs(form, session.Read());
     if (options.DryRun) return print_plan(form, {options.Json, options.Overwrite}, console);
     prepare_output(options, form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,

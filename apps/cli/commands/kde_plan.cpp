@@ -5,15 +5,20 @@
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/bandwidth_doctor.h"
 #include "kde_tool/run_plan.h"
+#include "kde_tool/run_preparation.h"
+#include "kde_tool/standing_outputs.h"
 #include "kde_tool/subfolders.h"
 #include "kde_tool/summary_rows.h"
+#include "platform/dataset_files.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "results_page/results_page.h"
 #include "utilities/Utilities.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <map>
 
 namespace wxl::cli {
 
@@ -114,13 +119,15 @@ std::string line_of(const PlannedDistribution& plan, BandwidthMethod method) {
                        plan.Failure.empty() ? "" : ": will fail: " + plan.Failure);
 }
 
-/// Deletes one dataset of the run where it stands.
-void delete_dataset(const platform::Services& services, const std::filesystem::path& folder, const std::string& name,
-                    bool isRaster) {
-    if (isRaster) {
-        if (services.Rasters->Exists(folder, name)) services.Rasters->Delete(folder, name);
-    } else if (services.Files->FileExists(folder / (name + ".shp"))) {
-        services.Shapefiles->Delete(folder, name);
+/// Deletes one dataset of the run where it stands, and side files that stand there without it. `contents` is the folder
+/// as it was before.
+void delete_dataset(const platform::Services& services, const std::filesystem::path& folder,
+                    const platform::FolderContents& contents, const std::string& name,
+                    const std::string* rasterFormat) {
+    if (rasterFormat != nullptr && services.Rasters->Exists(folder, name)) services.Rasters->Delete(folder, name);
+    for (const auto& file : rasterFormat != nullptr ? contents.Raster(name, *rasterFormat) : contents.Shapefile(name)) {
+        const bool isOther = rasterFormat != nullptr && file == platform::RasterPlace(folder, name, *rasterFormat);
+        if (!isOther && services.Files->FileExists(file)) services.Files->DeleteFile(file, true);
     }
 }
 
@@ -175,7 +182,26 @@ std::vector<std::string> taken_names(frmKDE& form) {
     if (kde_tool::malformed_list(inputs)) return {};
     kde_tool::GroupedFixes fixes = form.ReadFixes();
     kde_tool::spread_over_subfolders(fixes.Animals, form.AnimalsPerSubfolder);
-    return kde_tool::taken_names(form.Services(), form.OutputFolderPath(), inputs, fixes.Animals);
+    return kde_tool::taken_names(
+        form.Services(), {form.OutputFolderPath(), form.RasterFormat, kde_tool::bandwidth_values(inputs).size()},
+        inputs, fixes.Animals);
+}
+
+void refuse_read_outputs(frmKDE& form, const ReadFiles& read) {
+    if (kde_tool::malformed_list(kde_tool::inputs_of(form))) return;  // the run will be refused
+    const std::filesystem::path folder = form.OutputFolderPath();
+    for (const AnimalDatasets& own : datasets_of(form)) {
+        const auto place = own.Subfolder.empty() ? folder : folder / own.Subfolder;
+        for (const auto& names : own.Names)
+            for (std::size_t i = 0; i < names.size(); ++i)
+                if (i == 0)
+                    read.Refuse(platform::RasterPlace(place, names[i], form.RasterFormat));
+                else
+                    read.Refuse(platform::NewShapefileParts(place, names[i]));
+    }
+    for (const char* file :
+         {kde_tool::kReportFile, kde_tool::kSummaryFile, kde_tool::kSettingsRecordFile, results_page::kPageFile})
+        read.Refuse(kde_tool::file_in_folder(folder, file));
 }
 
 void advise_on_names(Console& console) {
@@ -219,10 +245,16 @@ void delete_outputs(frmKDE& form) {
         platform::Raise(platform::error_number::kPermissionDenied,
                         "another analysis is writing into the output folder (" + holder +
                             "): nothing was deleted; wait until it has finished, or choose another folder");
+    std::map<std::filesystem::path, platform::FolderContents> folders;
     for (const AnimalDatasets& own : datasets)
+        if (!own.Subfolder.empty()) platform::RefuseLink(*services.Folders, folder / own.Subfolder);
+    for (const AnimalDatasets& own : datasets) {
+        const auto place = own.Subfolder.empty() ? folder : folder / own.Subfolder;
+        const auto& contents = folders.try_emplace(place, *services.Files, place).first->second;
         for (const auto& names : own.Names)
             for (std::size_t i = 0; i < names.size(); ++i)
-                delete_dataset(services, own.Subfolder.empty() ? folder : folder / own.Subfolder, names[i], i == 0);
+                delete_dataset(services, place, contents, names[i], i == 0 ? &form.RasterFormat : nullptr);
+    }
 }
 
 }  // namespace wxl::cli

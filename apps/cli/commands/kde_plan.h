@@ -1,5 +1,6 @@
 #pragma once
 #include "apps/cli/console.h"
+#include "apps/cli/read_files.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/run_estimate.h"
 
@@ -31,11 +32,14 @@ struct PlanWishes {
 /// Prints the plan; exit_code::kFailed when a setting keeps the run from starting, or no distribution can be computed.
 int print_plan(kde_tool::frmKDE& form, const PlanWishes& wishes, Console& console);
 
-/// Names of rasters in the output folder, for which the run is refused.
+/// Names of datasets and side files in the output folder, for which the run is refused.
 std::vector<std::string> taken_names(kde_tool::frmKDE& form);
 
 /// Says which options help against names that are taken.
 void advise_on_names(Console& console);
+
+/// RuntimeError 70 when a file that the filled form would write is one of those that the command reads.
+void refuse_read_outputs(kde_tool::frmKDE& form, const ReadFiles& read);
 
 /// Deletes what stands in the output folder under the names that the filled form would write, so that the run meets no
 /// naming conflict. Nothing outside the folder, and nothing while another run is at work in it.

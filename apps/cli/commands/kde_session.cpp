@@ -1,6 +1,7 @@
 #include "apps/cli/commands/kde_session.h"
 
 #include "adapters/files/files_map.h"
+#include "adapters/files/raster_dataset.h"
 #include "adapters/files/shapefile_parts.h"
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/commands/kde_plan.h"
@@ -38,10 +39,15 @@ std::string full_name(const std::string& raster) {
                                                     : raster;
 }
 
+/// The raster of --extent ref:RASTER, empty for any other extent.
+std::string reference_of(const KdeOptions& options) {
+    return options.Extent && options.Extent->starts_with("ref:") ? options.Extent->substr(4) : std::string();
+}
+
 /// Adds the raster of --extent ref:RASTER to the map, under a name that no other layer has. The extent by that name.
 std::optional<std::string> add_reference(const KdeOptions& options, ToolSession& session) {
-    if (!options.Extent || !options.Extent->starts_with("ref:")) return options.Extent;
-    const std::string raster = options.Extent->substr(4);
+    const std::string raster = reference_of(options);
+    if (raster.empty()) return options.Extent;
     platform::Layer layer = files::layer_of(opened(options.Points.AllowIndirect, [&](files::Sources sources) {
         return std::make_shared<files::FilesRasterLayer>(raster, sources);
     }));
@@ -68,18 +74,33 @@ void ProgressHost::Yield() {
 
 KdeSession::KdeSession(const KdeOptions& options, Console& console)
     : m_layer(open_checked(options, console)),
+      m_read(files_read(*m_layer)),
       m_session(console, options.Questions),
       m_host(*m_session.Services().Host, console),
       m_services(m_session.Services()) {
     m_session.AddInput(m_layer);
     KdeOptions choices = options;
     choices.Extent = add_reference(options, m_session);
+    AddOtherFiles(options);
     m_services.Host = &m_host;
     m_services.Dialogs = &m_dialogs;
     m_form.emplace(m_services, m_session.Geodata());
     m_form->KeepsFixes = true;
     m_host.Watch(*m_form);
     fill_form(choices, *m_layer, m_dialogs, *m_form);
+}
+
+/// A run rewrites the record in its folder whether it started from it or not: only settings that are to be saved may
+/// not replace those that were read.
+void KdeSession::AddOtherFiles(const KdeOptions& options) {
+    if (const std::string raster = reference_of(options); !raster.empty())
+        m_read.Add(opened(options.Points.AllowIndirect,
+                          [&](files::Sources sources) { return files::RasterFiles(raster, sources); }));
+    if (options.SaveSettings.empty()) return;
+    ReadFiles read = m_read;
+    if (!options.Settings.empty()) read.Add(options.Settings);
+    read.Refuse(options.SaveSettings);
+    files::CheckReplaceable(options.SaveSettings);
 }
 
 void prepare_output(const KdeOptions& options, kde_tool::frmKDE& form) {

@@ -30,9 +30,13 @@ public:
 
     kde_tool::frmKDE& Form() { return *m_form; }
     const platform::Services& Services() const { return m_services; }
+    const ReadFiles& Read() const { return m_read; }
 
 private:
+    void AddOtherFiles(const KdeOptions& options);
+
     std::shared_ptr<files::FilesFeatureLayer> m_layer;
+    ReadFiles m_read;
     ToolSession m_session;
     OptionDialogs m_dialogs;
     ProgressHost m_host;

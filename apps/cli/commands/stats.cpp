@@ -33,6 +33,7 @@ std::vector<StatsRow> rows_of(const kde_tool::frmKDE& form) {
 /// Chooses layer and field, turns to the page that fills the tables, and calculates.
 std::vector<StatsRow> press_form(const StatsOptions& options, Console& console) {
     const auto layer = open_measured_point_layer(options.Points, console);
+    if (!options.Csv.empty()) files_read(*layer).Refuse(options.Csv);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
     ToolSession session(console, {});
     session.AddInput(layer);

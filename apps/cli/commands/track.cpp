@@ -72,6 +72,7 @@ int run_track(const TrackOptions& options, Console& console) {
     const ShapefileOutput output(options.Output, options.Overwrite);
     const auto layer = open_point_layer(options.Points);
     refuse_repeated_numbers(*layer, options.Points.Input);
+    output.Refuse(files_read(*layer));
     if (!options.Where.empty()) layer->SelectWhere(options.Where);
     ToolSession session(console, options.Questions);
     session.AddInput(layer);
