@@ -1,18 +1,6 @@
 #include "apps/cli/commands.h"
 
-#include "apps/cli/commands/akde.h"
-#include "apps/cli/commands/bandwidth.h"
-#include "apps/cli/commands/batch.h"
-#include "apps/cli/commands/import.h"
-#include "apps/cli/commands/info.h"
-#include "apps/cli/commands/isopleths.h"
-#include "apps/cli/commands/kde.h"
-#include "apps/cli/commands/manual.h"
-#include "apps/cli/commands/models.h"
-#include "apps/cli/commands/obs_fields.h"
-#include "apps/cli/commands/remove_duplicates.h"
-#include "apps/cli/commands/stats.h"
-#include "apps/cli/commands/track.h"
+#include "apps/cli/writable_places.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -29,7 +17,8 @@ void add(std::vector<Command>& commands, CLI::App& program, const std::string& n
     CLI::App* parser = program.add_subcommand(name, summary);
     const auto options = std::make_shared<Options>();
     declare(*parser, *options);
-    commands.push_back({parser, [options, run](Console& console) { return run(*options, console); }});
+    commands.push_back({parser, [options, run](Console& console) { return run(*options, console); },
+                        [options] { return fence_of(*options); }});
 }
 
 void add_batch(std::vector<Command>& commands, CLI::App& program) {

@@ -1,7 +1,9 @@
 #pragma once
+#include "adapters/files/write_fence.h"
 #include "apps/cli/console.h"
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace CLI {
@@ -15,6 +17,9 @@ struct Command {
     CLI::App* Parser;  ///< owned by the program's parser
     std::function<int(Console&)>
         Run;  ///< the work, after parsing; returns the exit code, may throw RuntimeError, WrongCall
+
+    /// Where the work may write; nothing where it cannot be bound.
+    std::function<std::optional<files::WritablePlaces>()> Fence;
 };
 
 /// Makes every command known to the program's parser, in the order of the help.

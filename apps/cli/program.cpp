@@ -42,14 +42,16 @@ int tell_parse_end(const CLI::App& program, const CLI::ParseError& end, Console&
     return exit_code::kDone;
 }
 
-int run_parsed(const std::vector<Command>& commands, Console& console) {
+int run_parsed(const std::vector<Command>& commands, Console& console, Fencing fencing) {
     const auto chosen =
         std::find_if(commands.begin(), commands.end(), [](const Command& command) { return command.Parser->parsed(); });
     if (chosen == commands.end()) throw WrongCall("name a command; wxl --help lists them");
+    if (fencing == Fencing::kFenced)
+        if (const auto places = chosen->Fence()) files::raise_fence(*places);
     return chosen->Run(console);
 }
 
-int run_guarded(std::vector<std::string> arguments, Console& console) {
+int run_guarded(std::vector<std::string> arguments, Console& console, Fencing fencing) {
     CLI::App program("Home ranges from animal tracking data: density rasters, isopleths, statistics", "wxl");
     bool quiet = false;
     program.set_version_flag("--version", "wxl " WXL_VERSION, "Print the program's version and exit");
@@ -66,16 +68,16 @@ int run_guarded(std::vector<std::string> arguments, Console& console) {
     }
     console.SetQuiet(quiet);
     refuse_empty_paths(program);
-    return run_parsed(commands, console);
+    return run_parsed(commands, console, fencing);
 }
 
 }  // namespace
 
-int run_program(std::vector<std::string> arguments, Console& console) noexcept {
+int run_program(std::vector<std::string> arguments, Console& console, Fencing fencing) noexcept {
     int code = exit_code::kFailed;
     try {
         files::SetDownloadsAllowed(false);
-        code = run_guarded(std::move(arguments), console);
+        code = run_guarded(std::move(arguments), console, fencing);
     } catch (const WrongCall& wrong) {
         console.Fail(wrong.what());
         code = exit_code::kWrongCall;

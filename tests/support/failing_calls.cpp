@@ -44,6 +44,11 @@ FaultPlan* plan() {
     return page;
 }
 
+/// Before the program binds itself to the places that it may write, among which the page is not.
+[[gnu::constructor]] void map_early() {
+    plan();
+}
+
 std::string path_of(int descriptor) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     std::string path(PATH_MAX, '\0');
