@@ -3,6 +3,7 @@
 #include "batch/record_codec.h"
 #include "kde_tool/kernel_radius.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <cmath>
 #include <utility>
@@ -15,6 +16,23 @@ using kde_tool::RunInputs;
 
 constexpr std::int64_t kFormat = 1;
 constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
+
+constexpr double kLargest = 1e15;  // of any length, factor, time or size in a plan
+
+/// A number that a run can work with; any text could stand in the file.
+double number_of(const Json& json, double least = -kLargest, double most = kLargest) {
+    const double number = double_of(json);
+    if (!(number >= least && number <= most))
+        platform::Raise(platform::error_number::kInvalidCall,
+                        "the number " + platform::NumberText(number) + ", which cannot be");
+    return number;
+}
+
+std::vector<double> numbers_of(const Json& json, double least = -kLargest) {
+    std::vector<double> numbers = doubles_of(json);
+    for (const double number : numbers) number_of(json_of_double(number), least);
+    return numbers;
+}
 
 /// The grid of a reference raster; the raster itself is not needed again.
 class PlannedRaster final : public platform::IRasterLayer {
@@ -108,7 +126,7 @@ Json json_of_reference(const platform::SpatialReference& reference) {
 
 platform::SpatialReference reference_of(const Json& json) {
     return {text_of(json.at("name")), text_of(json.at("wkt")), text_of(json.at("unit")),
-            double_of(json.at("metres_per_unit")), json.at("geographic").get<bool>()};
+            number_of(json.at("metres_per_unit"), 0.0), json.at("geographic").get<bool>()};
 }
 
 Json json_of_raster(const std::shared_ptr<platform::IRasterLayer>& raster) {
@@ -124,8 +142,8 @@ Json json_of_raster(const std::shared_ptr<platform::IRasterLayer>& raster) {
 
 std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
     if (json.is_null()) return nullptr;
-    const platform::RasterGeometry grid = {double_of(json.at("origin_x")), double_of(json.at("origin_y")),
-                                           double_of(json.at("cell_size")),
+    const platform::RasterGeometry grid = {number_of(json.at("origin_x")), number_of(json.at("origin_y")),
+                                           number_of(json.at("cell_size"), 0.0),
                                            static_cast<std::int32_t>(whole_of(json.at("columns"), 0, INT32_MAX)),
                                            static_cast<std::int32_t>(whole_of(json.at("rows"), 0, INT32_MAX))};
     return std::make_shared<PlannedRaster>(text_of(json.at("name")), grid);
@@ -152,13 +170,15 @@ RunFrame frame_of(const Json& json) {
     RunFrame frame;
     frame.Inputs = inputs_of_json(json.at("inputs"));
     frame.TextIds = json.at("text_ids").get<bool>();
-    frame.Values = doubles_of(json.at("values"));
-    frame.Percentages = doubles_of(json.at("percentages"));
-    frame.CellSize = double_of(json.at("cell_size"));
-    frame.ScalingFactor = double_of(json.at("scaling_factor"));
-    frame.Buffer = double_of(json.at("buffer"));
+    frame.Values = numbers_of(json.at("values"));
+    frame.Percentages = numbers_of(json.at("percentages"));
+    frame.CellSize = number_of(json.at("cell_size"));
+    frame.ScalingFactor = number_of(json.at("scaling_factor"));
+    frame.Buffer = number_of(json.at("buffer"));
     const auto extent = doubles_of(json.at("layer_extent"));
     frame.LayerExtent = {extent.at(0), extent.at(1), extent.at(2), extent.at(3)};
+    // Of the other two ways to choose an extent it stays empty: infinite.
+    if (frame.Inputs.Mode == kde_tool::ExtentMode::kFull) numbers_of(json.at("layer_extent"));
     frame.Reference = reference_of(json.at("reference"));
     frame.ReferenceRaster = raster_of(json.at("reference_raster"));
     frame.RasterFormat = json.at("raster_format").get<std::string>();
@@ -246,8 +266,8 @@ std::vector<PlannedTask> tasks_of(const Json& json, std::size_t distributions) {
     std::vector<PlannedTask> tasks;
     std::vector<bool> met(distributions, false);
     for (const Json& one : json) {
-        tasks.push_back({work_of(one.at("distributions"), distributions), double_of(one.at("seconds")),
-                         double_of(one.at("megabytes"))});
+        tasks.push_back({work_of(one.at("distributions"), distributions), number_of(one.at("seconds"), 0.0),
+                         number_of(one.at("megabytes"), 0.0)});
         for (const std::size_t distribution : tasks.back().Work) {
             if (met[distribution]) platform::Raise(platform::error_number::kSubscript, "work that is planned twice");
             met[distribution] = true;

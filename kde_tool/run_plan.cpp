@@ -167,9 +167,20 @@ bool has_overlap(std::span<const platform::Point> points) {
     return false;
 }
 
+namespace {
+
+/// A name with line breaks would pass for lines of the question.
+std::string in_one_line(std::string name) {
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '\r' || c == '\n' || c == '\t'; }, ' ');
+    return name;
+}
+
+}  // namespace
+
 std::string overlap_question(std::span<const std::string> ids) {
     std::string list;
-    for (std::size_t i = 0; i < ids.size(); ++i) list += (i == 0 ? "" : "  ") + ids[i];
+    for (std::size_t i = 0; i < ids.size(); ++i) list += (i == 0 ? "" : "  ") + in_one_line(ids[i]);
     return "Warning: overlapping points were detected for the following animals:\r\n" + list +
            "\r\nThis may prevent reasonable estimation of the bandwidth. Would you like to continue anyway?";
 }

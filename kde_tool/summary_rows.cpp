@@ -1,6 +1,7 @@
 #include "kde_tool/summary_rows.h"
 
 #include "kde_tool/bandwidth_doctor.h"
+#include "platform/foreign_cell.h"
 #include "platform/text.h"
 
 #include <cmath>
@@ -24,7 +25,7 @@ std::string utf8(const std::string& text) {
 
 std::string line_of(const std::vector<std::string>& cells) {
     std::string line;
-    for (std::size_t i = 0; i < cells.size(); ++i) line += (i == 0 ? "" : ",") + platform::CsvCell(utf8(cells[i]));
+    for (std::size_t i = 0; i < cells.size(); ++i) line += (i == 0 ? "" : ",") + platform::ForeignCell(utf8(cells[i]));
     return line + "\r\n";
 }
 
@@ -75,7 +76,9 @@ private:
 };
 
 bool is_replaced(const Row& row, const std::set<std::string>& replaced) {
-    return row.Cells.size() > kRasterColumn && replaced.contains(row.Cells[kRasterColumn]);
+    if (row.Cells.size() <= kRasterColumn) return false;
+    const std::string& raster = row.Cells[kRasterColumn];
+    return replaced.contains(raster) || (raster.starts_with('\'') && replaced.contains(raster.substr(1)));
 }
 
 }  // namespace

@@ -7,4 +7,7 @@ namespace wxl::results_page {
 extern const std::string_view kStyle;
 extern const std::string_view kScript;
 
+/// SHA-256 of a line feed and the script, in hexadecimal digits.
+extern const std::string_view kScriptDigest;
+
 }  // namespace wxl::results_page

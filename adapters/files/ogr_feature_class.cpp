@@ -83,7 +83,6 @@ std::filesystem::path OgrFeatureClass::Path() const {
     return m_state->Path();
 }
 
-
 std::vector<std::filesystem::path> OgrFeatureClass::Files() const {
     return m_state->Files();
 }

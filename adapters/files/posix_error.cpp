@@ -44,6 +44,8 @@ std::int32_t ErrorNumberOf(int code, const std::filesystem::path& path) {
 void RaiseErrno(int code, const std::filesystem::path& path) {
     const std::int32_t number = ErrorNumberOf(code, path);
     std::string text = platform::DescriptionOf(number) + ": " + path.string();
+    if (code == EFBIG)
+        platform::Raise(number, "The file became larger than this user's limit (ulimit -f) allows: " + path.string());
     const bool plain = code == ENOSPC || code == EACCES || code == EEXIST || code == ENOENT;
     if (!plain) text += " (" + std::generic_category().message(code) + ")";
     platform::Raise(number, text);

@@ -5,6 +5,7 @@
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <fcntl.h>
 #include <span>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace wxl::files {
@@ -48,11 +50,28 @@ fs::path folder_of(const fs::path& file) {
     return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
+/// What other programs noted beside the file's content: labels, comments, access lists.
+void take_over_attributes(const fs::path& old, const fs::path& replacement) {
+    std::string names(static_cast<std::size_t>(std::max<ssize_t>(::listxattr(old.c_str(), nullptr, 0), 0)), '\0');
+    const ssize_t listed = names.empty() ? 0 : ::listxattr(old.c_str(), names.data(), names.size());
+    names.resize(static_cast<std::size_t>(std::max<ssize_t>(listed, 0)));
+    for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
+        const char* name = names.c_str() + at;
+        std::string value(static_cast<std::size_t>(std::max<ssize_t>(::getxattr(old.c_str(), name, nullptr, 0), 0)),
+                          '\0');
+        const ssize_t size = ::getxattr(old.c_str(), name, value.data(), value.size());
+        // One that the system sets itself, or that this disk does not take, is none to be kept.
+        if (size >= 0) [[maybe_unused]]
+            const int ignored = ::setxattr(replacement.c_str(), name, value.data(), static_cast<std::size_t>(size), 0);
+    }
+}
+
 /// Gives a new file the rights and, where the system allows it, the owner of the old one.
 void take_over_rights(const fs::path& old, const fs::path& replacement) {
     struct stat status = {};
     if (::stat(old.c_str(), &status) != 0) return;
     [[maybe_unused]] const int ignored = ::chown(replacement.c_str(), status.st_uid, status.st_gid);
+    take_over_attributes(old, replacement);
     if (::chmod(replacement.c_str(), status.st_mode & 07777) != 0) RaiseErrno(errno, replacement);
 }
 

@@ -25,7 +25,12 @@ Console::Console(std::ostream& out, std::ostream& err, bool terminal) : m_out(ou
 
 void Console::Result(std::string_view line) {
     EndProgress();
-    m_out << printable(line) << '\n';
+    m_out << printable_line(line) << '\n';
+}
+
+void Console::Text(std::string_view lines) {
+    EndProgress();
+    m_out << printable(lines) << '\n';
 }
 
 void Console::Note(std::string_view line) {
@@ -43,7 +48,7 @@ int Console::Fail(std::string_view line) {
 
 void Console::Progress(double fraction, std::string_view what) {
     if (!m_terminal || m_quiet) return;
-    const std::string bar = bar_text(fraction, printable(what));
+    const std::string bar = bar_text(fraction, printable_line(what));
     if (bar == m_bar) return;
     EndProgress();
     m_err << bar << std::flush;
@@ -67,7 +72,7 @@ void Console::ErrorLine(std::string_view line) {
     EndProgress();
     // Results and messages keep their order where both go to one terminal or file.
     m_out.flush();
-    m_err << printable(line) << '\n' << std::flush;
+    m_err << printable_line(line) << '\n' << std::flush;
 }
 
 }  // namespace wxl::cli

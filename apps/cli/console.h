@@ -21,7 +21,7 @@ public:
 };
 
 /// Where a command writes: results to standard output, everything else to standard error. A line is written at once,
-/// with its control characters made visible, and ends with a line feed.
+/// with its control characters made visible, line breaks and tabs in it as well, and ends with a line feed.
 class Console {
 public:
     /// `terminal`: `err` is a terminal, so that a progress bar can be drawn on it.
@@ -33,6 +33,9 @@ public:
 
     /// A line of the result.
     void Result(std::string_view line);
+
+    /// A result of several lines whose line breaks are the program's own: JSON, a manual page.
+    void Text(std::string_view lines);
 
     /// A line that tells how the work went: counts, choices made.
     void Note(std::string_view line);

@@ -95,12 +95,9 @@ Answer ConsoleMessages::Show(const platform::MessageBox& box) {
     if (m_stopped && question) throw QuestionUnanswered();
     if (m_stopped) return Answer::kOk;
 
-    const std::string text = platform::PlainText(box);
-    if (question || box.Sign != platform::Icon::kInformation) {
-        m_console.Problem(text);
-    } else {
-        m_console.Note(text);
-    }
+    const bool isNote = !question && box.Sign == platform::Icon::kInformation;
+    for (const std::string& line : platform::Split(platform::PlainText(box), '\n'))
+        isNote ? m_console.Note(line) : m_console.Problem(line);
     if (!question) return Answer::kOk;
 
     const auto named = m_answers.ByTopic.find(box.About);

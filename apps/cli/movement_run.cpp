@@ -3,12 +3,14 @@
 #include "apps/cli/input_layer.h"
 #include "kde_tool/animal_fixes.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <limits>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -110,6 +112,18 @@ bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages)
                platform::Answer::kYes;
     } catch (const QuestionUnanswered&) {
         return false;
+    }
+}
+
+void tell_other_names(files::FilesFeatureLayer& layer, Console& console) {
+    if (!platform::EqualNoCase(layer.Features().Path().extension().string(), ".shp")) return;
+    std::set<std::filesystem::path> told;
+    for (const std::filesystem::path& file : layer.Features().Files()) {
+        std::error_code unknown;
+        const std::uintmax_t names = std::filesystem::hard_link_count(file, unknown);
+        if (!unknown && names > 1 && told.insert(file).second)
+            console.Problem(
+                fmt::format("{} has {} names (hard links): under the others it stays as it was", file.string(), names));
     }
 }
 

@@ -39,6 +39,10 @@ void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy
 /// answer is no or --answer does not tell (ConsoleMessages::Stopped).
 bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages);
 
+/// Says, before a tool changes the layer, which of its files have other names (hard links): those keep the old rows,
+/// because a new file takes the place of the old one. A database is changed in place, for all its names.
+void tell_other_names(files::FilesFeatureLayer& layer, Console& console);
+
 /// "--where CONDITION chooses one", the remedy where a command has --where.
 inline constexpr std::string_view kChooseByWhere = "--where {} chooses one";
 

@@ -24,7 +24,7 @@ char32_t code_of(std::string_view character) {
 }
 
 bool is_control(char32_t code) {
-    return (code < 0x20 && code != '\n' && code != '\t') || (code >= 0x7F && code < 0xA0);
+    return code < 0x20 || (code >= 0x7F && code < 0xA0);
 }
 
 /// Marks that turn the direction of text, and separators of lines.
@@ -33,23 +33,34 @@ bool is_layout(char32_t code) {
            (code >= 0x2066 && code <= 0x2069);
 }
 
-}  // namespace
-
-std::string printable(std::string_view text) {
-    std::string shown;
-    shown.reserve(text.size());
+/// `kept` are control characters that stay.
+std::string shown(std::string_view text, std::string_view kept) {
+    std::string result;
+    result.reserve(text.size());
     while (!text.empty()) {
         const std::size_t length = length_of_character(text);
         const char32_t code = length == 0 ? static_cast<unsigned char>(text.front()) : code_of(text.substr(0, length));
-        if (length == 0 || (is_control(code) && code < 0x20))
-            shown += fmt::format("\\x{:02X}", static_cast<unsigned>(code));
+        if (length == 1 && kept.find(text.front()) != std::string_view::npos)
+            result += text.front();
+        else if (length == 0 || (is_control(code) && code < 0x20))
+            result += fmt::format("\\x{:02X}", static_cast<unsigned>(code));
         else if (is_control(code) || is_layout(code))
-            shown += fmt::format("\\u{:04X}", static_cast<unsigned>(code));
+            result += fmt::format("\\u{:04X}", static_cast<unsigned>(code));
         else
-            shown += text.substr(0, length);
+            result += text.substr(0, length);
         text.remove_prefix(length == 0 ? 1 : length);
     }
-    return shown;
+    return result;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+    return shown(text, "\n\t");
+}
+
+std::string printable_line(std::string_view text) {
+    return shown(text, {});
 }
 
 }  // namespace wxl::cli

@@ -10,4 +10,8 @@ namespace wxl::cli {
 /// written as JSON writes it.
 std::string printable(std::string_view text);
 
+/// The same for a text that is one line: line feeds and tabs become "\x0A" and "\x09" too, so that no name passes for a
+/// line of the program's own.
+std::string printable_line(std::string_view text);
+
 }  // namespace wxl::cli

@@ -69,8 +69,10 @@ std::string head(const std::string& name, const std::string& log, const std::str
 }
 
 void refuse_line_breaks(const SlurmWishes& wishes) {
-    for (const std::string& option : wishes.Options)
-        if (option.find_first_of("\r\n") != std::string::npos)
+    std::vector<std::string> lines = wishes.Options;
+    lines.insert(lines.end(), {wishes.Memory, wishes.Time});
+    for (const std::string& line : lines)
+        if (line.find_first_of("\r\n") != std::string::npos)
             platform::Raise(platform::error_number::kInvalidCall, "An option of sbatch is one line.");
 }
 
@@ -130,7 +132,13 @@ std::string submit_script(const fs::path& script, const std::vector<std::string>
                         "--dry-run, or compute here with --engine local --jobs N");
     if (status != 0)
         platform::Raise(platform::error_number::kInvalidCall, fmt::format("sbatch {}: {}", ending_text(status), said));
-    return said.substr(0, said.find(';'));
+    const std::string job = said.substr(0, said.find(';'));
+    if (job.empty() || job.find_first_not_of("0123456789") != std::string::npos)
+        platform::Raise(platform::error_number::kInvalidCall,
+                        fmt::format("sbatch was started and gave no number of a job, but \"{}\": see by squeue whether "
+                                    "the job waits, and send it again if it does not",
+                                    said));
+    return job;
 }
 
 }  // namespace wxl::cli

@@ -4,6 +4,7 @@
 #include "adapters/files/shapefile_parts.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
+#include "platform/foreign_cell.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ namespace fs = std::filesystem;
 std::string csv_line(const std::vector<std::string>& cells) {
     std::string line;
     for (const std::string& cell : cells)
-        line += (line.empty() && &cell == &cells.front() ? "" : ",") + platform::CsvCell(cell);
+        line += (line.empty() && &cell == &cells.front() ? "" : ",") + platform::ForeignCell(cell);
     return line + "\n";
 }
 

@@ -10,6 +10,7 @@ import hashlib
 import io
 import pathlib
 import random
+import re
 import shutil
 import subprocess
 import sys
@@ -183,6 +184,23 @@ def check_axe(browser, source):
         v if isinstance(v, str) else "%s: %s" % (v["id"], [n["target"] for n in v["nodes"]][:3]) for v in found["violations"]]
 
 
+def check_policy(page):
+    """The policy names the page's one script by its digest, worked out anew here, and allows no other."""
+    text = page.read_text(encoding="utf-8")
+    policy = re.search('Content-Security-Policy" content="([^"]*)"', text).group(1)
+    digest = base64.b64encode(hashlib.sha256(re.search("<script>(.*?)</script>", text, re.S).group(1).encode()).digest()).decode()
+    yield "the policy allows other scripts", policy.split("script-src ")[1] != "'sha256-%s'" % digest
+
+
+def check_planted_script(browser, page):
+    planted = page.with_name("planted.html")
+    planted.write_text(page.read_text(encoding="utf-8").replace("<main", "<script>document.title='planted'</script><main", 1),
+                       encoding="utf-8")
+    browser.show(planted, 1600, "light")
+    yield "a script that was planted runs", browser.driver.title == "planted"
+    browser.driver.get_log("browser")  # it was told there
+
+
 def check_console(browser):
     yield "the console is not empty", [entry["message"] for entry in browser.driver.get_log("browser")]
     yield "the page asks the network", [entry["message"][:200] for entry in browser.driver.get_log("performance")
@@ -208,6 +226,7 @@ def main():
 
     with tempfile.TemporaryDirectory() as folder:
         page = make_page(wxl, pathlib.Path(folder))
+        judge("policy", check_policy(page))
         browser = Browser(chromium, chromedriver)
         try:
             for width in (360, 1600):
@@ -222,6 +241,7 @@ def main():
                 judge(str(width), check_content(browser))
                 judge(str(width), check_sorting(browser))
             judge("all", check_console(browser))
+            judge("planted", check_planted_script(browser, page))
         finally:
             browser.close()
     print("\n".join(failures) if failures else "the page is good" + ("" if axe else "; axe-core could not be had"))

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace wxl {
@@ -182,6 +183,52 @@ TEST_F(FullDisk, That_is_read_only_is_told_of_and_stays_as_it_is) {
         EXPECT_EQ(run.Code, 1) << call[0] << run.Err;
         EXPECT_NE(run.Err.find(Work.string()), std::string::npos) << call[0] << ": " << run.Err;
         EXPECT_TRUE(tests::snapshot_of(Work) == before) << call[0];
+    }
+}
+
+/// Limits the size of files that this process and its children write, while it lives.
+class SmallFiles {
+public:
+    explicit SmallFiles(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit small = {bytes, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~SmallFiles() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+
+private:
+    rlimit m_before = {};
+};
+
+TEST(SizeLimit, Of_files_ends_a_run_with_a_message_and_leaves_nothing_half_written) {
+    const tests::ScratchFolder scratch;
+    const tests::ScratchFolder work;
+    std::ofstream csv(work / "table.csv");
+    csv << "animal,x,y\n";
+    for (int fix = 0; fix < 400; ++fix)
+        csv << "a," << 500000 + fix * 7 % 900 << ',' << 6000000 + fix * 13 % 800 << '\n';
+    csv.close();
+    const std::vector<std::string> import = {"import", work / "table.csv", work / "fixes.shp", "--from-crs",
+                                             "EPSG:32633"};
+    {
+        const SmallFiles limit(2000);
+        const tests::FaultyRun run = tests::run_with_fault(import, work.Path(), scratch.Path(), {});
+        EXPECT_EQ(run.Code, 1);
+        EXPECT_NE(run.Err.find("The file became larger than this user's limit (ulimit -f) allows: "), std::string::npos)
+            << run.Err;
+        EXPECT_EQ(datasets_in(work.Path()), Files());
+    }
+    ASSERT_EQ(tests::run_with_fault(import, work.Path(), scratch.Path(), {}).Code, 0);
+    const Files before = datasets_in(work.Path());
+    for (const std::string format : {"GRID", "GTiff"}) {
+        const SmallFiles limit(4000);
+        const tests::FaultyRun run =
+            tests::run_with_fault({"kde", work / "fixes.shp", "--id-field", "animal", "--out", work / "out",
+                                   "--cell-size", "10", "--extent", "min", "--raster-format", format},
+                                  work.Path(), scratch.Path(), {});
+        EXPECT_EQ(run.Code, 1) << format;
+        EXPECT_NE(run.Err.find("could not be written"), std::string::npos) << run.Err;
+        EXPECT_EQ(datasets_in(work.Path()), before) << format;
     }
 }
 

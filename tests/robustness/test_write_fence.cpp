@@ -133,14 +133,14 @@ protected:
             Put("elsewhere.txt", "[OUTFOLDER]\r\n" + (m_folder / "victim").string() + "\r\n[END]\r\n"));
     }
 
-    /// GeoPackages: plain, with a log of changes beside them, with tables that are none.
+    /// GeoPackages: plain, and with a trigger that deletes when something is changed.
     void MakeDatabases() {
-        for (const std::string name : {"plain.gpkg", "log.gpkg", "view.gpkg"}) {
-            files::RegisterGdal();
+        const OGRSpatialReference zone = files::ToOgr(files::ReferenceFromText("EPSG:32633"));
+        for (const std::string name : {"plain.gpkg", "trigger.gpkg"}) {
             GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GPKG");
             const files::GdalDatasetPtr made(driver->Create(In(name).c_str(), 0, 0, 0, GDT_Unknown, nullptr));
             ASSERT_TRUE(made);
-            OGRLayer* layer = made->CreateLayer("fixes", nullptr, wkbPoint, nullptr);
+            OGRLayer* layer = made->CreateLayer("fixes", &zone, wkbPoint, nullptr);
             OGRFieldDefn field("animal", OFTString);
             ASSERT_EQ(layer->CreateField(&field), OGRERR_NONE);
             for (int i = 0; i < 5; ++i) {
@@ -150,9 +150,7 @@ protected:
                 row.SetField(0, "a");
                 ASSERT_EQ(layer->CreateFeature(&row), OGRERR_NONE);
             }
-            if (name == "log.gpkg")
-                made->ReleaseResultSet(made->ExecuteSQL("PRAGMA journal_mode=WAL", nullptr, nullptr));
-            if (name == "view.gpkg")
+            if (name == "trigger.gpkg")
                 made->ReleaseResultSet(made->ExecuteSQL(
                     "CREATE TRIGGER t AFTER UPDATE ON fixes BEGIN DELETE FROM fixes; END", nullptr, nullptr));
             m_inputs.push_back(In(name));
@@ -202,7 +200,9 @@ protected:
         EXPECT_GE(run.Code, 0) << run.Said;
         allowed.push_back(m_folder / "temporary");
         for (const std::string& file : run.Writes) EXPECT_TRUE(IsAllowed(file, allowed)) << file << "\n" << run.Said;
-        if (!mayStart) EXPECT_THAT(run.Programs, IsEmpty());
+        if (!mayStart) {
+            EXPECT_THAT(run.Programs, IsEmpty());
+        }
     }
 
     static bool IsAllowed(const fs::path& file, const std::vector<fs::path>& allowed) {
@@ -303,7 +303,7 @@ TEST_F(WatchedCommands, Of_a_batch_write_into_its_folder) {
     };
     Watch(plan, {out});
     all();
-    for (const std::string& subfolder : {"../victim", "link", "."}) {
+    for (const char* subfolder : {"../victim", "link", "."}) {
         Watch(plan, {out});
         std::error_code ignored;
         fs::create_directory_symlink(m_folder / "victim", out / "link", ignored);

@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <linux/ptrace.h>
 #include <map>
 #include <optional>
 #include <sys/ptrace.h>

@@ -292,7 +292,7 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
     if (profile) profile->Write(csv_text(profile_of(animals)));
     plots.Write(animals);
     if (options.Json) {
-        console.Result(json_text(json_of(animals, options)));
+        console.Text(json_text(json_of(animals, options)));
     } else {
         print_table(table_of(animals, options), console);
     }

@@ -199,7 +199,7 @@ int run_batch_status(const BatchStatusOptions& options, Console& console) {
     const bool merged = batch::is_merged(*services.Files, files);
     const auto& [missing, running, failed, done] = list.Counts;
     if (options.Json) {
-        console.Result(json_text(Json{{"planned", plan.Planned},
+        console.Text(json_text(Json{{"planned", plan.Planned},
                                       {"merged", merged},
                                       {"done", done},
                                       {"running", running},

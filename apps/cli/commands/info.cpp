@@ -137,7 +137,7 @@ int run_info(const InfoOptions& options, Console& console) {
                                  facts.Groups.WithoutId == 1 ? "point names" : "points name", facts.IdField));
     if (facts.Groups.NullGeometry) console.Note("some points have no location");
     if (options.Json) {
-        console.Result(json_text(json_of(facts)));
+        console.Text(json_text(json_of(facts)));
     } else {
         tell_text(facts, console);
     }

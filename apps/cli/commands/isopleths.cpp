@@ -225,7 +225,7 @@ int run_isopleths(const IsoplethOptions& options, Console& console) {
     if (*std::max_element(percentages.begin(), percentages.end()) <= 1.0)
         console.Note("the levels are percentages: 95 means 95 %, and 0.95 less than one percent");
     const Result result = make_isopleths(options, percentages, console);
-    if (options.Json) console.Result(json_text(json_of(result)));
+    if (options.Json) console.Text(json_text(json_of(result)));
     if (result.Status != 0) return console.Fail(options.Raster + ": " + failure_of(result));
     if (!options.Json) print_text(result, console);
     warn_of_edge(result, console);

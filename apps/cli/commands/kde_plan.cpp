@@ -225,7 +225,7 @@ int print_plan(frmKDE& form, const PlanWishes& wishes, Console& console) {
             console.Result(line_of(plan, inputs.Method));
     }
     if (wishes.Json)
-        console.Result(json_text(Json{{"animals", animals}, {"points_without_id", withoutId}, {"names_taken", taken}}));
+        console.Text(json_text(Json{{"animals", animals}, {"points_without_id", withoutId}, {"names_taken", taken}}));
     tell_without_id(withoutId, inputs.IdField, console);
     tell_taken(taken, console);
     const bool hopeless = std::ranges::all_of(plans, [](const auto& plan) { return !plan.Failure.empty(); });

@@ -14,7 +14,7 @@ namespace {
 
 void print(std::string text, Console& console) {
     if (text.ends_with('\n')) text.pop_back();
-    console.Result(text);
+    console.Text(text);
 }
 
 /// A command by its name, with blanks or hyphens between its words; the program itself for none.

@@ -113,7 +113,7 @@ int run_stats(const StatsOptions& options, Console& console) {
     const TextTable table = table_of(rows);
     if (csv) csv->Write(csv_text(table));
     if (options.Json) {
-        console.Result(json_text(json_of(rows)));
+        console.Text(json_text(json_of(rows)));
     } else {
         print_table(table, console);
     }

@@ -143,6 +143,23 @@ TEST_F(PlanTest, Another_format_and_missing_or_wrong_members_are_refused) {
     EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["layer_extent"] = Json::array({1, 2}); }), "");
 }
 
+TEST_F(PlanTest, Numbers_that_no_run_could_work_with_are_refused) {
+    for (const Json& number :
+         {Json("7FF0000000000000"), Json("FFF0000000000000"), Json("7FF8000000000000"), Json(1e300)}) {
+        for (const char* member : {"cell_size", "scaling_factor", "buffer"})
+            EXPECT_THAT(FaultAfter([&](Json& json) { json["frame"][member] = number; }), HasSubstr("which cannot be"))
+                << member << number;
+        for (const char* member : {"seconds", "megabytes"})
+            EXPECT_THAT(FaultAfter([&](Json& json) { json["tasks"][0][member] = number; }),
+                        HasSubstr("which cannot be"))
+                << member << number;
+        EXPECT_NE(FaultAfter([&](Json& json) { json["frame"]["values"][0] = number; }), "") << number;
+        EXPECT_NE(FaultAfter([&](Json& json) { json["frame"]["percentages"] = Json::array({number}); }), "") << number;
+    }
+    EXPECT_THAT(FaultAfter([](Json& json) { json["tasks"][0]["seconds"] = -1.0; }),
+                HasSubstr("the number -1, which cannot be"));
+}
+
 TEST_F(PlanTest, A_plan_cut_short_anywhere_is_refused) {
     write_plan(Files, Batch, Made);
     const std::string whole = Files.ReadFile(Batch.Plan(), 1 << 20);

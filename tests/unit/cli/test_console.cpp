@@ -35,7 +35,7 @@ TEST(Console, Codes_for_the_terminal_become_visible) {
     console.Progress(0.5, "reading \x1B[31m");
     EXPECT_EQ(streams.Out.str(),
               "\\x1B[2J\\x07"
-              "a\tb\nc\\u007F\n");
+              "a\\x09b\\x0Ac\\u007F\n");
     EXPECT_TRUE(streams.Err.str().starts_with("wolf\\u202Efdp.exe \\u009B31m \\xFF \\xE2\\x82\n")) << streams.Err.str();
     EXPECT_NE(streams.Err.str().find("reading \\x1B[31m"), std::string::npos);
 }
