@@ -210,22 +210,23 @@ TEST(SizeLimit, Of_files_ends_a_run_with_a_message_and_leaves_nothing_half_writt
     csv.close();
     const std::vector<std::string> import = {"import", work / "table.csv", work / "fixes.shp", "--from-crs",
                                              "EPSG:32633"};
-    {
-        const SmallFiles limit(2000);
-        const tests::FaultyRun run = tests::run_with_fault(import, work.Path(), scratch.Path(), {});
-        EXPECT_EQ(run.Code, 1);
-        EXPECT_NE(run.Err.find("The file became larger than this user's limit (ulimit -f) allows: "), std::string::npos)
-            << run.Err;
-        EXPECT_EQ(datasets_in(work.Path()), Files());
-    }
+    const Files table = datasets_in(work.Path());
+    const auto run_limited = [&](const std::vector<std::string>& call) {
+        const SmallFiles limit(8000);
+        return tests::run_with_fault(call, work.Path(), scratch.Path(), {});
+    };
+    const tests::FaultyRun imported = run_limited(import);
+    EXPECT_EQ(imported.Code, 1);
+    EXPECT_NE(imported.Err.find("The file became larger than this user's limit (ulimit -f) allows: "),
+              std::string::npos)
+        << imported.Err;
+    EXPECT_EQ(datasets_in(work.Path()), table);
     ASSERT_EQ(tests::run_with_fault(import, work.Path(), scratch.Path(), {}).Code, 0);
     const Files before = datasets_in(work.Path());
     for (const std::string format : {"GRID", "GTiff"}) {
-        const SmallFiles limit(4000);
         const tests::FaultyRun run =
-            tests::run_with_fault({"kde", work / "fixes.shp", "--id-field", "animal", "--out", work / "out",
-                                   "--cell-size", "10", "--extent", "min", "--raster-format", format},
-                                  work.Path(), scratch.Path(), {});
+            run_limited({"kde", work / "fixes.shp", "--id-field", "animal", "--out", work / "out", "--cell-size", "10",
+                         "--extent", "min", "--raster-format", format});
         EXPECT_EQ(run.Code, 1) << format;
         EXPECT_NE(run.Err.find("could not be written"), std::string::npos) << run.Err;
         EXPECT_EQ(datasets_in(work.Path()), before) << format;

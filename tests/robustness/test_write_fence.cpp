@@ -135,7 +135,7 @@ protected:
 
     /// GeoPackages: plain, and with a trigger that deletes when something is changed.
     void MakeDatabases() {
-        const OGRSpatialReference zone = files::ToOgr(files::ReferenceFromText("EPSG:32633"));
+        OGRSpatialReference zone = files::ToOgr(files::ReferenceFromText("EPSG:32633"));
         for (const std::string name : {"plain.gpkg", "trigger.gpkg"}) {
             GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GPKG");
             const files::GdalDatasetPtr made(driver->Create(In(name).c_str(), 0, 0, 0, GDT_Unknown, nullptr));
