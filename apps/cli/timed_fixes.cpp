@@ -146,6 +146,7 @@ TimedAnimals read_timed_animals(const TimedInputOptions& options, Console& conso
 
     TimedAnimals result;
     result.Reference = points->Reference();
+    result.Read = files_read(*layer);
     const platform::FieldType timeType = fields.at(static_cast<std::size_t>(times.front())).Type;
     result.NumberTimes = timeType == platform::FieldType::kInteger || timeType == platform::FieldType::kDouble;
     std::map<FieldValue, TimedAnimal, IdLess> animals;

@@ -44,6 +44,7 @@ struct TimedAnimal {
 struct TimedAnimals {
     std::vector<TimedAnimal> Animals;  ///< ascending by ID
     platform::SpatialReference Reference;
+    ReadFiles Read;            ///< the files of the layer
     bool NumberTimes = false;  ///< times are numbers of a field, not moments of a calendar
 };
 

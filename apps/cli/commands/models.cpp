@@ -265,6 +265,7 @@ std::vector<TextOutput> plots_of(const ModelsOptions& options, const TimedAnimal
     make_output_folder(options.Plot);
     for (const TimedAnimal& animal : animals.Animals) {
         platform::CheckDatasetName(animal.NamingId);
+        animals.Read.Refuse(fs::path(options.Plot) / (animal.NamingId + "_variogram.svg"));
         plots.emplace_back((fs::path(options.Plot) / (animal.NamingId + "_variogram.svg")).string(), options.Overwrite);
     }
     return plots;
@@ -301,6 +302,7 @@ int run_models(const ModelsOptions& options, Console& console) {
     std::optional<TextOutput> csv;
     if (!options.Csv.empty()) csv.emplace(options.Csv, options.Overwrite);
     const TimedAnimals animals = read_timed_animals(options.Input, console);
+    if (csv) animals.Read.Refuse(csv->Path());
     const std::vector<TextOutput> plots = plots_of(options, animals);
     const Units units{animals.Reference.MetersPerUnit == 1.0};
 
@@ -317,7 +319,7 @@ int run_models(const ModelsOptions& options, Console& console) {
         if (!plots.empty()) plots[i].Write(pictures::VariogramSvg(picture_of(fitted, units)));
     }
     if (csv) csv->Write(csv_text(table));
-    if (options.Json) console.Result(json_text(json));
+    if (options.Json) console.Text(json_text(json));
     return failed > 0 && failed == animals.Animals.size() ? exit_code::kFailed : exit_code::kDone;
 }
 
