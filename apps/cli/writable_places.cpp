@@ -54,6 +54,10 @@ WritablePlaces beside(const InputOptions& points) {
 
 }  // namespace
 
+Fence fence_of(const AkdeOptions& options) {
+    return WritablePlaces().Folder(options.Out);
+}
+
 Fence fence_of(const ImportOptions& options) {
     return WritablePlaces().FolderOf(options.Output);
 }

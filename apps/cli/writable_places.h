@@ -2,6 +2,7 @@
 // Where each command may write, by its own options. SECURITY.md lists the same for the user.
 
 #include "adapters/files/write_fence.h"
+#include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/batch.h"
 #include "apps/cli/commands/import.h"
@@ -22,6 +23,7 @@ namespace wxl::cli {
 /// Nothing for a command that cannot be bound: what it starts is not ours, and would be bound with it.
 using Fence = std::optional<files::WritablePlaces>;
 
+Fence fence_of(const AkdeOptions& options);
 Fence fence_of(const ImportOptions& options);
 Fence fence_of(const InfoOptions& options);
 Fence fence_of(const KdeOptions& options);
