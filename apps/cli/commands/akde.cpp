@@ -275,7 +275,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     }
     summary.Write(csv_text(table));
     if (options.Json)
-        console.Result(json_text(json));
+        console.Text(json_text(json));
     else
         console.Result("summary: " + summary.Path());
     if (failed > 0)
