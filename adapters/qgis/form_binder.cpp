@@ -29,7 +29,7 @@ void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
     QStringList headers;
     for (const std::string& column : grid.Columns) headers << ToQString(column);
     const int rows = static_cast<int>(grid.Rows.size());
-    widget.setColumnCount(headers.size());
+    widget.setColumnCount(static_cast<int>(headers.size()));
     widget.setHorizontalHeaderLabels(headers);
     widget.setRowCount(rows);
     for (int row = 0; row < rows; ++row) {
