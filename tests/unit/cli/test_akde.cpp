@@ -3,6 +3,7 @@
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/timed_rows.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 

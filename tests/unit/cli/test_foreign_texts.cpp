@@ -5,6 +5,7 @@
 #include "platform/runtime_error.h"
 #include "tests/unit/cli/layer_files.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 #include "comparison/kernel_sum.h"
 #include "tests/support/samples.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace wxl::comparison {

@@ -2,6 +2,7 @@
 #include "movement_models/weights.h"
 #include "worked_tracks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numeric>

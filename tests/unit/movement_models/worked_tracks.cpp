@@ -2,6 +2,7 @@
 
 #include "dense_twin.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
