@@ -88,7 +88,7 @@ void KernelSum::Add(std::span<const platform::Point> fixes, double bandwidth) {
                            .Weight = 1.0,
                            .Square = {columns.First, columns.Last, rows.First, rows.Last}});
     }
-    engine::WorkClock clock(nullptr);
+    engine::WorkClock clock;
     engine::accumulate(kernels, centres_of(m_grid), m_cells, clock);
 }
 
