@@ -70,6 +70,10 @@ class Cluster:
         host = socket.gethostname().split(".")[0]
         (self.folder / "slurm.conf").write_text(CONFIGURATION.format(
             host=host, folder=self.folder, control_port=free_port(), node_port=free_port()), encoding="ascii")
+        # Slurm 24 asks for control groups otherwise, which a minimal system does not have; Slurm 22 knows no such value.
+        said = self.said("slurmd", "-V").split()
+        if len(said) == 2 and int(said[1].split(".")[0]) >= 24:
+            (self.folder / "cgroup.conf").write_text("CgroupPlugin=disabled\n", encoding="ascii")
         files = [f"--{name}={self.folder / f'munge.{end}'}" for name, end in (
             ("key-file", "key"), ("socket", "sock"), ("pid-file", "pid"), ("log-file", "log"), ("seed-file", "seed"))]
         self.munged = subprocess.Popen(["munged", "--foreground", "--force", *files], env=self.environment,
