@@ -1,6 +1,6 @@
 # The fuzz targets over their seeds, in one ordinary program: each target's entry point takes the target's name. Seeds of
 # the settings reader: tests/unit/kde_tool.
-set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile grid levels engine isopleths batch)
+set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile grid levels engine isopleths batch movement_models)
 set(WXL_FUZZ_SOURCES)
 foreach(target ${WXL_FUZZ_TARGETS})
   set(source ${CMAKE_SOURCE_DIR}/fuzz/fuzz_${target}.cpp)
@@ -17,6 +17,7 @@ wxl_test(
   wxl_batch
   wxl_engine
   wxl_isopleths
+  wxl_movement_models
   wxl_adapter_files_raster
   wxl_adapter_files_tracking
   wxl_adapter_files_vector

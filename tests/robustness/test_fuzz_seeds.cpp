@@ -13,7 +13,7 @@
 
 using Target = int(const std::uint8_t* data, std::size_t size);
 extern "C" Target fuzz_numbers, fuzz_tracking_csv, fuzz_shapefile, fuzz_grid, fuzz_levels, fuzz_engine, fuzz_isopleths,
-    fuzz_batch;
+    fuzz_batch, fuzz_movement_models;
 
 namespace {
 
@@ -80,7 +80,8 @@ INSTANTIATE_TEST_SUITE_P(Targets, FuzzSeeds,
                                          Seeds{"tracking_csv", fuzz_tracking_csv, 400},
                                          Seeds{"shapefile", fuzz_shapefile, 1000}, Seeds{"grid", fuzz_grid, 300},
                                          Seeds{"levels", fuzz_levels, 100}, Seeds{"engine", fuzz_engine, 200},
-                                         Seeds{"isopleths", fuzz_isopleths, 100}, Seeds{"batch", fuzz_batch, 500}),
+                                         Seeds{"isopleths", fuzz_isopleths, 100}, Seeds{"batch", fuzz_batch, 500},
+                                         Seeds{"movement_models", fuzz_movement_models, 40}),
                          [](const auto& seeds) { return std::string(seeds.param.Name); });
 
 }  // namespace
