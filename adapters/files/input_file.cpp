@@ -11,13 +11,15 @@
 namespace wxl::files {
 
 InputFile::InputFile(std::filesystem::path file) : m_file(std::move(file)) {
-    m_descriptor = ::open(m_file.c_str(), O_RDONLY | O_CLOEXEC);
+    // A pipe would wait for a writer.
+    m_descriptor = ::open(m_file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (m_descriptor < 0) RaiseErrno(errno, m_file);
     struct stat status = {};
-    if (::fstat(m_descriptor, &status) != 0) {
-        const int code = errno;
+    const int code = ::fstat(m_descriptor, &status) == 0 ? 0 : errno;
+    if (code != 0 || !S_ISREG(status.st_mode)) {
         ::close(m_descriptor);
-        RaiseErrno(code, m_file);
+        if (code != 0) RaiseErrno(code, m_file);
+        RaiseNoFile(status.st_mode, m_file);
     }
     m_size = static_cast<std::uint64_t>(status.st_size);
 }

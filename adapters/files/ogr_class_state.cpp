@@ -27,10 +27,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool is_shapefile(const fs::path& path) {
-    return platform::EqualNoCase(path.extension().string(), ".shp");
-}
-
 bool is_finite(const Point& point) {
     return std::isfinite(point.X) && std::isfinite(point.Y);
 }
@@ -82,16 +78,21 @@ OgrFeatureClass::State::State(const std::string& input, Sources sources) : m_sou
     Load();
 }
 
+void OgrFeatureClass::State::GatherParts() {
+    m_gathered.reset();
+    if (!m_isShapefile) return;
+    const Swap swap = find_swap(m_path);
+    if (swap.State == SwapState::kBroken) Raise(error_number::kPermissionDenied, swap.Trouble);
+    if (swap.State == SwapState::kWaiting) m_gathered = std::make_unique<GatheredShapefile>(m_path, swap);
+}
+
 void OgrFeatureClass::State::Load() {
-    if (m_isShapefile)
-        finish_interrupted_swap(m_path);
-    else
-        TransactionEditor::FinishInterrupted(m_path);
     DropSources();
     ++m_loads;
     m_stamp = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path);
-    if (m_isShapefile) CheckShapefile(m_path);
-    auto source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
+    GatherParts();
+    if (m_isShapefile) CheckShapefile(PathToRead());
+    auto source = std::make_unique<OgrSource>(PathToRead(), m_name, m_sources);
     m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
     const GdalErrors errors;
     m_files = source->Files();
@@ -126,6 +127,11 @@ void OgrFeatureClass::State::LoadEditor(OgrSource& source) {
     m_whyNoEditor = m_path.string() + " is of a format (" + source.DriverName() +
                     ") that is only read. Shapefiles and GeoPackages can be changed.";
     if (!m_isShapefile) return;
+    if (m_gathered) {
+        m_whyNoEditor = find_swap(m_path).Folder.string() +
+                        " holds a change that was cut short: it must be finished before another is made.";
+        return;
+    }
     try {
         m_editor = std::make_unique<ShapefileEditor>(m_path, m_encoding);
     } catch (const RuntimeError& error) {
@@ -182,17 +188,21 @@ void OgrFeatureClass::State::DeleteField(int field) {
 
 std::shared_ptr<Pass> OgrFeatureClass::State::JoinPass() {
     if (auto pass = m_pass.lock()) return pass;
-    const bool changedByOthers = stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path) != m_stamp;
-    if (changedByOthers) Load();
+    if (IsChangedByOthers()) Load();
     auto pass = std::make_shared<Pass>(shared_from_this());
     m_pass = pass;
     return pass;
 }
 
+bool OgrFeatureClass::State::IsChangedByOthers() const {
+    if (stamp_of(m_isShapefile ? part_of(m_path, "dbf") : m_path) != m_stamp) return true;
+    return m_gathered && find_swap(m_path).State != SwapState::kWaiting;
+}
+
 std::unique_ptr<OgrSource> OgrFeatureClass::State::Borrow(const platform::Search& wanted) {
     std::unique_ptr<OgrSource> source;
     if (m_idle.empty()) {
-        source = std::make_unique<OgrSource>(m_path, m_name, m_sources);
+        source = std::make_unique<OgrSource>(PathToRead(), m_name, m_sources);
     } else {
         source = std::move(m_idle.back());
         m_idle.pop_back();
@@ -215,7 +225,7 @@ void OgrFeatureClass::State::GiveBack(std::unique_ptr<OgrSource> source) {
 
 std::unique_ptr<PointShapefile> OgrFeatureClass::State::Points(const platform::Search& wanted) const {
     if (!m_isShapefile || m_shape != platform::ShapeType::kPoint) return nullptr;
-    return PointShapefile::Open(m_path, m_fields, columns_asked_for(wanted), m_encoding);
+    return PointShapefile::Open(PathToRead(), m_fields, columns_asked_for(wanted), m_encoding);
 }
 
 const FieldValue* OgrFeatureClass::State::HeldBack(std::int64_t oid, int field) const {

@@ -6,6 +6,7 @@
 #include "adapters/files/point_shapefile.h"
 #include "adapters/files/row_editor.h"
 #include "adapters/files/shapefile_editor.h"
+#include "adapters/files/shapefile_swap.h"
 
 #include <optional>
 
@@ -105,6 +106,9 @@ private:
     };
 
     void Load();
+    void GatherParts();
+    bool IsChangedByOthers() const;
+    const std::filesystem::path& PathToRead() const { return m_gathered ? m_gathered->Path() : m_path; }
     void LoadEditor(OgrSource& source);
     IRowEditor& Editor() const;
     void DropSources();
@@ -129,6 +133,7 @@ private:
     bool m_isView = false;   // of a database
     std::string m_encoding;  // of a shapefile's texts, as GDAL names it; empty when nothing says so
     FileStamp m_stamp;
+    std::unique_ptr<GatheredShapefile> m_gathered;  // where a change of the shapefile was cut short
     std::unique_ptr<IRowEditor> m_editor;
     std::string m_whyNoEditor;
     std::shared_ptr<const std::vector<std::int64_t>> m_numbers;

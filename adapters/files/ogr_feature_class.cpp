@@ -1,6 +1,7 @@
 #include "adapters/files/ogr_feature_class.h"
 
 #include "adapters/files/ogr_class_state.h"
+#include "adapters/files/transaction_editor.h"
 
 namespace wxl::files {
 
@@ -12,6 +13,18 @@ OgrFeatureClass::~OgrFeatureClass() = default;
 
 std::shared_ptr<OgrFeatureClass> OgrFeatureClass::Open(const std::string& input, Sources sources) {
     return std::make_shared<OgrFeatureClass>(std::make_shared<State>(input, sources));
+}
+
+void OgrFeatureClass::FinishInterrupted(const std::string& input, Sources sources) {
+    const std::filesystem::path path = split_input(input, sources).first;
+    if (sources == Sources::kPlain) CheckPlain(path);
+    std::error_code none;
+    if (!std::filesystem::exists(path, none)) return;
+    const std::filesystem::path file = std::filesystem::canonical(path);
+    if (is_shapefile(file))
+        finish_interrupted_swap(file);
+    else
+        TransactionEditor::FinishInterrupted(file);
 }
 
 platform::ShapeType OgrFeatureClass::Shape() const {

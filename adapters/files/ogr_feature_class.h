@@ -38,7 +38,15 @@ public:
     /// Opens "PATH" or "PATH:LAYER"; without a layer name the file must hold exactly one layer. RuntimeError 53 when
     /// there is no such file, 5 when it holds no such layer or several, 57 when it is no vector data; IndirectSource
     /// for what `sources` rules out.
+    ///
+    /// Nothing on disk is touched. A shapefile whose change was cut short is read as the change leaves it; a database
+    /// in that state is RuntimeError 70.
     static std::shared_ptr<OgrFeatureClass> Open(const std::string& input, Sources sources = Sources::kPlain);
+
+    /// For a layer that is about to be changed, before it is opened: completes or takes back a change that was cut
+    /// short; does nothing when there is none. RuntimeError 70 for what fits no change of this layer.
+    static void FinishInterrupted(const std::string& input, Sources sources = Sources::kPlain);
+
     ~OgrFeatureClass() override;
 
     // IFeatureClass

@@ -1,5 +1,6 @@
 #include "adapters/files/ogr_source.h"
 
+#include "adapters/files/database_check.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -164,14 +165,16 @@ std::unique_ptr<OGRGeometry> lines_of(const Geometry& shape) {
 OgrSource::OgrSource(const fs::path& path, const std::string& layer, Sources sources) {
     RegisterGdal();
     const GdalErrors errors;
+    const bool isDatabase = sources == Sources::kPlain && is_database(path);
+    if (isDatabase) CheckDatabase(path);
     m_dataset.reset(
         GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, AllowedDrivers(sources, DataKind::kVector)));
     if (sources == Sources::kPlain && !m_dataset) CheckFormat(path, DataKind::kVector);
     if (!m_dataset) errors.RaiseReading(path);
-    if (sources == Sources::kPlain) CheckTables(*m_dataset, path);
     m_layer = layer.empty() ? only_layer(*m_dataset, path) : m_dataset->GetLayerByName(layer.c_str());
     if (m_layer == nullptr)
         platform::Raise(error_number::kInvalidCall, path.string() + " holds no layer \"" + layer + "\".");
+    if (isDatabase) CheckView(path, m_layer->GetName());
 }
 
 std::string OgrSource::DriverName() const {

@@ -3,6 +3,7 @@
 #include "platform/runtime_error.h"
 
 #include <cerrno>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace wxl::files {
@@ -49,6 +50,12 @@ void RaiseErrno(int code, const std::filesystem::path& path) {
     const bool plain = code == ENOSPC || code == EACCES || code == EEXIST || code == ENOENT;
     if (!plain) text += " (" + std::generic_category().message(code) + ")";
     platform::Raise(number, text);
+}
+
+void RaiseNoFile(std::uint32_t mode, const std::filesystem::path& path) {
+    if (S_ISDIR(mode)) RaiseErrno(EISDIR, path);
+    platform::Raise(error_number::kInvalidCall,
+                    path.string() + " is a pipe or a device and no file: give a file, or take it out of the way");
 }
 
 }  // namespace wxl::files

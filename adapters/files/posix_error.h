@@ -12,4 +12,8 @@ std::int32_t ErrorNumberOf(int code, const std::filesystem::path& path);
 /// system's reason.
 [[noreturn]] void RaiseErrno(int code, const std::filesystem::path& path);
 
+/// Throws RuntimeError 5 for a pipe, a device or a socket where a file should be: reading or writing could wait for
+/// ever. `mode` is its st_mode; a folder is RuntimeError 70.
+[[noreturn]] void RaiseNoFile(std::uint32_t mode, const std::filesystem::path& path);
+
 }  // namespace wxl::files

@@ -1,8 +1,20 @@
 # Disk, GDAL and rasters.
 find_package(GDAL CONFIG REQUIRED)
+find_package(SQLite3 REQUIRED)
 
 wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp file_identities.cpp folder_lock.cpp write_fence.cpp DEPENDS wxl_platform)
-wxl_room(adapter_gdal SOURCES gdal_support.cpp source_rules.cpp DEPENDS wxl_platform wxl_adapter_disk GDAL::GDAL)
+wxl_room(
+  adapter_gdal
+  SOURCES
+  database_check.cpp
+  gdal_support.cpp
+  source_rules.cpp
+  sqlite_fence.cpp
+  DEPENDS
+  wxl_platform
+  wxl_adapter_disk
+  GDAL::GDAL
+  SQLite::SQLite3)
 wxl_room(
   adapter_files_raster
   SOURCES

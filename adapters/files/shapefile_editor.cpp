@@ -4,6 +4,7 @@
 #include "adapters/files/dbf_file.h"
 #include "adapters/files/posix_error.h"
 #include "adapters/files/shapefile_parts.h"
+#include "adapters/files/shapefile_swap.h"
 #include "adapters/files/shp_file.h"
 #include "platform/runtime_error.h"
 
@@ -87,9 +88,17 @@ void ShapefileEditor::Reload() {
     m_layout = DbfLayout::Read(InputFile(m_table));
 }
 
+std::string ShapefileEditor::WhySwapBlocks() const {
+    const Swap swap = find_swap(m_shapefile);
+    if (swap.State == SwapState::kWaiting)
+        return swap.Folder.string() + " holds a change that was cut short: it must be finished before another is made.";
+    return swap.Trouble;
+}
+
 std::string ShapefileEditor::WhyReadOnly() const {
     const fs::path folder = m_shapefile.has_parent_path() ? m_shapefile.parent_path() : fs::path(".");
     if (is_protected(folder)) return "The folder " + folder.string() + " is read-only.";
+    if (std::string why = WhySwapBlocks(); !why.empty()) return why;
     for (const fs::path& part : {m_table, m_shapefile, part_of(m_shapefile, "shx")}) {
         std::error_code ignored;
         if (!fs::exists(part, ignored)) return part.string() + " is missing.";

@@ -37,6 +37,7 @@ public:
 private:
     class Locked;
 
+    std::string WhySwapBlocks() const;
     const DbfColumn& Column(int field) const;
     std::string Cell(int field, const platform::FieldValue& value) const;
     void Patch(std::uint32_t row, std::span<char> record, const RowEdits& edits) const;

@@ -4,6 +4,7 @@
 #include "adapters/files/posix_error.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,6 @@
 #include <fcntl.h>
 #include <span>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace wxl::files {
@@ -42,40 +42,15 @@ std::string ascii_upper(std::string_view text) {
     return upper;
 }
 
-fs::path swap_folder(const fs::path& shapefile) {
-    return shapefile.parent_path() / ("." + shapefile.stem().string() + ".swap");
-}
-
 fs::path folder_of(const fs::path& file) {
     return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
-/// What other programs noted beside the file's content: labels, comments, access lists.
-void take_over_attributes(const fs::path& old, const fs::path& replacement) {
-    std::string names(static_cast<std::size_t>(std::max<ssize_t>(::listxattr(old.c_str(), nullptr, 0), 0)), '\0');
-    const ssize_t listed = names.empty() ? 0 : ::listxattr(old.c_str(), names.data(), names.size());
-    names.resize(static_cast<std::size_t>(std::max<ssize_t>(listed, 0)));
-    for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
-        const char* name = names.c_str() + at;
-        std::string value(static_cast<std::size_t>(std::max<ssize_t>(::getxattr(old.c_str(), name, nullptr, 0), 0)),
-                          '\0');
-        const ssize_t size = ::getxattr(old.c_str(), name, value.data(), value.size());
-        // One that the system sets itself, or that this disk does not take, is none to be kept.
-        if (size >= 0) [[maybe_unused]]
-            const int ignored = ::setxattr(replacement.c_str(), name, value.data(), static_cast<std::size_t>(size), 0);
-    }
-}
-
-/// Gives a new file the rights and, where the system allows it, the owner of the old one.
-void take_over_rights(const fs::path& old, const fs::path& replacement) {
-    struct stat status = {};
-    if (::stat(old.c_str(), &status) != 0) return;
-    [[maybe_unused]] const int ignored = ::chown(replacement.c_str(), status.st_uid, status.st_gid);
-    take_over_attributes(old, replacement);
-    if (::chmod(replacement.c_str(), status.st_mode & 07777) != 0) RaiseErrno(errno, replacement);
-}
-
 }  // namespace
+
+bool is_shapefile(const fs::path& path) {
+    return platform::EqualNoCase(path.extension().string(), ".shp");
+}
 
 fs::path part_of(const fs::path& shapefile, std::string_view extension) {
     const auto lower = fs::path(shapefile).replace_extension(extension);
@@ -128,23 +103,6 @@ void sync_folder(const fs::path& folder) {
     ::close(descriptor);
 }
 
-void finish_interrupted_swap(const fs::path& shapefile) {
-    const fs::path swap = swap_folder(shapefile);
-    std::error_code failure;
-    // A link of that name leads to files that are not ours.
-    if (!fs::is_directory(fs::symlink_status(swap, failure))) return;
-    std::vector<fs::path> waiting;
-    for (const auto& entry : fs::directory_iterator(swap, failure))
-        if (entry.path().stem() == shapefile.stem()) waiting.push_back(entry.path());
-    for (const fs::path& file : waiting) {
-        // Another program may be finishing the same change.
-        if (std::rename(file.c_str(), (folder_of(shapefile) / file.filename()).c_str()) != 0 && errno != ENOENT)
-            RaiseErrno(errno, file);
-    }
-    sync_folder(folder_of(shapefile));
-    if (::rmdir(swap.c_str()) != 0 && errno != ENOENT) RaiseErrno(errno, swap);
-}
-
 TemporaryFolder::TemporaryFolder(const fs::path& beside) {
     static std::atomic<unsigned> count = 0;
     const std::string name = beside.stem().string() + "." + std::to_string(++count);
@@ -155,26 +113,6 @@ TemporaryFolder::TemporaryFolder(const fs::path& beside) {
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     fs::remove_all(m_path, ignored);
-}
-
-PartsSwap::PartsSwap(fs::path shapefile) : m_shapefile(std::move(shapefile)), m_folder(m_shapefile) {}
-
-fs::path PartsSwap::Replacement(const fs::path& old) {
-    m_replaced.push_back(old);
-    return m_folder.Path() / old.filename();
-}
-
-void PartsSwap::Commit() {
-    for (const fs::path& old : m_replaced) take_over_rights(old, m_folder.Path() / old.filename());
-    if (m_replaced.size() == 1) {
-        rename_file(m_folder.Path() / m_replaced.front().filename(), m_replaced.front());
-        sync_folder(folder_of(m_shapefile));
-        return;
-    }
-    sync_folder(m_folder.Path());
-    rename_new(m_folder.Path(), swap_folder(m_shapefile));
-    sync_folder(folder_of(m_shapefile));
-    finish_interrupted_swap(m_shapefile);
 }
 
 }  // namespace wxl::files

@@ -165,7 +165,6 @@ private:
 std::shared_ptr<platform::IFeatureClass> ShapefileWorkspace::Open(const fs::path& folder, const std::string& name) {
     const fs::path path = shapefile_path(folder, name);
     std::error_code ignored;
-    finish_interrupted_swap(path);
     if (!fs::is_regular_file(path, ignored)) return nullptr;
     return OgrFeatureClass::Open(path.string());
 }

@@ -11,7 +11,6 @@
 #include <cpl_http.h>
 #include <cstring>
 #include <fstream>
-#include <ogrsf_frmts.h>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -20,8 +19,6 @@ namespace wxl::files {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kNameTheFile = "name the file that holds them";
 
 // One file or folder each (with side files of its name), read without fetching or opening anything that it mentions.
 constexpr std::array<const char*, 10> kVectorDrivers = {
@@ -105,29 +102,6 @@ GDALDriver* refused_driver(const fs::path& path, DataKind kind) {
     return nullptr;
 }
 
-/// The word after the table's name and USING in "CREATE VIRTUAL TABLE name USING module(...)".
-std::string module_of(std::string_view sql) {
-    sql.remove_prefix(std::min(sql.size(), std::string_view("CREATE VIRTUAL TABLE ").size()));
-    const char close = sql.empty()                                        ? ' '
-                       : sql[0] == '['                                    ? ']'
-                       : sql[0] == '"' || sql[0] == '`' || sql[0] == '\'' ? sql[0]
-                                                                          : ' ';
-    std::size_t at = 1;
-    while (at < sql.size() && (sql[at] != close || (close != ' ' && at + 1 < sql.size() && sql[at + 1] == close)))
-        at += sql[at] == close ? 2U : 1U;
-    sql.remove_prefix(std::min(at + 1, sql.size()));
-    while (begins_with(sql, " ")) sql.remove_prefix(1);
-    constexpr std::string_view kUsing = "USING ";
-    if (!platform::EqualNoCase(sql.substr(0, kUsing.size()), kUsing)) return {};
-    sql.remove_prefix(kUsing.size());
-    return std::string(sql.substr(0, sql.find_first_of(" (")));
-}
-
-bool is_own_module(const std::string& module) {
-    constexpr std::array<std::string_view, 4> kOwn = {"rtree", "fts3", "fts4", "fts5"};
-    return std::any_of(kOwn.begin(), kOwn.end(), [&](auto own) { return platform::EqualNoCase(own, module); });
-}
-
 CPLHTTPResult* refuse_download(const char*, CSLConstList, GDALProgressFunc, void*, CPLHTTPFetchWriteFunc, void*,
                                void*) {
     auto* result = static_cast<CPLHTTPResult*>(CPLCalloc(1, sizeof(CPLHTTPResult)));
@@ -171,18 +145,6 @@ void CheckFormat(const fs::path& path, DataKind kind) {
     throw IndirectSource(
         path.string() + " is of a format (" + name + ") that may lead to data elsewhere",
         kind == DataKind::kVector ? "convert it to a shapefile or GeoPackage" : "convert it to a GeoTIFF");
-}
-
-void CheckTables(GDALDataset& database, const fs::path& path) {
-    if (!platform::EqualNoCase(database.GetDriverName(), "GPKG")) return;
-    OGRLayer* tables =
-        database.ExecuteSQL("SELECT sql FROM sqlite_master WHERE sql LIKE 'CREATE VIRTUAL TABLE%'", nullptr, nullptr);
-    if (tables == nullptr) return;
-    bool foreign = false;
-    for (const auto& table : *tables)
-        if (!is_own_module(module_of(table->GetFieldAsString(0)))) foreign = true;
-    database.ReleaseResultSet(tables);
-    if (foreign) throw IndirectSource(path.string() + " leads to data elsewhere", kNameTheFile);
 }
 
 void SetDownloadsAllowed(bool allowed) {

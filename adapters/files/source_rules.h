@@ -22,6 +22,9 @@ public:
     std::string Advice;  ///< what to name instead
 };
 
+/// The advice of most refusals.
+inline constexpr const char* kNameTheFile = "name the file that holds them";
+
 /// What is read of a dataset.
 enum class DataKind { kVector, kRaster };
 
@@ -38,9 +41,6 @@ const char* const* AllowedDrivers(Sources sources, DataKind kind);
 
 /// Throws IndirectSource when the file is of a format that plain sources do not have. Opens nothing but the file.
 void CheckFormat(const std::filesystem::path& path, DataKind kind);
-
-/// Throws IndirectSource for a database whose tables stand for other files. To be called before any layer is read.
-void CheckTables(GDALDataset& database, const std::filesystem::path& path);
 
 /// Whether data may be fetched from other machines, by any part of GDAL, in this whole process. For a program of its
 /// own, not for a plugin.

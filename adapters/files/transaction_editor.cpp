@@ -1,6 +1,8 @@
 #include "adapters/files/transaction_editor.h"
 
+#include "adapters/files/database_check.h"
 #include "adapters/files/shapefile_parts.h"
+#include "adapters/files/sqlite_fence.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -16,11 +18,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
-GdalDatasetPtr open_for_update(const fs::path& path) {
-    RegisterGdal();
-    constexpr std::array<const char*, 3> kDatabases = {"GPKG", "SQLite", nullptr};
-    return GdalDatasetPtr(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, kDatabases.data()));
-}
+/// A database open for changes. Dataset null where it cannot be opened; RuntimeError 70 for a journal that would delete
+/// other files.
+class UpdatedDatabase {
+public:
+    explicit UpdatedDatabase(const fs::path& path) : m_door(path) {
+        if (const std::string why = why_journal_blocks(path); !why.empty()) Raise(error_number::kPermissionDenied, why);
+        RegisterGdal();
+        constexpr std::array<const char*, 3> kDatabases = {"GPKG", "SQLite", nullptr};
+        Dataset.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, kDatabases.data()));
+    }
+
+private:
+    SqliteWriting m_door;
+
+public:
+    GdalDatasetPtr Dataset;
+};
 
 void change_cells(OGRLayer& layer, const RowEdits& edits) {
     for (const auto& [oid, cells] : edits.Values) {
@@ -88,7 +102,8 @@ template <class Action>
 void TransactionEditor::InTransaction(Action&& action) {
     if (const std::string why = WhyReadOnly(); !why.empty()) Raise(error_number::kPermissionDenied, why);
     GdalErrors errors;
-    GdalDatasetPtr dataset = open_for_update(m_path);
+    UpdatedDatabase database(m_path);
+    GdalDatasetPtr& dataset = database.Dataset;
     OGRLayer* layer = dataset ? dataset->GetLayerByName(m_layer.c_str()) : nullptr;
     if (layer == nullptr || dataset->StartTransaction() != OGRERR_NONE)
         errors.RaiseWriting(m_path.string(), m_path.parent_path());
@@ -107,19 +122,26 @@ void TransactionEditor::InTransaction(Action&& action) {
 }
 
 void TransactionEditor::FinishInterrupted(const fs::path& path) {
-    std::error_code ignored;
-    if (!fs::exists(path.string() + "-journal", ignored)) return;
-    const GdalErrors quiet;
-    const GdalDatasetPtr dataset = open_for_update(path);
-    if (dataset && dataset->GetLayerCount() > 0) dataset->GetLayer(0)->GetFeatureCount();
+    std::error_code none;
+    const bool waits = fs::exists(path.string() + "-journal", none) || fs::exists(path.string() + "-wal", none);
+    if (!waits || !is_database(path)) return;
+    if (const std::string why = why_journal_blocks(path); !why.empty()) Raise(error_number::kPermissionDenied, why);
+    const SqliteWriting door(path);
+    sqlite3* opened = nullptr;
+    sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+    const SqlitePtr database(opened);
+    // SQLite takes back what was cut short before it reads; whoever opens the file next is told what it could not.
+    sqlite3_exec(opened, "SELECT 1 FROM sqlite_master LIMIT 1", nullptr, nullptr, nullptr);
 }
 
 std::string TransactionEditor::WhyReadOnly() const {
     if (is_protected(m_path)) return m_path.string() + " is read-only.";
     const fs::path folder = m_path.has_parent_path() ? m_path.parent_path() : fs::path(".");
     if (is_protected(folder)) return "The folder " + folder.string() + " is read-only.";
+    if (std::string why = why_journal_blocks(m_path); !why.empty()) return why;
     const GdalErrors errors;
-    const GdalDatasetPtr dataset = open_for_update(m_path);
+    const UpdatedDatabase database(m_path);
+    const GdalDatasetPtr& dataset = database.Dataset;
     if (!dataset) return m_path.string() + " cannot be opened for changes: " + errors.Text();
     // A transaction that changes nothing shows whether another program holds the file.
     dataset->ReleaseResultSet(dataset->ExecuteSQL("BEGIN IMMEDIATE", nullptr, nullptr));
@@ -139,7 +161,8 @@ void TransactionEditor::Write(const RowEdits& edits) {
 
 void TransactionEditor::RecomputeExtent() {
     const GdalErrors quiet;
-    const GdalDatasetPtr dataset = open_for_update(m_path);
+    const UpdatedDatabase database(m_path);
+    const GdalDatasetPtr& dataset = database.Dataset;
     if (!dataset || std::string(dataset->GetDriverName()) != "GPKG") return;
     const std::string statement = "RECOMPUTE EXTENT ON \"" + m_layer + "\"";
     dataset->ReleaseResultSet(dataset->ExecuteSQL(statement.c_str(), nullptr, nullptr));

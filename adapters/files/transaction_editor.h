@@ -15,7 +15,8 @@ public:
     static bool Suits(const std::string& driver) { return driver == "GPKG" || driver == "SQLite"; }
 
     /// Takes back what a killed run left half done: SQLite does it when the file is opened for changes, and refuses to
-    /// open it for reading alone until then. Does nothing when there is nothing to take back.
+    /// open it for reading alone until then. For what is about to be changed only; does nothing when there is nothing
+    /// to take back. RuntimeError 70 when the journal names another file, which SQLite would delete.
     static void FinishInterrupted(const std::filesystem::path& path);
 
     std::string WhyReadOnly() const override;

@@ -1,4 +1,5 @@
 # Geometry operators, vector data and the map document.
+find_package(fmt REQUIRED)
 find_path(GEOS_INCLUDE_DIR geos_c.h REQUIRED)
 find_library(GEOS_C_LIBRARY geos_c REQUIRED)
 add_library(wxl_geos INTERFACE)
@@ -23,6 +24,7 @@ wxl_room(
   shapefile_check.cpp
   shapefile_editor.cpp
   shapefile_parts.cpp
+  shapefile_swap.cpp
   shapefile_workspace.cpp
   shp_file.cpp
   stored_name.cpp
@@ -34,4 +36,5 @@ wxl_room(
   wxl_adapter_geos
   wxl_adapter_files_raster
   PRIVATE_DEPENDS
-  wxl_adapter_memory_vector)
+  wxl_adapter_memory_vector
+  fmt::fmt)

@@ -2,7 +2,7 @@
 
 #include "adapters/files/ogr_source.h"
 #include "adapters/files/shapefile_editor.h"
-#include "adapters/files/shapefile_parts.h"
+#include "adapters/files/shapefile_swap.h"
 #include "adapters/files/transaction_editor.h"
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
@@ -61,10 +61,8 @@ bool ids_rise(const QgsVectorLayer& layer) {
 
 void finish_interrupted_change(QgsVectorLayer& layer) {
     const fs::path shapefile = shapefile_of(layer);
-    std::error_code none;
     if (shapefile.empty()) return;
-    const fs::path swap = shapefile.parent_path() / ("." + shapefile.stem().string() + ".swap");
-    if (!fs::exists(swap, none)) return;
+    if (files::find_swap(shapefile).State == files::SwapState::kNone) return;
     files::finish_interrupted_swap(shapefile);
     layer.dataProvider()->reloadData();
 }

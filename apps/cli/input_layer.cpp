@@ -77,6 +77,12 @@ ReadFiles files_read(files::FilesFeatureLayer& layer) {
     return read;
 }
 
+std::shared_ptr<files::FilesFeatureLayer> open_point_layer_to_change(const InputOptions& options) {
+    opened(options.AllowIndirect,
+           [&](files::Sources sources) { files::OgrFeatureClass::FinishInterrupted(options.Input, sources); });
+    return open_point_layer(options);
+}
+
 std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options, Console& console) {
     auto layer = open_point_layer(options);
     platform::IFeatureClass& points = *layer->FeatureClass();

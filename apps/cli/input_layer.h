@@ -54,6 +54,9 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer(const InputOptions& o
 /// The files that the layer is read from.
 ReadFiles files_read(files::FilesFeatureLayer& layer);
 
+/// As open_point_layer for a layer that the command changes: a change of it that was cut short is finished first.
+std::shared_ptr<files::FilesFeatureLayer> open_point_layer_to_change(const InputOptions& options);
+
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
 /// UTM zone of the layer and how to come to it.
 ///

@@ -1,6 +1,7 @@
 #include "apps/cli/program.h"
 
 #include "adapters/files/source_rules.h"
+#include "adapters/files/sqlite_fence.h"
 #include "apps/cli/commands.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/parse_problem.h"
@@ -76,6 +77,7 @@ int run_guarded(std::vector<std::string> arguments, Console& console, Fencing fe
 int run_program(std::vector<std::string> arguments, Console& console, Fencing fencing) noexcept {
     int code = exit_code::kFailed;
     try {
+        const files::SqliteFence fence;
         files::SetDownloadsAllowed(false);
         code = run_guarded(std::move(arguments), console, fencing);
     } catch (const WrongCall& wrong) {

@@ -2,7 +2,9 @@
 wxl_test(
   test_malformed
   SOURCES
+  hostile_databases.cpp
   limited_run.cpp
+  test_hostile_geopackages.cpp
   test_indirect_inputs.cpp
   test_malformed_grids.cpp
   test_malformed_shapefiles.cpp

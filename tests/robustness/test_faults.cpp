@@ -59,6 +59,7 @@ struct Scenario {
 
 /// Everything that a reader finds in a layer.
 std::vector<std::string> rows_of(const fs::path& layer) {
+    files::OgrFeatureClass::FinishInterrupted(layer.string());
     const auto features = files::OgrFeatureClass::Open(layer.string());
     std::vector<std::string> rows;
     const auto cursor = features->Find({});

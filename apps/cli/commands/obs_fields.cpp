@@ -50,7 +50,7 @@ void register_obs_fields(CLI::App& command, ObsFieldsOptions& options) {
 
 int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
     Answers answers = answers_of(options);
-    const auto layer = open_point_layer(options.Points);
+    const auto layer = open_point_layer_to_change(options.Points);
     const std::string idField =
         options.IdField.empty() ? ""
                                 : find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);

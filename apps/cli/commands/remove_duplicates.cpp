@@ -57,7 +57,7 @@ void register_remove_duplicates(CLI::App& command, RemoveDuplicatesOptions& opti
 }
 
 int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& console) {
-    const auto layer = open_point_layer(options.Points);
+    const auto layer = open_point_layer_to_change(options.Points);
     if (!options.Where.empty()) layer->SelectWhere(options.Where);
     const std::string idField =
         options.IdField.empty() ? ""

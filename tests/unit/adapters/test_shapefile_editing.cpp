@@ -192,20 +192,6 @@ TEST_F(ShapefileEditing, A_change_by_another_program_between_two_passes_is_met) 
     EXPECT_THAT(RowsOf(*features), ElementsAre("0:a3:-1@3,30"));
 }
 
-TEST_F(ShapefileEditing, A_swap_cut_short_is_completed_by_the_next_opening) {
-    const tests::ScratchFolder other;
-    const fs::path changed = MakeFixes(other.Path(), 4);
-    ChangeRows(*OgrFeatureClass::Open(changed.string()), {1});
-    // As if the run had been killed when the table was in place, but not yet the shapes.
-    const fs::path swap = m_folder / ".fixes.swap";
-    fs::create_directory(swap);
-    fs::copy_file(fs::path(changed).replace_extension(".dbf"), Part(".dbf"), fs::copy_options::overwrite_existing);
-    fs::copy_file(changed, swap / "fixes.shp");
-    fs::copy_file(fs::path(changed).replace_extension(".shx"), swap / "fixes.shx");
-    EXPECT_THAT(RowsOf(*Open()), ElementsAre("0:a0:-1@0,0", "1:a2:-1@2,20", "2:a3:-1@3,30"));
-    EXPECT_FALSE(fs::exists(swap));
-}
-
 TEST_F(ShapefileEditing, Heights_of_shapes_are_carried_over) {
     RegisterGdal();
     const fs::path path = m_folder / "high.shp";

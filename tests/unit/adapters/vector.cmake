@@ -9,6 +9,7 @@ wxl_test(
   test_point_shapefile.cpp
   test_rows_as_they_stand.cpp
   test_shapefile_editing.cpp
+  test_shapefile_swap.cpp
   DEPENDS
   wxl_adapter_files_vector)
 wxl_test(test_memory_services SOURCES test_memory_services.cpp DEPENDS wxl_adapter_memory_vector)
