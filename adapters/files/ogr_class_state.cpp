@@ -72,7 +72,8 @@ OgrFeatureClass::State::State(const std::string& input, Sources sources) : m_sou
     std::error_code ignored;
     const bool isLocal = fs::exists(path, ignored);
     if (sources == Sources::kPlain) CheckPlain(path);
-    m_path = isLocal ? fs::canonical(path) : path;
+    m_path = isLocal ? main_file_of(fs::canonical(path), layer) : path;
+    if (sources == Sources::kPlain && m_path != path) CheckPlain(m_path);
     m_name = std::move(layer);
     m_isShapefile = is_shapefile(m_path);
     Load();
@@ -94,6 +95,7 @@ void OgrFeatureClass::State::Load() {
     if (m_isShapefile) CheckShapefile(PathToRead());
     auto source = std::make_unique<OgrSource>(PathToRead(), m_name, m_sources);
     m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
+    const fs::path withReference = m_isShapefile ? part_of(m_path, "prj") : m_path;
     const GdalErrors errors;
     m_files = source->Files();
     m_files.push_back(m_path);
@@ -101,11 +103,13 @@ void OgrFeatureClass::State::Load() {
     m_name = source->Layer().GetName();
     m_fields = fields_of(source->Layer());
     m_shape = shape_type_of(source->Layer());
+    CheckGrids(withReference);
     if (errors.Failed()) errors.RaiseReading(m_path);
     m_reference = FromOgr(source->Layer().GetSpatialRef());
+    CheckGrids(withReference);
     if (errors.Failed())
         Raise(error_number::kDeviceIo,
-              (m_isShapefile ? part_of(m_path, "prj") : m_path).string() +
+              withReference.string() +
                   " holds no coordinate system that can be read: correct it, or take it out to go on without one.");
     if (m_isShapefile) m_reference = NamedAsStored(std::move(m_reference), m_path);
     m_encoding = m_isShapefile ? table_encoding(source->Layer()) : "";

@@ -16,11 +16,11 @@ std::shared_ptr<OgrFeatureClass> OgrFeatureClass::Open(const std::string& input,
 }
 
 void OgrFeatureClass::FinishInterrupted(const std::string& input, Sources sources) {
-    const std::filesystem::path path = split_input(input, sources).first;
+    const auto [path, layer] = split_input(input, sources);
     if (sources == Sources::kPlain) CheckPlain(path);
     std::error_code none;
     if (!std::filesystem::exists(path, none)) return;
-    const std::filesystem::path file = std::filesystem::canonical(path);
+    const std::filesystem::path file = main_file_of(std::filesystem::canonical(path), layer);
     if (is_shapefile(file))
         finish_interrupted_swap(file);
     else

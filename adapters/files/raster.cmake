@@ -1,6 +1,7 @@
 # Disk, GDAL and rasters.
 find_package(GDAL CONFIG REQUIRED)
 find_package(SQLite3 REQUIRED)
+find_library(PROJ_LIBRARY proj REQUIRED)
 
 wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp file_identities.cpp folder_lock.cpp write_fence.cpp DEPENDS wxl_platform)
 wxl_room(
@@ -8,13 +9,16 @@ wxl_room(
   SOURCES
   database_check.cpp
   gdal_support.cpp
+  grid_fence.cpp
   source_rules.cpp
   sqlite_fence.cpp
   DEPENDS
   wxl_platform
   wxl_adapter_disk
   GDAL::GDAL
-  SQLite::SQLite3)
+  SQLite::SQLite3
+  PRIVATE_DEPENDS
+  ${PROJ_LIBRARY})
 wxl_room(
   adapter_files_raster
   SOURCES

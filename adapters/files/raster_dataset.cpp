@@ -138,6 +138,8 @@ GdalDatasetPtr open_for_reading(const std::filesystem::path& path, Sources sourc
     const auto place = sources == Sources::kPlain ? std::filesystem::absolute(path) : path;
     GdalDatasetPtr handle(GDALDataset::Open(place.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR,
                                             AllowedDrivers(sources, DataKind::kRaster)));
+    if (handle) handle->GetSpatialRef();
+    CheckGrids(path);
     if (sources == Sources::kPlain && !handle) CheckFormat(path, DataKind::kRaster);
     if (!handle) errors.RaiseReading(path);
     return handle;

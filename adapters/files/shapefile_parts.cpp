@@ -52,6 +52,21 @@ bool is_shapefile(const fs::path& path) {
     return platform::EqualNoCase(path.extension().string(), ".shp");
 }
 
+fs::path main_file_of(const fs::path& path, const std::string& layer) {
+    std::error_code ignored;
+    const std::string extension = path.extension().string();
+    if (platform::EqualNoCase(extension, ".dbf") || platform::EqualNoCase(extension, ".shx")) {
+        fs::path main = part_of(path, "shp");
+        return fs::is_regular_file(main, ignored) ? main : path;
+    }
+    if (!fs::is_directory(path, ignored)) return path;
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(path, ignored))
+        if (is_shapefile(entry.path()) && (layer.empty() || platform::EqualNoCase(entry.path().stem().string(), layer)))
+            found.push_back(entry.path());
+    return found.size() == 1 ? found.front() : path;
+}
+
 fs::path part_of(const fs::path& shapefile, std::string_view extension) {
     const auto lower = fs::path(shapefile).replace_extension(extension);
     const auto upper = fs::path(shapefile).replace_extension(ascii_upper(extension));

@@ -11,6 +11,10 @@ namespace wxl::files {
 /// Whether a path is named as a shapefile's main file.
 bool is_shapefile(const std::filesystem::path& path);
 
+/// The .shp that is read when a shapefile is named by its .dbf or .shx, or by its folder and, where that holds several,
+/// its name. `path` itself when it names something else.
+std::filesystem::path main_file_of(const std::filesystem::path& path, const std::string& layer);
+
 /// The file of that extension ("dbf") beside `shapefile` (path of the .shp): in lower, upper or the .shp's own case;
 /// NAME.dbf when there is none.
 std::filesystem::path part_of(const std::filesystem::path& shapefile, std::string_view extension);

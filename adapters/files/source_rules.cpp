@@ -1,6 +1,7 @@
 #include "adapters/files/source_rules.h"
 
 #include "adapters/files/gdal_support.h"
+#include "adapters/files/grid_fence.h"
 #include "adapters/files/posix_error.h"
 #include "platform/text.h"
 
@@ -145,6 +146,12 @@ void CheckFormat(const fs::path& path, DataKind kind) {
     throw IndirectSource(
         path.string() + " is of a format (" + name + ") that may lead to data elsewhere",
         kind == DataKind::kVector ? "convert it to a shapefile or GeoPackage" : "convert it to a GeoTIFF");
+}
+
+void CheckGrids(const fs::path& path) {
+    if (const std::string grid = TakeRefusedGrid(); !grid.empty())
+        throw IndirectSource(path.string() + " has a coordinate system that needs another file (" + grid + ")",
+                             "take that file out of the coordinate system");
 }
 
 void SetDownloadsAllowed(bool allowed) {

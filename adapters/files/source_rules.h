@@ -42,6 +42,10 @@ const char* const* AllowedDrivers(Sources sources, DataKind kind);
 /// Throws IndirectSource when the file is of a format that plain sources do not have. Opens nothing but the file.
 void CheckFormat(const std::filesystem::path& path, DataKind kind);
 
+/// Throws IndirectSource when PROJ asked for a grid elsewhere since the last call, which a coordinate system named. For
+/// the dataset that was read meanwhile.
+void CheckGrids(const std::filesystem::path& path);
+
 /// Whether data may be fetched from other machines, by any part of GDAL, in this whole process. For a program of its
 /// own, not for a plugin.
 void SetDownloadsAllowed(bool allowed);

@@ -130,12 +130,12 @@ sqlite3_vfs& reading_files() {
 
 void restrain(sqlite3& database) {
     sqlite3_limit(&database, SQLITE_LIMIT_LENGTH, kLongestCell);
-    sqlite3_limit(&database, SQLITE_LIMIT_ATTACHED, 0);
     sqlite3_db_config(&database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 }
 
 int restrain_new(sqlite3* database, const char**, const void*) {
-    if (sqlite3_db_readonly(database, "main") == 1) restrain(*database);
+    const char* file = sqlite3_db_filename(database, "main");
+    if (file != nullptr && *file != '\0' && !may_write(file)) restrain(*database);
     return SQLITE_OK;
 }
 

@@ -1,6 +1,7 @@
 #include "apps/cli/input_layer.h"
 
 #include "adapters/files/gdal_support.h"
+#include "adapters/files/grid_fence.h"
 #include "adapters/files/projection.h"
 #include "adapters/files/tracking_columns.h"
 #include "platform/runtime_error.h"
@@ -45,6 +46,11 @@ void add_indirect_option(CLI::App& command, bool& allowed) {
 
 files::Sources sources_of(bool allowIndirect) {
     return allowIndirect ? files::Sources::kAny : files::Sources::kPlain;
+}
+
+void allow_indirect_reading() {
+    files::SetDownloadsAllowed(true);
+    files::SetGridsElsewhereAllowed(true);
 }
 
 void raise_with_option(const files::IndirectSource& refused) {

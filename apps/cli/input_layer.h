@@ -29,11 +29,14 @@ files::Sources sources_of(bool allowIndirect);
 /// RuntimeError that adds to a refusal what to do, and the option that lifts it.
 [[noreturn]] void raise_with_option(const files::IndirectSource& refused);
 
+/// Lifts what keeps the libraries beneath from reading elsewhere, from then on.
+void allow_indirect_reading();
+
 /// What `open` makes of the sources that the flag --allow-indirect allows. Downloads by the libraries beneath are
 /// allowed with it, and from then on.
 template <class Open>
 auto opened(bool allowIndirect, Open&& open) {
-    if (allowIndirect) files::SetDownloadsAllowed(true);
+    if (allowIndirect) allow_indirect_reading();
     try {
         return open(sources_of(allowIndirect));
     } catch (const files::IndirectSource& refused) {

@@ -1,5 +1,6 @@
 #include "apps/cli/program.h"
 
+#include "adapters/files/grid_fence.h"
 #include "adapters/files/source_rules.h"
 #include "adapters/files/sqlite_fence.h"
 #include "apps/cli/commands.h"
@@ -79,6 +80,7 @@ int run_program(std::vector<std::string> arguments, Console& console, Fencing fe
     try {
         const files::SqliteFence fence;
         files::SetDownloadsAllowed(false);
+        files::SetGridsElsewhereAllowed(false);
         code = run_guarded(std::move(arguments), console, fencing);
     } catch (const WrongCall& wrong) {
         console.Fail(wrong.what());

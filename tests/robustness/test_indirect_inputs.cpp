@@ -1,14 +1,13 @@
 // Inputs that read more than they say: the program opens files that hold the data themselves, and nothing that they
 // mention, unless --allow-indirect is given.
 
+#include "tests/robustness/hostile_databases.h"
 #include "tests/robustness/malformed.h"
 
 #include <arpa/inet.h>
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <gdal_priv.h>
-#include <ogrsf_frmts.h>
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -294,33 +293,48 @@ TEST_F(IndirectInput, Coordinate_systems_are_neither_fetched_nor_read_from_other
     }
 }
 
-TEST_F(IndirectInput, Tables_of_a_database_that_stand_for_other_files_are_refused) {
-    Make("points.geojson",
-         R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[1,2]}})");
-    for (const std::string name : {"v", "\"a USING rtree\"", "[a b]"}) {
-        const fs::path file = m_folder / "d.gpkg";
-        fs::remove(file);
-        GDALAllRegister();
-        GDALDataset* database =
-            GetGDALDriverManager()->GetDriverByName("GPKG")->Create(file.c_str(), 0, 0, 0, GDT_Unknown, nullptr);
-        ASSERT_NE(database, nullptr);
-        database->CreateLayer("points", nullptr, wkbPoint, nullptr);
-        const std::string stem = (m_folder / "other" / "t").string();
-        const std::string bare = name == "v" ? name : name.substr(1, name.size() - 2);
-        for (const std::string& statement :
-             {std::string("PRAGMA writable_schema=1"),
-              "INSERT INTO sqlite_master VALUES('table','" + bare + "','" + bare + "',0,'CREATE VIRTUAL TABLE " + name +
-                  " USING VirtualShape(''" + stem + "'',CP1252,32633)')",
-              "INSERT INTO gpkg_contents(table_name,data_type,identifier) VALUES('" + bare + "','attributes','" + bare +
-                  "')"})
-            database->ReleaseResultSet(database->ExecuteSQL(statement.c_str(), nullptr, nullptr));
-        GDALClose(database);
-        const OpeningsOf openings(m_folder / "other");
-        EXPECT_EQ(ErrorOf({"info", file.string() + ":points"}),
-                  "wxl: " + file.string() +
-                      " leads to data elsewhere: name the file that holds them, or give --allow-indirect\n");
-        EXPECT_FALSE(openings.Any());
-    }
+TEST_F(IndirectInput, Grids_that_coordinate_systems_name_are_not_opened) {
+    const std::string grid = m_folder / "other" / "t.csv";
+    const std::string start = R"(PROJCS["x",GEOGCS["g",DATUM["d",SPHEROID["GRS 1980",6378137,298.257222101])";
+    const std::string end =
+        R"(],PRIMEM["Greenwich",0],UNIT["degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],)"
+        R"(PARAMETER["latitude_of_origin",0],PARAMETER["central_meridian",15],PARAMETER["scale_factor",0.9996],)"
+        R"(PARAMETER["false_easting",500000],PARAMETER["false_northing",0],UNIT["metre",1]])";
+    const std::string wkt = start + R"(,EXTENSION["PROJ4_GRIDS",")" + grid + R"("])" + end;
+    const auto why = [&](const fs::path& file) {
+        return file.string() + " has a coordinate system that needs another file (" + grid +
+               "): take that file out of the coordinate system";
+    };
+    for (const char* extension : {".shp", ".shx", ".dbf"})
+        fs::copy_file(fs::path(m_other).replace_extension(extension), m_folder / (std::string("g") + extension));
+    ExpectRefused(m_folder / "g.shp", (Make("g.prj", wkt), why(m_folder / "g.prj")));
+    EXPECT_EQ(run_limited({"info", m_folder / "g.shp", "--allow-indirect"}, m_folder.Path()).Signal, 0);
+
+    const fs::path database = m_folder / "g.gpkg";
+    make_geopackage(database, {"UPDATE gpkg_spatial_ref_sys SET organization = 'NONE', definition = '" + wkt +
+                               "' WHERE srs_id = 32633"});
+    ExpectRefused(database, why(database));
+
+    const fs::path features = Make(
+        "g.geojson", R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"+proj=utm +zone=33 )"
+                     R"(+ellps=GRS80 +nadgrids=)" +
+                         grid + R"( +type=crs"}},"features":[{"type":"Feature","properties":{"id":1},"geometry":)"
+                                R"({"type":"Point","coordinates":[1,2]}}]})");
+    ExpectRefused(features, why(features));
+
+    write_bytes(m_folder / "g.asc", "ncols 2\nnrows 2\nxllcorner 0\nyllcorner 0\ncellsize 10\n1 2\n3 4\n");
+    ExpectRasterRefused(m_folder / "g.asc", why(m_folder / "g.asc"));
+    fs::copy(m_folder / "other" / "k" / "K1", m_folder / "G", fs::copy_options::recursive);
+    write_bytes(m_folder / "G" / "prj.adf", wkt);
+    ExpectRasterRefused(m_folder / "G", why(m_folder / "G"));
+    // The systems of web maps name a grid that is none.
+    write_bytes(m_folder / "g.prj",
+                R"(PROJCS["x",GEOGCS["g",DATUM["d",SPHEROID["WGS 84",6378137,298.257223563]],PRIMEM["Greenwich",0],)"
+                R"(UNIT["degree",0.0174532925199433]],PROJECTION["Mercator_1SP"],PARAMETER["central_meridian",0],)"
+                R"(PARAMETER["scale_factor",1],PARAMETER["false_easting",0],PARAMETER["false_northing",0],)"
+                R"(UNIT["metre",1],EXTENSION["PROJ4","+proj=merc +a=6378137 +b=6378137 +lat_ts=0 +lon_0=0 +x_0=0 )"
+                R"(+y_0=0 +k=1 +units=m +nadgrids=@null +wktext +no_defs"]])");
+    EXPECT_EQ(run_limited({"info", m_folder / "g.shp"}, m_folder.Path()).Code, 0);
 }
 
 TEST_F(IndirectInput, Side_files_that_name_other_files_are_not_followed) {
