@@ -176,7 +176,7 @@ std::string DiskFileSystem::ReadFile(const std::filesystem::path& file, std::uin
     struct stat entry {};
     if (::fstat(descriptor.Value(), &entry) != 0) RaiseErrno(errno, file);
     // A folder is told by the reading of it.
-    if (!S_ISREG(entry.st_mode) && !S_ISDIR(entry.st_mode)) raise_special(file);
+    if (!S_ISREG(entry.st_mode) && !S_ISDIR(entry.st_mode)) RaiseNoFile(entry.st_mode, file);
     if (S_ISREG(entry.st_mode)) check(static_cast<std::uint64_t>(entry.st_size));
     std::string bytes;
     std::array<char, 65536> piece{};

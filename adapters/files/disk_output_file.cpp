@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -27,15 +28,29 @@ int open_flags(platform::WriteMode mode) {
 }  // namespace
 
 DiskOutputFile::DiskOutputFile(std::filesystem::path file, platform::WriteMode mode) : m_file(std::move(file)) {
-    m_descriptor = ::open(m_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | open_flags(mode), 0666);
-    if (m_descriptor >= 0) return;
+    // A pipe would wait for a reader.
+    constexpr int kAlways = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    m_descriptor = ::open(m_file.c_str(), kAlways | open_flags(mode), 0666);
     const int code = errno;
+    if (m_descriptor >= 0) return RefusePipe();
+    if (code == ENXIO) RaiseNoFile(S_IFIFO, m_file);
     std::error_code ignored;
     // Whoever may plant a link in a folder must not choose what is written through it.
     if (code == ELOOP && std::filesystem::is_symlink(m_file, ignored))
         platform::Raise(platform::error_number::kPermissionDenied,
                         m_file.string() + " is a link, and nothing is written through links: delete it");
     RaiseErrno(code, m_file);
+}
+
+void DiskOutputFile::RefusePipe() {
+    struct stat status = {};
+    if (::fstat(m_descriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) {
+        // Devices are waited for as usual.
+        ::fcntl(m_descriptor, F_SETFL, ::fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
+        return;
+    }
+    ::close(std::exchange(m_descriptor, -1));
+    RaiseNoFile(status.st_mode, m_file);
 }
 
 DiskOutputFile::~DiskOutputFile() {

@@ -8,7 +8,7 @@
 namespace wxl::files {
 
 /// A file of this machine open for writing. Small writes are gathered; an error met once is thrown again by Close, so
-/// that a file with a hole never passes as whole. A name that is a link is refused with RuntimeError 70.
+/// that a file with a hole never passes as whole. A name that is a link is refused with RuntimeError 70, a pipe with 5.
 class DiskOutputFile final : public platform::IOutputFile {
 public:
     DiskOutputFile(std::filesystem::path file, platform::WriteMode mode);
@@ -22,6 +22,7 @@ public:
     void Close() override;
 
 private:
+    void RefusePipe();
     void Put(std::string_view bytes);
     void PutGathered();
     void CheckOpen() const;

@@ -164,7 +164,7 @@ void PointShapefile::ReadLocations(PointRows& rows) {
     std::vector<char> index(count * kIndexEntry);
     m_files->Index.Read(kHeaderLength + m_next * kIndexEntry, index);
 
-    // Records mostly follow one another: what lies elsewhere is left to OGR.
+    // Records mostly follow one another: what lies elsewhere is read by itself.
     const std::uint64_t begin = std::uint64_t{load_big(index, 0)} * 2;
     const std::uint64_t length = std::min(std::uint64_t{load_big(index, 4)} * 2, kLongestPoint) + kRecordHeader;
     const std::uint64_t available = begin < m_files->Shapes.Size() ? m_files->Shapes.Size() - begin : 0;
@@ -175,8 +175,12 @@ void PointShapefile::ReadLocations(PointRows& rows) {
         const std::uint64_t offset = std::uint64_t{load_big(index, row * kIndexEntry)} * 2;
         const std::uint32_t words = load_big(index, row * kIndexEntry + 4);
         const std::uint64_t end = offset + kRecordHeader + std::uint64_t{words} * 2;
-        if (offset < begin || end > begin + m_bytes.size() || std::uint64_t{words} * 2 < kShortestPoint) continue;
-        const auto record = std::span<const char>(m_bytes).subspan(static_cast<std::size_t>(offset - begin));
+        if (end > m_files->Shapes.Size() || std::uint64_t{words} * 2 < kShortestPoint) continue;
+        std::array<char, kRecordHeader + kShortestPoint> apart{};
+        const bool isNear = offset >= begin && end <= begin + m_bytes.size();
+        if (!isNear) m_files->Shapes.Read(offset, apart);
+        const auto record = isNear ? std::span<const char>(m_bytes).subspan(static_cast<std::size_t>(offset - begin))
+                                   : std::span<const char>(apart);
         const platform::Point location{load_little<double>(record, kRecordHeader + 4),
                                        load_little<double>(record, kRecordHeader + 12)};
         const bool isPlain = load_big(record, 4) == words &&

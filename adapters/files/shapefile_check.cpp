@@ -90,14 +90,27 @@ std::string read_index(const fs::path& path) {
     return index;
 }
 
+std::uint64_t offset_at(const std::string& index, std::size_t at) {
+    return std::uint64_t{load_big(index, at)} * 2;
+}
+
+/// Places in the index by where their records begin, so that the file is read once from its begin to its end.
+std::vector<std::size_t> in_order_of_records(const std::string& index) {
+    std::vector<std::size_t> places(index.size() / 8);
+    for (std::size_t i = 0; i < places.size(); ++i) places[i] = i * 8;
+    const auto before = [&](std::size_t a, std::size_t b) { return offset_at(index, a) < offset_at(index, b); };
+    if (!std::is_sorted(places.begin(), places.end(), before)) std::stable_sort(places.begin(), places.end(), before);
+    return places;
+}
+
 void check_records(const InputFile& shapes, std::uint32_t type, const std::string& index) {
     BlockReader reader(shapes);
     const std::uint64_t pointLength = point_length(type);
-    for (std::size_t at = 0; at < index.size(); at += 8) {
+    for (const std::size_t at : in_order_of_records(index)) {
         const auto damaged = [&](const char* why) {
             raise_damaged(shapes.Path(), "record " + std::to_string(at / 8 + 1) + " " + why);
         };
-        const std::uint64_t offset = std::uint64_t{load_big(index, at)} * 2;
+        const std::uint64_t offset = offset_at(index, at);
         const std::uint64_t length = std::uint64_t{load_big(index, at + 4)} * 2;
         if (length < 4 || offset < kHeaderLength || offset + 8 + length > shapes.Size())
             damaged("lies outside the file");

@@ -94,7 +94,7 @@ void ChildProcesses::Start(std::size_t number, const std::vector<std::string>& a
     pointers.push_back(nullptr);
     std::array<int, 2> pipe{};
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0) fail("no pipe for another process");
-    const int logFile = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0666);
+    const int logFile = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
     const pid_t parent = ::getpid();
     const pid_t process = logFile < 0 ? -1 : ::fork();
     if (process == 0) become(pointers.data(), pipe[1], logFile, m_signals.Before(), parent);

@@ -1,6 +1,6 @@
 # The fuzz targets over their seeds, in one ordinary program: each target's entry point takes the target's name. Seeds of
 # the settings reader: tests/unit/kde_tool.
-set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile grid levels engine isopleths batch movement_models)
+set(WXL_FUZZ_TARGETS numbers tracking_csv shapefile geopackage grid levels engine isopleths batch movement_models)
 set(WXL_FUZZ_SOURCES)
 foreach(target ${WXL_FUZZ_TARGETS})
   set(source ${CMAKE_SOURCE_DIR}/fuzz/fuzz_${target}.cpp)

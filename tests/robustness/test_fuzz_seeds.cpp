@@ -12,8 +12,8 @@
 #include <vector>
 
 using Target = int(const std::uint8_t* data, std::size_t size);
-extern "C" Target fuzz_numbers, fuzz_tracking_csv, fuzz_shapefile, fuzz_grid, fuzz_levels, fuzz_engine, fuzz_isopleths,
-    fuzz_batch, fuzz_movement_models;
+extern "C" Target fuzz_numbers, fuzz_tracking_csv, fuzz_shapefile, fuzz_geopackage, fuzz_grid, fuzz_levels, fuzz_engine,
+    fuzz_isopleths, fuzz_batch, fuzz_movement_models;
 
 namespace {
 
@@ -78,7 +78,8 @@ TEST_P(FuzzSeeds, Hold_it_when_they_are_changed) {
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzSeeds,
                          testing::Values(Seeds{"numbers", fuzz_numbers, 20000},
                                          Seeds{"tracking_csv", fuzz_tracking_csv, 400},
-                                         Seeds{"shapefile", fuzz_shapefile, 1000}, Seeds{"grid", fuzz_grid, 300},
+                                         Seeds{"shapefile", fuzz_shapefile, 1000},
+                                         Seeds{"geopackage", fuzz_geopackage, 200}, Seeds{"grid", fuzz_grid, 300},
                                          Seeds{"levels", fuzz_levels, 100}, Seeds{"engine", fuzz_engine, 200},
                                          Seeds{"isopleths", fuzz_isopleths, 100}, Seeds{"batch", fuzz_batch, 500},
                                          Seeds{"movement_models", fuzz_movement_models, 40}),

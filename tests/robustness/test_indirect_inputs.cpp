@@ -227,6 +227,32 @@ TEST_F(IndirectInput, Pipes_and_devices_are_refused_even_beside_the_data) {
     }
 }
 
+TEST_F(IndirectInput, Pipes_in_the_place_of_settings_and_reports_end_a_run_at_once) {
+    const auto why = [](const fs::path& path) {
+        return path.string() + " is a pipe or a device and no file: give a file, or take it out of the way";
+    };
+    const fs::path settings = m_folder / "settings";
+    ASSERT_EQ(::mkfifo(settings.c_str(), 0600), 0);
+    fs::create_directory(m_folder / "o");
+    const fs::path report = m_folder / "o" / "WXL_KDE_ANALYSIS.txt";
+    std::vector<std::string> call = {"kde",          m_other,       "--id-field", "animal",   "--out",
+                                     m_folder / "o", "--cell-size", "50",         "--extent", "min"};
+    ASSERT_EQ(::mkfifo(report.c_str(), 0600), 0);
+    const LimitedRun reporting = run_limited(call, m_folder.Path());
+    EXPECT_EQ(reporting.Code, 1) << reporting.Out;
+    EXPECT_NE(reporting.Err.find(why(report)), std::string::npos) << reporting.Err;
+    fs::remove(report);
+    call.insert(call.end(), {"--settings", settings});
+    const LimitedRun loading = run_limited(call, m_folder.Path());
+    EXPECT_EQ(loading.Code, 1) << loading.Out;
+    EXPECT_NE(loading.Err.find(why(settings)), std::string::npos) << loading.Err;
+    fs::create_directory(m_folder / "b");
+    ASSERT_EQ(::mkfifo((m_folder / "b" / "plan.json").c_str(), 0600), 0);
+    const LimitedRun planned = run_limited({"batch", "status", m_folder / "b"}, m_folder.Path());
+    EXPECT_EQ(planned.Code, 1) << planned.Out;
+    EXPECT_EQ(planned.Signal, 0);
+}
+
 TEST_F(IndirectInput, Archives_are_refused) {
     for (const char* name : {"a.zip", "a.shz", "a.shp.zip", "a.gpkg", "a.kmz", "a.shp"}) {
         const fs::path file = Make(name, "PK\x03\x04" + std::string(200, 'x'));
@@ -318,8 +344,9 @@ TEST_F(IndirectInput, Grids_that_coordinate_systems_name_are_not_opened) {
     const fs::path features = Make(
         "g.geojson", R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"+proj=utm +zone=33 )"
                      R"(+ellps=GRS80 +nadgrids=)" +
-                         grid + R"( +type=crs"}},"features":[{"type":"Feature","properties":{"id":1},"geometry":)"
-                                R"({"type":"Point","coordinates":[1,2]}}]})");
+                         grid +
+                         R"( +type=crs"}},"features":[{"type":"Feature","properties":{"id":1},"geometry":)"
+                         R"({"type":"Point","coordinates":[1,2]}}]})");
     ExpectRefused(features, why(features));
 
     write_bytes(m_folder / "g.asc", "ncols 2\nnrows 2\nxllcorner 0\nyllcorner 0\ncellsize 10\n1 2\n3 4\n");

@@ -287,5 +287,43 @@ TEST_F(MalformedShapefile, Messages_name_the_file_and_say_what_to_do) {
               "wxl: " + stem + ".shp is damaged: it has 24 shapes, and its table has 23 rows" + advice);
 }
 
+TEST_F(MalformedShapefile, Is_checked_whatever_file_of_it_is_named) {
+    const auto cut = With("shx", [](std::string& bytes) {
+        put_big(bytes, 100 + 8 * 5, 0x00ffffff);  // a record far outside the file
+    });
+    Write(cut);
+    const fs::path folder = m_folder / "case";
+    for (const std::string input : {folder / "l.shp", folder / "l.dbf", folder / "l.shx", folder}) {
+        const LimitedRun run = run_limited({"info", input}, m_folder.Path());
+        EXPECT_EQ(run.Code, 1) << input << run.Out;
+        EXPECT_EQ(run.Err, "wxl: " + (folder / "l.shp").string() +
+                               " is damaged: record 6 lies outside the file. Copy it again from where it came from.\n");
+    }
+    Write(m_good);
+    for (const std::string input : {folder / "l.dbf", folder / "l.shx", folder})
+        EXPECT_EQ(run_limited({"info", input}, m_folder.Path()).Out,
+                  run_limited({"info", folder / "l.shp"}, m_folder.Path()).Out);
+}
+
+TEST_F(MalformedShapefile, Records_in_any_order_are_read_and_checked_once) {
+    // The same shapes with the records of the file in reverse: their numbers, and the index, say which is which.
+    constexpr std::size_t kRecord = 28;
+    Parts parts = m_good;
+    std::string& shapes = parts["shp"];
+    std::string& index = parts["shx"];
+    for (std::size_t row = 0; row < kFixes; ++row) {
+        const std::size_t place = 100 + kRecord * (kFixes - 1 - row);
+        shapes.replace(place, kRecord, m_good["shp"].substr(100 + kRecord * row, kRecord));
+        put_big(index, 100 + 8 * row, static_cast<std::uint32_t>(place / 2));
+    }
+    const auto stats = [&](const Parts& files) {
+        Write(files);
+        return run_limited({"stats", m_folder.Path() / "case" / "l.shp", "--id-field", "animal"}, m_folder.Path());
+    };
+    const LimitedRun reversed = stats(parts);
+    EXPECT_EQ(reversed.Code, 0) << reversed.Err;
+    EXPECT_EQ(reversed.Out, stats(m_good).Out);
+}
+
 }  // namespace
 }  // namespace wxl::tests
