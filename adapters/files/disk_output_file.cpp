@@ -32,7 +32,10 @@ DiskOutputFile::DiskOutputFile(std::filesystem::path file, platform::WriteMode m
     constexpr int kAlways = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
     m_descriptor = ::open(m_file.c_str(), kAlways | open_flags(mode), 0666);
     const int code = errno;
-    if (m_descriptor >= 0) return RefusePipe();
+    if (m_descriptor >= 0) {
+        RefusePipe();
+        return;
+    }
     if (code == ENXIO) RaiseNoFile(S_IFIFO, m_file);
     std::error_code ignored;
     // Whoever may plant a link in a folder must not choose what is written through it.

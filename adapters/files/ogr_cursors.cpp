@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <deque>
 #include <memory>
 #include <string>
@@ -183,6 +184,20 @@ private:
     std::size_t m_row = 0;
 };
 
+/// Texts of databases have no bound: one that no field of a table of fixes can mean would fill the memory by copies.
+void check_texts(const OGRFeature& row, const std::filesystem::path& path) {
+    constexpr std::size_t kLongest = 16 << 20;  // bytes
+    for (int field = 0; field < row.GetFieldCount(); ++field) {
+        const OGRFieldDefn& column = *row.GetFieldDefnRef(field);
+        if (column.GetType() != OFTString || !row.IsFieldSetAndNotNull(field)) continue;
+        if (::strnlen(row.GetRawFieldRef(field)->String, kLongest + 1) <= kLongest) continue;
+        platform::Raise(platform::error_number::kOverflow, path.string() + ": the row " + std::to_string(row.GetFID()) +
+                                                               " holds a text of more than 16 MB in the field \"" +
+                                                               column.GetNameRef() +
+                                                               "\": shorten it, or leave the row out");
+    }
+}
+
 /// Fetches rows in groups of neighbouring object IDs, and leaves no statement open between them. The order in which a
 /// database gives the rows of a group does not matter: it may be that of an index.
 class RowsInGroups final : public IRows {
@@ -212,7 +227,10 @@ private:
         const std::string range = column + " >= " + std::to_string((*m_numbers)[m_next]) + " AND " + column +
                                   " <= " + std::to_string((*m_numbers)[end - 1]);
         layer.SetAttributeFilter(range.c_str());
-        while (OGRFeatureUniquePtr feature = next_row(layer, m_path)) m_group.push_back(std::move(feature));
+        while (OGRFeatureUniquePtr feature = next_row(layer, m_path)) {
+            check_texts(*feature, m_path);
+            m_group.push_back(std::move(feature));
+        }
         layer.ResetReading();
         std::sort(m_group.begin(), m_group.end(),
                   [](const OGRFeatureUniquePtr& a, const OGRFeatureUniquePtr& b) { return a->GetFID() < b->GetFID(); });

@@ -11,7 +11,7 @@ namespace wxl::files {
 
 /// While it lives every SQLite of this process that names no other table of functions, GDAL's too, opens databases and
 /// their side files for reading only, deletes nothing, and loads no extensions; databases opened so use no functions of
-/// a view or a computed column that may do more than compute, and no cells of more than 64 MB. What is named by an
+/// a view or a computed column that may do more than compute, and make no texts of more than 64 MB. What is named by an
 /// SqliteWriting is excepted, and so are SQLite's own temporary files. For a program of its own, not for a plugin.
 class SqliteFence {
 public:

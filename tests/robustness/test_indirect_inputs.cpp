@@ -245,7 +245,7 @@ TEST_F(IndirectInput, Pipes_in_the_place_of_settings_and_reports_end_a_run_at_on
     call.insert(call.end(), {"--settings", settings});
     const LimitedRun loading = run_limited(call, m_folder.Path());
     EXPECT_EQ(loading.Code, 1) << loading.Out;
-    EXPECT_NE(loading.Err.find(why(settings)), std::string::npos) << loading.Err;
+    EXPECT_EQ(loading.Err, "wxl: " + settings.string() + ": these settings cannot be read; is it a settings file?\n");
     fs::create_directory(m_folder / "b");
     ASSERT_EQ(::mkfifo((m_folder / "b" / "plan.json").c_str(), 0600), 0);
     const LimitedRun planned = run_limited({"batch", "status", m_folder / "b"}, m_folder.Path());
