@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kManifest = "manifest";
-constexpr const char* kFirstLine = "wxl: files that replace others, 1";
+constexpr const char* kFirstLine = "wxl-swap-1";
 
 /// A file as it stands on this disk; all zero when it is none.
 struct Stamp {
