@@ -6,7 +6,6 @@
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
