@@ -13,7 +13,8 @@ namespace wxl::comparison {
 namespace {
 
 constexpr double kReach = 4.0;  // bandwidths
-constexpr double kMostCells = 1e6;
+constexpr double kUsualCells = 1e6;
+constexpr double kMostCells = 25e6;
 constexpr std::int32_t kSideLimit = 50'000'000;
 
 struct CellRange {
@@ -106,7 +107,9 @@ double usual_cell_size(double smallestBandwidth, const platform::Extent& extent,
     constexpr double kCellsPerBandwidth = 5.0;
     int number = 0;
     while (round_size(number + 1) <= smallestBandwidth / kCellsPerBandwidth) ++number;
-    while (cells_of(covering_grid(extent, margin, round_size(number))) > kMostCells) ++number;
+    const auto cells = [&] { return cells_of(covering_grid(extent, margin, round_size(number))); };
+    while (cells() > kUsualCells && round_size(number + 1) <= smallestBandwidth) ++number;
+    while (cells() > kMostCells) ++number;
     return round_size(number);
 }
 

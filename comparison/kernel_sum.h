@@ -35,8 +35,8 @@ private:
 platform::RasterGeometry covering_grid(const platform::Extent& extent, double margin, double cellSize);
 
 /// A cell size for distributions of that bandwidth and more: the largest of 1, 2, 5, 10, 20, 50 ... map units that is a
-/// fifth of the bandwidth or less, at least 1; greater where the grid of that extent, enlarged by `margin`, would have
-/// more than a million cells.
+/// fifth of the bandwidth or less, at least 1. Greater, but not above the bandwidth, where the grid of that extent,
+/// enlarged by `margin`, would have more than a million cells; greater still where it would have more than 25 million.
 double usual_cell_size(double smallestBandwidth, const platform::Extent& extent, double margin);
 
 /// HREF in map units, or 0 where there is none: fewer than two fixes, or fixes that differ by rounding alone.

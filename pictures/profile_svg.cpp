@@ -1,10 +1,9 @@
 #include "pictures/profile_axes.h"
 #include "pictures/profile_picture.h"
+#include "pictures/svg_parts.h"
 #include "pictures/xml_text.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <string_view>
 #include <vector>
@@ -46,20 +45,8 @@ constexpr std::string_view kDot = R"(class="dot" fill="#1b6ca8" stroke="#ffffff"
 constexpr std::string_view kHref = R"(class="href" stroke="#39424c" stroke-width="2" stroke-dasharray="6 4")";
 constexpr std::string_view kUsed = R"(class="used" stroke="#b3261e" stroke-width="4")";
 
-/// A coordinate with at most two decimals.
 std::string at(double coordinate) {
-    std::array<char, 64> text{};
-    const double rounded = std::round(coordinate * 100.0) / 100.0;
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), rounded + 0.0);
-    return {text.data(), end.ptr};
-}
-
-std::string id_prefix(const std::string& wanted) {
-    std::string kept;
-    for (const char c : wanted)
-        if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_')
-            kept += c;
-    return kept.empty() ? "profile" : kept;
+    return SvgNumber(coordinate);
 }
 
 /// The plot's rectangle and both scales.
@@ -194,7 +181,7 @@ std::string plot_of(const ProfilePicture& picture, const ScoreRange& scores, con
 }  // namespace
 
 std::string ProfileSvg(const ProfilePicture& picture, const SvgOptions& options) {
-    const std::string prefix = id_prefix(options.IdPrefix);
+    const std::string prefix = SvgIdPrefix(options.IdPrefix, "profile");
     const std::string width = std::to_string(options.Width);
     const std::string height = std::to_string(kHeight);
     const std::optional<ScoreRange> scores = ShownScores(picture);

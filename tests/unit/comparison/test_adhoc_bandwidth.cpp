@@ -127,8 +127,11 @@ TEST(KernelSum, Usual_cells_are_round_and_the_grid_not_too_large) {
     EXPECT_EQ(usual_cell_size(99.0, extent, 0.0), 10.0);
     EXPECT_EQ(usual_cell_size(2600.0, extent, 0.0), 500.0);
     EXPECT_EQ(usual_cell_size(3.0, extent, 0.0), 1.0);
-    EXPECT_EQ(usual_cell_size(3.0, {0.0, 0.0, 1e6, 1e6}, 0.0), 1000.0);
-    EXPECT_EQ(usual_cell_size(0.0, extent, 1e9), 5e6);
+    EXPECT_EQ(usual_cell_size(50.0, {0.0, 0.0, 3e4, 3e4}, 0.0), 50.0);  // 900 million cells of 10; 360,000 of 50
+    EXPECT_EQ(usual_cell_size(50.0, {0.0, 0.0, 3e4, 1e4}, 0.0), 20.0);  // 750,000
+    EXPECT_EQ(usual_cell_size(10.0, {0.0, 0.0, 3e4, 3e4}, 0.0), 10.0);  // 9 million
+    EXPECT_EQ(usual_cell_size(3.0, {0.0, 0.0, 1e6, 1e6}, 0.0), 200.0);  // 25 million
+    EXPECT_EQ(usual_cell_size(0.0, extent, 1e9), 500000.0);             // 4001 x 4001, 16 million
 }
 
 }  // namespace

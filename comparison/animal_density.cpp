@@ -1,0 +1,125 @@
+#include "comparison/animal_density.h"
+
+#include "comparison/kernel_sum.h"
+#include "engine/clsKernelCalculator.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wxl::comparison {
+namespace {
+
+constexpr double kReach = 4.0;  // bandwidths
+
+/// Faults of the calculator are told as reasons, not as boxes.
+class NoBoxes final : public platform::IMessages {
+public:
+    platform::Answer Show(const platform::MessageBox& /*box*/) override { return platform::Answer::kOk; }
+};
+
+std::string in_one_line(std::string warnings) {
+    while (!warnings.empty() && warnings.back() == '\r') warnings.pop_back();
+    std::replace(warnings.begin(), warnings.end(), '\r', ' ');
+    return warnings;
+}
+
+void choose(engine::clsKernelCalculator& calculator, const DensityWishes& wishes) {
+    if (wishes.Rule == BandwidthRule::kManual) return calculator.SetManualBandwidth(wishes.Value);
+    if (wishes.Rule == BandwidthRule::kLscv) return calculator.CalculateLSCV();
+    if (wishes.Rule == BandwidthRule::kBcv) return calculator.CalculateBCV();
+    calculator.CalculateHREF();
+}
+
+std::string reason_for(const engine::PointSample& fixes) {
+    if (fixes.empty()) return "no fix";
+    return fixes.size() == 1 ? "one fix is too few for a bandwidth" : "the fixes have no spread";
+}
+
+void take_adhoc(AnimalBandwidth& found, const engine::PointSample& fixes, const DensityWishes& wishes) {
+    found.AdHoc = adhoc_bandwidth(fixes, wishes.AdHoc);
+    found.MapUnits = found.AdHoc.Bandwidth;
+    if (found.AdHoc.Status == AdHocStatus::kNoBandwidth)
+        found.Reason = "the reference bandwidth is smaller than the cell size";
+    else if (found.AdHoc.Status != AdHocStatus::kFound)
+        found.Warning = std::string(status_name(found.AdHoc.Status));
+}
+
+std::string reason_of(const engine::clsKernelCalculator& calculator) {
+    if (calculator.lErrorStatus == engine::kernel_status::kBandwidthBelowCell)
+        return "the bandwidth (" + platform::NumberText(calculator.GetScaledBandwidth()) +
+               ") is smaller than the cell size (" + platform::NumberText(calculator.GetCellSize()) + ")";
+    if (calculator.lErrorStatus == engine::kernel_status::kGridTooLarge) return "the grid has too many cells";
+    return "the density could not be computed (code " + std::to_string(calculator.lErrorStatus) + ")";
+}
+
+}  // namespace
+
+AnimalBandwidth bandwidth_of(const engine::PointSample& fixes, const DensityWishes& wishes) {
+    AnimalBandwidth found;
+    found.Href = reference_bandwidth(fixes);
+    if (fixes.empty() || (found.Href == 0.0 && wishes.Rule != BandwidthRule::kManual)) {
+        found.Reason = reason_for(fixes);
+        return found;
+    }
+    if (wishes.Rule == BandwidthRule::kAdHoc) {
+        take_adhoc(found, fixes, wishes);
+        return found;
+    }
+    NoBoxes messages;
+    engine::clsKernelCalculator calculator(messages);
+    calculator.SetInputCoords(fixes);
+    calculator.SetEnforceUnitVariance(wishes.Rescale);
+    choose(calculator, wishes);
+    found.Warning = in_one_line(calculator.WarningMessages());
+    const double proportion = wishes.Rule == BandwidthRule::kProportion ? wishes.Value : 1.0;
+    found.MapUnits = calculator.GetScaledBandwidth() * proportion;
+    if (!(found.MapUnits > 0.0) || !std::isfinite(found.MapUnits)) {
+        found.MapUnits = 0.0;
+        found.Reason = reason_for(fixes);
+    }
+    return found;
+}
+
+platform::RasterGeometry shared_grid(std::span<const engine::PointSample> animals,
+                                     std::span<const AnimalBandwidth> bandwidths, double cellSize) {
+    platform::Extent extent;
+    double smallest = 0.0;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < animals.size(); ++i) {
+        const double bandwidth = bandwidths[i].MapUnits;
+        if (!(bandwidth > 0.0)) continue;
+        for (const platform::Point& fix : animals[i]) extent.Include(fix);
+        smallest = smallest == 0.0 ? bandwidth : std::min(smallest, bandwidth);
+        largest = std::max(largest, bandwidth);
+    }
+    if (extent.IsEmpty()) return {0.0, 0.0, std::max(1.0, cellSize), 1, 1};
+    const double margin = kReach * largest;
+    const double cell = cellSize > 0.0 ? cellSize : usual_cell_size(smallest, extent, margin);
+    return covering_grid(extent, margin + cell, cell);
+}
+
+AnimalDensity density_of(const engine::PointSample& fixes, const AnimalBandwidth& bandwidth,
+                         const DensityWishes& wishes, const platform::RasterGeometry& grid) {
+    if (!(bandwidth.MapUnits > 0.0)) return {{}, bandwidth.Reason};
+    NoBoxes messages;
+    engine::clsKernelCalculator calculator(messages);
+    calculator.SetInputCoords(fixes);
+    calculator.SetEnforceUnitVariance(wishes.Rescale);
+    calculator.SetFixedKernel(!wishes.Adaptive);
+    calculator.SetScalingFactor(1.0);
+    calculator.SetCellSize(grid.CellSize);
+    calculator.SetRows(grid.Rows);
+    calculator.SetColumns(grid.Columns);
+    calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
+    calculator.SetManualBandwidth(bandwidth.MapUnits);
+    calculator.SetLimitRadius(kReach * bandwidth.MapUnits);
+    calculator.CalculateKernel();
+    const engine::KernelGrid* kernel = calculator.GetKernel();
+    if (kernel == nullptr) return {{}, reason_of(calculator)};
+    if (!(calculator.GetKernelVolume() > 0.0)) return {{}, "no volume in the grid"};
+    const auto* first = kernel->Row(0).data();
+    return {{first, first + static_cast<std::size_t>(grid.Columns) * static_cast<std::size_t>(grid.Rows)}, {}};
+}
+
+}  // namespace wxl::comparison
