@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace wxl::movement_models {
 
@@ -138,6 +139,8 @@ Taylor<N> expm1(const Taylor<N>& a) {
 }
 template <std::size_t N>
 Taylor<N> log(const Taylor<N>& a) {
+    // Rounding may make a determinant 0 or less: no number.
+    if (!(a.Value > 0.0)) return {std::numeric_limits<double>::quiet_NaN()};
     const double r = 1.0 / a.Value;
     return composed(a, std::log(a.Value), r, -r * r);
 }

@@ -44,8 +44,8 @@ isopleths::SurfaceEdge edge_of(const AkdeAnimal& akde, double scaling) {
     isopleths::SurfaceEdge edge;
     for (std::int32_t row = 0; row < akde.Geometry.Rows; ++row) {
         const std::vector<float> cells = row_of(akde, row, scaling);
-        edge.West.push_back(cells.front());
-        edge.East.push_back(cells.back());
+        edge.West.push_back(static_cast<double>(cells.front()));
+        edge.East.push_back(static_cast<double>(cells.back()));
         if (row == 0) edge.North.assign(cells.begin(), cells.end());
         if (row == akde.Geometry.Rows - 1) edge.South.assign(cells.begin(), cells.end());
     }

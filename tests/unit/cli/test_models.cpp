@@ -2,6 +2,7 @@
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/timed_rows.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 

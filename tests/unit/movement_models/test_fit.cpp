@@ -6,6 +6,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
+#include <stdexcept>
 
 namespace wxl::movement_models {
 namespace {
@@ -104,6 +105,19 @@ TEST(Fit, Fixes_on_a_line_have_isotropic_models_only) {
 TEST(Fit, Coordinates_beyond_all_squares_have_no_likelihood) {
     const Track track = tests::track_of({0, 1, 2, 4}, {0, 1e200, -1e200, 3e200}, {0, 1e200, 5e200, 0});
     EXPECT_EQ(choose_model(track, Estimation::kPhreml, false).Chosen(), nullptr);
+}
+
+// Three fixes all but on a line: the determinant of S vanishes by rounding at some scales.
+TEST(Fit, Fixes_almost_on_a_line_keep_the_isotropic_models) {
+    const Track track = tests::track_of({0, 1, 2, 5}, {0, 1e6, 2e6, 3e6}, {0, 1e6, 2e6, 3e6 + 0.06});
+    const ModelChoice choice = choose_model(track, Estimation::kPhreml, false);
+    ASSERT_NE(choice.Chosen(), nullptr);
+    EXPECT_GT(choice.Chosen()->Covariance.Determinant(), 0.0);
+}
+
+TEST(Taylor, Logarithm_of_nothing_is_no_number) {
+    EXPECT_TRUE(std::isnan(log(Taylor<2>(0.0)).Value));
+    EXPECT_TRUE(std::isnan(log(Taylor<1>(-1.0)).Value));
 }
 
 TEST(Fit, Model_at_given_scales) {
