@@ -2,6 +2,7 @@
 
 #include "isopleths/edge_closing.h"
 #include "isopleths/isopleth_outputs.h"
+#include "isopleths/level_index.h"
 #include "isopleths/level_polygons.h"
 #include "platform/contour_step.h"
 #include "platform/runtime_error.h"
@@ -31,36 +32,28 @@ private:
     std::shared_ptr<platform::IRasterBand> m_band;
 };
 
-/// The level closest to a contour's value; of equally close ones the first.
-std::size_t nearest_level(double value, std::span<const double> levels) {
-    std::size_t nearest = 0;
-    for (std::size_t i = 1; i < levels.size(); ++i) {
-        if (std::abs(value - levels[i]) < std::abs(value - levels[nearest])) nearest = i;
-    }
-    return nearest;
-}
-
 /// The closed contours of each level, in the order of the levels.
 std::vector<std::vector<Ring>> contours_of(std::vector<platform::ContourLine> lines, std::span<const double> levels,
                                            const OuterEdge& edge) {
+    const LevelIndex index(levels);
     std::vector<std::vector<platform::ContourLine>> byLevel(levels.size());
-    for (platform::ContourLine& line : lines) byLevel[nearest_level(line.Value, levels)].push_back(std::move(line));
+    for (platform::ContourLine& line : lines) byLevel[index.Nearest(line.Value)].push_back(std::move(line));
 
     const double step = platform::ContourStep(levels);
     std::vector<std::vector<Ring>> contours(levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
         // A level that repeats has its contours at its first place.
-        if (nearest_level(levels[i], levels) == i)
-            contours[i] = closed_contours(std::move(byLevel[i]), levels[i] - step, edge);
+        if (index.IsFirst(i)) contours[i] = closed_contours(std::move(byLevel[i]), levels[i] - step, edge);
     }
     return contours;
 }
 
 /// Areas of the levels' polygons; a level that repeats an earlier one has its area.
 std::vector<std::optional<double>> areas_of(std::span<const Geometry> polygons, std::span<const double> levels) {
+    const LevelIndex index(levels);
     std::vector<std::optional<double>> areas(levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
-        const Geometry& polygon = polygons[nearest_level(levels[i], levels)];
+        const Geometry& polygon = polygons[index.Nearest(levels[i])];
         if (!polygon.IsNull()) areas[i] = area_of(polygon);
     }
     return areas;
@@ -198,6 +191,7 @@ void clsHISO::InsertPolygons(const std::vector<Geometry>& polygons, OutputClass&
 
 void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform::Extent& bounds,
                            OutputClass& donuts) const {
+    const LevelIndex index(m_levels);
     for (std::size_t i = 0; i < polygons.size(); ++i) {
         const Geometry& outer = polygons[i];
         if (outer.IsNull()) continue;
@@ -205,7 +199,7 @@ void clsHISO::InsertDonuts(const std::vector<Geometry>& polygons, const platform
             donuts.Insert(outer, {m_statistics.Maximum, m_levels[0], 0.0, m_boundaries[0]});
         } else {
             // A percentage that shares an earlier one's level shares its polygon too.
-            const Geometry& inner = polygons[nearest_level(m_levels[i - 1], m_levels)];
+            const Geometry& inner = polygons[index.Nearest(m_levels[i - 1])];
             const bool isNested = m_levels[i - 1] > m_levels[i] && !reaches_border(inner, bounds);
             const Geometry ring = isNested ? nested_ring(inner, outer, *m_services.Geometry)
                                            : ring_between(inner, outer, *m_services.Geometry);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -95,8 +96,10 @@ std::string memory_text(const AnimalRecord& record) {
 std::string isopleth_reason(const AnimalRecord& record) {
     if (record.IsoplethStatus == isopleths::isopleth_status::kFailed || record.CutTo == 0.0) return {};
     std::string percentages;
+    std::set<double> told;
     for (const IsoplethRecord& isopleth : record.Isopleths)
-        if (!isopleth.Area) percentages += (percentages.empty() ? "" : ", ") + NumberText(isopleth.Percent) + " %";
+        if (!isopleth.Area && told.insert(isopleth.Percent).second)
+            percentages += (percentages.empty() ? "" : ", ") + NumberText(isopleth.Percent) + " %";
     return percentages.empty()
                ? std::string()
                : "no isopleth at " + percentages + ": the percentage is too small, no area lies above its level";
