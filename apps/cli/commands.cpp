@@ -57,6 +57,10 @@ std::vector<Command> register_commands(CLI::App& program) {
         register_akde, run_akde);
     add(commands, program, "models", "Tell how fixes depend on each other: movement models and effective sample size",
         register_models, run_models);
+    add(commands, program, "overlap", "Compare home ranges: indices of overlap for all pairs", register_overlap,
+        run_overlap);
+    add(commands, program, "mcp", "Draw minimum convex polygons", register_mcp, run_mcp);
+    add(commands, program, "curve", "Tell how areas grow with the number of fixes", register_curve, run_curve);
     add(commands, program, "isopleths", "Draw isopleths of a density raster", register_isopleths, run_isopleths);
     add(commands, program, "obs-fields", "Add times, distances and speeds between fixes to a layer",
         register_obs_fields, run_obs_fields);

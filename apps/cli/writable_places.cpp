@@ -113,6 +113,27 @@ Fence fence_of(const StatsOptions& options) {
     return places;
 }
 
+Fence fence_of(const OverlapOptions& options) {
+    WritablePlaces places;
+    add_text_file(places, options.Csv);
+    if (!options.Out.empty()) places.Folder(options.Out);
+    return places;
+}
+
+Fence fence_of(const McpOptions& options) {
+    WritablePlaces places;
+    add_text_file(places, options.Csv);
+    add_text_file(places, options.Out);
+    return places;
+}
+
+Fence fence_of(const CurveOptions& options) {
+    WritablePlaces places;
+    add_text_file(places, options.Csv);
+    add_text_file(places, options.Plot);
+    return places;
+}
+
 Fence fence_of(const IsoplethOptions& options) {
     return WritablePlaces().Folder(options.Out);
 }

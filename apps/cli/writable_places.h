@@ -5,13 +5,16 @@
 #include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/batch.h"
+#include "apps/cli/commands/curve.h"
 #include "apps/cli/commands/import.h"
 #include "apps/cli/commands/info.h"
 #include "apps/cli/commands/isopleths.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/manual.h"
+#include "apps/cli/commands/mcp.h"
 #include "apps/cli/commands/models.h"
 #include "apps/cli/commands/obs_fields.h"
+#include "apps/cli/commands/overlap.h"
 #include "apps/cli/commands/remove_duplicates.h"
 #include "apps/cli/commands/stats.h"
 #include "apps/cli/commands/track.h"
@@ -34,6 +37,9 @@ Fence fence_of(const BatchStatusOptions& options);
 Fence fence_of(const BatchSubmitOptions& options);
 Fence fence_of(const BandwidthOptions& options);
 Fence fence_of(const StatsOptions& options);
+Fence fence_of(const OverlapOptions& options);
+Fence fence_of(const McpOptions& options);
+Fence fence_of(const CurveOptions& options);
 Fence fence_of(const IsoplethOptions& options);
 Fence fence_of(const ObsFieldsOptions& options);
 Fence fence_of(const RemoveDuplicatesOptions& options);

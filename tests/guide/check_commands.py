@@ -117,11 +117,22 @@ def start_worked_example(guide):
     return True
 
 
+def start_comparing_ranges(guide):
+    """The fixes of both years in one table, under one header."""
+    tables = [pathlib.Path(os.environ.get("WXL_DATA_DIR", "")) / f"O_ASSEN-gps-{year}.csv" for year in (2018, 2019)]
+    if not all(table.exists() for table in tables):
+        print("comparing-ranges.md: skipped, its telemetry is not here")
+        return False
+    first, second = (table.read_text(encoding="utf-8").splitlines(keepends=True) for table in tables)
+    (guide.folder / "oystercatchers.csv").write_text("".join(first + second[1:]), encoding="utf-8")
+    return True
+
+
 # Pages that go on where the page before them ended share a folder; pages not named here have one of their own.
 TOGETHER = (("first-analysis-wxl.md", "reading-the-results.md", "settings-and-limits.md"),)
 # Pages without commands, and those that need other files first.
 APART = ("messages.md", "recipe-r.md", "recipe-python.md", "worked-example.md", "which-estimator.md",
-         "options.md")
+         "comparing-ranges.md", "options.md")
 
 
 def main():
@@ -133,13 +144,17 @@ def main():
     listed = {name for group in TOGETHER for name in group} | set(APART)
     alone = tuple((page.name,) for page in sorted(pages.glob("*.md")) if page.name not in listed)
     faults = []
-    for names in (*TOGETHER, *alone, ("options.md",), ("worked-example.md", "which-estimator.md"), ("../../README.md",)):
+    for names in (*TOGETHER, *alone, ("options.md",), ("worked-example.md", "which-estimator.md"),
+                  ("comparing-ranges.md",), ("../../README.md",)):
         with tempfile.TemporaryDirectory(prefix="wxl-guide-") as folder:
             guide = Guide(wxl, source, pathlib.Path(folder))
             if names == ("options.md",):
                 start_options(guide)
             elif names[0] == "worked-example.md":
                 if not start_worked_example(guide):
+                    continue
+            elif names == ("comparing-ranges.md",):
+                if not start_comparing_ranges(guide):
                     continue
             elif names == ("../../README.md",):
                 start_readme(guide)

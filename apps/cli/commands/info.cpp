@@ -1,14 +1,17 @@
 #include "apps/cli/commands/info.h"
 
+#include "apps/cli/animal_tracks.h"
 #include "apps/cli/json_values.h"
 #include "kde_tool/animal_fixes.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace wxl::cli {
@@ -26,16 +29,20 @@ struct LayerFacts {
     std::vector<platform::Field> Fields;
     std::string IdField;  ///< empty: not known
     kde_tool::GroupedFixes Groups;
+    std::vector<tracking_times::TimeFacts> Times;  ///< of the animals; empty: no times are known
 };
 
 LayerFacts facts_of(const InfoOptions& options) {
     const auto layer = open_point_layer(options.Points);
     platform::IFeatureClass& points = *layer->FeatureClass();
     LayerFacts facts{
-        layer->Name(), points.FeatureCount(), points.Bounds(), points.Reference(), points.Table().Fields(), "", {}};
+        layer->Name(), points.FeatureCount(), points.Bounds(), points.Reference(), points.Table().Fields(), "", {}, {}};
     facts.IdField = options.IdField.empty() ? guess_id_field(facts.Fields)
                                             : find_id_field(points.Table(), options.IdField, options.Points.Input);
-    if (!facts.IdField.empty()) facts.Groups = kde_tool::GroupFixes(*layer, facts.IdField, false);
+    if (facts.IdField.empty()) return facts;
+    facts.Groups = kde_tool::GroupFixes(*layer, facts.IdField, false);
+    const std::string time = options.Time.empty() ? guess_time_field(points.Table()) : options.Time;
+    if (!time.empty()) facts.Times = time_facts_of(*layer, facts.IdField, time);
     return facts;
 }
 
@@ -72,6 +79,27 @@ std::string extent_text(const platform::Extent& extent) {
                        NumberText(extent.YMin), NumberText(extent.YMax));
 }
 
+/// "90 s", "12 min", "1.5 h" or "2 days".
+std::string span_text(double seconds) {
+    if (seconds < 120.0) return fmt::format("{:.3g} s", seconds);
+    if (seconds < 7200.0) return fmt::format("{:.3g} min", seconds / 60.0);
+    if (seconds < 172800.0) return fmt::format("{:.3g} h", seconds / 3600.0);
+    return fmt::format("{:.3g} days", seconds / 86400.0);
+}
+
+/// How an animal was followed, after the number of its fixes.
+std::string times_text(const tracking_times::TimeFacts& facts) {
+    if (!facts.First) return ", no times";
+    std::string text = fmt::format(", {} to {}, {:.1f} days, {} with a fix", tracking_times::date_text(*facts.First),
+                                   tracking_times::date_text(*facts.Last), facts.Days, facts.DaysWithFix);
+    if (facts.Intervals)
+        text +=
+            fmt::format(", every {} (IQR {})", span_text(facts.Intervals->Median), span_text(facts.Intervals->Range()));
+    if (facts.EqualTimes > 0) text += fmt::format(", {} at the time of the fix before", facts.EqualTimes);
+    if (facts.WithoutTime > 0) text += fmt::format(", {} without a time", facts.WithoutTime);
+    return text;
+}
+
 void tell_text(const LayerFacts& facts, Console& console) {
     tell_line(console, "layer", facts.Layer);
     tell_line(console, "points", std::to_string(facts.Points));
@@ -83,8 +111,11 @@ void tell_text(const LayerFacts& facts, Console& console) {
     tell_line(console, "fields", fmt::format("{}", fmt::join(fields, ", ")));
     if (facts.IdField.empty()) return;
     tell_line(console, "animals", fmt::format("{} by {}", facts.Groups.Animals.size(), facts.IdField));
-    for (const kde_tool::AnimalFixes& animal : facts.Groups.Animals)
-        console.Result(fmt::format("  {}: {}", platform::ValueText(animal.Id), animal.Fixes.size()));
+    for (std::size_t i = 0; i < facts.Groups.Animals.size(); ++i) {
+        const kde_tool::AnimalFixes& animal = facts.Groups.Animals[i];
+        console.Result(fmt::format("  {}: {}{}", platform::ValueText(animal.Id), animal.Fixes.size(),
+                                   i < facts.Times.size() ? times_text(facts.Times[i]) : ""));
+    }
 }
 
 Json json_of(const LayerFacts& facts) {
@@ -105,8 +136,12 @@ Json json_of(const LayerFacts& facts) {
         return json;
     }
     json["animals"] = Json::array();
-    for (const kde_tool::AnimalFixes& animal : facts.Groups.Animals)
-        json["animals"].push_back({{"id", json_value(animal.Id)}, {"n", animal.Fixes.size()}});
+    for (std::size_t i = 0; i < facts.Groups.Animals.size(); ++i) {
+        const kde_tool::AnimalFixes& animal = facts.Groups.Animals[i];
+        Json one{{"id", json_value(animal.Id)}, {"n", animal.Fixes.size()}};
+        if (i < facts.Times.size()) one.update(cli::json_of(facts.Times[i]));
+        json["animals"].push_back(std::move(one));
+    }
     json["without_id"] = facts.Groups.WithoutId;
     return json;
 }
@@ -118,11 +153,17 @@ void register_info(CLI::App& command, InfoOptions& options) {
     command
         .add_option("--id-field", options.IdField, "Field that names the animal (default: found by its usual names)")
         ->type_name("FIELD");
+    command
+        .add_option("--time-field", options.Time,
+                    "Field of the time: seconds since 1970-01-01 UTC, or text; Time2 and usual names are found")
+        ->type_name("FIELD");
     command.add_flag("--json", options.Json, "Print one JSON object");
     command.footer(
         "Tells how many points the layer holds, where they lie, in which coordinate\n"
         "system, its fields, and each animal with the number of its fixes. Points without\n"
-        "a location count as points but not as fixes.\n"
+        "a location count as points but not as fixes. Where times are known, each animal's\n"
+        "period is told, the days of UTC that have a fix, and the median interval between\n"
+        "fixes with its interquartile range (type 7).\n"
         "\n"
         "Example:\n"
         "\n"

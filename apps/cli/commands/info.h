@@ -6,7 +6,8 @@ namespace wxl::cli {
 /// wxl info: what a point layer holds.
 struct InfoOptions {
     InputOptions Points;
-    std::string IdField;  ///< empty: found by the names that such fields usually have
+    std::string IdField;
+    std::string Time;  ///< empty: found by the names that such fields usually have
     bool Json = false;
 };
 

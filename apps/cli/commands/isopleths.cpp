@@ -4,6 +4,7 @@
 #include "apps/cli/input_layer.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/percentages.h"
 #include "apps/cli/read_files.h"
 #include "apps/cli/shapefile_output.h"
 #include "apps/cli/text_output.h"
@@ -42,17 +43,6 @@ struct Result {
     std::int32_t Status = 0;
     std::vector<std::string> Files;
 };
-
-std::vector<double> percentages_of(const std::string& text) {
-    std::vector<double> percentages;
-    for (const std::string& piece : platform::Split(text, ',')) {
-        const double percent = platform::IsNumeric(piece) ? platform::NumberFromText(piece) : 0.0;
-        if (!(percent > 0.0 && percent <= 100.0))
-            throw WrongCall(fmt::format("--levels: \"{}\" is no percentage above 0 and up to 100", piece));
-        percentages.push_back(percent);
-    }
-    return percentages;
-}
 
 void check_name(const std::string& name) {
     try {
@@ -220,7 +210,7 @@ void register_isopleths(CLI::App& command, IsoplethOptions& options) {
 }
 
 int run_isopleths(const IsoplethOptions& options, Console& console) {
-    const std::vector<double> percentages = percentages_of(options.Levels);
+    const std::vector<double> percentages = percentages_of("--levels", options.Levels);
     check_name(options.Name);
     if (*std::max_element(percentages.begin(), percentages.end()) <= 1.0)
         console.Note("the levels are percentages: 95 means 95 %, and 0.95 less than one percent");

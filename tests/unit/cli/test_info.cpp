@@ -21,8 +21,8 @@ TEST(Info, Layer_is_told_in_lines) {
               "crs      WGS 84 / UTM zone 33N (metre)\n"
               "fields   animal (text), Time2 (whole number), Date (text), Time1 (text)\n"
               "animals  2 by animal\n"
-              "  a: 2\n"
-              "  b: 1\n");
+              "  a: 2, 2018-05-09 to 2018-05-10, 1.0 days, 2 with a fix, every 24 h (IQR 0 s)\n"
+              "  b: 1, 2018-05-09 to 2018-05-09, 0.0 days, 1 with a fix\n");
 }
 
 TEST(Info, Layer_is_told_in_json) {
@@ -39,8 +39,30 @@ TEST(Info, Layer_is_told_in_json) {
     EXPECT_EQ(json["crs"]["degrees"], false);
     EXPECT_EQ(json["fields"][1], (nlohmann::json{{"name", "Time2"}, {"type", "whole number"}}));
     EXPECT_EQ(json["id_field"], "Time2");
-    EXPECT_EQ(json["animals"], (nlohmann::json{{{"id", 1525824000}, {"n", 2}}}));
+    EXPECT_EQ(json["animals"][0]["id"], 1525824000);
+    EXPECT_EQ(json["animals"][0]["n"], 2);
+    EXPECT_EQ(json["animals"][0]["equal_times"], 1);
     EXPECT_EQ(json["without_id"], 0);
+}
+
+// Intervals 110, 125, 10, 525 and 190 minutes: median 7500 s, quartiles 6600 and 11400.
+TEST(Info, Facts_on_times_are_told) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder,
+                   "a,1,2,2024-01-01 00:10\na,1,2,2024-01-01 02:00\na,1,2,2024-01-01 04:05\na,1,2,2024-01-01 04:15\n"
+                   "a,1,2,2024-01-01 13:00\na,1,2,2024-01-01 16:10\nb,1,2,\n");
+    const auto json = nlohmann::ordered_json::parse(run_wxl({"info", layer, "--json"}).Out);
+    EXPECT_NEAR(json["animals"][0]["days"].get<double>(), 0.666667, 5e-7);
+    auto first = json["animals"][0];
+    first.erase("days");
+    EXPECT_EQ(first.dump(),
+              R"({"id":"a","n":6,"first":"2024-01-01T00:10:00Z","last":"2024-01-01T16:10:00Z","distinct_days":1,)"
+              R"("median_s":7500.0,"q1_s":6600.0,"q3_s":11400.0,"iqr_s":4800.0,"equal_times":0})");
+    EXPECT_EQ(json["animals"][1].dump(),
+              R"({"id":"b","n":1,"first":null,"last":null,"days":null,"distinct_days":0,"median_s":null,"q1_s":null,)"
+              R"("q3_s":null,"iqr_s":null,"equal_times":0})");
+    EXPECT_NE(run_wxl({"info", layer}).Out.find("  b: 1, no times\n"), std::string::npos);
 }
 
 TEST(Info, Animals_are_left_open_where_no_field_looks_like_their_name) {

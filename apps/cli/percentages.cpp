@@ -1,0 +1,21 @@
+#include "apps/cli/percentages.h"
+
+#include "apps/cli/console.h"
+#include "platform/text.h"
+
+#include <fmt/format.h>
+
+namespace wxl::cli {
+
+std::vector<double> percentages_of(const std::string& option, const std::string& text) {
+    std::vector<double> percentages;
+    for (const std::string& piece : platform::Split(text, ',')) {
+        const double percent = platform::IsNumeric(piece) ? platform::NumberFromText(piece) : 0.0;
+        if (!(percent > 0.0 && percent <= 100.0))
+            throw WrongCall(fmt::format("{}: \"{}\" is no percentage above 0 and up to 100", option, piece));
+        percentages.push_back(percent);
+    }
+    return percentages;
+}
+
+}  // namespace wxl::cli

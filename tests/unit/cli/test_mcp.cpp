@@ -1,0 +1,79 @@
+#include "tests/unit/cli/layer_files.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace wxl::cli {
+namespace {
+
+using tests::ScratchFolder;
+
+const std::string kEight =
+    "a,0,0,2018-05-09\na,6,0,2018-05-09\na,6,4,2018-05-09\na,0,4,2018-05-09\n"
+    "a,3,2,2018-05-09\na,3,0,2018-05-09\na,12,2,2018-05-09\na,3,2,2018-05-09\n";
+const std::string kOnALine = "b,1,1,2018-05-09\nb,2,2,2018-05-09\nb,3,3,2018-05-09\n";
+
+// Corners (0,0) (6,0) (12,2) (6,4) (0,4): 36. The nearest 80 %, six fixes: (0,0) (6,0) (6,4): 12.
+TEST(Mcp, Table_of_eight_fixes_and_a_line) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kEight + kOnALine);
+    const Ran ran = run_wxl({"mcp", layer, "--id-field", "animal", "--percent", "100,80"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "b: 3 fixes are too few for a polygon that says anything\n");
+    EXPECT_EQ(ran.Out,
+              "id  percent  area  n   status\n"
+              "a       100    36  8       ok\n"
+              "a        80    12  6       ok\n"
+              "b       100     0  3  no area\n"
+              "b        80     0  3  no area\n");
+}
+
+TEST(Mcp, Json_csv_and_shapefile) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kEight + kOnALine);
+    const std::string csv = (folder / "mcp.csv").string();
+    const std::string out = (folder / "mcp.shp").string();
+    const Ran ran =
+        run_wxl({"mcp", layer, "--id-field", "animal", "--percent", "100,80", "--json", "--csv", csv, "--out", out});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(nlohmann::ordered_json::parse(ran.Out).dump(),
+              R"([{"id":"a","n":8,"mcp":[{"percent":100.0,"area":36.0,"n":8,"status":"ok"},)"
+              R"({"percent":80.0,"area":12.0,"n":6,"status":"ok"}]},)"
+              R"({"id":"b","n":3,"mcp":[{"percent":100.0,"area":0.0,"n":3,"status":"no area"},)"
+              R"({"percent":80.0,"area":0.0,"n":3,"status":"no area"}]}])");
+    EXPECT_EQ(read_file(csv),
+              "id,percent,area,n,status\na,100,36,8,ok\na,80,12,6,ok\nb,100,0,3,no area\nb,80,0,3,no area\n");
+    EXPECT_TRUE(std::filesystem::exists(out));
+    const Ran again = run_wxl({"mcp", layer, "--id-field", "animal", "--out", out});
+    EXPECT_EQ(again.Code, 1);
+    EXPECT_EQ(run_wxl({"mcp", layer, "--id-field", "animal", "--out", out, "--overwrite"}).Code, 0);
+}
+
+TEST(Mcp, One_fix_per_interval) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder,
+                                         "a,0,0,2024-01-01 00:10\na,9,9,2024-01-01 02:00\na,5,0,2024-01-01 04:05\n"
+                                         "a,4,0,2024-01-01 04:15\na,4,4,2024-01-01 13:00\na,0,4,2024-01-01 16:10\n");
+    const auto area = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> call = {"mcp", layer, "--id-field", "animal", "--percent", "100", "--json", "-q"};
+        call.insert(call.end(), more.begin(), more.end());
+        return nlohmann::json::parse(run_wxl(call).Out)[0]["mcp"][0]["area"].get<double>();
+    };
+    EXPECT_EQ(area({"--every", "4h"}), 16.0);                                // rows 1, 4, 5, 6
+    EXPECT_EQ(area({"--every", "4h", "--every-tolerance", "10min"}), 18.0);  // rows 1, 3, 5, 6
+}
+
+TEST(Mcp, What_is_left_out_is_told) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, kEight + "c,1,1,\n");
+    const Ran ran = run_wxl({"mcp", layer, "--id-field", "animal", "--percent", "100", "--split-by", "month"});
+    EXPECT_EQ(ran.Err, "1 point left out: no time in Time2\n");
+    EXPECT_EQ(ran.Out,
+              "id    percent  area  n  status\n"
+              "a 05      100    36  8      ok\n");
+    EXPECT_EQ(run_wxl({"mcp", layer, "--id-field", "animal", "--where", "Time2 < 0"}).Err,
+              "wxl: " + layer + ": there is no animal among the fixes that were chosen\n");
+}
+
+}  // namespace
+}  // namespace wxl::cli

@@ -1,0 +1,240 @@
+#include "tests/unit/cli/layer_files.h"
+#include "tests/unit/cli/raster_files.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace wxl::cli {
+namespace {
+
+using tests::ScratchFolder;
+using Json = nlohmann::ordered_json;
+
+/// Five rows and columns of cells of 10 m with densities in the middle row alone.
+std::vector<std::vector<float>> middle_row(const std::vector<float>& cells) {
+    std::vector<std::vector<float>> rows(5, std::vector<float>(5, 0.0F));
+    rows[2] = cells;
+    return rows;
+}
+
+/// Two animals whose shares are .4 .3 .2 .1 0 and 0 .1 .6 .2 .1; densities times 1000000.
+void make_five_cells(const ScratchFolder& folder) {
+    make_raster(folder, "f", middle_row({4000.0F, 3000.0F, 2000.0F, 1000.0F, 0.0F}));
+    make_raster(folder, "g", middle_row({0.0F, 1000.0F, 6000.0F, 2000.0F, 1000.0F}));
+}
+
+/// Two clusters of 20 fixes on the corners of small squares, and one fix of another animal.
+std::string two_clusters_and_a_loner() {
+    std::string rows;
+    for (int i = 0; i < 40; ++i)
+        rows += std::string(i < 20 ? "a" : "b") + "," + std::to_string(500000 + (i < 20 ? 0 : 300) + 50 * (i % 2)) +
+                "," + std::to_string(4649000 + 50 * (i / 2 % 2)) + ",2018-05-09\n";
+    return rows + "c,500100,4649000,2018-05-09\n";
+}
+
+TEST(Overlap, Five_cells_to_their_digits_as_json) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    const Ran ran = run_wxl({"overlap", folder.Path().string(), "--percent", "80", "--conditional", "--json"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "");
+    const Json json = Json::parse(ran.Out);
+    EXPECT_EQ(json["grid"].dump(), R"({"cell_size":10.0,"columns":5,"rows":5,"origin":[500000.0,4649000.0]})");
+    EXPECT_EQ(json["animals"][1]["id"], "g");
+    EXPECT_EQ(json["animals"][1]["area"].dump(), R"({"80":200.0})");
+    EXPECT_EQ(json["animals"][1]["status"], "ok");
+    ASSERT_EQ(json["pairs"].size(), 6U);  // f f, f g and g g, whole and conditional
+    EXPECT_EQ(json["pairs"][2].dump(),
+              R"({"i":"f","j":"g","percent":80.0,"conditional":false,"hr_ij":0.333333,"hr_ji":0.5,"phr_ij":0.7,)"
+              R"("phr_ji":0.3,"vi":0.4,"ba":0.661037,"udoi":0.17,"hd":0.823363})");
+    EXPECT_EQ(json["pairs"][3].dump(),
+              R"({"i":"f","j":"g","percent":80.0,"conditional":true,"hr_ij":0.333333,"hr_ji":0.5,"phr_ij":0.6,)"
+              R"("phr_ji":0.2,"vi":0.2,"ba":0.34641,"udoi":0.12,"hd":1.00358})");
+}
+
+TEST(Overlap, Matrices_on_screen) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    const Ran ran = run_wxl({"overlap", folder.Path().string(), "--percent", "80", "--index", "ba,PHR"});
+    EXPECT_EQ(ran.Out,
+              "animal    n  bandwidth  volume  area 80 %  status\n"
+              "f       N/A        N/A  1.0000        300      ok\n"
+              "g       N/A        N/A  1.0000        200      ok\n"
+              "\n"
+              "BA       f       g\n"
+              "f   1.0000  0.6610\n"
+              "g   0.6610  1.0000\n"
+              "\n"
+              "PHR at 80 %       f       g\n"
+              "f            0.9000  0.7000\n"
+              "g            0.3000  0.8000\n");
+}
+
+TEST(Overlap, Long_csv_has_both_directions) {
+    ScratchFolder folder;
+    ScratchFolder out;
+    make_five_cells(folder);
+    const std::string csv = (out / "overlap.csv").string();
+    const Ran ran = run_wxl({"overlap", folder.Path().string(), "--percent", "80,50", "--index", "vi,hr", "--csv", csv,
+                             "--out", (out / "new").string()});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(read_file(csv),
+              "range_of,animal,index,percent,conditional,value\n"
+              "f,f,vi,,no,1\n"
+              "f,f,hr,80,no,1\n"
+              "f,f,hr,50,no,1\n"
+              "f,g,vi,,no,0.4\n"
+              "g,f,vi,,no,0.4\n"
+              "f,g,hr,80,no,0.333333\n"
+              "g,f,hr,80,no,0.5\n"
+              "f,g,hr,50,no,0\n"
+              "g,f,hr,50,no,0\n"
+              "g,g,vi,,no,1\n"
+              "g,g,hr,80,no,1\n"
+              "g,g,hr,50,no,1\n");
+    EXPECT_EQ(read_file(out / "new/WXL_OVERLAP.csv"), read_file(csv));
+    EXPECT_NE(read_file(out / "new/WXL_OVERLAP.svg").find("<title>f, g: 0.4</title>"), std::string::npos);
+    EXPECT_EQ(run_wxl({"overlap", folder.Path().string(), "--csv", csv}).Err,
+              "wxl: " + csv + " exists: choose another name, or give --overwrite\n");
+}
+
+TEST(Overlap, Rasters_on_different_grids_are_refused_with_both) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    make_raster(folder, "h", {{1.0F}});
+    const Ran ran = run_wxl({"overlap", folder.Path().string()});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: the rasters lie on different grids: " + (folder / "f").string() +
+                           " has 5 x 5 cells of 10 from (500000, 4649000), and " + (folder / "h").string() +
+                           " has 1 x 1 cells of 10 from (500000, 4649000); compare rasters of one run with --extent "
+                           "full or ref:RASTER\n");
+}
+
+TEST(Overlap, Rasters_that_are_no_densities_are_refused) {
+    ScratchFolder folder;
+    make_raster(folder, "f", middle_row({1.0F, -2.0F, 0.0F, 0.0F, 0.0F}));
+    const Ran ran = run_wxl({"overlap", folder.Path().string()});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: " + (folder / "f").string() + " is no density raster: it has a cell of -2\n");
+}
+
+TEST(Overlap, Volumes_that_are_not_whole_are_told) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    make_raster(folder, "h", middle_row({0.0F, 5000.0F, 0.0F, 0.0F, 0.0F}));
+    make_raster(folder, "i", middle_row({0.0F, 0.0F, 0.0F, 0.0F, 0.0F}));
+    make_raster(folder, "j", middle_row({0.0F, 20000.0F, 0.0F, 0.0F, 0.0F}));
+    const Ran ran = run_wxl({"overlap", folder.Path().string(), "--index", "ba"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              "h: the cells hold 50.0 % of its distribution: the grid, or the reach of the kernels, cuts it\n"
+              "i: not compared: no volume in the grid\n"
+              "j: the raster holds 2 times a whole distribution: give its scaling factor by --scaling S\n");
+    const Ran whole = run_wxl({"overlap", folder.Path().string(), "--index", "ba", "--normalise", "--json"});
+    EXPECT_EQ(Json::parse(whole.Out)["pairs"][9]["ba"], 1.0);  // h with itself
+}
+
+TEST(Overlap, Of_a_layer_with_an_animal_of_one_fix) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters_and_a_loner());
+    const Ran ran = run_wxl({"overlap", layer, "--id-field", "animal", "--json"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err, "c: not compared: one fix is too few for a bandwidth\n");
+    const Json json = Json::parse(ran.Out);
+    ASSERT_EQ(json["pairs"].size(), 6U);
+    EXPECT_EQ(json["animals"][0]["n"], 20);
+    EXPECT_NEAR(json["animals"][0]["volume"].get<double>(), 1.0, 3e-4);
+    EXPECT_EQ(json["animals"][2].dump(), R"({"id":"c","n":1,"bandwidth":null,"volume":null,"area":{"95":null},)"
+                                         R"("status":"one fix is too few for a bandwidth"})");
+    EXPECT_TRUE(json["pairs"][2]["ba"].is_null());  // a with c
+    EXPECT_EQ(json["pairs"][0]["hd"], 0.0);
+    EXPECT_LT(json["pairs"][1]["ba"].get<double>(), 0.1);  // clusters 300 m apart, bandwidths of 16 m
+}
+
+// The raster of an analysis on the same cells holds the same density in 32-bit floats.
+TEST(Overlap, Of_an_earlier_run_is_that_of_its_fixes) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters_and_a_loner());
+    const std::string out = (folder / "kde").string();
+    ASSERT_EQ(run_wxl({"kde", layer, "--id-field", "animal", "--out", out, "--cell-size", "5", "--extent", "full:100",
+                       "--answer", "yes"})
+                  .Code,
+              0);
+    const Ran ran = run_wxl({"overlap", out, "--json"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    const Json ofRun = Json::parse(ran.Out);
+    const Json ofFixes =
+        Json::parse(run_wxl({"overlap", layer, "--id-field", "animal", "--cell-size", "5", "--json"}).Out);
+    ASSERT_EQ(ofRun["animals"].size(), 3U);
+    EXPECT_EQ(ofRun["animals"][0]["id"], "a");
+    EXPECT_EQ(ofRun["animals"][0]["n"], 20);
+    EXPECT_EQ(ofRun["animals"][0]["bandwidth"], ofFixes["animals"][0]["bandwidth"]);
+    EXPECT_TRUE(ofRun["animals"][2]["volume"].is_null());
+    EXPECT_NEAR(ofRun["pairs"][1]["ba"].get<double>(), ofFixes["pairs"][1]["ba"].get<double>(), 1e-4);  // other origin
+}
+
+TEST(Overlap, Groups_of_one_animal_are_compared) {
+    ScratchFolder folder;
+    std::string rows;
+    for (int i = 0; i < 40; ++i)
+        rows += "a," + std::to_string(500000 + 50 * (i % 2)) + "," + std::to_string(4649000 + 50 * (i / 2 % 2)) +
+                (i < 20 ? ",2018-05-09" : ",2019-05-09") + "\n";
+    const std::string layer = make_layer(folder, rows);
+    const Ran ran = run_wxl({"overlap", layer, "--id-field", "animal", "--split-by", "year", "--json"});
+    EXPECT_EQ(ran.Err, "");
+    const Json json = Json::parse(ran.Out);
+    EXPECT_EQ(json["animals"][0]["id"], "a 2018");
+    EXPECT_EQ(json["animals"][1]["id"], "a 2019");
+    EXPECT_EQ(json["pairs"][1]["hr_ij"], 1.0);  // the same fixes in both years
+    EXPECT_EQ(json["pairs"][1]["hd"], 0.0);
+}
+
+TEST(Overlap, Without_any_distribution_the_call_fails) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, "a,5,5,2018-05-09\nb,6,6,2018-05-09\nb,6,6,2018-05-10\n");
+    const Ran ran = run_wxl({"overlap", layer, "--id-field", "animal", "--json"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err,
+              "a: not compared: one fix is too few for a bandwidth\n"
+              "b: not compared: the fixes have no spread\n"
+              "wxl: " +
+                  layer + ": no animal has a distribution\n");
+    EXPECT_EQ(Json::parse(ran.Out)["pairs"].size(), 3U);
+}
+
+TEST(Overlap, Calls_that_make_no_sense_are_refused) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters_and_a_loner());
+    const auto refusal = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"overlap", layer});
+        const Ran ran = run_wxl(options);
+        EXPECT_EQ(ran.Code, 2);
+        return ran.Err;
+    };
+    EXPECT_EQ(refusal({}),
+              "wxl: name the field of the animals by --id-field FIELD (only a folder of rasters needs none)\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--percent", "95,0"}),
+              "wxl: --percent: \"0\" is no percentage above 0 and up to 100\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--index", "ba,xx"}),
+              "wxl: --index: \"xx\" is not ba, vi, udoi, phr, hr or hd\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--bandwidth", "adhoc:0"}),
+              "wxl: --bandwidth: \"0\" is not a number of parts from 1 to 1000\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--bandwidth", "wide"}),
+              "wxl: --bandwidth: \"wide\" is not href, lscv, bcv, adhoc[:PARTS], prop:P, or a number of map units "
+              "above 0\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--bandwidth", "adhoc", "--adaptive"}),
+              "wxl: --bandwidth adhoc is for fixed kernels of coordinates as they are: leave out --adaptive and "
+              "--rescale\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--every-tolerance", "1h"}), "wxl: --every-tolerance needs --every\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--every", "soon"}),
+              "wxl: --every: \"soon\" is no time span like 4h, 30min or 1d12h\n");
+    EXPECT_EQ(refusal({"--id-field", "animal", "--scaling", "2"}), "wxl: --scaling is for a folder of rasters\n");
+    ScratchFolder empty;
+    EXPECT_EQ(run_wxl({"overlap", empty.Path().string()}).Err,
+              "wxl: " + empty.Path().string() +
+                  " holds no density rasters: name the output folder of wxl kde, or a point layer with --id-field "
+                  "FIELD\n");
+}
+
+}  // namespace
+}  // namespace wxl::cli
