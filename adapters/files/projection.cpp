@@ -83,34 +83,49 @@ Point median_position(std::span<const Point> degrees) {
     return {longitude, median(values)};
 }
 
-std::optional<std::size_t> project(std::span<Point> points, const platform::SpatialReference& from,
-                                   const platform::SpatialReference& to) {
+struct PointProjector::Way {
+    static constexpr std::size_t kAtOnce = 4096;
+
+    std::unique_ptr<OGRCoordinateTransformation> Transformation;
+    std::vector<double> X = std::vector<double>(kAtOnce);
+    std::vector<double> Y = std::vector<double>(kAtOnce);
+    std::vector<int> Done = std::vector<int>(kAtOnce);
+};
+
+PointProjector::PointProjector(const platform::SpatialReference& from, const platform::SpatialReference& to)
+    : m_way(std::make_unique<Way>()) {
     const GdalErrors errors;
     const OGRSpatialReference source = ToOgr(from);
     const OGRSpatialReference target = ToOgr(to);
-    const std::unique_ptr<OGRCoordinateTransformation> transformation(
-        OGRCreateCoordinateTransformation(&source, &target));
-    if (!transformation)
+    m_way->Transformation.reset(OGRCreateCoordinateTransformation(&source, &target));
+    if (!m_way->Transformation)
         platform::Raise(platform::error_number::kInvalidCall,
                         fmt::format("no transformation from {} to {}: {}", from.Name, to.Name, errors.Text()));
+}
 
-    constexpr std::size_t kAtOnce = 4096;
-    std::vector<double> x(kAtOnce);
-    std::vector<double> y(kAtOnce);
-    std::vector<int> done(kAtOnce);
-    for (std::size_t start = 0; start < points.size(); start += kAtOnce) {
-        const std::size_t count = std::min(kAtOnce, points.size() - start);
+PointProjector::~PointProjector() = default;
+
+std::optional<std::size_t> PointProjector::Project(std::span<Point> points) {
+    const GdalErrors errors;
+    Way& way = *m_way;
+    for (std::size_t start = 0; start < points.size(); start += Way::kAtOnce) {
+        const std::size_t count = std::min(Way::kAtOnce, points.size() - start);
         for (std::size_t i = 0; i < count; ++i) {
-            x[i] = points[start + i].X;
-            y[i] = points[start + i].Y;
+            way.X[i] = points[start + i].X;
+            way.Y[i] = points[start + i].Y;
         }
-        transformation->Transform(static_cast<TransformCount>(count), x.data(), y.data(), nullptr, done.data());
+        way.Transformation->Transform(static_cast<TransformCount>(count), way.X.data(), way.Y.data(), nullptr, way.Done.data());
         for (std::size_t i = 0; i < count; ++i) {
-            if (done[i] == 0 || !std::isfinite(x[i]) || !std::isfinite(y[i])) return start + i;
-            points[start + i] = {x[i], y[i]};
+            if (way.Done[i] == 0 || !std::isfinite(way.X[i]) || !std::isfinite(way.Y[i])) return start + i;
+            points[start + i] = {way.X[i], way.Y[i]};
         }
     }
     return std::nullopt;
+}
+
+std::optional<std::size_t> project(std::span<Point> points, const platform::SpatialReference& from,
+                                   const platform::SpatialReference& to) {
+    return PointProjector(from, to).Project(points);
 }
 
 bool is_mercator(const platform::SpatialReference& reference) {

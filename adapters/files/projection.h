@@ -2,6 +2,7 @@
 #include "platform/values.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -25,6 +26,23 @@ std::optional<UtmZone> utm_zone_of(const platform::Point& degrees);
 /// The median longitude and latitude. Longitudes are taken around the first one, so that fixes on both sides of the
 /// 180th meridian have their median there. `degrees` is not empty.
 platform::Point median_position(std::span<const platform::Point> degrees);
+
+/// The way from one coordinate system to another, x before y in both, for points that come in parts.
+class PointProjector {
+public:
+    /// RuntimeError 5 when there is no way between the two.
+    PointProjector(const platform::SpatialReference& from, const platform::SpatialReference& to);
+    ~PointProjector();
+    PointProjector(const PointProjector&) = delete;
+    PointProjector& operator=(const PointProjector&) = delete;
+
+    /// Projects points in place. The index of the first that cannot be projected, or nothing when all were.
+    std::optional<std::size_t> Project(std::span<platform::Point> points);
+
+private:
+    struct Way;
+    std::unique_ptr<Way> m_way;
+};
 
 /// Projects points in place from one coordinate system to another, x before y in both. The index of the first point
 /// that cannot be projected, or nothing when all were. RuntimeError 5 when there is no way between the two.

@@ -45,7 +45,7 @@ void add_batch(std::vector<Command>& commands, CLI::App& program) {
 
 std::vector<Command> register_commands(CLI::App& program) {
     std::vector<Command> commands;
-    add(commands, program, "import", "Turn a tracking CSV into a point shapefile", register_import, run_import);
+    add(commands, program, "import", "Turn tracking files into a layer of points", register_import, run_import);
     add(commands, program, "info", "Tell what a point layer holds", register_info, run_info);
     add(commands, program, "kde", "Estimate home ranges: density rasters, isopleths and a report", register_kde,
         run_kde);

@@ -3,7 +3,7 @@
 #include "adapters/files/gdal_support.h"
 #include "adapters/files/grid_fence.h"
 #include "adapters/files/projection.h"
-#include "adapters/files/tracking_columns.h"
+#include "adapters/tracking/column_roles.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -132,7 +132,7 @@ void tell_mercator(const std::string& what, const platform::SpatialReference& re
 std::string guess_id_field(const std::vector<platform::Field>& fields) {
     std::vector<std::string> names;
     for (const platform::Field& field : fields) names.push_back(field.Name);
-    const auto found = files::find_animal_column(names);
+    const auto found = tracking::find_animal_column(names);
     return found ? names[*found] : "";
 }
 

@@ -7,7 +7,7 @@ import pathlib
 import re
 import sys
 
-FOREIGN = re.compile(r'^\s*#\s*include\s*[<"](Q[A-Za-z]|qgs|gdal|ogr|geos|cpl_|proj\.h|fmt/|CLI/|nlohmann/)')
+FOREIGN = re.compile(r'^\s*#\s*include\s*[<"](Q[A-Za-z]|qgs|gdal|ogr|geos|cpl_|unicode/|proj\.h|fmt/|CLI/|nlohmann/)')
 OWN = re.compile(r'^\s*#\s*include\s*"([a-z_]+)/')
 
 # Plans and results of a batch are JSON.
@@ -38,6 +38,7 @@ ADAPTERS = {
     "adapters/memory": {"platform", "adapters/memory"},
     # A new shapefile is gathered in memory before it is written.
     "adapters/files": {"platform", "tracking_times", "adapters/files", "adapters/memory"},
+    "adapters/tracking": {"platform", "tracking_times", "adapters/files", "adapters/tracking"},
     "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/files", "adapters/qgis"},
 }
 SOURCES = {".h", ".cpp"}

@@ -19,7 +19,7 @@ wxl_test(
   wxl_isopleths
   wxl_movement_models
   wxl_adapter_files_raster
-  wxl_adapter_files_tracking
+  wxl_adapter_tracking
   wxl_adapter_files_vector
   wxl_adapter_geos
   wxl_adapter_memory_raster

@@ -1,31 +1,20 @@
 #pragma once
-#include "apps/cli/console.h"
-
-#include <string>
-
-namespace CLI {
-class App;
-}
+#include "apps/cli/fix_import.h"
 
 namespace wxl::cli {
 
-/// wxl import: a tracking CSV becomes a point shapefile.
+/// wxl import: tracking files become one layer of points.
 struct ImportOptions {
-    std::string Input;
-    bool AllowIndirect = false;  ///< the file may be a pipe
-    std::string Output;
-    std::string Id;  ///< column names; empty: found by their usual names
-    std::string X;
-    std::string Y;
-    std::string Time;
-    std::string FromCrs = "EPSG:4326";
-    std::string ToCrs = "auto";
+    std::vector<std::string> Files;  ///< inputs, and the output last
+    FixOptions Fixes;
+    std::string Rejected;  ///< CSV of the rows that are left out; empty: none
     bool Overwrite = false;
 };
 
 void register_import(CLI::App& command, ImportOptions& options);
 
-/// Reads the file, projects its fixes and publishes the shapefile with the fields animal, Time2, Date and Time1.
+/// Reads the files, projects their fixes and publishes the layer with the fields animal, Time2, Date, Time1 and all
+/// other columns.
 int run_import(const ImportOptions& options, Console& console);
 
 }  // namespace wxl::cli

@@ -1,4 +1,4 @@
-#include "adapters/files/csv_reader.h"
+#include "adapters/tracking/csv_reader.h"
 
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -7,15 +7,15 @@
 #include <cstring>
 #include <utility>
 
-namespace wxl::files {
+namespace wxl::tracking {
 
 namespace {
 
 using platform::Raise;
 namespace error_number = platform::error_number;
 
-constexpr std::string_view kSeparators = ",;\t";
 constexpr std::size_t kBlock = std::size_t{1} << 20;
+constexpr std::size_t kBlockAfterSeek = std::size_t{4} << 10;
 constexpr std::size_t kLongestRecord = std::size_t{16} << 20;
 
 bool is_line_end(char c) {
@@ -44,10 +44,39 @@ std::string without_doubled_quotes(std::string_view quoted) {
 
 }  // namespace
 
-CsvReader::CsvReader(std::istream& source, std::string name) : m_source(source), m_name(std::move(name)) {
+CsvReader::CsvReader(std::istream& source, std::string name)
+    : m_source(source), m_name(std::move(name)), m_block(kBlock) {
     ReadMore();
-    SkipMark();
-    if (!TakeSeparatorLine()) FindSeparator();
+    Start(find_dialect(std::string_view(m_buffer.data(), m_end)));
+}
+
+CsvReader::CsvReader(std::istream& source, std::string name, const Dialect& dialect)
+    : m_source(source), m_name(std::move(name)), m_block(kBlock) {
+    ReadMore();
+    Start(dialect);
+}
+
+void CsvReader::Start(const Dialect& dialect) {
+    m_dialect = dialect;
+    m_begin = m_dialect.Start;
+    m_position = m_begin;
+    m_line = m_dialect.Line;
+}
+
+void CsvReader::Seek(std::uint64_t offset, std::int64_t line) {
+    m_afterReturn = false;
+    m_line = line;
+    if (offset >= m_bufferOffset && offset <= m_bufferOffset + m_end) {
+        m_begin = static_cast<std::size_t>(offset - m_bufferOffset);
+        return;
+    }
+    m_source.clear();
+    m_source.seekg(static_cast<std::streamoff>(offset));
+    m_bufferOffset = offset;
+    m_begin = 0;
+    m_end = 0;
+    m_exhausted = false;
+    m_block = kBlockAfterSeek;
 }
 
 bool CsvReader::Next() {
@@ -56,47 +85,10 @@ bool CsvReader::Next() {
         m_unescaped.clear();
         SkipLineFeedOfPair();
         if (!HasBytes()) return false;
+        m_recordOffset = m_bufferOffset + m_begin;
         while (ScanRecord() == Scan::kNeedsMore) ReadMore();
     } while (IsBlankRecord());
     return true;
-}
-
-void CsvReader::SkipMark() {
-    const std::string_view start(m_buffer.data(), std::min<std::size_t>(m_end, 3));
-    if (start.substr(0, 2) == "\xFF\xFE" || start.substr(0, 2) == "\xFE\xFF")
-        Raise(error_number::kTypeMismatch, m_name + " is UTF-16 text: save it as CSV in UTF-8");
-    if (start == "\xEF\xBB\xBF") m_begin = 3;
-}
-
-/// Takes the line "sep=;" by which spreadsheets tell each other the separator.
-bool CsvReader::TakeSeparatorLine() {
-    constexpr std::string_view kKey = "sep=";
-    const std::string_view text(m_buffer.data() + m_begin, m_end - m_begin);
-    const std::size_t length = kKey.size() + 1;
-    if (text.size() < length || !platform::EqualNoCase(text.substr(0, kKey.size()), kKey)) return false;
-    if (kSeparators.find(text[kKey.size()]) == std::string_view::npos) return false;
-    if (text.size() > length && !is_line_end(text[length])) return false;
-    m_separator = text[kKey.size()];
-    m_afterReturn = text.size() > length && text[length] == '\r';
-    m_position += std::min(length + 1, text.size());
-    m_begin += std::min(length + 1, text.size());
-    ++m_line;
-    return true;
-}
-
-void CsvReader::FindSeparator() {
-    std::size_t most = 0;
-    for (const char candidate : kSeparators) {
-        bool quoted = false;
-        std::size_t count = 0;
-        for (std::size_t i = m_begin; i < m_end && (quoted || !is_line_end(m_buffer[i])); ++i) {
-            if (m_buffer[i] == '"') quoted = !quoted;
-            if (m_buffer[i] == candidate && !quoted) ++count;
-        }
-        if (count <= most) continue;
-        most = count;
-        m_separator = candidate;
-    }
 }
 
 bool CsvReader::HasBytes() {
@@ -111,10 +103,13 @@ void CsvReader::ReadMore() {
         Raise(error_number::kTypeMismatch,
               m_name + ", line " + std::to_string(m_line) + ": a record of more than 16 MB; is a quote never closed?");
     std::memmove(m_buffer.data(), m_buffer.data() + m_begin, kept);
+    m_bufferOffset += m_begin;
     m_begin = 0;
     m_end = kept;
-    if (m_buffer.size() < 2 * kept + kBlock) m_buffer.resize(2 * kept + kBlock);
-    m_source.read(m_buffer.data() + m_end, static_cast<std::streamsize>(m_buffer.size() - m_end));
+    const std::size_t wanted = kept + m_block;
+    m_block = std::min(2 * m_block, std::max(kBlock, kept));
+    if (m_buffer.size() < wanted) m_buffer.resize(wanted);
+    m_source.read(m_buffer.data() + m_end, static_cast<std::streamsize>(wanted - kept));
     m_end += static_cast<std::size_t>(m_source.gcount());
     if (m_source.bad()) Raise(error_number::kDeviceIo, m_name + " could not be read to its end");
     m_exhausted = m_source.eof();
@@ -130,15 +125,17 @@ CsvReader::Scan CsvReader::ScanRecord() {
     m_unescaped.clear();
     m_linesInRecord = 1;
     std::size_t at = m_begin;
+    SkipBlanks(at);
     for (;;) {
         if (at < m_end && m_buffer[at] == '"') {
             if (ScanQuoted(at) == Scan::kNeedsMore) return Scan::kNeedsMore;
         } else {
             ScanPlain(at);
         }
+        SkipBlanks(at);
         if (at == m_end && !m_exhausted) return Scan::kNeedsMore;
         if (at == m_end || is_line_end(m_buffer[at])) break;
-        ++at;
+        if (m_dialect.Separator != ' ') ++at;
     }
     m_afterReturn = at < m_end && m_buffer[at] == '\r';
     if (at < m_end) ++at;
@@ -185,11 +182,18 @@ void CsvReader::ScanPlain(std::size_t& at) {
 }
 
 bool CsvReader::IsCellEnd(std::size_t at) const {
-    return m_buffer[at] == m_separator || is_line_end(m_buffer[at]);
+    const char c = m_buffer[at];
+    return c == m_dialect.Separator || is_line_end(c) || (m_dialect.Separator == ' ' && c == '\t');
+}
+
+/// Where blanks part the cells, a run of them is one separator, and none at the ends of a line.
+void CsvReader::SkipBlanks(std::size_t& at) const {
+    if (m_dialect.Separator != ' ') return;
+    while (at < m_end && (m_buffer[at] == ' ' || m_buffer[at] == '\t')) ++at;
 }
 
 bool CsvReader::IsBlankRecord() const {
     return m_cells.size() == 1 && m_cells[0].find_first_not_of(" \t") == std::string_view::npos;
 }
 
-}  // namespace wxl::files
+}  // namespace wxl::tracking

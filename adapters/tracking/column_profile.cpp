@@ -1,0 +1,85 @@
+#include "adapters/tracking/column_profile.h"
+
+#include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/coordinate_text.h"
+#include "adapters/tracking/number_text.h"
+#include "adapters/tracking/time_text.h"
+
+#include <algorithm>
+
+namespace wxl::tracking {
+
+namespace {
+
+std::size_t decimals_of(std::string_view cell) {
+    const std::size_t mark = cell.find_last_of(".,");
+    return mark == std::string_view::npos ? 0 : cell.size() - mark - 1;
+}
+
+bool is_whole(std::string_view cell) {
+    return !cell.empty() && cell.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// Whether a text reads as a time in some order of day and month.
+bool reads_as_time(std::string_view cell, bool& hasTimeOfDay) {
+    for (const DateOrder order : {DateOrder::kDayMonthYear, DateOrder::kMonthDayYear, DateOrder::kYearMonthDay}) {
+        const auto time = time_from_text(cell, {TimeKind::kCalendar, order});
+        if (!time) continue;
+        hasTimeOfDay = time->HasTimeOfDay;
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+void ColumnProfile::Take(std::string_view cell) {
+    if (is_missing(cell)) {
+        ++m_missing;
+        return;
+    }
+    ++m_filled;
+    if (m_blocks == 0 || cell != m_last) ++m_blocks;
+    m_last = cell;
+    m_distinct.emplace(cell);
+    if (const auto number = number_from_text(cell)) TakeNumber(cell, *number);
+    TakeText(cell);
+}
+
+void ColumnProfile::TakeNumber(std::string_view cell, double value) {
+    if (is_placeholder(value)) {
+        --m_filled;
+        ++m_missing;
+        return;
+    }
+    m_min = m_numbers == 0 ? value : std::min(m_min, value);
+    m_max = m_numbers == 0 ? value : std::max(m_max, value);
+    ++m_numbers;
+    if (decimals_of(cell) >= 3) ++m_fractions;
+    if (!is_whole(cell)) return;
+    m_shortestWhole = m_whole == 0 ? cell.size() : std::min(m_shortestWhole, cell.size());
+    m_longestWhole = std::max(m_longestWhole, cell.size());
+    ++m_whole;
+}
+
+void ColumnProfile::TakeText(std::string_view cell) {
+    const bool isFraction = !is_whole(cell) && number_from_text(cell).has_value();
+    bool hasTimeOfDay = false;
+    if (!isFraction && reads_as_time(cell, hasTimeOfDay)) {
+        ++(hasTimeOfDay ? m_fullTimes : m_dates);
+    } else if (!isFraction && time_of_day_from_text(cell)) {
+        ++m_timesOfDay;
+    }
+    if (is_one_of(cell, {"N", "S", "E", "W"})) {
+        ++m_lettersNs;
+        return;
+    }
+    const auto coordinate = coordinate_from_text(cell);
+    if (!coordinate) return;
+    if (coordinate->IsLatitude()) ++m_latitudes;
+    if (coordinate->IsLongitude()) ++m_longitudes;
+    const bool isParted = coordinate->Hemisphere == '\0' && !number_from_text(cell);
+    if (isParted) ++m_parted;
+}
+
+}  // namespace wxl::tracking

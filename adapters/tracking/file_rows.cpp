@@ -1,0 +1,551 @@
+#include "adapters/tracking/file_rows.h"
+
+#include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/coordinate_text.h"
+#include "adapters/tracking/number_text.h"
+#include "adapters/tracking/time_columns.h"
+#include "adapters/tracking/utm_rows.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace wxl::tracking {
+
+namespace {
+
+using platform::Trim;
+
+constexpr std::size_t kLongestName = 254;  // of a text field of a shapefile, in bytes
+constexpr std::int64_t kRowsBetweenProgress = 4096;
+constexpr std::size_t kSampleRows = 1000;
+constexpr double kMostUnreadable = 0.2;
+
+bool says_no(std::string_view cell) {
+    return is_one_of(cell, {"false", "f", "0", "no", "n"});
+}
+bool says_yes(std::string_view cell) {
+    return is_one_of(cell, {"true", "t", "1", "yes", "y"});
+}
+
+/// Whether a word about a fix says that there was none.
+bool is_no_fix(std::string_view cell) {
+    std::string word = bare_name(cell, true);
+    if (cell == "0" || cell == "V") return true;
+    constexpr std::array<std::string_view, 9> kWords = {"nofix",  "fail",   "unresolved", "invalid", "nosat",
+                                                        "sensor", "unsucc", "missed",     "notval"};
+    return word == "no" || word == "none" || word == "false" ||
+           std::any_of(kWords.begin(), kWords.end(),
+                       [&](std::string_view part) { return word.find(part) != std::string::npos; });
+}
+
+bool is_number_cell(std::string_view cell) {
+    return number_from_text(Trim(cell)).has_value();
+}
+
+/// Whether a row holds numbers or times where a header would hold names.
+bool looks_like_data(const std::vector<std::string_view>& cells) {
+    const auto tells = [](std::string_view cell) {
+        const std::string_view text = Trim(cell);
+        const auto time = time_from_text(text, {});
+        return is_number_cell(text) || (time && time->HasTimeOfDay);
+    };
+    return std::count_if(cells.begin(), cells.end(), tells) >= 2;
+}
+
+std::string counted(std::int64_t count, const char* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+FileRows::FileRows(std::unique_ptr<std::istream> source, const std::string& name, std::size_t index, Tracking& owner,
+                   const std::optional<Dialect>& dialect)
+    : m_source(std::move(source)),
+      m_reader(dialect ? CsvReader(*m_source, name, *dialect) : CsvReader(*m_source, name)),
+      m_index(index),
+      m_owner(&owner) {}
+
+void FileRows::ReadAll(const std::string& animal, const std::function<void(std::uint64_t)>& progress) {
+    m_options = &m_owner->m_options;
+    ReadHeader();
+    TakeSample();
+    FindColumns();
+    if (!m_layout.Id) {
+        m_lastAnimal = m_owner->AnimalIndex(animal);
+        m_hasLastAnimal = true;
+    }
+    DecideTimes();
+    FindOthers();
+    const std::size_t firstFix = m_owner->Fixes.size();
+    ReserveFixes();
+    m_reader.Seek(m_dataStart.Offset, m_dataStart.Line);
+    while (NextRow()) {
+        TakeRow();
+        if (progress && m_rows % kRowsBetweenProgress == 0) progress(m_reader.Position());
+    }
+    Facts().Rows = m_rows;
+    m_owner->Rows += m_rows;
+    if (static_cast<double>(m_unreadable) > kMostUnreadable * static_cast<double>(m_rows)) {
+        const std::string share =
+            m_unreadable == 1 ? "" : fmt::format(" ({} of {} rows are like it)", m_unreadable, m_rows);
+        platform::Raise(platform::error_number::kTypeMismatch, m_firstTrouble + share);
+    }
+    SettlePositions(firstFix);
+}
+
+/// Room for as many fixes as the rows of the sample let expect, so that they are not moved about as they become more.
+void FileRows::ReserveFixes() {
+    m_source->clear();
+    const auto here = m_source->tellg();
+    m_source->seekg(0, std::ios::end);
+    const auto end = m_source->tellg();
+    m_source->seekg(here);
+    if (end <= 0 || m_sampleRows == 0 || m_sampleEnd <= m_dataStart.Offset) return;
+    const double perRow = static_cast<double>(m_sampleEnd - m_dataStart.Offset) / static_cast<double>(m_sampleRows);
+    const double rows = static_cast<double>(end) / perRow * 1.05;
+    m_owner->Fixes.reserve(m_owner->Fixes.size() + static_cast<std::size_t>(rows) + 1);
+}
+
+void FileRows::ReadHeader() {
+    if (!m_reader.Next())
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        m_reader.Name() + " is empty: it needs a header row and one row per fix");
+    const auto& cells = m_reader.Cells();
+    if (cells.size() == 1)
+        Refuse(fmt::format("the header is in one piece: \"{}\"; separate the columns by commas, semicolons or tabs",
+                           shown(cells[0])));
+    for (const std::string_view cell : cells) m_header.push_back(to_utf8(Trim(cell)));
+    m_dataStart = {m_reader.Offset(), m_reader.Line()};
+    m_headerLine = m_reader.Line();
+    if (looks_like_data(cells)) {
+        NameColumns();
+        return;
+    }
+    if (!m_reader.Next()) {
+        // Nothing follows the header.
+        m_dataStart = {m_reader.Position(), m_reader.Line()};
+        return;
+    }
+    m_dataStart = {m_reader.Offset(), m_reader.Line()};
+    const auto& first = m_reader.Cells();
+    // Names of rows stand before the columns and have no heading of their own; a last cell that is always empty has
+    // none either.
+    if (first.size() != m_header.size() + 1) return;
+    const bool atEnd = Trim(first.back()).empty();
+    m_header.insert(atEnd ? m_header.end() : m_header.begin(), "");
+}
+
+/// Names for the columns of a table that has none.
+void FileRows::NameColumns() {
+    Facts().HeaderMissing = true;
+    for (std::size_t i = 0; i < m_header.size(); ++i) m_header[i] = fmt::format("column {}", i + 1);
+}
+
+void FileRows::TakeSample() {
+    m_profiles.resize(m_header.size());
+    m_reader.Seek(m_dataStart.Offset, m_dataStart.Line);
+    for (std::size_t row = 0; row < kSampleRows && NextRow(); ++row) {
+        if (m_reader.Cells().size() != m_header.size()) continue;
+        for (std::size_t i = 0; i < m_header.size(); ++i) m_profiles[i].Take(Cell(i));
+        m_sampleEnd = m_reader.Offset();
+        m_sampleRows = row;
+    }
+}
+
+void FileRows::FindColumns() {
+    WantedColumns wanted = m_options->Columns;
+    wanted.NoId = wanted.NoId || (!m_options->Animal.empty() && wanted.Id.empty());
+    m_layout = find_layout(m_header, m_profiles, wanted, fmt::format("{}, line {}", m_reader.Name(), m_headerLine));
+    m_lastRole = std::max(m_layout.Position.X, m_layout.Position.Y);
+    if (m_layout.Id) m_lastRole = std::max(m_lastRole, *m_layout.Id);
+    if (m_layout.Time)
+        for (const std::size_t column : m_layout.Time->Columns) m_lastRole = std::max(m_lastRole, column);
+    TellColumns();
+}
+
+void FileRows::TellColumns() {
+    FileFacts& facts = Facts();
+    const PositionColumns& position = m_layout.Position;
+    facts.X = m_header[position.X];
+    facts.Y = m_header[position.Y];
+    facts.PositionByContent = position.ByContent;
+    facts.NamedLengths = position.Unit == PositionUnit::kLengths;
+    facts.MadeNegative = position.WestPositive || position.SouthPositive;
+    if (m_layout.Id) facts.Id = m_header[*m_layout.Id];
+    if (m_layout.OtherId) facts.OtherId = m_header[*m_layout.OtherId];
+    if (!m_layout.Time) return;
+    for (const std::size_t column : m_layout.Time->Columns) facts.Time.push_back(m_header[column]);
+    facts.TimeByContent = m_layout.Time->ByContent;
+    facts.TimeIsLocal = m_layout.Time->IsLocal && !m_layout.Time->IsUtc;
+    facts.TimeIsUtc = m_layout.Time->IsUtc;
+}
+
+/// The columns that are kept beside the others' roles.
+void FileRows::FindOthers() {
+    std::vector<bool> taken(m_header.size(), false);
+    taken[m_layout.Position.X] = true;
+    taken[m_layout.Position.Y] = true;
+    if (m_layout.Id) taken[*m_layout.Id] = true;
+    if (m_layout.Time)
+        for (const std::size_t column : m_layout.Time->Columns) taken[column] = true;
+    for (std::size_t i = 0; i < m_header.size(); ++i) {
+        // A column without a name and without cells is a separator at the ends of the lines.
+        if (taken[i] || (m_header[i].empty() && m_profiles[i].IsEmpty())) continue;
+        const std::size_t other = m_owner->OtherIndex(m_header[i].empty() ? "row" : m_header[i]);
+        m_others.emplace_back(i, other);
+        if (m_columnOf.size() <= other) m_columnOf.resize(other + 1);
+        m_columnOf[other] = i;
+    }
+}
+
+bool FileRows::NextRow() {
+    while (m_reader.Next())
+        if (!IsBlankRow()) return true;
+    return false;
+}
+
+/// Rows of nothing, or of dashes, as reports have them between groups and at their ends.
+bool FileRows::IsBlankRow() const {
+    for (const std::string_view cell : m_reader.Cells())
+        if (cell.find_first_not_of(" -=\t\"") != std::string_view::npos) return false;
+    return true;
+}
+
+std::string_view FileRows::Cell(std::size_t column) const {
+    const auto& cells = m_reader.Cells();
+    return column < cells.size() ? Trim(cells[column]) : std::string_view();
+}
+
+std::string FileRows::Place() const {
+    return fmt::format("{}, line {}", m_reader.Name(), m_reader.Line());
+}
+
+void FileRows::Refuse(const std::string& what) const {
+    platform::Raise(platform::error_number::kTypeMismatch, Place() + ": " + what);
+}
+
+void FileRows::Leave(Reason why, std::optional<std::size_t> column) {
+    if (!m_owner->Rejected.IsListened()) return m_owner->Rejected.Count(why);
+    m_owner->Rejected.Add(
+        {m_reader.Name(), m_reader.Line(), why, column ? m_header[*column] : "", column ? to_utf8(Cell(*column)) : ""});
+}
+
+void FileRows::LeaveUnreadable(Reason why, std::optional<std::size_t> column, const std::string& what) {
+    if (m_unreadable++ == 0) m_firstTrouble = Place() + ": " + what;
+    Leave(why, column);
+}
+
+bool FileRows::CellsFit() {
+    const auto& cells = m_reader.Cells();
+    if (cells.size() == m_header.size()) return true;
+    const auto isEmpty = [](std::string_view cell) { return Trim(cell).empty(); };
+    const auto beyond = static_cast<std::ptrdiff_t>(m_header.size());
+    if (cells.size() > m_header.size() && std::all_of(cells.begin() + beyond, cells.end(), isEmpty)) return true;
+    // Programs leave out empty cells at the end of a row; one that ends within a cell that counts may be cut.
+    return cells.size() < m_header.size() && cells.size() > m_lastRole + 1;
+}
+
+void FileRows::TakeRow() {
+    ++m_rows;
+    if (!CellsFit())
+        return LeaveUnreadable(Reason::kCells, std::nullopt,
+                               fmt::format("{} cells where the header has {}; correct the row, or delete it",
+                                           m_reader.Cells().size(), m_header.size()));
+    if (WhyNoFix()) return;
+    TrackingFix fix;
+    if (!TakePosition(fix) || !TakeTime(fix) || !TakeAnimal(fix) || !PassesFilters()) return;
+    fix.Place = (static_cast<std::uint64_t>(m_index) << 48U) | m_reader.Offset();
+    fix.Line = static_cast<std::uint32_t>(m_reader.Line());
+    if (!fix.HasTime()) ++Facts().WithoutTime;
+    if (m_layout.Position.Zone) {
+        const std::string zone(Cell(*m_layout.Position.Zone));
+        if (m_zones.empty() || m_zones.back() != zone) {
+            const auto known = std::find(m_zones.begin(), m_zones.end(), zone);
+            if (known == m_zones.end() && m_zones.size() < 250) m_zones.push_back(zone);
+        }
+        const auto known = std::find(m_zones.begin(), m_zones.end(), zone);
+        m_zoneOf.push_back(static_cast<std::uint8_t>(known - m_zones.begin()));
+    }
+    m_owner->Fixes.push_back(fix);
+    TakeOthers();
+}
+
+/// The reason why the current row is no fix of an animal, told already; nothing when it is one.
+std::optional<Reason> FileRows::WhyNoFix() {
+    const auto leave = [&](Reason why, std::size_t column) {
+        Leave(why, column);
+        return std::optional(why);
+    };
+    if (m_layout.Visible && says_no(Cell(*m_layout.Visible))) return leave(Reason::kNotVisible, *m_layout.Visible);
+    for (const std::size_t column : m_layout.Outlier)
+        if (says_yes(Cell(column))) return leave(Reason::kOutlier, column);
+    for (const std::size_t column : {m_layout.Position.X, m_layout.Position.Y})
+        if (is_missing(Cell(column))) return leave(Reason::kNoPosition, column);
+    if (m_layout.Id && is_missing(Cell(*m_layout.Id))) return leave(Reason::kNoAnimal, *m_layout.Id);
+    return std::nullopt;
+}
+
+bool FileRows::TakePosition(TrackingFix& fix) {
+    const PositionColumns& position = m_layout.Position;
+    if (!TakeCoordinate(position.X, true, fix.X) || !TakeCoordinate(position.Y, false, fix.Y)) return false;
+    if (is_placeholder(fix.X) || is_placeholder(fix.Y)) {
+        // In metres, -999 is a place; in both coordinates it is none.
+        const bool both = is_placeholder(fix.X) && is_placeholder(fix.Y);
+        if (both || m_options->Unit != PositionUnit::kLengths) {
+            Leave(Reason::kNoPosition, is_placeholder(fix.X) ? position.X : position.Y);
+            return false;
+        }
+    }
+    if (fix.X == 0.0 && fix.Y == 0.0 && SaysNoFix()) {
+        Leave(Reason::kNoPosition, position.X);
+        return false;
+    }
+    if (position.EastOrWest && is_one_of(Cell(*position.EastOrWest), {"W"})) fix.X = -std::abs(fix.X);
+    if (position.NorthOrSouth && is_one_of(Cell(*position.NorthOrSouth), {"S"})) fix.Y = -std::abs(fix.Y);
+    if (position.WestPositive) fix.X = -fix.X;
+    if (position.SouthPositive) fix.Y = -fix.Y;
+    return true;
+}
+
+bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
+    const std::string_view cell = Cell(column);
+    const auto coordinate = coordinate_from_text(cell);
+    if (!coordinate) {
+        LeaveUnreadable(Reason::kPosition, column,
+                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
+                                    shown(cell), m_header[column]));
+        return false;
+    }
+    if (isX ? coordinate->IsLatitude() : coordinate->IsLongitude()) {
+        LeaveUnreadable(Reason::kPosition, column,
+                        fmt::format("\"{}\" in column \"{}\" is no {}; name the columns by --x and --y", shown(cell),
+                                    m_header[column], isX ? "longitude" : "latitude"));
+        return false;
+    }
+    value = coordinate->Value;
+    return true;
+}
+
+/// Whether another column says that there was no position.
+bool FileRows::SaysNoFix() const {
+    if (m_layout.Satellites) {
+        const auto count = number_from_text(Cell(*m_layout.Satellites));
+        if (count && *count == 0.0) return true;
+    }
+    return std::any_of(m_layout.Status.begin(), m_layout.Status.end(),
+                       [&](std::size_t column) { return is_no_fix(Cell(column)); });
+}
+
+std::string_view FileRows::TimeCell() {
+    const TimeColumns& time = *m_layout.Time;
+    if (time.Columns.size() > 1)
+        return joined_time(
+            time, [this](std::size_t column) { return Cell(column); }, m_joined);
+    const std::string_view cell = Cell(time.Columns.front());
+    return is_missing(cell) ? std::string_view() : cell;
+}
+
+bool FileRows::TakeTime(TrackingFix& fix) {
+    if (!m_layout.Time) return true;
+    std::optional<TimeText> time;
+    std::string_view text;
+    if (m_format.Kind == TimeKind::kSheetDays && m_layout.Time->Columns.size() > 1) {
+        text = Cell(m_layout.Time->Columns[0]);
+        if (is_missing(text)) return true;
+        time = time_from_text(text, m_format);
+        const std::string_view part = Cell(m_layout.Time->Columns[1]);
+        const auto share = number_from_text(part);
+        const auto ofDay =
+            share ? std::optional<std::int64_t>(std::llround(*share * 86400.0)) : time_of_day_from_text(part);
+        if (time && ofDay) time->Seconds += *ofDay;
+    } else {
+        text = TimeCell();
+        if (text.empty()) return true;
+        time = time_from_text(text, m_format);
+    }
+    if (!time) {
+        LeaveUnreadable(
+            Reason::kTime, m_layout.Time->Columns.front(),
+            fmt::format("\"{}\" in column \"{}\" is no time that can be read; name the column of times by --time "
+                        "COLUMN, empty the cell to keep the fix without a time, or import without times by --no-time",
+                        shown(text), fmt::join(Facts().Time, "\" and \"")));
+        return false;
+    }
+    fix.Seconds = time->Seconds;
+    if (time->IsUtc || !m_options->Zone || m_layout.Time->IsUtc) return true;
+    const UtcTime utc = m_options->Zone->ToUtc(time->Seconds);
+    if (utc.Said == UtcTime::Clock::kTwice) ++Facts().ClockTwice;
+    if (utc.Said == UtcTime::Clock::kNever) ++Facts().ClockNever;
+    fix.Seconds = utc.Seconds;
+    return true;
+}
+
+bool FileRows::TakeAnimal(TrackingFix& fix) {
+    if (m_layout.Id) {
+        const std::string_view cell = Cell(*m_layout.Id);
+        if (!m_hasLastAnimal || cell != m_lastCell) {
+            const std::string name = to_utf8(cell);
+            if (name.size() > kLongestName)
+                Refuse(
+                    fmt::format("the animal's name in column \"{}\" is longer than 254 bytes; shorten it, or choose "
+                                "another column by --id",
+                                m_header[*m_layout.Id]));
+            m_lastAnimal = m_owner->AnimalIndex(name);
+            m_lastCell = cell;
+            m_hasLastAnimal = true;
+        }
+    }
+    fix.Animal = m_lastAnimal;
+    return true;
+}
+
+bool FileRows::PassesFilters() {
+    if (m_options->MaxDop) {
+        const auto dop = number_from_text(Cell(*m_layout.Dop));
+        if (!dop) ++Facts().WithoutDop;
+        if (dop && *dop > *m_options->MaxDop) {
+            Leave(Reason::kDop, *m_layout.Dop);
+            return false;
+        }
+    }
+    if (m_options->ArgosClasses.empty()) return true;
+    if (m_options->ArgosClasses.contains(platform::UpperCase(Cell(*m_layout.ArgosClass)))) return true;
+    Leave(Reason::kArgosClass, *m_layout.ArgosClass);
+    return false;
+}
+
+void FileRows::TakeOthers() {
+    const bool decimalComma = m_reader.Separator() != ',';
+    for (const auto& [column, other] : m_others) m_owner->Others[other].Type.Take(Cell(column), decimalComma);
+}
+
+void FileRows::DecideTimes() {
+    if (!m_layout.Time) return;
+    m_format.Kind = KindOfNumbers();
+    if (m_format.Kind == TimeKind::kCalendar) DecideOrder();
+}
+
+/// What the numbers of a column of times are, by their size.
+TimeKind FileRows::KindOfNumbers() const {
+    const TimeColumns& time = *m_layout.Time;
+    const ColumnProfile& profile = m_profiles[time.Columns.front()];
+    if (time.How != TimeColumns::Style::kTogether || profile.IsEmpty() || profile.Numbers() < 0.9 ||
+        profile.FullTimes() + profile.Dates() > 0.5)
+        return TimeKind::kCalendar;
+    if (profile.Max() >= 1e14) return TimeKind::kEpochMicros;
+    if (profile.Max() >= 1e11) return TimeKind::kEpochMillis;
+    if (profile.Max() >= 1e8) return TimeKind::kEpochSeconds;
+    return profile.Max() >= 20000.0 ? TimeKind::kSheetDays : TimeKind::kCalendar;
+}
+
+bool FileRows::SampleNeedsOrder() {
+    constexpr unsigned kAny = 7;
+    m_reader.Seek(m_dataStart.Offset, m_dataStart.Line);
+    for (std::size_t row = 0; row < kSampleRows && NextRow(); ++row)
+        if (possible_orders(TimeCell()) != kAny) return true;
+    return false;
+}
+
+/// The order of day and month, by all dates of the file: the one that makes fewest of them impossible.
+void FileRows::DecideOrder() {
+    if (m_options->Order) m_format.Order = *m_options->Order;
+    if (m_options->Order || !SampleNeedsOrder()) return;
+    std::array<std::int64_t, 3> impossible{};
+    std::string example;
+    m_reader.Seek(m_dataStart.Offset, m_dataStart.Line);
+    while (NextRow()) {
+        const std::string_view text = TimeCell();
+        const unsigned possible = possible_orders(text);
+        if (possible == 0) continue;
+        if (example.empty() && possible != 7) example = text;
+        for (unsigned order = 0; order < 3; ++order)
+            if ((possible & (1U << order)) == 0) ++impossible[order];
+    }
+    const auto least = std::min_element(impossible.begin(), impossible.end());
+    if (std::count(impossible.begin(), impossible.end(), *least) > 1)
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        fmt::format("{}: no row decides whether day or month comes first in dates like \"{}\" (column "
+                                    "\"{}\"); say it by --date-order dmy|mdy|ymd",
+                                    m_reader.Name(), shown(example), fmt::join(Facts().Time, "\" and \"")));
+    m_format.Order = static_cast<DateOrder>(least - impossible.begin());
+    Facts().Order = m_format.Order;
+}
+
+/// Finds out what the positions are, and leaves out those that cannot be.
+void FileRows::SettlePositions(std::size_t firstFix) {
+    FileFacts& facts = Facts();
+    if (m_options->Unit == PositionUnit::kLengths) {
+        facts.IsLengths = true;
+        return;
+    }
+    auto& fixes = m_owner->Fixes;
+    const auto offMap = [](const TrackingFix& fix) {
+        return fix.X < -180.0 || fix.X > 360.0 || fix.Y < -90.0 || fix.Y > 90.0;
+    };
+    const auto beyond = std::count_if(fixes.begin() + static_cast<std::ptrdiff_t>(firstFix), fixes.end(), offMap);
+    const auto all = fixes.size() - firstFix;
+    const bool mostly = static_cast<double>(beyond) > kMostUnreadable * static_cast<double>(all);
+    if (mostly && m_layout.Position.Zone && m_options->Unit == PositionUnit::kUnknown) return ProjectZones(firstFix);
+    if (facts.NamedLengths && m_options->Unit == PositionUnit::kUnknown)
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        fmt::format("{}: the columns \"{}\" and \"{}\" are in metres, of a coordinate system that the "
+                                    "file does not tell; name it by --from-crs EPSG:n",
+                                    m_reader.Name(), facts.X, facts.Y));
+    if (!mostly) return SettleDegrees(firstFix);
+    const auto swapped = std::count_if(fixes.begin() + static_cast<std::ptrdiff_t>(firstFix), fixes.end(),
+                                       [](auto& fix) { return std::abs(fix.X) <= 90.0 && std::abs(fix.Y) <= 360.0; });
+    if (static_cast<double>(swapped) > (1.0 - kMostUnreadable) * static_cast<double>(all))
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        fmt::format("{}: column \"{}\" holds latitudes beyond 90 degrees, as if longitude and latitude "
+                                    "were swapped; if they are, give --x \"{}\" --y \"{}\"",
+                                    m_reader.Name(), facts.Y, facts.Y, facts.X));
+    const auto first = std::find_if(fixes.begin() + static_cast<std::ptrdiff_t>(firstFix), fixes.end(), offMap);
+    platform::Raise(
+        platform::error_number::kTypeMismatch,
+        fmt::format("{}: the position {}, {} is not in degrees{}; name the coordinate system by --from-crs EPSG:n",
+                    m_owner->PlaceOf(*first), first->X, first->Y,
+                    beyond == 1 ? ""
+                                : fmt::format(" ({} of {} are not)", beyond,
+                                              counted(static_cast<std::int64_t>(all), "position"))));
+}
+
+/// Leaves out what is off the map, and brings longitudes below 180.
+void FileRows::SettleDegrees(std::size_t firstFix) {
+    auto& fixes = m_owner->Fixes;
+    const auto begin = fixes.begin() + static_cast<std::ptrdiff_t>(firstFix);
+    const auto off = std::stable_partition(begin, fixes.end(), [](const TrackingFix& fix) {
+        return fix.X >= -180.0 && fix.X <= 360.0 && fix.Y >= -90.0 && fix.Y <= 90.0;
+    });
+    for (auto fix = off; fix != fixes.end(); ++fix)
+        m_owner->Reject(*fix, Reason::kPosition, Facts().X + ", " + Facts().Y, fmt::format("{}, {}", fix->X, fix->Y));
+    fixes.erase(off, fixes.end());
+    for (auto fix = fixes.begin() + static_cast<std::ptrdiff_t>(firstFix); fix != fixes.end(); ++fix) {
+        if (fix->X <= 180.0) continue;
+        fix->X -= 360.0;
+        ++Facts().Over180;
+    }
+}
+
+void FileRows::ProjectZones(std::size_t firstFix) {
+    Facts().Zone = m_header[*m_layout.Position.Zone];
+    const std::string place = fmt::format("{}: column \"{}\"", m_reader.Name(), Facts().Zone);
+    project_utm_rows(std::span(m_owner->Fixes).subspan(firstFix), m_zones, m_zoneOf, place);
+    m_zoneOf = {};
+}
+
+void FileRows::SeekTo(const TrackingFix& fix) {
+    m_reader.Seek(fix.Offset(), fix.Line);
+    m_reader.Next();
+}
+
+std::string_view FileRows::Other(std::size_t other) const {
+    if (other >= m_columnOf.size() || !m_columnOf[other]) return {};
+    return Cell(*m_columnOf[other]);
+}
+
+}  // namespace wxl::tracking

@@ -1,0 +1,226 @@
+#include "adapters/tracking/position_columns.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+
+namespace wxl::tracking {
+
+namespace {
+
+/// A pair of words for the two coordinates, alone or within longer names.
+struct Words {
+    std::string_view X;
+    std::string_view Y;
+    PositionUnit Unit;
+    int Score;
+    bool Within;  ///< also as a part of a name
+};
+
+constexpr std::array<Words, 33> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
+                                           {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
+                                           {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
+                                           {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
+                                           {"longitudine", "latitudine", PositionUnit::kDegrees, 97, true},
+                                           {"long", "lat", PositionUnit::kDegrees, 96, true},
+                                           {"lon", "lat", PositionUnit::kDegrees, 95, true},
+                                           {"lng", "lat", PositionUnit::kDegrees, 94, true},
+                                           {"langengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
+                                           {"laengengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
+                                           {"lange", "breite", PositionUnit::kDegrees, 92, true},
+                                           {"laenge", "breite", PositionUnit::kDegrees, 92, true},
+                                           {"lengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
+                                           {"lengtegraad", "breedtegraad", PositionUnit::kDegrees, 92, true},
+                                           {"pituusaste", "leveysaste", PositionUnit::kDegrees, 92, true},
+                                           {"x", "y", PositionUnit::kUnknown, 70, false},
+                                           {"xcoord", "ycoord", PositionUnit::kUnknown, 66, false},
+                                           {"xcoordinate", "ycoordinate", PositionUnit::kUnknown, 66, false},
+                                           {"coordx", "coordy", PositionUnit::kUnknown, 66, false},
+                                           {"coordsx1", "coordsx2", PositionUnit::kUnknown, 66, false},
+                                           {"posx", "posy", PositionUnit::kUnknown, 66, false},
+                                           {"pointx", "pointy", PositionUnit::kUnknown, 66, false},
+                                           {"locx", "locy", PositionUnit::kUnknown, 66, false},
+                                           {"easting", "northing", PositionUnit::kLengths, 60, true},
+                                           {"utmeasting", "utmnorthing", PositionUnit::kLengths, 59, true},
+                                           {"utmx", "utmy", PositionUnit::kLengths, 58, true},
+                                           {"utme", "utmn", PositionUnit::kLengths, 58, false},
+                                           {"xutm", "yutm", PositionUnit::kLengths, 58, true},
+                                           {"eutm", "nutm", PositionUnit::kLengths, 58, false},
+                                           {"rechtswert", "hochwert", PositionUnit::kLengths, 57, true},
+                                           {"east", "north", PositionUnit::kLengths, 56, true},
+                                           {"este", "norte", PositionUnit::kLengths, 55, true},
+                                           {"ost", "nord", PositionUnit::kLengths, 54, false}}};
+
+// Words of columns that tell of other places than those of fixes.
+constexpr std::array<std::string_view, 21> kOtherPlaces = {
+    "deploy", "release", "capture", "nest", "colony", "study", "start", "end",  "home",    "centroid", "mean",
+    "ecef",   "burrow",  "den",     "site", "roost",  "acc",   "mag",   "gyro", "station", "offset"};
+// A solution that is not that of the satellite receiver on the animal.
+constexpr std::array<std::string_view, 7> kCoarse = {"iridium", "argos", "gsm", "cell", "doppler", "cep", "network"};
+
+struct Pair {
+    std::size_t X;
+    std::size_t Y;
+    PositionUnit Unit;
+    int Score;
+};
+
+/// "lonw", "latitudesouth": the name without the side that it tells.
+std::string without_direction(const std::string& name) {
+    for (const std::string_view start : {"longitude", "long", "lon", "latitude", "lat"}) {
+        if (!name.starts_with(start)) continue;
+        const std::string_view rest = std::string_view(name).substr(start.size());
+        for (const std::string_view side : {"w", "e", "n", "s", "west", "east", "north", "south"})
+            if (rest == side) return std::string(start);
+    }
+    return name;
+}
+
+bool has_any(std::string_view name, std::span<const std::string_view> words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](std::string_view word) { return name.find(word) != std::string_view::npos; });
+}
+
+/// What stands around a word in a name: "gps" and "1" in "gpslatitude1".
+struct Around {
+    std::string Before;
+    std::string Behind;
+    bool IsPlain() const { return Before.empty() && Behind.empty(); }
+    friend bool operator==(const Around&, const Around&) = default;
+};
+
+std::optional<Around> around(const std::string& name, const Words& words, std::string_view word) {
+    if (name == word) return Around{};
+    if (!words.Within) return std::nullopt;
+    const std::size_t at = name.find(word);
+    if (at == std::string::npos) return std::nullopt;
+    return Around{name.substr(0, at), name.substr(at + word.size())};
+}
+
+/// Fewer points for what stands around a word: later solutions, coarse sources.
+int score_around(const Around& place) {
+    const std::string all = place.Before + place.Behind;
+    int score = all.empty() ? 0 : -8;
+    if (all.find("gps") != std::string::npos || all.find("fix") != std::string::npos) score += 18;
+    if (has_any(all, kCoarse)) score -= 40;
+    if (all.ends_with('2') || all.ends_with("3") || all.ends_with("alt")) score -= 30;
+    return score;
+}
+
+int score_content(const ColumnProfile& x, const ColumnProfile& y) {
+    if (x.IsEmpty() || y.IsEmpty()) return -60;
+    return x.Coordinates() < 0.5 || y.Coordinates() < 0.5 ? -60 : 0;
+}
+
+class Finder {
+public:
+    Finder(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, const WantedColumns& wanted)
+        : m_header(header), m_profiles(profiles), m_wanted(wanted) {}
+
+    std::optional<Pair> ByName() {
+        for (const Words& words : kWords)
+            for (std::size_t x = 0; x < m_header.Count(); ++x) Consider(words, x);
+        if (!m_best || m_best->Score < -50) return std::nullopt;
+        return m_best;
+    }
+
+    /// Two neighbours that hold coordinates, one of which shows by its values which it is.
+    std::optional<Pair> ByContent() const {
+        std::vector<std::size_t> candidates;
+        for (std::size_t i = 0; i < m_header.Count(); ++i)
+            if (HoldsCoordinates(i)) candidates.push_back(i);
+        if (candidates.size() != 2) return std::nullopt;
+        const std::size_t a = candidates[0];
+        const std::size_t b = candidates[1];
+        if (IsLongitude(a) && !IsLongitude(b)) return Pair{a, b, PositionUnit::kDegrees, 0};
+        if (IsLongitude(b) && !IsLongitude(a)) return Pair{b, a, PositionUnit::kDegrees, 0};
+        return std::nullopt;
+    }
+
+private:
+    void Consider(const Words& words, std::size_t x) {
+        const auto place = around(without_direction(m_header.Bare(x)), words, words.X);
+        if (!place || has_any(place->Before + place->Behind, kOtherPlaces)) return;
+        for (std::size_t y = 0; y < m_header.Count(); ++y) {
+            if (y == x || around(without_direction(m_header.Bare(y)), words, words.Y) != place) continue;
+            int score = words.Score + score_around(*place) + score_content(m_profiles[x], m_profiles[y]);
+            if (m_wanted.InMetres && words.Unit != PositionUnit::kDegrees) score += 100;
+            if (!m_best || score > m_best->Score) m_best = Pair{x, y, words.Unit, score};
+            return;
+        }
+    }
+
+    bool HoldsCoordinates(std::size_t column) const {
+        const ColumnProfile& profile = m_profiles[column];
+        if (has_any(m_header.Bare(column), kOtherPlaces)) return false;
+        if (profile.Latitudes() > 0.9 || profile.Longitudes() > 0.9) return true;
+        return profile.Fractions() > 0.8 && profile.Distinct() * 4 > profile.Filled() && profile.Min() >= -180.0 &&
+               profile.Max() <= 360.0;
+    }
+
+    bool IsLongitude(std::size_t column) const {
+        const ColumnProfile& profile = m_profiles[column];
+        return profile.Longitudes() > 0.9 || profile.Min() < -90.0 || profile.Max() > 90.0;
+    }
+
+    const ColumnHeader& m_header;
+    const std::vector<ColumnProfile>& m_profiles;
+    const WantedColumns& m_wanted;
+    std::optional<Pair> m_best;
+};
+
+constexpr std::array<std::string_view, 8> kZones = {"utmzone", "zone",    "gpsutmzone", "zoneutm",
+                                                    "utmzona", "zonautm", "huso",       "zonenumber"};
+constexpr std::array<std::string_view, 8> kNorthSouth = {"ns",    "northsouth",    "nsindicator", "latdir",
+                                                         "latns", "lathemisphere", "latitudens",  "latdirection"};
+constexpr std::array<std::string_view, 9> kEastWest = {
+    "ew", "eastwest", "ewindicator", "londir", "lonew", "lonhemisphere", "longitudeew", "longdir", "londirection"};
+
+/// A column of letters.
+std::optional<std::size_t> letters(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                                   std::span<const std::string_view> names) {
+    const auto found = header.FindFirst(names);
+    if (!found || !profiles[*found].IsHemisphereLetter()) return std::nullopt;
+    return found;
+}
+
+bool names_direction(const std::string& all, std::string_view letter, std::string_view word) {
+    for (const std::string_view start : {"lon", "long", "longitude", "lat", "latitude"})
+        if (all == std::string(start) + std::string(letter) || all == std::string(start) + std::string(word))
+            return true;
+    return false;
+}
+
+}  // namespace
+
+PositionColumns find_position(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                              const WantedColumns& wanted) {
+    PositionColumns columns;
+    if (!wanted.X.empty() && !wanted.Y.empty()) {
+        columns.X = header.Named(wanted.X, "--x");
+        columns.Y = header.Named(wanted.Y, "--y");
+    } else {
+        Finder finder(header, profiles, wanted);
+        auto found = finder.ByName();
+        if (!found) {
+            found = finder.ByContent();
+            columns.ByContent = found.has_value();
+        }
+        if (!found)
+            header.Refuse(
+                "no two columns look like the position of a fix; give them by --x COLUMN --y COLUMN, if the table "
+                "holds fixes");
+        columns.X = found->X;
+        columns.Y = found->Y;
+        columns.Unit = found->Unit;
+    }
+    if (columns.Unit != PositionUnit::kDegrees) columns.Zone = header.FindFirst(kZones);
+    columns.NorthOrSouth = letters(header, profiles, kNorthSouth);
+    columns.EastOrWest = letters(header, profiles, kEastWest);
+    columns.WestPositive = names_direction(header.BareAll(columns.X), "w", "west") && profiles[columns.X].Min() >= 0.0;
+    columns.SouthPositive =
+        names_direction(header.BareAll(columns.Y), "s", "south") && profiles[columns.Y].Min() >= 0.0;
+    return columns;
+}
+
+}  // namespace wxl::tracking

@@ -1,0 +1,314 @@
+#include "adapters/tracking/time_columns.h"
+
+#include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/time_text.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace wxl::tracking {
+
+namespace {
+
+using platform::Trim;
+
+bool has(const std::string& name, std::string_view part) {
+    return name.find(part) != std::string::npos;
+}
+
+bool has_any(const std::string& name, std::span<const std::string_view> parts) {
+    return std::any_of(parts.begin(), parts.end(), [&](std::string_view part) { return has(name, part); });
+}
+
+constexpr std::array<std::string_view, 15> kTimeWords = {"time",        "date",     "stamp", "datum",    "fecha",
+                                                         "zeit",        "hora",     "heure", "klokka",   "epoch",
+                                                         "acquisition", "tidpunkt", "tijd",  "datetime", "utc"};
+constexpr std::array<std::string_view, 7> kWholeTimeWords = {"t", "tid", "dato", "data", "when", "begin", "dt"};
+constexpr std::array<std::string_view, 4> kUtcWords = {"utc", "gmt", "zulu", "unix"};
+constexpr std::array<std::string_view, 4> kLocalWords = {"local", "lmt", "localtime", "lokal"};
+constexpr std::array<std::string_view, 13> kOfMessage = {"scts",    "receive",      "message", "sent",     "upload",
+                                                         "uplink",  "transmit",     "import",  "download", "update",
+                                                         "created", "transmission", "server"};
+constexpr std::array<std::string_view, 17> kOfOtherThings = {
+    "deploy", "birth", "capture", "mortality", "sunrise", "sunset",    "release",  "hatch", "moult",
+    "first",  "last",  "onset",   "timezone",  "used",    "timetoget", "modified", "ttf"};
+constexpr std::array<std::string_view, 4> kOfStart = {"start", "begin", "end", "stop"};
+constexpr std::array<std::string_view, 12> kDateWords = {"date", "datum",   "fecha", "dato",    "data", "day",
+                                                         "jour", "yearday", "dag",   "utcdate", "dia",  "tag"};
+
+bool speaks_of_time(const std::string& bare) {
+    return has_any(bare, kTimeWords) ||
+           std::find(kWholeTimeWords.begin(), kWholeTimeWords.end(), bare) != kWholeTimeWords.end();
+}
+
+/// Numbers that can be times where the name says so: seconds, days of a spreadsheet, years with their days.
+bool can_be_number_of_time(const ColumnProfile& profile) {
+    if (profile.Numbers() < 0.9) return false;
+    const bool seconds = profile.Min() >= 1e8;
+    const bool sheetDays = profile.Min() >= 20000.0 && profile.Max() <= 80000.0;
+    return seconds || sheetDays;
+}
+
+struct Candidate {
+    std::size_t Column;
+    int Score;
+    bool NeedsTimeOfDay;
+    bool ByContent;
+};
+
+class Finder {
+public:
+    Finder(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, const PositionColumns& position)
+        : m_header(header), m_profiles(profiles), m_position(position) {}
+
+    std::optional<Candidate> Best() const {
+        std::optional<Candidate> best;
+        for (std::size_t i = 0; i < m_header.Count(); ++i) {
+            if (i == m_position.X || i == m_position.Y) continue;
+            const auto candidate = Judged(i);
+            if (candidate && (!best || candidate->Score > best->Score)) best = candidate;
+        }
+        return best;
+    }
+
+    /// The column with the time of day that belongs to the dates of another.
+    std::optional<std::size_t> TimeOfDayFor(std::size_t date) const {
+        std::optional<std::size_t> best;
+        int most = 0;
+        for (std::size_t i = 0; i < m_header.Count(); ++i) {
+            const int score = i == date ? 0 : Belongs(date, i);
+            if (score <= most) continue;
+            most = score;
+            best = i;
+        }
+        return best;
+    }
+
+    std::string Name(std::size_t column) const { return m_header.BareAll(column); }
+
+private:
+    std::optional<Candidate> Judged(std::size_t column) const {
+        const std::string name = Name(column);
+        const ColumnProfile& profile = m_profiles[column];
+        const bool named = speaks_of_time(name);
+        const bool isNumber = profile.Numbers() > 0.9;
+        const double full = profile.FullTimes();
+        const double dates = profile.Dates();
+        if (profile.IsEmpty() && !named) return std::nullopt;
+        Candidate candidate{column, 0, false, !named};
+        if (full + dates >= 0.5 && full >= dates && (named || (full > 0.9 && !isNumber))) {
+            candidate.Score = 100;
+        } else if (named && can_be_number_of_time(profile)) {
+            candidate.Score = 95;
+            candidate.NeedsTimeOfDay = profile.Max() <= 80000.0 && profile.Whole() > 0.9;
+        } else if (full + dates >= 0.5 && (named || is_date_name(name) || (dates > 0.9 && !isNumber))) {
+            candidate.NeedsTimeOfDay = true;
+            candidate.ByContent = !named && !is_date_name(name);
+            candidate.Score = TimeOfDayFor(column) ? 90 : 60;
+        } else if (named && profile.TimesOfDay() < 0.5) {
+            candidate.Score = 5;  // so that its cells are told to be no times
+        } else {
+            return std::nullopt;
+        }
+        candidate.Score += ScoreOfName(name, candidate.ByContent);
+        // A column of some other thing is left alone, whatever it holds.
+        if (has_any(name, kOfOtherThings)) return std::nullopt;
+        return candidate;
+    }
+
+    static bool is_date_name(const std::string& name) {
+        return std::any_of(kDateWords.begin(), kDateWords.end(),
+                           [&](std::string_view word) { return name == word || name == "gps" + std::string(word); });
+    }
+
+    static int ScoreOfName(const std::string& name, bool byContent) {
+        int score = byContent ? -50 : 0;
+        if (name == "timestamp" || name == "eventdate") score += 30;
+        if (has(name, "fix") || has(name, "gps")) score += 20;
+        if (has_any(name, kUtcWords)) score += 15;
+        if (has(name, "timestamp") || has(name, "datetime") || has(name, "acquisition")) score += 5;
+        if (has_any(name, kLocalWords)) score -= 35;
+        if (has_any(name, kOfStart)) score -= 30;
+        if (has_any(name, kOfMessage)) score -= 45;
+        return score;
+    }
+
+    /// How surely the times of day of a column belong to a date; 0: not at all.
+    int Belongs(std::size_t date, std::size_t column) const {
+        const ColumnProfile& profile = m_profiles[column];
+        const std::string name = Name(column);
+        const std::string dateName = Name(date);
+        const bool named =
+            speaks_of_time(name) || name == "tod" || name == "uhrzeit" || name == "ora" || name == "hour";
+        const bool plainText = profile.TimesOfDay() > 0.5 && profile.Numbers() < 0.5;
+        const bool digits = named && profile.Whole() > 0.9 && profile.TimesOfDay() > 0.5 && profile.LongestWhole() <= 6;
+        const bool shareOfDay = named && profile.Numbers() > 0.9 && profile.Min() >= 0.0 && profile.Max() < 1.0 &&
+                                m_profiles[date].Numbers() > 0.9;
+        const bool alsoDate = named && profile.FullTimes() > 0.5 && m_profiles[date].Dates() > 0.5;
+        if (!plainText && !digits && !shareOfDay && !alsoDate) return 0;
+        if (has_any(name, kOfMessage) != has_any(dateName, kOfMessage)) return 0;
+        if (has_any(name, kLocalWords) != has_any(dateName, kLocalWords)) return 0;
+        int score = 1;
+        if (column == date + 1) score += 2;
+        if (named) score += 4;
+        if (has_any(name, kUtcWords) == has_any(dateName, kUtcWords)) score += 3;
+        std::string partner = dateName;
+        if (const std::size_t at = partner.find("date"); at != std::string::npos) partner.replace(at, 4, "time");
+        if (partner == name) score += 10;
+        return score;
+    }
+
+    const ColumnHeader& m_header;
+    const std::vector<ColumnProfile>& m_profiles;
+    const PositionColumns& m_position;
+};
+
+constexpr std::array<std::string_view, 7> kYear = {"year", "yr", "yyyy", "jahr", "annee", "ano", "ar"};
+constexpr std::array<std::string_view, 5> kMonth = {"month", "mon", "monat", "mois", "mes"};
+constexpr std::array<std::string_view, 5> kDay = {"day", "dayofmonth", "tag", "jour", "dia"};
+constexpr std::array<std::string_view, 8> kDayOfYear = {"doy",       "yday", "dayofyear", "julian",
+                                                        "julianday", "jday", "yearday",   "jd"};
+constexpr std::array<std::string_view, 6> kHour = {"hour", "hr", "hh", "stunde", "heure", "hora"};
+constexpr std::array<std::string_view, 4> kMinute = {"minute", "min", "mm", "minuto"};
+constexpr std::array<std::string_view, 5> kSecond = {"second", "sec", "ss", "seconds", "segundo"};
+constexpr std::array<std::string_view, 4> kTimeOfDay = {"time", "timeofday", "utctime", "gmttime"};
+
+bool are_numbers(const std::vector<ColumnProfile>& profiles, std::optional<std::size_t> column) {
+    return column && profiles[*column].Whole() > 0.9;
+}
+
+/// Year, month, day and hour, minute, second in columns of their own.
+std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles) {
+    const auto year = header.FindFirst(kYear);
+    const auto dayOfYear = header.FindFirst(kDayOfYear);
+    const auto month = header.FindFirst(kMonth);
+    const auto day = header.FindFirst(kDay);
+    if (!are_numbers(profiles, year)) return std::nullopt;
+    TimeColumns columns;
+    if (are_numbers(profiles, month) && are_numbers(profiles, day)) {
+        columns.How = TimeColumns::Style::kYearMonthDay;
+        columns.Columns = {*year, *month, *day};
+    } else if (are_numbers(profiles, dayOfYear)) {
+        columns.How = TimeColumns::Style::kYearAndDay;
+        columns.Columns = {*year, *dayOfYear};
+    } else {
+        return std::nullopt;
+    }
+    const auto hour = header.FindFirst(kHour);
+    const auto minute = header.FindFirst(kMinute);
+    const auto ofDay = header.FindFirst(kTimeOfDay);
+    if (are_numbers(profiles, hour)) {
+        columns.Columns.push_back(*hour);
+        if (minute) columns.Columns.push_back(*minute);
+        if (const auto second = header.FindFirst(kSecond); second && minute) columns.Columns.push_back(*second);
+    } else if (ofDay && profiles[*ofDay].TimesOfDay() > 0.5) {
+        columns.Columns.push_back(*ofDay);
+    }
+    return columns;
+}
+
+/// The columns that the user named: one name, or several parted by commas.
+std::vector<std::size_t> named_columns(const ColumnHeader& header, const std::string& wanted) {
+    if (const auto whole = header.Find(wanted)) return {*whole};
+    if (wanted.find(',') == std::string::npos) return {header.Named(wanted, "--time")};
+    std::vector<std::size_t> columns;
+    for (const std::string& name : platform::Split(wanted, ','))
+        columns.push_back(header.Named(std::string(Trim(name)), "--time"));
+    return columns;
+}
+
+void judge_name(TimeColumns& columns, const ColumnHeader& header) {
+    std::string names;
+    for (const std::size_t column : columns.Columns) names += header.BareAll(column) + " ";
+    columns.IsUtc = has_any(names, kUtcWords);
+    columns.IsLocal = has_any(names, kLocalWords);
+}
+
+TimeColumns columns_named_by_user(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                                  const Finder& finder, const std::string& wanted) {
+    TimeColumns columns;
+    columns.Columns = named_columns(header, wanted);
+    const ColumnProfile& first = profiles[columns.Columns.front()];
+    if (columns.Columns.size() == 1 && first.FullTimes() < 0.5 && first.Dates() >= 0.5)
+        if (const auto ofDay = finder.TimeOfDayFor(columns.Columns.front())) columns.Columns.push_back(*ofDay);
+    return columns;
+}
+
+void append_padded(std::string& text, std::string_view number, std::size_t width) {
+    if (number.size() < width) text.append(width - number.size(), '0');
+    text += number;
+}
+
+/// Hour, minute and second, or a time of day, from a column on.
+void append_time_of_day(const TimeColumns& columns, std::size_t from,
+                        const std::function<std::string_view(std::size_t)>& cell, std::string& text) {
+    for (std::size_t i = from; i < columns.Columns.size(); ++i) {
+        const std::string_view part = cell(columns.Columns[i]);
+        text += i == from ? ' ' : ':';
+        append_padded(text, part, 2);
+        if (i == from && columns.Columns.size() == from + 1 && part.size() <= 2) text += ":00";
+    }
+}
+
+}  // namespace
+
+std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                                     const WantedColumns& wanted, const PositionColumns& position) {
+    if (wanted.NoTime) return std::nullopt;
+    const Finder finder(header, profiles, position);
+    TimeColumns columns;
+    if (!wanted.Time.empty()) {
+        columns = columns_named_by_user(header, profiles, finder, wanted.Time);
+    } else {
+        const auto best = finder.Best();
+        if (!best || best->Score < 55) {
+            if (auto parted = parted_columns(header, profiles)) return parted;
+        }
+        if (!best) return std::nullopt;
+        columns.Columns = {best->Column};
+        columns.ByContent = best->ByContent;
+        if (best->NeedsTimeOfDay)
+            if (const auto ofDay = finder.TimeOfDayFor(best->Column)) columns.Columns.push_back(*ofDay);
+    }
+    judge_name(columns, header);
+    return columns;
+}
+
+std::string_view joined_time(const TimeColumns& columns, const std::function<std::string_view(std::size_t)>& cell,
+                             std::string& buffer) {
+    const std::string_view first = cell(columns.Columns.front());
+    if (columns.Columns.size() == 1 || is_missing(first)) return is_missing(first) ? std::string_view() : first;
+    buffer = first;
+    switch (columns.How) {
+        case TimeColumns::Style::kTogether:
+            for (std::size_t i = 1; i < columns.Columns.size(); ++i) {
+                const std::string_view part = cell(columns.Columns[i]);
+                if (is_missing(part)) continue;
+                // The second column may hold the date, too; the first may hold the time of day already.
+                const auto whole = time_from_text(part, {});
+                if (whole && whole->HasTimeOfDay) return part;
+                const auto already = time_from_text(buffer, {});
+                if (already && already->HasTimeOfDay) return buffer;
+                buffer += ' ';
+                if (part.size() == 3 && part.find_first_not_of("0123456789") == std::string_view::npos) buffer += '0';
+                buffer += part;
+            }
+            return buffer;
+        case TimeColumns::Style::kYearAndDay:
+            buffer += '-';
+            append_padded(buffer, cell(columns.Columns[1]), 3);
+            append_time_of_day(columns, 2, cell, buffer);
+            return buffer;
+        case TimeColumns::Style::kYearMonthDay:
+            buffer += '-';
+            buffer += cell(columns.Columns[1]);
+            buffer += '-';
+            buffer += cell(columns.Columns[2]);
+            append_time_of_day(columns, 3, cell, buffer);
+            return buffer;
+    }
+    return buffer;
+}
+
+}  // namespace wxl::tracking

@@ -1,0 +1,537 @@
+#include "adapters/tracking/time_text.h"
+
+#include "adapters/tracking/number_text.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+
+namespace wxl::tracking {
+
+namespace {
+
+constexpr std::int64_t kSecondsPerDay = 86400;
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// Letters, and the bytes of letters beyond ASCII.
+bool is_letter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// Takes pieces from the front of a text.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text) : m_rest(text) {}
+
+    bool AtEnd() const { return m_rest.empty(); }
+    char Peek(std::size_t at = 0) const { return at < m_rest.size() ? m_rest[at] : '\0'; }
+    void Skip(std::size_t count) { m_rest.remove_prefix(std::min(count, m_rest.size())); }
+    std::string_view Rest() const { return m_rest; }
+
+    bool Take(char wanted) {
+        if (Peek() != wanted) return false;
+        Skip(1);
+        return true;
+    }
+
+    bool TakeAny(std::string_view wanted) {
+        if (AtEnd() || wanted.find(Peek()) == std::string_view::npos) return false;
+        Skip(1);
+        return true;
+    }
+
+    void SkipBlanks() {
+        while (Peek() == ' ') Skip(1);
+    }
+
+    std::size_t DigitsAhead() const {
+        std::size_t count = 0;
+        while (is_digit(Peek(count))) ++count;
+        return count;
+    }
+
+    /// `count` digits that are known to stand there.
+    int Number(std::size_t count) {
+        int value = 0;
+        for (std::size_t i = 0; i < count; ++i) value = value * 10 + (m_rest[i] - '0');
+        Skip(count);
+        return value;
+    }
+
+    std::string_view Word() {
+        std::size_t length = 0;
+        while (length < m_rest.size() && is_letter(m_rest[length])) ++length;
+        const std::string_view word = m_rest.substr(0, length);
+        Skip(length);
+        return word;
+    }
+
+    bool TakeWord(std::string_view word) {
+        if (!platform::EqualNoCase(m_rest.substr(0, word.size()), word) || is_letter(Peek(word.size()))) return false;
+        Skip(word.size());
+        return true;
+    }
+
+private:
+    std::string_view m_rest;
+};
+
+std::optional<std::int64_t> days_of(int year, int month, int day) {
+    if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1) return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+                                           std::chrono::day(static_cast<unsigned>(day))};
+    if (!date.ok()) return std::nullopt;
+    return std::chrono::sys_days(date).time_since_epoch().count();
+}
+
+std::optional<std::int64_t> days_of_year(int year, int day) {
+    const auto first = days_of(year, 1, 1);
+    const bool leap = std::chrono::year(year).is_leap();
+    if (!first || day < 1 || day > (leap ? 366 : 365)) return std::nullopt;
+    return *first + day - 1;
+}
+
+int whole_year(int number, std::size_t digits) {
+    if (digits > 2) return number;
+    return number < 70 ? 2000 + number : 1900 + number;
+}
+
+/// A number of a date and the count of its digits.
+struct Part {
+    int Value;
+    std::size_t Digits;
+};
+
+/// Three numbers in an order; the year has two or four digits, the others one or two.
+std::optional<std::int64_t> days_in_order(const std::array<Part, 3>& parts, DateOrder order) {
+    const std::size_t year = order == DateOrder::kYearMonthDay ? 0 : 2;
+    const std::size_t month = order == DateOrder::kMonthDayYear ? 0 : 1;
+    const std::size_t day = 3 - year - month;
+    if (parts[year].Digits != 2 && parts[year].Digits != 4) return std::nullopt;
+    if (parts[month].Digits > 2 || parts[day].Digits > 2) return std::nullopt;
+    return days_of(whole_year(parts[year].Value, parts[year].Digits), parts[month].Value, parts[day].Value);
+}
+
+/// Months by the first letters of their names in the languages of many tables; the longest match counts.
+struct MonthName {
+    std::string_view Start;
+    int Month;
+};
+constexpr std::array<MonthName, 58> kMonths = {{{"jan", 1},
+                                                {"ene", 1},
+                                                {"gen", 1},
+                                                {"sty", 1},
+                                                {"janv", 1},
+                                                {"feb", 2},
+                                                {"fev", 2},
+                                                {"f\xC3\xA9v", 2},
+                                                {"f\xE9v", 2},
+                                                {"lut", 2},
+                                                {"mar", 3},
+                                                {"m\xC3\xA4r", 3},
+                                                {"m\xE4r", 3},
+                                                {"mrz", 3},
+                                                {"mrt", 3},
+                                                {"maa", 3},
+                                                {"maerz", 3},
+                                                {"apr", 4},
+                                                {"avr", 4},
+                                                {"abr", 4},
+                                                {"kwi", 4},
+                                                {"may", 5},
+                                                {"mai", 5},
+                                                {"mei", 5},
+                                                {"maj", 5},
+                                                {"mag", 5},
+                                                {"jun", 6},
+                                                {"juin", 6},
+                                                {"giu", 6},
+                                                {"cze", 6},
+                                                {"jul", 7},
+                                                {"juil", 7},
+                                                {"lug", 7},
+                                                {"lip", 7},
+                                                {"aug", 8},
+                                                {"aou", 8},
+                                                {"ao\xC3\xBB", 8},
+                                                {"ao\xFB", 8},
+                                                {"ago", 8},
+                                                {"sie", 8},
+                                                {"sep", 9},
+                                                {"set", 9},
+                                                {"wrz", 9},
+                                                {"oct", 10},
+                                                {"okt", 10},
+                                                {"out", 10},
+                                                {"ott", 10},
+                                                {"pa\xC5\xBA", 10},
+                                                {"nov", 11},
+                                                {"lis", 11},
+                                                {"dec", 12},
+                                                {"dez", 12},
+                                                {"dic", 12},
+                                                {"d\xC3\xA9"
+                                                 "c",
+                                                 12},
+                                                {"d\xE9"
+                                                 "c",
+                                                 12},
+                                                {"gru", 12},
+                                                {"des", 12},
+                                                {"sept", 9}}};
+
+bool starts_no_case(std::string_view text, std::string_view start) {
+    return platform::EqualNoCase(text.substr(0, start.size()), start);
+}
+
+std::optional<int> month_named(std::string_view word) {
+    for (const MonthName& name : kMonths)
+        if (starts_no_case(word, name.Start)) return name.Month;
+    return std::nullopt;
+}
+
+bool is_weekday(std::string_view word) {
+    constexpr std::array<std::string_view, 7> kDays = {"mon", "tue", "wed", "thu", "fri", "sat", "sun"};
+    return std::any_of(kDays.begin(), kDays.end(), [&](std::string_view day) { return starts_no_case(word, day); });
+}
+
+void skip_weekday(Scanner& scanner) {
+    Scanner ahead = scanner;
+    if (!is_weekday(ahead.Word())) return;
+    while (ahead.TakeAny(",. ")) continue;
+    scanner = ahead;
+}
+
+/// Digits without separators: 20180509, 2018129, 180509.
+std::optional<std::int64_t> take_packed_date(Scanner& scanner, std::size_t digits, DateOrder order) {
+    if (digits == 7) {
+        const int year = scanner.Number(4);
+        return days_of_year(year, scanner.Number(3));
+    }
+    std::array<Part, 3> parts{};
+    const bool yearFirst = digits == 8 || order == DateOrder::kYearMonthDay;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t width = digits == 8 && i == 0 ? 4 : 2;
+        parts[i] = {scanner.Number(width), width};
+    }
+    return days_in_order(parts, yearFirst ? DateOrder::kYearMonthDay : order);
+}
+
+/// A part of a date and the separator behind it.
+std::optional<Part> take_part(Scanner& scanner) {
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits == 0 || digits > 4) return std::nullopt;
+    return Part{scanner.Number(digits), digits};
+}
+
+void skip_separators(Scanner& scanner) {
+    while (scanner.TakeAny("-/., ")) continue;
+}
+
+/// Day, month by name and year, the first of them taken already.
+std::optional<std::int64_t> take_named_month(Scanner& scanner, const Part& first) {
+    const auto month = month_named(scanner.Word());
+    skip_separators(scanner);
+    const auto last = take_part(scanner);
+    if (!month || !last) return std::nullopt;
+    const bool yearFirst = first.Digits == 4;
+    const Part& year = yearFirst ? first : *last;
+    const Part& day = yearFirst ? *last : first;
+    if (day.Digits > 2 || (year.Digits != 2 && year.Digits != 4)) return std::nullopt;
+    return days_of(whole_year(year.Value, year.Digits), *month, day.Value);
+}
+
+/// "Feb 13, 2009".
+std::optional<std::int64_t> take_date_after_month(Scanner& scanner) {
+    const auto month = month_named(scanner.Word());
+    skip_separators(scanner);
+    const auto day = take_part(scanner);
+    skip_separators(scanner);
+    const auto year = take_part(scanner);
+    if (!month || !day || !year || day->Digits > 2 || (year->Digits != 2 && year->Digits != 4)) return std::nullopt;
+    return days_of(whole_year(year->Value, year->Digits), *month, day->Value);
+}
+
+/// Three numbers with a separator between them, or the year and its day.
+struct NumericDate {
+    std::array<Part, 3> Parts{};
+    char Separator = '\0';
+    bool IsYearAndDay = false;
+};
+
+std::optional<NumericDate> take_numeric_date(Scanner& scanner, const Part& first) {
+    NumericDate date;
+    date.Separator = scanner.Peek();
+    scanner.Skip(1);
+    scanner.SkipBlanks();
+    const auto second = take_part(scanner);
+    if (!second) return std::nullopt;
+    date.Parts = {first, *second, {}};
+    date.IsYearAndDay = first.Digits == 4 && second->Digits == 3;
+    if (date.IsYearAndDay) return date;
+    if (!scanner.Take(date.Separator)) return std::nullopt;
+    scanner.SkipBlanks();
+    const auto third = take_part(scanner);
+    if (!third) return std::nullopt;
+    date.Parts[2] = *third;
+    return date;
+}
+
+/// The order that the text itself shows.
+std::optional<DateOrder> plain_order(const NumericDate& date) {
+    if (date.Parts[0].Digits == 4) return DateOrder::kYearMonthDay;
+    if (date.Separator == '.') return DateOrder::kDayMonthYear;
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> take_date(Scanner& scanner, DateOrder order) {
+    skip_weekday(scanner);
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits == 0) return take_date_after_month(scanner);
+    if (digits >= 6 && digits <= 8) return take_packed_date(scanner, digits, order);
+    const auto first = take_part(scanner);
+    if (!first) return std::nullopt;
+    Scanner ahead = scanner;
+    skip_separators(ahead);
+    if (is_letter(ahead.Peek()) && ahead.Peek() != 'T') {
+        scanner = ahead;
+        return take_named_month(scanner, *first);
+    }
+    if (std::string_view("-/.").find(scanner.Peek()) == std::string_view::npos) return std::nullopt;
+    const auto date = take_numeric_date(scanner, *first);
+    if (!date) return std::nullopt;
+    if (date->IsYearAndDay) return days_of_year(date->Parts[0].Value, date->Parts[1].Value);
+    return days_in_order(date->Parts, plain_order(*date).value_or(order));
+}
+
+/// Hour 1 to 12 with its half of the day.
+std::optional<int> hour_of_half(Scanner& scanner, int hour) {
+    Scanner ahead = scanner;
+    ahead.SkipBlanks();
+    const bool after = platform::EqualNoCase(ahead.Rest().substr(0, 1), "p");
+    const bool before = platform::EqualNoCase(ahead.Rest().substr(0, 1), "a");
+    if (!after && !before) return hour;
+    ahead.Skip(1);
+    ahead.Take('.');
+    if (!ahead.TakeAny("mM")) return hour;
+    ahead.Take('.');
+    if (hour < 1 || hour > 12) return std::nullopt;
+    scanner = ahead;
+    return hour % 12 + (after ? 12 : 0);
+}
+
+/// Seconds and what is left of one.
+std::optional<int> take_seconds(Scanner& scanner) {
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits < 1 || digits > 2) return std::nullopt;
+    const int seconds = scanner.Number(digits);
+    Scanner ahead = scanner;
+    if (ahead.TakeAny(".,") && ahead.DigitsAhead() > 0) {
+        ahead.Skip(ahead.DigitsAhead());
+        scanner = ahead;
+    }
+    return seconds;
+}
+
+struct TimeOfDay {
+    int Hour = 0;
+    int Minute = 0;
+    int Second = 0;
+};
+
+/// 1459, 145905 or 145905.25: digits alone, three of them with the hour in one.
+std::optional<TimeOfDay> take_packed_time(Scanner& scanner, std::size_t digits) {
+    TimeOfDay time;
+    time.Hour = scanner.Number(digits % 2 == 1 ? 1 : 2);
+    time.Minute = scanner.Number(2);
+    if (digits < 5) return time;
+    const auto seconds = take_seconds(scanner);
+    if (!seconds) return std::nullopt;
+    time.Second = *seconds;
+    return time;
+}
+
+std::optional<TimeOfDay> take_parted_time(Scanner& scanner) {
+    TimeOfDay time;
+    time.Hour = scanner.Number(scanner.DigitsAhead());
+    const char mark = scanner.Peek();
+    scanner.Skip(1);
+    const bool hourMark = mark == 'h' || mark == 'H';
+    const std::size_t digits = scanner.DigitsAhead();
+    if (hourMark && digits == 0) return time;
+    if (digits < 1 || digits > 2) return std::nullopt;
+    time.Minute = scanner.Number(digits);
+    const bool more = hourMark ? scanner.TakeAny("m:") && scanner.DigitsAhead() > 0 : scanner.Take(mark);
+    if (!more) return time;
+    const auto seconds = take_seconds(scanner);
+    if (!seconds) return std::nullopt;
+    if (hourMark) scanner.TakeAny("s");
+    time.Second = *seconds;
+    return time;
+}
+
+/// Seconds since midnight.
+std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits == 0 || digits > 6) return std::nullopt;
+    const char mark = scanner.Peek(digits);
+    const bool parted = digits <= 2 && (mark == ':' || mark == '.' || mark == 'h' || mark == 'H');
+    std::optional<TimeOfDay> time;
+    if (parted) {
+        time = take_parted_time(scanner);
+    } else if (digits >= 3) {
+        time = take_packed_time(scanner, digits);
+    } else {
+        time = TimeOfDay{scanner.Number(digits), 0, 0};
+        const std::size_t before = scanner.Rest().size();
+        const auto hour = hour_of_half(scanner, time->Hour);
+        if (!hour || scanner.Rest().size() == before) return std::nullopt;  // "5" alone is no time, "5 pm" is
+        time->Hour = *hour;
+        return time->Hour * 3600;
+    }
+    if (!time) return std::nullopt;
+    const auto hour = hour_of_half(scanner, time->Hour);
+    if (!hour || time->Minute > 59 || time->Second > 60) return std::nullopt;
+    if (*hour > 24 || (*hour == 24 && (time->Minute > 0 || time->Second > 0))) return std::nullopt;
+    return *hour * 3600 + time->Minute * 60 + time->Second;
+}
+
+struct Zone {
+    bool Given = false;
+    std::int64_t Seconds = 0;  ///< east of UTC
+};
+
+/// Offset after a sign: +02:00, +0200, +02, +2.
+std::optional<Zone> take_signed_offset(Scanner& scanner) {
+    const bool west = scanner.Peek() == '-';
+    if (!scanner.TakeAny("+-")) return std::nullopt;
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits == 0 || digits == 3 || digits > 4) return std::nullopt;
+    const int hours = scanner.Number(std::min<std::size_t>(digits, 2));
+    int minutes = 0;
+    const bool colon = scanner.Take(':');
+    if (colon && scanner.DigitsAhead() != 2) return std::nullopt;
+    if (colon || digits == 4) minutes = scanner.Number(2);
+    if (hours > 18 || minutes > 59) return std::nullopt;
+    const std::int64_t seconds = hours * 3600 + minutes * 60;
+    return Zone{true, west ? -seconds : seconds};
+}
+
+/// The zone at the front, or none given.
+std::optional<Zone> take_zone(Scanner& scanner) {
+    scanner.SkipBlanks();
+    if (scanner.TakeWord("Z")) return Zone{true, 0};
+    for (const std::string_view name : {"UTC", "GMT"}) {
+        if (!scanner.TakeWord(name)) continue;
+        scanner.SkipBlanks();
+        if (scanner.Peek() == '+' || scanner.Peek() == '-') return take_signed_offset(scanner);
+        return Zone{true, 0};
+    }
+    if (scanner.Peek() == '+' || scanner.Peek() == '-') return take_signed_offset(scanner);
+    return Zone{};
+}
+
+/// What stands between a date and a time of day.
+bool take_joint(Scanner& scanner) {
+    if (scanner.Peek() == 'T' || scanner.Peek() == 't' || scanner.Peek() == '_') {
+        scanner.Skip(1);
+        return true;
+    }
+    bool any = false;
+    while (scanner.TakeAny(" ,")) any = true;
+    return any;
+}
+
+bool at_end(Scanner& scanner) {
+    scanner.SkipBlanks();
+    return scanner.AtEnd() || scanner.Peek() == '/';
+}
+
+std::optional<TimeText> calendar_time(std::string_view text, DateOrder order) {
+    Scanner scanner(text);
+    // 201805091459 and 20180509145905 are a date and a time of day.
+    const std::size_t packed = scanner.DigitsAhead();
+    const bool joined = packed == 12 || packed == 14;
+    Scanner date(joined ? text.substr(0, 8) : text);
+    const auto days = take_date(date, order);
+    if (!days || (joined && !date.AtEnd())) return std::nullopt;
+    TimeText time{*days * kSecondsPerDay, false, false};
+    if (joined) {
+        scanner.Skip(8);
+    } else {
+        scanner = date;
+        if (at_end(scanner)) return time;
+        scanner = date;
+        if (!take_joint(scanner)) return std::nullopt;
+    }
+    const auto ofDay = take_time_of_day(scanner);
+    if (!ofDay) return std::nullopt;
+    const auto zone = take_zone(scanner);
+    if (!zone || !at_end(scanner)) return std::nullopt;
+    return TimeText{time.Seconds + *ofDay - zone->Seconds, zone->Given, true};
+}
+
+std::optional<TimeText> number_time(std::string_view text, const TimeFormat& format) {
+    const auto number = number_from_text(text);
+    if (!number) return std::nullopt;
+    constexpr double kDaysTo1970 = 25569.0;  // from 1899-12-30
+    double seconds = *number;
+    if (format.Kind == TimeKind::kEpochMillis) seconds /= 1e3;
+    if (format.Kind == TimeKind::kEpochMicros) seconds /= 1e6;
+    const bool sheet = format.Kind == TimeKind::kSheetDays;
+    // A day number has some 11 decimals: the nearest thousandth of a second is what the sheet showed.
+    if (sheet) seconds = std::round((*number - kDaysTo1970) * 86400.0 * 1000.0) / 1000.0;
+    if (!(std::abs(seconds) < 2.5e11)) return std::nullopt;
+    return TimeText{static_cast<std::int64_t>(std::floor(seconds)), !sheet, true};
+}
+
+}  // namespace
+
+std::optional<DateOrder> date_order_from(std::string_view text) {
+    if (platform::EqualNoCase(text, "dmy")) return DateOrder::kDayMonthYear;
+    if (platform::EqualNoCase(text, "mdy")) return DateOrder::kMonthDayYear;
+    if (platform::EqualNoCase(text, "ymd")) return DateOrder::kYearMonthDay;
+    return std::nullopt;
+}
+
+std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& format) {
+    const std::string_view trimmed = platform::Trim(text);
+    return format.Kind == TimeKind::kCalendar ? calendar_time(trimmed, format.Order) : number_time(trimmed, format);
+}
+
+std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {
+    Scanner scanner(platform::Trim(text));
+    const auto seconds = take_time_of_day(scanner);
+    if (!seconds || !scanner.AtEnd()) return std::nullopt;
+    return seconds;
+}
+
+unsigned possible_orders(std::string_view text) {
+    constexpr unsigned kAny = 7;
+    Scanner scanner(platform::Trim(text));
+    skip_weekday(scanner);
+    std::array<Part, 3> parts{};
+    const std::size_t digits = scanner.DigitsAhead();
+    if (digits == 6) {
+        for (Part& part : parts) part = {scanner.Number(2), 2};
+    } else {
+        const auto first = take_part(scanner);
+        if (!first || std::string_view("-/").find(scanner.Peek()) == std::string_view::npos || scanner.AtEnd())
+            return kAny;
+        if (is_letter(scanner.Peek(1))) return kAny;
+        const auto date = take_numeric_date(scanner, *first);
+        if (!date || date->IsYearAndDay || plain_order(*date)) return kAny;
+        parts = date->Parts;
+    }
+    unsigned possible = 0;
+    for (const DateOrder order : {DateOrder::kDayMonthYear, DateOrder::kMonthDayYear, DateOrder::kYearMonthDay})
+        if (days_in_order(parts, order)) possible |= 1U << static_cast<unsigned>(order);
+    return possible;
+}
+
+}  // namespace wxl::tracking

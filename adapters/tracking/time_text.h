@@ -1,0 +1,56 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wxl::tracking {
+
+/// The order of day, month and year in a date of three numbers.
+enum class DateOrder { kDayMonthYear, kMonthDayYear, kYearMonthDay };
+
+/// "dmy", "mdy" or "ymd" in any case.
+std::optional<DateOrder> date_order_from(std::string_view text);
+
+/// What a column of times holds.
+enum class TimeKind {
+    kCalendar,      ///< dates as people write them
+    kEpochSeconds,  ///< since 1970-01-01 UTC, fractions allowed
+    kEpochMillis,
+    kEpochMicros,
+    kSheetDays  ///< day numbers of spreadsheets: days since 1899-12-30, fractions are times of day
+};
+
+/// How the texts of a column are read.
+struct TimeFormat {
+    TimeKind Kind = TimeKind::kCalendar;
+    DateOrder Order = DateOrder::kDayMonthYear;
+};
+
+/// A time as it stands in a cell.
+struct TimeText {
+    std::int64_t Seconds = 0;  ///< since 1970-01-01 00:00:00, by the clock of the text or in UTC
+    bool IsUtc = false;        ///< an offset, a "Z" or the kind made it UTC; else it is a time of some clock
+    bool HasTimeOfDay = false;
+
+    friend bool operator==(const TimeText&, const TimeText&) = default;
+};
+
+/// Whole seconds of a time, fractions cut off towards the past; nothing when the text is none.
+///
+/// Dates: 2018-05-09, 2018/5/9, 2018.05.09, 20180509, 2018-129 and 2018129 (day of the year), 180509; three numbers in
+/// the order of the format, unless a year of four digits stands first or points part them (then the day stands first);
+/// months by name ("13-Feb-2009", "Feb 13, 2009", in English, German, French, Spanish, ...); years of two digits are
+/// 1970 to 2069; a day of the week before the date is skipped. Times of day: 14:59, 14:59:05.25, 14h59, 1459, 145905,
+/// 2:59 pm. Then an offset ("+02:00", "+0200", "UTC+2"), "Z", "UTC" or "GMT". Of a range ("2018-05-09/2018-05-11") the
+/// start counts.
+std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& format);
+
+/// Seconds since midnight of a time of day alone, fractions cut off; nothing when the text is none.
+std::optional<std::int64_t> time_of_day_from_text(std::string_view text);
+
+/// Which orders a date of three numbers can have: bit 1 << order for each that gives a day of the calendar. 7 for a
+/// text whose order is plain or that is no such date: it decides nothing.
+unsigned possible_orders(std::string_view text);
+
+}  // namespace wxl::tracking

@@ -1,0 +1,41 @@
+#pragma once
+#include "adapters/tracking/layer_writer.h"
+#include "apps/cli/fix_import.h"
+
+namespace wxl::cli {
+
+/// The table of imported fixes as a layer holds it: animal, (individual, subset,) Time2, Date, Time1, then the other
+/// columns.
+class FixRows {
+public:
+    FixRows(ImportedFixes& fixes, tracking::LayerFormat format);
+
+    const std::vector<platform::Field>& Fields() const { return m_fields; }
+
+    /// Other columns whose names had to change: "old" became "new".
+    std::vector<std::string> Renamed() const;
+
+    /// Texts that are cut, because the format holds 254 bytes at most; known when all rows are put.
+    std::int64_t Cut() const { return m_cut; }
+
+    void PutAll(tracking::ILayerWriter& writer);
+
+private:
+    void AddOwnFields();
+    void AddOtherFields();
+    platform::Field FieldOf(const tracking::OtherColumn& column) const;
+    void SetOwnValues(std::size_t i);
+    void SetOtherValues(const tracking::TrackingFix& fix);
+
+    ImportedFixes& m_fixes;
+    tracking::LayerFormat m_format;
+    bool m_hasTimes;
+    std::vector<platform::Field> m_fields;
+    std::vector<std::string> m_wantedNames;
+    std::size_t m_own = 0;
+    std::vector<platform::FieldValue> m_values;
+    std::vector<platform::FieldValue> m_others;
+    std::int64_t m_cut = 0;
+};
+
+}  // namespace wxl::cli

@@ -1,0 +1,1 @@
+wxl_test(test_adapter_files_projection SOURCES test_projection.cpp DEPENDS wxl_adapter_files_projection)

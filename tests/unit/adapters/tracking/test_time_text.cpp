@@ -1,0 +1,125 @@
+#include "adapters/tracking/time_text.h"
+#include "tracking_times/timestamps.h"
+
+#include <gtest/gtest.h>
+
+namespace wxl::tracking {
+namespace {
+
+constexpr TimeFormat kDmy{TimeKind::kCalendar, DateOrder::kDayMonthYear};
+constexpr TimeFormat kMdy{TimeKind::kCalendar, DateOrder::kMonthDayYear};
+constexpr TimeFormat kYmd{TimeKind::kCalendar, DateOrder::kYearMonthDay};
+
+// 2018-05-09 is day 17,660 after 1970-01-01; 14:59:05 is second 53,945 of the day.
+constexpr std::int64_t kDay = 17660LL * 86400;
+constexpr std::int64_t kMinute = kDay + 53940;
+constexpr std::int64_t kMoment = kDay + 53945;
+
+std::int64_t seconds(std::string_view text, const TimeFormat& format = kDmy) {
+    return time_from_text(text, format).value_or(TimeText{-1, false, false}).Seconds;
+}
+
+TEST(TimeText, Dates_with_the_year_first_need_no_order) {
+    for (const TimeFormat& format : {kDmy, kMdy, kYmd})
+        for (const char* text :
+             {"2018-05-09 14:59:05", "2018/5/9 14:59:05", "2018.05.09 14:59:05", "2018-05-09T14:59:05.999Z",
+              "20180509145905", "20180509 145905", "20180509T145905Z", "2018-129 14:59:05", "2018129 145905",
+              "2018-May-09 14:59:05", " 2018-05-09 14:59:05 UTC "})
+            EXPECT_EQ(seconds(text, format), kMoment) << text;
+}
+
+TEST(TimeText, Three_numbers_follow_the_order_but_points_have_the_day_first) {
+    EXPECT_EQ(seconds("9/5/2018 14:59", kDmy), kMinute);
+    EXPECT_EQ(seconds("5/9/2018 14:59", kMdy), kMinute);
+    EXPECT_EQ(seconds("05-09-18 14:59", kMdy), kMinute);
+    EXPECT_EQ(seconds("18-05-09 14:59", kYmd), kMinute);
+    EXPECT_EQ(seconds("180509", kYmd), kDay);
+    EXPECT_EQ(seconds("090518", kDmy), kDay);
+    EXPECT_EQ(seconds("9.5.2018 14:59", kMdy), kMinute);
+    EXPECT_EQ(seconds("09.05.18 14.59", kYmd), kMinute);
+}
+
+TEST(TimeText, Months_by_name) {
+    for (const char* text : {"9-May-2018 14:59", "09 May 2018, 14:59", "May 9, 2018 14:59", "Wed May 9 2018 14:59",
+                             "9. Mai 2018 14:59", "9-mai-18 14:59", "Wednesday, 9 May 2018 14:59"})
+        EXPECT_EQ(seconds(text), kMinute) << text;
+    EXPECT_EQ(seconds("9-M\xC3\xA4r-2018"), tracking_times::seconds_from_timestamp("2018-03-09"));
+    EXPECT_EQ(seconds("9 ao\xC3\xBBt 2018"), tracking_times::seconds_from_timestamp("2018-08-09"));
+    EXPECT_EQ(seconds("9-dic-2018"), tracking_times::seconds_from_timestamp("2018-12-09"));
+}
+
+TEST(TimeText, Times_of_day) {
+    EXPECT_EQ(time_of_day_from_text("14:59:05"), 53945);
+    EXPECT_EQ(time_of_day_from_text("14:59:05.9"), 53945);
+    EXPECT_EQ(time_of_day_from_text("2:59:05 PM"), 53945);
+    EXPECT_EQ(time_of_day_from_text("2:59:05 p.m."), 53945);
+    EXPECT_EQ(time_of_day_from_text("12:45 am"), 2700);
+    EXPECT_EQ(time_of_day_from_text("12:45 PM"), 45900);
+    EXPECT_EQ(time_of_day_from_text("08h00"), 28800);
+    EXPECT_EQ(time_of_day_from_text("8h"), 28800);
+    EXPECT_EQ(time_of_day_from_text("8h30m15s"), 30615);
+    EXPECT_EQ(time_of_day_from_text("1459"), 53940);
+    EXPECT_EQ(time_of_day_from_text("905"), 32700);
+    EXPECT_EQ(time_of_day_from_text("145905"), 53945);
+    EXPECT_EQ(time_of_day_from_text("24:00"), 86400);
+    for (const char* text : {"", "5", "25:00", "14:60", "13:00 PM", "0:30 AM", "14:59:61", "noon", "24:01", "1:2:3:4"})
+        EXPECT_EQ(time_of_day_from_text(text), std::nullopt) << text;
+}
+
+TEST(TimeText, Offsets_lead_to_utc) {
+    for (const char* text : {"2018-05-09T16:59:05+02:00", "2018-05-09 16:59:05 +0200", "2018-05-09 16:59:05+02",
+                             "2018-05-09 16:59:05 UTC+2", "2018-05-09 11:59:05 GMT-03:00", "2018-05-09 14:59:05 GMT"}) {
+        EXPECT_EQ(seconds(text), kMoment) << text;
+        EXPECT_TRUE(time_from_text(text, kDmy)->IsUtc) << text;
+    }
+    EXPECT_FALSE(time_from_text("2018-05-09 14:59:05", kDmy)->IsUtc);
+    EXPECT_FALSE(time_from_text("2018-05-09", kDmy)->HasTimeOfDay);
+}
+
+TEST(TimeText, Numbers_of_seconds_and_days) {
+    EXPECT_EQ(seconds("1525877945.9", {TimeKind::kEpochSeconds, {}}), kMoment);
+    EXPECT_EQ(seconds("1525877945999", {TimeKind::kEpochMillis, {}}), kMoment);
+    EXPECT_EQ(seconds("1525877945999999", {TimeKind::kEpochMicros, {}}), kMoment);
+    EXPECT_EQ(seconds("43229.6243634259", {TimeKind::kSheetDays, {}}), kMoment);
+    EXPECT_EQ(seconds("43229,75", {TimeKind::kSheetDays, {}}), kDay + 64800);
+}
+
+TEST(TimeText, Years_of_two_digits_are_1970_to_2069) {
+    EXPECT_EQ(seconds("1/1/70"), 0);
+    EXPECT_EQ(seconds("1/1/69"), tracking_times::seconds_from_timestamp("2069-01-01"));
+    EXPECT_EQ(seconds("930701", kYmd), tracking_times::seconds_from_timestamp("1993-07-01"));
+}
+
+TEST(TimeText, Anything_else_is_none) {
+    for (const char* text :
+         {"", "week 20", "2018-05", "2018-02-30", "31/4/2018", "13/13/2018", "2018-05-09 25:00", "2018-366",
+          "2018-05-09 14:59 CEST", "2018-05-09x", "12345", "9-Foo-2018", "1/2/345", "2018-05-09 14:59 +25:00"})
+        EXPECT_FALSE(time_from_text(text, kDmy)) << text;
+}
+
+TEST(TimeText, Possible_orders_of_dates) {
+    const auto bit = [](DateOrder order) { return 1U << static_cast<unsigned>(order); };
+    const unsigned dmy = bit(DateOrder::kDayMonthYear);
+    const unsigned mdy = bit(DateOrder::kMonthDayYear);
+    const unsigned ymd = bit(DateOrder::kYearMonthDay);
+    EXPECT_EQ(possible_orders("03/04/2020 12:00"), dmy | mdy);
+    EXPECT_EQ(possible_orders("13/04/2020"), dmy);
+    EXPECT_EQ(possible_orders("04-13-2020"), mdy);
+    EXPECT_EQ(possible_orders("13/13/2020"), 0U);
+    EXPECT_EQ(possible_orders("930701"), ymd);
+    EXPECT_EQ(possible_orders("09-05-30"), dmy | mdy | ymd);
+    EXPECT_EQ(possible_orders("09-05-00"), dmy | mdy);
+    for (const char* plain : {"2020-03-04", "03.04.2020", "3-Apr-2020", "20200304", "week 20", ""})
+        EXPECT_EQ(possible_orders(plain), 7U) << plain;
+}
+
+/// Every text that the strict reader of data bases takes means the same here.
+TEST(TimeText, Agrees_with_timestamps_of_data_bases) {
+    for (const char* text :
+         {"2018-05-09", "2018-05-09 14:59", "2018-05-09T14:59:05.000Z", "1969-12-31 23:59:59", "2018-05-09/2018-05-11",
+          "2016-02-29 24:00", "0001-01-01", "9999-12-31", "2018-05-09T23:59:60Z"})
+        EXPECT_EQ(seconds(text), tracking_times::seconds_from_timestamp(text)) << text;
+}
+
+}  // namespace
+}  // namespace wxl::tracking

@@ -1,0 +1,524 @@
+#include "adapters/tracking/tracking_file.h"
+#include "platform/runtime_error.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace wxl::tracking {
+namespace {
+
+Tracking read(const std::string& text, const ReadOptions& options = {}) {
+    Tracking tracking(options);
+    tracking.Add(std::make_unique<std::istringstream>(text), "f.csv", "f");
+    tracking.Sort();
+    return tracking;
+}
+
+ReadOptions columns(const std::string& id, const std::string& x, const std::string& y, const std::string& time) {
+    ReadOptions options;
+    options.Columns.Id = id;
+    options.Columns.X = x;
+    options.Columns.Y = y;
+    options.Columns.Time = time;
+    return options;
+}
+
+/// What is found of a file of one.
+FileFacts facts_of(const std::string& text, const ReadOptions& options = {}) {
+    return read(text, options).Files.at(0);
+}
+
+std::string refusal(const std::string& text, const ReadOptions& options = {}) {
+    try {
+        read(text, options);
+    } catch (const platform::RuntimeError& error) {
+        return error.Description;
+    }
+    return "";
+}
+
+TEST(TrackingFile, Movebank_file_is_read) {
+    const Tracking t = read(
+        "event-id,visible,timestamp,location-long,location-lat,import-marked-outlier,tag-local-identifier,"
+        "individual-local-identifier\n"
+        "1,true,2018-05-09 14:59:05.000,6.5815293,53.0082323,false,\"5642\",\"5515851\"\n");
+    ASSERT_EQ(t.Fixes.size(), 1U);
+    EXPECT_EQ(t.Animals, (std::vector<std::string>{"5515851"}));
+    EXPECT_EQ(t.Fixes[0].X, 6.5815293);
+    EXPECT_EQ(t.Fixes[0].Y, 53.0082323);
+    EXPECT_EQ(t.Fixes[0].Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(t.Fixes[0].Line, 2U);
+    EXPECT_EQ(t.Files.at(0).Id, "individual-local-identifier");
+    EXPECT_EQ(t.Files.at(0).X, "location-long");
+    EXPECT_EQ(t.Files.at(0).Y, "location-lat");
+    EXPECT_EQ(t.Files.at(0).Time, std::vector<std::string>{"timestamp"});
+}
+
+struct Names {
+    const char* Id;
+    const char* X;
+    const char* Y;
+    const char* Time;
+};
+
+class ColumnNames : public testing::TestWithParam<Names> {};
+
+TEST_P(ColumnNames, Are_found) {
+    const Names& n = GetParam();
+    ReadOptions options;
+    options.Unit =
+        std::string(n.X).find("asting") != std::string::npos ? PositionUnit::kLengths : PositionUnit::kUnknown;
+    const Tracking t =
+        read(std::string(n.Time) + "," + n.Y + "," + n.X + ",other," + n.Id + "\n2018-05-09,2,1,z,w\n", options);
+    EXPECT_EQ(t.Files.at(0).Id, n.Id);
+    EXPECT_EQ(t.Files.at(0).X, n.X);
+    EXPECT_EQ(t.Files.at(0).Y, n.Y);
+    EXPECT_EQ(t.Files.at(0).Time, std::vector<std::string>{n.Time});
+    EXPECT_EQ(t.Fixes.at(0).X, 1.0);
+    EXPECT_EQ(t.Fixes.at(0).Y, 2.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    TrackingFile, ColumnNames,
+    testing::Values(Names{"individual-local-identifier", "location-long", "location-lat", "timestamp"},
+                    Names{"individual.local.identifier", "location.long", "location.lat", "timestamp"},
+                    Names{"individual_local_identifier", "location_long", "location_lat", "timestamp"},
+                    Names{"tag-local-identifier", "location-long", "location-lat", "timestamp"},
+                    Names{"organismID", "decimalLongitude", "decimalLatitude", "eventDate"},
+                    Names{"individualID", "decimalLongitude", "decimalLatitude", "eventDate"},
+                    Names{"Animal", "Longitude", "Latitude", "DateTime"}, Names{"ID", "X", "Y", "Date"},
+                    Names{"animal_id", "lon", "lat", "date"}, Names{"name", "Long", "Lat", "Time"},
+                    Names{"id", "Easting", "Northing", "date_time"},
+                    Names{"id", "utm-easting", "utm-northing", "time"}));
+
+TEST(TrackingFile, Animal_goes_before_tag_and_tag_before_row_number) {
+    EXPECT_EQ(facts_of("id,tag-local-identifier,x,y\n1,T,0,0\n").Id, "tag-local-identifier");
+    EXPECT_EQ(read("tag-local-identifier,individual-local-identifier,x,y\nT,A,0,0\n").Files.at(0).Id,
+              "individual-local-identifier");
+}
+
+TEST(TrackingFile, Columns_can_be_named_in_any_case) {
+    const Tracking t = read("id,x,y,lon,lat,seen,timestamp,Collar\n1,9,9,3,4,2018-05-09,2000-01-01,c7\n",
+                            columns("COLLAR", "LON", "Lat", "seen"));
+    EXPECT_EQ(t.Animals, (std::vector<std::string>{"c7"}));
+    EXPECT_EQ(t.Fixes.at(0).X, 3.0);
+    EXPECT_EQ(t.Fixes.at(0).Y, 4.0);
+    EXPECT_EQ(t.Fixes.at(0).Seconds, 17660LL * 86400);
+    EXPECT_EQ(t.Files.at(0).Id, "Collar");
+}
+
+TEST(TrackingFile, Rows_that_are_no_fix_are_counted_by_their_first_reason) {
+    const Tracking t = read(
+        "id,x,y,visible,import-marked-outlier,manually-marked-outlier,algorithm-marked-outlier\n"
+        "a,1,1,true,false,false,false\n"
+        "a,1,1,FALSE,true,false,false\n"
+        "a,1,1,true,true,false,false\n"
+        "a,1,1,true,,TRUE,\n"
+        "a,,1,true,,,true\n"
+        "a,,1,true,,,\n"
+        "a,1,NaN,true,,,\n"
+        "a,NA,NA,true,,,\n"
+        ",1,1,true,,,\n"
+        "NA,1,1,,,,\n"
+        "a,2,2,,,,\n");
+    EXPECT_EQ(t.Rejected.Of(Reason::kNotVisible), 1);
+    EXPECT_EQ(t.Rejected.Of(Reason::kOutlier), 3);
+    EXPECT_EQ(t.Rejected.Of(Reason::kNoPosition), 3);
+    EXPECT_EQ(t.Rejected.Of(Reason::kNoAnimal), 2);
+    EXPECT_EQ(t.Fixes.size(), 2U);
+}
+
+TEST(TrackingFile, Fixes_stand_by_animal_and_time_with_the_timeless_last) {
+    const Tracking t = read(
+        "id,x,y,timestamp\n"
+        "b,1,0,2018-05-09\n"
+        "a,2,0,\n"
+        "a,3,0,2018-05-10\n"
+        "10,4,0,2018-05-09\n"
+        "a,5,0,2018-05-09\n"
+        "9,6,0,2018-05-09\n"
+        "a,7,0,2018-05-09\n"
+        "a,8,0,NA\n");
+    EXPECT_EQ(t.Animals, (std::vector<std::string>{"10", "9", "a", "b"}));
+    std::vector<double> x;
+    for (const TrackingFix& fix : t.Fixes) x.push_back(fix.X);
+    EXPECT_EQ(x, (std::vector<double>{4, 6, 5, 7, 3, 2, 8, 1}));
+    EXPECT_EQ(t.Files.at(0).WithoutTime, 2);
+    EXPECT_FALSE(t.Fixes[5].HasTime());
+}
+
+TEST(TrackingFile, File_without_times_is_read) {
+    const Tracking t = read("id,x,y\na,1,2\n");
+    EXPECT_TRUE(t.Files.at(0).Time.empty());
+    EXPECT_EQ(t.Fixes.size(), 1U);
+}
+
+TEST(TrackingFile, Times_can_be_left_aside) {
+    ReadOptions options;
+    options.Columns.NoTime = true;
+    const Tracking t = read("id,x,y,time\na,1,2,week 20\n", options);
+    EXPECT_FALSE(t.Fixes.at(0).HasTime());
+    EXPECT_EQ(t.Others.at(0).Name, "time");
+}
+
+TEST(TrackingFile, Date_and_time_of_day_in_two_columns_are_joined) {
+    const Tracking t =
+        read("id,x,y,Date,Time\na,1,2,2018-05-09,14:59:05\na,1,2,2018-05-09 10:00,14:59:05\na,1,2,2018-05-10,\n");
+    EXPECT_EQ(t.Fixes.at(0).Seconds, 17660LL * 86400 + 36000);
+    EXPECT_EQ(t.Fixes.at(1).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(t.Fixes.at(2).Seconds, 17661LL * 86400);
+}
+
+using Names_ = std::vector<std::string>;
+
+TEST(TrackingFile, Columns_of_the_time_are_told) {
+    EXPECT_EQ(facts_of("id,x,y,Date,Time\na,1,2,2018-05-09,14:59:05\n").Time, (Names_{"Date", "Time"}));
+    EXPECT_EQ(facts_of("id,x,y,Date,Time\na,1,2,2018-05-09 14:59,14:59:05\n").Time, Names_{"Date"});
+    EXPECT_EQ(facts_of("id,x,y,Date\na,1,2,2018-05-09\n").Time, Names_{"Date"});
+    EXPECT_EQ(facts_of("id,x,y,Datum,Uhrzeit\na,1,2,9.5.2018,14:59\n").Time, (Names_{"Datum", "Uhrzeit"}));
+    EXPECT_EQ(facts_of("id,x,y,a,b\na,1,2,9.5.2018,14:59\n", columns("", "", "", "a,b")).Time, (Names_{"a", "b"}));
+}
+
+TEST(TrackingFile, Times_of_collars_are_found_and_utc_goes_before_local_time) {
+    const Tracking t =
+        read("id,x,y,LMT_Date,LMT_Time,UTC_Date,UTC_Time\na,1,2,09.05.2018,16:59:05,09.05.2018,14:59:05\n");
+    EXPECT_EQ(t.Files.at(0).Time, (Names_{"UTC_Date", "UTC_Time"}));
+    EXPECT_EQ(t.Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    const Tracking local = read("id,x,y,LMT_Time,LMT_Date\na,1,2,16:59:05,2018-05-09\n");
+    EXPECT_EQ(local.Files.at(0).Time, (Names_{"LMT_Date", "LMT_Time"}));
+    EXPECT_TRUE(local.Files.at(0).TimeIsLocal);
+    EXPECT_EQ(local.Fixes.at(0).Seconds, 17660LL * 86400 + 53945 + 7200);
+    for (const char* name :
+         {"GMT Time", "Fix Time", "UTC_DateTime", "Acquisition Time", "t_", "eventDate", "Zeitstempel"}) {
+        const Tracking whole = read(std::string("id,x,y,") + name + "\na,1,2,2018-05-09 14:59:05\n");
+        EXPECT_EQ(whole.Files.at(0).Time, Names_{name});
+        EXPECT_EQ(whole.Fixes.at(0).Seconds, 17660LL * 86400 + 53945) << name;
+    }
+    // The second column holds the date, too.
+    EXPECT_EQ(read("id,x,y,Date,Fix Time\na,1,2,2018-05-09,2018-05-09 14:59:05\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 53945);
+    EXPECT_EQ(read("id,x,y,UTC_Date,UTC_Time,LMT_Date,LMT_Time\na,1,2,2018-05-09,14:59:05,2018-05-10,16:59:05\n",
+                   columns("", "", "", "LMT_Date"))
+                  .Fixes.at(0)
+                  .Seconds,
+              17661LL * 86400 + 53945 + 7200);
+}
+
+TEST(TrackingFile, Time_of_the_fix_goes_before_other_times) {
+    EXPECT_EQ(facts_of("id,x,y,start-timestamp,timestamp-of-fix\na,1,2,2018-05-09 14:00,2018-05-09 14:01\n").Time,
+              Names_{"timestamp-of-fix"});
+    EXPECT_EQ(facts_of("id,x,y,Receive Time,Acquisition Start Time,Acquisition Time\n"
+                       "a,1,2,2018-05-09 14:02,2018-05-09 14:00,2018-05-09 14:01\n")
+                  .Time,
+              Names_{"Acquisition Time"});
+    EXPECT_EQ(facts_of("id,x,y,deploy-on-date,when it was\na,1,2,2018-05-09 14:02,2018-05-09 14:00\n").Time,
+              Names_{"when it was"});
+}
+
+TEST(TrackingFile, Year_month_and_day_in_columns_of_their_own_are_joined) {
+    EXPECT_EQ(read("id,x,y,year,month,day,hour,minute\na,1,2,2018,5,9,14,5\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 14 * 3600 + 300);
+    EXPECT_EQ(read("id,x,y,year,month,day,hour\na,1,2,2018,5,9,14\n").Fixes.at(0).Seconds, 17660LL * 86400 + 14 * 3600);
+    // 31 + 28 + 31 + 30 + 9 = 129
+    EXPECT_EQ(read("id,x,y,year,doy\na,1,2,2018,129\n").Fixes.at(0).Seconds, 17660LL * 86400);
+    EXPECT_EQ(read("id,x,y,YearDay,Time\na,1,2,2018129,0905\n").Fixes.at(0).Seconds, 17660LL * 86400 + 9 * 3600 + 300);
+}
+
+TEST(TrackingFile, Numbers_of_times_are_told_by_their_size) {
+    EXPECT_EQ(read("id,x,y,unixtime\na,1,2,1525877945\n").Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(read("id,x,y,unixtime\na,1,2,1525877945999\n").Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    // 25,569 days from 1899-12-30 to 1970-01-01; 0.75 of a day is 18:00.
+    EXPECT_EQ(read("id,x,y,Date\na,1,2,43229.75\n").Fixes.at(0).Seconds, 17660LL * 86400 + 64800);
+    EXPECT_EQ(read("id,x,y,Date,Time\na,1,2,43229,0.75\n").Fixes.at(0).Seconds, 17660LL * 86400 + 64800);
+}
+
+TEST(TrackingFile, Order_of_day_and_month_is_decided_by_the_whole_column) {
+    const std::string start = "id,x,y,date\na,1,2,03/04/2020\na,1,2,04/04/2020\n";
+    EXPECT_EQ(read(start + "a,1,2,13/04/2020\n").Files.at(0).Order, DateOrder::kDayMonthYear);
+    EXPECT_EQ(read(start + "a,1,2,04/13/2020\n").Files.at(0).Order, DateOrder::kMonthDayYear);
+    EXPECT_EQ(
+        refusal(start),
+        "f.csv: no row decides whether day or month comes first in dates like \"03/04/2020\" (column \"date\"); say "
+        "it by --date-order dmy|mdy|ymd");
+    ReadOptions told;
+    told.Order = DateOrder::kMonthDayYear;
+    // 2020-03-04 is day 18,325: 50 years of 365 days, 12 leap days, 31 + 29 + 3 days.
+    EXPECT_EQ(read(start, told).Fixes.at(0).Seconds, 18325LL * 86400);
+    EXPECT_FALSE(read("id,x,y,date\na,1,2,03.04.2020\n").Files.at(0).Order);
+}
+
+TEST(TrackingFile, Row_that_decides_may_be_the_last_of_many) {
+    std::string text = "id,x,y,date\n";
+    for (int i = 0; i < 3000; ++i) text += "a,1,2,03/04/2020\n";
+    EXPECT_EQ(read(text + "a,1,2,05/31/2020\n").Files.at(0).Order, DateOrder::kMonthDayYear);
+}
+
+// Summer time began on 2019-03-31 at 2:00 and ended on 2019-10-27 at 3:00.
+TEST(TrackingFile, Local_times_become_utc_and_changes_of_the_clock_are_counted) {
+    ReadOptions options;
+    options.Zone = std::make_shared<TimeZone>("Europe/Berlin");
+    const Tracking t = read(
+        "id,x,y,time\na,1,2,2019-03-31 01:59\na,1,2,2019-03-31 02:30\na,1,2,2019-03-31 03:00\na,1,2,2019-10-27 02:30\n"
+        "a,1,2,2019-10-27 02:30+01:00\n",
+        options);
+    std::vector<std::int64_t> hours;
+    for (const TrackingFix& fix : t.Fixes) hours.push_back((fix.Seconds % 86400 + 60) / 1800);
+    EXPECT_EQ(hours, (std::vector<std::int64_t>{2, 2, 3, 1, 3}));  // half hours of UTC: 0:59, 1:00, 1:30, 0:30, 1:30
+    EXPECT_EQ(t.Files.at(0).ClockNever, 1);
+    EXPECT_EQ(t.Files.at(0).ClockTwice, 1);
+    const Tracking utc = read("id,x,y,UTC_time\na,1,2,2019-06-01 12:00\n", options);
+    EXPECT_EQ(utc.Fixes.at(0).Seconds % 86400, 43200);
+    EXPECT_TRUE(utc.Files.at(0).TimeIsUtc);
+}
+
+TEST(TrackingFile, A_number_beside_the_name_of_an_animal_is_mentioned) {
+    EXPECT_EQ(facts_of("id,name,x,y\n1,Rex,0,0\n").OtherId, "id");
+    EXPECT_EQ(facts_of("id,name,x,y\n1,Rex,0,0\n", columns("name", "", "", "")).OtherId, "");
+    EXPECT_EQ(facts_of("id,tag-local-identifier,x,y\n1,T,0,0\n").OtherId, "");
+    EXPECT_EQ(facts_of("name,x,y\nRex,0,0\n").OtherId, "");
+}
+
+TEST(TrackingFile, Number_of_each_row_is_no_animal) {
+    const std::string rows = "1,w1,1,2\n2,w1,1,2\n3,w1,1,2\n4,w2,1,2\n5,w2,1,2\n";
+    EXPECT_EQ(facts_of("id,wolf,x,y\n" + rows).Id, "wolf");
+    EXPECT_EQ(facts_of("id,fix,x,y\n" + rows).Id, "");
+}
+
+TEST(TrackingFile, File_without_an_animal_is_one_animal) {
+    EXPECT_EQ(read("foo,x,y\na,1,2\nb,1,2\n").Animals, Names_{"f"});
+    ReadOptions options;
+    options.Animal = "Bear 44";
+    EXPECT_EQ(read("x,y\n1,2\n", options).Animals, Names_{"Bear 44"});
+    EXPECT_EQ(read("id,x,y\na,1,2\nb,1,2\n", options).Animals, Names_{"Bear 44"});
+}
+
+TEST(TrackingFile, Several_files_are_read_as_one) {
+    Tracking t({});
+    t.Add(std::make_unique<std::istringstream>("x,y,a\n1,2,5\n"), "one.csv", "one");
+    t.Add(std::make_unique<std::istringstream>("id;x;y;b;a\nzwei;1,5;2;t;6\n"), "two.csv", "two");
+    t.Sort();
+    EXPECT_EQ(t.Animals, (Names_{"one", "zwei"}));
+    ASSERT_EQ(t.Others.size(), 2U);
+    std::vector<platform::FieldValue> values;
+    t.ReadRow(t.Fixes.at(1), values);
+    EXPECT_EQ(values, (std::vector<platform::FieldValue>{std::int64_t{6}, "t"}));
+    t.ReadRow(t.Fixes.at(0), values);
+    EXPECT_EQ(values, (std::vector<platform::FieldValue>{std::int64_t{5}, platform::FieldValue{}}));
+    EXPECT_EQ(t.PlaceOf(t.Fixes.at(1)), "two.csv, line 2");
+}
+
+TEST(TrackingFile, Other_columns_have_types) {
+    Tracking t = read(
+        "id;x;y;whole;number;code;text;none\n"
+        "a;1;2;5;1,5;007;t;\n"
+        "a;1;2;-12;NA;12;;\n");
+    ASSERT_EQ(t.Others.size(), 5U);
+    std::vector<platform::FieldType> types;
+    for (const OtherColumn& other : t.Others) types.push_back(other.Type.Type());
+    using platform::FieldType;
+    EXPECT_EQ(types, (std::vector<FieldType>{FieldType::kInteger, FieldType::kDouble, FieldType::kText,
+                                             FieldType::kText, FieldType::kText}));
+    std::vector<platform::FieldValue> values;
+    t.ReadRow(t.Fixes.at(0), values);
+    EXPECT_EQ(values, (std::vector<platform::FieldValue>{std::int64_t{5}, 1.5, "007", "t", platform::FieldValue{}}));
+    t.ReadRow(t.Fixes.at(1), values);
+    EXPECT_EQ(values, (std::vector<platform::FieldValue>{std::int64_t{-12}, platform::FieldValue{}, "12",
+                                                         platform::FieldValue{}, platform::FieldValue{}}));
+}
+
+TEST(TrackingFile, A_line_that_names_the_separator_is_no_header) {
+    const Tracking t = read("sep=;\r\nid;x;y\r\na;6,5;53\r\n");
+    EXPECT_EQ(t.Fixes.at(0).X, 6.5);
+    EXPECT_EQ(t.Fixes.at(0).Line, 3U);
+}
+
+TEST(TrackingFile, Positions_of_every_notation) {
+    const auto place = [](const std::string& text) {
+        const TrackingFix fix = read(text).Fixes.at(0);
+        return std::pair(fix.X, fix.Y);
+    };
+    using Place = std::pair<double, double>;
+    EXPECT_EQ(place("id,lat,long\na,\"33° 30' 00.0\"\" S\",\"70° 15' W\"\n"), (Place{-70.25, -33.5}));
+    EXPECT_EQ(place("id,lat,ns,lon,ew\na,33.5,S,70.25,W\n"), (Place{-70.25, -33.5}));
+    EXPECT_EQ(place("id,LatS,LonW\na,33.5,70.25\n"), (Place{-70.25, -33.5}));
+    EXPECT_EQ(place("id;Länge;Breite\na;10,5;50,25\n"), (Place{10.5, 50.25}));
+    EXPECT_EQ(place("id,lat2,lon2,lat1,lon1\na,1,2,3,4\n"), (Place{4.0, 3.0}));
+    EXPECT_EQ(place("id,Iridium Latitude,Iridium Longitude,GPS Latitude,GPS Longitude\na,1,2,3,4\n"),
+              (Place{4.0, 3.0}));
+    EXPECT_EQ(place("id,x_,y_\na,4,3\n"), (Place{4.0, 3.0}));
+    EXPECT_EQ(place("id,x,y,lon,lat\na,500000,4000000,4,3\n"), (Place{4.0, 3.0}));
+}
+
+TEST(TrackingFile, Positions_are_found_by_content_where_one_column_can_be_no_latitude) {
+    const Tracking t = read("who,p,q\na,45.1234,-109.9876\nb,45.1235,-109.9877\n");
+    EXPECT_TRUE(t.Files.at(0).PositionByContent);
+    EXPECT_EQ(t.Fixes.at(0).X, -109.9876);
+}
+
+TEST(TrackingFile, Table_without_a_header_has_numbered_columns) {
+    const Tracking t = read("a,2018-05-09 14:59:05,-109.9876,45.1234\nb,2018-05-09 15:59:05,-109.9877,45.1235\n");
+    EXPECT_TRUE(t.Files.at(0).HeaderMissing);
+    EXPECT_EQ(t.Files.at(0).X, "column 3");
+    EXPECT_EQ(t.Files.at(0).Time, Names_{"column 2"});
+    EXPECT_EQ(t.Fixes.size(), 2U);
+}
+
+TEST(TrackingFile, Utm_zones_of_rows_become_degrees) {
+    // The middle of zone 32 is 9 E; 500,000 m east is on it, on the equator.
+    const Tracking t = read("id,Zone,Easting,Northing\na,32N,500000,0\na,33N,500000,0\n");
+    EXPECT_NEAR(t.Fixes.at(0).X, 9.0, 1e-9);
+    EXPECT_NEAR(t.Fixes.at(1).X, 15.0, 1e-9);
+    EXPECT_NEAR(t.Fixes.at(0).Y, 0.0, 1e-9);
+    EXPECT_EQ(t.Files.at(0).Zone, "Zone");
+    const Tracking south = read("id,Zone,Easting,Northing\na,32S,500000,10000000\n");
+    EXPECT_NEAR(south.Fixes.at(0).Y, 0.0, 1e-9);
+    EXPECT_NE(refusal("id,Zone,Easting,Northing\na,32,500000,0\n").find("--from-crs"), std::string::npos);
+}
+
+TEST(TrackingFile, Longitudes_to_360_become_west) {
+    const Tracking t = read("id,lon,lat\na,181,2\na,180,2\na,359.5,2\n");
+    EXPECT_EQ(t.Fixes.at(0).X, -179.0);
+    EXPECT_EQ(t.Fixes.at(1).X, 180.0);
+    EXPECT_EQ(t.Fixes.at(2).X, -0.5);
+    EXPECT_EQ(t.Files.at(0).Over180, 2);
+}
+
+TEST(TrackingFile, Placeholders_and_zeros_without_satellites_are_no_positions) {
+    const Tracking t = read(
+        "id,lon,lat,sats,fix status\n"
+        "a,-999,-999,4,3D\na,-9999.0,-9999.0,4,3D\na,0,0,0,3D\na,0,0,4,No "
+        "Fix\na,NULL,NULL,4,3D\na,0,0,4,3D\na,5,6,4,3D\n");
+    EXPECT_EQ(t.Rejected.Of(Reason::kNoPosition), 5);
+    EXPECT_EQ(t.Fixes.size(), 2U);
+    ReadOptions metres;
+    metres.Unit = PositionUnit::kLengths;
+    EXPECT_EQ(read("id,x,y\na,-999,5\n", metres).Fixes.size(), 1U);
+}
+
+TEST(TrackingFile, Filters_keep_what_equals_the_limit) {
+    ReadOptions dop;
+    dop.Columns.MaxDop = true;
+    dop.MaxDop = 3.0;
+    const Tracking t = read("id;x;y;DOP\na;1;2;3,0\na;1;2;3,1\na;1;2;\n", dop);
+    EXPECT_EQ(t.Fixes.size(), 2U);
+    EXPECT_EQ(t.Rejected.Of(Reason::kDop), 1);
+    EXPECT_EQ(t.Files.at(0).WithoutDop, 1);
+    ReadOptions argos;
+    argos.Columns.ArgosClass = true;
+    argos.ArgosClasses = {"3", "A"};
+    EXPECT_EQ(read("id,x,y,lc\na,1,2,3\na,1,2,a\na,1,2,B\na,1,2,\n", argos).Fixes.size(), 2U);
+    EXPECT_NE(refusal("id,x,y\na,1,2\n", argos).find("--argos-class"), std::string::npos);
+}
+
+TEST(TrackingFile, Bad_rows_are_left_out_and_told_while_they_are_few) {
+    std::string text = "id,x,y,time\n";
+    for (int i = 0; i < 20; ++i) text += "a,1,2,2018-05-09\n";
+    text += "a,1\na,oops,2,2018-05-09\na,1,2,soon\na,1,99,2018-05-09\n";
+    Tracking t({});
+    std::vector<std::string> told;
+    t.Rejected.SetListener([&](const RejectedRow& row) {
+        told.push_back(row.File + ":" + std::to_string(row.Line) + ":" + std::string(reason_name(row.Why)) + ":" +
+                       row.Column + ":" + row.Value);
+    });
+    t.Add(std::make_unique<std::istringstream>(text), "f.csv", "f");
+    EXPECT_EQ(told, (Names_{"f.csv:22:cells::", "f.csv:23:position:x:oops", "f.csv:24:time:time:soon",
+                            "f.csv:25:position:x, y:1, 99"}));
+    EXPECT_EQ(t.Fixes.size(), 20U);
+    EXPECT_EQ(t.Rejected.Unreadable(), 4);
+}
+
+TEST(TrackingFile, Rows_of_nothing_count_as_nothing) {
+    const Tracking t = read("id\tx\ty\na\t1\t2\n\t\t\n---\t---\t---\na\t1\t2\n");
+    EXPECT_EQ(t.Fixes.size(), 2U);
+    EXPECT_EQ(t.Rows, 2);
+    EXPECT_EQ(t.Rejected.Total(), 0);
+}
+
+TEST(TrackingFile, Names_of_rows_and_separators_at_the_ends_of_lines_do_not_shift_columns) {
+    EXPECT_EQ(read("id x y\n1 a 5 6\n2 a 7 8\n").Fixes.at(0).X, 5.0);
+    EXPECT_EQ(read("id;x;y\na;5;6;\na;7;8;\n").Fixes.at(0).X, 5.0);
+    EXPECT_EQ(read("id,x,y,note,more\na,5,6,n\na,7,8,n,m\n").Fixes.size(), 2U);
+}
+
+TEST(TrackingFile, Windows_1252_and_utf8_names_become_utf8) {
+    EXPECT_EQ(read("id,x,y\nBj\xF6rn,1,2\n").Animals, (std::vector<std::string>{"Bj\xC3\xB6rn"}));
+    EXPECT_EQ(read("id,x,y\nBj\xC3\xB6rn,1,2\n").Animals, (std::vector<std::string>{"Bj\xC3\xB6rn"}));
+    EXPECT_EQ(read("\xEF\xBB\xBFid,x,y\nw,1,2\n").Files.at(0).Id, "id");
+}
+
+TEST(TrackingFile, Decimal_comma_is_read_where_cells_are_not_separated_by_commas) {
+    const Tracking t = read("id;x;y\na;6,58;53.5\n");
+    EXPECT_EQ(t.Fixes.at(0).X, 6.58);
+    EXPECT_EQ(t.Fixes.at(0).Y, 53.5);
+}
+
+TEST(TrackingFile, Numbers_have_signs_and_exponents) {
+    const Tracking t = read("id,x,y\na,+1.5e2,-2\n");
+    EXPECT_EQ(t.Fixes.at(0).X, 150.0);
+    EXPECT_EQ(t.Fixes.at(0).Y, -2.0);
+}
+
+TEST(TrackingFile, Same_name_in_two_animals_stays_one_and_spellings_stay_apart) {
+    EXPECT_EQ(read("id,x,y\n007,1,2\n7,1,2\n007,1,2\nA,1,2\na,1,2\n").Animals,
+              (std::vector<std::string>{"007", "7", "A", "a"}));
+}
+
+TEST(TrackingFile, Bad_files_are_refused_with_file_line_and_advice) {
+    EXPECT_EQ(refusal(""), "f.csv is empty: it needs a header row and one row per fix");
+    EXPECT_EQ(
+        refusal("id,x,latitude\na,1,2\n"),
+        "f.csv, line 1: no two columns look like the position of a fix; give them by --x COLUMN --y COLUMN, if the "
+        "table holds fixes; the columns are: id, x, latitude");
+    EXPECT_EQ(refusal("id,x,y\na,1,2\n", columns("wolf", "", "", "")),
+              "f.csv, line 1: there is no column \"wolf\" for --id; the columns are: id, x, y");
+    EXPECT_EQ(refusal("id,x,y\na,1,2\na,1\n"),
+              "f.csv, line 3: 2 cells where the header has 3; correct the row, or delete it");
+    EXPECT_EQ(refusal("id,x,y\na,1,2\na,1,2,3\n"),
+              "f.csv, line 3: 4 cells where the header has 3; correct the row, or delete it");
+    EXPECT_EQ(refusal("id,x,y\na,1,2 m\n"),
+              "f.csv, line 2: \"2 m\" in column \"y\" is not a coordinate; correct it, or empty the cell");
+    EXPECT_EQ(refusal("id,x,y\na,inf,2\n"),
+              "f.csv, line 2: \"inf\" in column \"x\" is not a coordinate; correct it, or empty the cell");
+    EXPECT_EQ(
+        refusal("id,x,y\na,1e999,2\na,1e999,2\n"),
+        "f.csv, line 2: \"1e999\" in column \"x\" is not a coordinate; correct it, or empty the cell (2 of 2 rows "
+        "are like it)");
+    EXPECT_EQ(
+        refusal("id,x,y,timestamp\na,1,2,week 20\n"),
+        "f.csv, line 2: \"week 20\" in column \"timestamp\" is no time that can be read; name the column of times by "
+        "--time COLUMN, empty the cell to keep the fix without a time, or import without times by --no-time");
+    EXPECT_EQ(refusal("id x\n"),
+              "f.csv, line 1: no two columns look like the position of a fix; give them by --x COLUMN "
+              "--y COLUMN, if the table holds fixes; the columns are: id, x");
+    EXPECT_EQ(
+        refusal("header\na\n"),
+        "f.csv, line 1: the header is in one piece: \"header\"; separate the columns by commas, semicolons or tabs");
+    EXPECT_EQ(
+        refusal("id,x,y\n" + std::string(255, 'n') + ",1,2\n"),
+        "f.csv, line 2: the animal's name in column \"id\" is longer than 254 bytes; shorten it, or choose another "
+        "column by --id");
+    EXPECT_EQ(
+        refusal("animal,x,y\nw,45.9,-109.9\nw,45.9,-109.8\n"),
+        "f.csv: column \"y\" holds latitudes beyond 90 degrees, as if longitude and latitude were swapped; if they "
+        "are, give --x \"y\" --y \"x\"");
+    EXPECT_EQ(refusal("animal,x,y\nw,512345.5,6000000\nw,512346.5,6000001\n"),
+              "f.csv, line 2: the position 512345.5, 6000000 is not in degrees (2 of 2 positions are not); name the "
+              "coordinate system by --from-crs EPSG:n");
+    EXPECT_EQ(
+        refusal("animal,Easting,Northing\nw,12.5,60\n"),
+        "f.csv: the columns \"Easting\" and \"Northing\" are in metres, of a coordinate system that the file does not "
+        "tell; name it by --from-crs EPSG:n");
+    EXPECT_NE(refusal("tag-id,animal-id,deploy-on-latitude,deploy-on-longitude\n1,a,51.40123,9.63101\n").find("--x"),
+              std::string::npos);
+}
+
+TEST(TrackingFile, Cells_in_messages_are_short_and_harmless) {
+    EXPECT_EQ(refusal("id,x,y\na,1,\x1B[2J" + std::string(60, '9') + "\n"),
+              "f.csv, line 2: \"?[2J" + std::string(36, '9') +
+                  "...\" in column \"y\" is not a coordinate; correct it, or empty the cell");
+}
+
+}  // namespace
+}  // namespace wxl::tracking
