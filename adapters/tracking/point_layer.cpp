@@ -1,7 +1,7 @@
 #include "adapters/tracking/point_layer.h"
 
 #include "adapters/files/gdal_support.h"
-#include "adapters/files/source_rules.h"
+#include "adapters/files/database_check.h"
 #include "adapters/tracking/text_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -42,10 +42,10 @@ bool is_workbook(GDALDataset& dataset) {
 
 GdalDatasetPtr open_dataset(const fs::path& file) {
     files::RegisterGdal();
+    if (files::is_database(file)) files::CheckDatabase(file);
     const GdalErrors errors;
     GdalDatasetPtr dataset(GDALDataset::Open(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, kDrivers.data()));
     if (!dataset) errors.RaiseReading(file);
-    if (is_driver(*dataset, "GPKG")) files::CheckTables(*dataset, file);
     return dataset;
 }
 

@@ -1,9 +1,9 @@
 #include "apps/cli/layer_output.h"
 
 #include "adapters/files/disk_file_system.h"
-#include "adapters/files/shapefile_workspace.h"
 #include "apps/cli/console.h"
 #include "apps/cli/shapefile_output.h"
+#include "platform/dataset_files.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 
@@ -69,8 +69,9 @@ void LayerOutput::Write(const std::vector<platform::Field>& fields, const platfo
 /// Side files first: without the file that was asked for, nobody takes them for a layer. Those of an old one go before.
 void LayerOutput::Publish(const fs::path& staging) const {
     files::DiskFileSystem disk;
-    if (m_format == tracking::LayerFormat::kShapefile && disk.FileExists(m_folder / m_file))
-        files::ShapefileWorkspace().Delete(m_folder, m_file.stem().string());
+    if (m_format == tracking::LayerFormat::kShapefile)
+        for (const fs::path& old : platform::FolderContents(disk, m_folder).Shapefile(m_file.stem().string()))
+            disk.DeleteFile(old, true);
     for (const std::string& name : disk.List(staging))
         if (name != m_file.string()) disk.Rename(staging / name, m_folder / name);
     disk.Rename(staging / m_file, m_folder / m_file);
