@@ -91,7 +91,7 @@ void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
     } catch (...) {
         const platform::RuntimeError fault = platform::CurrentError();
         kde_tool::tell_end(observers, kde_tool::RunOutcome::kFailed, *m_services.Messages);
-        throw fault;
+        throw platform::RuntimeError(fault);
     }
     kde_tool::tell_end(observers, kde_tool::RunOutcome::kComplete, *m_services.Messages);
     MarkMerge(0, true);

@@ -89,7 +89,7 @@ __attribute__((target("sha,sse4.1,ssse3"))) void add_blocks_by_instructions(Sha2
     for (; count > 0; --count, blocks += kSha256Block) {
         const __m128i abefBefore = abef;
         const __m128i cdghBefore = cdgh;
-        std::array<Four, 16> w;
+        std::array<Four, 16> w{};
         for (std::size_t i = 0; i < 4; ++i)
             w[i].Words = _mm_shuffle_epi8(_mm_loadu_si128(vectors(blocks) + i), bigEndian);
         for (std::size_t i = 4; i < 16; ++i) {

@@ -45,7 +45,7 @@ private:
 class PlannedStages final : public kde_tool::IRunStages {
 public:
     explicit PlannedStages(bool silent) : m_silent(silent) {}
-    void Stage(const std::string&) override {}
+    void Stage(const std::string& /*status*/) override {}
     bool Silent() const override { return m_silent; }
 
 private:
@@ -121,7 +121,7 @@ TaskOutcome TaskRun::Run(std::size_t number, bool again,
         const platform::RuntimeError fault = platform::CurrentError();
         write_json(*m_services.Files, m_batch.Failure(number),
                    {{"finished", now_of(m_services)}, {"fault", json_of_text(fault.Description)}});
-        throw fault;
+        throw platform::RuntimeError(fault);
     }
     return TaskOutcome::kDone;
 }

@@ -19,7 +19,7 @@ constexpr double kLargestExponent = 350.0;
 constexpr double kLeastUse = 0.6;
 
 std::size_t count_of(std::int32_t first, std::int32_t last) {
-    return static_cast<std::size_t>(last - first + 1);
+    return static_cast<std::size_t>(last - first) + 1;
 }
 
 /// Exponent of the kernel's factor at a cell centre.

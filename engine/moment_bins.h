@@ -1,6 +1,7 @@
 #pragma once
 #include "engine/vector_math.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -37,7 +38,7 @@ private:
     struct Filled {
         std::vector<double> Centre;
         std::vector<double> HalfWidth;
-        std::vector<double> Moments[kMomentOrders];
+        std::array<std::vector<double>, kMomentOrders> Moments;
     };
     void Collect() const;
 

@@ -99,8 +99,8 @@ void PointTransform::Transform(std::span<const platform::Point> points, WorkCloc
     std::fill_n(m_cells.get(), m_stride * m_box.Rows, 0.0);
     SpreadPoints(points, clock);
     auto* waves = reinterpret_cast<fftw_complex*>(m_cells.get());
-    const fftw_plan plan = fftw_plan_dft_r2c_2d(static_cast<int>(m_box.Rows), static_cast<int>(m_box.Columns),
-                                                m_cells.get(), waves, FFTW_ESTIMATE);
+    auto* const plan = fftw_plan_dft_r2c_2d(static_cast<int>(m_box.Rows), static_cast<int>(m_box.Columns),
+                                            m_cells.get(), waves, FFTW_ESTIMATE);
     if (plan == nullptr) platform::Raise(platform::error_number::kOutOfMemory);
     fftw_execute(plan);
     fftw_destroy_plan(plan);

@@ -99,7 +99,7 @@ constexpr double kLowestExponent = -708.0;
         const auto bin = static_cast<std::int64_t>(bits >> (52 - kBinBits));
         bins[i] = bin < lastBin ? bin : lastBin;
         // What the leading bits leave over, as a number in [1, 2).
-        const double rest = std::bit_cast<double>(((bits << kBinBits) & kFraction) | kOne);
+        const auto rest = std::bit_cast<double>(((bits << kBinBits) & kFraction) | kOne);
         offsets[i] = 2.0 * rest - 3.0;
     }
 }

@@ -6,7 +6,7 @@ namespace wxl::host {
 namespace {
 
 struct Entry {
-    const char* ProgID;
+    const char* ProgID = "";
     bool StartsGroup = false;
 };
 

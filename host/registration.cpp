@@ -86,6 +86,7 @@ std::vector<ItemDef> items_of(const Definition& definition) {
 
 std::vector<std::string> RegisteredProgIDs() {
     std::vector<std::string> progIds;
+    progIds.reserve(kRegistrations.size());
     for (const Registration& registration : kRegistrations) progIds.emplace_back(registration.ProgID);
     return progIds;
 }

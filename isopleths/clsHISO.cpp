@@ -7,6 +7,7 @@
 #include "platform/contour_step.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <span>
@@ -60,10 +61,7 @@ std::vector<std::optional<double>> areas_of(std::span<const Geometry> polygons, 
 }
 
 bool is_empty(const std::vector<std::vector<Ring>>& contours) {
-    for (const auto& rings : contours) {
-        if (!rings.empty()) return false;
-    }
-    return true;
+    return std::ranges::all_of(contours, [](const auto& rings) { return rings.empty(); });
 }
 
 }  // namespace

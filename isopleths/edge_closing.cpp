@@ -244,7 +244,7 @@ std::vector<Ring> closed_contours(std::vector<ContourLine> lines, double lowest,
     else if (edge.HighLessLow(0.0, edge.Length(), lowest) > 0.0)
         rings.push_back(edge.WholeEdge());
 
-    rings = simple_rings(std::move(rings));
+    rings = simple_rings(rings);
     std::erase_if(rings, [&](const Ring& ring) { return !encloses_something(ring, edge.CellSize()); });
     sort_by_area(rings);
     return rings;

@@ -9,7 +9,7 @@ namespace wxl::isopleths {
 namespace error_number = platform::error_number;
 using platform::ShapeType;
 
-void OutputClass::Insert(const platform::Geometry& shape, std::initializer_list<double> values) {
+void OutputClass::Insert(const platform::Geometry& shape, std::initializer_list<double> values) const {
     const std::vector<platform::FieldValue> row(values.begin(), values.end());
     Cursor->Insert(shape, row);
 }

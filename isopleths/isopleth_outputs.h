@@ -17,7 +17,7 @@ struct OutputClass {
     std::unique_ptr<platform::IInsertCursor> Cursor;
 
     explicit operator bool() const { return Class != nullptr; }
-    void Insert(const platform::Geometry& shape, std::initializer_list<double> values);
+    void Insert(const platform::Geometry& shape, std::initializer_list<double> values) const;
     void Flush();
 };
 

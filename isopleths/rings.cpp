@@ -173,9 +173,9 @@ double clockwise_area(std::span<const Point> ring) {
     return twice / 2.0;
 }
 
-std::vector<Ring> simple_rings(std::vector<Ring> rings) {
+std::vector<Ring> simple_rings(const std::vector<Ring>& rings) {
     std::vector<Ring> simple;
-    for (Ring& ring : rings) cut_apart(ring, simple);
+    for (const Ring& ring : rings) cut_apart(ring, simple);
     return simple;
 }
 

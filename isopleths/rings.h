@@ -17,7 +17,7 @@ double clockwise_area(std::span<const platform::Point> ring);
 
 /// Cuts closed lines apart where they come back to one of their vertices: the pieces are closed and touch nothing of
 /// themselves. What lies within an odd number of rings stays the same; a piece that only goes to and fro is left out.
-std::vector<Ring> simple_rings(std::vector<Ring> rings);
+std::vector<Ring> simple_rings(const std::vector<Ring>& rings);
 
 /// Sorts rings by descending area; rings of equal area from west to east, then from south to north. A ring then comes
 /// after every ring that it lies in.

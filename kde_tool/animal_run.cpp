@@ -142,8 +142,7 @@ void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
     calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
 }
 
-void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
-                                  double margin) const {
+void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin) {
     const auto grid = enlarged_grid(bounds_of(animal.Fixes), margin, calculator.GetCellSize());
     calculator.SetColumns(grid.Columns);
     calculator.SetRows(grid.Rows);

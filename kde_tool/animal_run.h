@@ -76,7 +76,7 @@ private:
     void MakeSubfolder(const std::string& subfolder) const;
     void Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const;
     void SetFullExtent(engine::clsKernelCalculator& calculator) const;
-    void SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin) const;
+    static void SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin);
     void ChooseBandwidth(engine::clsKernelCalculator& calculator, double value);
     void ShowWarnings(const AnimalRecord& record) const;
     std::shared_ptr<platform::IRasterDataset> ComputeRaster(const AnimalFixes& animal, std::size_t index,

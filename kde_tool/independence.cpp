@@ -1,5 +1,6 @@
 #include "kde_tool/independence.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -62,9 +63,7 @@ LagOneSums lag_one_sums(std::span<const Point> fixes) {
 /// Whether a coordinate differs between fixes. Asked exactly: the sum of squares of a constant other than 0 can be a
 /// rounding above 0.
 bool varies(std::span<const Point> fixes, double Point::*coordinate) {
-    for (const Point& fix : fixes)
-        if (fix.*coordinate != fixes.front().*coordinate) return true;
-    return false;
+    return std::ranges::any_of(fixes, [&](const Point& fix) { return fix.*coordinate != fixes.front().*coordinate; });
 }
 
 /// Not a number where the denominator has underflowed.

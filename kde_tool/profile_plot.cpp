@@ -13,7 +13,7 @@ namespace {
 /// A plot must not put message boxes in the way of the dialog: a fault shows as a missing curve.
 class NoMessages final : public platform::IMessages {
 public:
-    platform::Answer Show(const platform::MessageBox&) override { return platform::Answer::kOk; }
+    platform::Answer Show(const platform::MessageBox& /*box*/) override { return platform::Answer::kOk; }
 };
 
 std::optional<double> if_positive(double value) {

@@ -23,7 +23,7 @@ public:
 /// Keeps the lines instead of writing them.
 class CollectedReport final : public IReportSink {
 public:
-    void Open(const std::filesystem::path&) override {}
+    void Open(const std::filesystem::path& /*file*/) override {}
     void Write(const Lines& lines) override { Taken.insert(Taken.end(), lines.begin(), lines.end()); }
 
     Lines Taken;

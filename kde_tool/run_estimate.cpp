@@ -89,7 +89,7 @@ DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& ani
         frame.Inputs.Mode == ExtentMode::kMinimum ? enlarged_grid(bounds, radius, frame.CellSize) : frame.Shared;
     result.Grid.CellSize = frame.CellSize;
     const double cells = cells_of(result.Grid);
-    const double fixes = static_cast<double>(animal.Fixes.size());
+    const auto fixes = static_cast<double>(animal.Fixes.size());
     result.Megabytes = std::max(cells * kBytesPerCell / 1e6, search_megabytes(method, animal, bounds, href));
     const double kernel = fixes * reached_cells(result.Grid, radius) * kSecondsPerUpdate;
     result.Seconds = kSecondsPerDistribution + search_seconds(method, fixes) +

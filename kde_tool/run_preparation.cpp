@@ -153,7 +153,7 @@ RunPreparation::Outcome RunPreparation::Prepare() {
     return AgreeOnOverlaps();
 }
 
-void RunPreparation::Refuse(const std::string& text, const std::string& title) {
+void RunPreparation::Refuse(const std::string& text, const std::string& title) const {
     m_services.Messages->Show({.Text = text, .Title = title});
 }
 
@@ -221,7 +221,7 @@ bool RunPreparation::GroupAnimals() {
     return false;
 }
 
-void RunPreparation::WarnOfMissingIds() {
+void RunPreparation::WarnOfMissingIds() const {
     const std::int64_t count = m_animals.WithoutId;
     if (count == 0) return;
     const std::string& field = m_frame.Inputs.IdField;

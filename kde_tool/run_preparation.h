@@ -62,14 +62,14 @@ private:
     bool SettingsAreUsable();
     bool ParseLists();
     bool GroupAnimals();
-    void WarnOfMissingIds();
+    void WarnOfMissingIds() const;
     bool TakeFolder();
     bool NamesAreFree();
     void OpenReport();
     void WriteRecord();
     Outcome AgreeOnBuffer();
     Outcome AgreeOnOverlaps();
-    void Refuse(const std::string& text, const std::string& title = "Error");
+    void Refuse(const std::string& text, const std::string& title = "Error") const;
 
     frmKDE& m_form;
     const platform::Services& m_services;

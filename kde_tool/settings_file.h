@@ -8,7 +8,7 @@ namespace wxl::kde_tool {
 class frmKDE;
 
 /// Settings files larger than this are not read.
-inline constexpr std::uint64_t kSettingsFileLimit = 1024 * 1024;
+inline constexpr std::uint64_t kSettingsFileLimit = 1'048'576;
 
 /// The form's settings as the bytes of a settings file: Windows-1252, lines ended by CRLF. The point layer, the ID
 /// field, "selected features only" and the list of proportions are not part of it.

@@ -66,8 +66,8 @@ private:
         std::size_t operator()(const Cell& cell) const;
     };
     struct Entry {
-        std::size_t Row;
-        std::int64_t FID;
+        std::size_t Row = 0;
+        std::int64_t FID = 0;
         platform::Point Location;
     };
 

@@ -5,7 +5,7 @@ namespace wxl::movement {
 /// Sets a flag for as long as it lives.
 class FlagUp {
 public:
-    explicit FlagUp(bool& flag) : m_flag(flag) { m_flag = true; }
+    explicit FlagUp(bool& flag) : m_flag(flag) { flag = true; }
     ~FlagUp() { m_flag = false; }
     FlagUp(const FlagUp&) = delete;
     FlagUp& operator=(const FlagUp&) = delete;
