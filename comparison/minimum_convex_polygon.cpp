@@ -40,6 +40,7 @@ std::vector<Point> nearest(const std::vector<Point>& fixes, double percent) {
     if (percent >= 100.0) return fixes;
     const Point centre = centre_of(fixes);
     std::vector<double> distances;
+    distances.reserve(fixes.size());
     for (const Point& fix : fixes) distances.push_back(distance(fix, centre));
     std::vector<double> ascending = distances;
     std::sort(ascending.begin(), ascending.end());

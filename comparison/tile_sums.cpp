@@ -100,7 +100,7 @@ __attribute__((target("avx2"))) double squares_avx2(const float* mask, const flo
 constexpr TileMath kAvx2 = {.Agreement = agreement_avx2, .Squares = squares_avx2};
 
 const TileMath& fastest() {
-    static const bool kWide = __builtin_cpu_supports("avx2") != 0;
+    static const bool kWide = static_cast<int>(__builtin_cpu_supports("avx2")) != 0;
     return kWide ? kAvx2 : kPortable;
 }
 

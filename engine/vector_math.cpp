@@ -215,7 +215,7 @@ constexpr VectorMath kAvx2 = {.Exponentials = exponentials_avx2,
                               .Spread = spread_avx2};
 
 bool has_avx2() {
-    return __builtin_cpu_supports("avx2") != 0;
+    return static_cast<int>(__builtin_cpu_supports("avx2")) != 0;
 }
 
 #endif

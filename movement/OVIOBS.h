@@ -32,7 +32,8 @@ public:
     void SetAnimalField(std::string name) { m_animalField = std::move(name); }
 
     /// Makes sure, before anything is written, that columns which stand already hold every value: else a box
-    /// names the first that does not fit, and nothing changes. Off at first: values become what the column makes of them.
+    /// names the first that does not fit, and nothing changes. Off at first: values become what the column makes of
+    /// them.
     void SetChecksValuesFirst(bool value) { m_checksValuesFirst = value; }
 
     /// Checks the selected layer, asks, then adds the missing fields and fills all six.

@@ -114,7 +114,8 @@ std::optional<std::size_t> PointProjector::Project(std::span<Point> points) {
             way.X[i] = points[start + i].X;
             way.Y[i] = points[start + i].Y;
         }
-        way.Transformation->Transform(static_cast<TransformCount>(count), way.X.data(), way.Y.data(), nullptr, way.Done.data());
+        way.Transformation->Transform(static_cast<TransformCount>(count), way.X.data(), way.Y.data(), nullptr,
+                                      way.Done.data());
         for (std::size_t i = 0; i < count; ++i) {
             if (way.Done[i] == 0 || !std::isfinite(way.X[i]) || !std::isfinite(way.Y[i])) return start + i;
             points[start + i] = {way.X[i], way.Y[i]};

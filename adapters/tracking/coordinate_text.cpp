@@ -60,7 +60,8 @@ std::size_t mark_length(std::string_view text) {
                                                          "m",
                                                          "\xE2\x80\x98",
                                                          "\xE2\x80\x9C",
-                                                         "\x92", "s"};
+                                                         "\x92",
+                                                         "s"};
     for (const std::string_view mark : kMarks)
         if (text.starts_with(mark)) return mark.size();
     return 0;

@@ -3,8 +3,8 @@
 #include "adapters/files/disk_file_system.h"
 #include "adapters/files/shapefile_parts.h"
 #include "platform/file_system.h"
-#include "platform/runtime_error.h"
 #include "platform/foreign_cell.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -159,10 +159,10 @@ void KernelDensityAlgorithm::AddBandwidthParameters() {
     addParameter(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("ADAPTIVE"), QStringLiteral("Adaptive kernel"), false),
         "Wider kernels where fixes are sparse"));
-    addParameter(advanced(with_help(
-        new QgsProcessingParameterString(QStringLiteral("REACH"), QStringLiteral("Reach of the kernels"), QVariant(),
-                                         false, true),
-        "In bandwidths; four without it. \"whole\" reaches as far as the widest kernel does")));
+    addParameter(advanced(
+        with_help(new QgsProcessingParameterString(QStringLiteral("REACH"), QStringLiteral("Reach of the kernels"),
+                                                   QVariant(), false, true),
+                  "In bandwidths; four without it. \"whole\" reaches as far as the widest kernel does")));
     addParameter(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("RESCALE"), QStringLiteral("Rescale to unit variance"), false),
         "Divides x and y by their standard deviations before smoothing"));

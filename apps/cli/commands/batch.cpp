@@ -200,12 +200,12 @@ int run_batch_status(const BatchStatusOptions& options, Console& console) {
     const auto& [missing, running, failed, done] = list.Counts;
     if (options.Json) {
         console.Text(json_text(Json{{"planned", plan.Planned},
-                                      {"merged", merged},
-                                      {"done", done},
-                                      {"running", running},
-                                      {"failed", failed},
-                                      {"missing", missing},
-                                      {"tasks", list.Tasks}}));
+                                    {"merged", merged},
+                                    {"done", done},
+                                    {"running", running},
+                                    {"failed", failed},
+                                    {"missing", missing},
+                                    {"tasks", list.Tasks}}));
         return exit_code::kDone;
     }
     print_table(list.Table, console);

@@ -2,8 +2,8 @@
 
 #include "apps/cli/commands/overlap_output.h"
 #include "apps/cli/density_rasters.h"
-#include "apps/cli/percentages.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/percentages.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 

@@ -32,9 +32,8 @@ protected:
     std::shared_ptr<memory::MemoryDisk> disk = std::make_shared<memory::MemoryDisk>();
     memory::MemoryRasterWorkspace rasters{disk};
     memory::MemoryMessages messages;
-    clsKernelCalculator k{messages, [this](const auto& folder, const auto& definition) {
-                              return rasters.Create(folder, definition);
-                          }};
+    clsKernelCalculator k{
+        messages, [this](const auto& folder, const auto& definition) { return rasters.Create(folder, definition); }};
 };
 
 TEST_F(KernelRaster, Holds_the_grid_as_32_bit_floats_from_the_north) {
