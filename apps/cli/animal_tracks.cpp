@@ -64,11 +64,11 @@ std::string points_text(std::int64_t count) {
 constexpr std::array<const char*, 8> kTimeFields = {"Time2",     "timestamp", "time",     "datetime",
                                                     "date_time", "date time", "gmt_time", "utc_time"};
 
-bool needs_times(const FixOptions& options) {
+bool needs_times(const AnimalFixOptions& options) {
     return !options.Every.empty() || tracking_times::split_by_from(options.SplitBy).has_value();
 }
 
-std::string time_field_of(const FixOptions& options, platform::ITable& table, Times times) {
+std::string time_field_of(const AnimalFixOptions& options, platform::ITable& table, Times times) {
     if (!options.Time.empty()) return find_id_field(table, options.Time, options.Points.Input);
     if (times == Times::kNone && !needs_times(options)) return "";
     const std::string found = guess_time_field(table);
@@ -85,7 +85,7 @@ std::int64_t duration_of(const std::string& option, const std::string& text) {
     return *seconds;
 }
 
-std::optional<tracking_times::Thinning> thinning_of(const FixOptions& options) {
+std::optional<tracking_times::Thinning> thinning_of(const AnimalFixOptions& options) {
     if (options.Every.empty()) {
         if (!options.EveryTolerance.empty()) throw WrongCall("--every-tolerance needs --every");
         return std::nullopt;
@@ -96,7 +96,7 @@ std::optional<tracking_times::Thinning> thinning_of(const FixOptions& options) {
     return rule;
 }
 
-Choice choice_of(const FixOptions& options, files::FilesFeatureLayer& layer, Times times) {
+Choice choice_of(const AnimalFixOptions& options, files::FilesFeatureLayer& layer, Times times) {
     platform::ITable& table = layer.FeatureClass()->Table();
     Choice choice;
     choice.Thinning = thinning_of(options);
@@ -316,7 +316,7 @@ Json AnimalTrack::IdJson() const {
     return Key.empty() ? json_value(Id) : Json(Name());
 }
 
-void add_fix_options(CLI::App& command, FixOptions& options, bool idRequired) {
+void add_fix_options(CLI::App& command, AnimalFixOptions& options, bool idRequired) {
     add_measured_input_options(command, options.Points);
     CLI::Option* id =
         command.add_option("--id-field", options.IdField, "Field that names the animal")->type_name("FIELD");
@@ -347,7 +347,7 @@ void add_fix_options(CLI::App& command, FixOptions& options, bool idRequired) {
         ->capture_default_str();
 }
 
-AnimalTracks read_tracks(const FixOptions& options, Times times, Console& console) {
+AnimalTracks read_tracks(const AnimalFixOptions& options, Times times, Console& console) {
     const auto layer = open_measured_point_layer(options.Points, console);
     if (!options.Where.empty()) layer->SelectWhere(options.Where);
     const Choice choice = choice_of(options, *layer, times);

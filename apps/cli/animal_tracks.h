@@ -11,7 +11,7 @@
 namespace wxl::cli {
 
 /// Whose fixes a command compares, and which of them.
-struct FixOptions {
+struct AnimalFixOptions {
     InputOptions Points;
     std::string IdField;
     std::string Where;
@@ -25,7 +25,7 @@ struct FixOptions {
 
 /// Gives `command` INPUT, --id-field, --where, and what chooses fixes by their time.
 /// @param idRequired whether --id-field must be given
-void add_fix_options(CLI::App& command, FixOptions& options, bool idRequired = true);
+void add_fix_options(CLI::App& command, AnimalFixOptions& options, bool idRequired = true);
 
 /// The fixes of one animal, or of one group of them, in the order of time where that was read (those without a time
 /// last), otherwise in the layer's order.
@@ -56,7 +56,7 @@ enum class Times {
 /// Reads the layer, leaves out and tells what has no ID, place, or key, thins, and splits.
 /// WrongCall for options that make no sense; RuntimeError with advice as open_measured_point_layer, 9 for a field that
 /// is not there, 5 when no fix is left.
-AnimalTracks read_tracks(const FixOptions& options, Times times, Console& console);
+AnimalTracks read_tracks(const AnimalFixOptions& options, Times times, Console& console);
 
 /// Name of a field that looks like the time of the fix: Time2 of wxl import, timestamp and the like; empty: none.
 std::string guess_time_field(platform::ITable& table);

@@ -59,7 +59,10 @@ Fence fence_of(const AkdeOptions& options) {
 }
 
 Fence fence_of(const ImportOptions& options) {
-    return WritablePlaces().FolderOf(options.Output);
+    WritablePlaces places;
+    if (!options.Files.empty()) places.FolderOf(options.Files.back());
+    add_text_file(places, options.Rejected);
+    return places;
 }
 
 Fence fence_of(const InfoOptions&) {

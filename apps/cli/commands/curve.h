@@ -9,7 +9,7 @@ namespace wxl::cli {
 
 /// wxl curve: the area of home ranges against the number of fixes.
 struct CurveOptions {
-    FixOptions Tracks;
+    AnimalFixOptions Tracks;
     std::string Of = "mcp:100";
     std::string Order = "time";
     std::size_t Replicates = 100;

@@ -7,7 +7,7 @@ namespace wxl::cli {
 
 /// wxl mcp: minimum convex polygons of every animal.
 struct McpOptions {
-    FixOptions Tracks;
+    AnimalFixOptions Tracks;
     std::string Percent = "100,95,50";
     std::string Csv;
     std::string Out;

@@ -8,7 +8,7 @@ namespace wxl::cli {
 
 /// wxl overlap: how far home ranges overlap.
 struct OverlapOptions {
-    FixOptions Tracks;
+    AnimalFixOptions Tracks;
     DensityOptions Densities;
     std::string Percent = "95";
     std::string Index = "ba,vi,udoi,phr,hr,hd";

@@ -168,7 +168,7 @@ TEST(Overlap, Of_an_earlier_run_is_that_of_its_fixes) {
     ASSERT_EQ(ofRun["animals"].size(), 3U);
     EXPECT_EQ(ofRun["animals"][0]["id"], "a");
     EXPECT_EQ(ofRun["animals"][0]["n"], 20);
-    EXPECT_EQ(ofRun["animals"][0]["bandwidth"], ofFixes["animals"][0]["bandwidth"]);
+    EXPECT_NEAR(ofRun["animals"][0]["bandwidth"].get<double>(), ofFixes["animals"][0]["bandwidth"].get<double>(), 1e-9);
     EXPECT_TRUE(ofRun["animals"][2]["volume"].is_null());
     EXPECT_NEAR(ofRun["pairs"][1]["ba"].get<double>(), ofFixes["pairs"][1]["ba"].get<double>(), 1e-4);  // other origin
 }
