@@ -149,8 +149,18 @@ GdalDatasetPtr open_for_reading(const std::filesystem::path& path, Sources sourc
 
 std::vector<std::filesystem::path> RasterFiles(const std::filesystem::path& path, Sources sources) {
     const auto plain = without_separator(path);
-    auto files = files_of(*open_for_reading(plain, sources));
-    files.push_back(plain);
+    if (sources != Sources::kPlain) {
+        auto files = files_of(*open_for_reading(plain, sources));
+        files.push_back(plain);
+        return files;
+    }
+    // GDAL would open what side files name to list it.
+    std::vector<std::filesystem::path> files = {plain};
+    const std::string stem = plain.stem().string() + ".";
+    std::error_code unreadable;
+    const auto folder = plain.has_parent_path() ? plain.parent_path() : std::filesystem::path(".");
+    for (const auto& entry : std::filesystem::directory_iterator(folder, unreadable))
+        if (entry.path().filename().string().starts_with(stem)) files.push_back(entry.path());
     return files;
 }
 

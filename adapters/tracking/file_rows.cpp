@@ -24,6 +24,7 @@ constexpr std::size_t kLongestName = 254;  // of a text field of a shapefile, in
 constexpr std::int64_t kRowsBetweenProgress = 4096;
 constexpr std::size_t kSampleRows = 1000;
 constexpr double kMostUnreadable = 0.2;
+constexpr std::size_t kMostColumns = 32767;
 
 bool says_no(std::string_view cell) {
     return is_one_of(cell, {"false", "f", "0", "no", "n"});
@@ -119,6 +120,9 @@ void FileRows::ReadHeader() {
     if (cells.size() == 1)
         Refuse(fmt::format("the header is in one piece: \"{}\"; separate the columns by commas, semicolons or tabs",
                            shown(cells[0])));
+    if (cells.size() > kMostColumns)
+        Refuse(fmt::format("the header has {} columns, and at most {} are read: keep those that matter", cells.size(),
+                           kMostColumns));
     for (const std::string_view cell : cells) m_header.push_back(to_utf8(Trim(cell)));
     m_dataStart = {m_reader.Offset(), m_reader.Line()};
     m_headerLine = m_reader.Line();

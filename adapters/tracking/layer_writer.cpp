@@ -5,6 +5,7 @@
 #include "adapters/files/disk_output_file.h"
 #include "adapters/files/gdal_support.h"
 #include "adapters/files/shp_file.h"
+#include "adapters/files/sqlite_fence.h"
 #include "adapters/tracking/cell_text.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -123,7 +124,7 @@ class OgrWriter final : public ILayerWriter {
 public:
     OgrWriter(const char* driver, const fs::path& file, const std::vector<Field>& fields,
               const platform::SpatialReference& reference)
-        : m_file(file) {
+        : m_file(file), m_writing(file) {
         files::RegisterGdal();
         GDALDriver* maker = GetGDALDriverManager()->GetDriverByName(driver);
         if (maker == nullptr)
@@ -176,6 +177,7 @@ private:
     }
 
     fs::path m_file;
+    files::SqliteWriting m_writing;  ///< before the dataset, which writes until it is closed
     files::GdalErrors m_errors;
     files::GdalDatasetPtr m_dataset;
     OGRLayer* m_layer = nullptr;

@@ -21,7 +21,10 @@ NAMES = {
     "GDAL": ("libgdal-core", "libgdal-dev"),
     "GEOS_C_LIBRARY": ("geos", "libgeos-dev"),
     "GEOS_INCLUDE_DIR": ("geos", "libgeos-dev"),
+    "ICU": ("icu", "libicu-dev"),
+    "PROJ_LIBRARY": ("proj", "libproj-dev"),
     "PkgConfig": ("pkg-config", "pkg-config"),
+    "SQLite3": ("libsqlite", "libsqlite3-dev"),
     "fmt": ("fmt", "libfmt-dev"),
     "nlohmann_json": ("nlohmann_json", "nlohmann-json3-dev"),
 }

@@ -137,6 +137,7 @@ protected:
     void MakeDatabases() {
         OGRSpatialReference zone = files::ToOgr(files::ReferenceFromText("EPSG:32633"));
         for (const std::string name : {"plain.gpkg", "trigger.gpkg"}) {
+            files::RegisterGdal();
             GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GPKG");
             const files::GdalDatasetPtr made(driver->Create(In(name).c_str(), 0, 0, 0, GDT_Unknown, nullptr));
             ASSERT_TRUE(made);

@@ -262,7 +262,7 @@ int run_curve(const CurveOptions& options, Console& console) {
     for (std::size_t i = 0; i < plots.size(); ++i)
         plots[i].Write(pictures::AreaCurveSvg(picture_of(curves[i], wishes, tracks.Reference)));
     if (options.Json) {
-        console.Result(json_text(json_of(curves, wishes)));
+        console.Text(json_text(json_of(curves, wishes)));
     } else {
         print_table(summary_of(curves), console);
         for (const TextOutput& plot : plots) console.Result("plot: " + plot.Path());

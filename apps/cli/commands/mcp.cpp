@@ -93,7 +93,7 @@ int run_mcp(const McpOptions& options, Console& console) {
     if (csv) csv->Write(csv_text(table_of(animals)));
     if (shapes) write_polygons(*shapes, tracks.Reference, animals);
     if (options.Json) {
-        console.Result(json_text(json_of(tracks, animals)));
+        console.Text(json_text(json_of(tracks, animals)));
     } else {
         print_table(table_of(animals), console);
     }

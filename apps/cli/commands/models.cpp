@@ -265,8 +265,9 @@ std::vector<TextOutput> plots_of(const ModelsOptions& options, const TimedAnimal
     make_output_folder(options.Plot);
     for (const TimedAnimal& animal : animals.Animals) {
         platform::CheckDatasetName(animal.NamingId);
-        animals.Read.Refuse(fs::path(options.Plot) / (animal.NamingId + "_variogram.svg"));
-        plots.emplace_back((fs::path(options.Plot) / (animal.NamingId + "_variogram.svg")).string(), options.Overwrite);
+        const fs::path plot = fs::path(options.Plot) / (animal.NamingId + "_variogram.svg");
+        animals.Read.Refuse(plot);
+        plots.emplace_back(plot.string(), options.Overwrite);
     }
     return plots;
 }

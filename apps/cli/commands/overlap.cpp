@@ -252,7 +252,7 @@ int run_overlap(const OverlapOptions& options, Console& console) {
     compare(ranges, options, console);
     outputs.Write(ranges, indices);
     if (options.Json) {
-        console.Result(json_text(json_of(ranges)));
+        console.Text(json_text(json_of(ranges)));
     } else {
         print_ranges(ranges, indices, console);
     }
