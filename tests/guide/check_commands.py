@@ -98,9 +98,11 @@ def start_readme(guide):
 
 
 def start_options(guide):
-    """The files of the examples of --help: wolves.csv, one wolf's fixes, a table in metres."""
+    """The files of the examples of --help: wolves.csv and its layer, a folder of tables, one wolf's fixes, a table in metres."""
     shutil.copy(guide.source / "samples/wolves.csv", guide.folder)
-    for command in ("wxl import wolves.csv made.shp", "ogr2ogr -where \"animal = 'Freja'\" wolf.shp made.shp",
+    (guide.folder / "collars").mkdir()
+    shutil.copy(guide.source / "samples/wolves.csv", guide.folder / "collars")
+    for command in ("wxl import wolves.csv wolves.shp", "wxl import wolves.csv made.shp", "ogr2ogr -where \"animal = 'Freja'\" wolf.shp made.shp",
                     "ogr2ogr -f CSV relocs.csv made.shp -dialect sqlite -sql "
                     "\"SELECT animal AS wolf, ST_X(geometry) AS east, ST_Y(geometry) AS north FROM made\""):
         fault = guide.run(command)
