@@ -43,7 +43,7 @@ public:
     platform::RasterGeometry Geometry() const override { return m_geometry; }
 
     /// As was made sure when the batch was planned.
-    bool LiesIn(const platform::SpatialReference&) const override { return true; }
+    bool LiesIn(const platform::SpatialReference& /*reference*/) const override { return true; }
 
 private:
     std::string m_name;

@@ -41,8 +41,8 @@ private:
         std::uint64_t Count = 0;
         std::uint64_t Checksum = 0;
     };
-    friend void write_point_store(platform::IFileSystem&, const std::filesystem::path&,
-                                  std::span<const kde_tool::AnimalFixes>);
+    friend void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
+                                  std::span<const kde_tool::AnimalFixes> animals);
 
     void ReadBytes(std::uint64_t offset, void* into, std::uint64_t count);
     [[noreturn]] void Refuse(const std::string& why) const;

@@ -9,8 +9,8 @@ LevelIndex::LevelIndex(std::span<const double> levels) : m_levels(levels.begin()
     m_ascending.reserve(m_levels.size());
     for (std::size_t i = 0; i < m_levels.size(); ++i) m_ascending.push_back({m_levels[i], i});
     std::ranges::stable_sort(m_ascending, {}, &Level::Value);
-    const auto repeated = std::ranges::unique(m_ascending, {}, &Level::Value);
-    m_ascending.erase(repeated.begin(), repeated.end());
+    const auto equal = [](const Level& a, const Level& b) { return a.Value == b.Value; };
+    m_ascending.erase(std::unique(m_ascending.begin(), m_ascending.end(), equal), m_ascending.end());
 }
 
 std::size_t LevelIndex::Nearest(double value) const {

@@ -113,7 +113,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     ShowWarnings(record);
     m_stages.Stage("Writing kernel...");
     const std::filesystem::path folder = output_folder(m_frame, record.Subfolder);
-    const auto raster = calculator.WriteKernelToRaster(folder, record.RasterName, m_frame.Reference);
+    auto raster = calculator.WriteKernelToRaster(folder, record.RasterName, m_frame.Reference);
     if (raster) record.Files.push_back((raster->Path().empty() ? folder / record.RasterName : raster->Path()).string());
     return raster;
 }

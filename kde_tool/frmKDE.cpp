@@ -133,7 +133,7 @@ void frmKDE::FillIdFields() {
 // --- Layers in degrees ---
 
 void frmKDE::NoticeDegrees(const platform::Layer& layer) {
-    if (!m_services.Reprojection || !layer.Feature->FeatureClass()->Reference().IsGeographic) return;
+    if (m_services.Reprojection == nullptr || !layer.Feature->FeatureClass()->Reference().IsGeographic) return;
     m_utm = m_services.Reprojection->Plan(layer);
     enable(btnReproject, m_utm.has_value());
     lblDegrees.Caption = degrees_notice(m_utm);

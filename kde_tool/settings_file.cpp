@@ -190,7 +190,8 @@ private:
     }
 
     void Extent(const std::string& value) {
-        const std::string mode = value;
+        // The value is the present line, which Advance replaces.
+        const std::string mode = value;  // NOLINT(performance-unnecessary-copy-initialization)
         if (mode == "FULL") {
             Choose(m_form.optFull, &frmKDE::optFull_Click);
             set_number(m_form.txtBuffer, Advance());

@@ -61,7 +61,8 @@ public:
             for (std::size_t j = 0; j <= i; ++j) At(i, j) = At(j, i) = element(track, model, squared, i, j);
     }
 
-    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start, double) const override {
+    std::vector<double> Solve(std::span<const std::size_t> support, std::vector<double> start,
+                              double /*accuracy*/) const override {
         const std::size_t n = support.size();
         std::vector<double> part(n * n);
         for (std::size_t i = 0; i < n; ++i)
@@ -324,7 +325,7 @@ std::vector<double> least_weights(const WeightMatrix& matrix, const std::vector<
 }
 
 Bandwidth optimal_bandwidth(const Track& track, const Autocorrelation& model, const std::function<void()>& tick) {
-    const Bandwidth uniform = uniform_bandwidth(track, model);
+    Bandwidth uniform = uniform_bandwidth(track, model);
     if (model.Kind == ModelKind::kIid) return uniform;
     constexpr double kWidest = 2.0;
     const double lowest = independent_bandwidth(static_cast<double>(track.Size()));

@@ -56,7 +56,7 @@ public:
         : Axes(AxesOf(picture, scores)), X(Axes.Bandwidths), Y(Axes.Scores), m_width(width - kLeft - kRightMargin) {}
 
     double Right() const { return kLeft + m_width; }
-    static double Bottom() { return kTop + kPlotHeight; }
+    double Bottom() const { return kTop + kPlotHeight; }
 
     /// Numbers beyond the scales, which end at 1E+300, are drawn at its ends.
     double AtX(double bandwidth) const {

@@ -45,7 +45,7 @@ void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::str
         } catch (const RuntimeError&) {
             // The first failure is the one to report.
         }
-        throw error;
+        throw RuntimeError(error);
     }
 }
 

@@ -69,7 +69,7 @@ bool ValueEquals(const FieldValue& cell, const FieldValue& wanted) {
     if (cell.index() == wanted.index()) return cell == wanted;
     const auto comparable = [](const FieldValue& v) {
         const auto* text = std::get_if<std::string>(&v);
-        return !text || IsNumeric(*text);
+        return text == nullptr || IsNumeric(*text);
     };
     return comparable(cell) && comparable(wanted) && ValueNumber(cell) == ValueNumber(wanted);
 }
