@@ -93,7 +93,8 @@ std::string value_of(const CLI::Option& option) {
 std::string synopsis(const CLI::App& program, const CLI::App& command) {
     std::string line = ".B " + roff(spoken_name(program, command)) + "\n";
     if (!commands_of(command).empty()) return line + ".I COMMAND\n[\\fIOPTION\\fR]...\n";
-    for (const CLI::Option* option : options_of(command, true)) line += ".I " + roff(option->get_name(true)) + "\n";
+    for (const CLI::Option* option : options_of(command, true))
+        line += ".I " + roff(option->get_name(true) + (option->get_expected_max() > 1 ? "..." : "")) + "\n";
     return line + "[\\fIOPTION\\fR]...\n";
 }
 

@@ -76,9 +76,9 @@ void tell_table(const FixRows& rows, Console& console) {
 void register_import(CLI::App& command, ImportOptions& options) {
     command
         .add_option(
-            "FILE... OUT", options.Files,
-            "Tracking files: tables with one row per fix, or layers of points (FILE, or FILE:LAYER); and the layer "
-            "to write: .gpkg (advised), .shp or .fgb")
+            "FILE", options.Files,
+            "Tracking files: tables with one row per fix, or layers of points (FILE, or FILE:LAYER); and last the "
+            "layer to write: .gpkg (advised), .shp or .fgb")
         ->required();
     add_indirect_option(command, options.Fixes.AllowIndirect);
     add_fix_options(command, options.Fixes);

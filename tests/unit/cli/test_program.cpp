@@ -88,7 +88,7 @@ TEST(Program, Empty_paths_are_refused) {
     EXPECT_EQ(problem({"isopleths", "x", "--levels", "95", "--name", "n", "--out", ""}), "wxl: --out is empty\n");
     EXPECT_EQ(problem({"stats", "x.shp", "--id-field", "animal", "--csv", ""}), "wxl: --csv is empty\n");
     EXPECT_EQ(problem({"info", ""}), "wxl: INPUT is empty\n");
-    EXPECT_EQ(problem({"import", "x.csv", ""}), "wxl: FILE... OUT is empty\n");
+    EXPECT_EQ(problem({"import", "x.csv", ""}), "wxl: FILE is empty\n");
     EXPECT_EQ(problem({"batch", "merge", ""}), "wxl: DIR is empty\n");
 }
 
