@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -270,6 +271,19 @@ std::size_t SystemTempPath::GetTempPathA(std::size_t size, char* buffer) const {
     if (path.size() + 1 > size) return path.size() + 1;
     std::memcpy(buffer, path.c_str(), path.size() + 1);
     return path.size();
+}
+
+std::filesystem::path temporary_folder() {
+    std::array<char, 4096> path{};
+    const std::size_t length = SystemTempPath().GetTempPathA(path.size(), path.data());
+    return length < path.size() ? std::filesystem::path(path.data()) : std::filesystem::path("/tmp");
+}
+
+void RaiseNoTemporary(int code) {
+    const std::filesystem::path folder = temporary_folder();
+    platform::Raise(ErrorNumberOf(code, folder), "Nothing can be written to the folder of temporary files, " +
+                                                     folder.string() + " (" + std::generic_category().message(code) +
+                                                     "): name another in the variable TMPDIR");
 }
 
 }  // namespace wxl::files

@@ -43,4 +43,10 @@ public:
     std::size_t GetTempPathA(std::size_t size, char* buffer) const override;
 };
 
+/// The same folder as a path.
+std::filesystem::path temporary_folder();
+
+/// Throws the run-time error of errno value `code` for a temporary file or folder that could not be made there.
+[[noreturn]] void RaiseNoTemporary(int code);
+
 }  // namespace wxl::files

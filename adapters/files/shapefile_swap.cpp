@@ -1,6 +1,7 @@
 #include "adapters/files/shapefile_swap.h"
 
 #include "adapters/files/byte_order.h"
+#include "adapters/files/disk_file_system.h"
 #include "adapters/files/disk_output_file.h"
 #include "adapters/files/input_file.h"
 #include "adapters/files/posix_error.h"
@@ -273,8 +274,8 @@ void finish_interrupted_swap(const fs::path& shapefile) {
 }
 
 GatheredShapefile::GatheredShapefile(const fs::path& shapefile, const Swap& swap) {
-    std::string name = (fs::temp_directory_path() / "wxl-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) RaiseErrno(errno, fs::path(name));
+    std::string name = fs::absolute(temporary_folder() / "wxl-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) RaiseNoTemporary(errno);
     m_folder = name;
     m_path = m_folder / shapefile.filename();
     std::vector<fs::path> files = swap.Waiting;
@@ -284,8 +285,11 @@ GatheredShapefile::GatheredShapefile(const fs::path& shapefile, const Swap& swap
             files.push_back(part);
     for (const fs::path& file : files) {
         std::error_code failure;
+        std::error_code ignored;
         fs::create_symlink(fs::absolute(file), m_folder / file.filename(), failure);
-        if (failure) RaiseErrno(failure.value(), m_folder);
+        if (!failure) continue;
+        fs::remove_all(m_folder, ignored);
+        RaiseNoTemporary(failure.value());
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "adapters/files/disk_file_system.h"
 
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
@@ -72,12 +71,6 @@ fs::path nearest_folder(const fs::path& wanted) {
     return folder;
 }
 
-fs::path temporary_folder() {
-    std::array<char, 4096> path{};
-    const std::size_t length = SystemTempPath().GetTempPathA(path.size(), path.data());
-    return length < path.size() ? fs::path(path.data()) : fs::path("/tmp");
-}
-
 /// Libraries have favourites of their own (/var/tmp, the present folder), which would be closed to them.
 void share_temporary_folder(const fs::path& folder) {
     for (const char* variable : {"SQLITE_TMPDIR", "CPL_TMPDIR"}) ::setenv(variable, folder.c_str(), 1);
@@ -112,8 +105,10 @@ bool raise_fence(const WritablePlaces& places) {
     const Rules rules(kInFolder | kNowhere | cutting | starting);
     const fs::path temporary = temporary_folder();
     share_temporary_folder(temporary);
+    // Readers of a shapefile whose change was cut short gather its files there as links; writing follows a link only to
+    // places that are open themselves.
     for (const fs::path& folder : places.Folders()) rules.Allow(folder, kInFolder | cutting);
-    rules.Allow(temporary, kInFolder | cutting);
+    rules.Allow(temporary, kInFolder | LANDLOCK_ACCESS_FS_MAKE_SYM | cutting);
     rules.Allow("/dev/null", kInFile | cutting);
     return rules.Enforce();
 }

@@ -1,6 +1,6 @@
 #include "adapters/tracking/text_file.h"
 
-#include "adapters/files/posix_error.h"
+#include "adapters/files/disk_file_system.h"
 #include "platform/runtime_error.h"
 
 #include <array>
@@ -89,11 +89,10 @@ std::unique_ptr<std::istream> spooled(std::string start, std::istream& source, U
 }  // namespace
 
 std::unique_ptr<std::iostream> make_spool() {
-    std::error_code ignored;
-    const fs::path folder = fs::temp_directory_path(ignored);
+    const fs::path folder = files::temporary_folder();
     std::string name = (folder / "wxl-XXXXXX").string();
     const int file = ::mkstemp(name.data());
-    if (file < 0) files::RaiseErrno(errno, folder);
+    if (file < 0) files::RaiseNoTemporary(errno);
     auto spool = std::make_unique<std::fstream>(name, std::ios::in | std::ios::out | std::ios::binary);
     ::close(file);
     ::unlink(name.c_str());

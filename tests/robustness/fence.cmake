@@ -3,6 +3,8 @@ wxl_test(
   test_write_fence
   SOURCES
   test_write_fence.cpp
+  cut_short_edits.cpp
+  hostile_databases.cpp
   ${CMAKE_SOURCE_DIR}/tests/support/write_watch.cpp
   limited_run.cpp
   DEPENDS

@@ -126,4 +126,14 @@ void turn_to_logging(const fs::path& file) {
     Database(file).Run("PRAGMA journal_mode=WAL");
 }
 
+void leave_log(const fs::path& file) {
+    const fs::path kept = file.string() + ".kept";
+    {
+        const Database database(file);
+        database.Run("PRAGMA journal_mode=WAL; CREATE TABLE half(a); INSERT INTO half VALUES(1)");
+        for (const char* ending : {"", "-wal", "-shm"}) fs::copy_file(file.string() + ending, kept.string() + ending);
+    }
+    for (const char* ending : {"", "-wal", "-shm"}) fs::rename(kept.string() + ending, file.string() + ending);
+}
+
 }  // namespace wxl::tests

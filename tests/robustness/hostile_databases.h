@@ -27,4 +27,7 @@ void name_common_journal(const std::filesystem::path& database, const std::files
 /// Puts a database into the mode with a write-ahead log, and leaves it without one.
 void turn_to_logging(const std::filesystem::path& database);
 
+/// Leaves the database as a killed writer in that mode does: a row of a table "half" stands in the log beside it alone.
+void leave_log(const std::filesystem::path& database);
+
 }  // namespace wxl::tests

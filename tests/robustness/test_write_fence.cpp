@@ -3,7 +3,9 @@
 
 #include "adapters/files/gdal_support.h"
 #include "adapters/files/write_fence.h"
+#include "tests/robustness/cut_short_edits.h"
 #include "tests/robustness/guarded_tree.h"
+#include "tests/robustness/hostile_databases.h"
 #include "tests/robustness/malformed.h"
 #include "tests/support/places.h"
 #include "tests/support/scratch_folder.h"
@@ -15,6 +17,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ogrsf_frmts.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -100,6 +103,8 @@ protected:
         MakeShapefiles();
         MakeTables();
         MakeDatabases();
+        MakeCutShortEdits();
+        MakeCutShortDatabases();
         MakeRasters();
         MakeLeaders();
     }
@@ -160,6 +165,49 @@ protected:
             Put("points.geojson",
                 R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"animal":"a"},)"
                 R"("geometry":{"type":"Point","coordinates":[1,2]}}]})"));
+    }
+
+    /// A shapefile of four fixes with a change into one of three that was cut short, `moved` of its files in place.
+    fs::path CutShort(const std::string& name, int moved) {
+        for (const char* end : {".shp", ".shx", ".dbf", ".prj"}) fs::copy_file(In("good") += end, In(name) += end);
+        const fs::path shapefile = In(name) += ".shp";
+        leave_half_moved(shapefile, In("three.shp"), moved);
+        m_inputs.push_back(shapefile);
+        return shapefile;
+    }
+
+    /// All that a folder of a change that was cut short can be: whole, stale, without its list, of other files.
+    void MakeCutShortEdits() {
+        const cli::Ran ran = cli::run_wxl({"import", Put("three.csv", std::string(kFixes, kThreeFixes)),
+                                           In("three.shp"), "--from-crs", "EPSG:32633"});
+        ASSERT_EQ(ran.Code, 0) << ran.Err;
+        for (int moved = 0; moved <= 3; ++moved) CutShort("moved" + std::to_string(moved), moved);
+        write_bytes(CutShort("stale", 0).replace_extension("dbf"), bytes_of(In("good.dbf")) + " ");
+        fs::remove(swap_folder_of(CutShort("listless", 1)) / "manifest");
+        write_bytes(swap_folder_of(CutShort("stranger", 1)) / "stranger.prj", "text");
+        ASSERT_EQ(::mkfifo((swap_folder_of(CutShort("fifo", 1)) / "fifo").c_str(), 0600), 0);
+        write_bytes(swap_folder_of(CutShort("torn", 1)) / "torn.shp", "torn");
+        const fs::path leading = swap_folder_of(CutShort("leading", 1)) / "leading.shp";
+        fs::remove(leading);
+        fs::create_symlink(m_folder / "victim/precious", leading);
+        const fs::path led = CutShort("led", 0);
+        fs::remove_all(swap_folder_of(led));
+        fs::create_directory_symlink(m_folder / "victim", swap_folder_of(led));
+    }
+
+    /// GeoPackages whose writers were killed: with a journal, with one that names another file, with a log.
+    void MakeCutShortDatabases() {
+        for (const char* name : {"half.gpkg", "common.gpkg", "torn.gpkg", "alone.gpkg", "logging.gpkg", "log.gpkg"}) {
+            make_geopackage(In(name));
+            m_inputs.push_back(In(name));
+        }
+        for (const char* name : {"half.gpkg", "common.gpkg", "torn.gpkg", "alone.gpkg"}) leave_half_changed(In(name));
+        name_common_journal(In("common.gpkg"), m_folder / "victim/precious");
+        const std::string journal = bytes_of(In("torn.gpkg-journal"));
+        write_bytes(In("torn.gpkg-journal"), journal.substr(0, journal.size() / 2));
+        write_bytes(In("alone.gpkg"), "");
+        turn_to_logging(In("logging.gpkg"));
+        leave_log(In("log.gpkg"));
     }
 
     void MakeRasters() {
@@ -225,6 +273,8 @@ protected:
         "a,500000,5000000,2018-05-09\na,500400,5000300,2018-05-10\na,500800,5000100,2018-05-11\n"
         "a,500300,5000900,2018-05-12\n";
 
+    static constexpr std::size_t kThreeFixes = 105;  // so many bytes of them
+
     ScratchFolder m_folder;
     std::vector<std::string> m_inputs;
     std::vector<std::string> m_settings;
@@ -239,8 +289,30 @@ TEST_F(WatchedCommands, That_only_read_open_nothing_for_writing) {
         Watch({"stats", input, "--id-field", "animal"}, {});
         Watch({"bandwidth", input, "--id-field", "animal", "--method", "lscv"}, {});
         Watch({"kde", input, "--id-field", "animal", "--out", m_folder / "new", "--cell-size", "50", "--dry-run"}, {});
+        Watch({"overlap", input, "--id-field", "animal"}, {});
+        Watch({"mcp", input, "--id-field", "animal"}, {});
+        Watch({"curve", input, "--id-field", "animal"}, {});
+        Watch({"models", input, "--id-field", "animal", "--time-field", "Time2"}, {});
     }
     EXPECT_GT(m_watched, 50U);
+}
+
+TEST_F(WatchedCommands, That_read_find_the_rows_of_a_change_that_was_cut_short_wherever_its_files_are) {
+    fs::remove_all(m_folder / "temporary");
+    fs::create_directories(m_folder / "elsewhere/temporary");
+    const fs::path shorter = m_folder / "elsewhere/temporary";
+    for (int moved = 0; moved <= 3; ++moved) {
+        const fs::path input = In("moved" + std::to_string(moved) + ".shp");
+        const auto before = entries_of(m_folder / "in", {});
+        const WatchedRun run = watch_writes({WXL_PROGRAM, "mcp", input, "--id-field", "animal", "--percent", "100"},
+                                            m_folder.Path(), shorter);
+        if (!run.WhyNot.empty()) GTEST_SKIP() << run.WhyNot;
+        EXPECT_EQ(run.Code, 0) << run.Said;
+        EXPECT_NE(run.Said.find("100000  3"), std::string::npos) << run.Said;
+        for (const std::string& file : run.Writes) EXPECT_TRUE(IsAllowed(file, {shorter})) << file;
+        EXPECT_EQ(difference(before, entries_of(m_folder / "in", {})), "");
+        EXPECT_TRUE(fs::is_empty(shorter));
+    }
 }
 
 TEST_F(WatchedCommands, That_write_tables_write_beside_them) {
@@ -249,6 +321,14 @@ TEST_F(WatchedCommands, That_write_tables_write_beside_them) {
               {m_folder / "out"});
         Watch({"bandwidth", input, "--id-field", "animal", "--method", "lscv", "--profile", m_folder / "out/p.csv",
                "--plot", m_folder / "out/p.svg", "--overwrite"},
+              {m_folder / "out"});
+        Watch({"overlap", input, "--id-field", "animal", "--csv", m_folder / "out/o.csv", "--overwrite"},
+              {m_folder / "out"});
+        Watch({"curve", input, "--id-field", "animal", "--csv", m_folder / "out/c.csv", "--plot",
+               m_folder / "out/c.svg", "--overwrite"},
+              {m_folder / "out"});
+        Watch({"models", input, "--id-field", "animal", "--time-field", "Time2", "--csv", m_folder / "out/m.csv",
+               "--plot", m_folder / "out", "--overwrite"},
               {m_folder / "out"});
     }
     EXPECT_GT(m_written, 0U);
@@ -259,6 +339,9 @@ TEST_F(WatchedCommands, That_make_datasets_write_into_their_folder) {
     for (const std::string& input : m_inputs) {
         Watch({"import", input, out / "i.shp", "--from-crs", "EPSG:32633", "--overwrite"}, {out});
         Watch({"track", input, out / "t.shp", "--overwrite"}, {out});
+        Watch({"mcp", input, "--id-field", "animal", "--out", out / "m.shp", "--overwrite"}, {out});
+        Watch({"overlap", input, "--id-field", "animal", "--out", out, "--overwrite"}, {out});
+        Watch({"akde", input, "--id-field", "animal", "--time-field", "Time2", "--out", out, "--overwrite"}, {out});
         Watch({"kde", input, "--id-field", "animal", "--out", out, "--cell-size", "50", "--extent", "full:900",
                "--isopleths", "95", "--polygons", "--overwrite", "--answer", "yes", "--html"},
               {out});

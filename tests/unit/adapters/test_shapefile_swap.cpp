@@ -109,6 +109,22 @@ TEST_F(CutShort, A_layer_read_so_is_not_changed_before_it_is_finished) {
     EXPECT_EQ(ErrorOf([&] { features->Table().DeleteField(0); }).Number, 70);
 }
 
+TEST_F(CutShort, A_reader_that_has_no_folder_for_temporary_files_says_so) {
+    ASSERT_NO_FATAL_FAILURE(LeaveWaiting(2));
+    if (IsSkipped()) return;
+    const char* set = std::getenv("TMPDIR");
+    const std::string before = set == nullptr ? "" : set;
+    ::setenv("TMPDIR", (m_folder / "gone").c_str(), 1);
+    const platform::RuntimeError error = ErrorOf([&] { Read(); });
+    if (set == nullptr)
+        ::unsetenv("TMPDIR");
+    else
+        ::setenv("TMPDIR", before.c_str(), 1);
+    EXPECT_EQ(error.Description, "Nothing can be written to the folder of temporary files, " +
+                                     (m_folder / "gone/").string() +
+                                     " (No such file or directory): name another in the variable TMPDIR");
+}
+
 TEST_F(CutShort, A_reader_goes_on_when_another_program_finishes_the_change) {
     ASSERT_NO_FATAL_FAILURE(LeaveWaiting(2));
     if (IsSkipped()) return;
