@@ -12,8 +12,6 @@
 namespace wxl::batch {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::uint64_t kLargestReport = std::uint64_t{1} << 40U;
 
 std::unique_ptr<platform::IFolderLock> take_folder(platform::IFolderLocks& locks, const Plan& plan) {
@@ -34,8 +32,8 @@ std::unique_ptr<platform::IFolderLock> take_folder(platform::IFolderLocks& locks
     return lock;
 }
 
-kde_tool::GroupedFixes animals_of(const Plan& plan, const BatchFiles& batch) {
-    PointStore points(batch.Points());
+kde_tool::GroupedFixes animals_of(const platform::IFileSystem& files, const Plan& plan, const BatchFiles& batch) {
+    const PointStore points(files, batch.Points());
     kde_tool::GroupedFixes fixes;
     fixes.TextIds = plan.Frame.TextIds;
     for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
@@ -84,7 +82,7 @@ std::vector<std::size_t> Merge::Missing() const {
 
 void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
     const auto lock = take_folder(*m_services.Locks, m_plan);
-    const kde_tool::GroupedFixes animals = animals_of(m_plan, m_batch);
+    const kde_tool::GroupedFixes animals = animals_of(*m_services.Files, m_plan, m_batch);
     for (kde_tool::IRunObserver* observer : observers) observer->RunBegins(m_plan.Frame, animals);
     try {
         WriteReport(observers);
@@ -99,8 +97,8 @@ void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
 
 void Merge::WriteReport(std::span<kde_tool::IRunObserver* const> observers) {
     platform::IFileSystem& files = *m_services.Files;
-    const fs::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
-    const fs::path draft = m_plan.Frame.Folder / platform::TemporaryName(report.filename().string());
+    const std::filesystem::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    const std::filesystem::path draft = m_plan.Frame.Folder / platform::TemporaryName(report.filename().string());
     const std::int64_t earlier = EarlierReport();
     if (files.FileExists(draft)) files.DeleteFile(draft, true);
     if (earlier >= 0) {
@@ -131,7 +129,7 @@ std::int64_t Merge::EarlierReport() {
                   [&](const Json& json) { bytes = whole_of(json.at("earlier_report"), -1, INT64_MAX); });
         return bytes;
     }
-    const fs::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    const std::filesystem::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
     if (m_services.Files->FileExists(report))
         bytes = static_cast<std::int64_t>(m_services.Files->ReadFile(report, kLargestReport).size());
     MarkMerge(bytes, false);

@@ -10,14 +10,10 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <string_view>
-#include <system_error>
 
 namespace wxl::batch {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr double kMegabytesPerFix = 64e-6;  ///< a sample, its copies and its search
 
@@ -72,10 +68,10 @@ std::vector<PlannedTask> tasks_of(const kde_tool::PreparedRun& run, std::size_t 
 }
 
 /// Digest over when, where and what, so that results of another plan are recognised.
-std::string id_of(const Plan& plan, const fs::path& folder) {
+std::string id_of(const Plan& plan, const platform::IClock& clock) {
     Sha256 hash;
-    hash.Add(folder.string() + plan.Planned);
-    hash.Add(std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    hash.Add(plan.Frame.Folder.string() + plan.Planned);
+    hash.Add(std::to_string(clock.Steady().count()));
     for (const InputFile& file : plan.Input) hash.Add(file.Sha256);
     return hash.Digest().substr(0, 16);
 }
@@ -91,7 +87,7 @@ void check_names_are_free(const platform::Services& services, const kde_tool::Pr
                             " stands in the output folder already. Please use a new, empty folder.");
 }
 
-void make_folder(const platform::Services& services, const fs::path& folder) {
+void make_folder(const platform::Services& services, const std::filesystem::path& folder) {
     platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
 }
 
@@ -103,45 +99,38 @@ void make_folders(const platform::Services& services, const BatchFiles& batch, c
         make_folder(services, run.Frame.Folder / subfolder);
 }
 
-std::int64_t seconds_since_1970(fs::file_time_type time) {
-    const auto system = std::chrono::file_clock::to_sys(time);
-    return std::chrono::floor<std::chrono::seconds>(system).time_since_epoch().count();
+InputFile described(const platform::IFileSystem& files, const std::filesystem::path& file,
+                    const platform::FileFacts& facts) {
+    try {
+        return {facts.Place.string(), facts.Bytes, facts.Modified, sha256_of(*files.OpenForReading(file))};
+    } catch (const platform::RuntimeError&) {
+        platform::Raise(platform::error_number::kDeviceIo, file.string() + " cannot be read.");
+    }
 }
 
-/// A file that is gone, or cannot be asked, counts as empty and very old.
-InputFile described(const fs::path& file) {
-    std::error_code failure;
-    InputFile result;
-    result.Path = fs::absolute(file).lexically_normal().string();
-    const auto bytes = fs::file_size(file, failure);
-    if (!failure) result.Bytes = bytes;
-    const auto modified = fs::last_write_time(file, failure);
-    if (!failure) result.Modified = seconds_since_1970(modified);
-    result.Sha256 = sha256_of_file(file);
-    return result;
+/// The files of the folder, or the file and what stands beside it as parts of a shapefile.
+std::vector<std::filesystem::path> candidates(const platform::IFileSystem& files, const std::filesystem::path& input) {
+    std::vector<std::filesystem::path> found;
+    if (files.FolderExists(input)) {
+        for (const std::string& name : files.List(input)) found.push_back(input / name);
+        return found;
+    }
+    found.push_back(input);
+    static constexpr std::array<std::string_view, 4> kParts = {".dbf", ".shx", ".prj", ".cpg"};
+    if (input.extension() == ".shp")
+        for (const std::string_view part : kParts)
+            found.push_back(std::filesystem::path(input).replace_extension(part));
+    std::sort(found.begin(), found.end());
+    return found;
 }
 
 }  // namespace
 
-std::vector<InputFile> input_files(const fs::path& input) {
-    std::vector<fs::path> files;
-    std::error_code failure;
-    if (fs::is_directory(input, failure)) {
-        for (const auto& entry : fs::directory_iterator(input))
-            if (entry.is_regular_file()) files.push_back(entry.path());
-    } else {
-        files.push_back(input);
-        static constexpr std::array<std::string_view, 4> kParts = {".dbf", ".shx", ".prj", ".cpg"};
-        if (input.extension() == ".shp")
-            for (const std::string_view part : kParts)
-                if (const fs::path file = fs::path(input).replace_extension(part); fs::is_regular_file(file, failure))
-                    files.push_back(file);
-    }
-    std::sort(files.begin(), files.end());
-    std::vector<InputFile> described_files;
-    for (const fs::path& file : files)
-        if (fs::is_regular_file(file, failure)) described_files.push_back(described(file));
-    return described_files;
+std::vector<InputFile> input_files(const platform::IFileSystem& files, const std::filesystem::path& input) {
+    std::vector<InputFile> found;
+    for (const std::filesystem::path& file : candidates(files, input))
+        if (const auto facts = files.FactsOf(file)) found.push_back(described(files, file, *facts));
+    return found;
 }
 
 std::vector<std::string> names_of(const Plan& plan, std::size_t distribution) {
@@ -152,7 +141,7 @@ std::vector<std::string> names_of(const Plan& plan, std::size_t distribution) {
         kde_tool::raster_name(inputs, animal.NamingId, distribution % plan.ValueCount() + 1, plan.ValueCount()));
 }
 
-void remove_batch(const platform::Services& services, const fs::path& output) {
+void remove_batch(const platform::Services& services, const std::filesystem::path& output) {
     const BatchFiles batch(output);
     // What a link of that name leads to is no batch of this folder.
     if (services.Folders->IsLink(batch.Folder)) return services.Files->DeleteFile(batch.Folder, true);
@@ -166,9 +155,9 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
     Plan plan;
     plan.Program = wishes.Program;
     plan.Planned = platform::DateTimeText(services.Clock->Now());
-    plan.Input = input_files(wishes.Input);
-    plan.Id = id_of(plan, run.Frame.Folder);
+    plan.Input = input_files(*services.Files, wishes.Input);
     plan.Frame = run.Frame;
+    plan.Id = id_of(plan, *services.Clock);
     for (const kde_tool::AnimalFixes& animal : run.Animals.Animals)
         plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack});
     check_names_are_free(services, run);

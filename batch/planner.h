@@ -25,8 +25,8 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
 void remove_batch(const platform::Services& services, const std::filesystem::path& output);
 
 /// The files that the dataset `input` consists of: the file itself and those that belong to a shapefile, or all files
-/// of a folder, sorted, with their digests.
-std::vector<InputFile> input_files(const std::filesystem::path& input);
+/// of a folder, sorted, with their digests. RuntimeError 57 when one cannot be read.
+std::vector<InputFile> input_files(const platform::IFileSystem& files, const std::filesystem::path& input);
 
 /// Names of all datasets of one distribution of the plan: raster first, then the shapefiles.
 std::vector<std::string> names_of(const Plan& plan, std::size_t distribution);

@@ -60,10 +60,13 @@ void write_point_store(platform::IFileSystem& files, const std::filesystem::path
     files.Rename(temporary, file);
 }
 
-PointStore::PointStore(std::filesystem::path file) : m_path(std::move(file)), m_file(m_path, std::ios::binary) {
-    if (!m_file) Refuse("it is not there or cannot be read");
-    m_file.seekg(0, std::ios::end);
-    const auto size = static_cast<std::uint64_t>(m_file.tellg());
+PointStore::PointStore(const platform::IFileSystem& files, std::filesystem::path file) : m_path(std::move(file)) {
+    try {
+        m_file = files.OpenForReading(m_path);
+    } catch (const platform::RuntimeError&) {
+        Refuse("it is not there or cannot be read");
+    }
+    const std::uint64_t size = m_file->Size();
     if (size < sizeof(Header)) Refuse("it is cut short");
     Header header;
     ReadBytes(0, &header, sizeof header);
@@ -86,7 +89,7 @@ PointStore::PointStore(std::filesystem::path file) : m_path(std::move(file)), m_
     }
 }
 
-std::vector<platform::Point> PointStore::Read(std::size_t animal) {
+std::vector<platform::Point> PointStore::Read(std::size_t animal) const {
     const Entry& entry = m_index.at(animal);
     std::vector<platform::Point> fixes(entry.Count);
     ReadBytes(sizeof(Header) + m_index.size() * sizeof(Entry) + entry.First * sizeof(platform::Point), fixes.data(),
@@ -95,10 +98,12 @@ std::vector<platform::Point> PointStore::Read(std::size_t animal) {
     return fixes;
 }
 
-void PointStore::ReadBytes(std::uint64_t offset, void* into, std::uint64_t count) {
-    m_file.seekg(static_cast<std::streamoff>(offset));
-    m_file.read(static_cast<char*>(into), static_cast<std::streamsize>(count));
-    if (!m_file || static_cast<std::uint64_t>(m_file.gcount()) != count) Refuse("it cannot be read");
+void PointStore::ReadBytes(std::uint64_t offset, void* into, std::uint64_t count) const {
+    try {
+        m_file->Read(offset, {static_cast<char*>(into), count});
+    } catch (const platform::RuntimeError&) {
+        Refuse("it cannot be read");
+    }
 }
 
 void PointStore::Refuse(const std::string& why) const {

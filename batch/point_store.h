@@ -5,7 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -27,13 +27,13 @@ class PointStore {
 public:
     /// Reads header and index. RuntimeError 57 that names the file when it is no store, is cut short, was changed, or
     /// was written on a machine of the other byte order.
-    explicit PointStore(std::filesystem::path file);
+    PointStore(const platform::IFileSystem& files, std::filesystem::path file);
 
     std::size_t AnimalCount() const { return m_index.size(); }
     std::uint64_t FixCount(std::size_t animal) const { return m_index.at(animal).Count; }
 
     /// The fixes of one animal, in the layer's order. RuntimeError 57 as above.
-    std::vector<platform::Point> Read(std::size_t animal);
+    std::vector<platform::Point> Read(std::size_t animal) const;
 
 private:
     struct Entry {
@@ -44,11 +44,11 @@ private:
     friend void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
                                   std::span<const kde_tool::AnimalFixes> animals);
 
-    void ReadBytes(std::uint64_t offset, void* into, std::uint64_t count);
+    void ReadBytes(std::uint64_t offset, void* into, std::uint64_t count) const;
     [[noreturn]] void Refuse(const std::string& why) const;
 
     std::filesystem::path m_path;
-    std::ifstream m_file;
+    std::unique_ptr<platform::IInputFile> m_file;
     std::vector<Entry> m_index;
 };
 

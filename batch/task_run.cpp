@@ -11,13 +11,10 @@
 #include <chrono>
 #include <map>
 #include <set>
-#include <thread>
 #include <utility>
 
 namespace wxl::batch {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kLockAttempts = 40;
 constexpr std::chrono::milliseconds kLockPause{50};
@@ -52,18 +49,11 @@ private:
     bool m_silent;
 };
 
-/// The dataset that a temporary name stands for (".NAME.PROCESS.part", with anything behind it); empty for other names.
-std::string dataset_of_temporary(const std::string& name) {
-    const std::size_t mark = name.rfind(".part");
-    if (name.empty() || name.front() != '.' || mark == std::string::npos || mark == 0) return {};
-    const std::size_t process = name.rfind('.', mark - 1);
-    return process == 0 || process == std::string::npos ? std::string() : name.substr(1, process - 1);
-}
-
 /// Whether a temporary dataset is one of `names`: by itself, with a raster's extension, or as a numbered shapefile.
 bool is_own_leftover(const std::string& entry, const std::set<std::string>& names) {
-    const std::string dataset = dataset_of_temporary(entry);
-    if (dataset.empty()) return false;
+    const auto temporary = platform::ParseTemporaryName(entry);
+    if (!temporary) return false;
+    const std::string& dataset = temporary->Name;
     if (names.contains(dataset)) return true;
     const std::size_t point = dataset.rfind('.');
     if (point == std::string::npos) return false;
@@ -74,18 +64,19 @@ bool is_own_leftover(const std::string& entry, const std::set<std::string>& name
 }
 
 /// Whoever lists the tasks holds a lock for a moment.
-std::unique_ptr<platform::IFolderLock> lock_task(platform::IFolderLocks& locks, const fs::path& folder,
-                                                 std::size_t number) {
+std::unique_ptr<platform::IFolderLock> lock_task(const platform::Services& services,
+                                                 const std::filesystem::path& folder, std::size_t number) {
     std::string holder;
     for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
-        if (auto lock = locks.Take(folder, holder)) return lock;
-        std::this_thread::sleep_for(kLockPause);
+        if (auto lock = services.Locks->Take(folder, holder)) return lock;
+        services.Clock->Wait(kLockPause);
     }
     platform::Raise(platform::error_number::kPermissionDenied,
                     "task " + std::to_string(number) + " runs already (" + holder + ")");
 }
 
-std::unique_ptr<platform::IFolderLock> share_folder(platform::IFolderLocks& locks, const fs::path& folder) {
+std::unique_ptr<platform::IFolderLock> share_folder(platform::IFolderLocks& locks,
+                                                    const std::filesystem::path& folder) {
     std::string holder;
     auto lock = locks.Share(folder, holder);
     if (!lock)
@@ -100,7 +91,7 @@ std::string now_of(const platform::Services& services) {
 
 }  // namespace
 
-fs::path TaskRun::FolderOf(std::size_t distribution) const {
+std::filesystem::path TaskRun::FolderOf(std::size_t distribution) const {
     return kde_tool::output_folder(m_plan.Frame, m_plan.Animals.at(distribution / m_plan.ValueCount()).Subfolder);
 }
 
@@ -111,7 +102,7 @@ TaskOutcome TaskRun::Run(std::size_t number, bool again,
             platform::error_number::kSubscript,
             "the batch has the tasks 1 to " + std::to_string(m_plan.Tasks.size()) + ", not " + std::to_string(number));
     platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, m_batch.Task(number));
-    const auto own = lock_task(*m_services.Locks, m_batch.Task(number), number);
+    const auto own = lock_task(m_services, m_batch.Task(number), number);
     const auto shared = share_folder(*m_services.Locks, m_plan.Frame.Folder);
     if (!again && IsDone(number)) return TaskOutcome::kWasDone;
     try {
@@ -142,7 +133,7 @@ bool TaskRun::IsDone(std::size_t number) const {
 void TaskRun::Clear(std::size_t number) {
     platform::IFileSystem& files = *m_services.Files;
     const bool begun = files.FileExists(m_batch.Started(number));
-    for (const fs::path& mark : {m_batch.Result(number), m_batch.Failure(number)})
+    for (const std::filesystem::path& mark : {m_batch.Result(number), m_batch.Failure(number)})
         if (files.FileExists(mark)) files.DeleteFile(mark, true);
     if (!begun) CheckNothingStands(number);
     write_json(files, m_batch.Started(number), {{"started", now_of(m_services)}, {"host", json_of_text(m_host)}});
@@ -150,9 +141,9 @@ void TaskRun::Clear(std::size_t number) {
 }
 
 void TaskRun::CheckNothingStands(std::size_t number) const {
-    std::map<fs::path, platform::FolderContents> folders;
+    std::map<std::filesystem::path, platform::FolderContents> folders;
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
-        const fs::path folder = FolderOf(distribution);
+        const std::filesystem::path folder = FolderOf(distribution);
         const auto& contents = folders.try_emplace(folder, *m_services.Files, folder).first->second;
         const auto names = names_of(m_plan, distribution);
         auto standing = contents.Raster(names.front(), m_plan.Frame.RasterFormat);
@@ -165,10 +156,10 @@ void TaskRun::CheckNothingStands(std::size_t number) const {
 
 void TaskRun::RemoveOwnDatasets(std::size_t number) {
     platform::IFileSystem& files = *m_services.Files;
-    std::map<fs::path, std::set<std::string>> names;
-    std::map<fs::path, platform::FolderContents> folders;
+    std::map<std::filesystem::path, std::set<std::string>> names;
+    std::map<std::filesystem::path, platform::FolderContents> folders;
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
-        const fs::path folder = FolderOf(distribution);
+        const std::filesystem::path folder = FolderOf(distribution);
         const auto& contents = folders.try_emplace(folder, files, folder).first->second;
         const auto own = names_of(m_plan, distribution);
         names[folder].insert(own.begin(), own.end());
@@ -188,7 +179,7 @@ void TaskRun::RemoveOwnDatasets(std::size_t number) {
 }
 
 void TaskRun::Compute(std::size_t number, const std::function<void(const kde_tool::AnimalRecord&)>& met) {
-    const auto begin = std::chrono::steady_clock::now();
+    const auto begin = m_services.Clock->Steady();
     TaskResult result;
     result.Batch = m_plan.Id;
     result.Started = now_of(m_services);
@@ -201,7 +192,7 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const kde_too
     PlannedStages stages(m_plan.Frame.Inputs.Silent);
     platform::ProgressBar progress;
     kde_tool::AnimalRun run(services, m_geodata, m_plan.Frame, report, stages, progress);
-    PointStore points(m_batch.Points());
+    const PointStore points(*m_services.Files, m_batch.Points());
     if (points.AnimalCount() != m_plan.Animals.size())
         platform::Raise(platform::error_number::kDeviceIo,
                         "The batch's points do not belong to its plan. Plan the batch anew with --overwrite.");
@@ -223,7 +214,7 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const kde_too
         result.Entries.push_back(std::move(entry));
     }
     result.Finished = now_of(m_services);
-    result.Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    result.Seconds = std::chrono::duration<double>(m_services.Clock->Steady() - begin).count();
     write_result(*m_services.Files, m_batch, number, result);
 }
 

@@ -45,7 +45,7 @@ void check_store(Output& output, fuzz::FuzzInput& input) {
     const std::string bytes = fuzz::files_of(input, good).at("points.bin");
     fuzz::write_bytes(output.Files.Points(), bytes);
     const std::int32_t fault = fuzz::fault_of([&] {
-        batch::PointStore store(output.Files.Points());
+        const batch::PointStore store(output.Disk, output.Files.Points());
         std::size_t fixes = 0;
         for (std::size_t animal = 0; animal < store.AnimalCount(); ++animal) fixes += store.Read(animal).size();
         require(fixes * sizeof(platform::Point) <= bytes.size(), "no more fixes than there are bytes");

@@ -14,12 +14,11 @@ namespace wxl::movement {
 
 using namespace wxl::platform;
 namespace labels = error_labels::track_export;
-namespace fs = std::filesystem;
 
 namespace {
 
 /// The chosen file with the extension that a new shapefile gets, whether or not and however the user typed it.
-fs::path with_extension(fs::path chosen) {
+std::filesystem::path with_extension(std::filesystem::path chosen) {
     return EqualNoCase(chosen.extension().string(), ".shp") ? chosen.replace_extension(".shp") : chosen += ".shp";
 }
 
@@ -40,7 +39,7 @@ void frmOVI::ConvertGraphics2Shapefile() {
         const auto chosen =
             m_services.Dialogs->SaveFile({.Title = "Save Travel", .Filter = "Shapefiles (*.shp)|*.shp"});
         if (!chosen) return;
-        const fs::path shapefile = with_extension(*chosen);
+        const std::filesystem::path shapefile = with_extension(*chosen);
         detail = shapefile.string();
         if (m_services.Shapefiles->Open(shapefile.parent_path(), shapefile.stem().string())) {
             m_services.Messages->Show({.Text = detail + " exists already. Please choose another name."});
@@ -65,7 +64,7 @@ void frmOVI::WriteLegs(IFeatureClass& features) const {
     rows->Flush();
 }
 
-std::shared_ptr<IFeatureClass> frmOVI::CreateFeatureClass1(const fs::path& shapefile) {
+std::shared_ptr<IFeatureClass> frmOVI::CreateFeatureClass1(const std::filesystem::path& shapefile) {
     const std::string detail = shapefile.string();
     return GuardedWithDetail(*m_services.Messages, labels::kCreateFeatureClass, detail, [&] {
         FeatureClassDefinition definition = MakeGeometryDef1();
@@ -87,7 +86,7 @@ FeatureClassDefinition frmOVI::MakeGeometryDef1() {
     });
 }
 
-void frmOVI::AddShapeFile(const fs::path& shapefile) {
+void frmOVI::AddShapeFile(const std::filesystem::path& shapefile) {
     const std::string detail = shapefile.string();
     GuardedWithDetail(*m_services.Messages, labels::kAddShapeFile, detail, [&] {
         // The player's own layer is no reason to restart it.

@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -21,13 +22,12 @@ public:
 
     /// Seconds since local midnight, in single precision.
     virtual float SecondsSinceMidnight() const = 0;
-};
 
-/// The machine's clock.
-class SystemClock final : public IClock {
-public:
-    DateTime Now() const override;
-    float SecondsSinceMidnight() const override;
+    /// Time since some moment in the past, which never goes back.
+    virtual std::chrono::nanoseconds Steady() const = 0;
+
+    /// Returns when this time has passed.
+    virtual void Wait(std::chrono::milliseconds time) const = 0;
 };
 
 /// "11/20/2026 3:04:05 PM"

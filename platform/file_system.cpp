@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <unistd.h>
 
 namespace wxl::platform {
@@ -27,8 +28,19 @@ std::string TemporaryName(const std::string& name) {
     return "." + name + "." + std::to_string(::getpid()) + std::string(kTemporaryEnd);
 }
 
-bool IsTemporaryName(std::string_view name) {
-    return name.size() > kTemporaryEnd.size() && name.front() == '.' && name.ends_with(kTemporaryEnd);
+std::optional<TemporaryDataset> ParseTemporaryName(std::string_view name) {
+    const std::size_t mark = name.rfind(kTemporaryEnd);
+    if (name.empty() || name.front() != '.' || mark == std::string_view::npos) return std::nullopt;
+    const std::string_view behind = name.substr(mark + kTemporaryEnd.size());
+    if (!behind.empty() && behind.front() != '.') return std::nullopt;
+    const std::string_view before = name.substr(0, mark);
+    const std::size_t point = before.rfind('.');
+    if (point == 0 || point == std::string_view::npos) return std::nullopt;
+    const std::string_view digits = before.substr(point + 1);
+    long process = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), process);
+    if (error != std::errc() || end != digits.data() + digits.size() || process < 0) return std::nullopt;
+    return TemporaryDataset{std::string(before.substr(1, point - 1)), process};
 }
 
 void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::string_view bytes) {

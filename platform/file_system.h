@@ -2,6 +2,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,25 @@ public:
     virtual void Close() = 0;
 };
 
+/// A file open for reading at any offset.
+class IInputFile {
+public:
+    virtual ~IInputFile() = default;
+
+    /// Bytes of the file when it was opened.
+    virtual std::uint64_t Size() const = 0;
+
+    /// Fills `bytes` from `offset` on; RuntimeError 57 when the file ends before.
+    virtual void Read(std::uint64_t offset, std::span<char> bytes) const = 0;
+};
+
+/// What is known of a file without reading it.
+struct FileFacts {
+    std::filesystem::path Place;  ///< from the root on, without "." and ".."
+    std::uint64_t Bytes = 0;
+    std::int64_t Modified = 0;  ///< seconds since 1970
+};
+
 enum class WriteMode {
     kReplace,  ///< a new empty file, replacing an old one
     kNew,      ///< RuntimeError 58 when the file exists
@@ -40,6 +61,12 @@ public:
 
     /// The whole file; RuntimeError 6 when it is larger than `limit` bytes.
     virtual std::string ReadFile(const std::filesystem::path& file, std::uint64_t limit) const = 0;
+
+    /// The file for reading piece by piece.
+    virtual std::unique_ptr<IInputFile> OpenForReading(const std::filesystem::path& file) const = 0;
+
+    /// Nothing for what is no regular file, or a link to one.
+    virtual std::optional<FileFacts> FactsOf(const std::filesystem::path& file) const = 0;
     virtual std::unique_ptr<IOutputFile> OpenForWriting(const std::filesystem::path& file, WriteMode mode) = 0;
 
     /// Gives a file or folder its final name in one step; a file replaces an older file.
@@ -82,8 +109,15 @@ public:
 /// The suffix is the process number, so that two runs never share one.
 std::string TemporaryName(const std::string& name);
 
-/// Whether a name was made by TemporaryName.
-bool IsTemporaryName(std::string_view name);
+/// What TemporaryName was made of.
+struct TemporaryDataset {
+    std::string Name;
+    long Process = 0;  ///< that made it
+};
+
+/// The dataset for which a temporary name stands, with or without an extension behind the name; nothing for other
+/// names.
+std::optional<TemporaryDataset> ParseTemporaryName(std::string_view name);
 
 /// Writes a whole file under a temporary name, closes it with the close checked, and renames it into place.
 void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::string_view bytes);

@@ -1,6 +1,7 @@
 #include "adapters/files/disk_file_system.h"
 
 #include "adapters/files/disk_output_file.h"
+#include "adapters/files/input_file.h"
 #include "adapters/files/posix_error.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -189,6 +190,17 @@ std::string DiskFileSystem::ReadFile(const std::filesystem::path& file, std::uin
         bytes.append(piece.data(), static_cast<std::size_t>(got));
         check(bytes.size());
     }
+}
+
+std::unique_ptr<platform::IInputFile> DiskFileSystem::OpenForReading(const std::filesystem::path& file) const {
+    return std::make_unique<InputFile>(file);
+}
+
+std::optional<platform::FileFacts> DiskFileSystem::FactsOf(const std::filesystem::path& file) const {
+    const auto target = target_of(file);
+    if (!target || !S_ISREG(target->st_mode)) return std::nullopt;
+    return platform::FileFacts{std::filesystem::absolute(file).lexically_normal(),
+                               static_cast<std::uint64_t>(target->st_size), target->st_mtim.tv_sec};
 }
 
 std::unique_ptr<platform::IOutputFile> DiskFileSystem::OpenForWriting(const std::filesystem::path& file,

@@ -14,6 +14,8 @@ public:
     bool FileExists(const std::filesystem::path& file) const override;
     bool FolderExists(const std::filesystem::path& folder) const override;
     std::string ReadFile(const std::filesystem::path& file, std::uint64_t limit) const override;
+    std::unique_ptr<platform::IInputFile> OpenForReading(const std::filesystem::path& file) const override;
+    std::optional<platform::FileFacts> FactsOf(const std::filesystem::path& file) const override;
     std::unique_ptr<platform::IOutputFile> OpenForWriting(const std::filesystem::path& file,
                                                           platform::WriteMode mode) override;
 

@@ -6,6 +6,7 @@
 #include "adapters/files/png_encoder.h"
 #include "adapters/files/raster_workspace.h"
 #include "adapters/files/shapefile_workspace.h"
+#include "adapters/files/system_clock.h"
 #include "platform/services.h"
 
 namespace wxl::files {
@@ -34,7 +35,7 @@ public:
     }
 
 private:
-    platform::SystemClock m_clock;
+    SystemClock m_clock;
     DiskFileSystem m_files;
     DiskFolders m_folders;
     SystemTempPath m_tempPath;
@@ -43,7 +44,7 @@ private:
     ShapefileWorkspace m_shapefiles;
     GeosOperators m_geometry;
     ContourOperation m_contours;
-    FolderLocks m_locks{m_files, m_folders};
+    FolderLocks m_locks{m_files, m_folders, m_clock};
     PngEncoder m_pictures;
 };
 

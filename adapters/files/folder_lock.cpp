@@ -5,13 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -87,9 +84,9 @@ public:
         if (LeadsElsewhere(subfolder)) return 0;
         std::size_t removed = 0;
         for (const std::string& name : m_files.List(folder)) {
-            const auto owner = TemporaryNameOwner(name);
+            const auto dataset = platform::ParseTemporaryName(name);
             // Process numbers come round: what bears our own was left by an earlier process.
-            if (!owner || (*owner != ::getpid() && runs(*owner))) continue;
+            if (!dataset || (dataset->Process != ::getpid() && runs(dataset->Process))) continue;
             if (m_files.FolderExists(folder / name))
                 m_folders.DeleteTree(folder / name);
             else
@@ -124,7 +121,7 @@ std::unique_ptr<platform::IFolderLock> FolderLocks::Share(const std::filesystem:
     for (int attempt = 1;; ++attempt) {
         auto lock = TakeBy(LOCK_SH, folder, holder);
         if (lock || attempt == kSharers) return lock;
-        std::this_thread::sleep_for(kSharerPause);
+        m_clock.Wait(kSharerPause);
     }
 }
 
@@ -143,22 +140,6 @@ std::unique_ptr<platform::IFolderLock> FolderLocks::TakeBy(int operation, const 
         return std::make_unique<FolderLock>(m_files, m_folders, folder, std::move(descriptor));
     }
     return nullptr;
-}
-
-std::optional<long> TemporaryNameOwner(std::string_view name) {
-    static constexpr std::string_view kMark = ".part";
-    const std::size_t mark = name.rfind(kMark);
-    if (name.empty() || name.front() != '.' || mark == std::string_view::npos) return std::nullopt;
-    const std::string_view behind = name.substr(mark + kMark.size());
-    if (!behind.empty() && behind.front() != '.') return std::nullopt;
-    const std::string_view before = name.substr(0, mark);
-    const std::size_t point = before.rfind('.');
-    if (point == 0 || point == std::string_view::npos) return std::nullopt;
-    const std::string_view digits = before.substr(point + 1);
-    long owner = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), owner);
-    if (error != std::errc() || end != digits.data() + digits.size() || owner < 0) return std::nullopt;
-    return owner;
 }
 
 }  // namespace wxl::files

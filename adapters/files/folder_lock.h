@@ -1,8 +1,8 @@
 #pragma once
+#include "platform/clock.h"
 #include "platform/file_system.h"
 #include "platform/folder_lock.h"
 
-#include <optional>
 #include <string_view>
 
 namespace wxl::files {
@@ -15,8 +15,9 @@ inline constexpr std::string_view kLockFileName = ".wxl_run.lock";
 /// run gets its lock.
 class FolderLocks final : public platform::IFolderLocks {
 public:
-    /// Both outlive the locks.
-    FolderLocks(platform::IFileSystem& files, platform::IFolders& folders) : m_files(files), m_folders(folders) {}
+    /// All outlive the locks.
+    FolderLocks(platform::IFileSystem& files, platform::IFolders& folders, const platform::IClock& clock)
+        : m_files(files), m_folders(folders), m_clock(clock) {}
     std::unique_ptr<platform::IFolderLock> Take(const std::filesystem::path& folder, std::string& holder) override;
     std::unique_ptr<platform::IFolderLock> Share(const std::filesystem::path& folder, std::string& holder) override;
 
@@ -26,10 +27,7 @@ private:
 
     platform::IFileSystem& m_files;
     platform::IFolders& m_folders;
+    const platform::IClock& m_clock;
 };
-
-/// The process that made a temporary dataset (".NAME.PROCESS.part", with or without an extension behind it); nothing
-/// for other names.
-std::optional<long> TemporaryNameOwner(std::string_view name);
 
 }  // namespace wxl::files

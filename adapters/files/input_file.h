@@ -1,4 +1,6 @@
 #pragma once
+#include "platform/file_system.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -6,19 +8,18 @@
 namespace wxl::files {
 
 /// A file of this machine open for reading at any offset.
-class InputFile {
+class InputFile final : public platform::IInputFile {
 public:
     /// RuntimeError 53, 76 or 70 when it cannot be opened.
     explicit InputFile(std::filesystem::path file);
-    ~InputFile();
+    ~InputFile() override;
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    std::uint64_t Size() const { return m_size; }
+    std::uint64_t Size() const override { return m_size; }
     const std::filesystem::path& Path() const { return m_file; }
 
-    /// Fills `bytes` from `offset` on; RuntimeError 57 when the file ends before.
-    void Read(std::uint64_t offset, std::span<char> bytes) const;
+    void Read(std::uint64_t offset, std::span<char> bytes) const override;
 
 private:
     std::filesystem::path m_file;

@@ -3,7 +3,7 @@ find_package(GDAL CONFIG REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_library(PROJ_LIBRARY proj REQUIRED)
 
-wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp file_identities.cpp folder_lock.cpp write_fence.cpp DEPENDS wxl_platform)
+wxl_room(adapter_disk SOURCES posix_error.cpp disk_output_file.cpp disk_file_system.cpp file_identities.cpp folder_lock.cpp input_file.cpp system_clock.cpp write_fence.cpp DEPENDS wxl_platform)
 wxl_room(
   adapter_gdal
   SOURCES

@@ -15,7 +15,6 @@ wxl_room(
   dbf_file.cpp
   dbf_layout.cpp
   files_map.cpp
-  input_file.cpp
   ogr_class_state.cpp
   ogr_cursors.cpp
   ogr_feature_class.cpp

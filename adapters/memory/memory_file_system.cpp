@@ -86,6 +86,25 @@ private:
     std::unique_ptr<platform::RuntimeError> m_failure;
 };
 
+/// A file of a memory disk open for reading.
+class MemoryInputFile final : public platform::IInputFile {
+public:
+    MemoryInputFile(std::filesystem::path file, std::shared_ptr<std::string> bytes)
+        : m_file(std::move(file)), m_bytes(std::move(bytes)) {}
+
+    std::uint64_t Size() const override { return m_bytes->size(); }
+
+    void Read(std::uint64_t offset, std::span<char> bytes) const override {
+        if (offset > m_bytes->size() || bytes.size() > m_bytes->size() - offset)
+            raise_at(error_number::kDeviceIo, m_file);
+        m_bytes->copy(bytes.data(), bytes.size(), offset);
+    }
+
+private:
+    std::filesystem::path m_file;
+    std::shared_ptr<std::string> m_bytes;
+};
+
 void MemoryDisk::Fail(DiskStep step, int nth, std::int32_t number) {
     m_plans[step] = {nth, number};
 }
@@ -101,9 +120,13 @@ void MemoryDisk::AddFile(const std::filesystem::path& file, std::string bytes) {
 }
 
 const std::string& MemoryDisk::Bytes(const std::filesystem::path& file) const {
+    return *Find(file);
+}
+
+std::shared_ptr<std::string> MemoryDisk::Find(const std::filesystem::path& file) const {
     const auto found = m_files.find(clean(file));
     if (found == m_files.end()) raise_at(error_number::kFileNotFound, file);
-    return *found->second;
+    return found->second;
 }
 
 void MemoryDisk::SetReadOnly(const std::filesystem::path& file) {
@@ -148,6 +171,19 @@ std::string MemoryFileSystem::ReadFile(const std::filesystem::path& file, std::u
         platform::Raise(error_number::kOverflow, "The file is larger than the " + std::to_string(limit) +
                                                      " bytes that can be read: " + file.string());
     return bytes;
+}
+
+std::unique_ptr<platform::IInputFile> MemoryFileSystem::OpenForReading(const std::filesystem::path& file) const {
+    m_disk->Meet(DiskStep::kRead, file);
+    const auto path = clean(file);
+    if (!FolderExists(path.parent_path())) raise_at(error_number::kPathNotFound, file);
+    if (FolderExists(path)) raise_at(error_number::kPermissionDenied, file);
+    return std::make_unique<MemoryInputFile>(path, m_disk->Find(path));
+}
+
+std::optional<platform::FileFacts> MemoryFileSystem::FactsOf(const std::filesystem::path& file) const {
+    if (!FileExists(file)) return std::nullopt;
+    return platform::FileFacts{clean(file), m_disk->Bytes(file).size(), kMemoryFileTime};
 }
 
 std::unique_ptr<platform::IOutputFile> MemoryFileSystem::OpenForWriting(const std::filesystem::path& file,

@@ -13,6 +13,9 @@ namespace wxl::memory {
 /// What can be made to fail on a memory disk.
 enum class DiskStep { kOpen, kWrite, kClose, kRename, kDelete, kRead };
 
+/// When every file of a memory disk was last changed, in seconds since 1970.
+inline constexpr std::int64_t kMemoryFileTime = 1'700'000'000;
+
 /// The content of a disk that lives in memory, shared by the file system, folders and rasters over it. The root "/" is
 /// there from the start. Paths are compared as written, after "." and ".." are resolved.
 class MemoryDisk {
@@ -44,6 +47,7 @@ private:
         std::int32_t Number = 0;
     };
     void Meet(DiskStep step, const std::filesystem::path& path);
+    std::shared_ptr<std::string> Find(const std::filesystem::path& file) const;
     std::uint64_t Used() const;
     bool Taken(const std::filesystem::path& path) const;
 
@@ -63,6 +67,8 @@ public:
     bool FileExists(const std::filesystem::path& file) const override;
     bool FolderExists(const std::filesystem::path& folder) const override;
     std::string ReadFile(const std::filesystem::path& file, std::uint64_t limit) const override;
+    std::unique_ptr<platform::IInputFile> OpenForReading(const std::filesystem::path& file) const override;
+    std::optional<platform::FileFacts> FactsOf(const std::filesystem::path& file) const override;
     std::unique_ptr<platform::IOutputFile> OpenForWriting(const std::filesystem::path& file,
                                                           platform::WriteMode mode) override;
     void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;

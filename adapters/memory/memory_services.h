@@ -97,6 +97,10 @@ public:
     platform::DateTime Now() const override { return m_now; }
     float SecondsSinceMidnight() const override;
 
+    /// As much as was waited for.
+    std::chrono::nanoseconds Steady() const override { return m_waited; }
+    void Wait(std::chrono::milliseconds time) const override { m_waited += time; }
+
     void SetNow(const platform::DateTime& now) { m_now = now; }
     void SetSecondsSinceMidnight(float seconds) { m_seconds = seconds; }
 
@@ -109,6 +113,7 @@ public:
 private:
     platform::DateTime m_now{2026, 11, 20, 15, 4, 5};
     mutable float m_seconds = 0.0F;
+    mutable std::chrono::nanoseconds m_waited{0};
     float m_step = 0.0F;
 };
 

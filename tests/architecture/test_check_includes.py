@@ -35,6 +35,20 @@ class CheckIncludes(unittest.TestCase):
             self.assertEqual(len(self.problems_of("engine/a.h", f'#include "platform/{header}"\n')), 1, header)
         self.assertEqual(self.problems_of("engine/a.h", '#include "platform/rasters.h"\n'), [])
 
+    def test_the_machine_asked_without_a_port_is_found_in_the_core(self):
+        for line in ("#include <fstream>", "#include <thread>", "#include <sys/stat.h>", "std::ifstream in(path);",
+                     "std::filesystem::exists(path);", "namespace fs = std::filesystem;", "fs::remove(path);",
+                     "std::this_thread::sleep_for(pause);"):
+            self.assertEqual(len(self.problems_of("batch/a.cpp", line + "\n")), 1, line)
+            self.assertEqual(self.problems_of("adapters/disk/a.cpp", line + "\n"), [], line)
+        for line in ("#include <filesystem>", "const std::filesystem::path& file", "offs::value"):
+            self.assertEqual(self.problems_of("batch/a.cpp", line + "\n"), [], line)
+
+    def test_libraries_stay_in_the_rooms_that_have_them(self):
+        for header in ("<nlohmann/json.hpp>", "<nettle/sha2.h>"):
+            self.assertEqual(self.problems_of("batch/a.cpp", f"#include {header}\n"), [], header)
+            self.assertEqual(len(self.problems_of("engine/a.cpp", f"#include {header}\n")), 1, header)
+
     def test_arrow_along_the_plan_is_fine(self):
         self.assertEqual(self.problems_of("kde_tool/a.h", '#include "engine/numeric.h"\n'), [])
 

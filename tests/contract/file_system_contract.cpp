@@ -30,6 +30,36 @@ TEST_P(FileSystemContract, Many_small_writes_follow_one_another) {
     EXPECT_EQ(Read("log.txt"), expected);
 }
 
+TEST_P(FileSystemContract, A_file_is_read_from_any_offset_to_its_end_and_no_further) {
+    Write("a.bin", "0123456789");
+    const auto file = Files().OpenForReading(At("a.bin"));
+    EXPECT_EQ(file->Size(), 10U);
+    std::string piece(4, '?');
+    for (const auto& [offset, bytes] : {std::pair(6U, "6789"), {0U, "0123"}}) {
+        file->Read(offset, piece);
+        EXPECT_EQ(piece, bytes);
+    }
+    file->Read(10, {});
+    EXPECT_EQ(error_of([&] { file->Read(7, piece); }), 57);
+    EXPECT_EQ(error_of([&] { file->Read(11, piece); }), 57);
+}
+
+TEST_P(FileSystemContract, What_is_no_file_is_not_opened_for_reading) {
+    EXPECT_EQ(error_of([&] { Files().OpenForReading(At("absent")); }), 53);
+    EXPECT_NE(error_of([&] { Files().OpenForReading(At("")); }), 0);
+}
+
+TEST_P(FileSystemContract, Facts_are_those_of_files_only) {
+    Write("a.bin", "0123456789");
+    const auto facts = Files().FactsOf(At(".") / "a.bin");
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->Place, At("a.bin"));
+    EXPECT_EQ(facts->Bytes, 10U);
+    EXPECT_GT(facts->Modified, 1'600'000'000);
+    EXPECT_FALSE(Files().FactsOf(At("absent")));
+    EXPECT_FALSE(Files().FactsOf(At("")));
+}
+
 TEST_P(FileSystemContract, Replace_empties_an_older_file) {
     Write("a.txt", "a long older text");
     Write("a.txt", "new");

@@ -22,6 +22,7 @@ NAMES = {
     "GEOS_C_LIBRARY": ("geos", "libgeos-dev"),
     "GEOS_INCLUDE_DIR": ("geos", "libgeos-dev"),
     "ICU": ("icu", "libicu-dev"),
+    "NETTLE": ("nettle", "nettle-dev"),
     "PROJ_LIBRARY": ("proj", "libproj-dev"),
     "PkgConfig": ("pkg-config", "pkg-config"),
     "SQLite3": ("libsqlite", "libsqlite3-dev"),

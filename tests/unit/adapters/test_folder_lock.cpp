@@ -1,5 +1,6 @@
 #include "adapters/files/disk_file_system.h"
 #include "adapters/files/folder_lock.h"
+#include "adapters/memory/memory_services.h"
 #include "platform/runtime_error.h"
 #include "tests/support/scratch_folder.h"
 
@@ -18,7 +19,8 @@ struct FolderLockTest : testing::Test {
     tests::ScratchFolder Folder;
     DiskFileSystem Files;
     DiskFolders Folders;
-    FolderLocks Locks{Files, Folders};
+    memory::MemoryClock Clock;
+    FolderLocks Locks{Files, Folders, Clock};
     std::string Holder;
 
     void Touch(const std::string& name) { std::ofstream(Folder / name) << "x"; }
@@ -61,6 +63,7 @@ TEST_F(FolderLockTest, Sharers_work_side_by_side_and_keep_everyone_else_out) {
     const auto alone = Locks.Take(Folder.Path(), Holder);
     ASSERT_NE(alone, nullptr);
     EXPECT_EQ(Locks.Share(Folder.Path(), Holder), nullptr);
+    EXPECT_EQ(Clock.Steady(), std::chrono::milliseconds(19 * 25)) << "a sharer that lets go is waited for";
 }
 
 TEST_F(FolderLockTest, Leftovers_in_a_subfolder_go_when_it_is_named) {
@@ -108,15 +111,6 @@ TEST_F(FolderLockTest, Leftovers_of_dead_processes_go_and_everything_else_stays)
     EXPECT_TRUE(fs::exists(Folder / (".K3." + alive + ".part")));
     EXPECT_TRUE(fs::exists(Folder / "K4"));
     EXPECT_TRUE(fs::exists(Folder / ".K5.part"));
-}
-
-TEST(TemporaryNameOwner, Reads_the_process_number_before_the_mark) {
-    EXPECT_EQ(TemporaryNameOwner(".K1.4711.part"), 4711);
-    EXPECT_EQ(TemporaryNameOwner(".K1.5.4711.part.dbf"), 4711);
-    EXPECT_EQ(TemporaryNameOwner(platform::TemporaryName("K1")), ::getpid());
-    for (const char* name : {"", ".", "K1.4711.part", ".K1.part", ".K1.47x.part", ".4711.part", ".K1.4711.party",
-                             ".K1.-5.part", ".K1.99999999999999999999.part"})
-        EXPECT_EQ(TemporaryNameOwner(name), std::nullopt) << name;
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
-#include "adapters/files/disk_file_system.h"
+#include "adapters/memory/memory_file_system.h"
 #include "batch/json_codec.h"
 #include "platform/runtime_error.h"
-#include "tests/support/scratch_folder.h"
 
 #include <bit>
 #include <cmath>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -59,16 +57,15 @@ TEST(JsonCodec, What_is_no_number_or_text_is_refused) {
 }
 
 TEST(JsonCodec, A_file_that_cannot_be_read_is_named_with_advice) {
-    tests::ScratchFolder folder;
-    const files::DiskFileSystem files;
+    const memory::MemoryFileSystem files;
     for (const std::string& text : {std::string("{"), std::string("[]"), std::string(), std::string("{\"a\":\"x\"}"),
                                     std::string(100000, '['), std::string("\xFF\xFE")}) {
-        std::ofstream(folder / "a.json", std::ios::binary) << text;
+        files.Disk().AddFile("/a.json", text);
         try {
-            read_json(files, folder / "a.json", "Make it anew.", [](const Json& json) { json.at("a").get<int>(); });
+            read_json(files, "/a.json", "Make it anew.", [](const Json& json) { json.at("a").get<int>(); });
             FAIL() << text;
         } catch (const platform::RuntimeError& fault) {
-            EXPECT_THAT(fault.Description, HasSubstr((folder / "a.json").string() + " cannot be used ("));
+            EXPECT_THAT(fault.Description, HasSubstr("/a.json cannot be used ("));
             EXPECT_THAT(fault.Description, HasSubstr("). Make it anew."));
         }
     }

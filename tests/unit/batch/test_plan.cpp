@@ -1,13 +1,11 @@
-#include "adapters/files/disk_file_system.h"
+#include "adapters/memory/memory_file_system.h"
 #include "batch/json_codec.h"
 #include "batch/plan.h"
 #include "batch/planner.h"
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
-#include "tests/support/scratch_folder.h"
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +13,6 @@
 namespace wxl::batch {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -26,13 +23,13 @@ struct NamedRaster final : platform::IRasterLayer {
 };
 
 struct PlanTest : testing::Test {
-    tests::ScratchFolder Folder;
-    files::DiskFileSystem Files;
-    const BatchFiles Batch{Folder.Path()};
+    memory::MemoryFileSystem Files;
+    const std::filesystem::path Folder = "/out";
+    const BatchFiles Batch{Folder};
     Plan Made;
 
     PlanTest() {
-        fs::create_directory(Batch.Folder);
+        Files.Disk().AddFolder(Batch.Folder);
         Made.Id = "0123456789abcdef";
         Made.Program = "wxl 1";
         Made.Planned = "11/20/2026 3:04:05 PM";
@@ -61,7 +58,7 @@ struct PlanTest : testing::Test {
         change(json);
         write_json(Files, Batch.Plan(), json);
         try {
-            read_plan(Files, Folder.Path());
+            read_plan(Files, Folder);
             return {};
         } catch (const platform::RuntimeError& fault) {
             return fault.Description;
@@ -71,7 +68,7 @@ struct PlanTest : testing::Test {
 
 TEST_F(PlanTest, Comes_back_as_it_was_written) {
     write_plan(Files, Batch, Made);
-    const Plan plan = read_plan(Files, Folder.Path());
+    const Plan plan = read_plan(Files, Folder);
     EXPECT_EQ(plan.Id, Made.Id);
     EXPECT_EQ(plan.Program, Made.Program);
     EXPECT_EQ(plan.Planned, Made.Planned);
@@ -86,7 +83,7 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     EXPECT_TRUE(plan.Frame.LayerExtent.IsEmpty());
     EXPECT_EQ(plan.Frame.Reference, Made.Frame.Reference);
     EXPECT_EQ(plan.Frame.ReferenceRaster->Geometry(), Made.Frame.ReferenceRaster->Geometry());
-    EXPECT_EQ(plan.Frame.Folder, Folder.Path());
+    EXPECT_EQ(plan.Frame.Folder, Folder);
     ASSERT_EQ(plan.Animals.size(), 2U);
     EXPECT_EQ(plan.Animals[0].Id, platform::FieldValue(std::int64_t{3}));
     EXPECT_EQ(plan.Animals[1].Subfolder, "animals_2-2");
@@ -99,13 +96,12 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
 }
 
 TEST_F(PlanTest, A_folder_without_one_is_told_how_to_make_one) {
-    fs::remove_all(Batch.Folder);
     try {
-        read_plan(Files, Folder.Path());
+        read_plan(Files, "/elsewhere");
         FAIL();
     } catch (const platform::RuntimeError& fault) {
         EXPECT_EQ(fault.Number, 53);
-        EXPECT_EQ(fault.Description, Folder.Path().string() + " holds no planned batch: plan one with wxl batch plan");
+        EXPECT_EQ(fault.Description, std::string("/elsewhere holds no planned batch: plan one with wxl batch plan"));
     }
 }
 
@@ -164,13 +160,13 @@ TEST_F(PlanTest, A_plan_cut_short_anywhere_is_refused) {
     write_plan(Files, Batch, Made);
     const std::string whole = Files.ReadFile(Batch.Plan(), 1 << 20);
     for (std::size_t length = 0; length + 2 < whole.size(); length += 7) {
-        std::ofstream(Batch.Plan(), std::ios::binary) << whole.substr(0, length);
-        EXPECT_THROW(read_plan(Files, Folder.Path()), platform::RuntimeError) << length;
+        Files.Disk().AddFile(Batch.Plan(), whole.substr(0, length));
+        EXPECT_THROW(read_plan(Files, Folder), platform::RuntimeError) << length;
     }
 }
 
 TEST_F(PlanTest, Results_of_another_plan_or_of_other_work_are_refused) {
-    fs::create_directories(Batch.Task(2));
+    Files.Disk().AddFolder(Batch.Task(2));
     TaskResult result;
     result.Batch = Made.Id;
     result.Entries.resize(1);
@@ -190,17 +186,6 @@ TEST_F(PlanTest, Results_of_another_plan_or_of_other_work_are_refused) {
         EXPECT_THAT(fault.Description, HasSubstr("it belongs to another plan). Run the task again: wxl batch run DIR "
                                                  "--task 2 --again."));
     }
-}
-
-TEST_F(PlanTest, Input_files_of_a_shapefile_are_all_its_parts_with_their_digests) {
-    for (const char* name : {"a.shp", "a.dbf", "a.prj", "b.dbf"}) std::ofstream(Folder / name) << "abc";
-    const auto files = input_files(Folder / "a.shp");
-    ASSERT_EQ(files.size(), 3U);
-    EXPECT_EQ(files[0].Path, (Folder / "a.dbf").string());
-    EXPECT_EQ(files[2].Path, (Folder / "a.shp").string());
-    EXPECT_EQ(files[2].Bytes, 3U);
-    EXPECT_EQ(files[2].Sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    EXPECT_GT(files[2].Modified, 1'600'000'000);
 }
 
 TEST(NumberRanges, Are_written_as_a_job_array_takes_them) {

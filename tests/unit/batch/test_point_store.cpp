@@ -1,13 +1,10 @@
-#include "adapters/files/disk_file_system.h"
+#include "adapters/memory/memory_file_system.h"
 #include "batch/point_store.h"
 #include "platform/runtime_error.h"
-#include "tests/support/scratch_folder.h"
 
 #include <algorithm>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 
 namespace wxl::batch {
@@ -16,9 +13,8 @@ namespace {
 using testing::HasSubstr;
 
 struct PointStoreTest : testing::Test {
-    tests::ScratchFolder Folder;
-    files::DiskFileSystem Files;
-    const std::filesystem::path Path = Folder / "points.bin";
+    memory::MemoryFileSystem Files;
+    const std::filesystem::path Path = "/points.bin";
     std::vector<kde_tool::AnimalFixes> Animals;
 
     PointStoreTest() {
@@ -30,16 +26,13 @@ struct PointStoreTest : testing::Test {
         }
     }
 
-    std::string Bytes() const {
-        std::ifstream in(Path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    void Replace(const std::string& bytes) const { std::ofstream(Path, std::ios::binary) << bytes; }
+    std::string Bytes() const { return Files.Disk().Bytes(Path); }
+    void Replace(const std::string& bytes) const { Files.Disk().AddFile(Path, bytes); }
 
     /// Reads everything; the fault's description, or nothing.
     std::string Fault() const {
         try {
-            PointStore store(Path);
+            const PointStore store(Files, Path);
             for (std::size_t i = 0; i < store.AnimalCount(); ++i) store.Read(i);
             return {};
         } catch (const platform::RuntimeError& fault) {
@@ -51,7 +44,7 @@ struct PointStoreTest : testing::Test {
 
 TEST_F(PointStoreTest, Gives_every_animals_fixes_back_in_any_order) {
     write_point_store(Files, Path, Animals);
-    PointStore store(Path);
+    const PointStore store(Files, Path);
     ASSERT_EQ(store.AnimalCount(), 4U);
     for (const std::size_t animal : {2U, 0U, 3U, 1U, 2U}) {
         EXPECT_EQ(store.FixCount(animal), Animals[animal].Fixes.size());
@@ -74,7 +67,7 @@ TEST_F(PointStoreTest, Layout_is_as_documented) {
 
 TEST_F(PointStoreTest, A_store_without_animals_is_one) {
     write_point_store(Files, Path, {});
-    EXPECT_EQ(PointStore(Path).AnimalCount(), 0U);
+    EXPECT_EQ(PointStore(Files, Path).AnimalCount(), 0U);
 }
 
 TEST_F(PointStoreTest, A_missing_file_is_named) {

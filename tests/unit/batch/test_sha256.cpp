@@ -1,11 +1,7 @@
+#include "adapters/memory/memory_file_system.h"
 #include "batch/sha256.h"
-#include "platform/runtime_error.h"
-#include "tests/support/scratch_folder.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <random>
-#include <vector>
 
 namespace wxl::batch {
 namespace {
@@ -36,26 +32,14 @@ TEST(Sha256, Is_the_same_however_the_bytes_are_cut) {
     }
 }
 
-TEST(Sha256, Is_the_same_with_and_without_the_instructions_of_the_processor) {
-    std::mt19937 chance(7);
-    for (std::size_t count = 0; count < 40; ++count) {
-        std::vector<unsigned char> blocks(count * kSha256Block);
-        for (unsigned char& byte : blocks) byte = static_cast<unsigned char>(chance());
-        Sha256State begin = {};
-        for (std::uint32_t& word : begin) word = static_cast<std::uint32_t>(chance());
-        Sha256State fast = begin;
-        Sha256State plain = begin;
-        add_blocks(fast, blocks.data(), count);
-        add_blocks_anywhere(plain, blocks.data(), count);
-        EXPECT_EQ(fast, plain) << count;
+TEST(Sha256, Of_a_file_is_that_of_its_bytes_read_in_pieces) {
+    memory::MemoryFileSystem files;
+    for (const std::size_t size : {0U, 3U, 1U << 20U, (1U << 20U) + 1U, 3'000'000U}) {
+        std::string bytes(size, 'x');
+        for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i % 251);
+        files.Disk().AddFile("/a", bytes);
+        EXPECT_EQ(sha256_of(*files.OpenForReading("/a")), digest_of(bytes)) << size;
     }
-}
-
-TEST(Sha256, Of_a_file_is_that_of_its_bytes) {
-    tests::ScratchFolder folder;
-    std::ofstream(folder / "a") << "abc";
-    EXPECT_EQ(sha256_of_file(folder / "a"), digest_of("abc"));
-    EXPECT_THROW(sha256_of_file(folder / "absent"), platform::RuntimeError);
 }
 
 }  // namespace

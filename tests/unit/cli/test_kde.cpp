@@ -683,7 +683,8 @@ TEST_F(KdeCommand, Isopleths_that_look_like_shares_are_noted) {
 TEST_F(KdeCommand, A_folder_in_which_another_run_works_is_refused) {
     files::DiskFileSystem disk;
     files::DiskFolders folders;
-    files::FolderLocks locks(disk, folders);
+    const files::SystemClock clock;
+    files::FolderLocks locks(disk, folders, clock);
     fs::create_directories(Out);
     std::string holder;
     const auto lock = locks.Take(Out, holder);

@@ -42,13 +42,21 @@ TEST(TemporaryName, Is_hidden_names_its_dataset_and_its_process) {
     EXPECT_NE(TemporaryName("a"), TemporaryName("b"));
 }
 
-TEST(TemporaryName, Is_told_from_other_names) {
-    EXPECT_TRUE(IsTemporaryName(TemporaryName("K3")));
-    EXPECT_FALSE(IsTemporaryName("K3"));
-    EXPECT_FALSE(IsTemporaryName("K3.part"));
-    EXPECT_FALSE(IsTemporaryName(".hidden"));
-    EXPECT_FALSE(IsTemporaryName(".part"));
-    EXPECT_FALSE(IsTemporaryName(""));
+TEST(ParseTemporaryName, Gives_the_dataset_and_the_process_before_the_mark) {
+    const auto made = ParseTemporaryName(TemporaryName("K3.tif"));
+    ASSERT_TRUE(made);
+    EXPECT_EQ(made->Name, "K3.tif");
+    EXPECT_EQ(made->Process, ::getpid());
+    const auto part = ParseTemporaryName(".K1_iso_poly.5.4711.part.dbf");
+    ASSERT_TRUE(part);
+    EXPECT_EQ(part->Name, "K1_iso_poly.5");
+    EXPECT_EQ(part->Process, 4711);
+}
+
+TEST(ParseTemporaryName, Other_names_are_none) {
+    for (const char* name : {"", ".", ".part", ".hidden", "K3", "K3.part", "K1.4711.part", ".K1.part", ".K1.47x.part",
+                             ".4711.part", ".K1.4711.party", ".K1.-5.part", ".K1.99999999999999999999.part"})
+        EXPECT_FALSE(ParseTemporaryName(name)) << name;
 }
 
 TEST(CheckDatasetName, Takes_ordinary_names) {
