@@ -4,6 +4,7 @@
 #include "adapters/files/shapefile_parts.h"
 #include "adapters/files/stored_name.h"
 #include "adapters/files/transaction_editor.h"
+#include "adapters/files/unread_shapes.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -11,6 +12,7 @@
 #include <cmath>
 #include <functional>
 #include <iterator>
+#include <unistd.h>
 #include <unordered_map>
 
 namespace wxl::files {
@@ -61,6 +63,12 @@ bool take_equal(std::vector<OGRFeatureUniquePtr>& others, const OGRFeature& row)
     return true;
 }
 
+[[noreturn]] void raise_unread(const fs::path& path, const std::string& row, const std::string& reason) {
+    Raise(error_number::kDeviceIo, path.string() + ": " + row + " could not be read" +
+                                       (reason.empty() ? "" : " (" + reason + ")") +
+                                       ": correct it, or take it out of the file");
+}
+
 }  // namespace
 
 Pass::~Pass() {
@@ -94,7 +102,8 @@ void OgrFeatureClass::State::Load() {
     GatherParts();
     if (m_isShapefile) CheckShapefile(PathToRead());
     auto source = std::make_unique<OgrSource>(PathToRead(), m_name, m_sources);
-    m_isShapefile = m_isShapefile && source->DriverName() == "ESRI Shapefile";
+    m_driver = source->DriverName();
+    m_isShapefile = m_isShapefile && m_driver == "ESRI Shapefile";
     const fs::path withReference = m_isShapefile ? part_of(m_path, "prj") : m_path;
     const GdalErrors errors;
     m_files = source->Files();
@@ -164,6 +173,7 @@ void OgrFeatureClass::State::DropSources() {
     m_order.reset();
     m_count.reset();
     m_bounds.reset();
+    m_unreadShapes.reset();
 }
 
 int OgrFeatureClass::State::FindField(std::string_view name) const {
@@ -307,7 +317,8 @@ std::shared_ptr<const std::vector<std::int64_t>> OgrFeatureClass::State::Numbers
     if (m_numbers) return m_numbers;
     auto source = Borrow({.WithShape = false, .Fields = kNoCells});
     std::vector<std::int64_t> numbers;
-    while (const OGRFeatureUniquePtr row = next_row(source->Layer(), m_path)) numbers.push_back(row->GetFID());
+    RowReader rows(*this, source->Layer());
+    while (const OGRFeatureUniquePtr row = rows.Next()) numbers.push_back(row->GetFID());
     GiveBack(std::move(source));
     // A table is read by ranges of its numbers, whatever index a database took them from here.
     if (m_isTable) std::sort(numbers.begin(), numbers.end());
@@ -336,6 +347,22 @@ Extent OgrFeatureClass::State::Bounds() {
     return *m_bounds;
 }
 
+const std::set<std::int64_t>& OgrFeatureClass::State::UnreadShapes() {
+    if (!m_unreadShapes) m_unreadShapes = unread_shapes(PathToRead(), m_name, m_driver, m_sources);
+    return *m_unreadShapes;
+}
+
+void OgrFeatureClass::State::CheckHasNoShape(std::int64_t oid) {
+    if (UnreadShapes().contains(oid)) raise_unread(m_path, "the row " + std::to_string(oid), "its location means none");
+}
+
+void OgrFeatureClass::State::RaiseUnread(const std::string& row, const GdalErrors& errors) {
+    if (::access(m_path.c_str(), R_OK) != 0) errors.RaiseReading(m_path);
+    // GeoJSON is read far ahead of the row that is given.
+    const bool isKnown = m_driver == "GeoJSON" && !UnreadShapes().empty();
+    raise_unread(m_path, isKnown ? "the row " + std::to_string(*UnreadShapes().begin()) : row, errors.Text());
+}
+
 std::vector<std::int64_t> OgrFeatureClass::State::OIDs(const std::string& condition) {
     const auto pass = JoinPass();
     std::vector<std::int64_t> oids;
@@ -354,14 +381,12 @@ void OgrFeatureClass::State::ForEach(const std::string& condition, const platfor
         Raise(error_number::kInvalidCall, "The condition \"" + condition + "\" means nothing: " + errors.Text());
     };
     if (!condition.empty() && source->Layer().SetAttributeFilter(condition.c_str()) != OGRERR_NONE) means_nothing();
-    bool any = false;
-    while (OGRFeatureUniquePtr row{source->Layer().GetNextFeature()}) {
-        any = true;
-        action(std::move(row));
-    }
+    RowReader rows(*this, source->Layer());
     // Databases understand a condition only when the first row is asked for.
-    if (errors.Failed() && !any && !condition.empty()) means_nothing();
-    if (errors.Failed()) errors.RaiseReading(m_path);
+    OGRFeatureUniquePtr row(condition.empty() ? rows.Next() : OGRFeatureUniquePtr(source->Layer().GetNextFeature()));
+    if (errors.Failed() && !row) means_nothing();
+    if (errors.Failed()) RaiseUnread("the row " + std::to_string(row->GetFID()), errors);
+    for (; row; row = rows.Next()) action(std::move(row));
     GiveBack(std::move(source));
 }
 

@@ -9,6 +9,7 @@
 #include "adapters/files/shapefile_swap.h"
 
 #include <optional>
+#include <set>
 
 namespace wxl::files {
 
@@ -82,6 +83,12 @@ struct OgrFeatureClass::State final : platform::ITable, std::enable_shared_from_
     std::int64_t FeatureCount();
     platform::Extent Bounds();
 
+    /// Throws RuntimeError 57 for a row, named like "the row 3", that is there and cannot be read, with GDAL's words.
+    [[noreturn]] void RaiseUnread(const std::string& row, const GdalErrors& errors);
+
+    /// RuntimeError 57 for a row without a shape of which the file tells a location that means none.
+    void CheckHasNoShape(std::int64_t oid);
+
     /// Ascending; all for an empty condition.
     std::vector<std::int64_t> OIDs(const std::string& condition);
     ChosenRows Choose(std::vector<std::int64_t> oids);
@@ -105,6 +112,9 @@ private:
         bool OthersMoveUp = false;
     };
 
+    /// Rows of which the file tells a location that means none.
+    const std::set<std::int64_t>& UnreadShapes();
+
     void Load();
     void GatherParts();
     bool IsChangedByOthers() const;
@@ -125,6 +135,7 @@ private:
     std::filesystem::path m_path;
     std::vector<std::filesystem::path> m_files;
     std::string m_name;
+    std::string m_driver;  // GDAL's name of the format
     platform::ShapeType m_shape = platform::ShapeType::kNull;
     platform::SpatialReference m_reference;
     std::vector<platform::Field> m_fields;
@@ -140,6 +151,7 @@ private:
     std::optional<RowOrder> m_order;
     std::optional<std::int64_t> m_count;
     std::optional<platform::Extent> m_bounds;
+    std::optional<std::set<std::int64_t>> m_unreadShapes;
     std::size_t m_loads = 0;
 
     std::vector<std::unique_ptr<OgrSource>> m_idle;
@@ -150,8 +162,19 @@ private:
     std::vector<Removal> m_removals;
 };
 
-/// The next row; RuntimeError when it is there and cannot be read.
-OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path);
+/// Gives the rows of an open layer of the class one by one; RuntimeError 57 for one that is there and cannot be read.
+class RowReader {
+public:
+    RowReader(OgrFeatureClass::State& state, OGRLayer& layer) : m_state(state), m_layer(layer) {}
+
+    /// Null behind the last.
+    OGRFeatureUniquePtr Next();
+
+private:
+    OgrFeatureClass::State& m_state;
+    OGRLayer& m_layer;
+    std::optional<GIntBig> m_last;
+};
 
 /// Extent of the shapes of all rows that stand.
 platform::Extent bounds_of(const std::shared_ptr<Pass>& pass);

@@ -49,6 +49,8 @@ public:
 
     void Delete() override { m_pass->State().Delete(OID()); }
 
+    virtual bool HasShape() const = 0;
+
     /// Widens `bounds` by the shape.
     virtual void AddTo(platform::Extent& bounds) const = 0;
 
@@ -65,6 +67,12 @@ private:
     std::unique_ptr<Changes> m_changes;
 };
 
+[[noreturn]] void raise_gone(const std::filesystem::path& path, const std::string& row) {
+    platform::Raise(platform::error_number::kPermissionDenied,
+                    path.string() + ": " + row +
+                        " was chosen and is not there any more: another program changed the file. Start again");
+}
+
 class OgrRow final : public Row {
 public:
     OgrRow(std::shared_ptr<Pass> pass, OGRFeatureUniquePtr feature)
@@ -73,11 +81,15 @@ public:
     std::int64_t OID() const override { return m_feature->GetFID(); }
     Geometry Shape() const override { return shape_of(m_feature->GetGeometryRef()); }
 
-    void AddTo(platform::Extent& bounds) const override {
+    bool HasShape() const override {
         const OGRGeometry* geometry = m_feature->GetGeometryRef();
-        if (geometry == nullptr || geometry->IsEmpty()) return;
+        return geometry != nullptr && !geometry->IsEmpty();
+    }
+
+    void AddTo(platform::Extent& bounds) const override {
+        if (!HasShape()) return;
         OGREnvelope box;
-        geometry->getEnvelope(&box);
+        m_feature->GetGeometryRef()->getEnvelope(&box);
         for (const platform::Point& corner : {platform::Point{box.MinX, box.MinY}, platform::Point{box.MaxX, box.MaxY}})
             if (std::isfinite(corner.X) && std::isfinite(corner.Y)) bounds.Include(corner);
     }
@@ -97,6 +109,7 @@ public:
 
     std::int64_t OID() const override { return m_rows->First + static_cast<std::int64_t>(m_row); }
     Geometry Shape() const override { return Geometry::OfPoint(m_rows->Locations[m_row]); }
+    bool HasShape() const override { return true; }
     void AddTo(platform::Extent& bounds) const override { bounds.Include(m_rows->Locations[m_row]); }
 
 private:
@@ -131,24 +144,34 @@ private:
 class RowsInOrder final : public IRows {
 public:
     RowsInOrder(const std::shared_ptr<Pass>& pass, const Search& wanted)
-        : m_pass(pass), m_loan(pass->State(), wanted), m_path(pass->State().Path()) {}
+        : m_pass(pass), m_loan(pass->State(), wanted), m_reader(pass->State(), m_loan.Layer()) {}
 
     std::unique_ptr<Row> Next() override {
-        OGRFeatureUniquePtr feature = next_row(m_loan.Layer(), m_path);
+        OGRFeatureUniquePtr feature = m_reader.Next();
         return feature ? std::make_unique<OgrRow>(m_pass, std::move(feature)) : nullptr;
     }
 
 private:
     std::shared_ptr<Pass> m_pass;
     Loan m_loan;
-    std::filesystem::path m_path;
+    RowReader m_reader;
 };
+
+/// A row by its number; null when there is none, RuntimeError 57 when it is there and cannot be read.
+OGRFeatureUniquePtr row_at(OGRLayer& layer, std::int64_t oid, OgrFeatureClass::State& state) {
+    const GdalErrors errors;
+    OGRFeatureUniquePtr row(layer.GetFeature(oid));
+    // Some formats call it a failure that there is no such row.
+    const auto stands = [&] { return row || std::ranges::count(*state.Numbers(), oid) > 0; };
+    if (errors.Failed() && stands()) state.RaiseUnread("the row " + std::to_string(oid), errors);
+    return row;
+}
 
 /// Rows of a shapefile of points; OGR reads those that are not plain.
 class RowsOfPoints final : public IRows {
 public:
     RowsOfPoints(const std::shared_ptr<Pass>& pass, const Search& wanted, std::unique_ptr<PointShapefile> points)
-        : m_pass(pass), m_loan(pass->State(), wanted), m_points(std::move(points)), m_path(pass->State().Path()) {}
+        : m_pass(pass), m_loan(pass->State(), wanted), m_points(std::move(points)) {}
 
     std::unique_ptr<Row> Next() override {
         while (m_rows || Fetch()) {
@@ -170,16 +193,15 @@ private:
     }
 
     std::unique_ptr<Row> OgrRowAt(std::size_t row) {
-        const GdalErrors errors;
-        OGRFeatureUniquePtr feature(m_loan.Layer().GetFeature(m_rows->First + static_cast<std::int64_t>(row)));
-        if (!feature) errors.RaiseReading(m_path);
+        const std::int64_t oid = m_rows->First + static_cast<std::int64_t>(row);
+        OGRFeatureUniquePtr feature = row_at(m_loan.Layer(), oid, m_pass->State());
+        if (!feature) raise_gone(m_pass->State().Path(), "the row " + std::to_string(oid));
         return std::make_unique<OgrRow>(m_pass, std::move(feature));
     }
 
     std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::unique_ptr<PointShapefile> m_points;
-    std::filesystem::path m_path;
     std::shared_ptr<const PointRows> m_rows;
     std::size_t m_row = 0;
 };
@@ -227,7 +249,8 @@ private:
         const std::string range = column + " >= " + std::to_string((*m_numbers)[m_next]) + " AND " + column +
                                   " <= " + std::to_string((*m_numbers)[end - 1]);
         layer.SetAttributeFilter(range.c_str());
-        while (OGRFeatureUniquePtr feature = next_row(layer, m_path)) {
+        RowReader rows(m_pass->State(), layer);
+        while (OGRFeatureUniquePtr feature = rows.Next()) {
             check_texts(*feature, m_path);
             m_group.push_back(std::move(feature));
         }
@@ -246,16 +269,21 @@ private:
     std::size_t m_next = 0;
 };
 
+/// Rows by their numbers. Those that were chosen must be there; one that is asked for need not.
 class RowsOfOIDs final : public IRows {
 public:
-    RowsOfOIDs(const std::shared_ptr<Pass>& pass, const Search& wanted, std::vector<std::int64_t> oids)
-        : m_pass(pass), m_loan(pass->State(), wanted), m_oids(std::move(oids)) {}
+    enum class MustStand { kNo, kYes };
+
+    RowsOfOIDs(const std::shared_ptr<Pass>& pass, const Search& wanted, std::vector<std::int64_t> oids, MustStand must)
+        : m_pass(pass), m_loan(pass->State(), wanted), m_oids(std::move(oids)), m_must(must) {}
 
     std::unique_ptr<Row> Next() override {
         while (m_next < m_oids.size()) {
-            const GdalErrors notThere;
-            if (OGRFeatureUniquePtr feature{m_loan.Layer().GetFeature(m_oids[m_next++])})
+            const std::int64_t oid = m_oids[m_next++];
+            if (m_pass->State().IsDeleted(oid)) continue;
+            if (OGRFeatureUniquePtr feature = row_at(m_loan.Layer(), oid, m_pass->State()))
                 return std::make_unique<OgrRow>(m_pass, std::move(feature));
+            if (m_must == MustStand::kYes) raise_gone(m_pass->State().Path(), "the row " + std::to_string(oid));
         }
         return nullptr;
     }
@@ -264,14 +292,15 @@ private:
     std::shared_ptr<Pass> m_pass;
     Loan m_loan;
     std::vector<std::int64_t> m_oids;
+    MustStand m_must;
     std::size_t m_next = 0;
 };
 
 /// Some of the rows that another source gives, by their places in it.
 class RowsAtPlaces final : public IRows {
 public:
-    RowsAtPlaces(std::unique_ptr<IRows> all, std::vector<std::int64_t> places)
-        : m_all(std::move(all)), m_places(std::move(places)) {}
+    RowsAtPlaces(std::unique_ptr<IRows> all, std::vector<std::int64_t> places, std::filesystem::path path)
+        : m_all(std::move(all)), m_places(std::move(places)), m_path(std::move(path)) {}
 
     std::unique_ptr<Row> Next() override {
         if (m_next == m_places.size()) return nullptr;
@@ -280,12 +309,13 @@ public:
                 ++m_next;
                 return row;
             }
-        return nullptr;
+        raise_gone(m_path, "a row");
     }
 
 private:
     std::unique_ptr<IRows> m_all;
     std::vector<std::int64_t> m_places;
+    std::filesystem::path m_path;
     std::size_t m_next = 0;
     std::int64_t m_place = 0;
 };
@@ -293,7 +323,7 @@ private:
 class OgrCursor final : public IFeatureCursor {
 public:
     OgrCursor(std::shared_ptr<Pass> pass, const Search& search, std::unique_ptr<IRows> rows)
-        : m_pass(std::move(pass)), m_rows(std::move(rows)), m_where(search.Where) {
+        : m_pass(std::move(pass)), m_rows(std::move(rows)), m_where(search.Where), m_withShape(search.WithShape) {
         if (!m_where || platform::EqualNoCase(m_where->Field, "FID")) return;
         m_whereField = m_pass->State().FindField(m_where->Field);
         if (m_whereField < 0)
@@ -312,7 +342,9 @@ public:
     std::unique_ptr<IFeature> NextFeature() override {
         while (std::unique_ptr<Row> row = m_rows->Next()) {
             if (m_pass->State().IsDeleted(row->OID())) continue;
-            if (!m_where || platform::ValueEquals(WhereValue(*row), m_where->Value)) return row;
+            if (m_where && !platform::ValueEquals(WhereValue(*row), m_where->Value)) continue;
+            if (m_withShape && !row->HasShape()) m_pass->State().CheckHasNoShape(row->OID());
+            return row;
         }
         return nullptr;
     }
@@ -327,6 +359,7 @@ private:
     std::shared_ptr<Pass> m_pass;
     std::unique_ptr<IRows> m_rows;
     std::optional<platform::AttributeQuery> m_where;
+    bool m_withShape;
     int m_whereField = -1;
 };
 
@@ -366,25 +399,32 @@ std::unique_ptr<IRows> rows_of(const std::shared_ptr<Pass>& pass, const Search& 
 
 }  // namespace
 
-/// The next row; RuntimeError when it is there and cannot be read.
-OGRFeatureUniquePtr next_row(OGRLayer& layer, const std::filesystem::path& path) {
+OGRFeatureUniquePtr RowReader::Next() {
     const GdalErrors errors;
-    OGRFeatureUniquePtr row(layer.GetNextFeature());
-    if (errors.Failed()) errors.RaiseReading(path);
-    return row;
+    OGRFeatureUniquePtr row(m_layer.GetNextFeature());
+    if (row) m_last = row->GetFID();
+    if (!errors.Failed()) return row;
+    const std::string last = m_last ? "the row " + std::to_string(*m_last) : "";
+    m_state.RaiseUnread(row ? last : last.empty() ? "the first row" : "the row after " + last, errors);
 }
 
 platform::Extent bounds_of(const std::shared_ptr<Pass>& pass) {
     platform::Extent bounds;
     const auto rows = rows_of(pass, {.Fields = kNoCells});
-    while (const std::unique_ptr<Row> row = rows->Next())
-        if (!pass->State().IsDeleted(row->OID())) row->AddTo(bounds);
+    while (const std::unique_ptr<Row> row = rows->Next()) {
+        if (pass->State().IsDeleted(row->OID())) continue;
+        if (!row->HasShape()) pass->State().CheckHasNoShape(row->OID());
+        row->AddTo(bounds);
+    }
     return bounds;
 }
 
 std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Search& search) {
-    if (auto oid = oid_asked_for(pass->State(), search)) return open_cursor(std::move(pass), search, {*std::move(oid)});
-    std::unique_ptr<IRows> rows = rows_of(pass, search);
+    std::unique_ptr<IRows> rows;
+    if (auto oid = oid_asked_for(pass->State(), search))
+        rows = std::make_unique<RowsOfOIDs>(pass, search, *std::move(oid), RowsOfOIDs::MustStand::kNo);
+    else
+        rows = rows_of(pass, search);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 
@@ -392,9 +432,9 @@ std::unique_ptr<IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const Se
                                             const ChosenRows& chosen) {
     std::unique_ptr<IRows> rows;
     if (chosen.ArePlaces)
-        rows = std::make_unique<RowsAtPlaces>(rows_of(pass, search), chosen.Rows);
+        rows = std::make_unique<RowsAtPlaces>(rows_of(pass, search), chosen.Rows, pass->State().Path());
     else
-        rows = std::make_unique<RowsOfOIDs>(pass, search, chosen.Rows);
+        rows = std::make_unique<RowsOfOIDs>(pass, search, chosen.Rows, RowsOfOIDs::MustStand::kYes);
     return std::make_unique<OgrCursor>(std::move(pass), search, std::move(rows));
 }
 

@@ -28,6 +28,7 @@ wxl_room(
   shp_file.cpp
   stored_name.cpp
   transaction_editor.cpp
+  unread_shapes.cpp
   DEPENDS
   wxl_platform
   wxl_adapter_disk

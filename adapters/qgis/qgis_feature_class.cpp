@@ -2,6 +2,7 @@
 
 #include "adapters/files/stored_name.h"
 #include "adapters/qgis/layer_files.h"
+#include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
@@ -11,7 +12,6 @@
 #include <deque>
 #include <map>
 #include <qgsexpression.h>
-#include <qgsfeatureiterator.h>
 #include <qgsfeaturerequest.h>
 #include <qgsproviderregistry.h>
 #include <qgsvectordataprovider.h>
@@ -117,7 +117,7 @@ void ask_for_rows(const QgsVectorLayer& layer, std::span<const QgsFeatureId> ids
 class QgisCursor final : public platform::IFeatureCursor {
 public:
     QgisCursor(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
-        : m_pass(std::move(pass)), m_rows(m_pass->Open().getFeatures(request)) {}
+        : m_pass(std::move(pass)), m_rows(m_pass->Open(), request) {}
 
     ~QgisCursor() override {
         try {
@@ -129,7 +129,7 @@ public:
 
     std::unique_ptr<platform::IFeature> NextFeature() override {
         QgsFeature feature;
-        while (m_rows.nextFeature(feature))
+        while (m_rows.Next(feature))
             if (!m_pass->IsGone(feature.id())) return std::make_unique<QgisFeature>(m_pass, feature);
         return nullptr;
     }
@@ -138,25 +138,45 @@ public:
 
 private:
     std::shared_ptr<TablePass> m_pass;
-    QgsFeatureIterator m_rows;
+    LayerRows m_rows;
 };
+
+/// Throws for the first of the selected rows that QGIS did not give; a filter of the layer may hide some.
+void require_all(const QgsVectorLayer& layer, std::span<const QgsFeatureId> wanted, const QgsFeatureIds& given,
+                 const TablePass& pass) {
+    if (!layer.subsetString().isEmpty()) return;
+    for (const QgsFeatureId id : wanted)
+        if (!given.contains(id) && !pass.IsGone(id))
+            raise_unread(QStringLiteral("The selected row %1").arg(id), layer.name(), {});
+}
 
 /// Selected rows in the order of a layer whose ids do not rise in it.
 class SelectionInOrder final : public platform::IFeatureCursor {
 public:
     SelectionInOrder(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
-        : m_selected(pass->Open().selectedFeatureIds()), m_all(std::move(pass), request) {}
+        : m_pass(pass),
+          m_selected(pass->Open().selectedFeatureIds()),
+          m_givesAll(request.filterExpression() == nullptr),
+          m_all(std::move(pass), request) {}
 
     std::unique_ptr<platform::IFeature> NextFeature() override {
-        while (auto feature = m_all.NextFeature())
-            if (m_selected.contains(feature->OID())) return feature;
+        while (auto feature = m_all.NextFeature()) {
+            if (!m_selected.contains(feature->OID())) continue;
+            m_given.insert(feature->OID());
+            return feature;
+        }
+        const std::vector<QgsFeatureId> wanted(m_selected.begin(), m_selected.end());
+        if (m_givesAll) require_all(m_pass->Open(), wanted, m_given, *m_pass);
         return nullptr;
     }
 
     void Flush() override { m_all.Flush(); }
 
 private:
+    std::shared_ptr<TablePass> m_pass;
     QgsFeatureIds m_selected;
+    QgsFeatureIds m_given;
+    bool m_givesAll;  ///< no query leaves rows out
     QgisCursor m_all;
 };
 
@@ -208,13 +228,15 @@ private:
         context.appendScope(new QgsExpressionContextScope());
         context.setFields(m_pass->Open().fields());
         if (where) where->prepare(&context);
-        QgsFeatureIterator rows = m_pass->Open().getFeatures(request);
+        LayerRows rows(m_pass->Open(), request, block);
+        QgsFeatureIds given;
         QgsFeature feature;
-        while (rows.nextFeature(feature)) {
-            if (!std::binary_search(block.begin(), block.end(), feature.id())) continue;
+        while (rows.Next(feature)) {
+            given.insert(feature.id());
             context.setFeature(feature);
             if (!where || where->evaluate(&context).toBool()) m_block.push_back(feature);
         }
+        require_all(m_pass->Open(), block, given, *m_pass);
         std::sort(m_block.begin(), m_block.end(),
                   [](const QgsFeature& a, const QgsFeature& b) { return a.id() < b.id(); });
         return true;
@@ -280,8 +302,8 @@ platform::Extent QgisFeatureClass::Bounds() const {
     // Row by row: the cached extent of a layer does not shrink when rows go, and knows no rows without a shape.
     platform::Extent bounds;
     QgsFeature feature;
-    auto rows = open_layer(m_layer).getFeatures(QgsFeatureRequest().setNoAttributes());
-    while (rows.nextFeature(feature)) {
+    LayerRows rows(open_layer(m_layer), QgsFeatureRequest().setNoAttributes());
+    while (rows.Next(feature)) {
         if (IsGone(open_layer(m_layer), feature.id()) || feature.geometry().isEmpty()) continue;
         const QgsRectangle box = feature.geometry().boundingBox();
         bounds.Include({box.xMinimum(), box.yMinimum()});
@@ -298,8 +320,8 @@ std::int64_t QgisFeatureClass::FeatureCount() const {
     if (known >= 0 && !recorded && !TablePass::Running(open_layer(m_layer))) return known;
     std::int64_t count = 0;
     QgsFeature feature;
-    auto rows = open_layer(m_layer).getFeatures(QgsFeatureRequest().setFlags(kRequestNoGeometry).setNoAttributes());
-    while (rows.nextFeature(feature)) count += IsGone(open_layer(m_layer), feature.id()) ? 0 : 1;
+    LayerRows rows(open_layer(m_layer), QgsFeatureRequest().setFlags(kRequestNoGeometry).setNoAttributes());
+    while (rows.Next(feature)) count += IsGone(open_layer(m_layer), feature.id()) ? 0 : 1;
     return count;
 }
 

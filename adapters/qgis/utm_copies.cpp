@@ -1,6 +1,7 @@
 #include "adapters/qgis/utm_copies.h"
 
 #include "adapters/files/projection.h"
+#include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
@@ -43,8 +44,8 @@ std::optional<DegreesExtent> extent_of(QgsVectorLayer& layer) {
     platform::Extent around;    // longitudes -180 to 180
     platform::Extent eastward;  // the same, 0 to 360
     QgsFeature feature;
-    auto rows = layer.getFeatures(QgsFeatureRequest().setNoAttributes());
-    while (rows.nextFeature(feature)) {
+    LayerRows rows(layer, QgsFeatureRequest().setNoAttributes());
+    while (rows.Next(feature)) {
         if (feature.geometry().isEmpty()) continue;
         const QgsPointXY centre = feature.geometry().boundingBox().center();
         if (!std::isfinite(centre.x()) || !std::isfinite(centre.y())) continue;
@@ -115,8 +116,8 @@ void write_copy(QgsVectorLayer& layer, const QgsCoordinateReferenceSystem& crs, 
         QgsVectorFileWriter::create(path, fields, layer.wkbType(), crs, context, options));
     if (writer->hasError() != QgsVectorFileWriter::NoError) raise_writing(path, writer->errorMessage());
     QgsFeature feature;
-    auto rows = layer.getFeatures();
-    while (rows.nextFeature(feature)) {
+    LayerRows rows(layer, QgsFeatureRequest());
+    while (rows.Next(feature)) {
         try {
             QgsGeometry geometry = feature.geometry();
             if (!geometry.isNull()) geometry.transform(transform);

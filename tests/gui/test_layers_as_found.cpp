@@ -263,6 +263,62 @@ TEST_F(LayersAsFound, The_rows_of_a_geopackage_are_counted) {
     EXPECT_EQ(QgisFeatureClass(layer).FeatureCount(), 3);
 }
 
+/// What another program does to a database.
+void change(const QString& path, const std::vector<const char*>& statements) {
+    const files::GdalDatasetPtr database(GDALDataset::Open(path.toUtf8().constData(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+    for (const char* sql : statements) database->ReleaseResultSet(database->ExecuteSQL(sql, nullptr, nullptr));
+}
+
+/// What reading these rows ends in.
+std::string trouble_of(IFeatureCursor& cursor) {
+    try {
+        while (const auto row = cursor.NextFeature()) row->Shape();
+    } catch (const RuntimeError& error) {
+        return error.Description;
+    }
+    return "";
+}
+
+TEST_F(LayersAsFound, A_selected_row_that_cannot_be_read_is_an_error_and_no_row_less) {
+    const QString path = Open(Format::kGeoPackage, {kTime2}, three_times()).source().section(QLatin1Char('|'), 0, 0);
+    QgsProject::instance()->clear();
+    change(path, {"DROP TRIGGER IF EXISTS rtree_fixes_geom_update1", "DROP TRIGGER IF EXISTS rtree_fixes_geom_update3",
+                  "DROP TRIGGER IF EXISTS rtree_fixes_geom_update6", "DROP TRIGGER IF EXISTS rtree_fixes_geom_update7",
+                  "UPDATE fixes SET geom = x'4750' WHERE fid = 2"});
+    QgsVectorLayer layer(path, QStringLiteral("fixes"), QStringLiteral("ogr"));
+    ASSERT_TRUE(layer.isValid());
+    const std::string told =
+        "The row 2 of the layer \"fixes\" could not be read (Unable to read geometry). Please correct it or take it "
+        "out of the layer and try again.";
+    EXPECT_EQ(trouble_of(*QgisFeatureClass(layer).Find({})), told);
+    layer.selectByIds({1, 2});
+    QgisSelectionSet selection(layer);
+    EXPECT_EQ(trouble_of(*selection.Find({})), told);
+    layer.selectByIds({1, 3});
+    EXPECT_EQ(trouble_of(*selection.Find({})), "");
+}
+
+TEST_F(LayersAsFound, A_selected_row_that_is_not_there_any_more_is_an_error) {
+    const QString path = Open(Format::kGeoPackage, {kTime2}, three_times()).source().section(QLatin1Char('|'), 0, 0);
+    QgsProject::instance()->clear();
+    QgsVectorLayer layer(path, QStringLiteral("fixes"), QStringLiteral("ogr"));
+    layer.selectAll();
+    change(path, {"DELETE FROM fixes WHERE fid = 3"});
+    QgisSelectionSet selection(layer);
+    EXPECT_EQ(trouble_of(*selection.Find({})),
+              "The selected row 3 of the layer \"fixes\" could not be read. Please correct it or take it out of the "
+              "layer and try again.");
+}
+
+TEST_F(LayersAsFound, A_selected_row_that_a_filter_hides_is_left_out) {
+    QgsVectorLayer& layer = Open(Format::kShapefile, {kTime2}, three_times());
+    layer.selectAll();
+    ASSERT_TRUE(layer.setSubsetString(QStringLiteral("\"Time2\" > 60")));
+    layer.selectByIds({0, 1, 2});
+    QgisSelectionSet selection(layer);
+    EXPECT_EQ(trouble_of(*selection.Find({})), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Layers, LayersOfEachFormat,
                          testing::Values(TestFormat{"Shapefile", Format::kShapefile},
                                          TestFormat{"GeoPackage", Format::kGeoPackage},

@@ -1,5 +1,6 @@
 #include "adapters/qgis/processing/wxl_algorithm.h"
 
+#include "adapters/files/gdal_support.h"
 #include "adapters/qgis/processing/wxl_icon.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"
@@ -79,7 +80,13 @@ std::unique_ptr<QgsVectorLayer> WxlAlgorithm::CopyToChange(const QVariantMap& pa
                                                            QgsProcessingFeedback& feedback) const {
     const std::unique_ptr<QgsProcessingFeatureSource> source(parameterAsSource(parameters, kInput, context));
     if (!source) throw QgsProcessingException(invalidSourceError(parameters, kInput));
+    const files::GdalErrors errors;
     std::unique_ptr<QgsVectorLayer> copy(source->materialize(QgsFeatureRequest(), &feedback));
+    // The copy would lack a row that cannot be read, or its place.
+    if (errors.Failed())
+        throw QgsProcessingException(QStringLiteral("A row of the layer \"%1\" could not be read (%2). Please correct "
+                                                    "it or take it out of the layer and try again.")
+                                         .arg(source->sourceName(), ToQString(errors.Text())));
     if (!copy) throw QgsProcessingException(QStringLiteral("The layer could not be read."));
     copy->setName(source->sourceName());
     copy->selectAll();

@@ -166,6 +166,147 @@ TEST_F(RowsAsTheyStand, A_view_that_repeats_row_numbers_gives_each_of_its_rows) 
     EXPECT_THAT(names_of(*layer->Selection()->Find({}), 0), ElementsAre("C@100", "C@200"));
 }
 
+/// What reading these rows ends in.
+std::string trouble_of(platform::IFeatureCursor& cursor) {
+    return ErrorOf([&] {
+               while (const auto row = cursor.NextFeature()) row->Shape();
+           })
+        .Description;
+}
+
+TEST_F(RowsAsTheyStand, A_chosen_row_that_cannot_be_read_is_an_error_and_no_row_less) {
+    std::vector<std::string> statements;
+    for (const char* number : {"1", "2", "3", "4", "5", "6", "7"})
+        statements.push_back(std::string("DROP TRIGGER IF EXISTS rtree_fixes_geom_update") + number);
+    statements.emplace_back("UPDATE fixes SET geom = x'4750' WHERE fid = 3");
+    const std::string path = GeoPackage(6, statements);
+    const std::string told = fs::canonical(path).string() +
+                             ": the row 3 could not be read (Unable to read geometry): correct it, or take it out of "
+                             "the file";
+    const auto layer = OpenFeatureLayer(path);
+    EXPECT_EQ(trouble_of(*layer->FeatureClass()->Find({})), told);
+    layer->SelectWhere("name = 'A'");
+    EXPECT_EQ(layer->Selection()->Count(), 3);
+    EXPECT_EQ(trouble_of(*layer->Selection()->Find({})), told);
+    layer->Select({2, 3, 4});
+    EXPECT_EQ(trouble_of(*layer->Selection()->Find({})), told);
+    platform::Search third;
+    third.Where = platform::AttributeQuery{"FID = 3", "FID", FieldValue(std::int64_t{3})};
+    EXPECT_EQ(trouble_of(*layer->FeatureClass()->Find(third)), told);
+    EXPECT_EQ(ErrorOf([&] { layer->FeatureClass()->Bounds(); }).Description, told);
+    layer->SelectWhere("name = 'B'");
+    EXPECT_THAT(names_of(*layer->Selection()->Find({}), 0), ElementsAre("B@200", "B@400", "B@600"));
+}
+
+TEST_F(RowsAsTheyStand, A_row_number_that_no_row_has_finds_none) {
+    const auto none_at = [](const std::string& path, std::int64_t number) {
+        platform::Search search;
+        search.Where = platform::AttributeQuery{"FID", "FID", FieldValue(number)};
+        return OpenFeatureLayer(path)->FeatureClass()->Find(search)->NextFeature() == nullptr;
+    };
+    EXPECT_TRUE(none_at(GeoPackage(3, {"DELETE FROM fixes WHERE fid = 2"}), 2));
+    EXPECT_TRUE(none_at((m_folder / "fixes.gpkg").string(), 4));
+    const std::string shapefile = MakeFixes(m_folder.Path(), 3).string();
+    EXPECT_TRUE(none_at(shapefile, 3));
+    EXPECT_FALSE(none_at(shapefile, 2));
+}
+
+TEST_F(RowsAsTheyStand, A_chosen_row_that_another_program_deleted_is_told) {
+    const std::string path = GeoPackage(6, {"DELETE FROM fixes WHERE fid = 99"});
+    const auto layer = OpenFeatureLayer(path);
+    layer->SelectWhere("name = 'A'");
+    {
+        RegisterGdal();
+        const GdalDatasetPtr other(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+        execute(*other, "DELETE FROM fixes WHERE fid = 5");
+    }
+    EXPECT_EQ(trouble_of(*layer->Selection()->Find({})),
+              fs::canonical(path).string() +
+                  ": the row 5 was chosen and is not there any more: another program changed the file. Start again");
+}
+
+TEST_F(RowsAsTheyStand, A_torn_record_of_a_shapefile_is_told_and_a_null_shape_is_none) {
+    RegisterGdal();
+    const fs::path path = m_folder / "many.shp";
+    {
+        const GdalDatasetPtr dataset(GetGDALDriverManager()
+                                         ->GetDriverByName("ESRI Shapefile")
+                                         ->Create(path.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+        OGRLayer* layer = dataset->CreateLayer("many", nullptr, wkbMultiPoint);
+        OGRFieldDefn name("name", OFTString);
+        ASSERT_EQ(layer->CreateField(&name), OGRERR_NONE);
+        for (int i = 0; i < 4; ++i) {
+            const OGRFeatureUniquePtr row(OGRFeature::CreateFeature(layer->GetLayerDefn()));
+            row->SetField(0, i == 3 ? "B" : "A");
+            OGRMultiPoint points;
+            const OGRPoint point(100.0 * i, 10.0);
+            points.addGeometry(&point);
+            if (i != 1) row->SetGeometry(&points);
+            ASSERT_EQ(layer->CreateFeature(row.get()), OGRERR_NONE);
+        }
+    }
+    const auto whole = OpenFeatureLayer(path.string());
+    whole->SelectWhere("name = 'A'");
+    EXPECT_EQ(trouble_of(*whole->Selection()->Find({})), "");
+    // Records of 64, 12 and 64 bytes: the third tells of a thousand points.
+    std::string bytes = Bytes(path);
+    constexpr std::size_t kPointCount = 100 + 64 + 12 + 8 + 36;
+    ASSERT_EQ(bytes[kPointCount], 1);
+    bytes[kPointCount + 1] = 4;
+    PutBytes(path, bytes);
+    const auto layer = OpenFeatureLayer(path.string());
+    const std::string told =
+        fs::canonical(path).string() +
+        ": the row 2 could not be read (Corrupted .shp file : shape 2 : nPoints = 1025, nEntitySize = 64): correct it, "
+        "or take it out of the file";
+    EXPECT_EQ(trouble_of(*layer->FeatureClass()->Find({})), told);
+    layer->SelectWhere("name = 'A'");
+    EXPECT_EQ(trouble_of(*layer->Selection()->Find({})), told);
+    layer->SelectWhere("name = 'B'");
+    EXPECT_THAT(names_of(*layer->Selection()->Find({}), 0), ElementsAre("B@300"));
+}
+
+TEST_F(RowsAsTheyStand, A_location_in_text_that_means_none_is_told_and_an_empty_one_is_none) {
+    const auto with = [](const std::string& geometry) {
+        return collection({feature(1, "Arn", 1),
+                           R"({"type":"Feature","properties":{"id":7,"name":"Arn"},"geometry":)" + geometry + "}",
+                           feature(8, "Zoe", 3)});
+    };
+    const auto told = [&](const fs::path& file, const std::string& text, const std::string& condition) {
+        PutBytes(file, text);
+        const auto layer = OpenFeatureLayer(file.string());
+        if (!condition.empty()) layer->SelectWhere(condition);
+        return condition.empty() ? trouble_of(*layer->FeatureClass()->Find({}))
+                                 : trouble_of(*layer->Selection()->Find({}));
+    };
+    const fs::path json = fs::canonical(m_folder.Path()) / "wolves.geojson";
+    const std::string unread =
+        ": the row 7 could not be read (its location means none): correct it, or take it out "
+        "of the file";
+    for (const char* geometry : {R"({"type":"Point","coordinates":[5]})", R"({"type":"Point","coordinates":[null,5]})",
+                                 R"({"type":"Pnt","coordinates":[1,2]})", R"("here")", "[1,2]", "17"}) {
+        EXPECT_EQ(told(json, with(geometry), ""), json.string() + unread) << geometry;
+        EXPECT_EQ(told(json, with(geometry), "name = 'Arn'"), json.string() + unread) << geometry;
+        EXPECT_EQ(told(json, with(geometry), "name = 'Zoe'"), "") << geometry;
+    }
+    // The format's reader tells such a location with the first row.
+    EXPECT_EQ(told(json, with(R"({"type":"Point","coordinates":["x",5]})"), ""),
+              json.string() +
+                  ": the row 7 could not be read (Invalid 'x' coordinate. Type is not double or integer for "
+                  "'\"x\"'.): correct it, or take it out of the file");
+    for (const char* geometry : {"null", R"({"type":"Point","coordinates":[]})"})
+        EXPECT_EQ(told(json, with(geometry), "name = 'Arn'"), "") << geometry;
+    const fs::path csv = fs::canonical(m_folder.Path()) / "wolves.csv";
+    const std::string start = "WKT,name\n\"POINT (1 10)\",Arn\n";
+    const std::string second =
+        ": the row 2 could not be read (its location means none): correct it, or take it out of "
+        "the file";
+    EXPECT_EQ(told(csv, start + "\"POINT (2 1\",Arn\n\"POINT (3 10)\",Zoe\n", ""), csv.string() + second);
+    EXPECT_EQ(told(csv, start + "here,Arn\n", "name = 'Arn'"), csv.string() + second);
+    EXPECT_EQ(told(csv, start + "here,Zoe\n", "name = 'Arn'"), "");
+    EXPECT_EQ(told(csv, start + ",Arn\n\"POINT EMPTY\",Arn\n", ""), "");
+}
+
 TEST_F(RowsAsTheyStand, Rows_of_a_view_cannot_be_changed) {
     const auto layer = OpenFeatureLayer(View(2, "SELECT fid, geom, name, Time2 FROM fixes"));
     EXPECT_EQ(layer->WhyReadOnly(), fs::canonical(m_folder / "fixes.gpkg").string() +
