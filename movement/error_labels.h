@@ -56,6 +56,7 @@ inline constexpr const char* kFormTerminate = "Form_Terminate sub Error number: 
 inline constexpr const char* kFormUnload = "Form_Unload sub Error number: ";
 inline constexpr const char* kSlideSec = "slideSec_change Error number: ";
 inline constexpr const char* kDrawLine = "DrawMLine Error number: ";
+inline constexpr const char* kZoom = "zoom sub Error number: ";
 
 /// Stands after the number in the reports of the three stepping procedures.
 inline constexpr const char* kAdvice = "Please check your data...";

@@ -16,9 +16,12 @@ namespace {
 
 constexpr const char* kTitle = "Display Tracks";
 constexpr const char* kRestart = "You must select a point layer and restart the display tracks tool.";
+constexpr const char* kNoPlace =
+    "This fix has no place in the project's coordinate system: its legs are not drawn, but saved.";
+constexpr const char* kPathTakenOff = "The path drawn before was in another coordinate system: it is off the map.";
 
-bool is_inside(const Extent& view, const Point& place) {
-    return place.X >= view.XMin && place.X <= view.XMax && place.Y >= view.YMin && place.Y <= view.YMax;
+std::string selected_text(std::size_t fixes) {
+    return std::to_string(fixes) + (fixes == 1 ? " fix selected" : " fixes selected");
 }
 
 }  // namespace
@@ -36,7 +39,6 @@ void frmOVI::Form_Load() {
         if (!m_application) Raise(error_number::kObjectNotSet);
         m_document = m_application->Document();
         m_map = Document().FocusMap();
-        m_graphics = Map().NewGraphics();
         Document().SetListener(this);
         m_stop = false;
         Rebuild();
@@ -52,6 +54,7 @@ void frmOVI::Form_Unload() {
             RefreshGraphics();
         }
         m_graphics.reset();
+        m_reference.reset();
         m_map.reset();
         m_document.reset();
         ForgetFixes();
@@ -71,10 +74,45 @@ void frmOVI::Rebuild() {
     lblStats.Caption = "Meters per sec: 0 Distance: 0";
     LblDateAndTime1.Caption = "Date:";
     lblfix.Caption = "0/0";
-    if (!GetCollectionFromActiveLayer() || m_fixes.empty()) return;
+    lblNotice.Caption.clear();
+    const bool found = GetCollectionFromActiveLayer() != nullptr;
+    lblSelected.Caption = selected_text(m_fixes.size());
+    if (found)
+        DrawIn(feature_class_of(*m_layer)->Reference());
+    else if (!m_graphics)
+        DrawIn({});
+    EnablePlaying(true);
+    if (m_fixes.empty()) return;
     Slider.Maximum = static_cast<std::int32_t>(m_fixes.size()) - 1;
     m_previous = FixAt(0);
     lblfix.Caption = FixText(m_previous->FID);
+}
+
+/// Legs from now on are in this coordinate system; those of another one go.
+void frmOVI::DrawIn(const SpatialReference& reference) {
+    if (m_graphics && m_reference == reference) return;
+    if (!m_legs.empty()) {
+        DeleteMooseTracks();
+        RefreshGraphics();
+        lblNotice.Caption = kPathTakenOff;
+    }
+    m_reference = reference;
+    m_graphics = Map().NewGraphics(reference);
+}
+
+/// Nothing can be played without a layer; what is drawn stays.
+void frmOVI::EndWithLayer() {
+    ++m_trackNumber;
+    ForgetFixes();
+    lblSelected.Caption = selected_text(0);
+    EnablePlaying(false);
+    lblNotice.Caption = "The layer \"" + m_layerName +
+                        "\" was removed from the map: its track ends here. The drawn path can still be saved.";
+}
+
+void frmOVI::EnablePlaying(bool enabled) {
+    for (Button* button : {&CmdTrackMoose, &cmdStop, &CmbStep, &cmdStepBack, &cmdZoomTrack}) button->Enabled = enabled;
+    Slider.Enabled = enabled;
 }
 
 void frmOVI::ForgetFixes() {
@@ -90,6 +128,7 @@ void frmOVI::ForgetFixes() {
 
 void frmOVI::ContentsChanged() {
     if (m_addingOwnLayer) return;
+    if (m_layer && m_layer->IsRemoved()) EndWithLayer();
     m_services.Messages->Show({.Text = "Feature Layer changed. Please restart the display tracks tool."});
 }
 
@@ -154,7 +193,7 @@ void frmOVI::CmdTrackMoose_Click() {
 void frmOVI::setupTrackMoose(bool keepPath, double delaySeconds, bool oneStep) {
     Guarded(*m_services.Messages, labels::kSetupTrack, [&] {
         if (!GetSelectionFromActiveLayer()) return;
-        if (!m_graphics) m_graphics = Map().NewGraphics();
+        if (!m_graphics) DrawIn(feature_class_of(*selected_feature_layer(Document()))->Reference());
         if (!m_stop) {
             DeleteMooseTracks();
             RefreshGraphics();
@@ -191,7 +230,7 @@ bool frmOVI::IsPlaying(std::uint64_t track) const {
 void frmOVI::Wait(double seconds, std::uint64_t track) {
     PlayDelay delay(*m_services.Clock, seconds);
     do {
-        m_services.Host->Yield();
+        m_services.Host->WaitForEvents(delay.Remaining());
     } while (IsPlaying(track) && !delay.HasPassed());
 }
 
@@ -226,6 +265,29 @@ void frmOVI::SlideSec_Change() {
     Guarded(*m_services.Messages, labels::kSlideSec, [&] { TxtSec.Text = NumberText(SlideSec.Value * 0.01 + 0.01); });
 }
 
+void frmOVI::cmdZoomIn_Click() {
+    ZoomAround(0.5);
+}
+
+void frmOVI::cmdZoomOut_Click() {
+    ZoomAround(2.0);
+}
+
+void frmOVI::ZoomAround(double factor) {
+    Guarded(*m_services.Messages, labels::kZoom, [&] {
+        if (m_graphics && m_previous && m_previous->Location) m_graphics->Zoom(factor, *m_previous->Location);
+    });
+}
+
+void frmOVI::cmdZoomTrack_Click() {
+    Guarded(*m_services.Messages, labels::kZoom, [&] {
+        std::vector<Point> places;
+        for (const TrackFix& fix : m_fixes)
+            if (fix.Location) places.push_back(*fix.Location);
+        if (m_graphics && !places.empty()) m_graphics->ZoomTo(places);
+    });
+}
+
 bool frmOVI::HasFix(std::int64_t position) const {
     return position >= 0 && position < static_cast<std::int64_t>(m_fixes.size());
 }
@@ -245,6 +307,8 @@ void frmOVI::ShowLabels(const TrackFix& fix) {
     lblStats.Caption = stats_text(fix);
     LblDateAndTime1.Caption = date_and_time_text(fix);
     lblfix.Caption = FixText(fix.FID);
+    const bool placed = !m_graphics || !fix.Location || m_graphics->CanPlace(*fix.Location);
+    lblNotice.Caption = placed ? "" : kNoPlace;
 }
 
 /// Asks before a leg over missing fixes is drawn. Fixes met on the way back are never missing.
@@ -281,7 +345,7 @@ void frmOVI::DrawMooseLine(const TrackFix& previous, const TrackFix& current, bo
         const TrackLeg leg{*previous.Location, *current.Location};
         m_graphics->AddLeg(leg);
         m_legs.push_back(leg);
-        if (const Extent view = Map().View(); !view.IsEmpty() && !is_inside(view, leg.To)) Map().PanTo(leg.To);
+        if (chkFollow.Value != 0 && !m_graphics->IsInView(leg.To)) m_graphics->PanTo(leg.To);
         RefreshGraphics();
     });
 }
@@ -305,6 +369,7 @@ std::shared_ptr<IFeatureLayer> frmOVI::GetCollectionFromActiveLayer() {
         const auto selection = GetSelectionFromActiveLayer();
         if (!selection) return nullptr;
         m_layer = selected_feature_layer(Document());
+        m_layerName = m_layer->Name();
         m_fixes = gather_fixes(*feature_class_of(*m_layer), *selection);
         return m_layer;
     });

@@ -57,6 +57,14 @@ public:
     platform::Label lblStats{"Meters per sec: 0 Distance:0"};
     platform::Label LblDateAndTime1{"Date:"};
 
+    // Around the map, which cannot be reached while the form is open
+    platform::Button cmdZoomIn{"Zoom In"};
+    platform::Button cmdZoomOut{"Zoom Out"};
+    platform::Button cmdZoomTrack{"Zoom to Track"};
+    platform::CheckBox chkFollow{"Follow the Track", 1};  ///< whether the map moves when a leg ends outside the view
+    platform::Label lblSelected{""};                      ///< "308 fixes selected"
+    platform::Label lblNotice{""};  ///< what stands in the way of this fix or of the whole track; "" where nothing does
+
     // Handed over before the form is shown
     void SetApplication(const std::shared_ptr<platform::IApplication>& application) { m_application = application; }
 
@@ -81,6 +89,11 @@ public:
     /// The Slider was moved by hand: shows the fix there; the next step starts from it.
     void Slider_Change();
     void SlideSec_Change();
+
+    /// Nearer to the fix shown last, to half of the width; the opposite; and so that all selected fixes are on screen.
+    void cmdZoomIn_Click();
+    void cmdZoomOut_Click();
+    void cmdZoomTrack_Click();
     void Form_Load();
 
     /// Ends a play, takes the track off the map and stops listening to it. May be called twice.
@@ -88,10 +101,12 @@ public:
     void Form_Terminate();
 
     // Map events while the form is open
+    /// Without its layer the player has nothing to play any more; the drawn legs stay and can be saved.
     void ContentsChanged() override;
     void FocusMapChanged() override;
 
-    /// Rebuilds the player from the new selection; a play ends. The drawn path stays.
+    /// Rebuilds the player from the new selection; a play ends. The drawn path stays, unless the selection is in
+    /// another coordinate system.
     void SelectionChanged() override;
 
     /// Prepares the map's graphics for a play and plays: after a Stop the drawn path stays, otherwise it is removed.
@@ -112,8 +127,8 @@ public:
     /// Removes the drawn legs from the map.
     void DeleteMooseTracks();
 
-    /// Draws the leg between two fixes; without `keepPath` it replaces the legs drawn so far. Pans the map when the
-    /// leg's end lies outside the view.
+    /// Draws the leg between two fixes; without `keepPath` it replaces the legs drawn so far. While the track is
+    /// followed, the map pans when the leg's end lies outside the view.
     void DrawMooseLine(const TrackFix& previous, const TrackFix& current, bool keepPath);
 
     /// Saves the drawn legs as a line shapefile under a name that the user chooses, and adds it to the map.
@@ -135,6 +150,10 @@ private:
     platform::IMap& Map();
     void Rebuild();
     void ForgetFixes();
+    void DrawIn(const platform::SpatialReference& reference);
+    void EndWithLayer();
+    void EnablePlaying(bool enabled);
+    void ZoomAround(double factor);
     bool HasFix(std::int64_t position) const;
     TrackFix FixAt(std::int64_t position) const;
     std::string FixText(std::int64_t fid) const;
@@ -153,6 +172,8 @@ private:
     std::shared_ptr<platform::IMap> m_map;
     std::unique_ptr<platform::IGraphicsContainer> m_graphics;
     std::shared_ptr<platform::IFeatureLayer> m_layer;
+    std::string m_layerName;
+    std::optional<platform::SpatialReference> m_reference;  ///< of the drawn legs; none while nothing can be drawn
     std::vector<TrackFix> m_fixes;
     std::optional<TrackFix> m_previous;  ///< the fix shown last
     std::vector<platform::TrackLeg> m_legs;

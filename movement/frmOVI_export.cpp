@@ -76,12 +76,11 @@ std::shared_ptr<IFeatureClass> frmOVI::CreateFeatureClass1(const std::filesystem
 }
 
 FeatureClassDefinition frmOVI::MakeGeometryDef1() {
-    const std::string detail = m_layer ? m_layer->Name() : std::string();
-    return GuardedWithDetail(*m_services.Messages, labels::kCreateFeatureClass, detail, [&] {
-        if (!m_layer) Raise(error_number::kObjectNotSet);
+    return GuardedWithDetail(*m_services.Messages, labels::kCreateFeatureClass, m_layerName, [&] {
+        if (!m_reference) Raise(error_number::kObjectNotSet);
         FeatureClassDefinition definition;
         definition.Shape = ShapeType::kPolyline;
-        definition.Reference = feature_class_of(*m_layer)->Reference();
+        definition.Reference = *m_reference;
         return definition;
     });
 }

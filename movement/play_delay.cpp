@@ -1,5 +1,7 @@
 #include "movement/play_delay.h"
 
+#include <algorithm>
+
 namespace wxl::movement {
 
 PlayDelay::PlayDelay(const platform::IClock& clock, double seconds)
@@ -17,6 +19,10 @@ bool PlayDelay::HasPassed() {
     m_last = now;
     m_elapsed += turn;
     return m_elapsed >= m_seconds;
+}
+
+double PlayDelay::Remaining() const {
+    return std::max(0.0, m_seconds - m_elapsed);
 }
 
 }  // namespace wxl::movement

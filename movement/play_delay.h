@@ -13,6 +13,9 @@ public:
     /// Reads the clock; true once the delay has passed. A delay of 0 or less has passed at once.
     bool HasPassed();
 
+    /// Seconds that were left at the last reading, 0 at least.
+    double Remaining() const;
+
 private:
     const platform::IClock& m_clock;
     double m_seconds;

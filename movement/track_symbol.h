@@ -13,4 +13,8 @@ inline constexpr Colour kMarkerColour = {255, 0, 0};
 inline constexpr double kMarkerLength = 12.0;  ///< points on screen, along the leg
 inline constexpr double kMarkerWidth = 8.0;    ///< points on screen, across the leg
 
+/// A rim behind all lines, so that they are seen on a white map too.
+inline constexpr Colour kCasingColour = {70, 70, 70};
+inline constexpr double kCasingWidth = 4.0;  ///< points on screen
+
 }  // namespace wxl::movement::track_symbol

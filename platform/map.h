@@ -23,6 +23,9 @@ public:
 
     /// A message that says why rows cannot be changed now (read-only, being edited, locked); empty when they can.
     virtual std::string WhyReadOnly() const = 0;
+
+    /// Whether the layer was taken off the map; nothing but this answers then.
+    virtual bool IsRemoved() const { return false; }
 };
 
 class IRasterLayer {
@@ -60,13 +63,27 @@ struct TrackLeg {
     Point To;
 };
 
-/// Graphics of one owner on the map.
+/// Graphics of one owner on the map. Places are in the coordinate system that the container was made for, whichever the
+/// map has; a place that does not exist in the map's system is not drawn.
 class IGraphicsContainer {
 public:
     virtual ~IGraphicsContainer() = default;
     virtual void AddLeg(const TrackLeg& leg) = 0;
     virtual void DeleteLegs() = 0;
     virtual void Refresh() = 0;
+
+    /// Whether the place exists in the map's coordinate system.
+    virtual bool CanPlace(const Point& place) const = 0;
+
+    /// Whether the place is in the part of the map on screen; true where there is no screen.
+    virtual bool IsInView(const Point& place) const = 0;
+    virtual void PanTo(const Point& centre) = 0;
+
+    /// Shows `factor` times the width and height around that place: less than 1 is nearer.
+    virtual void Zoom(double factor, const Point& centre) = 0;
+
+    /// Shows all of the places.
+    virtual void ZoomTo(const std::vector<Point>& places) = 0;
 };
 
 class IMap {
@@ -79,12 +96,9 @@ public:
     /// Adds a dataset that stands on disk as a layer.
     virtual void AddDataset(const std::filesystem::path& dataset) = 0;
 
-    /// The part of the map on screen; empty where there is no screen.
-    virtual Extent View() const = 0;
-    virtual void PanTo(const Point& centre) = 0;
-
-    /// A new container of track graphics of its own.
-    virtual std::unique_ptr<IGraphicsContainer> NewGraphics() = 0;
+    /// A new container of track graphics of its own, for places in this coordinate system; in an unknown one they are
+    /// in the map's.
+    virtual std::unique_ptr<IGraphicsContainer> NewGraphics(const SpatialReference& reference) = 0;
 };
 
 /// What happens to the map while a form is open.

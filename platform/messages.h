@@ -53,6 +53,13 @@ public:
     virtual ~IHost() = default;
     virtual void Yield() = 0;
 
+    /// As Yield, but sleeps while nothing happens, for `seconds` at most; may return earlier. Without a message loop to
+    /// wake it, one turn.
+    virtual void WaitForEvents(double seconds) {
+        (void)seconds;
+        Yield();
+    }
+
     /// Puts a line into the host's status bar.
     virtual void SetStatus(std::string_view text) = 0;
 };

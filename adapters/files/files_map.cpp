@@ -114,11 +114,16 @@ public:
     void AddLeg(const platform::TrackLeg&) override {}
     void DeleteLegs() override {}
     void Refresh() override {}
+    bool CanPlace(const platform::Point&) const override { return true; }
+    bool IsInView(const platform::Point&) const override { return true; }
+    void PanTo(const platform::Point&) override {}
+    void Zoom(double, const platform::Point&) override {}
+    void ZoomTo(const std::vector<platform::Point>&) override {}
 };
 
 }  // namespace
 
-std::unique_ptr<platform::IGraphicsContainer> FilesMap::NewGraphics() {
+std::unique_ptr<platform::IGraphicsContainer> FilesMap::NewGraphics(const platform::SpatialReference&) {
     return std::make_unique<UndrawnGraphics>();
 }
 

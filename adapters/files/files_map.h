@@ -65,11 +65,9 @@ public:
 
     /// Opens the file as a feature layer, else as a raster layer; RuntimeError when it is neither.
     void AddDataset(const std::filesystem::path& dataset) override;
-    platform::Extent View() const override { return {}; }
-    void PanTo(const platform::Point&) override {}
 
     /// Graphics that are drawn nowhere.
-    std::unique_ptr<platform::IGraphicsContainer> NewGraphics() override;
+    std::unique_ptr<platform::IGraphicsContainer> NewGraphics(const platform::SpatialReference& reference) override;
 
     void AddLayer(platform::Layer layer) { m_layers.push_back(std::move(layer)); }
 

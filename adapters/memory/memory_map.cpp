@@ -60,7 +60,8 @@ namespace {
 
 class RecordingGraphics final : public IGraphicsContainer {
 public:
-    explicit RecordingGraphics(std::shared_ptr<MemoryGraphics> record) : m_record(std::move(record)) {}
+    RecordingGraphics(MemoryMap& map, std::shared_ptr<MemoryGraphics> record)
+        : m_map(map), m_record(std::move(record)) {}
     void AddLeg(const TrackLeg& leg) override { m_record->Legs.push_back(leg); }
     void DeleteLegs() override {
         m_record->Legs.clear();
@@ -70,8 +71,20 @@ public:
         ++m_record->Refreshes;
         if (m_record->OnRefresh) m_record->OnRefresh();
     }
+    bool CanPlace(const Point& place) const override {
+        return m_map.World().IsEmpty() || lies_in(m_map.World(), place);
+    }
+    bool IsInView(const Point& place) const override { return m_map.View().IsEmpty() || lies_in(m_map.View(), place); }
+    void PanTo(const Point& centre) override { m_map.PanTo(centre); }
+    void Zoom(double factor, const Point& centre) override { m_record->Zooms.emplace_back(factor, centre); }
+    void ZoomTo(const std::vector<Point>& places) override { m_record->ZoomedTo.push_back(places); }
 
 private:
+    static bool lies_in(const Extent& part, const Point& place) {
+        return place.X >= part.XMin && place.X <= part.XMax && place.Y >= part.YMin && place.Y <= part.YMax;
+    }
+
+    MemoryMap& m_map;
     std::shared_ptr<MemoryGraphics> m_record;
 };
 
@@ -86,9 +99,10 @@ private:
 
 }  // namespace
 
-std::unique_ptr<IGraphicsContainer> MemoryMap::NewGraphics() {
+std::unique_ptr<IGraphicsContainer> MemoryMap::NewGraphics(const SpatialReference& reference) {
     m_graphics.push_back(std::make_shared<MemoryGraphics>());
-    return std::make_unique<RecordingGraphics>(m_graphics.back());
+    m_graphics.back()->Reference = reference;
+    return std::make_unique<RecordingGraphics>(*this, m_graphics.back());
 }
 
 void MemoryMap::AddGroup(std::string name, std::vector<Layer> layers) {

@@ -14,11 +14,13 @@ public:
     std::shared_ptr<platform::IFeatureClass> FeatureClass() override { return m_features; }
     std::shared_ptr<platform::ISelectionSet> Selection() override;
     std::string WhyReadOnly() const override { return m_whyReadOnly; }
+    bool IsRemoved() const override { return m_removed; }
 
     /// Selects exactly these object IDs, or all features.
     void Select(std::set<std::int64_t> oids);
     void SelectAll();
     void SetWhyReadOnly(std::string reason) { m_whyReadOnly = std::move(reason); }
+    void SetRemoved() { m_removed = true; }
 
     /// The class as what it is, for tests.
     MemoryFeatureClass& Features() { return *m_features; }
@@ -30,6 +32,7 @@ private:
     std::shared_ptr<MemoryFeatureClass> m_features;
     std::shared_ptr<SelectionSet> m_selection;
     std::string m_whyReadOnly;
+    bool m_removed = false;
 };
 
 /// A raster layer: a name and where it lies.
@@ -53,9 +56,12 @@ private:
 
 /// What was drawn through one graphics container; stays when the container is gone.
 struct MemoryGraphics {
+    platform::SpatialReference Reference = {};
     std::vector<platform::TrackLeg> Legs;
     int Deletions = 0;
     int Refreshes = 0;
+    std::vector<std::pair<double, platform::Point>> Zooms = {};  ///< factors and centres
+    std::vector<std::vector<platform::Point>> ZoomedTo = {};
     std::function<void()> OnRefresh = {};  ///< called with each refresh; may throw
 };
 
@@ -65,15 +71,21 @@ public:
     // IMap
     std::vector<platform::Layer> Layers() override { return m_layers; }
     void AddDataset(const std::filesystem::path& dataset) override;
-    platform::Extent View() const override { return m_view; }
-    void PanTo(const platform::Point& centre) override;
-    std::unique_ptr<platform::IGraphicsContainer> NewGraphics() override;
+    std::unique_ptr<platform::IGraphicsContainer> NewGraphics(const platform::SpatialReference& reference) override;
 
     /// Appends a layer at the top level, or a group layer followed by its layers.
     void AddLayer(platform::Layer layer) { m_layers.push_back(std::move(layer)); }
     void AddGroup(std::string name, std::vector<platform::Layer> layers);
     void RemoveLayers() { m_layers.clear(); }
+
+    /// The part on screen; empty, as at first: there is no screen.
     void SetView(const platform::Extent& view) { m_view = view; }
+    platform::Extent View() const { return m_view; }
+
+    /// What lies outside does not exist in the map's coordinate system. At first everything exists.
+    void SetWorld(const platform::Extent& world) { m_world = world; }
+    platform::Extent World() const { return m_world; }
+    void PanTo(const platform::Point& centre);
 
     /// Called with each added dataset; may throw, or add a layer.
     void SetOnAddDataset(std::function<void(const std::filesystem::path&)> action) { m_onAdd = std::move(action); }
@@ -87,6 +99,7 @@ public:
 private:
     std::vector<platform::Layer> m_layers;
     platform::Extent m_view;
+    platform::Extent m_world;
     std::vector<std::filesystem::path> m_added;
     std::vector<platform::Point> m_pans;
     std::vector<std::shared_ptr<MemoryGraphics>> m_graphics;

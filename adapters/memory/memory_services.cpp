@@ -63,6 +63,11 @@ void MemoryHost::Yield() {
     if (m_onYield) m_onYield();
 }
 
+void MemoryHost::WaitForEvents(double seconds) {
+    m_waits.push_back(seconds);
+    Yield();
+}
+
 float MemoryClock::SecondsSinceMidnight() const {
     const float reading = m_seconds;
     Advance(m_step);

@@ -76,17 +76,22 @@ private:
 class MemoryHost final : public platform::IHost {
 public:
     void Yield() override;
+    void WaitForEvents(double seconds) override;
     void SetStatus(std::string_view text) override { m_statuses.emplace_back(text); }
 
     /// Called at every Yield, after it was counted: press a Stop button, let the clock run, throw.
     void SetOnYield(std::function<void()> action) { m_onYield = std::move(action); }
 
     int Yields() const { return m_yields; }
+
+    /// How long each wait for events might have been, in seconds.
+    const std::vector<double>& Waits() const { return m_waits; }
     const std::vector<std::string>& Statuses() const { return m_statuses; }
     std::string LastStatus() const { return m_statuses.empty() ? std::string() : m_statuses.back(); }
 
 private:
     int m_yields = 0;
+    std::vector<double> m_waits;
     std::vector<std::string> m_statuses;
     std::function<void()> m_onYield;
 };

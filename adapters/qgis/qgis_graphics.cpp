@@ -1,5 +1,6 @@
 #include "adapters/qgis/qgis_graphics.h"
 
+#include "adapters/qgis/map_places.h"
 #include "movement/track_symbol.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <qgsmapcanvasitem.h>
+#include <qgsproject.h>
 #include <QImage>
 #include <QPainter>
 #include <utility>
@@ -22,10 +24,32 @@ QColor to_qcolor(const Colour& colour) {
     return {colour.Red, colour.Green, colour.Blue};
 }
 
-/// A line from `from` to `tip`, and on it an arrow head whose tip lies there, turned along the leg.
-void draw_leg(QPainter& painter, const QPointF& from, const QPointF& tip) {
-    painter.setPen(QPen(to_qcolor(kLineColour), kLineWidth));
-    painter.drawLine(from, tip);
+QPen pen_of(const Colour& colour, double width) {
+    QPen pen(to_qcolor(colour), width);
+    pen.setJoinStyle(Qt::RoundJoin);
+    return pen;
+}
+
+/// A straight line has its own way of drawing, which is the faster one.
+void draw_line(QPainter& painter, const QPolygonF& line) {
+    if (line.size() == 2)
+        painter.drawLine(line.front(), line.back());
+    else
+        painter.drawPolyline(line);
+}
+
+/// A line whose casing goes behind all that is there already.
+void draw_leg(QPainter& painter, const QPolygonF& line) {
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+    painter.setPen(pen_of(kCasingColour, kCasingWidth));
+    draw_line(painter, line);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setPen(pen_of(kLineColour, kLineWidth));
+    draw_line(painter, line);
+}
+
+/// An arrow head with its tip there, turned as seen from `from`.
+void draw_head(QPainter& painter, const QPointF& from, const QPointF& tip) {
     const qreal length = std::hypot(tip.x() - from.x(), tip.y() - from.y());
     const QPointF along = length > 0.0 ? (tip - from) / length : QPointF(1.0, 0.0);
     const QPointF across(-along.y(), along.x());
@@ -44,13 +68,29 @@ void draw_leg(QPainter& painter, const QPointF& from, const QPointF& tip) {
 /// is rounded to whole pixels, so that tiles fit wherever they are shown.
 class QgisTrackGraphics::Item final : public QgsMapCanvasItem {
 public:
-    explicit Item(QgsMapCanvas* canvas) : QgsMapCanvasItem(canvas) { setZValue(50); }
+    Item(QgsMapCanvas* canvas, const QgsCoordinateReferenceSystem& crs)
+        : QgsMapCanvasItem(canvas), m_crs(crs), m_places(*canvas, crs) {
+        setZValue(50);
+    }
 
-    void Add(const platform::TrackLeg& leg) { m_legs.push_back(leg); }
+    const MapPlaces& Places() const { return m_places; }
+
+    void Add(const platform::TrackLeg& leg) {
+        m_legs.push_back(leg);
+        Place(leg);
+    }
 
     void Clear() {
         m_legs.clear();
-        m_tiles.clear();
+        Forget();
+    }
+
+    /// Looks anew where the legs are on the map.
+    void PlaceAnew() {
+        Forget();
+        m_places = MapPlaces(*mMapCanvas, m_crs);
+        for (const platform::TrackLeg& leg : m_legs) Place(leg);
+        Show();
     }
 
     void Show() {
@@ -67,10 +107,10 @@ public:
     }
 
     void paint(QPainter* painter) override {
-        if (m_legs.empty()) return;
+        if (m_lines.empty()) return;
         const QTransform view = mMapCanvas->mapSettings().mapToPixel().transform();
         TakeScale(view);
-        const QPointF first = view.map(QPointF(m_legs.front().From.X, m_legs.front().From.Y)) * m_ratio;
+        const QPointF first = view.map(m_first) * m_ratio;
         const TilePlace origin(std::llround(first.x()), std::llround(first.y()));
         const QSize size = mMapCanvas->mapSettings().outputSize() * m_ratio;
         const auto [left, top] = TilePlace(tile_at(-origin.first), tile_at(-origin.second));
@@ -103,6 +143,26 @@ private:
     /// the blur of its edge.
     static inline const double kMargin = std::hypot(kMarkerLength, kMarkerWidth / 2.0) + 1.0;
 
+    /// A line of a leg on the map, as a part that is seen without a break.
+    struct Line {
+        QPolygonF Path;  ///< from the first leg's place
+        bool HasHead = false;
+    };
+
+    void Forget() {
+        m_lines.clear();
+        m_tiles.clear();
+    }
+
+    void Place(const platform::TrackLeg& leg) {
+        std::vector<QPolygonF> parts = m_places.LineOf(leg);
+        for (QPolygonF& part : parts) {
+            if (m_lines.empty()) m_first = part.front();
+            part.translate(-m_first);
+            m_lines.push_back({part, &part == &parts.back()});
+        }
+    }
+
     static std::int64_t tile_at(std::int64_t pixel) {
         return pixel >= 0 ? pixel / kTile : -((-pixel + kTile - 1) / kTile);
     }
@@ -130,27 +190,23 @@ private:
             tile.Picture.fill(Qt::transparent);
             tile.Picture.setDevicePixelRatio(m_ratio);
         }
-        if (tile.Drawn == m_legs.size()) return tile.Picture;
+        if (tile.Drawn == m_lines.size()) return tile.Picture;
         const double side = static_cast<double>(kTile) / m_ratio;
         const QPointF corner(static_cast<double>(place.first) * side, static_cast<double>(place.second) * side);
         const QRectF reach = QRectF(corner, QSizeF(side, side)).adjusted(-kMargin, -kMargin, kMargin, kMargin);
         QPainter painter(&tile.Picture);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.translate(-corner);
-        for (; tile.Drawn < m_legs.size(); ++tile.Drawn) {
-            const QPointF from = OnPlane(m_legs[tile.Drawn].From);
-            const QPointF to = OnPlane(m_legs[tile.Drawn].To);
-            const bool beside = std::max(from.x(), to.x()) < reach.left() || std::min(from.x(), to.x()) > reach.right();
-            const bool above = std::max(from.y(), to.y()) < reach.top() || std::min(from.y(), to.y()) > reach.bottom();
-            if (!beside && !above) draw_leg(painter, from, to);
+        for (; tile.Drawn < m_lines.size(); ++tile.Drawn) {
+            const QPolygonF line = m_scale.map(m_lines[tile.Drawn].Path);
+            const QRectF box = line.boundingRect();
+            const bool beside = box.right() < reach.left() || box.left() > reach.right();
+            const bool above = box.bottom() < reach.top() || box.top() > reach.bottom();
+            if (beside || above) continue;
+            draw_leg(painter, line);
+            if (m_lines[tile.Drawn].HasHead) draw_head(painter, line.at(line.size() - 2), line.back());
         }
         return tile.Picture;
-    }
-
-    /// A place on the plane in logical pixels, seen from the first leg.
-    QPointF OnPlane(const platform::Point& place) const {
-        const platform::Point& first = m_legs.front().From;
-        return m_scale.map(QPointF(place.X - first.X, place.Y - first.Y));
     }
 
     void DropOldTiles(std::size_t visible) {
@@ -158,16 +214,26 @@ private:
         std::erase_if(m_tiles, [this](const auto& entry) { return entry.second.LastPaint + 10 < m_paints; });
     }
 
+    QgsCoordinateReferenceSystem m_crs;
+    MapPlaces m_places;
     std::vector<platform::TrackLeg> m_legs;
+    std::vector<Line> m_lines;  ///< in the order of the legs
+    QPointF m_first;            ///< the map's place from which lines are measured
     std::map<TilePlace, Tile> m_tiles;
     QTransform m_scale;  ///< from the map to logical pixels, without a shift
     double m_ratio = 0.0;
     std::int64_t m_paints = 0;
 };
 
-QgisTrackGraphics::QgisTrackGraphics(QgsMapCanvas& canvas) : m_canvas(&canvas), m_item(new Item(&canvas)) {}
+QgisTrackGraphics::QgisTrackGraphics(QgsMapCanvas& canvas, const QgsCoordinateReferenceSystem& crs)
+    : m_canvas(&canvas), m_item(new Item(&canvas, crs)) {
+    const auto follow = [item = m_item] { item->PlaceAnew(); };
+    m_connections = {QObject::connect(&canvas, &QgsMapCanvas::destinationCrsChanged, &canvas, follow),
+                     QObject::connect(QgsProject::instance(), &QgsProject::transformContextChanged, &canvas, follow)};
+}
 
 QgisTrackGraphics::~QgisTrackGraphics() {
+    for (const QMetaObject::Connection& connection : m_connections) QObject::disconnect(connection);
     if (!m_canvas.isNull()) delete m_item;
 }
 
@@ -181,6 +247,43 @@ void QgisTrackGraphics::DeleteLegs() {
 
 void QgisTrackGraphics::Refresh() {
     if (!m_canvas.isNull()) m_item->Show();
+}
+
+bool QgisTrackGraphics::CanPlace(const platform::Point& place) const {
+    return m_canvas.isNull() || m_item->Places().PlaceOf(place);
+}
+
+bool QgisTrackGraphics::IsInView(const platform::Point& place) const {
+    if (m_canvas.isNull()) return true;
+    const auto onMap = m_item->Places().PlaceOf(place);
+    if (!onMap) return true;
+    const QgsPointXY pixel = m_canvas->mapSettings().mapToPixel().transform(*onMap);
+    const QSize size = m_canvas->mapSettings().outputSize();
+    return pixel.x() >= 0.0 && pixel.x() <= size.width() && pixel.y() >= 0.0 && pixel.y() <= size.height();
+}
+
+void QgisTrackGraphics::PanTo(const platform::Point& centre) {
+    if (m_canvas.isNull()) return;
+    const auto onMap = m_item->Places().PlaceOf(centre);
+    if (!onMap) return;
+    m_canvas->setCenter(*onMap);
+    m_canvas->refresh();
+}
+
+void QgisTrackGraphics::Zoom(double factor, const platform::Point& centre) {
+    if (m_canvas.isNull()) return;
+    const auto onMap = m_item->Places().PlaceOf(centre);
+    m_canvas->zoomByFactor(factor, onMap ? &*onMap : nullptr);
+}
+
+void QgisTrackGraphics::ZoomTo(const std::vector<platform::Point>& places) {
+    if (m_canvas.isNull()) return;
+    QgsRectangle box;
+    box.setMinimal();
+    for (const platform::Point& place : places)
+        if (const auto found = m_item->Places().PlaceOf(place)) box.combineExtentWith(*found);
+    if (box.xMinimum() > box.xMaximum()) return;
+    m_canvas->zoomToFeatureExtent(box);
 }
 
 }  // namespace wxl::qgis

@@ -15,6 +15,7 @@ public:
     std::shared_ptr<platform::IFeatureClass> FeatureClass() override;
     std::shared_ptr<platform::ISelectionSet> Selection() override;
     std::string WhyReadOnly() const override;
+    bool IsRemoved() const override { return m_layer.isNull(); }
 
 private:
     QPointer<QgsVectorLayer> m_layer;

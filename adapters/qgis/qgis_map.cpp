@@ -55,20 +55,8 @@ void QgisMap::AddDataset(const std::filesystem::path& dataset) {
     if (current) m_desktop.LayerTree->setCurrentLayer(current);
 }
 
-platform::Extent QgisMap::View() const {
-    if (!m_desktop.Canvas) return {};
-    const QgsRectangle view = m_desktop.Canvas->extent();
-    return {view.xMinimum(), view.yMinimum(), view.xMaximum(), view.yMaximum()};
-}
-
-void QgisMap::PanTo(const platform::Point& centre) {
-    if (!m_desktop.Canvas) return;
-    m_desktop.Canvas->setCenter({centre.X, centre.Y});
-    m_desktop.Canvas->refresh();
-}
-
-std::unique_ptr<platform::IGraphicsContainer> QgisMap::NewGraphics() {
-    return std::make_unique<QgisTrackGraphics>(*m_desktop.Canvas);
+std::unique_ptr<platform::IGraphicsContainer> QgisMap::NewGraphics(const platform::SpatialReference& reference) {
+    return std::make_unique<QgisTrackGraphics>(*m_desktop.Canvas, ToCrs(reference));
 }
 
 QgisDocument::QgisDocument(Desktop desktop)

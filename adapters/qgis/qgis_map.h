@@ -25,9 +25,7 @@ public:
     explicit QgisMap(Desktop desktop);
     std::vector<platform::Layer> Layers() override;
     void AddDataset(const std::filesystem::path& dataset) override;
-    platform::Extent View() const override;
-    void PanTo(const platform::Point& centre) override;
-    std::unique_ptr<platform::IGraphicsContainer> NewGraphics() override;
+    std::unique_ptr<platform::IGraphicsContainer> NewGraphics(const platform::SpatialReference& reference) override;
 
 private:
     Desktop m_desktop;

@@ -3,9 +3,12 @@
 #include "adapters/qgis/qt_text.h"
 #include "platform/text.h"
 
+#include <algorithm>
+#include <cmath>
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QTimer>
 #include <utility>
 
 namespace wxl::qgis {
@@ -88,10 +91,23 @@ std::optional<std::filesystem::path> QgisFileDialogs::ChooseFolder(const std::st
 }
 
 void QgisHost::Yield() {
+    RefreshForms();
+    QApplication::processEvents();
+}
+
+void QgisHost::WaitForEvents(double seconds) {
+    RefreshForms();
+    QTimer wake;
+    wake.setTimerType(Qt::PreciseTimer);
+    wake.setSingleShot(true);
+    wake.start(static_cast<int>(std::ceil(std::clamp(seconds, 0.0, 86400.0) * 1000.0)));
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void QgisHost::RefreshForms() {
     std::erase_if(m_refreshers, [](const auto& refresher) { return refresher.expired(); });
     for (const auto& refresher : std::vector(m_refreshers))
         if (const auto refresh = refresher.lock()) (*refresh)();
-    QApplication::processEvents();
 }
 
 void QgisHost::SetStatus(std::string_view text) {

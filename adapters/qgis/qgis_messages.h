@@ -35,12 +35,15 @@ public:
     /// `showStatus` puts a line into the desktop's status bar; empty where there is none.
     explicit QgisHost(std::function<void(const QString&)> showStatus) : m_showStatus(std::move(showStatus)) {}
     void Yield() override;
+    void WaitForEvents(double seconds) override;
     void SetStatus(std::string_view text) override;
 
     /// Calls `refresh` at every Yield until the returned token is destroyed.
     [[nodiscard]] std::shared_ptr<void> OnYield(std::function<void()> refresh);
 
 private:
+    void RefreshForms();
+
     std::function<void(const QString&)> m_showStatus;
     std::vector<std::weak_ptr<std::function<void()>>> m_refreshers;
 };

@@ -198,4 +198,9 @@ platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs) {
     return reference;
 }
 
+QgsCoordinateReferenceSystem ToCrs(const platform::SpatialReference& reference) {
+    return reference.Wkt.empty() ? QgsCoordinateReferenceSystem()
+                                 : QgsCoordinateReferenceSystem::fromWkt(ToQString(reference.Wkt));
+}
+
 }  // namespace wxl::qgis

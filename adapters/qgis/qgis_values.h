@@ -29,4 +29,7 @@ QgsField ToQgsField(const platform::Field& field);
 
 platform::SpatialReference FromCrs(const QgsCoordinateReferenceSystem& crs);
 
+/// Invalid for an unknown reference.
+QgsCoordinateReferenceSystem ToCrs(const platform::SpatialReference& reference);
+
 }  // namespace wxl::qgis

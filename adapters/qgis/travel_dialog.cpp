@@ -49,6 +49,7 @@ TravelDialog::TravelDialog(movement::frmOVI& form, QgisHost& host, QWidget* map)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(Track());
     layout->addLayout(Buttons());
+    layout->addLayout(MapButtons());
     AssignMnemonics(*this);
     OrderTabKey(*this);
     form.Form_Load();
@@ -61,6 +62,10 @@ QLayout* TravelDialog::Track() {
     auto* counter = new QLabel;
     auto* stats = new QLabel;
     auto* when = new QLabel;
+    auto* selected = new QLabel;
+    auto* notice = new QLabel;
+    selected->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    notice->setWordWrap(true);
     auto* position = new QSlider(Qt::Horizontal);
     auto* delayLabel = new QLabel;
     auto* delay = new QSlider(Qt::Horizontal);
@@ -73,6 +78,9 @@ QLayout* TravelDialog::Track() {
     m_binder.Bind(*counter, m_form.lblfix, "lblfix");
     m_binder.Bind(*stats, m_form.lblStats, "lblStats");
     m_binder.Bind(*when, m_form.LblDateAndTime1, "LblDateAndTime1");
+    m_binder.Bind(*selected, m_form.lblSelected, "lblSelected");
+    m_binder.Bind(*notice, m_form.lblNotice, "lblNotice");
+    m_binder.AlsoRefresh([this, notice] { notice->setVisible(!m_form.lblNotice.Caption.empty()); });
     m_binder.Bind(*position, m_form.Slider, "Slider", [this] { m_form.Slider_Change(); });
     m_binder.Bind(*delayLabel, m_form.Label2, "Label2");
     m_binder.Bind(*delay, m_form.SlideSec, "SlideSec", [this] { m_form.SlideSec_Change(); });
@@ -84,8 +92,10 @@ QLayout* TravelDialog::Track() {
     track->addWidget(delayLabel, 1, 0);
     track->addWidget(delay, 1, 1);
     track->addWidget(seconds, 1, 2);
-    track->addWidget(when, 2, 0, 1, 3);
+    track->addWidget(when, 2, 0, 1, 2);
+    track->addWidget(selected, 2, 2);
     track->addWidget(stats, 3, 0, 1, 3);
+    track->addWidget(notice, 4, 0, 1, 3);
     track->setColumnStretch(1, 1);
     return track;
 }
@@ -99,6 +109,7 @@ QLayout* TravelDialog::Buttons() {
     auto* save = new QPushButton;
     auto* oneStep = new QCheckBox;
     auto* keep = new QCheckBox;
+    auto* follow = new QCheckBox;
     play->setDefault(true);
     play->setToolTip(tr("Draws the track leg by leg, from the present fix on"));
     stop->setToolTip(tr("Stops playing"));
@@ -108,6 +119,7 @@ QLayout* TravelDialog::Buttons() {
     save->setToolTip(tr("Saves the drawn legs as a shapefile and adds it to the map"));
     oneStep->setToolTip(tr("Draws one leg at a time"));
     keep->setToolTip(tr("Leaves the drawn legs on the map"));
+    follow->setToolTip(tr("Moves the map when a leg ends outside of it"));
     m_binder.Bind(*play, m_form.CmdTrackMoose, "CmdTrackMoose", [this] { m_form.CmdTrackMoose_Click(); });
     m_binder.Bind(*stop, m_form.cmdStop, "cmdStop", [this] { m_form.cmdStop_Click(); });
     m_binder.Bind(*forward, m_form.CmbStep, "CmbStep", [this] { m_form.CmbStep_Click(); });
@@ -116,6 +128,7 @@ QLayout* TravelDialog::Buttons() {
     m_binder.Bind(*save, m_form.CmdSaveTravel, "CmdSaveTravel", [this] { m_form.CmdSaveTravel_Click(); });
     m_binder.Bind(*oneStep, m_form.cbOneStep, "cbOneStep", [this] { m_form.cbOneStep_Click(); });
     m_binder.Bind(*keep, m_form.CBKeepGraphic, "CBKeepGraphic", [this] { m_form.CBKeepGraphic_Click(); });
+    m_binder.Bind(*follow, m_form.chkFollow, "chkFollow");
     auto* buttons = new QGridLayout;
     buttons->addWidget(play, 0, 0);
     buttons->addWidget(stop, 0, 1);
@@ -125,6 +138,23 @@ QLayout* TravelDialog::Buttons() {
     buttons->addWidget(save, 1, 2, 1, 2);
     buttons->addWidget(oneStep, 2, 0, 1, 2);
     buttons->addWidget(keep, 2, 2, 1, 2);
+    buttons->addWidget(follow, 3, 0, 1, 2);
+    return buttons;
+}
+
+/// The map cannot be reached while the player is open: what is needed of it stands here.
+QLayout* TravelDialog::MapButtons() {
+    auto* nearer = new QPushButton;
+    auto* farther = new QPushButton;
+    auto* whole = new QPushButton;
+    nearer->setToolTip(tr("Shows the map around this fix twice as large"));
+    farther->setToolTip(tr("Shows twice as much of the map around this fix"));
+    whole->setToolTip(tr("Shows all selected fixes"));
+    m_binder.Bind(*nearer, m_form.cmdZoomIn, "cmdZoomIn", [this] { m_form.cmdZoomIn_Click(); });
+    m_binder.Bind(*farther, m_form.cmdZoomOut, "cmdZoomOut", [this] { m_form.cmdZoomOut_Click(); });
+    m_binder.Bind(*whole, m_form.cmdZoomTrack, "cmdZoomTrack", [this] { m_form.cmdZoomTrack_Click(); });
+    auto* buttons = new QHBoxLayout;
+    for (QWidget* widget : std::initializer_list<QWidget*>{nearer, farther, whole}) buttons->addWidget(widget);
     return buttons;
 }
 

@@ -22,6 +22,7 @@ protected:
 private:
     QLayout* Track();
     QLayout* Buttons();
+    QLayout* MapButtons();
 
     movement::frmOVI& m_form;
     QWidget* m_map;

@@ -4,7 +4,7 @@
 
 namespace wxl::qgis {
 
-std::unique_ptr<platform::IGraphicsContainer> FixedMap::NewGraphics() {
+std::unique_ptr<platform::IGraphicsContainer> FixedMap::NewGraphics(const platform::SpatialReference&) {
     platform::Raise(platform::error_number::kInvalidCall, "An algorithm draws nothing on the map.");
 }
 

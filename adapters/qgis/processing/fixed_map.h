@@ -14,11 +14,9 @@ public:
     void Add(platform::Layer layer) { m_layers.push_back(std::move(layer)); }
     std::vector<platform::Layer> Layers() override { return m_layers; }
     void AddDataset(const std::filesystem::path&) override {}
-    platform::Extent View() const override { return {}; }
-    void PanTo(const platform::Point&) override {}
 
     /// RuntimeError 5.
-    std::unique_ptr<platform::IGraphicsContainer> NewGraphics() override;
+    std::unique_ptr<platform::IGraphicsContainer> NewGraphics(const platform::SpatialReference& reference) override;
 
 private:
     std::vector<platform::Layer> m_layers;

@@ -3,7 +3,7 @@ import time
 
 from desktop_support import (SETUP, action, boxes, check, child, drive, iface, shoot, shoot_screen, when_dialog,
                              when_file_dialog)
-from qgis.core import QgsProject, QgsVectorLayer
+from qgis.core import QgsCoordinateReferenceSystem, QgsCoordinateTransform, QgsProject, QgsVectorLayer
 from qgis.PyQt.QtCore import QPoint, QRect, Qt, QTimer
 from qgis.PyQt.QtGui import QColor, QImage
 from qgis.PyQt.QtWidgets import (QAbstractButton, QApplication, QCheckBox, QDialogButtonBox, QLabel, QLineEdit,
@@ -76,6 +76,7 @@ def keep_picture_of_please_wait():
             if bar.value() > (bar.minimum() + bar.maximum()) / 3:
                 shoot(window, "desktop-please-wait")
                 kept.append(bar.value())
+                timer.stop()
 
     timer = QTimer(iface.mainWindow())
     timer.timeout.connect(look)
@@ -117,6 +118,44 @@ def play_track(layer):
     check(count_of(picture(), RED) == 0, "the track is off the map")
 
 
+def in_another_system(layer):
+    """The project is in Web Mercator, the layer in UTM: the legs are where the fixes are."""
+    mercator = QgsCoordinateReferenceSystem("EPSG:3857")
+    project = QgsProject.instance()
+    project.setCrs(mercator)
+    layer.selectByExpression(f"$id < {SETUP['legs'] + 1}")
+    iface.mapCanvas().zoomToSelected(layer)
+    wait_for_map()
+    to_map = QgsCoordinateTransform(layer.crs(), mercator, project)
+    fixes = [to_map.transform(f.geometry().asPoint())
+             for f in sorted(layer.selectedFeatures(), key=lambda f: f.id())]
+
+    def use(dialog):
+        child(dialog, QCheckBox, "CBKeepGraphic").click()
+        for _ in range(3):
+            child(dialog, QPushButton, "CmbStep").click()
+        check_legs(picture(), fixes, [(0, 1), (1, 2), (2, 3)])
+        shoot_screen("desktop-travel-mercator")
+        child(dialog, QPushButton, "cmdZoomIn").click()
+        wait_for_map()
+        check_legs(picture(), fixes, [(2, 3)])
+        child(dialog, QPushButton, "cmdZoomTrack").click()
+        wait_for_map()
+        check_legs(picture(), fixes, [(0, 1), (1, 2), (2, 3)])
+        # The play of one leg takes three seconds, in which there is nothing to do.
+        child(dialog, QLineEdit, "TxtSec").setText("3")
+        QTimer.singleShot(3100, child(dialog, QPushButton, "cmdStop").click)
+        busy, start = time.process_time(), time.monotonic()
+        child(dialog, QPushButton, "CmdTrackMoose").click()
+        busy, elapsed = time.process_time() - busy, time.monotonic() - start
+        print(f"waiting player: {busy:.2f} s of work in {elapsed:.2f} s")
+        dialog.close()
+
+    when_dialog("frmOVI", use)
+    action("MOLE").trigger()
+    project.setCrs(layer.crs())
+
+
 def check_looks(dialog):
     """The dialog leaves the map free, and no text in it is cut off."""
     viewport = iface.mapCanvas().viewport()
@@ -154,6 +193,7 @@ def use_player(dialog, fixes):
     last = SETUP["legs"]
     shoot_screen("desktop-travel-opened")
     check(counter.text() == f"1/{rows}", counter.text())
+    check(child(dialog, QLabel, "lblSelected").text() == f"{last + 1} fixes selected", "the number of selected fixes")
     check(slider.maximum() == last, "a position for every fix")
     check_looks(dialog)
 
@@ -223,6 +263,7 @@ def main():
     iface.setActiveLayer(layer)
     movement_commands(layer)
     play_track(layer)
+    in_another_system(layer)
     close_while_playing()
 
 

@@ -98,13 +98,13 @@ TEST(MemoryMap, Groups_stand_before_their_layers_and_graphics_are_recorded) {
     ASSERT_EQ(map.Layers().size(), 2U);
     EXPECT_EQ(map.Layers()[0].Class, LayerClass::kGroup);
     EXPECT_EQ(map.Layers()[1].Feature, layer);
-    const auto graphics = map.NewGraphics();
+    const auto graphics = map.NewGraphics({});
     graphics->AddLeg({{0, 0}, {1, 1}});
     EXPECT_EQ(map.Graphics()[0]->Legs.size(), 1U);
     graphics->DeleteLegs();
     EXPECT_EQ(map.Graphics()[0]->Legs.size(), 0U);
     map.SetView({0, 0, 10, 20});
-    map.PanTo({100, 100});
+    graphics->PanTo({100, 100});
     EXPECT_EQ(map.View(), (Extent{95, 90, 105, 110}));
 }
 

@@ -375,6 +375,69 @@ TEST_F(TrackPlayer, Every_side_of_the_view_makes_the_map_pan_and_its_edges_do_no
     EXPECT_TRUE(Messages.Boxes().empty());
 }
 
+TEST_F(TrackPlayer, A_map_that_does_not_follow_stays) {
+    AddTrack({0, 1, 2});
+    Map().SetView({-5, -5, 15, 5});
+    Load(2);
+    EXPECT_EQ(Player.chkFollow.Value, 1);
+    Player.chkFollow.Value = 0;
+    Player.CmbStep_Click();
+    Player.CmbStep_Click();
+    EXPECT_TRUE(Map().Pans().empty());
+    EXPECT_EQ(Legs(), (LegList{{1, 2}}));
+}
+
+TEST_F(TrackPlayer, Zoom_buttons_show_more_or_less_around_the_fix_and_the_whole_track) {
+    AddTrack({0, 1, 2});
+    Load(2);
+    Player.CmbStep_Click();
+    Player.cmdZoomIn_Click();
+    Player.cmdZoomOut_Click();
+    EXPECT_EQ(DrawnGraphics().Zooms, (std::vector<std::pair<double, Point>>{{0.5, Place(1)}, {2.0, Place(1)}}));
+    Player.cmdZoomTrack_Click();
+    EXPECT_EQ(DrawnGraphics().ZoomedTo, (std::vector<std::vector<Point>>{{Place(0), Place(1), Place(2)}}));
+}
+
+TEST_F(TrackPlayer, Zoom_buttons_without_a_fix_do_nothing) {
+    Player.cmdZoomIn_Click();
+    Player.cmdZoomTrack_Click();
+    auto& table = AddTrack({0, 1});
+    table.SetBeforeFind([] { Raise(error_number::kDeviceIo); });
+    Load(1);
+    Player.cmdZoomOut_Click();
+    Player.cmdZoomTrack_Click();
+    EXPECT_TRUE(DrawnGraphics().Zooms.empty());
+    EXPECT_TRUE(DrawnGraphics().ZoomedTo.empty());
+    EXPECT_EQ(Messages.Texts(), Texts{"GetCollectionFromActiveLayer Error number: 57"});
+}
+
+TEST_F(TrackPlayer, The_number_of_selected_fixes_stands_beside_the_counter_of_rows) {
+    AddTrack({0, 1, 2, 3});
+    Layer->Select({1, 2, 3});
+    EXPECT_EQ(Player.lblSelected.Caption, "");
+    Load(3);
+    EXPECT_EQ(Player.lblSelected.Caption, "3 fixes selected");
+    EXPECT_EQ(Player.lblfix.Caption, "2/4");
+    Layer->Select({2});
+    Application->Doc().Listener()->SelectionChanged();
+    EXPECT_EQ(Player.lblSelected.Caption, "1 fix selected");
+}
+
+TEST_F(TrackPlayer, A_fix_without_a_place_on_the_map_is_told_while_it_is_shown) {
+    AddTrack({0, 1, 2});
+    Map().SetWorld({-5, -5, 15, 5});
+    Load(2);
+    Player.CmbStep_Click();
+    EXPECT_EQ(Player.lblNotice.Caption, "");
+    Player.CmbStep_Click();
+    EXPECT_EQ(Player.lblNotice.Caption,
+              "This fix has no place in the project's coordinate system: its legs are not drawn, but saved.");
+    EXPECT_EQ(Player.Legs().size(), 1U);
+    Player.cmdStepBack_Click();
+    EXPECT_EQ(Player.lblNotice.Caption, "");
+    EXPECT_TRUE(Messages.Boxes().empty());
+}
+
 TEST_F(TrackPlayer, A_leg_looks_as_it_should) {
     using namespace movement::track_symbol;
     EXPECT_EQ(kLineWidth, 2.0);
@@ -462,6 +525,15 @@ TEST_F(TrackPlayer, The_delay_is_held_and_the_host_gets_every_turn) {
     Player.CmdTrackMoose_Click();
     // Each wait: one reading at the start, then a turn and a reading until 0.5 s have passed: 4 turns.
     EXPECT_EQ(Host.Yields(), 8);
+}
+
+TEST_F(TrackPlayer, A_wait_sleeps_for_what_is_left_of_the_delay) {
+    AddTrack({0, 1});
+    Load(1);
+    Player.TxtSec.Text = "0.5";
+    Clock.SetStepPerReading(0.125F);
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Host.Waits(), (std::vector<double>{0.5, 0.375, 0.25, 0.125}));
 }
 
 TEST_F(TrackPlayer, A_wait_across_midnight_ends) {
@@ -562,6 +634,67 @@ TEST_F(TrackPlayer, Changes_of_the_map_ask_for_a_restart) {
     EXPECT_EQ(Messages.Texts(), (Texts{"Feature Layer changed. Please restart the display tracks tool.",
                                        "Maps changed. Please restart the display tracks tool."}));
     EXPECT_EQ(Messages.Last().Title, "");
+}
+
+TEST_F(TrackPlayer, A_removed_layer_ends_the_player_with_a_sentence) {
+    AddTrack({0, 1, 2});
+    Load(2);
+    Player.CmbStep_Click();
+    Layer->SetRemoved();
+    Application->Doc().SetSelectedLayer(std::nullopt);
+    Application->Doc().Listener()->ContentsChanged();
+    EXPECT_EQ(Messages.Texts(), Texts{"Feature Layer changed. Please restart the display tracks tool."});
+    EXPECT_EQ(Player.lblNotice.Caption,
+              "The layer \"fixes\" was removed from the map: its track ends here. The drawn path can still be saved.");
+    EXPECT_EQ(Player.lblSelected.Caption, "0 fixes selected");
+    for (const Button* button :
+         {&Player.CmdTrackMoose, &Player.cmdStop, &Player.CmbStep, &Player.cmdStepBack, &Player.cmdZoomTrack})
+        EXPECT_FALSE(button->Enabled) << button->Caption;
+    EXPECT_FALSE(Player.Slider.Enabled);
+    EXPECT_EQ(Legs(), (LegList{{0, 1}})) << "what is drawn stays";
+}
+
+TEST_F(TrackPlayer, A_removed_layer_ends_a_play) {
+    AddTrack({0, 1, 2, 3});
+    Load(3);
+    Host.SetOnYield([&] {
+        Layer->SetRemoved();
+        Application->Doc().Listener()->ContentsChanged();
+    });
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Legs(), (LegList{{0, 1}}));
+    EXPECT_EQ(Messages.Boxes().size(), 1U);
+}
+
+TEST_F(TrackPlayer, A_new_selection_after_a_removed_layer_can_be_played) {
+    AddTrack({0, 1});
+    Load(1);
+    Layer->SetRemoved();
+    Application->Doc().Listener()->ContentsChanged();
+    AddTrack({5, 6});
+    Application->Doc().Listener()->SelectionChanged();
+    EXPECT_EQ(Player.lblNotice.Caption, "");
+    EXPECT_TRUE(Player.CmbStep.Enabled);
+    Player.CmbStep_Click();
+    EXPECT_EQ(Legs(), (LegList{{5, 6}}));
+}
+
+TEST_F(TrackPlayer, Legs_are_drawn_in_the_system_of_their_layer) {
+    AddTrack({0, 1});
+    Load(1);
+    EXPECT_EQ(DrawnGraphics().Reference, utm15());
+    Player.CmbStep_Click();
+    SpatialReference other = utm15();
+    other.Name = "NAD_1983_UTM_Zone_16N";
+    auto& table = AddLayer({}, other);
+    table.AddPoint(0.0, 0.0);
+    table.AddPoint(10.0, 0.0);
+    Layer->SelectAll();
+    Application->Doc().Listener()->SelectionChanged();
+    EXPECT_EQ(DrawnGraphics().Reference, other);
+    EXPECT_TRUE(Player.Legs().empty());
+    EXPECT_TRUE(Map().Graphics().front()->Legs.empty());
+    EXPECT_EQ(Player.lblNotice.Caption, "The path drawn before was in another coordinate system: it is off the map.");
 }
 
 TEST_F(TrackPlayer, A_new_selection_rebuilds_the_player) {
@@ -826,6 +959,17 @@ TEST_F(TrackExport, The_layer_of_the_track_itself_asks_for_no_restart) {
     EXPECT_EQ(added, 1);
     EXPECT_TRUE(Messages.Boxes().empty());
     EXPECT_EQ(Player.Slider.Value, 2);
+}
+
+TEST_F(TrackExport, The_path_of_a_removed_layer_can_be_saved) {
+    Draw({0, 1});
+    Layer->SetRemoved();
+    Application->Doc().SetSelectedLayer(std::nullopt);
+    Player.ContentsChanged();
+    EXPECT_EQ(Player.MakeGeometryDef1().Reference, utm15());
+    Dialogs.WillChoose("/out/track.shp");
+    Player.CmdSaveTravel_Click();
+    EXPECT_EQ(Messages.Texts(), Texts{"Feature Layer changed. Please restart the display tracks tool."});
 }
 
 TEST_F(TrackExport, A_cancelled_dialog_saves_nothing) {
