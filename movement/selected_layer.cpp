@@ -21,7 +21,7 @@ std::shared_ptr<ISelectionSet> selection_of_layer_named(IMxDocument& document, s
     const auto map = document.FocusMap();
     if (!map) Raise(error_number::kObjectNotSet);
     for (const Layer& layer : map->Layers()) {
-        if (layer.Name != name) continue;
+        if (layer.Name != name || layer.Class == LayerClass::kGroup) continue;
         if (!layer.Feature) Raise(error_number::kTypeMismatch);
         return layer.Feature->Selection();
     }

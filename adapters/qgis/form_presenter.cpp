@@ -2,6 +2,7 @@
 
 #include "adapters/qgis/about_dialog.h"
 #include "adapters/qgis/kde_dialog.h"
+#include "adapters/qgis/layer_lists.h"
 #include "adapters/qgis/please_wait_window.h"
 #include "adapters/qgis/result_layers.h"
 #include "adapters/qgis/travel_dialog.h"
@@ -16,7 +17,10 @@ QgisFormPresenter::~QgisFormPresenter() = default;
 void QgisFormPresenter::ShowKernelDialog(kde_tool::frmKDE& form) {
     ResultLayers results(form, m_desktop, m_host);
     form.AddObserver(results);
-    KdeDialog(form, m_host, m_window).exec();
+    KdeDialog dialog(form, m_host, m_window);
+    LayerLists lists(form, [&dialog] { dialog.Refresh(); });
+    dialog.AlsoRefresh([&lists] { lists.FormChanged(); });
+    dialog.exec();
 }
 
 void QgisFormPresenter::ShowAbout(host::frmAbout& form) {

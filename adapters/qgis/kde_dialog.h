@@ -20,6 +20,12 @@ public:
 
     void reject() override;
 
+    /// Shows the form's present values.
+    void Refresh() { m_binder.Refresh(); }
+
+    /// Called after every handler of the form.
+    void AlsoRefresh(std::function<void()> refresh) { m_binder.AlsoRefresh(std::move(refresh)); }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 

@@ -31,7 +31,8 @@ std::string source_of(const QgsVectorLayer& layer) {
 }  // namespace
 
 std::string QgisFeatureLayer::Name() const {
-    return FromQString(open(m_layer).name());
+    open(m_layer);
+    return m_name;
 }
 
 std::shared_ptr<platform::IFeatureClass> QgisFeatureLayer::FeatureClass() {
@@ -58,7 +59,8 @@ std::string QgisFeatureLayer::WhyReadOnly() const {
 }
 
 std::string QgisRasterLayer::Name() const {
-    return FromQString(open(m_layer).name());
+    open(m_layer);
+    return m_name;
 }
 
 platform::RasterGeometry QgisRasterLayer::Geometry() const {
@@ -72,16 +74,20 @@ bool QgisRasterLayer::LiesIn(const platform::SpatialReference& reference) const 
 }
 
 platform::Layer FromQgsLayer(QgsMapLayer& layer) {
+    return FromQgsLayer(layer, LayerNames());
+}
+
+platform::Layer FromQgsLayer(QgsMapLayer& layer, const LayerNames& names) {
     platform::Layer result;
-    result.Name = FromQString(layer.name());
+    result.Name = names.NameOf(layer);
     if (auto* vector = qobject_cast<QgsVectorLayer*>(&layer); vector && vector->isValid()) {
         result.Class = platform::LayerClass::kFeature;
         result.Shape = ShapeTypeOf(vector->geometryType());
-        result.Feature = std::make_shared<QgisFeatureLayer>(*vector);
+        result.Feature = std::make_shared<QgisFeatureLayer>(*vector, result.Name);
         result.Source = source_of(*vector);
     } else if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer); raster && raster->isValid()) {
         result.Class = platform::LayerClass::kRaster;
-        result.Raster = std::make_shared<QgisRasterLayer>(*raster);
+        result.Raster = std::make_shared<QgisRasterLayer>(*raster, result.Name);
     } else if (layer.type() == kMeshLayer) {
         result.Class = platform::LayerClass::kMesh;
     } else if (layer.type() == kAnnotationLayer) {

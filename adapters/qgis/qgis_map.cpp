@@ -13,7 +13,7 @@
 namespace wxl::qgis {
 namespace {
 
-void walk(QgsLayerTreeGroup& group, std::vector<platform::Layer>& layers) {
+void walk(QgsLayerTreeGroup& group, const LayerNames& names, std::vector<platform::Layer>& layers) {
     for (QgsLayerTreeNode* node : group.children()) {
         if (QgsLayerTree::isGroup(node)) {
             QgsLayerTreeGroup& inner = *QgsLayerTree::toGroup(node);
@@ -21,9 +21,9 @@ void walk(QgsLayerTreeGroup& group, std::vector<platform::Layer>& layers) {
             layer.Name = FromQString(inner.name());
             layer.Class = platform::LayerClass::kGroup;
             layers.push_back(layer);
-            walk(inner, layers);
+            walk(inner, names, layers);
         } else if (QgsMapLayer* layer = QgsLayerTree::toLayer(node)->layer()) {
-            layers.push_back(FromQgsLayer(*layer));
+            layers.push_back(FromQgsLayer(*layer, names));
         }
     }
 }
@@ -34,7 +34,7 @@ QgisMap::QgisMap(Desktop desktop) : m_desktop(std::move(desktop)) {}
 
 std::vector<platform::Layer> QgisMap::Layers() {
     std::vector<platform::Layer> layers;
-    walk(*QgsProject::instance()->layerTreeRoot(), layers);
+    walk(*QgsProject::instance()->layerTreeRoot(), LayerNames(), layers);
     return layers;
 }
 

@@ -1,6 +1,7 @@
 #include "adapters/qgis/result_layers.h"
 
 #include "adapters/files/raster_dataset.h"
+#include "adapters/qgis/layer_names.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/result_styles.h"
 #include "kde_tool/animal_run.h"
@@ -80,8 +81,8 @@ bool same_system(platform::SpatialReference a, const platform::SpatialReference&
 
 /// The coordinate system of the point layer as QGIS has it: read back from the text in a dataset it may lose its code.
 QgsCoordinateReferenceSystem crs_of(const kde_tool::RunFrame& frame) {
-    for (const QgsMapLayer* layer : QgsProject::instance()->mapLayersByName(ToQString(frame.Inputs.LayerName)))
-        if (same_system(FromCrs(layer->crs()), frame.Reference)) return layer->crs();
+    const QgsMapLayer* layer = LayerNames().Find(frame.Inputs.LayerName);
+    if (layer && same_system(FromCrs(layer->crs()), frame.Reference)) return layer->crs();
     return QgsCoordinateReferenceSystem::fromWkt(ToQString(frame.Reference.Wkt));
 }
 

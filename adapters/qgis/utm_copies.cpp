@@ -1,6 +1,7 @@
 #include "adapters/qgis/utm_copies.h"
 
 #include "adapters/files/projection.h"
+#include "adapters/qgis/layer_names.h"
 #include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/table_pass.h"
@@ -25,10 +26,9 @@ namespace {
 
 namespace error_number = platform::error_number;
 
-/// The first vector layer of that name in the project, as the form finds it.
+/// The vector layer of that name, as the form finds it.
 QgsVectorLayer& layer_named(const std::string& name) {
-    for (QgsMapLayer* layer : QgsProject::instance()->mapLayersByName(ToQString(name)))
-        if (auto* vector = qobject_cast<QgsVectorLayer*>(layer)) return *vector;
+    if (auto* vector = qobject_cast<QgsVectorLayer*>(LayerNames().Find(name))) return *vector;
     platform::Raise(error_number::kObjectNotSet, "The layer was removed from the map.");
 }
 

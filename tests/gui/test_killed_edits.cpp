@@ -106,7 +106,7 @@ TEST(BlockedInQgis, A_shapefile_that_another_program_has_locked_is_named) {
     const tests::QuickFolder folder;
     const fs::path shapefile = files::MakeFixes(folder.Path(), 4);
     const auto layer = open_in_qgis(shapefile);
-    QgisFeatureLayer features(*layer);
+    QgisFeatureLayer features(*layer, layer->name().toStdString());
     EXPECT_EQ(features.WhyReadOnly(), "");
     const fs::path table = fs::canonical(shapefile).replace_extension(".dbf");
     const int descriptor = ::open(table.c_str(), O_RDONLY);
@@ -126,7 +126,7 @@ TEST(BlockedInQgis, A_geopackage_in_the_middle_of_another_programs_transaction_i
                                                {}, options);
     const auto layer = open_in_qgis(database);
     ASSERT_TRUE(layer->isValid());
-    QgisFeatureLayer features(*layer);
+    QgisFeatureLayer features(*layer, layer->name().toStdString());
     EXPECT_EQ(features.WhyReadOnly(), "");
     files::GdalDatasetPtr other(GDALDataset::Open(database.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
     other->ReleaseResultSet(other->ExecuteSQL("BEGIN IMMEDIATE", nullptr, nullptr));
