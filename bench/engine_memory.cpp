@@ -1,7 +1,7 @@
 // The largest grid, 10000 x 5000 cells, computed and written as a binary GRID: time and peak memory of the process.
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/raster/raster_workspace.h"
 #include "engine/clsKernelCalculator.h"
 #include "tests/support/samples.h"
 

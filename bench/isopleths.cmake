@@ -1,1 +1,1 @@
-wxl_bench(bench_isopleths SOURCES isopleths_outputs.cpp DEPENDS wxl_isopleths wxl_adapter_files_raster wxl_adapter_files_vector)
+wxl_bench(bench_isopleths SOURCES isopleths_outputs.cpp DEPENDS wxl_isopleths wxl_adapter_raster wxl_adapter_ogr)

@@ -1,12 +1,12 @@
 // Isopleths of rasters on disk, all three outputs: a large raster, and many islands at one level beside the
 // step-by-step rules. Counters: largest resident size of the process so far in MiB.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/geos_operators.h"
-#include "adapters/files/raster_workspace.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/geos/geos_operators.h"
+#include "adapters/ogr/shapefile_workspace.h"
+#include "adapters/raster/contour_operation.h"
+#include "adapters/raster/raster_workspace.h"
 #include "isopleths/clsHISO.h"
 #include "isopleths/edge_closing.h"
 #include "isopleths/level_polygons.h"

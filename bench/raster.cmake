@@ -1,1 +1,1 @@
-wxl_bench(bench_rasters SOURCES rasters.cpp DEPENDS wxl_adapter_files_raster)
+wxl_bench(bench_rasters SOURCES rasters.cpp DEPENDS wxl_adapter_raster)

@@ -1,10 +1,10 @@
 // Rasters on disk: written, read for their statistics and contoured. Beside the GRID writer runs its literal twin, one
 // write per cell; the figures are bytes of cells per second.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/raster/contour_operation.h"
+#include "adapters/raster/raster_workspace.h"
 #include "tests/support/scratch_folder.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 // Plans and point stores of a batch, of any bytes: used or refused, and a plan that was read is written and read the
 // same.
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "batch/plan.h"
 #include "batch/point_store.h"
 #include "fuzz/patched_files.h"

@@ -1,9 +1,9 @@
 // GeoPackages of any bytes, with a journal of any bytes beside them, through the adapter of files on disk: read or
 // refused, and every file of the folder stays as it is, whatever the journal names.
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/ogr_feature_class.h"
-#include "adapters/files/sqlite_fence.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/sqlite_fence.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "fuzz/patched_files.h"
 #include "fuzz/scratch_files.h"
 

@@ -1,9 +1,9 @@
 // GRID folders: cells that are written read back the same; folders of any bytes are read or refused.
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/raster_dataset.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/raster/raster_dataset.h"
+#include "adapters/raster/raster_workspace.h"
 #include "fuzz/patched_files.h"
 #include "fuzz/scratch_files.h"
 

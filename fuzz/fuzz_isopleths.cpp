@@ -1,8 +1,8 @@
 // Polygons of isopleths from contours of small surfaces beside the step-by-step rules, and the rings between them.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/geos_operators.h"
+#include "adapters/geos/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
+#include "adapters/raster/contour_operation.h"
 #include "fuzz/fuzz_input.h"
 #include "isopleths/edge_closing.h"
 #include "isopleths/level_polygons.h"

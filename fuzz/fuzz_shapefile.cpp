@@ -1,8 +1,8 @@
 // Shapefiles of any bytes through the adapter of files on disk: read as by OGR alone or refused, changed or refused,
 // never half.
 
-#include "adapters/files/ogr_feature_class.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/ogr/ogr_feature_class.h"
+#include "adapters/ogr/shapefile_workspace.h"
 #include "fuzz/patched_files.h"
 #include "fuzz/scratch_files.h"
 #include "platform/text.h"

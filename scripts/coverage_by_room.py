@@ -22,7 +22,7 @@ import sys
 
 CORE = ("platform", "engine", "isopleths", "utilities", "tracking_times", "comparison", "kde_tool", "movement", "host",
         "batch", "pictures", "results_page")
-ADAPTERS = ("adapters/files", "adapters/memory", "adapters/tracking", "adapters/qgis")
+ADAPTERS = tuple("adapters/" + room for room in ("disk", "gdal", "raster", "geos", "shapefile", "ogr", "memory", "tracking", "qgis"))
 AIMS = (("core", CORE, 95.0, 90.0), ("adapters", ADAPTERS, 80.0, 0.0))
 FOLDERS = CORE + ("adapters", "apps")
 FILES_PER_CALL = 12

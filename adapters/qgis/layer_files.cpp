@@ -1,10 +1,10 @@
 #include "adapters/qgis/layer_files.h"
 
-#include "adapters/files/ogr_source.h"
-#include "adapters/files/shapefile_editor.h"
-#include "adapters/files/shapefile_swap.h"
-#include "adapters/files/transaction_editor.h"
+#include "adapters/ogr/ogr_source.h"
+#include "adapters/ogr/transaction_editor.h"
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/shapefile/shapefile_editor.h"
+#include "adapters/shapefile/shapefile_swap.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/row_editor.h"
+#include "adapters/shapefile/row_editor.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "adapters/qgis/layer_rows.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
 

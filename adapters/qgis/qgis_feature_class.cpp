@@ -1,6 +1,6 @@
 #include "adapters/qgis/qgis_feature_class.h"
 
-#include "adapters/files/stored_name.h"
+#include "adapters/ogr/stored_name.h"
 #include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_values.h"

@@ -1,6 +1,6 @@
 #include "adapters/qgis/qgis_layers.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_values.h"

@@ -1,9 +1,9 @@
 #include "adapters/qgis/result_layers.h"
 
-#include "adapters/files/raster_dataset.h"
 #include "adapters/qgis/layer_names.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/result_styles.h"
+#include "adapters/raster/raster_dataset.h"
 #include "kde_tool/animal_run.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

@@ -1,6 +1,6 @@
 #include "adapters/qgis/utm_copies.h"
 
-#include "adapters/files/projection.h"
+#include "adapters/gdal/projection.h"
 #include "adapters/qgis/layer_names.h"
 #include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_values.h"

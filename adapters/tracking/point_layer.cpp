@@ -1,7 +1,7 @@
 #include "adapters/tracking/point_layer.h"
 
-#include "adapters/files/database_check.h"
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/database_check.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/tracking/text_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

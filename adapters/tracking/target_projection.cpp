@@ -1,7 +1,7 @@
 #include "adapters/tracking/target_projection.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/projection.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "adapters/tracking/text_file.h"
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "platform/runtime_error.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "adapters/tracking/utm_rows.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/projection.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
 #include "adapters/tracking/cell_text.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

@@ -1,7 +1,7 @@
 #include "apps/cli/animal_tracks.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/projection.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
 #include "apps/cli/option_checks.h"
 #include "kde_tool/animal_fixes.h"
 #include "platform/runtime_error.h"

@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/write_fence.h"
+#include "adapters/disk/write_fence.h"
 #include "apps/cli/console.h"
 
 #include <functional>

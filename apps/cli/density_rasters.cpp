@@ -1,7 +1,7 @@
 #include "apps/cli/density_rasters.h"
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/raster_dataset.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/raster/raster_dataset.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 

@@ -1,8 +1,8 @@
 #include "apps/cli/fix_import.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/projection.h"
-#include "adapters/files/source_rules.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
+#include "adapters/gdal/source_rules.h"
 #include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/point_layer.h"
 #include "adapters/tracking/text_file.h"

@@ -1,8 +1,8 @@
 #include "apps/cli/input_layer.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/grid_fence.h"
-#include "adapters/files/projection.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/grid_fence.h"
+#include "adapters/gdal/projection.h"
 #include "adapters/tracking/column_roles.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/files_map.h"
+#include "adapters/ogr/files_map.h"
 #include "apps/cli/console.h"
 #include "apps/cli/read_files.h"
 

@@ -1,6 +1,6 @@
 #include "apps/cli/layer_output.h"
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "apps/cli/console.h"
 #include "apps/cli/shapefile_output.h"
 #include "platform/dataset_files.h"

@@ -1,4 +1,4 @@
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "apps/cli/console.h"
 #include "apps/cli/program.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 // What the commands over the movement tools share.
 
-#include "adapters/files/files_map.h"
+#include "adapters/ogr/files_map.h"
 #include "apps/cli/console_messages.h"
 #include "movement/FrmPW.h"
 #include "platform/messages.h"

@@ -1,8 +1,8 @@
 #include "apps/cli/program.h"
 
-#include "adapters/files/grid_fence.h"
-#include "adapters/files/source_rules.h"
-#include "adapters/files/sqlite_fence.h"
+#include "adapters/gdal/grid_fence.h"
+#include "adapters/gdal/source_rules.h"
+#include "adapters/gdal/sqlite_fence.h"
 #include "apps/cli/commands.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/parse_problem.h"

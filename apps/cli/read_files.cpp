@@ -1,6 +1,6 @@
 #include "apps/cli/read_files.h"
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "platform/dataset_files.h"
 #include "platform/runtime_error.h"
 

@@ -1,6 +1,6 @@
 #pragma once
-#include "adapters/files/file_identities.h"
-#include "adapters/files/files_map.h"
+#include "adapters/disk/file_identities.h"
+#include "adapters/ogr/files_map.h"
 
 #include <filesystem>
 #include <string>

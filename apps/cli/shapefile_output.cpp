@@ -1,7 +1,7 @@
 #include "apps/cli/shapefile_output.h"
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/ogr/shapefile_workspace.h"
 #include "apps/cli/console.h"
 #include "platform/dataset_files.h"
 #include "platform/file_system.h"

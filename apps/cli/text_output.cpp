@@ -1,7 +1,7 @@
 #include "apps/cli/text_output.h"
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/shapefile_parts.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/shapefile/shapefile_parts.h"
 #include "platform/file_system.h"
 #include "platform/foreign_cell.h"
 #include "platform/runtime_error.h"

@@ -1,6 +1,6 @@
 #pragma once
-#include "adapters/files/disk_services.h"
-#include "adapters/files/files_map.h"
+#include "adapters/ogr/disk_services.h"
+#include "adapters/ogr/files_map.h"
 #include "apps/cli/console_messages.h"
 #include "platform/services.h"
 #include "utilities/Utilities.h"

@@ -1,7 +1,7 @@
 #include "apps/cli/writable_places.h"
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/ogr_source.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/ogr/ogr_source.h"
 #include "kde_tool/settings_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

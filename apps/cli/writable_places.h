@@ -1,7 +1,7 @@
 #pragma once
 // Where each command may write, by its own options. SECURITY.md lists the same for the user.
 
-#include "adapters/files/write_fence.h"
+#include "adapters/disk/write_fence.h"
 #include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/bandwidth.h"
 #include "apps/cli/commands/batch.h"

@@ -1,6 +1,6 @@
 // The functions that QGIS looks for in a plugin library, and the plugin's wiring.
 
-#include "adapters/files/disk_services.h"
+#include "adapters/ogr/disk_services.h"
 #include "adapters/qgis/desktop_toolbar.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/processing/wxl_provider.h"

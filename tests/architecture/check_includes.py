@@ -41,11 +41,16 @@ REFUSED = {
 }
 # Adapters draw the forms and know the ports, never the other way round.
 ADAPTERS = {
-    "adapters/memory": {"platform", "adapters/memory"},
+    "adapters/memory": {"platform"},
+    "adapters/disk": {"platform"},
+    "adapters/geos": {"platform"},
+    "adapters/gdal": {"platform", "adapters/disk"},
+    "adapters/raster": {"platform", "adapters/disk", "adapters/gdal"},
+    "adapters/shapefile": {"platform", "adapters/disk"},
     # A new shapefile is gathered in memory before it is written.
-    "adapters/files": {"platform", "tracking_times", "adapters/files", "adapters/memory"},
-    "adapters/tracking": {"platform", "tracking_times", "adapters/files", "adapters/tracking"},
-    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/files", "adapters/qgis"},
+    "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile", "adapters/memory"},
+    "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
+    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr"},
 }
 SOURCES = {".h", ".cpp"}
 

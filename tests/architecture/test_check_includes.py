@@ -23,12 +23,18 @@ class CheckIncludes(unittest.TestCase):
             self.assertEqual(len(self.problems_of("engine/a.h", f"#include {header}\n")), 1, header)
 
     def test_adapter_may_include_gdal(self):
-        self.assertEqual(self.problems_of("adapters/files/a.cpp", "#include <gdal_priv.h>\n"), [])
+        self.assertEqual(self.problems_of("adapters/gdal/a.cpp", "#include <gdal_priv.h>\n"), [])
 
     def test_arrow_against_the_plan_is_found(self):
         self.assertEqual(len(self.problems_of("platform/a.h", '#include "engine/numeric.h"\n')), 1)
-        self.assertEqual(len(self.problems_of("kde_tool/a.h", '#include "adapters/files/a.h"\n')), 1)
+        self.assertEqual(len(self.problems_of("kde_tool/a.h", '#include "adapters/disk/a.h"\n')), 1)
         self.assertEqual(len(self.problems_of("adapters/memory/a.h", '#include "kde_tool/frmKDE.h"\n')), 1)
+
+    def test_adapters_know_only_those_below_them(self):
+        for file, header in (("disk/a.h", "gdal/a.h"), ("gdal/a.h", "raster/a.h"), ("shapefile/a.h", "ogr/a.h"),
+                             ("raster/a.h", "ogr/a.h"), ("geos/a.h", "gdal/a.h"), ("tracking/a.h", "ogr/a.h")):
+            self.assertEqual(len(self.problems_of(f"adapters/{file}", f'#include "adapters/{header}"\n')), 1, file)
+        self.assertEqual(self.problems_of("adapters/ogr/a.h", '#include "adapters/shapefile/a.h"\n'), [])
 
     def test_controls_maps_and_workspaces_in_the_engine_are_found(self):
         for header in ("controls.h", "map.h", "workspaces.h", "services.h"):

@@ -1,9 +1,9 @@
 #pragma once
 // Rasters of the files adapter in a scratch folder, and what GDAL alone reads of them.
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/raster/raster_workspace.h"
 #include "tests/contract/raster_contract.h"
 #include "tests/support/scratch_folder.h"
 

@@ -1,5 +1,5 @@
-#include "adapters/files/files_map.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/ogr/files_map.h"
+#include "adapters/ogr/shapefile_workspace.h"
 #include "tests/contract/vector_contract.h"
 #include "tests/contract/vector_files.h"
 #include "tests/support/scratch_folder.h"

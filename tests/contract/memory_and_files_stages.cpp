@@ -1,8 +1,8 @@
 #include "tests/contract/memory_and_files_stages.h"
 
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
 #include "adapters/memory/memory_rasters.h"
+#include "adapters/raster/raster_workspace.h"
 #include "tests/support/scratch_folder.h"
 
 namespace wxl::tests {

@@ -11,7 +11,7 @@ wxl_test(
   memory_and_files_stages.cpp
   raster_contract.cpp
   DEPENDS
-  wxl_adapter_memory_raster
-  wxl_adapter_files_raster
+  wxl_adapter_memory
+  wxl_adapter_raster
   LABELS
   contract)

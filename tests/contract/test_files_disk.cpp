@@ -1,6 +1,6 @@
 // What only a real disk can show: links, permissions, full disks, descriptors.
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "tests/contract/mounted_disk.h"
 #include "tests/contract/stage.h"
 

@@ -1,6 +1,6 @@
 // The bytes of the binary GRID format, and GDAL as an independent reader of them.
 
-#include "adapters/files/grid_layout.h"
+#include "adapters/raster/grid_layout.h"
 #include "tests/contract/files_rasters.h"
 
 #include <algorithm>

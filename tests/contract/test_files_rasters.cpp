@@ -1,6 +1,6 @@
 // What only rasters on a real disk can show: coordinate systems, side files, full and read-only disks, damage.
 
-#include "adapters/files/raster_dataset.h"
+#include "adapters/raster/raster_dataset.h"
 #include "tests/contract/files_rasters.h"
 #include "tests/contract/mounted_disk.h"
 

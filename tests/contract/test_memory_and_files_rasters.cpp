@@ -1,4 +1,4 @@
-#include "adapters/files/contour_operation.h"
+#include "adapters/raster/contour_operation.h"
 #include "tests/contract/contour_contract.h"
 #include "tests/contract/file_system_contract.h"
 #include "tests/contract/memory_and_files_stages.h"

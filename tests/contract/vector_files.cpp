@@ -1,8 +1,8 @@
 #include "tests/contract/vector_files.h"
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/ogr_source.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/ogr/ogr_source.h"
+#include "adapters/ogr/shapefile_workspace.h"
 
 namespace wxl::contract {
 

@@ -1,7 +1,7 @@
 // From a tracking CSV to rasters and isopleths through the program's own commands, checked cell by cell.
 
-#include "adapters/files/raster_dataset.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/ogr/shapefile_workspace.h"
+#include "adapters/raster/raster_dataset.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/telemetry.h"
 #include "tests/unit/cli/captured_console.h"

@@ -1,5 +1,5 @@
-#include "adapters/files/ogr_feature_class.h"
-#include "adapters/files/shapefile_workspace.h"
+#include "adapters/ogr/ogr_feature_class.h"
+#include "adapters/ogr/shapefile_workspace.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"

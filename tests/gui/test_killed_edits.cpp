@@ -1,13 +1,13 @@
 // The desktop is killed in the middle of a change of a shapefile.
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "tests/gui/qgis_environment.h"
 #include "tests/support/quick_folder.h"
-#include "tests/unit/adapters/killed_child.h"
-#include "tests/unit/adapters/shapefile_fixture.h"
+#include "tests/unit/adapters/disk/killed_child.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 #include <fcntl.h>
 #include <qgsvectorfilewriter.h>

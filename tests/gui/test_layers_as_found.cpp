@@ -1,8 +1,8 @@
 // The movement tools on layers that users have dressed up: aliases, computed and joined fields, multipoints.
 
-#include "adapters/files/disk_services.h"
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/ogr/disk_services.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_map.h"

@@ -1,8 +1,8 @@
 // The movement tools through the desktop's application and document, on layers as users have them.
 
-#include "adapters/files/disk_services.h"
-#include "adapters/files/files_map.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/ogr/disk_services.h"
+#include "adapters/ogr/files_map.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/qgis_feature_class.h"
 #include "adapters/qgis/qgis_map.h"

@@ -1,7 +1,7 @@
 // Where the track player draws on maps whose coordinate system is not the layer's.
 
-#include "adapters/files/disk_services.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/ogr/disk_services.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/travel_dialog.h"
 #include "movement/frmOVI.h"

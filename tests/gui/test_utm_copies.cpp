@@ -1,5 +1,5 @@
-#include "adapters/files/disk_services.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/ogr/disk_services.h"
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_versions.h"

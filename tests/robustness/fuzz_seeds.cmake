@@ -18,9 +18,8 @@ wxl_test(
   wxl_engine
   wxl_isopleths
   wxl_movement_models
-  wxl_adapter_files_raster
+  wxl_adapter_raster
   wxl_adapter_tracking
-  wxl_adapter_files_vector
+  wxl_adapter_ogr
   wxl_adapter_geos
-  wxl_adapter_memory_raster
-  wxl_adapter_memory_vector)
+  wxl_adapter_memory)

@@ -1,6 +1,6 @@
 #include "tests/robustness/hostile_databases.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 
 #include <array>
 #include <cstdint>

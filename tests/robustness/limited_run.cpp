@@ -1,6 +1,6 @@
 #include "tests/robustness/limited_run.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "apps/cli/console.h"
 #include "apps/cli/program.h"
 

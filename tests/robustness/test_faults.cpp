@@ -3,7 +3,7 @@
 // the next run does the work. Instead of failing, the n-th call can also be the last one: the run is killed there.
 // WXL_FAULTS=all tries every n, WXL_FAULTS=each every n with every kind of failure; without it a few n of each run.
 
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tests/robustness/datasets.h"

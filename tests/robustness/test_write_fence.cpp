@@ -1,8 +1,8 @@
 // The program writes where its options say and nowhere else, whatever it reads: shown by watching every call that
 // writes, and by the fence that the kernel draws around it where it can.
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/write_fence.h"
+#include "adapters/disk/write_fence.h"
+#include "adapters/gdal/gdal_support.h"
 #include "tests/robustness/cut_short_edits.h"
 #include "tests/robustness/guarded_tree.h"
 #include "tests/robustness/hostile_databases.h"

@@ -1,8 +1,8 @@
 #pragma once
 // Rows of a file as OGR gives them and as a cursor of the adapter does.
 
-#include "adapters/files/ogr_feature_class.h"
-#include "adapters/files/ogr_source.h"
+#include "adapters/ogr/ogr_feature_class.h"
+#include "adapters/ogr/ogr_source.h"
 #include "platform/values.h"
 
 #include <algorithm>

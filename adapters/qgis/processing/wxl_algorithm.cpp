@@ -1,6 +1,6 @@
 #include "adapters/qgis/processing/wxl_algorithm.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/qgis/processing/wxl_icon.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"

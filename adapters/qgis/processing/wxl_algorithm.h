@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/disk_services.h"
+#include "adapters/ogr/disk_services.h"
 #include "adapters/qgis/processing/feedback.h"
 #include "adapters/qgis/processing/fixed_map.h"
 #include "adapters/qgis/qgis_versions.h"

@@ -1,7 +1,7 @@
 #include "apps/cli/commands/akde.h"
 
-#include "adapters/files/disk_services.h"
-#include "adapters/files/raster_dataset.h"
+#include "adapters/ogr/disk_services.h"
+#include "adapters/raster/raster_dataset.h"
 #include "apps/cli/akde_animal.h"
 #include "apps/cli/akde_files.h"
 #include "apps/cli/json_values.h"

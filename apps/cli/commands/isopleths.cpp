@@ -1,6 +1,6 @@
 #include "apps/cli/commands/isopleths.h"
 
-#include "adapters/files/raster_dataset.h"
+#include "adapters/raster/raster_dataset.h"
 #include "apps/cli/input_layer.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/output_folder.h"

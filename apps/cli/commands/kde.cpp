@@ -1,6 +1,6 @@
 #include "apps/cli/commands/kde.h"
 
-#include "adapters/files/ogr_source.h"
+#include "adapters/ogr/ogr_source.h"
 #include "apps/cli/batch_tasks.h"
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_plan.h"

@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/files_map.h"
+#include "adapters/ogr/files_map.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/tool_session.h"
 #include "kde_tool/frmKDE.h"

@@ -1,8 +1,8 @@
 #include "apps/cli/commands/kde_session.h"
 
-#include "adapters/files/files_map.h"
-#include "adapters/files/raster_dataset.h"
-#include "adapters/files/shapefile_parts.h"
+#include "adapters/ogr/files_map.h"
+#include "adapters/raster/raster_dataset.h"
+#include "adapters/shapefile/shapefile_parts.h"
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/output_folder.h"

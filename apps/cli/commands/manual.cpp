@@ -1,6 +1,6 @@
 #include "apps/cli/commands/manual.h"
 
-#include "adapters/files/disk_file_system.h"
+#include "adapters/disk/disk_file_system.h"
 #include "apps/cli/manual.h"
 #include "apps/cli/option_checks.h"
 #include "platform/file_system.h"

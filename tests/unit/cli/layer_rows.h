@@ -1,5 +1,5 @@
 #pragma once
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/ogr/ogr_feature_class.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/raster_workspace.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/raster/raster_workspace.h"
 #include "tests/support/scratch_folder.h"
 
 #include <algorithm>

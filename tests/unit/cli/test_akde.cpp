@@ -1,4 +1,4 @@
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "isopleths/rings.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/timed_rows.h"

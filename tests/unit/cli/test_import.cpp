@@ -1,4 +1,4 @@
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "tests/support/telemetry.h"
 #include "tests/unit/cli/layer_files.h"
 

@@ -1,4 +1,4 @@
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/raster_files.h"
 

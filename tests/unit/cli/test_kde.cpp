@@ -1,7 +1,7 @@
-#include "adapters/files/disk_file_system.h"
-#include "adapters/files/folder_lock.h"
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/raster_dataset.h"
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/disk/folder_lock.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/raster/raster_dataset.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
 

@@ -1,8 +1,8 @@
 // Tracking files in the layouts that people have, each imported as a user would, and every fix compared.
 
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/ogr_feature_class.h"
-#include "adapters/files/projection.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "platform/text.h"
 #include "tests/support/places.h"
 #include "tests/unit/cli/layer_files.h"

@@ -1,4 +1,4 @@
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/layer_rows.h"
 

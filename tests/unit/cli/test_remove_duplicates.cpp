@@ -1,4 +1,4 @@
-#include "tests/unit/adapters/killed_child.h"
+#include "tests/unit/adapters/disk/killed_child.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/layer_rows.h"
 

@@ -1,12 +1,12 @@
 #pragma once
 // A clsHISO with everything around it in memory, but real contours and geometry.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/geos_operators.h"
+#include "adapters/geos/geos_operators.h"
 #include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_rasters.h"
 #include "adapters/memory/memory_services.h"
 #include "adapters/memory/memory_shapefile_workspace.h"
+#include "adapters/raster/contour_operation.h"
 #include "isopleths/clsHISO.h"
 #include "tests/unit/isopleths/surfaces.h"
 #include "utilities/Utilities.h"

@@ -1,8 +1,8 @@
 // Level polygons from real contours, compared with the step-by-step rules and with the contourer's own polygons.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/geos_operators.h"
+#include "adapters/geos/geos_operators.h"
 #include "adapters/memory/memory_rasters.h"
+#include "adapters/raster/contour_operation.h"
 #include "isopleths/edge_closing.h"
 #include "isopleths/level_polygons.h"
 #include "platform/contour_step.h"

@@ -8,7 +8,7 @@ wxl_test(
   test_statistics_tables.cpp
   DEPENDS
   wxl_kde_tool
-  wxl_adapter_memory_vector)
+  wxl_adapter_memory)
 wxl_test(
   test_kde_form
   SOURCES
@@ -20,8 +20,7 @@ wxl_test(
   test_settings_file.cpp
   DEPENDS
   wxl_kde_tool
-  wxl_adapter_memory_vector
-  wxl_adapter_memory_raster)
+  wxl_adapter_memory)
 wxl_test(
   test_kde_settings_seeds
   SOURCES
@@ -29,5 +28,4 @@ wxl_test(
   ${CMAKE_SOURCE_DIR}/fuzz/fuzz_settings_reader.cpp
   DEPENDS
   wxl_kde_tool
-  wxl_adapter_memory_vector
-  wxl_adapter_memory_raster)
+  wxl_adapter_memory)

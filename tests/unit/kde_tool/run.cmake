@@ -1,5 +1,5 @@
 wxl_test(test_kde_report SOURCES test_bandwidth_doctor.cpp test_report_lines.cpp test_run_plan.cpp test_naming_ids.cpp test_report_writer.cpp
-         DEPENDS wxl_kde_tool wxl_adapter_memory_raster wxl_adapter_memory_vector)
+         DEPENDS wxl_kde_tool wxl_adapter_memory)
 wxl_test(
   test_kde_run
   SOURCES
@@ -10,7 +10,6 @@ wxl_test(
   test_summary.cpp
   DEPENDS
   wxl_kde_tool
-  wxl_adapter_memory_vector
-  wxl_adapter_memory_raster
+  wxl_adapter_memory
   wxl_adapter_geos
-  wxl_adapter_files_raster)
+  wxl_adapter_raster)

@@ -1,14 +1,14 @@
 #pragma once
 // A form over a small map in memory, ready to run.
 
-#include "adapters/files/contour_operation.h"
-#include "adapters/files/geos_operators.h"
+#include "adapters/geos/geos_operators.h"
 #include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_folder_locks.h"
 #include "adapters/memory/memory_map.h"
 #include "adapters/memory/memory_rasters.h"
 #include "adapters/memory/memory_services.h"
 #include "adapters/memory/memory_shapefile_workspace.h"
+#include "adapters/raster/contour_operation.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/services.h"
 #include "utilities/Utilities.h"

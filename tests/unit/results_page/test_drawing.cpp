@@ -1,7 +1,7 @@
 // What the maps of a page are made of.
 
-#include "adapters/files/png_encoder.h"
 #include "adapters/memory/memory_rasters.h"
+#include "adapters/raster/png_encoder.h"
 #include "platform/runtime_error.h"
 #include "results_page/colour_ramp.h"
 #include "results_page/density_picture.h"

@@ -1,4 +1,4 @@
-#include "adapters/files/png_encoder.h"
+#include "adapters/raster/png_encoder.h"
 #include "kde_tool/animal_run.h"
 #include "platform/runtime_error.h"
 #include "results_page/animal_table.h"

@@ -1,5 +1,5 @@
-#include "adapters/files/gdal_support.h"
-#include "adapters/files/ogr_feature_class.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/ogr/ogr_feature_class.h"
 #include "adapters/tracking/layer_writer.h"
 #include "tests/support/scratch_folder.h"
 

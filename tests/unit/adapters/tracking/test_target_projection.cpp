@@ -1,4 +1,4 @@
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/tracking/target_projection.h"
 
 #include <gtest/gtest.h>

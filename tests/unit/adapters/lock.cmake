@@ -1,1 +1,0 @@
-wxl_test(test_adapter_disk SOURCES test_folder_lock.cpp test_system_clock.cpp DEPENDS wxl_adapter_disk wxl_adapter_memory_vector)

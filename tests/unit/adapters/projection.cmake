@@ -1,1 +1,0 @@
-wxl_test(test_adapter_files_projection SOURCES test_projection.cpp DEPENDS wxl_adapter_files_projection)
