@@ -2,10 +2,10 @@
 
 #include "adapters/disk/posix_error.h"
 #include "adapters/gdal/gdal_support.h"
-#include "adapters/memory/memory_feature_class.h"
 #include "adapters/ogr/ogr_feature_class.h"
 #include "adapters/shapefile/dbf_cells.h"
 #include "adapters/shapefile/dbf_file.h"
+#include "adapters/shapefile/row_buffer.h"
 #include "adapters/shapefile/shapefile_parts.h"
 #include "adapters/shapefile/shp_file.h"
 #include "platform/dataset_files.h"
@@ -71,14 +71,14 @@ private:
     platform::ITable& m_rows;
 };
 
-/// A shapefile being made: its rows are in memory until it is published, and in its files from then on.
+/// A shapefile being made: its rows are in memory until it is published, and in its files from then on, which are
+/// opened when somebody asks for them.
 class NewShapefile final : public platform::IFeatureClass {
 public:
     NewShapefile(const fs::path& folder, const platform::FeatureClassDefinition& definition)
         : m_path(shapefile_path(folder, definition.Name)),
           m_folder(std::make_unique<TemporaryFolder>(m_path)),
-          m_rows(
-              std::make_unique<memory::MemoryFeatureClass>(definition.Shape, definition.Fields, definition.Reference)),
+          m_rows(std::make_unique<RowBuffer>(definition.Shape, definition.Fields, definition.Reference)),
           m_table(m_rows->Table()) {
         layout_for(definition.Fields);
     }
@@ -87,23 +87,27 @@ public:
     platform::SpatialReference Reference() const override { return Current().Reference(); }
     platform::Extent Bounds() const override { return Current().Bounds(); }
     std::int64_t FeatureCount() const override { return Current().FeatureCount(); }
-    platform::ITable& Table() override { return m_published ? m_published->Table() : m_table; }
+    platform::ITable& Table() override { return m_rows ? m_table : Published().Table(); }
     std::unique_ptr<platform::IFeatureCursor> Find(const Search& search) override { return Current().Find(search); }
     std::unique_ptr<platform::IInsertCursor> Insert() override { return Current().Insert(); }
 
     void Publish() {
-        if (m_published) Raise(error_number::kInvalidCall, m_path.string() + " is published already.");
+        if (!m_rows) Raise(error_number::kInvalidCall, m_path.string() + " is published already.");
         refuse_taken(m_path.parent_path(), m_path.stem().string());
         WriteParts();
         MoveParts();
-        m_published = OgrFeatureClass::Open(m_path.string());
         m_folder.reset();
         m_rows.reset();
     }
 
 private:
     platform::IFeatureClass& Current() const {
-        return m_published ? static_cast<platform::IFeatureClass&>(*m_published) : *m_rows;
+        return m_rows ? static_cast<platform::IFeatureClass&>(*m_rows) : Published();
+    }
+
+    OgrFeatureClass& Published() const {
+        if (!m_published) m_published = OgrFeatureClass::Open(m_path.string());
+        return *m_published;
     }
 
     fs::path Temporary(const char* extension) const {
@@ -155,9 +159,9 @@ private:
 
     fs::path m_path;
     std::unique_ptr<TemporaryFolder> m_folder;
-    std::unique_ptr<memory::MemoryFeatureClass> m_rows;
+    std::unique_ptr<RowBuffer> m_rows;  ///< null: published
     CheckedTable m_table;
-    std::shared_ptr<OgrFeatureClass> m_published;
+    mutable std::shared_ptr<OgrFeatureClass> m_published;  ///< null: not opened
 };
 
 }  // namespace

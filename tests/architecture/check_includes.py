@@ -47,8 +47,7 @@ ADAPTERS = {
     "adapters/gdal": {"platform", "adapters/disk"},
     "adapters/raster": {"platform", "adapters/disk", "adapters/gdal"},
     "adapters/shapefile": {"platform", "adapters/disk"},
-    # A new shapefile is gathered in memory before it is written.
-    "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile", "adapters/memory"},
+    "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile"},
     "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
     "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr"},
 }

@@ -1,6 +1,6 @@
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/raster/raster_workspace.h"
-#include "shapefile_fixture.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 namespace wxl::files {
 namespace {

@@ -1,8 +1,8 @@
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/ogr/ogr_source.h"
-#include "killed_child.h"
-#include "shapefile_fixture.h"
 #include "tests/support/quick_folder.h"
+#include "tests/unit/adapters/disk/killed_child.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 #include <ogrsf_frmts.h>
 

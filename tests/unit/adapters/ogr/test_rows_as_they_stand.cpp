@@ -1,6 +1,6 @@
 // Layers whose row numbers, counts or extents are not what they seem.
 #include "adapters/gdal/gdal_support.h"
-#include "shapefile_fixture.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 #include <array>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "adapters/gdal/gdal_support.h"
 #include "platform/file_system.h"
-#include "shapefile_fixture.h"
 #include "tests/contract/mounted_disk.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 #include <fcntl.h>
 #include <ogrsf_frmts.h>
@@ -297,6 +297,15 @@ TEST_F(ShapefileEditing, A_full_disk_fails_the_publishing_and_leaves_nothing) {
     EXPECT_EQ(error.Number, 61);
     EXPECT_THAT(error.Description, HasSubstr(disk.Path().string()));
     EXPECT_TRUE(NamesIn(disk.Path()).empty());
+}
+
+TEST_F(ShapefileEditing, A_published_shapefile_is_opened_when_somebody_asks_for_it) {
+    ShapefileWorkspace shapefiles;
+    const tests::ScratchFolder folder;
+    const auto created = shapefiles.Create(folder.Path(), {"tracks", platform::ShapeType::kPolyline, {}, {}});
+    shapefiles.Publish(created);
+    shapefiles.Delete(folder.Path(), "tracks");
+    EXPECT_EQ(ErrorOf([&] { created->FeatureCount(); }).Number, 53);
 }
 
 TEST_F(ShapefileEditing, A_shapefile_that_is_never_published_leaves_nothing) {

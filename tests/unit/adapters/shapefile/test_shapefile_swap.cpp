@@ -1,9 +1,9 @@
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/shapefile/shapefile_swap.h"
-#include "killed_child.h"
-#include "shapefile_fixture.h"
 #include "tests/robustness/guarded_tree.h"
 #include "tests/support/quick_folder.h"
+#include "tests/unit/adapters/disk/killed_child.h"
+#include "tests/unit/adapters/ogr/shapefile_fixture.h"
 
 #include <sys/stat.h>
 
