@@ -34,6 +34,19 @@ std::int32_t write_obstacle(const std::filesystem::path& folder) {
     return number;
 }
 
+void (*g_shortageAction)() = nullptr;
+
+void act_on_shortage(CPLErr severity, CPLErrorNum number) {
+    // The number of a shortage in which GDAL cannot even make its message is that of anything else.
+    const bool isShortage = number == CPLE_OutOfMemory || number == CPLE_AppDefined;
+    if (severity == CE_Fatal && isShortage && g_shortageAction != nullptr) g_shortageAction();
+}
+
+void CPL_STDCALL receive_unwatched(CPLErr severity, CPLErrorNum number, const char* message) {
+    act_on_shortage(severity, number);
+    CPLDefaultErrorHandler(severity, number, message);
+}
+
 std::string take_text(char* text) {
     const std::string copy = text == nullptr ? "" : text;
     CPLFree(text);
@@ -63,6 +76,11 @@ void LimitGdalCache() {
     if (CPLGetConfigOption("GDAL_CACHEMAX", nullptr) == nullptr) GDALSetCacheMax64(kCacheBytes);
 }
 
+void SetShortageAction(void (*action)()) {
+    g_shortageAction = action;
+    CPLSetErrorHandler(receive_unwatched);
+}
+
 GdalErrors::GdalErrors() {
     CPLPushErrorHandlerEx(&GdalErrors::Receive, this);
 }
@@ -73,7 +91,8 @@ GdalErrors::~GdalErrors() {
     CPLErrorReset();
 }
 
-void GdalErrors::Receive(CPLErr severity, CPLErrorNum /*number*/, const char* message) {
+void GdalErrors::Receive(CPLErr severity, CPLErrorNum number, const char* message) {
+    act_on_shortage(severity, number);
     auto& self = *static_cast<GdalErrors*>(CPLGetErrorHandlerUserData());
     if (severity < CE_Failure || self.m_failed) return;
     self.m_failed = true;

@@ -17,6 +17,10 @@ void RegisterGdal();
 /// cache belongs to the host.
 void LimitGdalCache();
 
+/// What GDAL is to do, from any thread, when it has no memory for itself and would abort the program. The action must
+/// not come back. Set once, before GDAL is used.
+void SetShortageAction(void (*action)());
+
 /// Catches GDAL's messages on this thread while it lives: nothing reaches standard error. The first failure is kept.
 class GdalErrors {
 public:

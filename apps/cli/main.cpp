@@ -1,25 +1,15 @@
 #include "adapters/gdal/gdal_support.h"
 #include "apps/cli/console.h"
+#include "apps/cli/memory_shortage.h"
 #include "apps/cli/program.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
-#include <new>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 namespace {
-
-/// Memory ran out at some time. What libraries then left half-made may wait for itself when it is taken down at the end
-/// of the program, so that it is not.
-bool g_memoryRanOut = false;
-
-void note_shortage() {
-    g_memoryRanOut = true;
-    throw std::bad_alloc();
-}
 
 // The counters of a coverage build are written beside its objects.
 #ifdef WXL_COUNTED
@@ -36,11 +26,7 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     wxl::files::LimitGdalCache();
     wxl::cli::Console console(std::cout, std::cerr, isatty(STDERR_FILENO) != 0);
-    std::set_new_handler(note_shortage);
-    const int code =
-        wxl::cli::run_program(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), console, kFencing);
-    if (!g_memoryRanOut) return code;
-    std::cout.flush();
-    std::cerr.flush();
-    std::_Exit(code);
+    wxl::cli::watch_memory();
+    return wxl::cli::exit_code_after(
+        wxl::cli::run_program(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), console, kFencing));
 }
