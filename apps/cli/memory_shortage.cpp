@@ -1,6 +1,6 @@
 #include "apps/cli/memory_shortage.h"
 
-#include "adapters/files/gdal_support.h"
+#include "adapters/gdal/gdal_support.h"
 #include "apps/cli/console.h"
 
 #include <cstdint>
