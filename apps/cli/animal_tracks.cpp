@@ -340,7 +340,7 @@ void add_fix_options(CLI::App& command, AnimalFixOptions& options, bool idRequir
         ->type_name("KEY");
     command.add_option("--utc-offset", options.UtcOffset, "Hours that the calendar's clock is ahead of UTC")
         ->type_name("H")
-        ->check(CLI::Range(-14.0, 14.0));
+        ->check(number_between(-14.0, 14.0));
     command.add_option("--hemisphere", options.Hemisphere, "Whose seasons: north or south")
         ->type_name("north|south")
         ->transform(one_of({"north", "south"}))

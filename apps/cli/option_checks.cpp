@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 
 namespace wxl::cli {
 
@@ -23,6 +24,13 @@ std::string enumeration(const std::vector<std::string>& names) {
     for (std::size_t i = 0; i < names.size(); ++i)
         text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
     return text;
+}
+
+/// Up to nine digits.
+std::optional<int> whole_number(const std::string& text) {
+    constexpr std::size_t kMostDigits = 9;
+    const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return digits && text.size() <= kMostDigits ? std::optional(std::stoi(text)) : std::nullopt;
 }
 
 bool names_path(const CLI::Option& option) {
@@ -54,9 +62,27 @@ CLI::Validator any_case(std::vector<std::string> keywords) {
 
 CLI::Validator whole_number_above_zero() {
     return {[](std::string& text) {
-                const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-                const bool good = digits && text.size() <= 9 && text.find_first_not_of('0') != std::string::npos;
-                return good ? std::string() : fmt::format("\"{}\" is not a whole number above 0", text);
+                return whole_number(text).value_or(0) > 0 ? std::string()
+                                                          : fmt::format("\"{}\" is not a whole number above 0", text);
+            },
+            ""};
+}
+
+CLI::Validator whole_number_between(int low, int high) {
+    return {[low, high](std::string& text) {
+                const auto number = whole_number(text);
+                return number && *number >= low && *number <= high
+                           ? std::string()
+                           : fmt::format("\"{}\" is not a whole number from {} to {}", text, low, high);
+            },
+            ""};
+}
+
+CLI::Validator number_between(double low, double high) {
+    return {[low, high](std::string& text) {
+                const bool good = platform::IsNumeric(text) && platform::NumberFromText(text) >= low &&
+                                  platform::NumberFromText(text) <= high;
+                return good ? std::string() : fmt::format("\"{}\" is not a number from {} to {}", text, low, high);
             },
             ""};
 }

@@ -17,6 +17,12 @@ CLI::Validator any_case(std::vector<std::string> keywords);
 /// For check(): a whole number from 1 to 999999999.
 CLI::Validator whole_number_above_zero();
 
+/// For check(): a whole number from `low` to `high`, neither below 0.
+CLI::Validator whole_number_between(int low, int high);
+
+/// For check(): a number from `low` to `high`.
+CLI::Validator number_between(double low, double high);
+
 /// WrongCall for a file or folder that was given as an empty text: an argument, or an option whose value is named DIR,
 /// FILE or OUT.
 void refuse_empty_paths(const CLI::App& program);

@@ -3,6 +3,7 @@
 #include "apps/cli/batch_session.h"
 #include "apps/cli/commands/kde_plan.h"
 #include "apps/cli/commands/kde_session.h"
+#include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
 #include "batch/task_run.h"
 #include "batch/task_state.h"
@@ -143,7 +144,7 @@ void register_batch_plan(CLI::App& command, BatchPlanOptions& options) {
     add_kde_options(command, options.Run);
     command.add_option("--tasks", options.Tasks, "About how many tasks; without it, of about ten minutes each")
         ->type_name("N")
-        ->check(CLI::Range(1, 1'000'000));
+        ->check(whole_number_between(1, 1'000'000));
     command.footer(kPlanFooter);
 }
 

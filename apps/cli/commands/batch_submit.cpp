@@ -84,7 +84,7 @@ void register_batch_submit(CLI::App& command, BatchSubmitOptions& options) {
         ->capture_default_str();
     command.add_option("--jobs", options.Jobs, "Local processes side by side")
         ->type_name("N")
-        ->check(CLI::Range(1, 1024))
+        ->check(whole_number_between(1, 1024))
         ->capture_default_str();
     command.add_option("--mem", options.Memory, "Memory of a job, as sbatch takes it; without it, from the estimates")
         ->type_name("SIZE");

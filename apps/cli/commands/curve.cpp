@@ -194,7 +194,7 @@ void add_curve_options(CLI::App& command, CurveOptions& options) {
         ->capture_default_str();
     command.add_option("--replicates", options.Replicates, "Random orders")
         ->type_name("R")
-        ->check(CLI::Range(1, 100000))
+        ->check(whole_number_between(1, 100000))
         ->capture_default_str();
     command.add_option("--seed", options.Seed, "Seed of the random orders")->type_name("S")->capture_default_str();
     command.add_option("--first", options.First, "Smallest number of fixes")
@@ -206,7 +206,7 @@ void add_curve_options(CLI::App& command, CurveOptions& options) {
         ->check(whole_number_above_zero());
     command.add_option("--tolerance", options.Tolerance, "How near the last area counts as level, in percent of it")
         ->type_name("PERCENT")
-        ->check(CLI::Range(0.0, 100.0))
+        ->check(number_between(0.0, 100.0))
         ->capture_default_str();
     command.add_option("--bandwidth", options.Bandwidth, "Of the kernel: href of the fixes at hand, or map units")
         ->transform(any_case({"href"}))

@@ -185,7 +185,7 @@ void register_kde(CLI::App& command, KdeOptions& options) {
     add_kde_options(command, options);
     command.add_option("--jobs", options.Jobs, "Compute in N processes side by side; the results are the same")
         ->type_name("N")
-        ->check(CLI::Range(1, kMostJobs))
+        ->check(whole_number_between(1, kMostJobs))
         ->capture_default_str();
     command.add_flag("--json", options.Json, "One JSON object on standard output");
     command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");

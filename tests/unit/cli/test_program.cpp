@@ -79,7 +79,10 @@ TEST(Program, Values_out_of_range_are_refused_in_a_sentence) {
     for (const std::string value : {"0", "x", "1.5", "-1", "9999999999", "00"})
         EXPECT_EQ(kde("--group-by", value), "wxl: --group-by: \"" + value + "\" is not a whole number above 0" + more);
     EXPECT_EQ(kde("--raster-format", "tiff"), "wxl: --raster-format: \"tiff\" is not GRID or GTiff" + more);
-    EXPECT_EQ(kde("--jobs", "0"), "wxl: --jobs: Value 0 not in range 1 to 1024" + more);
+    for (const std::string value : {"0", "1025", "x", "1.5", "-1", "9999999999"})
+        EXPECT_EQ(kde("--jobs", value), "wxl: --jobs: \"" + value + "\" is not a whole number from 1 to 1024" + more);
+    EXPECT_EQ(problem({"curve", "x.shp", "--id-field", "animal", "--tolerance", "101"}),
+              "wxl: --tolerance: \"101\" is not a number from 0 to 100; wxl curve --help tells more\n");
 }
 
 TEST(Program, Empty_paths_are_refused) {

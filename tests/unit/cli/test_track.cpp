@@ -103,13 +103,13 @@ TEST_F(TrackCommand, Existing_shapefile_is_replaced_only_when_asked_and_only_by_
 }
 
 TEST_F(TrackCommand, Rows_that_share_a_number_are_no_track) {
+    write_file(Folder, "two.csv", "id,x,y\n1,1,1\n2,2,2\n1,9,9\n");
     const std::string layer =
-        write_file(Folder, "two.geojson",
-                   R"({"type":"FeatureCollection","features":[)"
-                   R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[1,1]}},)"
-                   R"({"type":"Feature","properties":{"id":2},"geometry":{"type":"Point","coordinates":[2,2]}},)"
-                   R"({"type":"Feature","properties":{"id":1},"geometry":{"type":"Point","coordinates":[9,9]}}]})");
-    const Ran ran = run_wxl({"track", layer, Output});
+        write_file(Folder, "two.vrt",
+                   "<OGRVRTDataSource><OGRVRTLayer name=\"two\"><SrcDataSource relativeToVRT=\"1\">two.csv"
+                   "</SrcDataSource><GeometryType>wkbPoint</GeometryType><GeometryField encoding=\"PointFromColumns\" "
+                   "x=\"x\" y=\"y\"/><FID>id</FID></OGRVRTLayer></OGRVRTDataSource>");
+    const Ran ran = run_wxl({"track", layer, Output, "--allow-indirect"});
     EXPECT_EQ(ran.Code, 1);
     EXPECT_EQ(ran.Err, "wxl: " + layer +
                            ": several rows have one row number, so that the order of the fixes is not known; number "
