@@ -1,5 +1,6 @@
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/disk/folder_lock.h"
+#include "adapters/disk/system_clock.h"
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/raster/raster_dataset.h"
 #include "tests/support/scratch_folder.h"
