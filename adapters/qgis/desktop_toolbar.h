@@ -1,6 +1,7 @@
 #pragma once
 #include "host/registration.h"
 
+#include <functional>
 #include <memory>
 #include <QMenu>
 #include <QToolBar>
@@ -11,7 +12,8 @@ namespace wxl::qgis {
 /// The toolbar and menu of the desktop, built from their definitions alone.
 class DesktopToolBar {
 public:
-    explicit DesktopToolBar(host::ToolBar definition);
+    /// `run` is called for a command that is chosen; without it the command just gets its click.
+    explicit DesktopToolBar(host::ToolBar definition, std::function<void(platform::ICommand&)> run = {});
 
     /// The toolbar widget, to be added to the main window; the window owns it from then on.
     QToolBar* Widget() const { return m_toolBar; }

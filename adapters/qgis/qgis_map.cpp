@@ -30,6 +30,13 @@ void walk(QgsLayerTreeGroup& group, const LayerNames& names, std::vector<platfor
 
 }  // namespace
 
+QgsMapLayer* HighlightedLayer(const Desktop& desktop) {
+    if (!desktop.LayerTree) return desktop.ActiveLayer ? desktop.ActiveLayer() : nullptr;
+    const QList<QgsLayerTreeNode*> nodes = desktop.LayerTree->selectedNodes();
+    if (nodes.size() != 1 || !QgsLayerTree::isLayer(nodes.first())) return nullptr;
+    return QgsLayerTree::toLayer(nodes.first())->layer();
+}
+
 QgisMap::QgisMap(Desktop desktop) : m_desktop(std::move(desktop)) {}
 
 std::vector<platform::Layer> QgisMap::Layers() {
@@ -77,14 +84,7 @@ std::shared_ptr<platform::IMap> QgisDocument::FocusMap() {
 }
 
 std::optional<platform::Layer> QgisDocument::SelectedLayer() {
-    QgsMapLayer* layer = nullptr;
-    if (m_desktop.LayerTree) {
-        const QList<QgsLayerTreeNode*> nodes = m_desktop.LayerTree->selectedNodes();
-        if (nodes.size() == 1 && QgsLayerTree::isLayer(nodes.first()))
-            layer = QgsLayerTree::toLayer(nodes.first())->layer();
-    } else if (m_desktop.ActiveLayer) {
-        layer = m_desktop.ActiveLayer();
-    }
+    QgsMapLayer* layer = HighlightedLayer(m_desktop);
     if (!layer) return std::nullopt;
     return FromQgsLayer(*layer);
 }

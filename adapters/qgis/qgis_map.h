@@ -19,6 +19,9 @@ struct Desktop {
     std::function<QgsMapLayer*()> ActiveLayer;
 };
 
+/// The one layer that is highlighted, or null.
+QgsMapLayer* HighlightedLayer(const Desktop& desktop);
+
 /// The project's layers in tree order, and the canvas.
 class QgisMap final : public platform::IMap {
 public:

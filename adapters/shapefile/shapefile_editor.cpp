@@ -1,5 +1,7 @@
 #include "adapters/shapefile/shapefile_editor.h"
 
+#include "adapters/disk/disk_output_file.h"
+#include "adapters/disk/input_file.h"
 #include "adapters/disk/posix_error.h"
 #include "adapters/shapefile/dbf_cells.h"
 #include "adapters/shapefile/dbf_file.h"
@@ -27,6 +29,18 @@ namespace {
 
 std::string_view text_of(std::span<const char> bytes) {
     return {bytes.data(), bytes.size()};
+}
+
+void copy_bytes(const fs::path& from, const fs::path& to) {
+    const InputFile input(from);
+    DiskOutputFile output(to, platform::WriteMode::kReplace);
+    std::string block(1 << 20, '\0');
+    for (std::uint64_t at = 0; at < input.Size(); at += block.size()) {
+        block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), input.Size() - at)));
+        input.Read(at, block);
+        output.Write(block);
+    }
+    output.Close();
 }
 
 /// Whether another program holds a lock on a file, of either kind that there is.
@@ -253,6 +267,17 @@ std::vector<std::int64_t> ShapefileEditor::Repack() {
     swap.Commit();
     lock.Done();
     return dropped;
+}
+
+void ShapefileEditor::Replace(const fs::path& other) {
+    Locked lock(*this);
+    PartsSwap swap(m_shapefile);
+    for (const char* extension : {"shp", "shx", "dbf"}) {
+        copy_bytes(part_of(other, extension), swap.Replacement(part_of(m_shapefile, extension)));
+    }
+    remove_indexes(m_shapefile, true);
+    swap.Commit();
+    lock.Done();
 }
 
 std::int64_t ShapefileEditor::CountRows() const {

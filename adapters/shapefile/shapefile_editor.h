@@ -31,6 +31,9 @@ public:
     void DeleteField(int field) override;
     std::vector<std::int64_t> Repack() override;
 
+    /// Puts the files of another shapefile (.shp, .shx, .dbf) into the places of this one's, byte for byte.
+    void Replace(const std::filesystem::path& other);
+
     /// Rows that stand and are not marked as deleted.
     std::int64_t CountRows() const;
 

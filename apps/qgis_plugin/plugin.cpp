@@ -6,12 +6,14 @@
 #include "adapters/qgis/processing/wxl_provider.h"
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/qgis_messages.h"
+#include "adapters/qgis/undo_bar.h"
 #include "adapters/qgis/utm_copies.h"
 
 #include <memory>
 #include <optional>
 #include <qgisinterface.h>
 #include <qgisplugin.h>
+#include <qgsmessagebar.h>
 #include <qgsstatusbar.h>
 #include <QIcon>
 #include <QPointer>
@@ -37,7 +39,9 @@ public:
           m_presenter(m_host, desktop.mainWindow(), DesktopOf(desktop)),
           m_utmCopies(DesktopOf(desktop)),
           m_application(std::make_shared<wxl::qgis::QgisApplication>(DesktopOf(desktop))),
-          m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application)) {}
+          m_undo(*desktop.messageBar(), DesktopOf(desktop)),
+          m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application),
+                    [this](platform::ICommand& command) { m_undo.Run(command); }) {}
 
     QToolBar* ToolBar() const { return m_toolBar.Widget(); }
 
@@ -62,6 +66,7 @@ private:
     wxl::qgis::QgisFormPresenter m_presenter;
     wxl::qgis::UtmCopies m_utmCopies;
     std::shared_ptr<wxl::qgis::QgisApplication> m_application;
+    wxl::qgis::UndoBar m_undo;
     wxl::qgis::DesktopToolBar m_toolBar;
 };
 

@@ -99,6 +99,16 @@ def movement_commands(layer):
         rows = layer.featureCount()
         action(command).trigger()
         check_equals_the_command_line(layer, stage)
+        if stage == "time2":
+            told = iface.messageBar().currentItem().text()
+            check(told == '7 duplicate fixes removed from "fixes". 4 animals (field animal) were taken as one.', told)
+            shoot_screen("desktop-undo")
+            child(iface.messageBar().currentItem(), QPushButton, "wxlUndo").click()
+            check_equals_the_command_line(layer, "fields")
+            iface.messageBar().clearWidgets()
+            layer.selectAll()
+            action(command).trigger()
+            check_equals_the_command_line(layer, stage)
         changed = layer.featureCount() < rows
         check(layer.selectedFeatureCount() == (0 if changed else rows), "no selection by numbers that changed")
 
@@ -262,6 +272,7 @@ def main():
     marker.setStrokeStyle(Qt.NoPen)
     iface.setActiveLayer(layer)
     movement_commands(layer)
+    iface.messageBar().clearWidgets()
     play_track(layer)
     in_another_system(layer)
     close_while_playing()
