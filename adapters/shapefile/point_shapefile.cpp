@@ -176,11 +176,9 @@ void PointShapefile::ReadLocations(PointRows& rows) {
         const std::uint32_t words = load_big(index, row * kIndexEntry + 4);
         const std::uint64_t end = offset + kRecordHeader + std::uint64_t{words} * 2;
         if (end > m_files->Shapes.Size() || std::uint64_t{words} * 2 < kShortestPoint) continue;
-        std::array<char, kRecordHeader + kShortestPoint> apart{};
         const bool isNear = offset >= begin && end <= begin + m_bytes.size();
-        if (!isNear) m_files->Shapes.Read(offset, apart);
         const auto record = isNear ? std::span<const char>(m_bytes).subspan(static_cast<std::size_t>(offset - begin))
-                                   : std::span<const char>(apart);
+                                   : RecordApart(offset);
         const platform::Point location{load_little<double>(record, kRecordHeader + 4),
                                        load_little<double>(record, kRecordHeader + 12)};
         const bool isPlain = load_big(record, 4) == words &&
@@ -190,6 +188,19 @@ void PointShapefile::ReadLocations(PointRows& rows) {
         rows.Kinds[row] = PointRows::Kind::kPlain;
         rows.Locations[row] = location;
     }
+}
+
+std::span<const char> PointShapefile::RecordApart(std::uint64_t offset) {
+    constexpr std::size_t kFew = 64;                              // records, each read by itself
+    constexpr std::uint64_t kMostHeld = std::uint64_t{64} << 20;  // bytes
+    constexpr std::size_t kLength = kRecordHeader + kShortestPoint;
+    const std::uint64_t size = m_files->Shapes.Size();
+    const bool holdsAll = ++m_askedApart > kFew && size <= kMostHeld;
+    if (!holdsAll || m_askedApart == kFew + 1) {
+        m_apart.resize(holdsAll ? static_cast<std::size_t>(size) : kLength);
+        m_files->Shapes.Read(holdsAll ? 0 : offset, m_apart);
+    }
+    return std::span<const char>(m_apart).subspan(holdsAll ? static_cast<std::size_t>(offset) : 0, kLength);
 }
 
 void PointShapefile::ReadCells(PointRows& rows) {

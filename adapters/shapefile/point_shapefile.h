@@ -72,12 +72,17 @@ private:
     static bool Parse(std::string_view cell, Content content, platform::FieldValue& value);
 
     void ReadLocations(PointRows& rows);
+
+    /// A record that lies apart from those of its neighbours; valid until the next one is asked for.
+    std::span<const char> RecordApart(std::uint64_t offset);
     void ReadCells(PointRows& rows);
 
     std::unique_ptr<Files> m_files;
     std::vector<Content> m_contents;  // by column
     std::uint64_t m_next = 0;
     std::vector<char> m_bytes;  // of the file being read, kept for the next rows
+    std::vector<char> m_apart;  // one record, or all shapes of a file whose records follow no order
+    std::size_t m_askedApart = 0;
 };
 
 }  // namespace wxl::files

@@ -336,8 +336,8 @@ TEST(PointShapefile, Places_that_are_no_numbers_are_left_to_OGR) {
 
 TEST(PointShapefile, Records_may_stand_in_any_order) {
     const tests::ScratchFolder folder;
-    RawShapefile raw = plain_shapefile(600);
-    for (std::size_t i = 0; i < 600; ++i) raw.Order.push_back(i);
+    RawShapefile raw = plain_shapefile(3000);
+    for (std::size_t i = 0; i < 3000; ++i) raw.Order.push_back(i);
     std::mt19937 random(3);
     std::shuffle(raw.Order.begin(), raw.Order.end(), random);
     const fs::path shapefile = write_shapefile(folder.Path(), raw);
