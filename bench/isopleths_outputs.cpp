@@ -81,7 +81,7 @@ class Desk {
 public:
     Desk() {
         files::RegisterGdal();
-        files::LimitGdalCache();
+        files::LimitGdal();
         m_services.Messages = &m_messages;
         m_services.Host = &m_host;
         m_services.Files = &m_files;

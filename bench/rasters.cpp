@@ -23,7 +23,7 @@ class Field {
 public:
     explicit Field(std::int64_t side) : m_side(static_cast<std::int32_t>(side)) {
         files::RegisterGdal();
-        files::LimitGdalCache();
+        files::LimitGdal();
     }
 
     std::shared_ptr<platform::IRasterDataset> Write(const std::string& format) {

@@ -16,7 +16,7 @@ using fuzz::require;
 namespace fs = std::filesystem;
 
 struct Disk {
-    Disk() { files::LimitGdalCache(); }
+    Disk() { files::LimitGdal(); }
 
     fuzz::FuzzFolder Folder;
     files::DiskFileSystem Files;

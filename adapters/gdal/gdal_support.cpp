@@ -71,9 +71,12 @@ void RegisterGdal() {
     }();
 }
 
-void LimitGdalCache() {
+void LimitGdal() {
     constexpr GIntBig kCacheBytes = 64 << 20;
     if (CPLGetConfigOption("GDAL_CACHEMAX", nullptr) == nullptr) GDALSetCacheMax64(kCacheBytes);
+    // One feature of a GeoJSON file, in MB.
+    if (CPLGetConfigOption("OGR_GEOJSON_MAX_OBJ_SIZE", nullptr) == nullptr)
+        CPLSetConfigOption("OGR_GEOJSON_MAX_OBJ_SIZE", "16");
 }
 
 void SetShortageAction(void (*action)()) {

@@ -13,9 +13,9 @@ namespace wxl::files {
 /// Makes GDAL's drivers known; any number of calls.
 void RegisterGdal();
 
-/// Bounds GDAL's block cache for a program of its own, unless the user set GDAL_CACHEMAX. Not for a plugin, where the
-/// cache belongs to the host.
-void LimitGdalCache();
+/// Bounds GDAL's block cache and the length of a feature in GeoJSON for a program of its own, unless the user set
+/// GDAL_CACHEMAX and OGR_GEOJSON_MAX_OBJ_SIZE. Not for a plugin, where both belong to the host.
+void LimitGdal();
 
 /// What GDAL is to do, from any thread, when it has no memory for itself and would abort the program. The action must
 /// not come back. Set once, before GDAL is used.

@@ -1,5 +1,6 @@
 #include "adapters/ogr/ogr_class_state.h"
 
+#include "adapters/gdal/text_lengths.h"
 #include "adapters/ogr/stored_name.h"
 #include "adapters/ogr/transaction_editor.h"
 #include "adapters/ogr/unread_shapes.h"
@@ -82,6 +83,7 @@ OgrFeatureClass::State::State(const std::string& input, Sources sources) : m_sou
     if (sources == Sources::kPlain) CheckPlain(path);
     m_path = isLocal ? main_file_of(fs::canonical(path), layer) : path;
     if (sources == Sources::kPlain && m_path != path) CheckPlain(m_path);
+    if (sources == Sources::kPlain) CheckXmlTexts(m_path);
     m_name = std::move(layer);
     m_isShapefile = is_shapefile(m_path);
     Load();

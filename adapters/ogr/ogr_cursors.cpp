@@ -1,10 +1,10 @@
+#include "adapters/gdal/text_lengths.h"
 #include "adapters/ogr/ogr_class_state.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <deque>
 #include <memory>
 #include <string>
@@ -163,6 +163,7 @@ OGRFeatureUniquePtr row_at(OGRLayer& layer, std::int64_t oid, OgrFeatureClass::S
     OGRFeatureUniquePtr row(layer.GetFeature(oid));
     // Some formats call it a failure that there is no such row.
     const auto stands = [&] { return row || std::ranges::count(*state.Numbers(), oid) > 0; };
+    if (row) CheckTexts(*row, state.Path());
     if (errors.Failed() && stands()) state.RaiseUnread("the row " + std::to_string(oid), errors);
     return row;
 }
@@ -206,29 +207,12 @@ private:
     std::size_t m_row = 0;
 };
 
-/// Texts of databases have no bound: one that no field of a table of fixes can mean would fill the memory by copies.
-void check_texts(const OGRFeature& row, const std::filesystem::path& path) {
-    constexpr std::size_t kLongest = 16 << 20;  // bytes
-    for (int field = 0; field < row.GetFieldCount(); ++field) {
-        const OGRFieldDefn& column = *row.GetFieldDefnRef(field);
-        if (column.GetType() != OFTString || !row.IsFieldSetAndNotNull(field)) continue;
-        if (::strnlen(row.GetRawFieldRef(field)->String, kLongest + 1) <= kLongest) continue;
-        platform::Raise(platform::error_number::kOverflow, path.string() + ": the row " + std::to_string(row.GetFID()) +
-                                                               " holds a text of more than 16 MB in the field \"" +
-                                                               column.GetNameRef() +
-                                                               "\": shorten it, or leave the row out");
-    }
-}
-
 /// Fetches rows in groups of neighbouring object IDs, and leaves no statement open between them. The order in which a
 /// database gives the rows of a group does not matter: it may be that of an index.
 class RowsInGroups final : public IRows {
 public:
     RowsInGroups(const std::shared_ptr<Pass>& pass, const Search& wanted)
-        : m_pass(pass),
-          m_loan(pass->State(), wanted),
-          m_path(pass->State().Path()),
-          m_numbers(pass->State().Numbers()) {}
+        : m_pass(pass), m_loan(pass->State(), wanted), m_numbers(pass->State().Numbers()) {}
 
     std::unique_ptr<Row> Next() override {
         while (m_group.empty())
@@ -250,10 +234,7 @@ private:
                                   " <= " + std::to_string((*m_numbers)[end - 1]);
         layer.SetAttributeFilter(range.c_str());
         RowReader rows(m_pass->State(), layer);
-        while (OGRFeatureUniquePtr feature = rows.Next()) {
-            check_texts(*feature, m_path);
-            m_group.push_back(std::move(feature));
-        }
+        while (OGRFeatureUniquePtr feature = rows.Next()) m_group.push_back(std::move(feature));
         layer.ResetReading();
         std::sort(m_group.begin(), m_group.end(),
                   [](const OGRFeatureUniquePtr& a, const OGRFeatureUniquePtr& b) { return a->GetFID() < b->GetFID(); });
@@ -263,7 +244,6 @@ private:
 
     std::shared_ptr<Pass> m_pass;
     Loan m_loan;
-    std::filesystem::path m_path;
     std::shared_ptr<const std::vector<std::int64_t>> m_numbers;
     std::deque<OGRFeatureUniquePtr> m_group;
     std::size_t m_next = 0;
@@ -403,6 +383,7 @@ OGRFeatureUniquePtr RowReader::Next() {
     const GdalErrors errors;
     OGRFeatureUniquePtr row(m_layer.GetNextFeature());
     if (row) m_last = row->GetFID();
+    if (row) CheckTexts(*row, m_state.Path());
     if (!errors.Failed()) return row;
     const std::string last = m_last ? "the row " + std::to_string(*m_last) : "";
     m_state.RaiseUnread(row ? last : last.empty() ? "the first row" : "the row after " + last, errors);

@@ -2,6 +2,7 @@
 
 #include "adapters/gdal/database_check.h"
 #include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/text_lengths.h"
 #include "adapters/tracking/text_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -43,6 +44,7 @@ bool is_workbook(GDALDataset& dataset) {
 GdalDatasetPtr open_dataset(const fs::path& file) {
     files::RegisterGdal();
     if (files::is_database(file)) files::CheckDatabase(file);
+    files::CheckXmlTexts(file);
     const GdalErrors errors;
     GdalDatasetPtr dataset(GDALDataset::Open(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, kDrivers.data()));
     if (!dataset) errors.RaiseReading(file);
@@ -132,8 +134,8 @@ std::map<GIntBig, std::string> names_of_tracks(GDALDataset& dataset) {
 /// Writes the rows of a layer as separated values.
 class RowWriter {
 public:
-    RowWriter(GDALDataset& dataset, OGRLayer& layer, LayerAsText& result)
-        : m_layer(layer), m_result(result), m_tracks(names_of_tracks(dataset)) {
+    RowWriter(const fs::path& file, GDALDataset& dataset, OGRLayer& layer, LayerAsText& result)
+        : m_file(file), m_layer(layer), m_result(result), m_tracks(names_of_tracks(dataset)) {
         // Formats with fields of their own have dozens that nobody filled.
         const bool manyFields = is_driver(dataset, "GPX") || is_driver(dataset, "LIBKML") || is_driver(dataset, "KML");
         m_used.assign(static_cast<std::size_t>(layer.GetLayerDefn()->GetFieldCount()), !manyFields);
@@ -156,10 +158,12 @@ public:
 private:
     void FindUsedFields() {
         m_layer.ResetReading();
-        for (const auto& feature : m_layer)
+        for (const auto& feature : m_layer) {
+            files::CheckTexts(*feature, m_file);
             for (int i = 0; i < feature->GetFieldCount(); ++i)
                 if (feature->IsFieldSetAndNotNull(i) && feature->GetFieldAsString(i)[0] != '\0')
                     m_used[static_cast<std::size_t>(i)] = true;
+        }
     }
 
     /// Sheets whose first row was not taken for a header have fields "Field1", "Field2", ...
@@ -183,6 +187,7 @@ private:
     }
 
     void WriteRow(const OGRFeature& feature) {
+        files::CheckTexts(feature, m_file);
         std::string line;
         if (m_result.HasPoints) AppendPoint(feature, line);
         if (!m_tracks.empty()) {
@@ -212,6 +217,7 @@ private:
         m_result.Text->write(line.data(), static_cast<std::streamsize>(line.size()));
     }
 
+    const fs::path& m_file;
     OGRLayer& m_layer;
     LayerAsText& m_result;
     std::map<GIntBig, std::string> m_tracks;
@@ -254,7 +260,7 @@ LayerAsText read_layer(const std::string& input, bool inDegrees) {
                                                : fmt::format("{} has no layer \"{}\"", file.string(), wanted));
     LayerAsText result{make_spool(), {}, !is_workbook(*dataset), dataset->GetDriverName(), layer->GetName()};
     if (result.HasPoints) result.Reference = files::FromOgr(layer->GetSpatialRef());
-    RowWriter rows(*dataset, *layer, result);
+    RowWriter rows(file, *dataset, *layer, result);
     std::unique_ptr<OGRCoordinateTransformation> transformation;
     if (inDegrees && !result.Reference.Wkt.empty() && !result.Reference.IsGeographic) {
         transformation = to_degrees(result.Reference);

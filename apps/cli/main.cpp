@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     // A file that reaches the limit of its size is a failure of that write, which is told; not the end of the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    wxl::files::LimitGdalCache();
+    wxl::files::LimitGdal();
     wxl::cli::Console console(std::cout, std::cerr, isatty(STDERR_FILENO) != 0);
     wxl::cli::watch_memory();
     return wxl::cli::exit_code_after(

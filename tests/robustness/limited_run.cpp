@@ -56,7 +56,7 @@ bool is_sanitized() {
 
 LimitedRun run_limited(const std::vector<std::string>& arguments, const std::filesystem::path& folder) {
     files::RegisterGdal();
-    files::LimitGdalCache();
+    files::LimitGdal();
     const auto out = folder / "limited.out";
     const auto err = folder / "limited.err";
     const pid_t child = ::fork();

@@ -6,6 +6,7 @@ wxl_test(
   limited_run.cpp
   test_hostile_geopackages.cpp
   test_indirect_inputs.cpp
+  test_long_texts.cpp
   test_malformed_grids.cpp
   test_malformed_shapefiles.cpp
   test_malformed_tables.cpp
