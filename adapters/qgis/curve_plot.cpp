@@ -1,5 +1,7 @@
 #include "adapters/qgis/curve_plot.h"
 
+#include <algorithm>
+#include <cmath>
 #include <QPen>
 #include <qwt_legend.h>
 #include <qwt_plot.h>
@@ -49,7 +51,13 @@ void set_axis(QwtPlot& plot, QwtPlot::Axis which, const PlotAxis& axis) {
 }
 
 QColor curve_colour(const QPalette& palette) {
-    return palette.color(QPalette::Base).lightness() < 128 ? QColor(0x6c, 0xb8, 0xf0) : QColor(0x1b, 0x6c, 0xa8);
+    return ReadableOn(palette.color(QPalette::Base), QColor(0x1b, 0x6c, 0xa8));
+}
+
+QColor between(const QColor& from, const QColor& to, double share) {
+    return QColor::fromRgbF(from.redF() + (to.redF() - from.redF()) * share,
+                            from.greenF() + (to.greenF() - from.greenF()) * share,
+                            from.blueF() + (to.blueF() - from.blueF()) * share);
 }
 
 void add_piece(QwtPlot& plot, const QVector<QPointF>& piece) {
@@ -83,7 +91,7 @@ void add_mark(QwtPlot& plot, const PlotMark& mark) {
             break;
         case PlotMark::Look::kLine:
             marker->setLineStyle(QwtPlotMarker::VLine);
-            marker->setLinePen(QColor(0xd6, 0x45, 0x3d), 4.0);
+            marker->setLinePen(ReadableOn(palette.color(QPalette::Base), QColor(0xd6, 0x45, 0x3d)), 4.0);
             marker->setZ(30.0);
             break;
     }
@@ -91,6 +99,28 @@ void add_mark(QwtPlot& plot, const PlotMark& mark) {
 }
 
 }  // namespace
+
+double ContrastOf(const QColor& a, const QColor& b) {
+    const auto light = [](const QColor& colour) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+    };
+    const double first = light(a) + 0.05;
+    const double second = light(b) + 0.05;
+    return std::max(first, second) / std::min(first, second);
+}
+
+QColor ReadableOn(const QColor& ground, const QColor& wanted) {
+    constexpr double kReadable = 4.5;
+    const bool darkGround = ContrastOf(ground, Qt::white) > ContrastOf(ground, Qt::black);
+    QColor colour = wanted;
+    for (int step = 1; step <= 20 && ContrastOf(ground, colour) < kReadable; ++step) {
+        colour = between(wanted, darkGround ? Qt::white : Qt::black, step / 20.0);
+    }
+    return colour;
+}
 
 QWidget* NewCurvePlot(QWidget* parent) {
     auto* plot = new QwtPlot(parent);
@@ -111,7 +141,7 @@ void ShowCurve(QWidget& widget, const CurvePicture& picture) {
     plot.setCanvasBackground(plot.palette().color(QPalette::Base));
     auto* grid = new QwtPlotGrid;
     grid->enableX(false);
-    grid->setPen(plot.palette().color(QPalette::Midlight), 1.0);
+    grid->setPen(between(plot.palette().color(QPalette::Base), plot.palette().color(QPalette::Text), 0.2), 1.0);
     grid->attach(&plot);
     for (const QVector<QPointF>& piece : picture.Pieces) add_piece(plot, piece);
     for (const PlotMark& mark : picture.Marks) add_mark(plot, mark);

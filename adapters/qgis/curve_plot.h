@@ -1,4 +1,5 @@
 #pragma once
+#include <QColor>
 #include <QPointF>
 #include <QString>
 #include <QVector>
@@ -37,6 +38,12 @@ struct CurvePicture {
     QVector<PlotMark> Marks;
     QString Note;  ///< below the plot
 };
+
+/// How far apart two colours are in lightness, 1 to 21 (relative luminances of the WCAG, W3C 2008).
+double ContrastOf(const QColor& a, const QColor& b);
+
+/// The wanted colour, made lighter or darker until it is read on that ground: a contrast of 4.5.
+QColor ReadableOn(const QColor& ground, const QColor& wanted);
 
 /// An empty plot in the colours of its palette.
 QWidget* NewCurvePlot(QWidget* parent);

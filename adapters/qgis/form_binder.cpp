@@ -2,20 +2,28 @@
 
 #include "adapters/qgis/qt_text.h"
 
+#include <algorithm>
+#include <cmath>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QGuiApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QSlider>
 #include <QTableWidget>
 #include <QTabWidget>
 
 namespace wxl::qgis {
 namespace {
+
+constexpr int kWholeText = Qt::UserRole;  ///< of a table's cell: its text with all digits
 
 void show_background(QWidget& widget, platform::BackColor colour) {
     QPalette palette = widget.palette();
@@ -24,6 +32,43 @@ void show_background(QWidget& widget, platform::BackColor colour) {
     palette.setColor(QPalette::Disabled, QPalette::Base, QPalette().color(QPalette::Active, role));
     widget.setPalette(palette);
 }
+
+/// Five significant digits of a number with a fraction, whole numbers and other texts as they are.
+QString shortened(const QString& text) {
+    bool isNumber = false;
+    const double value = text.toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(value) || !text.contains(QRegularExpression(QStringLiteral("[.eE]")))) return text;
+    const QString digits = std::abs(value) < 1e5 ? QString::number(value, 'g', 5) : QString::number(value, 'f', 0);
+    return digits.size() < text.size() ? digits : text;
+}
+
+/// The chosen cells with all their digits, as a spreadsheet takes them.
+QString chosen_cells(const QTableWidget& table) {
+    QModelIndexList cells = table.selectionModel()->selectedIndexes();
+    std::sort(cells.begin(), cells.end());
+    QString text;
+    for (int i = 0; i < cells.size(); ++i) {
+        if (i > 0) text += cells[i].row() == cells[i - 1].row() ? QLatin1Char('\t') : QLatin1Char('\n');
+        text += cells[i].data(kWholeText).toString();
+    }
+    return text;
+}
+
+/// Ctrl+C takes all digits, not those that are shown.
+class WholeCopies final : public QObject {
+public:
+    explicit WholeCopies(QTableWidget& table) : QObject(&table), m_table(table) { table.installEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress || !static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy))
+            return QObject::eventFilter(watched, event);
+        QGuiApplication::clipboard()->setText(chosen_cells(m_table));
+        return true;
+    }
+
+private:
+    QTableWidget& m_table;
+};
 
 void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
     QStringList headers;
@@ -35,7 +80,12 @@ void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
     for (int row = 0; row < rows; ++row) {
         const auto& cells = grid.Rows[static_cast<std::size_t>(row)];
         for (int column = 0; column < headers.size() && column < static_cast<int>(cells.size()); ++column) {
-            auto* item = new QTableWidgetItem(ToQString(cells[static_cast<std::size_t>(column)]));
+            const QString whole = ToQString(cells[static_cast<std::size_t>(column)]);
+            // The first column names the animal: no number, whatever it looks like.
+            const QString shown = column > 0 ? shortened(whole) : whole;
+            auto* item = new QTableWidgetItem(shown);
+            item->setData(kWholeText, whole);
+            if (shown != whole) item->setToolTip(whole);
             if (column > 0) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
             widget.setItem(row, column, item);
         }
@@ -136,6 +186,8 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
     widget.setObjectName(QLatin1String(name));
     widget.setEditTriggers(QAbstractItemView::NoEditTriggers);
     widget.setAlternatingRowColors(true);
+    widget.setTabKeyNavigation(false);
+    new WholeCopies(widget);
     widget.verticalHeader()->setVisible(false);
     const int rowHeight = widget.fontMetrics().height() + 6;
     widget.verticalHeader()->setMinimumSectionSize(rowHeight);

@@ -1,22 +1,28 @@
 #include "adapters/qgis/kde_dialog.h"
 
+#include "adapters/qgis/guide_window.h"
 #include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/profile_plot_widget.h"
 #include "adapters/qgis/qt_text.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
+#include <array>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -54,12 +60,33 @@ QGroupBox* frame(const char* title, QLayout* layout) {
     return box;
 }
 
+/// Scrolls up and down where a screen is low. Wants all the room of what it holds, and takes less.
+class ScrollingPage final : public QScrollArea {
+public:
+    explicit ScrollingPage(QWidget* content) {
+        setFrameShape(QFrame::NoFrame);
+        setFocusPolicy(Qt::NoFocus);
+        setWidgetResizable(true);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setWidget(content);
+        // The page has the ground of its tab, not that of a list.
+        viewport()->setAutoFillBackground(false);
+        content->setAutoFillBackground(false);
+    }
+
+    QSize sizeHint() const override { return widget()->sizeHint() + QSize(BarWidth(), 0); }
+    QSize minimumSizeHint() const override { return {widget()->minimumSizeHint().width() + BarWidth(), 120}; }
+
+private:
+    int BarWidth() const { return verticalScrollBar()->sizeHint().width(); }
+};
+
 QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
     auto* page = new QWidget;
     auto* layout = new QVBoxLayout(page);
     for (QWidget* widget : frames) layout->addWidget(widget);
     if (stretchAtEnd) layout->addStretch();
-    return page;
+    return new ScrollingPage(page);
 }
 
 /// Text in lines, never cut: layouts give a wrapped label less height than it needs where room is short.
@@ -91,14 +118,30 @@ KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : 
     layout->addLayout(Footer());
     AssignMnemonics(*this);
     OrderTabKey(*this);
+    NameForScreenReaders(*this);
     m_binder.AlsoRefresh([this] {
         ShowUnits();
-        for (int i = 0; i < m_tabs->count(); ++i) m_tabs->widget(i)->setEnabled(!Running());
+        for (int i = 0; i < m_tabs->count(); ++i)
+            static_cast<QScrollArea*>(m_tabs->widget(i))->widget()->setEnabled(!Running());
         if (!m_form.Visible && isVisible()) accept();
     });
     m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
     m_binder.Refresh();
-    resize(640, 620);
+    FitScreen();
+}
+
+/// As large as the pages want it, where the screen has that much room.
+void KdeDialog::FitScreen() {
+    const QScreen* screen = parentWidget() ? parentWidget()->screen() : QGuiApplication::primaryScreen();
+    const QSize room = screen->availableGeometry().size() - QSize(16, 48);  // the window's frame
+    resize(sizeHint().expandedTo({640, 620}).boundedTo(room));
+}
+
+/// The page of the guide for the page on screen.
+QString KdeDialog::GuidePage() const {
+    const std::array<const char*, 4> pages = {"first-analysis-qgis", "settings-and-limits", "choosing-a-bandwidth",
+                                              "settings-and-limits"};
+    return QLatin1String(pages.at(static_cast<std::size_t>(m_tabs->currentIndex())));
 }
 
 QWidget* KdeDialog::InputPage() {
@@ -226,7 +269,7 @@ QWidget* KdeDialog::BandwidthPage() {
     selection->addLayout(choices);
     selection->addWidget(
         with_tip(table, "Reference bandwidth of every animal; the search of the chosen row is plotted below"), 1);
-    selection->addWidget(plot, 3);
+    selection->addWidget(plot, 1);
     return page_of({frame("Bandwidth Selection", selection)}, false);
 }
 
@@ -307,13 +350,17 @@ QWidget* KdeDialog::OutputPage() {
 QLayout* KdeDialog::Footer() {
     auto* status = with_tip(new QLineEdit, "What the analysis is doing");
     status->setReadOnly(true);
-    status->setFocusPolicy(Qt::NoFocus);
     auto* progress = new QProgressBar;
     auto* silent = with_tip(new QCheckBox, "Keeps the warnings of single animals out of message boxes");
     auto* load = with_tip(new QPushButton, "Reads the choices of all pages but the first from a file");
     auto* save = with_tip(new QPushButton, "Writes the choices of all pages but the first into a file");
     auto* ok = with_tip(new QPushButton, "Runs the analysis");
     auto* exit = with_tip(new QPushButton, "Closes the window; during a run it asks whether to stop that");
+    auto* help = with_tip(new QPushButton(tr("Help")), "Opens the guide at what this page is about (F1)");
+    help->setObjectName(QStringLiteral("btnHelp"));
+    help->setAutoDefault(false);
+    auto* guide = new GuideOpener(*this, [this] { return GuidePage(); });
+    connect(help, &QPushButton::clicked, guide, [guide] { guide->Open(); });
     ok->setDefault(true);
     m_binder.Bind(*status, m_form.txtStatus, "txtStatus");
     m_binder.Bind(*progress, m_form.PBar, "PBar");
@@ -326,6 +373,7 @@ QLayout* KdeDialog::Footer() {
     layout->addLayout(row({status, progress}));
     auto* buttons = row({load, save, silent});
     buttons->addStretch();
+    buttons->addWidget(help);
     buttons->addWidget(ok);
     buttons->addWidget(exit);
     layout->addLayout(buttons);
@@ -352,6 +400,11 @@ void KdeDialog::reject() {
     // Escape and the window's close button are the Exit button.
     m_form.btnExit_Click();
     m_binder.Refresh();
+}
+
+void KdeDialog::changeEvent(QEvent* event) {
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) m_binder.Refresh();
 }
 
 void KdeDialog::closeEvent(QCloseEvent* event) {

@@ -29,6 +29,9 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
 
+    /// Grounds of boxes that are open or greyed follow the palette.
+    void changeEvent(QEvent* event) override;
+
 private:
     QWidget* InputPage();
     QWidget* KernelPage();
@@ -42,6 +45,8 @@ private:
     /// A label for the unit of a number, kept up to date with the chosen layer's coordinate system.
     QLabel* UnitLabel();
     void ShowUnits();
+    void FitScreen();
+    QString GuidePage() const;
     bool Running() const { return !m_form.btnOK.Enabled; }
 
     kde_tool::frmKDE& m_form;

@@ -4,6 +4,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
+#include <QScrollArea>
 #include <QSet>
 #include <QTabBar>
 #include <QTabWidget>
@@ -69,6 +70,8 @@ void collect(QWidget& widget, std::vector<QWidget*>& found) {
         for (int i = 0; i < tabs->count(); ++i) collect(*tabs->widget(i), found);
         return;
     }
+    if (const auto* area = qobject_cast<QScrollArea*>(&widget); area && area->widget())
+        return collect(*area->widget(), found);
     if ((widget.focusPolicy() & Qt::TabFocus) != 0) found.push_back(&widget);
     if (widget.layout()) collect(*widget.layout(), found);
 }
@@ -95,6 +98,17 @@ void OrderTabKey(QWidget& window) {
     std::vector<QWidget*> widgets;
     collect(window, widgets);
     for (std::size_t i = 1; i < widgets.size(); ++i) QWidget::setTabOrder(widgets[i - 1], widgets[i]);
+}
+
+void NameForScreenReaders(QWidget& window) {
+    for (const QLabel* label : window.findChildren<QLabel*>())
+        if (label->buddy() && label->buddy()->accessibleName().isEmpty())
+            label->buddy()->setAccessibleName(QString(label->text()).remove(QLatin1Char('&')));
+    for (QWidget* widget : window.findChildren<QWidget*>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->accessibleName().isEmpty()) continue;
+        if (const auto* button = qobject_cast<QAbstractButton*>(widget); button && !button->text().isEmpty()) continue;
+        if (!widget->toolTip().isEmpty()) widget->setAccessibleName(widget->toolTip());
+    }
 }
 
 }  // namespace wxl::qgis

@@ -12,4 +12,8 @@ void AssignMnemonics(QWidget& window);
 /// what stands below the pages last.
 void OrderTabKey(QWidget& window);
 
+/// Gives everything that takes the keyboard a name for those who do not see it: the caption that stands before it, or
+/// what its tooltip says. Buttons are named by their texts.
+void NameForScreenReaders(QWidget& window);
+
 }  // namespace wxl::qgis

@@ -1,12 +1,12 @@
 #include "adapters/qgis/layer_undo.h"
 
-#include "adapters/shapefile/shapefile_editor.h"
-#include "adapters/shapefile/shapefile_parts.h"
 #include "adapters/qgis/layer_files.h"
 #include "adapters/qgis/layer_rows.h"
 #include "adapters/qgis/qgis_versions.h"
 #include "adapters/qgis/qt_text.h"
 #include "adapters/qgis/table_pass.h"
+#include "adapters/shapefile/shapefile_editor.h"
+#include "adapters/shapefile/shapefile_parts.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>

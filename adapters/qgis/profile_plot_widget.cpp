@@ -5,6 +5,7 @@
 #include "pictures/profile_axes.h"
 
 #include <cmath>
+#include <QEvent>
 #include <QLabel>
 
 namespace wxl::qgis {
@@ -53,6 +54,7 @@ ProfilePlotWidget::ProfilePlotWidget(QWidget* parent)
     m_plot->setObjectName(QStringLiteral("plotProfileCurve"));
     addWidget(m_hint);
     addWidget(m_plot);
+    m_plot->installEventFilter(this);
 }
 
 void ProfilePlotWidget::Show(const kde_tool::ProfilePlot& plot) {
@@ -61,6 +63,12 @@ void ProfilePlotWidget::Show(const kde_tool::ProfilePlot& plot) {
     m_hint->setText(ToQString(plot.Hint));
     setCurrentWidget(plot.Hint.empty() ? m_plot : m_hint);
     if (plot.Hint.empty()) Draw(plot.Picture);
+}
+
+bool ProfilePlotWidget::eventFilter(QObject* watched, QEvent* event) {
+    const bool looks = event->type() == QEvent::PaletteChange;
+    if (looks && watched == m_plot && m_shown.Hint.empty()) Draw(m_shown.Picture);
+    return QStackedWidget::eventFilter(watched, event);
 }
 
 void ProfilePlotWidget::Draw(const pictures::ProfilePicture& picture) {

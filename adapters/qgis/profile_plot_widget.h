@@ -17,6 +17,9 @@ public:
 
     QSize sizeHint() const override { return {480, 240}; }
 
+    /// Draws the plot anew in another palette.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void Draw(const pictures::ProfilePicture& picture);
 

@@ -1,5 +1,6 @@
 #include "adapters/qgis/travel_dialog.h"
 
+#include "adapters/qgis/guide_window.h"
 #include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/qt_text.h"
 
@@ -50,11 +51,12 @@ TravelDialog::TravelDialog(movement::frmOVI& form, QgisHost& host, QWidget* map)
     layout->addLayout(Track());
     layout->addLayout(Buttons());
     layout->addLayout(MapButtons());
-    AssignMnemonics(*this);
-    OrderTabKey(*this);
     form.Form_Load();
     m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
     m_binder.Refresh();
+    AssignMnemonics(*this);
+    OrderTabKey(*this);
+    NameForScreenReaders(*this);
 }
 
 QLayout* TravelDialog::Track() {
@@ -74,6 +76,10 @@ QLayout* TravelDialog::Track() {
     delay->setToolTip(tr("Time between two steps of automatic play"));
     seconds->setMaximumWidth(70);
     seconds->setToolTip(tr("Seconds between two steps"));
+    seconds->setAccessibleName(tr("Seconds between two steps"));
+    position->setAccessibleName(tr("Fix"));
+    delayLabel->setBuddy(delay);
+    fix->setBuddy(position);
     m_binder.Bind(*fix, m_form.Label1, "Label1");
     m_binder.Bind(*counter, m_form.lblfix, "lblfix");
     m_binder.Bind(*stats, m_form.lblStats, "lblStats");
@@ -153,8 +159,14 @@ QLayout* TravelDialog::MapButtons() {
     m_binder.Bind(*nearer, m_form.cmdZoomIn, "cmdZoomIn", [this] { m_form.cmdZoomIn_Click(); });
     m_binder.Bind(*farther, m_form.cmdZoomOut, "cmdZoomOut", [this] { m_form.cmdZoomOut_Click(); });
     m_binder.Bind(*whole, m_form.cmdZoomTrack, "cmdZoomTrack", [this] { m_form.cmdZoomTrack_Click(); });
+    auto* help = new QPushButton(tr("Help"));
+    help->setObjectName(QStringLiteral("btnHelp"));
+    help->setToolTip(tr("Opens the guide at the track player (F1)"));
+    help->setAutoDefault(false);
+    auto* guide = new GuideOpener(*this, [] { return QStringLiteral("movement-tools#the-track-player-in-qgis"); });
+    connect(help, &QPushButton::clicked, guide, [guide] { guide->Open(); });
     auto* buttons = new QHBoxLayout;
-    for (QWidget* widget : std::initializer_list<QWidget*>{nearer, farther, whole}) buttons->addWidget(widget);
+    for (QWidget* widget : std::initializer_list<QWidget*>{nearer, farther, whole, help}) buttons->addWidget(widget);
     return buttons;
 }
 

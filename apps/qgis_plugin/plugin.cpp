@@ -79,11 +79,17 @@ public:
         m_wiring.emplace(*m_desktop);
         m_toolBar = m_wiring->ToolBar();
         m_desktop->addToolBar(m_toolBar);
+        for (const QMenu* menu : m_toolBar->findChildren<QMenu*>())
+            for (QAction* action : menu->actions())
+                if (!action->isSeparator()) m_desktop->addPluginToMenu(kName, action);
         wxl::qgis::AddWxlProvider();
     }
 
     void unload() override {
         wxl::qgis::RemoveWxlProvider();
+        if (m_toolBar)
+            for (const QMenu* menu : m_toolBar->findChildren<QMenu*>())
+                for (QAction* action : menu->actions()) m_desktop->removePluginMenu(kName, action);
         delete m_toolBar.data();
         m_wiring.reset();
     }

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -111,6 +113,47 @@ TEST(FormBinder, Table_and_progress_show_their_values) {
     EXPECT_EQ(table.item(1, 1)->text(), "N/A");
     EXPECT_EQ(table.horizontalHeaderItem(0)->text(), "ID");
     EXPECT_EQ(progress.value(), 250);
+}
+
+TEST(FormBinder, Tables_show_five_digits_and_keep_all) {
+    platform::DataGrid grid;
+    QTableWidget table;
+    FormBinder binder;
+    binder.Bind(table, grid, "datagridHref");
+    grid.Columns = {"ID", "HREF"};
+    grid.Rows = {{"1.2345678", "396.30319"}, {"w2", "0.000123456789"}, {"w3", "123456.789"},
+                 {"w4", "1234567"},          {"w5", "12.5"},           {"w6", "N/A"},
+                 {"w7", "1.23456789e-12"}};
+    binder.Refresh();
+    const std::vector<std::string> shown = {"396.3", "0.00012346", "123457", "1234567", "12.5", "N/A", "1.2346e-12"};
+    for (int row = 0; row < 7; ++row) {
+        EXPECT_EQ(table.item(row, 1)->text().toStdString(), shown[static_cast<std::size_t>(row)]);
+        const std::string& whole = grid.Rows[static_cast<std::size_t>(row)][1];
+        const bool same = whole == shown[static_cast<std::size_t>(row)];
+        EXPECT_EQ(table.item(row, 1)->toolTip().toStdString(), same ? "" : whole);
+    }
+    EXPECT_EQ(table.item(0, 0)->text(), "1.2345678") << "an animal's name is no number";
+}
+
+TEST(FormBinder, A_copy_of_table_cells_has_all_digits) {
+    platform::DataGrid grid;
+    QTableWidget table;
+    FormBinder binder;
+    binder.Bind(table, grid, "datagridHref");
+    grid.Columns = {"ID", "x", "y"};
+    grid.Rows = {{"w1", "396.30319", "2"}, {"w2", "0.000123456789", "3"}};
+    binder.Refresh();
+    table.setRangeSelected(QTableWidgetSelectionRange(0, 0, 1, 1), true);
+    QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "w1\t396.30319\nw2\t0.000123456789");
+}
+
+TEST(FormBinder, Tab_leaves_a_table) {
+    platform::DataGrid grid;
+    QTableWidget table;
+    FormBinder binder;
+    binder.Bind(table, grid, "datagridIO");
+    EXPECT_FALSE(table.tabKeyNavigation());
 }
 
 TEST(FormBinder, Button_runs_its_handler_and_others_show_what_it_changed) {

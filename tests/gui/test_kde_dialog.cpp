@@ -1,5 +1,6 @@
 #include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_services.h"
+#include "adapters/qgis/curve_plot.h"
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/qgis_map.h"
 #include "tests/gui/qgis_environment.h"
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <numbers>
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -21,11 +23,13 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QTest>
+#include <QTextBrowser>
 
 namespace wxl::qgis {
 namespace {
@@ -96,8 +100,11 @@ protected:
                     EXPECT_GE(label->height(), wraps ? label->heightForWidth(label->width()) : 0) << what;
                 }
                 if (widget->objectName().isEmpty() || widget->objectName().startsWith(QLatin1String("qt_"))) continue;
-                const QRect inDialog(widget->mapTo(m_dialog.get(), QPoint(0, 0)), widget->size());
-                EXPECT_TRUE(m_dialog->rect().contains(inDialog)) << what;
+                // What is on a page may be scrolled to, but only up and down.
+                const auto* area = qobject_cast<const QScrollArea*>(Find<QTabWidget>("SSTab1").widget(page));
+                const QWidget* frame = area->widget()->isAncestorOf(widget) ? area->widget() : m_dialog.get();
+                EXPECT_TRUE(frame->rect().contains(QRect(widget->mapTo(frame, QPoint(0, 0)), widget->size()))) << what;
+                EXPECT_LE(area->widget()->width(), area->viewport()->width()) << what;
             }
         }
         EXPECT_LE(m_dialog->width(), 1280);
@@ -207,6 +214,126 @@ TEST_F(KdeDialogTest, Nothing_is_cut_off_with_a_large_font_and_the_notice_of_deg
     QApplication::setFont(before);
 }
 
+// Full HD at 200 %, less the window's frame and a panel; 1366 x 768 at 125 % is 1093 x 614.
+TEST_F(KdeDialogTest, Pages_scroll_on_a_low_screen_and_the_footer_stays) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    m_dialog->resize(944, 470);
+    QTest::qWait(20);
+    EXPECT_LE(m_dialog->width(), 944);
+    EXPECT_LE(m_dialog->height(), 470);
+    for (int page = 0; page < 4; ++page) {
+        ShowPage(page);
+        QTest::qWait(20);
+        auto& area = *qobject_cast<QScrollArea*>(Find<QTabWidget>("SSTab1").widget(page));
+        tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-low-screen-%1").arg(page));
+        for (const char* name : {"btnOK", "btnExit", "btnHelp", "btnLoadSettings", "txtStatus", "PBar"}) {
+            const auto& widget = Find<QWidget>(name);
+            EXPECT_TRUE(m_dialog->rect().contains(QRect(widget.mapTo(m_dialog.get(), QPoint(0, 0)), widget.size())))
+                << name;
+        }
+        for (auto* widget : area.widget()->findChildren<QWidget*>()) {
+            if (!widget->isVisible() || (widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->isEnabled()) continue;
+            widget->setFocus(Qt::TabFocusReason);
+            area.ensureWidgetVisible(widget);
+            EXPECT_TRUE(
+                area.viewport()->rect().intersects(QRect(widget->mapTo(area.viewport(), QPoint(0, 0)), widget->size())))
+                << widget->objectName().toStdString();
+        }
+    }
+}
+
+TEST_F(KdeDialogTest, A_large_screen_gives_its_room_to_the_tables) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    for (const auto& [page, name] :
+         {std::pair{0, "datagridIO"}, std::pair{1, "datagridVar"}, std::pair{2, "datagridHref"}}) {
+        ShowPage(page);
+        m_dialog->resize(700, 760);
+        QTest::qWait(20);
+        const int before = Find<QTableWidget>(name).height();
+        m_dialog->resize(1400, 1160);
+        QTest::qWait(20);
+        EXPECT_GE(Find<QTableWidget>(name).height(), before + 130) << name;
+        tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-large-screen-%1").arg(page));
+    }
+}
+
+TEST_F(KdeDialogTest, Everything_that_takes_the_keyboard_has_a_name_for_screen_readers) {
+    for (QWidget* widget : m_dialog->findChildren<QWidget*>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0 || widget->objectName().startsWith(QLatin1String("qt_")))
+            continue;
+        if (Find<QWidget>("plotProfile").isAncestorOf(widget)) continue;  // named by what it shows
+        QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(accessible, nullptr);
+        const bool isTabs = qobject_cast<const QTabWidget*>(widget) || qobject_cast<const QTabBar*>(widget);
+        if (!isTabs) {
+            EXPECT_NE(accessible->text(QAccessible::Name), "")
+                << widget->objectName().toStdString() << " " << widget->metaObject()->className();
+        }
+    }
+}
+
+TEST_F(KdeDialogTest, F1_and_the_help_button_open_the_guide_at_the_page_on_screen) {
+    ShowPage(2);
+    m_dialog->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_dialog.get()));
+    QTest::keyClick(m_dialog.get(), Qt::Key_F1);
+    auto* guide = m_dialog->findChild<QDialog*>(QStringLiteral("guide"));
+    ASSERT_NE(guide, nullptr);
+    auto* text = guide->findChild<QTextBrowser*>();
+    EXPECT_TRUE(guide->isVisible());
+    EXPECT_EQ(text->source().toString(), "qrc:/wxl/guide/choosing-a-bandwidth.md");
+    EXPECT_TRUE(text->toPlainText().contains(QStringLiteral("bandwidth"))) << text->toPlainText().toStdString();
+    tests::SaveScreenshot(*guide, QStringLiteral("guide-window"));
+    ShowPage(0);
+    Find<QPushButton>("btnHelp").click();
+    EXPECT_EQ(text->source().toString(), "qrc:/wxl/guide/first-analysis-qgis.md");
+    EXPECT_GT(text->toPlainText().size(), 500);
+    guide->reject();
+}
+
+TEST(CurveColours, Are_read_on_light_dark_and_high_contrast_grounds) {
+    for (const QColor& ground :
+         {QColor(Qt::white), QColor(0x2d, 0x2d, 0x2d), QColor(Qt::black), QColor(0xff, 0xff, 0xe0)})
+        for (const QColor& wanted : {QColor(0x1b, 0x6c, 0xa8), QColor(0xd6, 0x45, 0x3d), QColor(0x80, 0x80, 0x80)})
+            EXPECT_GE(ContrastOf(ground, ReadableOn(ground, wanted)), 4.5)
+                << ground.name().toStdString() << " " << wanted.name().toStdString();
+    // The relative luminance of pure red is 0.2126: 1.05 / 0.2626.
+    EXPECT_NEAR(ContrastOf(Qt::white, Qt::red), 3.9985, 1e-4);
+    EXPECT_EQ(ContrastOf(Qt::black, Qt::white), 21.0);
+    EXPECT_EQ(ReadableOn(Qt::white, QColor(0x1b, 0x6c, 0xa8)), QColor(0x1b, 0x6c, 0xa8));
+}
+
+TEST_F(KdeDialogTest, The_plot_follows_the_palette) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    ShowPage(2);
+    Find<QRadioButton>("optBE_LSCV").click();
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x2d, 0x2d, 0x2d));
+    dark.setColor(QPalette::Base, QColor(0x20, 0x20, 0x20));
+    dark.setColor(QPalette::AlternateBase, QColor(0x28, 0x28, 0x28));
+    dark.setColor(QPalette::Button, QColor(0x3a, 0x3a, 0x3a));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) dark.setColor(role, Qt::white);
+    const QPalette before = QApplication::palette();
+    QApplication::setPalette(dark);
+    QTest::qWait(50);
+    const QImage picture = Find<QWidget>("plotProfileCurve").grab().toImage();
+    const QRgb curve = ReadableOn(QColor(0x20, 0x20, 0x20), QColor(0x1b, 0x6c, 0xa8)).rgb();
+    int ground = 0;
+    int drawn = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            ground += picture.pixel(x, y) == qRgb(0x20, 0x20, 0x20);
+            drawn += picture.pixel(x, y) == curve;
+        }
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-bandwidth-dark"));
+    EXPECT_EQ(Find<QLineEdit>("txtStatus").palette().color(QPalette::Base), QColor(0x20, 0x20, 0x20));
+    EXPECT_EQ(Find<QLineEdit>("txtBW").palette().color(QPalette::Base), QColor(0x3a, 0x3a, 0x3a)) << "greyed";
+    QApplication::setPalette(before);
+    QTest::qWait(50);
+    EXPECT_GT(ground, picture.width() * picture.height() / 4);
+    EXPECT_GT(drawn, 50);
+}
+
 TEST_F(KdeDialogTest, Everything_that_takes_the_keyboard_has_a_tooltip) {
     for (const QWidget* widget : m_dialog->findChildren<QWidget*>()) {
         const bool ours = !widget->objectName().isEmpty() && !widget->objectName().startsWith(QLatin1String("qt_"));
@@ -218,6 +345,7 @@ TEST_F(KdeDialogTest, Everything_that_takes_the_keyboard_has_a_tooltip) {
 }
 
 TEST_F(KdeDialogTest, Tab_key_goes_through_a_page_as_one_reads_it) {
+    m_dialog->resize(800, 1000);  // nothing is scrolled away
     for (int page = 0; page < 4; ++page) {
         ShowPage(page);
         QTest::qWait(10);

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <optional>
+#include <QAccessible>
 #include <qgscoordinatetransform.h>
 #include <qgsmapcanvas.h>
 #include <qgsproject.h>
@@ -20,6 +21,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <QTextBrowser>
 #include <utility>
 
 namespace wxl::qgis {
@@ -266,6 +268,23 @@ TEST_F(TrackPlaces, A_removed_layer_leaves_its_path_and_a_sentence) {
               "The layer \"fixes\" was removed from the map: its track ends here. The drawn path can still be saved.");
     EXPECT_FALSE(Dialog->findChild<QPushButton*>(QStringLiteral("CmbStep"))->isEnabled());
     EXPECT_GT(CountOf(Picture(), kRed), 0);
+}
+
+TEST_F(TrackPlaces, Everything_in_the_player_has_a_name_for_screen_readers) {
+    Open({{500000, 5800000}, {502000, 5801000}});
+    ShowMap(QStringLiteral("EPSG:32632"), kAround);
+    OpenPlayer();
+    for (QWidget* widget : Dialog->findChildren<QWidget*>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0) continue;
+        EXPECT_NE(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name), "")
+            << widget->objectName().toStdString();
+        EXPECT_NE(widget->toolTip(), "") << widget->objectName().toStdString();
+    }
+    Dialog->findChild<QPushButton*>(QStringLiteral("btnHelp"))->click();
+    const auto* guide = Dialog->findChild<QDialog*>(QStringLiteral("guide"));
+    ASSERT_NE(guide, nullptr);
+    EXPECT_EQ(guide->findChild<QTextBrowser*>()->source().toString(),
+              "qrc:/wxl/guide/movement-tools.md#the-track-player-in-qgis");
 }
 
 // As many turns of the event loop as there are events, not as many as the machine can make.

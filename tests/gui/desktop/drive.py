@@ -42,6 +42,16 @@ def kernel_density():
     action("OVI_KDE").trigger()
 
 
+def menu_under_plugins():
+    """The commands of the toolbar stand in the menu Plugins too."""
+    menus = [entry.menu() for entry in iface.pluginMenu().actions()
+             if entry.menu() and entry.text().replace("&", "") == "WXL Tools"]
+    check(len(menus) == 1, "one menu under Plugins")
+    names = [entry.objectName() for entry in menus[0].actions() if not entry.isSeparator()]
+    check(sorted(names) == sorted(["OVI_KDE", "CalcOBS", "RemoveDupsByTime2", "RemoveDupsByxy", "MOLE", "OVI_About"]),
+          str(names))
+
+
 def about():
     def close(dialog):
         shoot(dialog, "desktop-about")
@@ -125,6 +135,7 @@ def results_on_the_map():
 
 def main():
     iface.setActiveLayer(QgsProject.instance().mapLayersByName("fixes")[0])
+    menu_under_plugins()
     about()
     canvas_picture()
     shoot(iface.mainWindow(), "desktop-window")
