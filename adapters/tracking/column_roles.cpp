@@ -3,6 +3,7 @@
 #include "adapters/tracking/animal_column.h"
 #include "adapters/tracking/position_columns.h"
 #include "adapters/tracking/time_columns.h"
+#include "platform/text.h"
 
 #include <array>
 
@@ -42,6 +43,24 @@ void find_id(const ColumnHeader& header, const std::vector<ColumnProfile>& profi
     layout.IdByContent = animal->ByContent;
 }
 
+/// The columns that positions, animals and times are read from.
+std::vector<std::size_t> columns_read(const Layout& layout) {
+    std::vector<std::size_t> read = {layout.Position.X, layout.Position.Y};
+    for (const auto& column :
+         {layout.Id, layout.Position.Zone, layout.Position.EastOrWest, layout.Position.NorthOrSouth})
+        if (column) read.push_back(*column);
+    if (layout.Time) read.insert(read.end(), layout.Time->Columns.begin(), layout.Time->Columns.end());
+    return read;
+}
+
+/// Which of two columns of one name is meant nobody can know.
+void refuse_namesakes(const std::vector<std::string>& header, const ColumnHeader& columns, const Layout& layout) {
+    for (const std::size_t column : columns_read(layout))
+        for (std::size_t other = 0; other < header.size(); ++other)
+            if (other != column && !header[column].empty() && platform::EqualNoCase(header[column], header[other]))
+                columns.Refuse("two columns are called \"" + header[column] + "\"; give each a name of its own");
+}
+
 }  // namespace
 
 Layout find_layout(const std::vector<std::string>& header, const std::vector<ColumnProfile>& profiles,
@@ -63,6 +82,7 @@ Layout find_layout(const std::vector<std::string>& header, const std::vector<Col
         columns.Refuse("no column looks like the dilution of precision that --max-dop asks for");
     if (wanted.ArgosClass && !layout.ArgosClass)
         columns.Refuse("no column looks like the Argos class that --argos-class asks for");
+    refuse_namesakes(header, columns, layout);
     return layout;
 }
 

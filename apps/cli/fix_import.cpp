@@ -54,11 +54,15 @@ std::string check_target_crs(const std::string& text) {
 
 /// The coordinate system of an option, whose code may exist in form only.
 SpatialReference reference_of(const std::string& text, const std::string& option) {
+    SpatialReference reference;
     try {
-        return files::ReferenceFromText(text);
+        reference = files::ReferenceFromText(text);
     } catch (const platform::RuntimeError&) {
         throw WrongCall(fmt::format("{} {}: there is no such coordinate system", option, text));
     }
+    if (!files::has_places(reference))
+        throw WrongCall(fmt::format("{} {}: x and y of {} are no places on a map", option, text, reference.Name));
+    return reference;
 }
 
 /// Refuses pipes, devices, archives and addresses; workbooks are archives that are read as they are.
@@ -141,6 +145,11 @@ private:
             check_input(m_options.Inputs[i], m_options.AllowIndirect);
             if (tracking::is_layer_file(m_options.Inputs[i]))
                 layers[i] = tracking::read_layer(m_options.Inputs[i], layers.size() > 1);
+            if (m_options.FromCrs.empty() && !files::has_places(layers[i].Reference))
+                Raise(error_number::kInvalidCall,
+                      fmt::format("{} is in a coordinate system whose x and y are no places on a map ({}): project it "
+                                  "first",
+                                  m_options.Inputs[i], layers[i].Reference.Name));
         }
         return layers;
     }

@@ -493,5 +493,44 @@ TEST(Import, Sample_is_what_its_script_makes) {
     EXPECT_EQ(read_file(made), read_file(tests::SourceFile("samples/wolves.csv")));
 }
 
+TEST(Import, Systems_of_heights_and_of_distances_from_the_earths_centre_are_refused) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "animal,x,y\na,500000,5000000\na,500100,5000200\n");
+    const std::string out = folder / "o.gpkg";
+    for (const std::string option : {"--from-crs", "--to-crs"}) {
+        const Ran centre = run_wxl({"import", csv, out, option, "EPSG:4978"});
+        EXPECT_EQ(centre.Code, 2);
+        EXPECT_EQ(centre.Err, "wxl: " + option + " EPSG:4978: x and y of WGS 84 are no places on a map\n");
+        const Ran height = run_wxl({"import", csv, out, option, "EPSG:5773"});
+        EXPECT_EQ(height.Code, 2);
+        EXPECT_EQ(height.Err, "wxl: " + option + " EPSG:5773: x and y of EGM96 height are no places on a map\n");
+    }
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST(Import, Two_columns_of_one_name_are_refused_where_they_are_read) {
+    ScratchFolder folder;
+    const std::string out = folder / "o.gpkg";
+    const auto told = [&](const std::string& table, const std::vector<std::string>& options) {
+        std::vector<std::string> call = {"import", write_file(folder, "t.csv", table), out, "--from-crs", "EPSG:32633"};
+        call.insert(call.end(), options.begin(), options.end());
+        const Ran ran = run_wxl(call);
+        EXPECT_EQ(ran.Code, 1) << ran.Err;
+        return ran.Err.substr(0, ran.Err.find(';'));
+    };
+    const std::string row = "\na,500000,5000000,7\nb,500100,5000200,8\n";
+    const std::string before = "wxl: " + std::string(folder / "t.csv") + ", line 1: two columns are called ";
+    EXPECT_EQ(told("animal,x,y,X" + row, {}), before + "\"x\"");
+    EXPECT_EQ(told("animal,x,y,y" + row, {"--x", "x", "--y", "y"}), before + "\"y\"");
+    EXPECT_EQ(told("animal,x,y,animal" + row, {}), before + "\"animal\"");
+    EXPECT_FALSE(std::filesystem::exists(out));
+    const Ran others = run_wxl({"import",
+                                write_file(folder, "o.csv",
+                                           "animal,x,y,note,note\na,500000,5000000,7,8\n"
+                                           "b,500100,5000200,8,9\n"),
+                                out, "--from-crs", "EPSG:32633"});
+    EXPECT_EQ(others.Code, 0) << others.Err;
+}
+
 }  // namespace
 }  // namespace wxl::cli
