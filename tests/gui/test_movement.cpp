@@ -16,9 +16,7 @@
 #include "tests/support/scratch_folder.h"
 
 #include <algorithm>
-#include <chrono>
 #include <gtest/gtest.h>
-#include <iostream>
 #include <qgsmapcanvas.h>
 #include <qgsproject.h>
 #include <qgsvectorlayer.h>
@@ -127,15 +125,6 @@ protected:
         tool.OnClick();
     }
 
-    /// Runs the tool and tells how long it took.
-    template <class Tool>
-    void Measure(const char* what) {
-        const auto start = std::chrono::steady_clock::now();
-        Run<Tool>();
-        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        std::cout << what << ", " << kRows << " rows, " << GetParam().Name << ": " << elapsed.count() << " s\n";
-    }
-
     /// What the same tool makes of the same rows as files, without the desktop.
     template <class Tool>
     std::vector<std::string> OutcomeOfFiles() {
@@ -197,7 +186,7 @@ private:
 
 TEST_P(MovementInQgis, Observation_fields_are_those_of_the_files) {
     Open(walk());
-    Measure<movement::OVIOBS>("observation fields");
+    Run<movement::OVIOBS>();
     const auto outcome = Outcome();
     ASSERT_EQ(outcome.size(), std::size_t{kRows});
     EXPECT_EQ(outcome, OutcomeOfFiles<movement::OVIOBS>());
@@ -207,7 +196,7 @@ TEST_P(MovementInQgis, Observation_fields_are_those_of_the_files) {
 
 TEST_P(MovementInQgis, Duplicates_in_time_go_as_in_files) {
     Open(walk_with_duplicates());
-    Measure<movement::FIndDupTime2>("duplicates in time");
+    Run<movement::FIndDupTime2>();
     const auto outcome = Outcome();
     EXPECT_EQ(outcome.size(), std::size_t{kRows} / 3 * 2 + 1);
     EXPECT_EQ(Messages.Last().Text, "Deleted 9999 duplicate features");
@@ -216,39 +205,31 @@ TEST_P(MovementInQgis, Duplicates_in_time_go_as_in_files) {
 
 TEST_P(MovementInQgis, Duplicates_in_place_go_as_in_files) {
     Open(walk_with_duplicates());
-    Measure<movement::FindDupxy>("duplicates in place");
+    Run<movement::FindDupxy>();
     const auto outcome = Outcome();
     EXPECT_EQ(outcome.size(), std::size_t{kRows} / 4 * 3 + 1);
     EXPECT_EQ(Messages.Last().Text, "Deleted 7499 duplicate features");
     EXPECT_EQ(outcome, OutcomeOfFiles<movement::FindDupxy>());
 }
 
-TEST_P(MovementInQgis, Stepping_through_a_long_track_is_measured) {
-    using Milliseconds = std::chrono::duration<double, std::milli>;
-    using Clock = std::chrono::steady_clock;
+TEST_P(MovementInQgis, A_long_track_keeps_every_leg_until_the_player_is_closed) {
     Open(walk());
     movement::frmOVI form(Services());
     form.SetApplication(Application());
     form.SetLastFID(kRows - 1);
-    const auto opening = Clock::now();
     TravelDialog dialog(form, Host, &Canvas);
     dialog.show();
-    std::cout << "player of " << kRows << " fixes opened, " << GetParam().Name << ": "
-              << Milliseconds(Clock::now() - opening).count() << " ms\n";
     auto* step = dialog.findChild<QPushButton*>(QStringLiteral("CmbStep"));
     ASSERT_NE(step, nullptr);
     form.CBKeepGraphic.Value = 1;
     constexpr int kSteps = 50;
     for (int i = 1; i < kRows - kSteps; ++i) form.CmbStep_Click();
     Canvas.viewport()->repaint();
-    const auto stepping = Clock::now();
     for (int i = 0; i < kSteps; ++i) {
         step->click();
         QApplication::processEvents();
         Canvas.viewport()->repaint();
     }
-    std::cout << "step with " << kRows - kSteps << " kept legs, " << GetParam().Name << ": "
-              << Milliseconds(Clock::now() - stepping).count() / kSteps << " ms\n";
     EXPECT_EQ(form.Legs().size(), std::size_t{kRows} - 1);
     EXPECT_TRUE(Messages.Texts().empty()) << Messages.Texts().front();
     dialog.reject();

@@ -1,12 +1,8 @@
 #include "adapters/qgis/qgis_graphics.h"
 #include "movement/track_symbol.h"
 
-#include <algorithm>
-#include <array>
-#include <chrono>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <iostream>
 #include <QApplication>
 #include <qgsmapcanvas.h>
 #include <QPainter>
@@ -219,7 +215,7 @@ TEST_F(TrackGraphicsTest, A_resized_map_shows_the_legs) {
     EXPECT_TRUE(Shows(picture, 300.0, 300.0, kGrey));
 }
 
-TEST_F(TrackGraphicsTest, A_step_with_30000_kept_legs_is_measured) {
+TEST_F(TrackGraphicsTest, A_step_with_30000_kept_legs_is_on_screen_wherever_the_map_was_moved) {
     QgisTrackGraphics graphics(Canvas, {});
     auto legs = RandomLegs(30000, 0.0);
     // Steps of an animal, most of them short.
@@ -231,33 +227,21 @@ TEST_F(TrackGraphicsTest, A_step_with_30000_kept_legs_is_measured) {
     for (const auto& leg : legs) graphics.AddLeg(leg);
     graphics.Refresh();
     Picture();
-    std::array<double, 21> steps{};
-    for (double& step : steps) {
-        const auto start = std::chrono::steady_clock::now();
-        graphics.AddLeg({{100.0, 300.0}, {500.0, 300.0}});
-        graphics.Refresh();
-        QApplication::processEvents();
-        Canvas.viewport()->repaint();
-        step = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    }
-    std::sort(steps.begin(), steps.end());
-    std::cout << "step with 30000 kept legs in view: median " << steps[10] << " ms, worst " << steps[20] << " ms\n";
-    EXPECT_TRUE(Shows(Picture(), 300.0, 300.0, kGrey)) << "the step is on screen";
+    graphics.AddLeg({{100.0, 300.0}, {500.0, 300.0}});
+    graphics.Refresh();
+    QApplication::processEvents();
+    Canvas.viewport()->repaint();
+    EXPECT_TRUE(Shows(Picture(), 300.0, 300.0, kGrey));
 
     // Steps that pan, from one side of the track to the other as the player does.
-    for (std::size_t i = 0; i < steps.size(); ++i) {
+    for (int i = 0; i < 4; ++i) {
         const double centre = i % 2 == 0 ? 650.3 : 150.7;
-        const auto start = std::chrono::steady_clock::now();
         graphics.AddLeg({{centre, 300.0}, {centre + 40.0, 310.0}});
         Canvas.setCenter({centre, 300.0});
         graphics.Refresh();
         QApplication::processEvents();
         Canvas.viewport()->repaint();
-        steps[i] = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     }
-    std::cout << "first and second step that pan with 30000 kept legs: " << steps[0] << " ms, " << steps[1] << " ms; ";
-    std::sort(steps.begin(), steps.end());
-    std::cout << "median " << steps[10] << " ms, worst " << steps[20] << " ms\n";
     Canvas.setCenter({400.0, 300.0});
     EXPECT_TRUE(Shows(Picture(), 300.0, 300.0, kGrey));
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -35,6 +36,20 @@ const char* const kReport = "WXL_KDE_ANALYSIS.txt";
 std::string content(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// Whether the process takes the signal that it was sent, within 20 seconds.
+bool has_taken(pid_t process, int signal) {
+    const std::uint64_t bit = std::uint64_t{1} << static_cast<unsigned>(signal - 1);
+    const std::string label = "ShdPnd:";
+    for (const auto end = Clock::now() + std::chrono::seconds(20); Clock::now() < end;) {
+        const std::string status = content("/proc/" + std::to_string(process) + "/status");
+        const std::size_t at = status.find(label);
+        if (at == std::string::npos) return false;
+        if ((std::stoull(status.substr(at + label.size()), nullptr, 16) & bit) == 0) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
 }
 
 /// The report without its times.
@@ -213,7 +228,7 @@ TEST_F(KilledRun, A_second_signal_ends_a_run_at_once) {
     const pid_t child = Start();
     ASSERT_TRUE(Awaits("WXL_KDE_ANALYSIS.txt"));
     ::kill(child, SIGINT);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_TRUE(has_taken(child, SIGINT));
     ::kill(child, SIGINT);
     int status = 0;
     ::waitpid(child, &status, 0);
