@@ -55,10 +55,10 @@ void tiles(benchmark::State& state) {
 
 void all_pairs(benchmark::State& state) {
     const comparison::DensitySet set = scene(state);
-    const comparison::OverlapWishes wishes{.Conditional = state.range(2) != 0, .AllPairs = true};
+    const comparison::OverlapSettings settings{.Conditional = state.range(2) != 0, .AllPairs = true};
     double sum = 0.0;
     for (auto _ : state)
-        for (const comparison::PairOverlap& pair : comparison::overlaps(set, wishes)) sum += pair.Indices->Ba;
+        for (const comparison::PairOverlap& pair : comparison::overlaps(set, settings)) sum += pair.Indices->Ba;
     benchmark::DoNotOptimize(sum);
 }
 

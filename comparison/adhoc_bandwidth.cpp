@@ -13,8 +13,8 @@ constexpr double kWidth = 0.001;  // of the bisection
 /// Asks for the parts at proportions and writes down the answers.
 class Search {
 public:
-    Search(const AdHocWishes& wishes, const std::function<RangeParts(double)>& rangeAt)
-        : m_parts(wishes.Parts), m_rangeAt(rangeAt) {}
+    Search(const AdHocSettings& settings, const std::function<RangeParts(double)>& rangeAt)
+        : m_parts(settings.Parts), m_rangeAt(rangeAt) {}
 
     bool IsWhole(double proportion) {
         Trace.push_back({proportion, m_rangeAt(proportion)});
@@ -60,13 +60,13 @@ std::string_view status_name(AdHocStatus status) {
     return "";
 }
 
-AdHocBandwidth search_proportion(const AdHocWishes& wishes, double smallest,
+AdHocBandwidth search_proportion(const AdHocSettings& settings, double smallest,
                                  const std::function<RangeParts(double)>& range_at) {
-    Search search(wishes, range_at);
+    Search search(settings, range_at);
     if (!search.IsWhole(1.0)) return outcome(AdHocStatus::kInPartsAtReference, 1.0, search);
     double whole = 1.0;
-    for (std::int32_t step = 1; step < wishes.Steps; ++step) {
-        const double proportion = static_cast<double>(wishes.Steps - step) / wishes.Steps;
+    for (std::int32_t step = 1; step < settings.Steps; ++step) {
+        const double proportion = static_cast<double>(settings.Steps - step) / settings.Steps;
         if (proportion < smallest) break;
         if (!search.IsWhole(proportion)) {
             const double found = bisected(search, whole, proportion);
@@ -77,26 +77,26 @@ AdHocBandwidth search_proportion(const AdHocWishes& wishes, double smallest,
     return outcome(AdHocStatus::kWholeToCellSize, whole, search);
 }
 
-AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdHocWishes& wishes,
+AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdHocSettings& settings,
                                const std::function<void(double)>& progress) {
     AdHocBandwidth none;
     none.Href = reference_bandwidth(fixes);
     platform::Extent extent;
     for (const platform::Point& fix : fixes) extent.Include(fix);
     const double margin = kReach * none.Href;
-    none.CellSize = wishes.CellSize > 0.0 ? wishes.CellSize : usual_cell_size(0.5 * none.Href, extent, margin);
+    none.CellSize = settings.CellSize > 0.0 ? settings.CellSize : usual_cell_size(0.5 * none.Href, extent, margin);
     if (!(none.Href > 0.0) || none.Href < none.CellSize) return none;
 
     const platform::RasterGeometry grid = covering_grid(extent, margin, none.CellSize);
     KernelSum sum(grid);
-    const std::array<double, 1> percents = {wishes.Percent};
+    const std::array<double, 1> percents = {settings.Percent};
     const auto range_at = [&](double proportion) {
         if (progress) progress(1.0 - proportion);
         sum.Clear();
         sum.Add(fixes, proportion * none.Href);
         return range_parts(sum.Cells(), grid.Columns, ranges_by_volume(sum.Cells(), percents).front());
     };
-    AdHocBandwidth found = search_proportion(wishes, none.CellSize / none.Href, range_at);
+    AdHocBandwidth found = search_proportion(settings, none.CellSize / none.Href, range_at);
     found.Href = none.Href;
     found.CellSize = none.CellSize;
     found.Bandwidth = found.Proportion * found.Href;

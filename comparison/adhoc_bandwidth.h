@@ -28,7 +28,7 @@ struct AdHocStep {
     RangeParts Range;
 };
 
-struct AdHocWishes {
+struct AdHocSettings {
     double Percent = 95.0;    ///< of the range
     std::int32_t Parts = 1;   ///< as many parts still count as whole
     std::int32_t Steps = 20;  ///< of the search from 1 down to 0
@@ -48,11 +48,11 @@ struct AdHocBandwidth {
 /// of parts need not fall and rise evenly: the rule is the first break from above.
 /// @param fixes map units, finite
 /// @param progress told now and then how much is done, 0 to 1; may be null
-AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdHocWishes& wishes,
+AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdHocSettings& settings,
                                const std::function<void(double)>& progress = nullptr);
 
 /// The search alone: `range_at` tells the parts at a proportion, which is never below `smallest`.
-AdHocBandwidth search_proportion(const AdHocWishes& wishes, double smallest,
+AdHocBandwidth search_proportion(const AdHocSettings& settings, double smallest,
                                  const std::function<RangeParts(double)>& range_at);
 
 }  // namespace wxl::comparison

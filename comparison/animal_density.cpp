@@ -24,10 +24,10 @@ std::string in_one_line(std::string warnings) {
     return warnings;
 }
 
-void choose(engine::clsKernelCalculator& calculator, const DensityWishes& wishes) {
-    if (wishes.Rule == BandwidthRule::kManual) return calculator.SetManualBandwidth(wishes.Value);
-    if (wishes.Rule == BandwidthRule::kLscv) return calculator.CalculateLSCV();
-    if (wishes.Rule == BandwidthRule::kBcv) return calculator.CalculateBCV();
+void choose(engine::clsKernelCalculator& calculator, const DensitySettings& settings) {
+    if (settings.Rule == BandwidthRule::kManual) return calculator.SetManualBandwidth(settings.Value);
+    if (settings.Rule == BandwidthRule::kLscv) return calculator.CalculateLSCV();
+    if (settings.Rule == BandwidthRule::kBcv) return calculator.CalculateBCV();
     calculator.CalculateHREF();
 }
 
@@ -36,8 +36,8 @@ std::string reason_for(const engine::PointSample& fixes) {
     return fixes.size() == 1 ? "one fix is too few for a bandwidth" : "the fixes have no spread";
 }
 
-void take_adhoc(AnimalBandwidth& found, const engine::PointSample& fixes, const DensityWishes& wishes) {
-    found.AdHoc = adhoc_bandwidth(fixes, wishes.AdHoc);
+void take_adhoc(AnimalBandwidth& found, const engine::PointSample& fixes, const DensitySettings& settings) {
+    found.AdHoc = adhoc_bandwidth(fixes, settings.AdHoc);
     found.MapUnits = found.AdHoc.Bandwidth;
     if (found.AdHoc.Status == AdHocStatus::kNoBandwidth)
         found.Reason = "the reference bandwidth is smaller than the cell size";
@@ -55,24 +55,24 @@ std::string reason_of(const engine::clsKernelCalculator& calculator) {
 
 }  // namespace
 
-AnimalBandwidth bandwidth_of(const engine::PointSample& fixes, const DensityWishes& wishes) {
+AnimalBandwidth bandwidth_of(const engine::PointSample& fixes, const DensitySettings& settings) {
     AnimalBandwidth found;
     found.Href = reference_bandwidth(fixes);
-    if (fixes.empty() || (found.Href == 0.0 && wishes.Rule != BandwidthRule::kManual)) {
+    if (fixes.empty() || (found.Href == 0.0 && settings.Rule != BandwidthRule::kManual)) {
         found.Reason = reason_for(fixes);
         return found;
     }
-    if (wishes.Rule == BandwidthRule::kAdHoc) {
-        take_adhoc(found, fixes, wishes);
+    if (settings.Rule == BandwidthRule::kAdHoc) {
+        take_adhoc(found, fixes, settings);
         return found;
     }
     NoBoxes messages;
     engine::clsKernelCalculator calculator(messages);
     calculator.SetInputCoords(fixes);
-    calculator.SetEnforceUnitVariance(wishes.Rescale);
-    choose(calculator, wishes);
+    calculator.SetEnforceUnitVariance(settings.Rescale);
+    choose(calculator, settings);
     found.Warning = in_one_line(calculator.WarningMessages());
-    const double proportion = wishes.Rule == BandwidthRule::kProportion ? wishes.Value : 1.0;
+    const double proportion = settings.Rule == BandwidthRule::kProportion ? settings.Value : 1.0;
     found.MapUnits = calculator.GetScaledBandwidth() * proportion;
     if (!(found.MapUnits > 0.0) || !std::isfinite(found.MapUnits)) {
         found.MapUnits = 0.0;
@@ -100,13 +100,13 @@ platform::RasterGeometry shared_grid(std::span<const engine::PointSample> animal
 }
 
 AnimalDensity density_of(const engine::PointSample& fixes, const AnimalBandwidth& bandwidth,
-                         const DensityWishes& wishes, const platform::RasterGeometry& grid) {
+                         const DensitySettings& settings, const platform::RasterGeometry& grid) {
     if (!(bandwidth.MapUnits > 0.0)) return {{}, bandwidth.Reason};
     NoBoxes messages;
     engine::clsKernelCalculator calculator(messages);
     calculator.SetInputCoords(fixes);
-    calculator.SetEnforceUnitVariance(wishes.Rescale);
-    calculator.SetFixedKernel(!wishes.Adaptive);
+    calculator.SetEnforceUnitVariance(settings.Rescale);
+    calculator.SetFixedKernel(!settings.Adaptive);
     calculator.SetScalingFactor(1.0);
     calculator.SetCellSize(grid.CellSize);
     calculator.SetRows(grid.Rows);

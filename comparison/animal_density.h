@@ -14,10 +14,10 @@ namespace wxl::comparison {
 enum class BandwidthRule { kHref, kLscv, kBcv, kManual, kProportion, kAdHoc };
 
 /// How the density of an animal is estimated.
-struct DensityWishes {
+struct DensitySettings {
     BandwidthRule Rule = BandwidthRule::kHref;
     double Value = 0.0;  ///< bandwidth in map units, or proportion of HREF
-    AdHocWishes AdHoc = {};
+    AdHocSettings AdHoc = {};
     bool Adaptive = false;
     bool Rescale = false;  ///< to unit variance first; not with the ad hoc rule
 };
@@ -31,7 +31,7 @@ struct AnimalBandwidth {
     AdHocBandwidth AdHoc = {};
 };
 
-AnimalBandwidth bandwidth_of(const engine::PointSample& fixes, const DensityWishes& wishes);
+AnimalBandwidth bandwidth_of(const engine::PointSample& fixes, const DensitySettings& settings);
 
 /// The grid of all animals: their fixes and four of the largest bandwidth around them, so that every kernel fits.
 /// @param cellSize map units, a whole number; 0: usual_cell_size
@@ -46,6 +46,6 @@ struct AnimalDensity {
 
 /// As an analysis with a bandwidth in map units computes it.
 AnimalDensity density_of(const engine::PointSample& fixes, const AnimalBandwidth& bandwidth,
-                         const DensityWishes& wishes, const platform::RasterGeometry& grid);
+                         const DensitySettings& settings, const platform::RasterGeometry& grid);
 
 }  // namespace wxl::comparison

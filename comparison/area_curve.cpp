@@ -109,26 +109,26 @@ private:
 };
 
 /// The grid of all fixes, wide enough for the bandwidth of the fewest.
-platform::RasterGeometry kernel_grid(std::span<const Point> fixes, const CurveWishes& wishes) {
+platform::RasterGeometry kernel_grid(std::span<const Point> fixes, const CurveSettings& settings) {
     platform::Extent extent;
     for (const Point& fix : fixes) extent.Include(fix);
-    const double smallest = wishes.Bandwidth > 0.0 ? wishes.Bandwidth : reference_bandwidth(fixes);
+    const double smallest = settings.Bandwidth > 0.0 ? settings.Bandwidth : reference_bandwidth(fixes);
     const double growth = std::pow(
-        static_cast<double>(fixes.size()) / static_cast<double>(std::min(wishes.First, fixes.size())), 1.0 / 6);
-    const double margin = kReach * smallest * (wishes.Bandwidth > 0.0 ? 1.0 : growth);
-    const double cell = wishes.CellSize > 0.0 ? wishes.CellSize : usual_cell_size(smallest, extent, margin);
+        static_cast<double>(fixes.size()) / static_cast<double>(std::min(settings.First, fixes.size())), 1.0 / 6);
+    const double margin = kReach * smallest * (settings.Bandwidth > 0.0 ? 1.0 : growth);
+    const double cell = settings.CellSize > 0.0 ? settings.CellSize : usual_cell_size(smallest, extent, margin);
     return covering_grid(extent, margin, cell);
 }
 
-std::unique_ptr<AreaMeter> meter_for(std::span<const Point> fixes, const CurveWishes& wishes, AreaCurve& curve) {
-    if (wishes.Of == CurveOf::kMinimumConvexPolygon) {
-        if (wishes.Percent >= 100.0) return std::make_unique<WholePolygonMeter>();
-        return std::make_unique<PolygonMeter>(wishes.Percent);
+std::unique_ptr<AreaMeter> meter_for(std::span<const Point> fixes, const CurveSettings& settings, AreaCurve& curve) {
+    if (settings.Of == CurveOf::kMinimumConvexPolygon) {
+        if (settings.Percent >= 100.0) return std::make_unique<WholePolygonMeter>();
+        return std::make_unique<PolygonMeter>(settings.Percent);
     }
-    const platform::RasterGeometry grid = kernel_grid(fixes, wishes);
+    const platform::RasterGeometry grid = kernel_grid(fixes, settings);
     curve.CellSize = grid.CellSize;
-    if (wishes.Bandwidth > 0.0) return std::make_unique<FixedKernelMeter>(grid, wishes.Bandwidth, wishes.Percent);
-    return std::make_unique<HrefKernelMeter>(grid, wishes.Percent);
+    if (settings.Bandwidth > 0.0) return std::make_unique<FixedKernelMeter>(grid, settings.Bandwidth, settings.Percent);
+    return std::make_unique<HrefKernelMeter>(grid, settings.Percent);
 }
 
 /// Areas over the sizes, for one order of the fixes.
@@ -173,13 +173,13 @@ CurveSize spread_of(std::size_t n, const std::vector<Areas>& replicates, std::si
 
 }  // namespace
 
-std::vector<std::size_t> curve_sizes(std::size_t all, const CurveWishes& wishes) {
+std::vector<std::size_t> curve_sizes(std::size_t all, const CurveSettings& settings) {
     std::vector<std::size_t> sizes;
     if (all == 0) return sizes;
-    const std::size_t span = all > wishes.First ? all - wishes.First : 0;
+    const std::size_t span = all > settings.First ? all - settings.First : 0;
     const std::size_t step =
-        wishes.Step > 0 ? wishes.Step : std::max<std::size_t>(1, (span + kMostSizes - 2) / (kMostSizes - 1));
-    for (std::size_t n = std::max<std::size_t>(1, wishes.First); n < all; n += step) sizes.push_back(n);
+        settings.Step > 0 ? settings.Step : std::max<std::size_t>(1, (span + kMostSizes - 2) / (kMostSizes - 1));
+    for (std::size_t n = std::max<std::size_t>(1, settings.First); n < all; n += step) sizes.push_back(n);
     sizes.push_back(all);
     return sizes;
 }
@@ -198,25 +198,25 @@ std::optional<Asymptote> asymptote(std::span<const CurveSize> sizes, double tole
     return Asymptote{sizes[first].N, all - sizes[first].N >= needed};
 }
 
-AreaCurve area_curve(std::span<const Point> fixes, const CurveWishes& wishes,
+AreaCurve area_curve(std::span<const Point> fixes, const CurveSettings& settings,
                      const std::function<void(double)>& progress) {
     AreaCurve curve;
     if (fixes.empty()) return curve;
-    const std::vector<std::size_t> sizes = curve_sizes(fixes.size(), wishes);
-    const std::unique_ptr<AreaMeter> meter = meter_for(fixes, wishes, curve);
-    const bool random = wishes.Order == CurveOrder::kRandom;
-    Replicates work(random ? wishes.Replicates : 1, sizes, progress);
+    const std::vector<std::size_t> sizes = curve_sizes(fixes.size(), settings);
+    const std::unique_ptr<AreaMeter> meter = meter_for(fixes, settings, curve);
+    const bool random = settings.Order == CurveOrder::kRandom;
+    Replicates work(random ? settings.Replicates : 1, sizes, progress);
     if (random) {
         std::vector<Areas> replicates;
-        for (std::size_t r = 0; r < wishes.Replicates; ++r)
-            replicates.push_back(work.Measure(*meter, shuffled(fixes, wishes.Seed + r)));
+        for (std::size_t r = 0; r < settings.Replicates; ++r)
+            replicates.push_back(work.Measure(*meter, shuffled(fixes, settings.Seed + r)));
         for (std::size_t i = 0; i < sizes.size(); ++i) curve.Sizes.push_back(spread_of(sizes[i], replicates, i));
     } else {
         const Areas areas = work.Measure(*meter, fixes);
         for (std::size_t i = 0; i < sizes.size(); ++i)
             curve.Sizes.push_back({sizes[i], areas[i], std::nullopt, std::nullopt});
     }
-    curve.Levelling = asymptote(curve.Sizes, wishes.Tolerance);
+    curve.Levelling = asymptote(curve.Sizes, settings.Tolerance);
     return curve;
 }
 

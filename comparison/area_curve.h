@@ -15,7 +15,7 @@ namespace wxl::comparison {
 enum class CurveOf { kMinimumConvexPolygon, kKernel };
 enum class CurveOrder { kTime, kRandom };
 
-struct CurveWishes {
+struct CurveSettings {
     CurveOf Of = CurveOf::kMinimumConvexPolygon;
     double Percent = 100.0;  ///< of the polygon, or of the kernel's volume
     CurveOrder Order = CurveOrder::kTime;
@@ -53,11 +53,11 @@ struct AreaCurve {
 /// @param fixes with finite coordinates, in the order of time
 /// @param progress told now and then how much is done, 0 to 1; may be null
 /// RuntimeError 7 when the kernel's grid is larger than a raster may be.
-AreaCurve area_curve(std::span<const platform::Point> fixes, const CurveWishes& wishes,
+AreaCurve area_curve(std::span<const platform::Point> fixes, const CurveSettings& settings,
                      const std::function<void(double)>& progress = nullptr);
 
 /// The numbers of fixes of a curve: first, first + step, ..., and all.
-std::vector<std::size_t> curve_sizes(std::size_t all, const CurveWishes& wishes);
+std::vector<std::size_t> curve_sizes(std::size_t all, const CurveSettings& settings);
 
 std::optional<Asymptote> asymptote(std::span<const CurveSize> sizes, double tolerance);
 

@@ -36,20 +36,20 @@ OverlapIndices indices(const TiledDensity& i, const TiledDensity& j, const Range
 /// Appends the records of one pair.
 class PairRecords {
 public:
-    PairRecords(const DensitySet& set, const OverlapWishes& wishes)
-        : m_animals(set.Animals), m_percents(set.Percents), m_wishes(wishes), m_volumes(tile_volumes(set)) {}
+    PairRecords(const DensitySet& set, const OverlapSettings& settings)
+        : m_animals(set.Animals), m_percents(set.Percents), m_settings(settings), m_volumes(tile_volumes(set)) {}
 
     void Append(std::uint32_t i, std::uint32_t j, const PairSums& sums) {
         for (std::size_t percent = 0; percent < m_percents.size(); ++percent) {
             AppendWhole(i, j, sums, percent);
-            if (m_wishes.Conditional) AppendConditional(i, j, sums, percent);
+            if (m_settings.Conditional) AppendConditional(i, j, sums, percent);
         }
     }
 
     void AppendMissing(std::uint32_t i, std::uint32_t j) {
         for (const double percent : m_percents) {
             m_records.push_back({i, j, percent, false, std::nullopt});
-            if (m_wishes.Conditional) m_records.push_back({i, j, percent, true, std::nullopt});
+            if (m_settings.Conditional) m_records.push_back({i, j, percent, true, std::nullopt});
         }
     }
 
@@ -76,17 +76,18 @@ private:
 
     std::span<const TiledDensity> m_animals;
     std::span<const double> m_percents;
-    const OverlapWishes& m_wishes;
+    const OverlapSettings& m_settings;
     std::vector<TileVolumes> m_volumes;
     std::vector<PairOverlap> m_records;
 };
 
 }  // namespace
 
-std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapWishes& wishes, const ProgressSink& progress) {
-    const std::vector<PairSums> shared = pair_sums(set, wishes.Conditional, progress);
-    PairRecords records(set, wishes);
-    if (!wishes.AllPairs) {
+std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapSettings& settings,
+                                  const ProgressSink& progress) {
+    const std::vector<PairSums> shared = pair_sums(set, settings.Conditional, progress);
+    PairRecords records(set, settings);
+    if (!settings.AllPairs) {
         for (const PairSums& sums : shared) records.Append(sums.I, sums.J, sums);
         return records.Taken();
     }

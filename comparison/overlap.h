@@ -37,7 +37,7 @@ struct PairOverlap {
 };
 
 /// What is asked for.
-struct OverlapWishes {
+struct OverlapSettings {
     bool Conditional = false;  ///< also the conditional indices: both densities count as 0 outside their own ranges
     bool AllPairs = false;     ///< also pairs that share nothing, and those of animals without a distribution
 };
@@ -50,7 +50,7 @@ using ProgressSink = std::function<void(double)>;
 ///
 /// Densities enter as 32-bit floats and are added in doubles tile by tile: indices are exact to about 1E-7, and
 /// to 1E-6 where one cell holds nearly all of a distribution.
-std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapWishes& wishes,
+std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapSettings& settings,
                                   const ProgressSink& progress = nullptr);
 
 }  // namespace wxl::comparison

@@ -106,7 +106,7 @@ private:
 };
 
 void MemoryDisk::Fail(DiskStep step, int nth, std::int32_t number) {
-    m_plans[step] = {nth, number};
+    m_faults[step] = {nth, number};
 }
 
 void MemoryDisk::AddFolder(const std::filesystem::path& folder) {
@@ -138,10 +138,10 @@ bool MemoryDisk::Taken(const std::filesystem::path& path) const {
 }
 
 void MemoryDisk::Meet(DiskStep step, const std::filesystem::path& path) {
-    const auto plan = m_plans.find(step);
-    if (plan == m_plans.end() || --plan->second.Left > 0) return;
-    const std::int32_t number = plan->second.Number;
-    m_plans.erase(plan);
+    const auto fault = m_faults.find(step);
+    if (fault == m_faults.end() || --fault->second.Left > 0) return;
+    const std::int32_t number = fault->second.Number;
+    m_faults.erase(fault);
     raise_at(number, path);
 }
 

@@ -42,7 +42,7 @@ private:
     friend class MemoryFolders;
     friend class MemoryOutputFile;
 
-    struct Plan {
+    struct Fault {
         int Left = 0;
         std::int32_t Number = 0;
     };
@@ -54,7 +54,7 @@ private:
     std::map<std::filesystem::path, std::shared_ptr<std::string>> m_files;
     std::set<std::filesystem::path> m_folders = {"/"};
     std::set<std::filesystem::path> m_readOnly;
-    std::map<DiskStep, Plan> m_plans;
+    std::map<DiskStep, Fault> m_faults;
 };
 
 /// Files on a memory disk, with the errors of a real one.

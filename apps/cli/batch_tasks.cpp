@@ -27,7 +27,7 @@ std::size_t distributions_of(const std::vector<std::size_t>& tasks, const batch:
     });
 }
 
-void tell_how_to_go_on(const batch::Plan& plan, std::size_t jobs, Console& console) {
+void report_how_to_go_on(const batch::Plan& plan, std::size_t jobs, Console& console) {
     console.Problem(fmt::format("wxl: what is done is kept; wxl batch submit \"{}\" --engine local --jobs {} goes on",
                                 plan.Frame.Folder.string(), jobs));
 }
@@ -71,7 +71,7 @@ bool run_tasks_here(const platform::Services& services, const batch::Plan& plan,
             console.EndProgress();
             console.Problem(
                 fmt::format("wxl: task {} {}", news.Number, why(services, files, news.Number, news.Status)));
-            tell_how_to_go_on(plan, jobs, console);
+            report_how_to_go_on(plan, jobs, console);
             return false;
         }
         console.Progress(static_cast<double>(met) / total,
@@ -79,7 +79,7 @@ bool run_tasks_here(const platform::Services& services, const batch::Plan& plan,
         if (!HeldSignals::Came()) continue;
         console.EndProgress();
         console.Problem("wxl: stopped");
-        tell_how_to_go_on(plan, jobs, console);
+        report_how_to_go_on(plan, jobs, console);
         return false;
     }
     console.EndProgress();

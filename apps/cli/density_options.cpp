@@ -12,7 +12,7 @@ namespace wxl::cli {
 namespace {
 
 using comparison::BandwidthRule;
-using comparison::DensityWishes;
+using comparison::DensitySettings;
 using platform::IsNumeric;
 using platform::NumberFromText;
 
@@ -27,30 +27,30 @@ double positive_number(const std::string& text, const char* what) {
     return NumberFromText(text);
 }
 
-void take_parts(const std::string& text, DensityWishes& wishes) {
+void take_parts(const std::string& text, DensitySettings& settings) {
     const bool whole = is_positive(text) && NumberFromText(text) <= kMostParts &&
                        NumberFromText(text) == static_cast<int>(NumberFromText(text));
     if (!whole)
         throw WrongCall(fmt::format("--bandwidth: \"{}\" is not a number of parts from 1 to {}", text, kMostParts));
-    wishes.AdHoc.Parts = static_cast<std::int32_t>(NumberFromText(text));
+    settings.AdHoc.Parts = static_cast<std::int32_t>(NumberFromText(text));
 }
 
-void take_rule(const std::string& text, DensityWishes& wishes) {
+void take_rule(const std::string& text, DensitySettings& settings) {
     if (text == "href") {
-        wishes.Rule = BandwidthRule::kHref;
+        settings.Rule = BandwidthRule::kHref;
     } else if (text == "lscv") {
-        wishes.Rule = BandwidthRule::kLscv;
+        settings.Rule = BandwidthRule::kLscv;
     } else if (text == "bcv") {
-        wishes.Rule = BandwidthRule::kBcv;
+        settings.Rule = BandwidthRule::kBcv;
     } else if (text == "adhoc" || text.starts_with("adhoc:")) {
-        wishes.Rule = BandwidthRule::kAdHoc;
-        if (text.size() > 5) take_parts(text.substr(6), wishes);
+        settings.Rule = BandwidthRule::kAdHoc;
+        if (text.size() > 5) take_parts(text.substr(6), settings);
     } else if (text.starts_with("prop:")) {
-        wishes.Rule = BandwidthRule::kProportion;
-        wishes.Value = positive_number(text.substr(5), "a proportion above 0");
+        settings.Rule = BandwidthRule::kProportion;
+        settings.Value = positive_number(text.substr(5), "a proportion above 0");
     } else {
-        wishes.Rule = BandwidthRule::kManual;
-        wishes.Value =
+        settings.Rule = BandwidthRule::kManual;
+        settings.Value =
             positive_number(text, "href, lscv, bcv, adhoc[:PARTS], prop:P, or a number of map units above 0");
     }
 }
@@ -72,17 +72,17 @@ void add_density_options(CLI::App& command, DensityOptions& options) {
         ->type_name("C");
 }
 
-DensityWishes density_wishes(const DensityOptions& options) {
-    DensityWishes wishes;
-    take_rule(options.Bandwidth, wishes);
-    wishes.Adaptive = options.Adaptive;
-    wishes.Rescale = options.Rescale;
-    wishes.AdHoc.CellSize = cell_size_of(options.CellSize);
-    if (wishes.Rule == BandwidthRule::kAdHoc && (wishes.Adaptive || wishes.Rescale))
+DensitySettings density_settings(const DensityOptions& options) {
+    DensitySettings settings;
+    take_rule(options.Bandwidth, settings);
+    settings.Adaptive = options.Adaptive;
+    settings.Rescale = options.Rescale;
+    settings.AdHoc.CellSize = cell_size_of(options.CellSize);
+    if (settings.Rule == BandwidthRule::kAdHoc && (settings.Adaptive || settings.Rescale))
         throw WrongCall(
             "--bandwidth adhoc is for fixed kernels of coordinates as they are: leave out --adaptive and "
             "--rescale");
-    return wishes;
+    return settings;
 }
 
 double cell_size_of(const std::string& text) {

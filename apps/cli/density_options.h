@@ -22,7 +22,7 @@ struct DensityOptions {
 void add_density_options(CLI::App& command, DensityOptions& options);
 
 /// WrongCall for values that make no sense.
-comparison::DensityWishes density_wishes(const DensityOptions& options);
+comparison::DensitySettings density_settings(const DensityOptions& options);
 
 /// The cell size in map units, a whole number; 0 where none was given. WrongCall for a value that is none.
 double cell_size_of(const std::string& text);

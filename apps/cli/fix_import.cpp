@@ -264,7 +264,7 @@ std::string one_animal_text(const Tracking& data, const FixOptions& options, boo
 }
 
 /// Tells what was found in each file; what is the same as in the one before is not repeated.
-void tell_files(const Tracking& data, const FixOptions& options, Console& console) {
+void report_files(const Tracking& data, const FixOptions& options, Console& console) {
     const bool several = data.Files.size() > 1;
     std::vector<std::string> before;
     for (const FileFacts& facts : data.Files) {
@@ -277,7 +277,7 @@ void tell_files(const Tracking& data, const FixOptions& options, Console& consol
     }
 }
 
-void tell_left_out(const Tracking& data, Console& console) {
+void report_left_out(const Tracking& data, Console& console) {
     const auto& rejected = data.Rejected;
     std::string text = "rows left out:";
     for (const Reason why : {Reason::kNotVisible, Reason::kOutlier, Reason::kNoPosition, Reason::kNoAnimal})
@@ -481,7 +481,7 @@ void note_far_fixes(const FixOptions& options, const NamedSystem& from, const Na
         data.Animals[first->Animal], zone->Code()));
 }
 
-void tell_distortion(const ImportedFixes& fixes, Console& console) {
+void report_distortion(const ImportedFixes& fixes, Console& console) {
     if (fixes.System.Reference.IsGeographic) return;
     constexpr double kMuch = 0.02;
     const std::string advice = fixes.Wrong.Area > kMuch     ? "; --to-crs equal-area has true areas"
@@ -586,18 +586,18 @@ ImportedFixes import_fixes(const FixOptions& options, const tracking::RejectedRo
     Inputs inputs(options, console);
     ImportedFixes fixes{inputs.Read(rejected), {}, {}, {}, {}, {}, {}};
     Tracking& data = fixes.Data;
-    tell_files(data, options, console);
+    report_files(data, options, console);
     if (data.Fixes.empty()) refuse_without_fixes(options, data);
     thin(options, data);
     split(options, inputs.System, fixes);
-    tell_left_out(data, console);
+    report_left_out(data, console);
     if (data.Fixes.empty()) refuse_without_fixes(options, data);
     note_zero_positions(data, console);
     fixes.System = choose_target(options, inputs.System, data);
     note_far_fixes(options, inputs.System, fixes.System, data, console);
     project_fixes(data.Fixes, inputs.System.Reference, fixes.System.Reference, data);
     fixes.Wrong = tracking::largest_distortion(data.Fixes, fixes.System.Reference);
-    tell_distortion(fixes, console);
+    report_distortion(fixes, console);
     sort_by_group(fixes);
     return fixes;
 }

@@ -105,7 +105,7 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
                         options.Input, reference.Name, degrees_advice(points)));
     // The bounds of many points take a while.
     if (!reference.IsGeographic && files::is_mercator(reference))
-        tell_mercator(options.Input, reference, points.Bounds(), console);
+        report_mercator(options.Input, reference, points.Bounds(), console);
     if (!options.Degrees && reference.Name.empty() && reference.Wkt.empty() && look_like_degrees(points.Bounds()))
         console.Note(
             fmt::format("wxl: {} has no coordinate system, and its values look like degrees: if they are, "
@@ -114,8 +114,8 @@ std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputO
     return layer;
 }
 
-void tell_mercator(const std::string& what, const platform::SpatialReference& reference, const platform::Extent& extent,
-                   Console& console) {
+void report_mercator(const std::string& what, const platform::SpatialReference& reference,
+                     const platform::Extent& extent, Console& console) {
     if (extent.IsEmpty()) return;
     const auto stretch = files::mercator_stretch(reference, middle_of(extent));
     if (!stretch) return;

@@ -63,14 +63,14 @@ std::shared_ptr<files::FilesFeatureLayer> open_point_layer_to_change(const Input
 /// As open_point_layer, and RuntimeError 5 for a layer in degrees unless --degrees was given; the description names the
 /// UTM zone of the layer and how to come to it.
 ///
-/// Tells when the layer is in a Mercator projection that makes areas wrong (tell_mercator), and notes where
+/// Tells when the layer is in a Mercator projection that makes areas wrong (report_mercator), and notes where
 /// one without a coordinate system seems to be in degrees.
 std::shared_ptr<files::FilesFeatureLayer> open_measured_point_layer(const InputOptions& options, Console& console);
 
 /// Says that `what` is in a Mercator projection of the world, such as Web Mercator, where areas in the middle of its
 /// extent are 5 % too large or more, or as much too small, and names the UTM zone to use instead.
-void tell_mercator(const std::string& what, const platform::SpatialReference& reference, const platform::Extent& extent,
-                   Console& console);
+void report_mercator(const std::string& what, const platform::SpatialReference& reference,
+                     const platform::Extent& extent, Console& console);
 
 /// Name of the field whose name is one that people give to the animal's; empty when there is none.
 std::string guess_id_field(const std::vector<platform::Field>& fields);

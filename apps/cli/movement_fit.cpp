@@ -138,7 +138,7 @@ AnimalModels fit_animal(const TimedAnimal& animal, const FitOptions& options, Co
     return fitted;
 }
 
-void tell_animal(const AnimalModels& fitted, bool verdicts, Console& console) {
+void report_animal(const AnimalModels& fitted, bool verdicts, Console& console) {
     const std::string name = platform::ValueText(fitted.Animal->Id);
     const std::string without = kde_tool::fixes_text(static_cast<std::int64_t>(fitted.Animal->WithoutTime));
     if (fitted.Animal->WithoutTime > 0 && fitted.Animal->FirstUnreadable.empty())

@@ -51,6 +51,6 @@ struct AnimalModels {
 AnimalModels fit_animal(const TimedAnimal& animal, const FitOptions& options, Console& console);
 
 /// Tells on standard error what was left out and what asks for care.
-void tell_animal(const AnimalModels& fitted, bool verdicts, Console& console);
+void report_animal(const AnimalModels& fitted, bool verdicts, Console& console);
 
 }  // namespace wxl::cli

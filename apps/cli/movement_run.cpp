@@ -96,7 +96,7 @@ void add_animal_option(CLI::App& command, std::string& field) {
         ->type_name("FIELD");
 }
 
-void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console) {
+void report_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console) {
     const auto mixed = mixed_animals(layer);
     if (!mixed) return;
     const std::string condition = in_double_quotes(condition_of(mixed->Field, mixed->First));
@@ -115,7 +115,7 @@ bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages)
     }
 }
 
-void tell_other_names(files::FilesFeatureLayer& layer, Console& console) {
+void report_other_names(files::FilesFeatureLayer& layer, Console& console) {
     if (!platform::EqualNoCase(layer.Features().Path().extension().string(), ".shp")) return;
     std::set<std::filesystem::path> told;
     for (const std::filesystem::path& file : layer.Features().Files()) {

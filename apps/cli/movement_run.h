@@ -33,15 +33,15 @@ void add_animal_option(CLI::App& command, std::string& field);
 /// taken as one track. The field that names the animal is found by its usual names; one of whose values no two fixes
 /// share numbers the rows instead, and is no such field. `remedy` says how to choose one animal, with "{}" for the SQL
 /// condition in double quotes.
-void tell_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console);
+void report_mixed_animals(files::FilesFeatureLayer& layer, std::string_view remedy, Console& console);
 
-/// Asks whether to go on as tell_mixed_animals would say; true where the chosen fixes are of one animal, false when the
-/// answer is no or --answer does not tell (ConsoleMessages::Stopped).
+/// Asks whether to go on as report_mixed_animals would say; true where the chosen fixes are of one animal, false when
+/// the answer is no or --answer does not tell (ConsoleMessages::Stopped).
 bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages);
 
 /// Says, before a tool changes the layer, which of its files have other names (hard links): those keep the old rows,
 /// because a new file takes the place of the old one. A database is changed in place, for all its names.
-void tell_other_names(files::FilesFeatureLayer& layer, Console& console);
+void report_other_names(files::FilesFeatureLayer& layer, Console& console);
 
 /// "--where CONDITION chooses one", the remedy where a command has --where.
 inline constexpr std::string_view kChooseByWhere = "--where {} chooses one";

@@ -35,7 +35,7 @@ void print_lines(const std::string& text, Console& console) {
 }
 
 /// What a parse that ends the program says: help and version are results, anything else is a wrong call.
-int tell_parse_end(const CLI::App& program, const CLI::ParseError& end, Console& console) {
+int report_parse_end(const CLI::App& program, const CLI::ParseError& end, Console& console) {
     std::ostringstream out;
     std::ostringstream err;
     const int code = program.exit(end, out, err);
@@ -66,7 +66,7 @@ int run_guarded(std::vector<std::string> arguments, Console& console, Fencing fe
         std::reverse(arguments.begin(), arguments.end());
         program.parse(std::move(arguments));
     } catch (const CLI::ParseError& end) {
-        return tell_parse_end(program, end, console);
+        return report_parse_end(program, end, console);
     }
     console.SetQuiet(quiet);
     refuse_empty_paths(program);

@@ -68,9 +68,9 @@ std::string head(const std::string& name, const std::string& log, const std::str
     return text;
 }
 
-void refuse_line_breaks(const SlurmWishes& wishes) {
-    std::vector<std::string> lines = wishes.Options;
-    lines.insert(lines.end(), {wishes.Memory, wishes.Time});
+void refuse_line_breaks(const SlurmSettings& settings) {
+    std::vector<std::string> lines = settings.Options;
+    lines.insert(lines.end(), {settings.Memory, settings.Time});
     for (const std::string& line : lines)
         if (line.find_first_of("\r\n") != std::string::npos)
             platform::Raise(platform::error_number::kInvalidCall, "An option of sbatch is one line.");
@@ -78,27 +78,27 @@ void refuse_line_breaks(const SlurmWishes& wishes) {
 
 }  // namespace
 
-std::string array_script(const batch::Plan& plan, const SlurmWishes& wishes) {
-    refuse_line_breaks(wishes);
+std::string array_script(const batch::Plan& plan, const SlurmSettings& settings) {
+    refuse_line_breaks(settings);
     double seconds = 0.0;
     double megabytes = 0.0;
-    for (const std::size_t task : wishes.Tasks) {
+    for (const std::size_t task : settings.Tasks) {
         seconds = std::max(seconds, plan.Tasks.at(task - 1).Seconds);
         megabytes = std::max(megabytes, plan.Tasks.at(task - 1).Megabytes);
     }
     const batch::BatchFiles files(plan.Frame.Folder);
     std::string script =
         head("wxl-task", directive_path(files.Logs() / "task-") + "%a.log",
-             wishes.Memory.empty() ? memory_text(megabytes * kMemoryFactor + kMemoryBase) : wishes.Memory,
-             wishes.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : wishes.Time, wishes.Options);
+             settings.Memory.empty() ? memory_text(megabytes * kMemoryFactor + kMemoryBase) : settings.Memory,
+             settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
     script +=
-        "#SBATCH --array=" + batch::number_ranges(wishes.Tasks) + "\n#SBATCH --requeue\n#SBATCH --open-mode=append\n";
-    return script + "exec " + quoted(wishes.Program.string()) + " -q batch run " + quoted(plan.Frame.Folder.string()) +
-           "\n";
+        "#SBATCH --array=" + batch::number_ranges(settings.Tasks) + "\n#SBATCH --requeue\n#SBATCH --open-mode=append\n";
+    return script + "exec " + quoted(settings.Program.string()) + " -q batch run " +
+           quoted(plan.Frame.Folder.string()) + "\n";
 }
 
-std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes) {
-    refuse_line_breaks(wishes);
+std::string merge_script(const batch::Plan& plan, const SlurmSettings& settings) {
+    refuse_line_breaks(settings);
     const batch::BatchFiles files(plan.Frame.Folder);
     const auto results = static_cast<double>(plan.DistributionCount());
     const double seconds = results * kMergeSecondsPerResult;
@@ -107,11 +107,11 @@ std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes) {
     const double megabytes = gone ? 0.0 : static_cast<double>(points) / 1e6;
     const std::string script =
         head("wxl-merge", directive_path(files.Logs() / "merge") + ".log",
-             wishes.Memory.empty()
+             settings.Memory.empty()
                  ? memory_text(megabytes * kMemoryFactor + results * kMergeMegabytesPerResult + kMemoryBase)
-                 : wishes.Memory,
-             wishes.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : wishes.Time, wishes.Options);
-    return script + "#SBATCH --open-mode=append\nexec " + quoted(wishes.Program.string()) + " batch merge " +
+                 : settings.Memory,
+             settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
+    return script + "#SBATCH --open-mode=append\nexec " + quoted(settings.Program.string()) + " batch merge " +
            quoted(plan.Frame.Folder.string()) + "\n";
 }
 

@@ -9,7 +9,7 @@
 namespace wxl::cli {
 
 /// What the batch scripts are made of.
-struct SlurmWishes {
+struct SlurmSettings {
     std::filesystem::path Program;     ///< wxl, as the nodes find it
     std::vector<std::size_t> Tasks;    ///< to be computed, ascending
     std::string Memory;                ///< as --mem takes it; empty: from the estimates
@@ -19,11 +19,11 @@ struct SlurmWishes {
 
 /// The script of the job array: one task for each index. Memory is one and a half times the estimate and 256 MB, time
 /// four times the estimate and ten minutes. A job that is requeued starts its task anew.
-std::string array_script(const batch::Plan& plan, const SlurmWishes& wishes);
+std::string array_script(const batch::Plan& plan, const SlurmSettings& settings);
 
 /// The script of the job that merges. Memory is one and a half times that of the batch's points, 20 kB for every
 /// distribution, and 256 MB.
-std::string merge_script(const batch::Plan& plan, const SlurmWishes& wishes);
+std::string merge_script(const batch::Plan& plan, const SlurmSettings& settings);
 
 /// Hands the script file to sbatch with `options` and returns the job's number. RuntimeError 53 when there is no sbatch
 /// on this machine, 5 with sbatch's own words when it refuses.

@@ -264,7 +264,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     std::size_t failed = 0;
     for (const TimedAnimal& animal : animals.Animals) {
         const AnimalModels fitted = fit_animal(animal, options.Fit, console);
-        tell_animal(fitted, true, console);
+        report_animal(fitted, true, console);
         const Done done = analyse(fitted, grid, options, animals.Reference, services, console);
         if (!done.Akde) ++failed;
         add_rows(done, options, table);

@@ -167,7 +167,7 @@ std::vector<AnimalBandwidth> find_bandwidths(const kde_tool::GroupedFixes& group
 }
 
 /// The local minima inside the range with their scores; nothing where the only one is the bandwidth itself.
-void tell_minima(const AnimalBandwidth& animal, Console& console) {
+void report_minima(const AnimalBandwidth& animal, Console& console) {
     const engine::SearchProfile minima = engine::LocalMinima(animal.Profile);
     if (minima.empty() || (minima.size() == 1 && animal.Minimised)) return;
     std::string text;
@@ -177,7 +177,7 @@ void tell_minima(const AnimalBandwidth& animal, Console& console) {
                                 minima.size() == 1 ? "local minimum" : "local minima", text));
 }
 
-void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console) {
+void report_problems(const std::vector<AnimalBandwidth>& animals, Console& console) {
     for (const AnimalBandwidth& animal : animals) {
         const std::string id = platform::ValueText(animal.Id);
         if (!animal.Bandwidth)
@@ -187,7 +187,7 @@ void tell_problems(const std::vector<AnimalBandwidth>& animals, Console& console
                                               id, animal.Count));
         else if (!animal.Reason.empty())
             console.Problem(fmt::format("{}: {}", id, animal.Reason));
-        tell_minima(animal, console);
+        report_minima(animal, console);
         for (const std::string& warning : platform::Split(animal.Warnings, '\r'))
             if (!warning.empty()) console.Problem(fmt::format("{}: {}", id, warning));
     }
@@ -288,7 +288,7 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
     const Sample sample = read_sample(options, console);
     const Plots plots(options, sample);
     std::vector<AnimalBandwidth> animals = find_bandwidths(sample.Groups, options, console);
-    tell_problems(animals, console);
+    report_problems(animals, console);
     if (profile) profile->Write(csv_text(profile_of(animals)));
     plots.Write(animals);
     if (options.Json) {

@@ -62,7 +62,7 @@ std::string duration_text(double seconds) {
     return fmt::format("{:.3g} h", seconds / 3600.0);
 }
 
-void tell_plan(const batch::Plan& plan, Console& console) {
+void report_plan(const batch::Plan& plan, Console& console) {
     double total = 0.0;
     double longest = 0.0;
     double megabytes = 0.0;
@@ -158,7 +158,7 @@ int run_batch_plan(const BatchPlanOptions& options, Console& console) {
     });
     console.EndProgress();
     if (!plan) return exit_code::kFailed;
-    tell_plan(*plan, console);
+    report_plan(*plan, console);
     return exit_code::kDone;
 }
 

@@ -39,19 +39,19 @@ int submit_here(BatchSession& session, const std::vector<std::size_t>& tasks, st
     return run_batch_merge(merge, console);
 }
 
-SlurmWishes wishes_of(const BatchSubmitOptions& options, const std::vector<std::size_t>& tasks) {
-    SlurmWishes wishes;
-    wishes.Program = this_program();
-    wishes.Tasks = tasks;
-    wishes.Memory = options.Memory;
-    wishes.Time = options.Time;
-    wishes.Options = options.Sbatch;
-    return wishes;
+SlurmSettings settings_of(const BatchSubmitOptions& options, const std::vector<std::size_t>& tasks) {
+    SlurmSettings settings;
+    settings.Program = this_program();
+    settings.Tasks = tasks;
+    settings.Memory = options.Memory;
+    settings.Time = options.Time;
+    settings.Options = options.Sbatch;
+    return settings;
 }
 
-int print_scripts(const batch::Plan& plan, const SlurmWishes& wishes, Console& console) {
+int print_scripts(const batch::Plan& plan, const SlurmSettings& settings, Console& console) {
     for (std::string script :
-         {wishes.Tasks.empty() ? std::string() : array_script(plan, wishes), merge_script(plan, wishes)}) {
+         {settings.Tasks.empty() ? std::string() : array_script(plan, settings), merge_script(plan, settings)}) {
         if (script.empty()) continue;
         script.pop_back();
         for (const std::string& line : platform::Split(script, '\n')) console.Result(line);
@@ -59,17 +59,17 @@ int print_scripts(const batch::Plan& plan, const SlurmWishes& wishes, Console& c
     return exit_code::kDone;
 }
 
-int submit_to_slurm(const platform::Services& services, const batch::Plan& plan, const SlurmWishes& wishes,
+int submit_to_slurm(const platform::Services& services, const batch::Plan& plan, const SlurmSettings& settings,
                     Console& console) {
     const batch::BatchFiles files(plan.Frame.Folder);
     std::vector<std::string> after;
-    if (!wishes.Tasks.empty()) {
-        platform::PublishFile(*services.Files, files.Folder / "tasks.sh", array_script(plan, wishes));
+    if (!settings.Tasks.empty()) {
+        platform::PublishFile(*services.Files, files.Folder / "tasks.sh", array_script(plan, settings));
         const std::string job = submit_script(files.Folder / "tasks.sh", {});
-        console.Result(fmt::format("tasks {}: job {}", batch::number_ranges(wishes.Tasks), job));
+        console.Result(fmt::format("tasks {}: job {}", batch::number_ranges(settings.Tasks), job));
         after.push_back("--dependency=afterany:" + job);
     }
-    platform::PublishFile(*services.Files, files.Folder / "merge.sh", merge_script(plan, wishes));
+    platform::PublishFile(*services.Files, files.Folder / "merge.sh", merge_script(plan, settings));
     console.Result("merge: job " + submit_script(files.Folder / "merge.sh", after));
     return exit_code::kDone;
 }
@@ -108,8 +108,8 @@ int run_batch_submit(const BatchSubmitOptions& options, Console& console) {
     }
     const std::vector<std::size_t> tasks = open_tasks(services, plan);
     if (options.Engine == "local") return submit_here(session, tasks, options.Jobs, console);
-    const SlurmWishes wishes = wishes_of(options, tasks);
-    return options.DryRun ? print_scripts(plan, wishes, console) : submit_to_slurm(services, plan, wishes, console);
+    const SlurmSettings settings = settings_of(options, tasks);
+    return options.DryRun ? print_scripts(plan, settings, console) : submit_to_slurm(services, plan, settings, console);
 }
 
 }  // namespace wxl::cli

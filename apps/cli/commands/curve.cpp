@@ -26,8 +26,8 @@ namespace fs = std::filesystem;
 using comparison::AreaCurve;
 using comparison::CurveOf;
 using comparison::CurveOrder;
+using comparison::CurveSettings;
 using comparison::CurveSize;
-using comparison::CurveWishes;
 using platform::NumberText;
 
 struct AnimalCurve {
@@ -36,58 +36,58 @@ struct AnimalCurve {
 };
 
 /// "mcp:100" and the like, as it is told.
-std::string of_text(const CurveWishes& wishes) {
-    return (wishes.Of == CurveOf::kKernel ? "kernel:" : "mcp:") + NumberText(wishes.Percent);
+std::string of_text(const CurveSettings& settings) {
+    return (settings.Of == CurveOf::kKernel ? "kernel:" : "mcp:") + NumberText(settings.Percent);
 }
 
-void take_of(const std::string& text, CurveWishes& wishes) {
+void take_of(const std::string& text, CurveSettings& settings) {
     const std::size_t colon = text.find(':');
     const std::string kind = text.substr(0, colon);
     if (kind != "mcp" && kind != "kernel")
         throw WrongCall(fmt::format("--of: \"{}\" is not mcp[:P] or kernel[:P]", text));
-    wishes.Of = kind == "kernel" ? CurveOf::kKernel : CurveOf::kMinimumConvexPolygon;
-    wishes.Percent = kind == "kernel" ? 95.0 : 100.0;
+    settings.Of = kind == "kernel" ? CurveOf::kKernel : CurveOf::kMinimumConvexPolygon;
+    settings.Percent = kind == "kernel" ? 95.0 : 100.0;
     if (colon == std::string::npos) return;
     const std::vector<double> percents = percentages_of("--of", text.substr(colon + 1));
     if (percents.size() > 1) throw WrongCall("--of takes one percentage");
-    wishes.Percent = percents.front();
+    settings.Percent = percents.front();
 }
 
-CurveWishes wishes_of(const CurveOptions& options) {
-    CurveWishes wishes;
-    take_of(options.Of, wishes);
-    wishes.Order = options.Order == "random" ? CurveOrder::kRandom : CurveOrder::kTime;
-    wishes.Replicates = options.Replicates;
-    wishes.Seed = options.Seed;
-    wishes.First = options.First;
-    wishes.Step = options.Step;
-    wishes.Tolerance = options.Tolerance / 100.0;
-    wishes.CellSize = cell_size_of(options.CellSize);
-    if (options.Bandwidth == "href") return wishes;
-    if (wishes.Of != CurveOf::kKernel) throw WrongCall("--bandwidth is for --of kernel");
+CurveSettings settings_of(const CurveOptions& options) {
+    CurveSettings settings;
+    take_of(options.Of, settings);
+    settings.Order = options.Order == "random" ? CurveOrder::kRandom : CurveOrder::kTime;
+    settings.Replicates = options.Replicates;
+    settings.Seed = options.Seed;
+    settings.First = options.First;
+    settings.Step = options.Step;
+    settings.Tolerance = options.Tolerance / 100.0;
+    settings.CellSize = cell_size_of(options.CellSize);
+    if (options.Bandwidth == "href") return settings;
+    if (settings.Of != CurveOf::kKernel) throw WrongCall("--bandwidth is for --of kernel");
     if (!platform::IsNumeric(options.Bandwidth) || !(platform::NumberFromText(options.Bandwidth) > 0.0))
         throw WrongCall(
             fmt::format("--bandwidth: \"{}\" is not href or a number of map units above 0", options.Bandwidth));
-    wishes.Bandwidth = platform::NumberFromText(options.Bandwidth);
-    return wishes;
+    settings.Bandwidth = platform::NumberFromText(options.Bandwidth);
+    return settings;
 }
 
 /// In the order of time the fixes without one do not count.
-std::span<const platform::Point> counted(const AnimalTrack& track, const CurveWishes& wishes) {
+std::span<const platform::Point> counted(const AnimalTrack& track, const CurveSettings& settings) {
     const std::span<const platform::Point> all = track.Fixes;
-    return wishes.Order == CurveOrder::kTime ? all.first(track.Timed) : all;
+    return settings.Order == CurveOrder::kTime ? all.first(track.Timed) : all;
 }
 
-std::vector<AnimalCurve> curves_of(const AnimalTracks& tracks, const CurveWishes& wishes, Console& console) {
+std::vector<AnimalCurve> curves_of(const AnimalTracks& tracks, const CurveSettings& settings, Console& console) {
     std::vector<AnimalCurve> curves;
     const auto all = static_cast<double>(tracks.Animals.size());
     for (const AnimalTrack& track : tracks.Animals) {
-        const auto fixes = counted(track, wishes);
+        const auto fixes = counted(track, settings);
         if (fixes.size() < track.Fixes.size())
             console.Problem(
                 fmt::format("{}: {} without a time left out", track.Name(), track.Fixes.size() - fixes.size()));
         const double done = static_cast<double>(curves.size());
-        curves.push_back({&track, comparison::area_curve(fixes, wishes, [&](double share) {
+        curves.push_back({&track, comparison::area_curve(fixes, settings, [&](double share) {
                               console.Progress((done + share) / all, "curve of " + track.Name());
                           })});
     }
@@ -95,8 +95,8 @@ std::vector<AnimalCurve> curves_of(const AnimalTracks& tracks, const CurveWishes
     return curves;
 }
 
-Json json_of(const std::vector<AnimalCurve>& curves, const CurveWishes& wishes) {
-    const bool random = wishes.Order == CurveOrder::kRandom;
+Json json_of(const std::vector<AnimalCurve>& curves, const CurveSettings& settings) {
+    const bool random = settings.Order == CurveOrder::kRandom;
     Json json = Json::array();
     for (const AnimalCurve& animal : curves) {
         Json sizes = Json::array();
@@ -108,9 +108,9 @@ Json json_of(const std::vector<AnimalCurve>& curves, const CurveWishes& wishes) 
         const auto& levelling = animal.Curve.Levelling;
         json.push_back(
             {{"id", animal.Track->IdJson()},
-             {"of", of_text(wishes)},
+             {"of", of_text(settings)},
              {"order", random ? "random" : "time"},
-             {"seed", random ? Json(wishes.Seed) : Json(nullptr)},
+             {"seed", random ? Json(settings.Seed) : Json(nullptr)},
              {"sizes", sizes},
              {"asymptote", levelling ? Json{{"n", levelling->N}, {"reached", levelling->Reached}} : Json(nullptr)}});
     }
@@ -121,14 +121,14 @@ std::string text_of(const std::optional<double>& value) {
     return value ? NumberText(*value) : "";
 }
 
-TextTable long_table(const std::vector<AnimalCurve>& curves, const CurveWishes& wishes) {
+TextTable long_table(const std::vector<AnimalCurve>& curves, const CurveSettings& settings) {
     TextTable table{{"id", "of", "order", "seed", "n", "area", "low", "high"}, {}};
-    const bool random = wishes.Order == CurveOrder::kRandom;
+    const bool random = settings.Order == CurveOrder::kRandom;
     for (const AnimalCurve& animal : curves)
         for (const CurveSize& size : animal.Curve.Sizes)
-            table.Rows.push_back({animal.Track->Name(), of_text(wishes), random ? "random" : "time",
-                                  random ? std::to_string(wishes.Seed) : "", std::to_string(size.N), text_of(size.Area),
-                                  text_of(size.Low), text_of(size.High)});
+            table.Rows.push_back({animal.Track->Name(), of_text(settings), random ? "random" : "time",
+                                  random ? std::to_string(settings.Seed) : "", std::to_string(size.N),
+                                  text_of(size.Area), text_of(size.Low), text_of(size.High)});
     return table;
 }
 
@@ -150,18 +150,18 @@ std::string square_unit(const platform::SpatialReference& reference) {
     return reference.UnitName.empty() ? "" : "square " + reference.UnitName;
 }
 
-pictures::AreaCurvePicture picture_of(const AnimalCurve& animal, const CurveWishes& wishes,
+pictures::AreaCurvePicture picture_of(const AnimalCurve& animal, const CurveSettings& settings,
                                       const platform::SpatialReference& reference) {
     pictures::AreaCurvePicture picture;
     picture.Title = animal.Track->Name();
-    picture.Of =
-        fmt::format("{}, {} %, {}", wishes.Of == CurveOf::kKernel ? "Kernel range" : "Minimum convex polygon",
-                    NumberText(wishes.Percent),
-                    wishes.Order == CurveOrder::kRandom
-                        ? fmt::format("median and 95 % of {} random orders (seed {})", wishes.Replicates, wishes.Seed)
-                        : "fixes in the order of time");
+    picture.Of = fmt::format(
+        "{}, {} %, {}", settings.Of == CurveOf::kKernel ? "Kernel range" : "Minimum convex polygon",
+        NumberText(settings.Percent),
+        settings.Order == CurveOrder::kRandom
+            ? fmt::format("median and 95 % of {} random orders (seed {})", settings.Replicates, settings.Seed)
+            : "fixes in the order of time");
     picture.Units = square_unit(reference);
-    picture.Tolerance = wishes.Tolerance;
+    picture.Tolerance = settings.Tolerance;
     for (const CurveSize& size : animal.Curve.Sizes) picture.Points.push_back({size.N, size.Area, size.Low, size.High});
     if (animal.Curve.Levelling) {
         picture.LevelsAt = animal.Curve.Levelling->N;
@@ -244,25 +244,25 @@ void register_curve(CLI::App& command, CurveOptions& options) {
 }
 
 int run_curve(const CurveOptions& options, Console& console) {
-    const CurveWishes wishes = wishes_of(options);
+    const CurveSettings settings = settings_of(options);
     if (!options.Plot.empty() && !platform::EqualNoCase(fs::path(options.Plot).extension().string(), ".svg"))
         throw WrongCall(fmt::format("--plot: the picture is an SVG, and \"{}\" does not end in .svg", options.Plot));
     std::optional<TextOutput> csv;
     if (!options.Csv.empty()) csv.emplace(options.Csv, options.Overwrite);
-    const bool random = wishes.Order == CurveOrder::kRandom;
+    const bool random = settings.Order == CurveOrder::kRandom;
     const AnimalTracks tracks = read_tracks(options.Tracks, random ? Times::kWanted : Times::kRequired, console);
     const std::vector<TextOutput> plots = plots_of(options, tracks.Animals.size());
     if (csv) tracks.Read.Refuse(csv->Path());
     for (const TextOutput& plot : plots) tracks.Read.Refuse(plot.Path());
-    const std::vector<AnimalCurve> curves = curves_of(tracks, wishes, console);
+    const std::vector<AnimalCurve> curves = curves_of(tracks, settings, console);
     console.Note(
         "wxl: successive fixes are seldom independent: a curve that is level by their number may still grow "
         "with time");
-    if (csv) csv->Write(csv_text(long_table(curves, wishes)));
+    if (csv) csv->Write(csv_text(long_table(curves, settings)));
     for (std::size_t i = 0; i < plots.size(); ++i)
-        plots[i].Write(pictures::AreaCurveSvg(picture_of(curves[i], wishes, tracks.Reference)));
+        plots[i].Write(pictures::AreaCurveSvg(picture_of(curves[i], settings, tracks.Reference)));
     if (options.Json) {
-        console.Text(json_text(json_of(curves, wishes)));
+        console.Text(json_text(json_of(curves, settings)));
     } else {
         print_table(summary_of(curves), console);
         for (const TextOutput& plot : plots) console.Result("plot: " + plot.Path());

@@ -63,7 +63,7 @@ platform::Extent bounds_of(const std::vector<tracking::TrackingFix>& fixes) {
     return extent;
 }
 
-void tell_table(const FixRows& rows, Console& console) {
+void report_table(const FixRows& rows, Console& console) {
     const auto renamed = rows.Renamed();
     if (!renamed.empty()) console.Note(fmt::format("fields: {}", fmt::join(renamed, ", ")));
     if (rows.Cut() > 0)
@@ -127,9 +127,9 @@ int run_import(const ImportOptions& options, Console& console) {
     ImportedFixes fixes = import_or_list(wanted, leftOut, console);
     FixRows rows(fixes, output.Format());
     output.Write(rows.Fields(), fixes.System.Reference, [&](tracking::ILayerWriter& writer) { rows.PutAll(writer); });
-    tell_table(rows, console);
+    report_table(rows, console);
     if (!fixes.System.Reference.IsGeographic)
-        tell_mercator(output.Path(), fixes.System.Reference, bounds_of(fixes.Data.Fixes), console);
+        report_mercator(output.Path(), fixes.System.Reference, bounds_of(fixes.Data.Fixes), console);
     const std::string system = fixes.System.Code.empty() || fixes.System.Code == fixes.System.Reference.Name
                                    ? fixes.System.Reference.Name
                                    : fmt::format("{} ({})", fixes.System.Reference.Name, fixes.System.Code);

@@ -64,7 +64,7 @@ std::string type_name(platform::FieldType type) {
     return "";
 }
 
-void tell_line(Console& console, std::string_view label, const std::string& text) {
+void report_line(Console& console, std::string_view label, const std::string& text) {
     console.Result(fmt::format("{:<9}{}", label, text));
 }
 
@@ -100,17 +100,17 @@ std::string times_text(const tracking_times::TimeFacts& facts) {
     return text;
 }
 
-void tell_text(const LayerFacts& facts, Console& console) {
-    tell_line(console, "layer", facts.Layer);
-    tell_line(console, "points", std::to_string(facts.Points));
-    tell_line(console, "extent", extent_text(facts.Bounds));
-    tell_line(console, "crs", reference_text(facts.Reference));
+void report_text(const LayerFacts& facts, Console& console) {
+    report_line(console, "layer", facts.Layer);
+    report_line(console, "points", std::to_string(facts.Points));
+    report_line(console, "extent", extent_text(facts.Bounds));
+    report_line(console, "crs", reference_text(facts.Reference));
     std::vector<std::string> fields;
     for (const platform::Field& field : facts.Fields)
         fields.push_back(fmt::format("{} ({})", field.Name, type_name(field.Type)));
-    tell_line(console, "fields", fmt::format("{}", fmt::join(fields, ", ")));
+    report_line(console, "fields", fmt::format("{}", fmt::join(fields, ", ")));
     if (facts.IdField.empty()) return;
-    tell_line(console, "animals", fmt::format("{} by {}", facts.Groups.Animals.size(), facts.IdField));
+    report_line(console, "animals", fmt::format("{} by {}", facts.Groups.Animals.size(), facts.IdField));
     for (std::size_t i = 0; i < facts.Groups.Animals.size(); ++i) {
         const kde_tool::AnimalFixes& animal = facts.Groups.Animals[i];
         console.Result(fmt::format("  {}: {}{}", platform::ValueText(animal.Id), animal.Fixes.size(),
@@ -180,7 +180,7 @@ int run_info(const InfoOptions& options, Console& console) {
     if (options.Json) {
         console.Text(json_text(json_of(facts)));
     } else {
-        tell_text(facts, console);
+        report_text(facts, console);
     }
     return exit_code::kDone;
 }

@@ -158,7 +158,7 @@ void warn_of_edge(const Result& result, Console& console) {
             result.MaxEdgeValue));
 }
 
-void tell_empty_levels(const Result& result, Console& console) {
+void report_empty_levels(const Result& result, Console& console) {
     std::string empty;
     for (const LevelResult& level : result.Levels)
         if (!level.Area) empty += (empty.empty() ? "" : ", ") + NumberText(level.Percent) + " %";
@@ -219,7 +219,7 @@ int run_isopleths(const IsoplethOptions& options, Console& console) {
     if (result.Status != 0) return console.Fail(options.Raster + ": " + failure_of(result));
     if (!options.Json) print_text(result, console);
     warn_of_edge(result, console);
-    tell_empty_levels(result, console);
+    report_empty_levels(result, console);
     return exit_code::kDone;
 }
 

@@ -46,7 +46,7 @@ TextTable table_of(const std::vector<AnimalPolygons>& animals) {
     return table;
 }
 
-void tell_few(const AnimalTracks& tracks, Console& console) {
+void report_few(const AnimalTracks& tracks, Console& console) {
     for (const AnimalTrack& track : tracks.Animals)
         if (track.Fixes.size() < kFewFixes)
             console.Problem(fmt::format("{}: {} {} too few for a polygon that says anything", track.Name(),
@@ -89,7 +89,7 @@ int run_mcp(const McpOptions& options, Console& console) {
     if (shapes) shapes->Refuse(tracks.Read);
     std::vector<AnimalPolygons> animals;
     for (const AnimalTrack& track : tracks.Animals) animals.push_back(polygons_of(track.Name(), track.Fixes, percents));
-    tell_few(tracks, console);
+    report_few(tracks, console);
     if (csv) csv->Write(csv_text(table_of(animals)));
     if (shapes) write_polygons(*shapes, tracks.Reference, animals);
     if (options.Json) {

@@ -312,7 +312,7 @@ int run_models(const ModelsOptions& options, Console& console) {
     std::size_t failed = 0;
     for (std::size_t i = 0; i < animals.Animals.size(); ++i) {
         const AnimalModels fitted = fit_animal(animals.Animals[i], options.Fit, console);
-        tell_animal(fitted, options.Json, console);
+        report_animal(fitted, options.Json, console);
         if (!fitted.Chosen) ++failed;
         if (options.Json) json.push_back(json_of(fitted, options, animals.NumberTimes));
         if (csv) add_csv_rows(fitted, animals.NumberTimes, table);

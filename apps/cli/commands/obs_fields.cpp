@@ -69,7 +69,7 @@ int run_obs_fields(const ObsFieldsOptions& options, Console& console) {
         console.Result(options.Points.Input + ": nothing changed");
         return exit_code::kDone;
     }
-    tell_other_names(*layer, console);
+    report_other_names(*layer, console);
     tool.OnClick();
     if (session.Messages().Stopped()) return exit_code::kFailed;
     if (session.Messages().Notices() > 0)

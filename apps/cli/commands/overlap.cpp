@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using comparison::AnimalBandwidth;
-using comparison::DensityWishes;
+using comparison::DensitySettings;
 using comparison::TiledDensity;
 
 /// A grid that holds less of a distribution cuts it.
@@ -72,12 +72,13 @@ void add(ComparedRanges& ranges, ComparedAnimal animal, std::vector<double> cell
     ranges.Animals.push_back(std::move(animal));
 }
 
-std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const DensityWishes& wishes, Console& console) {
+std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const DensitySettings& settings,
+                                           Console& console) {
     std::vector<AnimalBandwidth> bandwidths;
     for (const AnimalTrack& track : tracks.Animals) {
         console.Progress(static_cast<double>(bandwidths.size()) / static_cast<double>(tracks.Animals.size()),
                          "bandwidth of " + track.Name());
-        bandwidths.push_back(comparison::bandwidth_of(track.Fixes, wishes));
+        bandwidths.push_back(comparison::bandwidth_of(track.Fixes, settings));
         if (!bandwidths.back().Warning.empty())
             console.Problem(fmt::format("{}: {}", track.Name(), bandwidths.back().Warning));
     }
@@ -85,11 +86,11 @@ std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const Den
 }
 
 /// Densities of the fixes of a layer.
-ComparedRanges ranges_of_layer(const OverlapOptions& options, const DensityWishes& wishes, const Outputs& outputs,
+ComparedRanges ranges_of_layer(const OverlapOptions& options, const DensitySettings& settings, const Outputs& outputs,
                                const std::vector<double>& percents, Console& console) {
     const AnimalTracks tracks = read_tracks(options.Tracks, Times::kNone, console);
     outputs.Refuse(tracks.Read);
-    const std::vector<AnimalBandwidth> bandwidths = bandwidths_of(tracks, wishes, console);
+    const std::vector<AnimalBandwidth> bandwidths = bandwidths_of(tracks, settings, console);
     std::vector<engine::PointSample> samples;
     for (const AnimalTrack& track : tracks.Animals) samples.push_back(track.Fixes);
     ComparedRanges ranges;
@@ -99,7 +100,7 @@ ComparedRanges ranges_of_layer(const OverlapOptions& options, const DensityWishe
         const AnimalTrack& track = tracks.Animals[i];
         console.Progress(static_cast<double>(i) / static_cast<double>(samples.size()), "density of " + track.Name());
         comparison::AnimalDensity density =
-            comparison::density_of(samples[i], bandwidths[i], wishes, ranges.Densities.Grid);
+            comparison::density_of(samples[i], bandwidths[i], settings, ranges.Densities.Grid);
         ComparedAnimal animal{track.Name(),
                               track.IdJson(),
                               static_cast<std::int64_t>(samples[i].size()),
@@ -140,7 +141,7 @@ ComparedRanges ranges_of_folder(const OverlapOptions& options, const Outputs& ou
     return ranges;
 }
 
-void tell_volumes(const ComparedRanges& ranges, Console& console) {
+void report_volumes(const ComparedRanges& ranges, Console& console) {
     for (std::size_t i = 0; i < ranges.Animals.size(); ++i) {
         const ComparedAnimal& animal = ranges.Animals[i];
         if (!ranges.Densities.Animals[i].IsAlive()) {
@@ -169,7 +170,7 @@ ComparedRanges read_ranges(const OverlapOptions& options, const Outputs& outputs
     if (options.Tracks.IdField.empty())
         throw WrongCall("name the field of the animals by --id-field FIELD (only a folder of rasters needs none)");
     if (!options.Scaling.empty()) throw WrongCall("--scaling is for a folder of rasters");
-    return ranges_of_layer(options, density_wishes(options.Densities), outputs, percents, console);
+    return ranges_of_layer(options, density_settings(options.Densities), outputs, percents, console);
 }
 
 void compare(ComparedRanges& ranges, const OverlapOptions& options, Console& console) {
@@ -243,7 +244,7 @@ int run_overlap(const OverlapOptions& options, Console& console) {
     const Outputs outputs(options);
     ComparedRanges ranges = read_ranges(options, outputs, percents, console);
     console.EndProgress();
-    tell_volumes(ranges, console);
+    report_volumes(ranges, console);
     const bool any = std::any_of(ranges.Densities.Animals.begin(), ranges.Densities.Animals.end(),
                                  [](const TiledDensity& density) { return density.IsAlive(); });
     compare(ranges, options, console);

@@ -75,7 +75,7 @@ int run_remove_duplicates(const RemoveDuplicatesOptions& options, Console& conso
         console.Result(options.Points.Input + ": nothing changed");
         return exit_code::kDone;
     }
-    tell_other_names(*layer, console);
+    report_other_names(*layer, console);
     if (options.By == "time2")
         click<movement::FIndDupTime2>(services, bar, session, options, idField);
     else

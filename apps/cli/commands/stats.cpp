@@ -50,7 +50,7 @@ std::vector<StatsRow> press_form(const StatsOptions& options, Console& console) 
     return rows_of(form);
 }
 
-void tell_order(const std::vector<StatsRow>& rows, Console& console) {
+void report_order(const std::vector<StatsRow>& rows, Console& console) {
     for (const StatsRow& row : rows)
         if (const std::string remark = kde_tool::order_remark(row.Independence.StepsBack); !remark.empty())
             console.Problem(platform::ValueText(row.Independence.Id) + ": " + remark);
@@ -109,7 +109,7 @@ int run_stats(const StatsOptions& options, Console& console) {
     std::optional<TextOutput> csv;
     if (!options.Csv.empty()) csv.emplace(options.Csv, options.Overwrite);
     const std::vector<StatsRow> rows = press_form(options, console);
-    tell_order(rows, console);
+    report_order(rows, console);
     const TextTable table = table_of(rows);
     if (csv) csv->Write(csv_text(table));
     if (options.Json) {

@@ -83,7 +83,7 @@ int run_track(const TrackOptions& options, Console& console) {
     movement::MOLE tool(services, saver);
     tool.SetBeyondLimits(options.Large);
     tool.OnCreate(session.Application());
-    tell_mixed_animals(*layer, kChooseByWhere, console);
+    report_mixed_animals(*layer, kChooseByWhere, console);
     output.WriteBy([&](const std::filesystem::path& shapefile) {
         dialogs.FileToSave = shapefile;
         tool.OnClick();

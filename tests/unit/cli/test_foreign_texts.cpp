@@ -80,11 +80,11 @@ TEST(ForeignTexts, Memory_and_time_of_a_job_are_one_line) {
     plan.Frame.Folder = folder.Path();
     plan.Tasks = {{{0}, 1.0, 1.0}};
     for (const bool isMemory : {true, false}) {
-        SlurmWishes wishes;
-        wishes.Tasks = {1};
-        (isMemory ? wishes.Memory : wishes.Time) = "1\nrm -rf ~";
-        EXPECT_THROW(array_script(plan, wishes), platform::RuntimeError);
-        EXPECT_THROW(merge_script(plan, wishes), platform::RuntimeError);
+        SlurmSettings settings;
+        settings.Tasks = {1};
+        (isMemory ? settings.Memory : settings.Time) = "1\nrm -rf ~";
+        EXPECT_THROW(array_script(plan, settings), platform::RuntimeError);
+        EXPECT_THROW(merge_script(plan, settings), platform::RuntimeError);
     }
 }
 

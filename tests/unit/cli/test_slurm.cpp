@@ -27,11 +27,11 @@ batch::Plan plan_in(const fs::path& output) {
     return plan;
 }
 
-SlurmWishes wishes_for(std::vector<std::size_t> tasks) {
-    SlurmWishes wishes;
-    wishes.Program = "/usr/bin/wxl";
-    wishes.Tasks = std::move(tasks);
-    return wishes;
+SlurmSettings settings_for(std::vector<std::size_t> tasks) {
+    SlurmSettings settings;
+    settings.Program = "/usr/bin/wxl";
+    settings.Tasks = std::move(tasks);
+    return settings;
 }
 
 template <class Call>
@@ -48,7 +48,7 @@ TEST(Slurm, The_array_asks_for_what_its_costliest_tasks_are_estimated_to_take) {
     const tests::ScratchFolder folder;
     const std::string output = (folder / "out").string();
     // 1.5 x 1000 MB + 256 MB; 4 x 100 s + 600 s = 1000 s, 17 minutes when rounded up.
-    EXPECT_EQ(array_script(plan_in(output), wishes_for({1, 2, 3})),
+    EXPECT_EQ(array_script(plan_in(output), settings_for({1, 2, 3})),
               "#!/bin/sh\n"
               "#SBATCH --job-name=wxl-task\n"
               "#SBATCH --output=\"" +
@@ -67,7 +67,7 @@ TEST(Slurm, The_array_asks_for_what_its_costliest_tasks_are_estimated_to_take) {
 
 TEST(Slurm, Tasks_that_are_not_sent_do_not_count) {
     const tests::ScratchFolder folder;
-    const std::string script = array_script(plan_in(folder / "out"), wishes_for({3}));
+    const std::string script = array_script(plan_in(folder / "out"), settings_for({3}));
     // 1.5 x 20 MB + 256 MB; 4 x 7 s + 600 s = 628 s.
     EXPECT_NE(script.find("#SBATCH --mem=286M\n#SBATCH --time=0:11:00\n#SBATCH --array=3\n"), std::string::npos)
         << script;
@@ -77,14 +77,14 @@ TEST(Slurm, Days_of_work_are_asked_for_in_hours) {
     const tests::ScratchFolder folder;
     batch::Plan plan = plan_in(folder / "out");
     plan.Tasks[1].Seconds = 90000.0;  // 4 x 25 hours and ten minutes
-    EXPECT_NE(array_script(plan, wishes_for({2})).find("#SBATCH --time=100:10:00\n"), std::string::npos);
+    EXPECT_NE(array_script(plan, settings_for({2})).find("#SBATCH --time=100:10:00\n"), std::string::npos);
 }
 
 TEST(Slurm, The_merge_asks_for_the_memory_of_the_points) {
     const tests::ScratchFolder folder;
     const std::string output = (folder / "out").string();
     // 1.5 x 3 MB + 4 x 0.02 MB + 256 MB = 260.58 MB; 4 x 4 x 0.002 s + 600 s.
-    EXPECT_EQ(merge_script(plan_in(output), wishes_for({})),
+    EXPECT_EQ(merge_script(plan_in(output), settings_for({})),
               "#!/bin/sh\n"
               "#SBATCH --job-name=wxl-merge\n"
               "#SBATCH --output=\"" +
@@ -102,20 +102,20 @@ TEST(Slurm, The_merge_asks_for_the_memory_of_the_points) {
 TEST(Slurm, Memory_and_time_of_the_user_replace_the_estimates) {
     const tests::ScratchFolder folder;
     const batch::Plan plan = plan_in(folder / "out");
-    SlurmWishes wishes = wishes_for({1});
-    wishes.Memory = "4G";
-    wishes.Time = "1-00";
-    wishes.Options = {"--partition=short", "--mail-type=END"};
+    SlurmSettings settings = settings_for({1});
+    settings.Memory = "4G";
+    settings.Time = "1-00";
+    settings.Options = {"--partition=short", "--mail-type=END"};
     const std::string wanted =
         "#SBATCH --mem=4G\n#SBATCH --time=1-00\n#SBATCH --partition=short\n#SBATCH --mail-type=END\n";
-    EXPECT_NE(array_script(plan, wishes).find(wanted), std::string::npos);
-    EXPECT_NE(merge_script(plan, wishes).find(wanted), std::string::npos);
+    EXPECT_NE(array_script(plan, settings).find(wanted), std::string::npos);
+    EXPECT_NE(merge_script(plan, settings).find(wanted), std::string::npos);
 }
 
 TEST(Slurm, Any_folder_name_stays_one_word_of_the_script) {
     const tests::ScratchFolder folder;
     const fs::path output = folder / "it's 50% \"$HOME\" \\ `x`";
-    const std::string script = array_script(plan_in(output), wishes_for({1}));
+    const std::string script = array_script(plan_in(output), settings_for({1}));
     EXPECT_NE(script.find("#SBATCH --output=\"" + folder.Path().string() +
                           "/it's 50%% \\\"$HOME\\\" \\\\ `x`/wxl_batch/logs/task-%a.log\"\n"),
               std::string::npos)
@@ -129,7 +129,7 @@ TEST(Slurm, A_folder_name_with_a_line_break_is_refused) {
     const tests::ScratchFolder folder;
     const batch::Plan plan = plan_in(folder / "a\nb");
     for (const auto& make : {array_script, merge_script})
-        EXPECT_EQ(error_of([&] { make(plan, wishes_for({1})); }).Description,
+        EXPECT_EQ(error_of([&] { make(plan, settings_for({1})); }).Description,
                   "The output folder's name holds a control character, which no batch script can: choose another "
                   "folder");
 }
@@ -137,10 +137,10 @@ TEST(Slurm, A_folder_name_with_a_line_break_is_refused) {
 TEST(Slurm, An_option_of_two_lines_is_refused) {
     const tests::ScratchFolder folder;
     const batch::Plan plan = plan_in(folder / "out");
-    SlurmWishes wishes = wishes_for({1});
-    wishes.Options = {"--partition=a\nrm -rf /"};
+    SlurmSettings settings = settings_for({1});
+    settings.Options = {"--partition=a\nrm -rf /"};
     for (const auto& make : {array_script, merge_script})
-        EXPECT_EQ(error_of([&] { make(plan, wishes); }).Description, "An option of sbatch is one line.");
+        EXPECT_EQ(error_of([&] { make(plan, settings); }).Description, "An option of sbatch is one line.");
 }
 
 /// A folder with an sbatch of our own, the only one that can be found.

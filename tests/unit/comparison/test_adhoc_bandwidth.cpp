@@ -86,9 +86,9 @@ TEST(AdHocBandwidth, Whole_down_to_the_cell_size) {
 }
 
 TEST(AdHocBandwidth, More_parts_may_count_as_whole) {
-    AdHocWishes wishes;
-    wishes.Parts = 3;
-    EXPECT_EQ(search_proportion(wishes, 0.5, breaking_below(0.7)).Status, AdHocStatus::kWholeToCellSize);
+    AdHocSettings settings;
+    settings.Parts = 3;
+    EXPECT_EQ(search_proportion(settings, 0.5, breaking_below(0.7)).Status, AdHocStatus::kWholeToCellSize);
 }
 
 // Two equal round clusters: below half their distance in standard deviations of the density there are two peaks, and
@@ -96,9 +96,9 @@ TEST(AdHocBandwidth, More_parts_may_count_as_whole) {
 TEST(AdHocBandwidth, Of_two_clusters_is_where_they_part) {
     std::vector<platform::Point> fixes = tests::normal_sample(6, 30.0, {0.0, 0.0}, 5);
     for (const platform::Point& fix : tests::normal_sample(6, 30.0, {600.0, 0.0}, 6)) fixes.push_back(fix);
-    AdHocWishes wishes;
-    wishes.CellSize = 5.0;
-    const AdHocBandwidth found = adhoc_bandwidth(fixes, wishes);
+    AdHocSettings settings;
+    settings.CellSize = 5.0;
+    const AdHocBandwidth found = adhoc_bandwidth(fixes, settings);
     ASSERT_EQ(found.Status, AdHocStatus::kFound);
     EXPECT_DOUBLE_EQ(found.Bandwidth, found.Proportion * found.Href);
     EXPECT_EQ(found.Trace.front().Range.Parts, 1);
@@ -116,7 +116,7 @@ TEST(AdHocBandwidth, Without_a_reference_bandwidth) {
         EXPECT_EQ(found.Proportion, 0.0);
         EXPECT_TRUE(found.Trace.empty());
     }
-    AdHocWishes coarse;
+    AdHocSettings coarse;
     coarse.CellSize = 1000.0;
     EXPECT_EQ(adhoc_bandwidth(tests::normal_sample(50, 30.0, {0.0, 0.0}, 5), coarse).Status, AdHocStatus::kNoBandwidth);
 }

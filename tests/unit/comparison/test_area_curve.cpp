@@ -25,7 +25,7 @@ TEST(AreaCurve, Numbers_of_fixes_end_with_all) {
     EXPECT_EQ(curve_sizes(3, {}), (std::vector<std::size_t>{3}));
     EXPECT_EQ(curve_sizes(5, {}), (std::vector<std::size_t>{5}));
     EXPECT_EQ(curve_sizes(0, {}), (std::vector<std::size_t>{}));
-    CurveWishes coarse;
+    CurveSettings coarse;
     coarse.First = 2;
     coarse.Step = 4;
     EXPECT_EQ(curve_sizes(9, coarse), (std::vector<std::size_t>{2, 6, 9}));
@@ -44,9 +44,9 @@ TEST(AreaCurve, Has_at_most_200_numbers_unless_told) {
 // Corners of a square, then points within: 1/2 after three, 1 after four, and so it stays.
 TEST(AreaCurve, Of_polygons_in_time_order) {
     const std::vector<Point> fixes = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0.5, 0.5}, {0.5, 0.2}};
-    CurveWishes wishes;
-    wishes.First = 1;
-    const AreaCurve curve = area_curve(fixes, wishes);
+    CurveSettings settings;
+    settings.First = 1;
+    const AreaCurve curve = area_curve(fixes, settings);
     std::vector<double> areas;
     for (const CurveSize& size : curve.Sizes) areas.push_back(size.Area.value());
     EXPECT_EQ(areas, (std::vector<double>{0.0, 0.0, 0.5, 1.0, 1.0, 1.0}));
@@ -56,9 +56,9 @@ TEST(AreaCurve, Of_polygons_in_time_order) {
 TEST(AreaCurve, Incremental_polygons_are_those_of_the_first_fixes) {
     for (const double percent : {100.0, 95.0})
         for (const tests::NamedSample& sample : tests::hostile_samples(80)) {
-            CurveWishes wishes;
-            wishes.Percent = percent;
-            for (const CurveSize& size : area_curve(sample.Points, wishes).Sizes)
+            CurveSettings settings;
+            settings.Percent = percent;
+            for (const CurveSize& size : area_curve(sample.Points, settings).Sizes)
                 EXPECT_EQ(size.Area.value(),
                           minimum_convex_polygon(std::span(sample.Points).first(size.N), percent).Area);
         }
@@ -66,11 +66,11 @@ TEST(AreaCurve, Incremental_polygons_are_those_of_the_first_fixes) {
 
 TEST(AreaCurve, Random_order_gives_medians_and_quantiles_over_nested_subsets) {
     const std::vector<Point> fixes = tests::normal_sample(30, 100.0, {0.0, 0.0}, 8);
-    CurveWishes wishes;
-    wishes.Order = CurveOrder::kRandom;
-    wishes.Replicates = 7;
-    wishes.Seed = 42;
-    const AreaCurve curve = area_curve(fixes, wishes);
+    CurveSettings settings;
+    settings.Order = CurveOrder::kRandom;
+    settings.Replicates = 7;
+    settings.Seed = 42;
+    const AreaCurve curve = area_curve(fixes, settings);
     for (const CurveSize& size : curve.Sizes) {
         std::vector<double> areas;
         for (std::uint64_t r = 0; r < 7; ++r) {
@@ -90,13 +90,13 @@ TEST(AreaCurve, Random_order_gives_medians_and_quantiles_over_nested_subsets) {
 // With a fixed bandwidth the grid keeps what the fixes before put there; rounding may move a cell of thousands.
 TEST(AreaCurve, Kernels_of_a_fixed_bandwidth_add_to_the_grid) {
     const std::vector<Point> fixes = tests::walk_sample(120, 40.0, {500.0, 500.0}, 3);
-    CurveWishes wishes;
-    wishes.Of = CurveOf::kKernel;
-    wishes.Percent = 95.0;
-    wishes.Bandwidth = 60.0;
-    wishes.CellSize = 10.0;
-    wishes.Step = 23;
-    const AreaCurve curve = area_curve(fixes, wishes);
+    CurveSettings settings;
+    settings.Of = CurveOf::kKernel;
+    settings.Percent = 95.0;
+    settings.Bandwidth = 60.0;
+    settings.CellSize = 10.0;
+    settings.Step = 23;
+    const AreaCurve curve = area_curve(fixes, settings);
     EXPECT_EQ(curve.CellSize, 10.0);
     platform::Extent extent;
     for (const Point& fix : fixes) extent.Include(fix);
@@ -114,11 +114,11 @@ TEST(AreaCurve, Kernels_of_a_fixed_bandwidth_add_to_the_grid) {
 // fixes scatter.
 TEST(AreaCurve, Kernel_area_of_many_fixes_is_that_of_the_smoothed_gaussian) {
     const std::vector<Point> fixes = tests::normal_sample(4000, 200.0, {0.0, 0.0}, 12);
-    CurveWishes wishes;
-    wishes.Of = CurveOf::kKernel;
-    wishes.Percent = 50.0;
-    wishes.Step = 3995;
-    const AreaCurve curve = area_curve(fixes, wishes);
+    CurveSettings settings;
+    settings.Of = CurveOf::kKernel;
+    settings.Percent = 50.0;
+    settings.Step = 3995;
+    const AreaCurve curve = area_curve(fixes, settings);
     const double href = reference_bandwidth(fixes);
     const double expected = 2.0 * 3.14159265358979 * (200.0 * 200.0 + href * href) * -std::log(0.5);
     EXPECT_NEAR(curve.Sizes.back().Area.value(), expected, 0.05 * expected);
@@ -126,13 +126,13 @@ TEST(AreaCurve, Kernel_area_of_many_fixes_is_that_of_the_smoothed_gaussian) {
 
 TEST(AreaCurve, Without_a_distribution_an_area_is_missing) {
     const std::vector<Point> same(12, {5.0, 5.0});
-    CurveWishes wishes;
-    wishes.Of = CurveOf::kKernel;
-    wishes.Percent = 95.0;
-    const AreaCurve curve = area_curve(same, wishes);
+    CurveSettings settings;
+    settings.Of = CurveOf::kKernel;
+    settings.Percent = 95.0;
+    const AreaCurve curve = area_curve(same, settings);
     for (const CurveSize& size : curve.Sizes) EXPECT_FALSE(size.Area);
     EXPECT_FALSE(curve.Levelling);
-    EXPECT_TRUE(area_curve({}, wishes).Sizes.empty());
+    EXPECT_TRUE(area_curve({}, settings).Sizes.empty());
     EXPECT_FALSE(area_curve(same, {}).Levelling);  // polygons of area 0
 }
 
