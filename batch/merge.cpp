@@ -73,13 +73,6 @@ private:
 
 }  // namespace
 
-std::vector<std::size_t> Merge::Missing() const {
-    std::vector<std::size_t> missing;
-    for (std::size_t task = 1; task <= m_plan.Tasks.size(); ++task)
-        if (!m_services.Files->FileExists(m_batch.Result(task))) missing.push_back(task);
-    return missing;
-}
-
 void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
     const auto lock = take_folder(*m_services.Locks, m_plan);
     const kde_tool::GroupedFixes animals = animals_of(*m_services.Files, m_plan, m_batch);

@@ -3,9 +3,8 @@
 #include "kde_tool/run_record.h"
 #include "platform/services.h"
 
-#include <cstddef>
+#include <cstdint>
 #include <span>
-#include <vector>
 
 namespace wxl::batch {
 
@@ -18,9 +17,6 @@ class Merge {
 public:
     Merge(const platform::Services& services, const Plan& plan)
         : m_services(services), m_plan(plan), m_batch(plan.Frame.Folder) {}
-
-    /// Tasks that are not done, ascending.
-    std::vector<std::size_t> Missing() const;
 
     /// RuntimeError 70 while a task or another analysis is at work in the folder, 57 for a result that cannot be used.
     void Run(std::span<kde_tool::IRunObserver* const> observers);

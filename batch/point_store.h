@@ -30,7 +30,6 @@ public:
     PointStore(const platform::IFileSystem& files, std::filesystem::path file);
 
     std::size_t AnimalCount() const { return m_index.size(); }
-    std::uint64_t FixCount(std::size_t animal) const { return m_index.at(animal).Count; }
 
     /// The fixes of one animal, in the layer's order. RuntimeError 57 as above.
     std::vector<platform::Point> Read(std::size_t animal) const;

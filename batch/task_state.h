@@ -38,8 +38,8 @@ struct TaskResult {
 
 void write_result(platform::IFileSystem& files, const BatchFiles& batch, std::size_t task, const TaskResult& result);
 
-/// The result of a task that is done. RuntimeError 53 when there is none, 57 for one that cannot be used, or that does
-/// not hold what the plan wants of the task.
+/// The result of a task that is done. RuntimeError 53 when there is none, 76 when the task was never begun, 57 for one
+/// that cannot be used, or that does not hold what the plan wants of the task.
 TaskResult read_result(const platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan, std::size_t task);
 
 /// Where the task `number` (from 1) stands. Looks at its lock only when it was begun and did not end.

@@ -4,7 +4,7 @@
 #include "isopleths/levels.h"
 #include "tests/support/plain_levels.h"
 
-#include <bit>
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -12,16 +12,16 @@ namespace {
 using namespace wxl;
 using fuzz::require;
 
-double cell_of(fuzz::FuzzInput& input) {
+float cell_of(fuzz::FuzzInput& input) {
     switch (input.Take<std::uint8_t>() % 4) {
         case 0:
-            return input.Between(0, 8);
+            return static_cast<float>(input.Between(0, 8));
         case 1:
-            return input.Within(0.0, 1.0);
+            return static_cast<float>(input.Within(0.0, 1.0));
         case 2:
-            return 1e-9 * input.Between(0, 65535);
+            return static_cast<float>(1e-9 * input.Between(0, 65535));
         default:
-            return static_cast<double>(input.Take<float>());
+            return input.Take<float>();
     }
 }
 
@@ -35,18 +35,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::int32_t i = input.Between(0, 3); i >= 0; --i) percentages.push_back(0.5 * input.Between(0, 202));
     // A few values many times over: the counters of bins overflow.
     const std::int32_t copies = input.Flag() ? input.Between(1, 4000) : 1;
-    std::vector<double> cells;
+    std::vector<float> cells;
     for (std::int32_t i = 0; i < columns * rows; ++i) cells.push_back(cell_of(input));
-    std::vector<double> many;
+    std::vector<float> many;
     many.reserve(cells.size() * static_cast<std::size_t>(copies));
     for (std::int32_t i = 0; i < copies; ++i) many.insert(many.end(), cells.begin(), cells.end());
 
     std::vector<double> found;
     std::vector<double> expected;
     const std::int32_t fault = fuzz::fault_of([&] {
-        found = isopleths::isopleth_levels({columns, rows * copies, many}, percentages);
+        const auto [minimum, maximum] = std::ranges::minmax(many);
+        isopleths::VolumeHistogram histogram(static_cast<double>(minimum), static_cast<double>(maximum));
+        histogram.Add(many);
+        found = histogram.Levels(percentages);
     });
-    const std::int32_t twinFault = fuzz::fault_of([&] { expected = tests::plain_levels(many, percentages); });
+    const std::int32_t twinFault = fuzz::fault_of([&] {
+        expected = tests::plain_levels({many.begin(), many.end()}, percentages);
+    });
     require((fault == 0) == (twinFault == 0), "a fault where the plain accumulation has one");
     require(fault != 0 || found == expected, "levels of the plain accumulation");
     return 0;

@@ -84,13 +84,6 @@ std::vector<ItemDef> items_of(const Definition& definition) {
 
 }  // namespace
 
-std::vector<std::string> RegisteredProgIDs() {
-    std::vector<std::string> progIds;
-    progIds.reserve(kRegistrations.size());
-    for (const Registration& registration : kRegistrations) progIds.emplace_back(registration.ProgID);
-    return progIds;
-}
-
 std::unique_ptr<IToolBarDef> CreateToolBar(std::string_view progId) {
     const auto make = factory_of<MakeToolBar>(progId);
     return make ? make() : nullptr;

@@ -19,9 +19,6 @@ struct Environment {
 /// The programmatic identifier of the toolbar, from which everything else is reached.
 inline constexpr std::string_view kToolBarProgID = "OVI.OVI9ui";
 
-/// The programmatic identifiers of all classes of this library.
-std::vector<std::string> RegisteredProgIDs();
-
 /// Objects by programmatic identifier, looked up without regard to case; null for an identifier that is unknown or
 /// belongs to a class of another kind.
 std::unique_ptr<platform::IToolBarDef> CreateToolBar(std::string_view progId);

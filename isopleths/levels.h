@@ -1,5 +1,5 @@
 #pragma once
-// Density levels that enclose given percentages of a surface's volume. No platform is needed for a plain grid.
+// Density levels that enclose given percentages of a surface's volume.
 
 #include "platform/messages.h"
 #include "platform/rasters.h"
@@ -28,7 +28,6 @@ public:
 
     /// RuntimeError 9 for a value outside minimum..maximum (or NaN), 6 or 11 when minimum equals maximum.
     void Add(std::span<const float> cells);
-    void Add(std::span<const double> cells);
 
     /// Sum of counter x bin over all bins; RuntimeError 6 when a product overflows.
     double TotalVolume() const;
@@ -39,8 +38,6 @@ public:
     std::vector<double> Levels(std::span<const double> percentages) const;
 
 private:
-    template <class Cell>
-    void AddCells(std::span<const Cell> cells);
     std::int32_t Weight(std::int32_t bin) const;
 
     double m_minimum;
@@ -57,20 +54,9 @@ struct SurfaceEdge {
     std::vector<double> East;   ///< from north to south
 };
 
-/// A plain grid of cells, row by row from the north.
-struct Grid {
-    std::int32_t Columns = 0;
-    std::int32_t Rows = 0;
-    std::span<const double> Cells;  ///< Columns x Rows
-};
-
 /// Reads a surface row by row into edge and histogram. After a fault `edge` holds what was read before it: the top and
 /// bottom rows are read first. RuntimeError 9 for a surface without cells.
 /// @param host given a turn now and then; may be null
 void scan_surface(platform::IRasterBand& band, platform::IHost* host, SurfaceEdge& edge, VolumeHistogram& histogram);
-void scan_surface(const Grid& grid, SurfaceEdge& edge, VolumeHistogram& histogram);
-
-/// Levels of a plain grid: statistics, scan and levels in one call.
-std::vector<double> isopleth_levels(const Grid& grid, std::span<const double> percentages);
 
 }  // namespace wxl::isopleths

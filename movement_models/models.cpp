@@ -20,23 +20,6 @@ double ouf_semivariance(double lag, double tau1, double tau2) {
 
 }  // namespace
 
-double Autocorrelation::Correlation(double lag) const {
-    const auto [tau1, tau2] = Scales;
-    switch (Kind) {
-        case ModelKind::kIid:
-            return 0.0;
-        case ModelKind::kOu:
-            return std::exp(-lag / tau1);
-        case ModelKind::kCritical:
-            return (1.0 + lag / tau1) * std::exp(-lag / tau1);
-        case ModelKind::kOuf:
-            break;
-    }
-    // (tau1 e^(-lag/tau1) - tau2 e^(-lag/tau2)) / (tau1 - tau2), which cancels where the scales are near.
-    return std::exp(-lag / tau2) -
-           tau1 * std::exp(-lag / tau1) * std::expm1(-lag * (tau1 - tau2) / (tau1 * tau2)) / (tau1 - tau2);
-}
-
 double Autocorrelation::Semivariance(double lag) const {
     const auto [tau1, tau2] = Scales;
     switch (Kind) {

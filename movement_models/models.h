@@ -20,7 +20,6 @@ enum class ModelKind {
 enum class RangeShape { kIsotropic, kAnisotropic };
 
 inline constexpr std::array kModelKinds = {ModelKind::kIid, ModelKind::kOu, ModelKind::kCritical, ModelKind::kOuf};
-inline constexpr std::array kRangeShapes = {RangeShape::kIsotropic, RangeShape::kAnisotropic};
 
 /// Time scales in seconds; a model that has fewer leaves the rest 0.
 struct TimeScales {
@@ -34,10 +33,8 @@ struct Autocorrelation {
     ModelKind Kind = ModelKind::kIid;
     TimeScales Scales;
 
-    /// Correlation of two positions of different fixes, `lag` >= 0 seconds apart. IID: 0 at every lag.
-    double Correlation(double lag) const;
-
-    /// 1 - Correlation, without cancellation at short lags.
+    /// 1 - the correlation of two positions of different fixes, `lag` >= 0 seconds apart; IID: 1 at every lag. Without
+    /// cancellation at short lags.
     double Semivariance(double lag) const;
     friend bool operator==(const Autocorrelation&, const Autocorrelation&) = default;
 };

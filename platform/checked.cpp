@@ -50,10 +50,6 @@ std::int32_t round_half_even_i32(double value) {
     return narrow<std::int32_t>(nearest_half_even(value));
 }
 
-std::int16_t round_half_even_i16(double value) {
-    return narrow<std::int16_t>(nearest_half_even(value));
-}
-
 std::int32_t floor_i32(double value) {
     return narrow<std::int32_t>(std::floor(value));
 }
@@ -80,10 +76,6 @@ double round_half_even(double value, int decimals) {
     // Beyond 2^52 there are no fractions left to round.
     if (!std::isfinite(scaled) || std::abs(scaled) >= 4503599627370496.0) return value;
     return nearest_half_even(scaled) / scale;
-}
-
-void Int16Counter::Increment() {
-    m_value = to_i16(std::int64_t{m_value} + 1);
 }
 
 }  // namespace wxl::platform

@@ -8,9 +8,8 @@ std::int32_t sum_i32(std::int32_t a, std::int32_t b);
 std::int32_t difference_i32(std::int32_t a, std::int32_t b);
 std::int32_t product_i32(std::int32_t a, std::int32_t b);
 
-/// Nearest whole number, half to even; RuntimeError 6 outside signed 32 (16) bits and for NaN.
+/// Nearest whole number, half to even; RuntimeError 6 outside signed 32 bits and for NaN.
 std::int32_t round_half_even_i32(double value);
-std::int16_t round_half_even_i16(double value);
 
 /// Largest whole number not above `value`; RuntimeError 6 outside signed 32 bits and for NaN.
 std::int32_t floor_i32(double value);
@@ -25,16 +24,5 @@ double quotient(double dividend, double divisor);
 /// Rounds to `decimals` places (0 to 15), half to even: value x 10^decimals is rounded and divided back.
 /// 0.03125 to 4 places is 0.0312, 2.5 to 0 places is 2. Values without a fraction left, and NaN, come back unchanged.
 double round_half_even(double value, int decimals);
-
-/// A counter in signed 16 bits: stepping past 32767 is RuntimeError 6.
-class Int16Counter {
-public:
-    explicit Int16Counter(std::int16_t start = 0) : m_value(start) {}
-    void Increment();
-    std::int16_t Value() const { return m_value; }
-
-private:
-    std::int16_t m_value;
-};
 
 }  // namespace wxl::platform

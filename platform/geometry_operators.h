@@ -9,14 +9,10 @@
 
 namespace wxl::platform {
 
-/// Relations between shapes and shapes made from shapes.
+/// Measures of shapes, and shapes made from shapes.
 class IGeometryOperators {
 public:
     virtual ~IGeometryOperators() = default;
-
-    /// Whether every part of `inner` lies in `outer`; touching boundaries are allowed, and a shape contains itself.
-    virtual bool Contains(const Geometry& outer, const Geometry& inner) = 0;
-    virtual Geometry Union(const Geometry& a, const Geometry& b) = 0;
 
     /// `a` without `b`; a null geometry when nothing is left.
     virtual Geometry Difference(const Geometry& a, const Geometry& b) = 0;

@@ -11,6 +11,5 @@ namespace wxl::tracking_times {
 double sun_elevation(double longitude, double latitude, std::int64_t seconds);
 
 inline constexpr double kCivilTwilight = -6.0;  ///< elevation at which civil twilight ends, degrees
-inline constexpr double kSunrise = -0.833;      ///< elevation of sunrise, with refraction and the sun's radius, degrees
 
 }  // namespace wxl::tracking_times

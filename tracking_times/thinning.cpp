@@ -88,14 +88,6 @@ bool Thinner::Keeps(std::int64_t seconds) {
     return true;
 }
 
-std::vector<std::size_t> thinned(std::span<const std::int64_t> times, const Thinning& rule) {
-    Thinner thinner(rule);
-    std::vector<std::size_t> kept;
-    for (std::size_t i = 0; i < times.size(); ++i)
-        if (thinner.Keeps(times[i])) kept.push_back(i);
-    return kept;
-}
-
 std::optional<std::int64_t> seconds_from_duration(std::string_view text) {
     std::string_view rest = platform::Trim(text);
     std::int64_t seconds = 0;

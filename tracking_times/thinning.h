@@ -31,9 +31,6 @@ private:
     std::int64_t m_interval = 0;          ///< of the last fix that stayed
 };
 
-/// Indices of the fixes that stay, ascending. `times` are those of one animal in seconds, ascending.
-std::vector<std::size_t> thinned(std::span<const std::int64_t> times, const Thinning& rule);
-
 /// Seconds of "4h", "30min", "90 s", "1d", "2 weeks" or "1d12h"; nothing for a text that is none or comes to 0. Units:
 /// s, sec, second(s); m, min, minute(s); h, hour(s); d, day(s); w, week(s); in any case. Whole numbers only.
 std::optional<std::int64_t> seconds_from_duration(std::string_view text);

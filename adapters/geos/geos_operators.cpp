@@ -26,21 +26,6 @@ double distance(const Point& a, const Point& b) {
 
 }  // namespace
 
-bool GeosOperators::Contains(const Geometry& outer, const Geometry& inner) {
-    const GeosGeometry a = to_geos(outer);
-    const GeosGeometry b = to_geos(inner);
-    // "Covers" is "contains" with a boundary that counts as inside.
-    return a && b && answered<char>(GEOSCovers_r(geos_context(), a.get(), b.get()), 2) == 1;
-}
-
-Geometry GeosOperators::Union(const Geometry& a, const Geometry& b) {
-    const GeosGeometry first = to_geos(a);
-    const GeosGeometry second = to_geos(b);
-    if (!first) return second ? from_geos(second.get(), b.Type) : Geometry();
-    if (!second) return from_geos(first.get(), a.Type);
-    return from_geos(owned(GEOSUnion_r(geos_context(), first.get(), second.get())).get(), a.Type);
-}
-
 Geometry GeosOperators::Difference(const Geometry& a, const Geometry& b) {
     const GeosGeometry first = to_geos(a);
     const GeosGeometry second = to_geos(b);

@@ -8,9 +8,6 @@ namespace wxl::files {
 /// each before its holes, holes the other way.
 class GeosOperators final : public platform::IGeometryOperators {
 public:
-    /// A null or empty shape contains nothing and lies in nothing.
-    bool Contains(const platform::Geometry& outer, const platform::Geometry& inner) override;
-    platform::Geometry Union(const platform::Geometry& a, const platform::Geometry& b) override;
     platform::Geometry Difference(const platform::Geometry& a, const platform::Geometry& b) override;
 
     /// Rings are closed where they are not; rings that enclose nothing vanish (a null geometry when none is left).

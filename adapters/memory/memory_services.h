@@ -106,7 +106,6 @@ public:
     std::chrono::nanoseconds Steady() const override { return m_waited; }
     void Wait(std::chrono::milliseconds time) const override { m_waited += time; }
 
-    void SetNow(const platform::DateTime& now) { m_now = now; }
     void SetSecondsSinceMidnight(float seconds) { m_seconds = seconds; }
 
     /// Every reading of SecondsSinceMidnight moves the clock on by this much, past midnight to 0.

@@ -39,8 +39,6 @@ void ColumnProfile::Take(std::string_view cell) {
         return;
     }
     ++m_filled;
-    if (m_blocks == 0 || cell != m_last) ++m_blocks;
-    m_last = cell;
     m_distinct.emplace(cell);
     if (const auto number = number_from_text(cell)) TakeNumber(cell, *number);
     TakeText(cell);
@@ -57,7 +55,6 @@ void ColumnProfile::TakeNumber(std::string_view cell, double value) {
     ++m_numbers;
     if (decimals_of(cell) >= 3) ++m_fractions;
     if (!is_whole(cell)) return;
-    m_shortestWhole = m_whole == 0 ? cell.size() : std::min(m_shortestWhole, cell.size());
     m_longestWhole = std::max(m_longestWhole, cell.size());
     ++m_whole;
 }

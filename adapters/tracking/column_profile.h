@@ -31,12 +31,9 @@ public:
 
     double Min() const { return m_min; }  ///< of the numbers
     double Max() const { return m_max; }
-    std::size_t ShortestWhole() const { return m_shortestWhole; }  ///< digits
-    std::size_t LongestWhole() const { return m_longestWhole; }
+    std::size_t LongestWhole() const { return m_longestWhole; }  ///< digits
 
     std::size_t Distinct() const { return m_distinct.size(); }
-    /// Stretches of equal cells, one after the other.
-    std::size_t Blocks() const { return m_blocks; }
     bool AllDistinct() const { return m_filled > 0 && m_distinct.size() == m_filled; }
     bool IsHemisphereLetter() const { return m_lettersNs == m_filled && m_filled > 0; }
     const std::unordered_set<std::string>& Values() const { return m_distinct; }
@@ -60,13 +57,10 @@ private:
     std::size_t m_timesOfDay = 0;
     std::size_t m_whole = 0;
     std::size_t m_lettersNs = 0;
-    std::size_t m_blocks = 0;
-    std::size_t m_shortestWhole = 0;
     std::size_t m_longestWhole = 0;
     double m_min = 0.0;
     double m_max = 0.0;
     std::unordered_set<std::string> m_distinct;
-    std::string m_last;
 };
 
 }  // namespace wxl::tracking

@@ -20,9 +20,6 @@ public:
     FileFacts& Facts() { return m_owner->Files[m_index]; }
     const FileFacts& Facts() const { return m_owner->Files[m_index]; }
 
-    /// The first row that could not be read: place, what is wrong and what to do.
-    const std::string& FirstTrouble() const { return m_firstTrouble; }
-
 private:
     struct DataStart {
         std::uint64_t Offset = 0;
@@ -81,7 +78,7 @@ private:
     std::vector<std::optional<std::size_t>> m_columnOf;         ///< of the owner's other columns, in this file
     std::vector<std::pair<std::size_t, std::size_t>> m_others;  ///< this file's column, the owner's
     std::string m_joined;
-    std::string m_firstTrouble;
+    std::string m_firstTrouble;  ///< first row that could not be read: place, what is wrong and what to do
     std::string m_lastCell;
     std::uint32_t m_lastAnimal = 0;
     bool m_hasLastAnimal = false;

@@ -85,7 +85,6 @@ bool has_any(std::string_view name, std::span<const std::string_view> words) {
 struct Around {
     std::string Before;
     std::string Behind;
-    bool IsPlain() const { return Before.empty() && Behind.empty(); }
     friend bool operator==(const Around&, const Around&) = default;
 };
 

@@ -72,7 +72,6 @@ struct FileFacts {
     std::int64_t Over180 = 0;        ///< longitudes from 180 to 360, which became -180 to 0
     bool MadeNegative = false;       ///< positive longitudes west or latitudes south, by the column's name
     std::optional<DateOrder> Order;  ///< decided by the column
-    bool CommasAreDecimal = false;
     std::int64_t Rows = 0;
     std::int64_t WithoutTime = 0;  ///< fixes kept though their time is missing
     std::int64_t ClockTwice = 0;   ///< times that the clock showed twice

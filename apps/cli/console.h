@@ -29,7 +29,6 @@ public:
 
     /// Quiet: no notes and no progress. Problems are still told.
     void SetQuiet(bool quiet) { m_quiet = quiet; }
-    bool Quiet() const { return m_quiet; }
 
     /// A line of the result.
     void Result(std::string_view line);

@@ -1,5 +1,5 @@
 #pragma once
-// Levels by plain accumulation, anew for every percentage: the literal twin of isopleth_levels.
+// Levels by plain accumulation, anew for every percentage: the literal twin of VolumeHistogram.
 
 #include "platform/checked.h"
 #include "platform/runtime_error.h"

@@ -1,6 +1,7 @@
 #pragma once
 #include "isopleths/rings.h"
 #include "platform/geometry_operators.h"
+#include "tests/support/geos_relations.h"
 
 #include <vector>
 
@@ -15,12 +16,12 @@ inline platform::Geometry step_by_step(const std::vector<isopleths::Ring>& conto
         const platform::Geometry p = operators.CleanUp({platform::ShapeType::kPolygon, {}, {contour}});
         if (a.IsNull())
             a = p;
-        else if (operators.Contains(p, a))
+        else if (contains(p, a))
             a = operators.Difference(p, a);
-        else if (operators.Contains(a, p))
+        else if (contains(a, p))
             a = operators.Difference(a, p);
         else
-            a = operators.Union(a, p);
+            a = united(a, p);
     }
     return a.IsNull() ? a : operators.CleanUp(a);
 }

@@ -45,10 +45,10 @@ inline Removal literal_removal(memory::MemoryFeatureLayer& layer, const std::vec
     Removal removal;
     try {
         RowsInOrder outerRows(layer.Features(), order);
-        platform::Int16Counter counter;
+        std::int16_t count = 0;
         while (const auto outer = outerRows.NextFeature()) {
             if (!layer.Features().HasRow(outer->OID())) continue;
-            counter.Increment();
+            count = platform::to_i16(std::int64_t{count} + 1);
             const std::int16_t fid = platform::to_i16(outer->OID());
             read(*outer);
             const auto innerRows = layer.Selection()->Find({});

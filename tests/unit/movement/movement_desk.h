@@ -17,10 +17,6 @@ public:
     double Distance(const platform::Point& a, const platform::Point& b) override {
         return std::hypot(a.X - b.X, a.Y - b.Y);
     }
-    bool Contains(const platform::Geometry&, const platform::Geometry&) override { return Unused<bool>(); }
-    platform::Geometry Union(const platform::Geometry&, const platform::Geometry&) override {
-        return Unused<platform::Geometry>();
-    }
     platform::Geometry Difference(const platform::Geometry&, const platform::Geometry&) override {
         return Unused<platform::Geometry>();
     }

@@ -62,7 +62,7 @@ TEST(Fit, Default_method_and_choice_of_fourteen_fixes) {
     EXPECT_NEAR(find(choice, ModelKind::kOu, kAnisotropic).Aicc, 409.062346, 1e-6);
     EXPECT_NEAR(find(choice, ModelKind::kIid, kAnisotropic).Aicc, 410.302220, 1e-6);
     EXPECT_NEAR(find(choice, ModelKind::kIid, kIsotropic).Aicc, 411.107783, 1e-6);
-    for (const RangeShape shape : kRangeShapes)
+    for (const RangeShape shape : tests::kRangeShapes)
         EXPECT_EQ(find(choice, ModelKind::kOuf, shape).Status, FitStatus::kCollapsed);
 }
 

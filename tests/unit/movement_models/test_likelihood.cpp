@@ -1,6 +1,7 @@
 #include "dense_twin.h"
 #include "movement_models/likelihood.h"
 #include "movement_models/step_coefficients.h"
+#include "tests/unit/movement_models/worked_tracks.h"
 
 #include <cmath>
 #include <functional>
@@ -65,7 +66,7 @@ TEST(Likelihood, Sums_of_five_fixes_under_ouf) {
 TEST(Likelihood, At_the_profiled_covariance_the_general_form_agrees) {
     const Track track = five_fixes();
     const FilterSums<double> sums = filter(track, kOuf);
-    for (const RangeShape shape : kRangeShapes)
+    for (const RangeShape shape : tests::kRangeShapes)
         for (const Criterion criterion : {Criterion::kMl, Criterion::kReml}) {
             const Matrix2 covariance = profiled_covariance(sums, track.Size(), shape, criterion);
             EXPECT_NEAR(log_likelihood(sums, track.Size(), covariance, criterion),
@@ -163,7 +164,7 @@ TEST(Likelihood, Filter_agrees_with_the_dense_matrix) {
         for (const Autocorrelation& model : models) {
             const FilterSums<double> fast = filter(track, model);
             const FilterSums<double> slow = dense_sums(track, model);
-            for (const RangeShape shape : kRangeShapes)
+            for (const RangeShape shape : tests::kRangeShapes)
                 for (const Criterion criterion : {Criterion::kMl, Criterion::kReml}) {
                     const double wanted = profiled_log_likelihood(slow, track.Size(), shape, criterion);
                     EXPECT_NEAR(profiled_log_likelihood(fast, track.Size(), shape, criterion), wanted,

@@ -2,9 +2,13 @@
 #include "movement_models/models.h"
 #include "movement_models/track.h"
 
+#include <array>
 #include <cstdint>
 
 namespace wxl::tests {
+
+inline constexpr std::array kRangeShapes = {movement_models::RangeShape::kIsotropic,
+                                            movement_models::RangeShape::kAnisotropic};
 
 /// Fourteen fixes every two hours, in metres.
 movement_models::Track fourteen_fixes();

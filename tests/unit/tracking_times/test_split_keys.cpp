@@ -61,7 +61,7 @@ TEST(SplitKeys, Keys_ascend_as_they_are_listed) {
 TEST(SplitKeys, Day_ends_with_civil_twilight_at_the_place_of_the_fix) {
     EXPECT_EQ(key_text({SplitBy::kDayNight}, "2024-12-21 15:50", 10, 50), "day");
     EXPECT_EQ(key_text({SplitBy::kDayNight}, "2024-12-21 16:10", 10, 50), "night");
-    EXPECT_EQ(key_text({SplitBy::kDayNight, 0, false, kSunrise}, "2024-12-21 15:50", 10, 50), "night");
+    EXPECT_EQ(key_text({SplitBy::kDayNight, 0, false, -0.833}, "2024-12-21 15:50", 10, 50), "night");
     EXPECT_EQ(key_text({SplitBy::kDayNight}, "2024-12-21 16:10", -80, 50), "day");
     EXPECT_EQ(split_key({SplitBy::kDayNight}, 1703001600, -80, 50), 0);
 }

@@ -9,6 +9,15 @@ namespace {
 
 using Indices = std::vector<std::size_t>;
 
+/// Indices of the fixes that stay.
+Indices thinned(const std::vector<std::int64_t>& times, const Thinning& rule) {
+    Thinner thinner(rule);
+    Indices kept;
+    for (std::size_t i = 0; i < times.size(); ++i)
+        if (thinner.Keeps(times[i])) kept.push_back(i);
+    return kept;
+}
+
 std::vector<std::int64_t> times_of(const std::vector<std::string>& texts) {
     std::vector<std::int64_t> times;
     for (const std::string& text : texts) times.push_back(seconds_from_timestamp("2024-01-01 " + text).value());
