@@ -51,7 +51,7 @@ private:
 
 /// Whether a temporary dataset is one of `names`: by itself, with a raster's extension, or as a numbered shapefile.
 bool is_own_leftover(const std::string& entry, const std::set<std::string>& names) {
-    const auto temporary = platform::ParseTemporaryName(entry);
+    const auto temporary = platform::parse_temporary_name(entry);
     if (!temporary) return false;
     const std::string& dataset = temporary->Name;
     if (names.contains(dataset)) return true;

@@ -28,7 +28,7 @@ std::string TemporaryName(const std::string& name) {
     return "." + name + "." + std::to_string(::getpid()) + std::string(kTemporaryEnd);
 }
 
-std::optional<TemporaryDataset> ParseTemporaryName(std::string_view name) {
+std::optional<TemporaryDataset> parse_temporary_name(std::string_view name) {
     const std::size_t mark = name.rfind(kTemporaryEnd);
     if (name.empty() || name.front() != '.' || mark == std::string_view::npos) return std::nullopt;
     const std::string_view behind = name.substr(mark + kTemporaryEnd.size());

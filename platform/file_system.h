@@ -117,7 +117,7 @@ struct TemporaryDataset {
 
 /// The dataset for which a temporary name stands, with or without an extension behind the name; nothing for other
 /// names.
-std::optional<TemporaryDataset> ParseTemporaryName(std::string_view name);
+std::optional<TemporaryDataset> parse_temporary_name(std::string_view name);
 
 /// Writes a whole file under a temporary name, closes it with the close checked, and renames it into place.
 void PublishFile(IFileSystem& files, const std::filesystem::path& file, std::string_view bytes);

@@ -84,7 +84,7 @@ public:
         if (LeadsElsewhere(subfolder)) return 0;
         std::size_t removed = 0;
         for (const std::string& name : m_files.List(folder)) {
-            const auto dataset = platform::ParseTemporaryName(name);
+            const auto dataset = platform::parse_temporary_name(name);
             // Process numbers come round: what bears our own was left by an earlier process.
             if (!dataset || (dataset->Process != ::getpid() && runs(dataset->Process))) continue;
             if (m_files.FolderExists(folder / name))

@@ -87,7 +87,7 @@ TEST_P(RasterContract, Nothing_stands_under_the_name_before_publish) {
     writer->WriteRow(std::vector<float>{1.0F});
     EXPECT_FALSE(Rasters().Exists(Folder(), "K3"));
     EXPECT_FALSE(Rasters().Open(Folder(), "K3"));
-    for (const std::string& name : Names()) EXPECT_TRUE(platform::ParseTemporaryName(name)) << name;
+    for (const std::string& name : Names()) EXPECT_TRUE(platform::parse_temporary_name(name)) << name;
     writer->Publish();
     EXPECT_TRUE(Rasters().Exists(Folder(), "K3"));
     EXPECT_THAT(Names(), ElementsAre(FileNameOf("K3")));

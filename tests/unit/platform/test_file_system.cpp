@@ -43,11 +43,11 @@ TEST(TemporaryName, Is_hidden_names_its_dataset_and_its_process) {
 }
 
 TEST(ParseTemporaryName, Gives_the_dataset_and_the_process_before_the_mark) {
-    const auto made = ParseTemporaryName(TemporaryName("K3.tif"));
+    const auto made = parse_temporary_name(TemporaryName("K3.tif"));
     ASSERT_TRUE(made);
     EXPECT_EQ(made->Name, "K3.tif");
     EXPECT_EQ(made->Process, ::getpid());
-    const auto part = ParseTemporaryName(".K1_iso_poly.5.4711.part.dbf");
+    const auto part = parse_temporary_name(".K1_iso_poly.5.4711.part.dbf");
     ASSERT_TRUE(part);
     EXPECT_EQ(part->Name, "K1_iso_poly.5");
     EXPECT_EQ(part->Process, 4711);
@@ -56,7 +56,7 @@ TEST(ParseTemporaryName, Gives_the_dataset_and_the_process_before_the_mark) {
 TEST(ParseTemporaryName, Other_names_are_none) {
     for (const char* name : {"", ".", ".part", ".hidden", "K3", "K3.part", "K1.4711.part", ".K1.part", ".K1.47x.part",
                              ".4711.part", ".K1.4711.party", ".K1.-5.part", ".K1.99999999999999999999.part"})
-        EXPECT_FALSE(ParseTemporaryName(name)) << name;
+        EXPECT_FALSE(parse_temporary_name(name)) << name;
 }
 
 TEST(CheckDatasetName, Takes_ordinary_names) {

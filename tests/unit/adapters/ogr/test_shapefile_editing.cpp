@@ -314,7 +314,7 @@ TEST_F(ShapefileEditing, A_shapefile_that_is_never_published_leaves_nothing) {
     {
         const auto created = shapefiles.Create(folder.Path(), {"tracks", platform::ShapeType::kPolyline, {}, {}});
         EXPECT_EQ(NamesIn(folder.Path()).size(), 1U);
-        EXPECT_TRUE(platform::ParseTemporaryName(NamesIn(folder.Path())[0]));
+        EXPECT_TRUE(platform::parse_temporary_name(NamesIn(folder.Path())[0]));
     }
     EXPECT_TRUE(NamesIn(folder.Path()).empty());
 }
