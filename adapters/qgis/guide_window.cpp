@@ -1,9 +1,17 @@
 #include "adapters/qgis/guide_window.h"
 
+#include <QCryptographicHash>
 #include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QSaveFile>
 #include <QShortcut>
+#include <QStandardPaths>
 #include <QTextBrowser>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 /// Pages in a static library are known only after this; it must stand outside of all namespaces.
@@ -42,6 +50,64 @@ void GuideWindow::ShowPage(const QString& page) {
     show();
     raise();
     activateWindow();
+}
+
+namespace {
+
+const QString kPages = QStringLiteral(":/wxl/guide");
+
+QByteArray bytes_of(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write(const QString& path, const QByteArray& bytes) {
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
+QByteArray as_html(const QByteArray& markdown) {
+    QTextDocument document;
+    document.setMarkdown(QString::fromUtf8(markdown));
+    QString html = document.toHtml();
+    // Links lead from page to page here too.
+    html.replace(QRegularExpression(QStringLiteral("(href=\"[\\w-]+)\\.md")), QStringLiteral("\\1.html"));
+    return html.toUtf8();
+}
+
+/// Tells one state of the pages from another.
+QByteArray stamp_of_pages() {
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    for (const QString& page : QDir(kPages).entryList(QDir::Files))
+        hash.addData(bytes_of(kPages + QLatin1Char('/') + page));
+    return hash.result().toHex();
+}
+
+bool write_pages(const QDir& folder) {
+    if (!folder.mkpath(QStringLiteral("images"))) return false;
+    const QDir pages(kPages);
+    for (const QString& name : pages.entryList(QDir::Files)) {
+        const QString html = QFileInfo(name).completeBaseName() + QStringLiteral(".html");
+        if (!write(folder.filePath(html), as_html(bytes_of(pages.filePath(name))))) return false;
+    }
+    for (const QString& name : QDir(kPages + QStringLiteral("/images")).entryList(QDir::Files)) {
+        const QString image = QStringLiteral("images/") + name;
+        if (!write(folder.filePath(image), bytes_of(pages.filePath(image)))) return false;
+    }
+    return write(folder.filePath(QStringLiteral("stamp")), stamp_of_pages());
+}
+
+}  // namespace
+
+QString GuideFile(const QString& page) {
+    if (QGuiApplication::platformName().isEmpty()) return {};
+    know_guide_pages();
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    const QDir folder(cache + QStringLiteral("/wxl-tools-guide"));
+    static const bool written =
+        !cache.isEmpty() &&
+        (bytes_of(folder.filePath(QStringLiteral("stamp"))) == stamp_of_pages() || write_pages(folder));
+    return written ? QUrl::fromLocalFile(folder.filePath(page + QStringLiteral(".html"))).toString() : QString();
 }
 
 GuideOpener::GuideOpener(QWidget& window, std::function<QString()> page)

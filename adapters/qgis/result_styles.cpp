@@ -3,6 +3,7 @@
 #include "adapters/qgis/qgis_versions.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <qgscategorizedsymbolrenderer.h>
 #include <qgscolorramp.h>
@@ -14,6 +15,7 @@
 #include <qgslinesymbollayer.h>
 #include <qgsrastershader.h>
 #include <qgssinglebandpseudocolorrenderer.h>
+#include <QPainter>
 
 namespace wxl::qgis {
 namespace {
@@ -22,31 +24,29 @@ constexpr double kFade = 0.05;     ///< of the range of densities
 constexpr int kFillOpacity = 45;   ///< of 255
 constexpr double kOutline = 0.46;  ///< millimetres
 
-const QColor kOuter(244, 133, 40);
-const QColor kMiddle(214, 39, 40);
-const QColor kCore(103, 0, 31);
-
-/// Viridis (van der Walt and Smith, 2015) at six even steps.
-QgsGradientColorRamp* density_ramp() {
-    QColor transparent(68, 1, 84);
-    transparent.setAlpha(0);
-    const QgsGradientStopsList stops = {
-        {kFade, QColor(69, 21, 101)}, {0.2, QColor(65, 68, 135)},  {0.4, QColor(42, 120, 142)},
-        {0.6, QColor(34, 168, 132)},  {0.8, QColor(122, 209, 81)},
-    };
-    return new QgsGradientColorRamp(transparent, QColor(253, 231, 37), false, stops);
-}
+/// Twelve hues that are told apart with the common kinds of colour blindness: those of Okabe and Ito (2008) and of Tol
+/// (2021), ordered so that neighbours differ most.
+const std::array kHues = {QColor(0, 114, 178), QColor(213, 94, 0),    QColor(17, 119, 51),  QColor(170, 68, 153),
+                          QColor(230, 159, 0), QColor(86, 180, 233),  QColor(136, 34, 85),  QColor(153, 153, 51),
+                          QColor(51, 34, 136), QColor(204, 102, 119), QColor(68, 170, 153), QColor(146, 106, 61)};
 
 QColor between(const QColor& from, const QColor& to, double share) {
     const auto mixed = [share](int a, int b) { return a + static_cast<int>(share * (b - a)); };
     return {mixed(from.red(), to.red()), mixed(from.green(), to.green()), mixed(from.blue(), to.blue())};
 }
 
+/// From nothing over a light tint and the hue itself to a dark shade of it: lighter is always less.
+QgsGradientColorRamp* density_ramp(const QColor& hue) {
+    QColor nothing = between(hue, Qt::white, 0.6);
+    nothing.setAlpha(0);
+    const QgsGradientStopsList stops = {{kFade, between(hue, Qt::white, 0.6)}, {0.5, hue}};
+    return new QgsGradientColorRamp(nothing, between(hue, Qt::black, 0.6), false, stops);
+}
+
 /// The colour of class `rank` of `count`, 0 being the outermost.
-QColor class_colour(std::size_t rank, std::size_t count) {
-    if (count < 2) return kMiddle;
-    const double share = 2.0 * static_cast<double>(rank) / static_cast<double>(count - 1);
-    return share <= 1.0 ? between(kOuter, kMiddle, share) : between(kMiddle, kCore, share - 1.0);
+QColor class_colour(const QColor& hue, std::size_t rank, std::size_t count) {
+    if (count < 2) return hue;
+    return between(hue, Qt::black, 0.65 * static_cast<double>(rank) / static_cast<double>(count - 1));
 }
 
 std::unique_ptr<QgsSymbol> line_symbol(const QColor& colour) {
@@ -62,8 +62,16 @@ std::unique_ptr<QgsSymbol> area_symbol(const QColor& colour) {
 
 }  // namespace
 
-void StyleDensity(QgsRasterLayer& layer, double maximum) {
-    auto ramp = std::make_unique<QgsColorRampShader>(0.0, maximum > 0.0 ? maximum : 1.0, density_ramp());
+QColor AnimalColour(std::size_t number) {
+    const QColor& hue = kHues[number % kHues.size()];
+    const std::size_t round = number / kHues.size();
+    if (round == 0) return hue;
+    const double share = 0.2 + 0.15 * static_cast<double>((round - 1) / 2 % 3);
+    return between(hue, round % 2 == 1 ? Qt::white : Qt::black, share);
+}
+
+void StyleDensity(QgsRasterLayer& layer, double maximum, const QColor& hue) {
+    auto ramp = std::make_unique<QgsColorRampShader>(0.0, maximum > 0.0 ? maximum : 1.0, density_ramp(hue));
     ramp->classifyColorRamp(0, -1);
     auto shader = std::make_unique<QgsRasterShader>(ramp->minimumValue(), ramp->maximumValue());
     const double highest = ramp->maximumValue();
@@ -72,15 +80,18 @@ void StyleDensity(QgsRasterLayer& layer, double maximum) {
     renderer->setClassificationMin(0.0);
     renderer->setClassificationMax(highest);
     layer.setRenderer(renderer.release());
+    // Roads and waters of a base map stay in sight beneath the colours.
+    layer.setBlendMode(QPainter::CompositionMode_Multiply);
 }
 
-void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes) {
+void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes,
+                    const QColor& hue) {
     std::sort(classes.begin(), classes.end(),
               [](const IsoplethClass& a, const IsoplethClass& b) { return a.Percent > b.Percent; });
     const bool areas = layer.geometryType() == kPolygonGeometry;
     QgsCategoryList categories;
     for (std::size_t rank = 0; rank < classes.size(); ++rank) {
-        const QColor colour = class_colour(rank, classes.size());
+        const QColor colour = class_colour(hue, rank, classes.size());
         auto symbol = areas ? area_symbol(colour) : line_symbol(colour);
         categories << QgsRendererCategory(classes[rank].Percent, symbol.release(), classes[rank].Label);
     }

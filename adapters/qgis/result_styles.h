@@ -1,4 +1,5 @@
 #pragma once
+#include <QColor>
 #include <qgsrasterlayer.h>
 #include <qgsvectorlayer.h>
 #include <QString>
@@ -6,9 +7,13 @@
 
 namespace wxl::qgis {
 
-/// Density from 0 to `maximum` in the colours of a perceptual ramp (viridis: equal steps look equal, also without
-/// colours). Zero is transparent, and the outermost twentieth of the range fades into it.
-void StyleDensity(QgsRasterLayer& layer, double maximum);
+/// The hue of the animal of that running number: twelve that are told apart by the colour-blind too, then lighter and
+/// darker ones of the same.
+QColor AnimalColour(std::size_t number);
+
+/// Density from 0 to `maximum` from light to dark in one hue. Zero is transparent, the outermost twentieth of the range
+/// fades into it, and what lies beneath shows through.
+void StyleDensity(QgsRasterLayer& layer, double maximum, const QColor& hue);
 
 /// One class of isopleths: the value of the field that tells the percentages apart, and what the legend says.
 struct IsoplethClass {
@@ -16,8 +21,8 @@ struct IsoplethClass {
     QString Label;
 };
 
-/// Isopleths graded from orange (the largest percentage) to dark red (the core), each with an outline, areas with a
-/// see-through fill; large areas are drawn beneath small ones. `field` holds the percentages.
-void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes);
+/// Isopleths graded from the hue itself (the largest percentage) to a dark shade of it (the core), each with an
+/// outline, areas with a see-through fill; large areas are drawn beneath small ones. `field` holds the percentages.
+void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue);
 
 }  // namespace wxl::qgis

@@ -41,7 +41,10 @@ public:
           m_application(std::make_shared<wxl::qgis::QgisApplication>(DesktopOf(desktop))),
           m_undo(*desktop.messageBar(), DesktopOf(desktop)),
           m_toolBar(host::BuildToolBar(host::kToolBarProgID, {Services(), &m_presenter}, m_application),
-                    [this](platform::ICommand& command) { m_undo.Run(command); }) {}
+                    [this](platform::ICommand& command) {
+                        m_undo.Run(command);
+                        m_host.SetStatus({});
+                    }) {}
 
     QToolBar* ToolBar() const { return m_toolBar.Widget(); }
 

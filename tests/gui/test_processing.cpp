@@ -17,16 +17,22 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <qgslayertree.h>
 #include <qgsprocessingalgorithm.h>
 #include <qgsprocessingcontext.h>
 #include <qgsprocessingfeedback.h>
 #include <qgsprocessingmodelalgorithm.h>
 #include <qgsprocessingregistry.h>
+#include <qgsprocessingutils.h>
 #include <qgsproject.h>
 #include <qgsrasterlayer.h>
 #include <qgsvectorlayer.h>
 #include <QIcon>
+#include <QPainter>
+#include <QUrl>
 #include <regex>
+#include <set>
+#include <sstream>
 
 namespace wxl::qgis {
 namespace {
@@ -279,6 +285,55 @@ TEST_F(ProcessingTest, Selected_fixes_give_the_bytes_of_a_condition) {
     EXPECT_EQ(results.value(QStringLiteral("DISTRIBUTIONS")).toInt(), 1);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
     EXPECT_EQ(m_context.layersToLoadOnCompletion().size(), 1);
+}
+
+TEST_F(ProcessingTest, Loaded_results_have_names_styles_and_group_of_the_dialog) {
+    QgsVectorLayer* fixes = AddToProject();
+    auto parameters = KernelParameters("loaded");
+    parameters[QStringLiteral("INPUT")] = fixes->id();
+    parameters[QStringLiteral("POLYGONS")] = true;
+    parameters[QStringLiteral("PREFIX")] = QStringLiteral("r");
+    const QVariantMap results = Run("kerneldensity", parameters);
+    const int animals = results.value(QStringLiteral("DISTRIBUTIONS")).toInt();
+    ASSERT_GT(animals, 1);
+    // As the toolbox does when an algorithm is done.
+    const auto toLoad = m_context.layersToLoadOnCompletion();
+    ASSERT_EQ(toLoad.size(), 2 * animals);
+    for (auto entry = toLoad.begin(); entry != toLoad.end(); ++entry) {
+        QgsMapLayer* layer = QgsProcessingUtils::mapLayerFromString(entry.key(), m_context);
+        ASSERT_NE(layer, nullptr) << entry.key().toStdString();
+        QgsProject::instance()->addMapLayer(m_context.temporaryLayerStore()->takeMapLayer(layer));
+        ASSERT_NE(entry->postProcessor(), nullptr);
+        entry->postProcessor()->postProcessLayer(layer, m_context, &m_feedback);
+    }
+    const QgsLayerTreeGroup& root = *QgsProject::instance()->layerTreeRoot();
+    ASSERT_EQ(root.children().size(), 2);
+    EXPECT_EQ(root.children().at(0)->name(), "fixes");
+    EXPECT_EQ(root.children().at(1)->name(), "Home ranges: fixes, reference bandwidth");
+    const auto nodes = root.children().at(1)->children();
+    ASSERT_EQ(nodes.size(), 2 * animals);
+    const std::string first = StatsRows().front().front();
+    EXPECT_EQ(nodes.at(0)->name().toStdString(), first + ": isopleth polygons");
+    EXPECT_EQ(nodes.at(animals)->name().toStdString(), first + ": density");
+    EXPECT_EQ(QgsLayerTree::toLayer(nodes.at(animals))->layer()->blendMode(), QPainter::CompositionMode_Multiply);
+}
+
+TEST_F(ProcessingTest, Help_is_a_page_of_the_guide_and_rare_parameters_are_folded) {
+    const auto* kernel = QgsApplication::processingRegistry()->algorithmById(QStringLiteral("wxltools:kerneldensity"));
+    const QString page = QUrl(kernel->helpUrl()).toLocalFile();
+    EXPECT_TRUE(page.endsWith(QStringLiteral("/processing.html"))) << page.toStdString();
+    std::stringstream text;
+    text << std::ifstream(page.toStdString()).rdbuf();
+    EXPECT_GT(text.str().size(), 2000U);
+    for (const char* name : {"PREFIX", "RESCALE", "SCALING", "RASTER_FORMAT", "REACH", "VERBOSE"})
+        EXPECT_TRUE(kernel->parameterDefinition(QLatin1String(name))->flags() & kParameterAdvanced) << name;
+    for (const char* name : {"INPUT", "ID_FIELD", "CELL_SIZE", "METHOD", "OUTPUT"})
+        EXPECT_FALSE(kernel->parameterDefinition(QLatin1String(name))->flags() & kParameterAdvanced) << name;
+    std::set<std::string> groups;
+    for (const auto* algorithm :
+         QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools"))->algorithms())
+        groups.insert(algorithm->group().toStdString());
+    EXPECT_EQ(groups, (std::set<std::string>{"Home ranges", "Movement"}));
 }
 
 TEST_F(ProcessingTest, Reference_raster_gives_its_extent) {

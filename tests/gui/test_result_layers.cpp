@@ -3,6 +3,7 @@
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/qgis_versions.h"
 #include "adapters/qgis/result_layers.h"
+#include "adapters/qgis/result_styles.h"
 #include "tests/gui/qgis_environment.h"
 #include "tests/support/quick_folder.h"
 #include "utilities/Utilities.h"
@@ -30,6 +31,7 @@
 #include <QRadioButton>
 #include <QTimer>
 #include <random>
+#include <set>
 
 namespace wxl::qgis {
 namespace {
@@ -109,9 +111,9 @@ protected:
         return *widget;
     }
 
-    /// The group on top of the layer tree.
+    /// The group right below the fixes, which stand on top of the layer tree.
     static QgsLayerTreeGroup& Top() {
-        return *QgsLayerTree::toGroup(QgsProject::instance()->layerTreeRoot()->children().first());
+        return *QgsLayerTree::toGroup(QgsProject::instance()->layerTreeRoot()->children().at(1));
     }
 
     static std::vector<std::string> NamesIn(const QgsLayerTreeGroup& group) {
@@ -166,6 +168,46 @@ TEST_F(ResultLayersTest, A_run_becomes_one_group_with_isopleths_above_rasters) {
     EXPECT_THAT(LegendOf(2), ElementsAre("PERCENT2", "50 to 95 %", "50 %"));
 }
 
+TEST_F(ResultLayersTest, Results_stand_below_the_fixes_and_above_the_base_map) {
+    Open(1);
+    auto* map = new QgsVectorLayer(QStringLiteral("Polygon?crs=EPSG:32632"), QStringLiteral("base map"),
+                                   QStringLiteral("memory"));
+    QgsProject::instance()->addMapLayer(map, false);
+    QgsLayerTreeGroup& root = *QgsProject::instance()->layerTreeRoot();
+    root.addLayer(map);
+    // The fixes in a group of the user's own.
+    QgsLayerTreeGroup* own = root.insertGroup(0, QStringLiteral("tags"));
+    QgsLayerTreeLayer* fixes = root.findLayer(QgsProject::instance()->mapLayersByName("wolves").first()->id());
+    own->addChildNode(fixes->clone());
+    root.removeChildNode(fixes);
+    Observe();
+    Run("out");
+    EXPECT_THAT(NamesIn(root), ElementsAre("tags", "Home ranges: wolves, reference bandwidth", "base map"));
+}
+
+TEST_F(ResultLayersTest, Every_animal_has_a_hue_of_its_own) {
+    Open(2);
+    Observe();
+    Find<QCheckBox>("chkPolys").click();
+    Run("out");
+    const auto core = [](int place) {
+        auto& vector = dynamic_cast<QgsVectorLayer&>(LayerOf(place));
+        return dynamic_cast<QgsCategorizedSymbolRenderer&>(*vector.renderer()).categories().first().symbol()->color();
+    };
+    ASSERT_THAT(NamesIn(Top()),
+                ElementsAre("1: isopleth polygons", "2: isopleth polygons", "1: density", "2: density"));
+    EXPECT_EQ(core(0).rgb(), QColor(0, 114, 178).rgb());
+    EXPECT_EQ(core(1).rgb(), QColor(213, 94, 0).rgb());
+}
+
+TEST(AnimalColours, Twelve_hues_and_then_their_lighter_and_darker_ones) {
+    std::set<QRgb> colours;
+    for (std::size_t i = 0; i < 60; ++i) colours.insert(AnimalColour(i).rgb());
+    EXPECT_EQ(colours.size(), 60U);
+    EXPECT_GT(AnimalColour(12).lightness(), AnimalColour(0).lightness());
+    EXPECT_LT(AnimalColour(24).lightness(), AnimalColour(0).lightness());
+}
+
 TEST_F(ResultLayersTest, A_coordinate_system_without_a_code_is_kept) {
     const auto crs =
         QStringLiteral("PROJ:+proj=tmerc +lat_0=51 +lon_0=8.5 +k=0.9997 +x_0=500000 +y_0=100 +datum=WGS84");
@@ -205,7 +247,7 @@ TEST_F(ResultLayersTest, Isopleths_are_graded_with_the_largest_beneath) {
     EXPECT_EQ(classed, 3);
 }
 
-TEST_F(ResultLayersTest, Zero_is_transparent_and_the_largest_density_yellow) {
+TEST_F(ResultLayersTest, Zero_is_transparent_and_the_largest_density_dark) {
     Open(1);
     Observe();
     Find<QCheckBox>("chkBnds").click();
@@ -222,9 +264,10 @@ TEST_F(ResultLayersTest, Zero_is_transparent_and_the_largest_density_yellow) {
     colour(0.0);
     EXPECT_EQ(alpha, 0);
     colour(highest);
-    EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({253, 231, 37, 255}));
+    EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({0, 46, 72, 255})) << "three fifths from the hue to black";
     colour(0.5 * highest);
-    EXPECT_EQ(alpha, 255);
+    EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({0, 114, 178, 255}));
+    EXPECT_EQ(raster.blendMode(), QPainter::CompositionMode_Multiply) << "a base map shows through";
 }
 
 TEST_F(ResultLayersTest, Several_bandwidths_are_told_apart_and_a_second_group_is_numbered) {

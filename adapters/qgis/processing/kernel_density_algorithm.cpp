@@ -1,6 +1,8 @@
 #include "adapters/qgis/processing/kernel_density_algorithm.h"
 
+#include "adapters/qgis/processing/result_loading.h"
 #include "adapters/qgis/qgis_values.h"
+#include "adapters/qgis/result_catalogue.h"
 #include "kde_tool/analysis_run.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/kernel_radius.h"
@@ -27,12 +29,6 @@ enum ExtentMode { kFull, kMinimum, kReference };
 const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
 template <class Parameter>
-Parameter* advanced(Parameter* parameter) {
-    parameter->setFlags(parameter->flags() | kParameterAdvanced);
-    return parameter;
-}
-
-template <class Parameter>
 Parameter* with_help(Parameter* parameter, const char* help) {
     parameter->setHelp(QString::fromUtf8(help));
     return parameter;
@@ -41,8 +37,9 @@ Parameter* with_help(Parameter* parameter, const char* help) {
 /// What a run wrote, as it tells it.
 class WrittenFiles final : public kde_tool::IRunObserver {
 public:
-    void RunBegins(const kde_tool::RunFrame&, const kde_tool::GroupedFixes&) override {}
+    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) override { Catalogue.Begin(frame); }
     void AnimalDone(const kde_tool::AnimalRecord& record) override {
+        Catalogue.Add(record);
         ++Distributions;
         if (record.Status != 0) ++Failed;
         for (const std::string& file : record.Files) {
@@ -56,6 +53,7 @@ public:
     int Failed = 0;
     QStringList Rasters;
     QStringList Isopleths;
+    ResultCatalogue Catalogue;
 };
 
 /// Whether an optional parameter has a value: dialogs hand on a null, scripts an empty text, where it has none.
@@ -151,11 +149,13 @@ void KernelDensityAlgorithm::AddBandwidthParameters() {
          QStringLiteral("BCV (Biased Cross Validation)"), QStringLiteral("User defined"),
          QStringLiteral("Proportions of the reference bandwidth")},
         false, kHref));
-    addParameter(with_help(
-        new QgsProcessingParameterString(QStringLiteral("BANDWIDTHS"),
-                                         QStringLiteral("User defined bandwidths, or proportions"), QVariant(), false,
-                                         true),
-        "One number, or several separated by commas: bandwidths in map units, or proportions such as 0.5, 1"));
+    addParameter(
+        with_help(new QgsProcessingParameterString(QStringLiteral("BANDWIDTHS"),
+                                                   QStringLiteral("Bandwidths or proportions (only for the last two)"),
+                                                   QVariant(), false, true),
+                  "For \"User defined\" bandwidths in map units, for \"Proportions\" numbers such as 0.5, 1; several "
+                  "separated by "
+                  "commas. Not used with the other choices"));
     addParameter(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("ADAPTIVE"), QStringLiteral("Adaptive kernel"), false),
         "Wider kernels where fixes are sparse"));
@@ -163,13 +163,14 @@ void KernelDensityAlgorithm::AddBandwidthParameters() {
         with_help(new QgsProcessingParameterString(QStringLiteral("REACH"), QStringLiteral("Reach of the kernels"),
                                                    QVariant(), false, true),
                   "In bandwidths; four without it. \"whole\" reaches as far as the widest kernel does")));
-    addParameter(with_help(
+    addParameter(advanced(with_help(
         new QgsProcessingParameterBoolean(QStringLiteral("RESCALE"), QStringLiteral("Rescale to unit variance"), false),
-        "Divides x and y by their standard deviations before smoothing"));
+        "Divides x and y by their standard deviations before smoothing")));
 }
 
 void KernelDensityAlgorithm::AddRasterParameters() {
-    addParameter(with_help(new QgsProcessingParameterDistance(QStringLiteral("CELL_SIZE"), QStringLiteral("Cell size"),
+    addParameter(with_help(new QgsProcessingParameterDistance(QStringLiteral("CELL_SIZE"),
+                                                              QStringLiteral("Cell size (not with a reference raster)"),
                                                               QVariant(), QStringLiteral("INPUT"), true, 0.5),
                            "Used as a whole number of map units; not needed with a reference raster"));
     addParameter(new QgsProcessingParameterEnum(
@@ -177,16 +178,17 @@ void KernelDensityAlgorithm::AddRasterParameters() {
         {QStringLiteral("All fixes of the layer and a buffer"),
          QStringLiteral("Each animal's fixes and four bandwidths"), QStringLiteral("As a reference raster")},
         false, kFull));
+    addParameter(with_help(new QgsProcessingParameterDistance(
+                               QStringLiteral("BUFFER"), QStringLiteral("Buffer (only for the extent of all fixes)"),
+                               QVariant(), QStringLiteral("INPUT"), true, 0.0),
+                           "Without one, a buffer that suits the bandwidths is used"));
     addParameter(with_help(
-        new QgsProcessingParameterDistance(QStringLiteral("BUFFER"), QStringLiteral("Buffer around all fixes"),
-                                           QVariant(), QStringLiteral("INPUT"), true, 0.0),
-        "Without one, a buffer that suits the bandwidths is used"));
-    addParameter(with_help(new QgsProcessingParameterRasterLayer(QStringLiteral("REFERENCE"),
-                                                                 QStringLiteral("Reference raster"), QVariant(), true),
-                           "Its extent and cells are taken over"));
-    addParameter(new QgsProcessingParameterString(QStringLiteral("PREFIX"),
-                                                  QStringLiteral("Raster name prefix (at most 6 characters)"),
-                                                  QVariant(), false, true));
+        new QgsProcessingParameterRasterLayer(
+            QStringLiteral("REFERENCE"), QStringLiteral("Reference raster (only for its extent)"), QVariant(), true),
+        "Its extent and cells are taken over where \"As a reference raster\" is chosen"));
+    addParameter(advanced(new QgsProcessingParameterString(QStringLiteral("PREFIX"),
+                                                           QStringLiteral("Raster name prefix (at most 6 characters)"),
+                                                           QVariant(), false, true)));
     addParameter(
         advanced(with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
                                                             kNumberDouble, 1000000.0, false, 0.0),
@@ -197,7 +199,7 @@ void KernelDensityAlgorithm::AddRasterParameters() {
 
 void KernelDensityAlgorithm::AddIsoplethParameters() {
     addParameter(new QgsProcessingParameterString(QStringLiteral("ISOPLETHS"),
-                                                  QStringLiteral("Isopleths (percentages of the volume)"),
+                                                  QStringLiteral("Isopleths (percentages; only with a kind below)"),
                                                   QStringLiteral("95, 90, 50"), false, true));
     addParameter(
         new QgsProcessingParameterBoolean(QStringLiteral("LINES"), QStringLiteral("Isopleths as lines"), false));
@@ -359,6 +361,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     });
     if (!feedback->isCanceled()) form.btnOK_Click();
     session.Host().Watch(nullptr, nullptr);
+    if (form.optFull.Value) feedback->pushInfo(QStringLiteral("Buffer: %1").arg(ToQString(form.txtBuffer.Text)));
 
     const bool ended = form.LastRun() == RunOutcome::kComplete || feedback->isCanceled();
     if (!ended) Fail(session.Messages(), QStringLiteral("The analysis did not run."));
@@ -371,8 +374,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
             QStringLiteral("None of the %1 distributions could be computed; the report says why.")
                 .arg(written.Distributions));
     if (context.project() && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
-        for (const QString& file : written.Rasters + written.Isopleths)
-            context.addLayerToLoadOnCompletion(file, {QFileInfo(file).completeBaseName(), context.project()});
+        LoadOnCompletion(written.Catalogue, context);
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("REPORT"), report_of(folder)},
             {QStringLiteral("PAGE"), ToQString(page.Written().string())},

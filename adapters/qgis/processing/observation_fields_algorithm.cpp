@@ -27,8 +27,8 @@ QStringList ObservationFieldsAlgorithm::tags() const {
 
 void ObservationFieldsAlgorithm::initAlgorithm(const QVariantMap&) {
     AddInput(QStringLiteral("Fixes of one animal (UTM, with a field Time2)"));
-    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
-                                                   QStringLiteral("Lift the limit of 32767 fixes"), false));
+    addParameter(advanced(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
+                                                            QStringLiteral("Lift the limit of 32767 fixes"), false)));
     addParameter(new QgsProcessingParameterFeatureSink(
         QStringLiteral("OUTPUT"), QStringLiteral("Fixes with times and distances"), kSourceVectorPoint));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("ROWS"), QStringLiteral("Number of fixes")));

@@ -44,8 +44,8 @@ void RemoveDuplicatesAlgorithm::initAlgorithm(const QVariantMap&) {
     addParameter(
         new QgsProcessingParameterEnum(QStringLiteral("BY"), QStringLiteral("Duplicates are fixes of the same"),
                                        {QStringLiteral("Time (field Time2)"), QStringLiteral("Place")}, false, kTime2));
-    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
-                                                   QStringLiteral("Lift the limit of 32767 fixes"), false));
+    addParameter(advanced(new QgsProcessingParameterBoolean(QStringLiteral("LARGE"),
+                                                            QStringLiteral("Lift the limit of 32767 fixes"), false)));
     addParameter(new QgsProcessingParameterFeatureSink(QStringLiteral("OUTPUT"),
                                                        QStringLiteral("Fixes without duplicates"), kSourceVectorPoint));
     addOutput(new QgsProcessingOutputNumber(QStringLiteral("COMPARED"), QStringLiteral("Number of fixes compared")));

@@ -1,6 +1,7 @@
 #include "adapters/qgis/processing/wxl_algorithm.h"
 
 #include "adapters/gdal/gdal_support.h"
+#include "adapters/qgis/guide_window.h"
 #include "adapters/qgis/processing/wxl_icon.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"
@@ -49,6 +50,10 @@ std::string ProcessingSession::Add(QgsMapLayer& layer) {
     const std::string name = added.Name;
     Map().Add(std::move(added));
     return name;
+}
+
+QString WxlAlgorithm::helpUrl() const {
+    return GuideFile(QStringLiteral("processing"));
 }
 
 QIcon WxlAlgorithm::icon() const {

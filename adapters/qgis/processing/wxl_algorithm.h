@@ -49,6 +49,13 @@ private:
     utilities::Utilities m_geodata;
 };
 
+/// Folds a parameter away among the advanced ones.
+template <class Parameter>
+Parameter* advanced(Parameter* parameter) {
+    parameter->setFlags(parameter->flags() | kParameterAdvanced);
+    return parameter;
+}
+
 /// What all algorithms share.
 ///
 /// They run in the main thread (no threading): the tools are made for the thread of the user interface. They read
@@ -60,6 +67,9 @@ public:
     QString group() const override { return QStringLiteral("Home ranges"); }
     QString groupId() const override { return QStringLiteral("homeranges"); }
     QIcon icon() const override;
+
+    /// The page of the guide as a file; "" without a desktop.
+    QString helpUrl() const override;
     AlgorithmFlags flags() const override { return QgsProcessingAlgorithm::flags() | kAlgorithmNoThreading; }
 
 protected:

@@ -79,10 +79,11 @@ def colour_at(picture, x, y):
 
 
 def results_on_the_map():
-    """One group over everything else: isopleths above rasters, styled, in the layer's coordinate system."""
+    """One group right below the fixes: isopleths above rasters, styled, in the layer's coordinate system."""
     fixes = QgsProject.instance().mapLayersByName("fixes")[0]
     root = QgsProject.instance().layerTreeRoot()
-    group = root.children()[0]
+    check(root.children()[0].layer() is fixes, "the fixes stay on top")
+    group = root.children()[1]
     check(QgsLayerTree.isGroup(group) and group.name() == "Home ranges: fixes, reference bandwidth", group.name())
     layers = [node.layer() for node in group.children()]
     animals = ["Freja", "Loke", "Sif", "Tyr"]
@@ -116,7 +117,7 @@ def results_on_the_map():
     check(provider.sample(QgsPointXY(*corner), 1)[0] == 0, "nothing in the corner")
     check(colour_at(picture, *corner) == QColor(255, 255, 255), "zero is transparent")
     top = colour_at(picture, *peak[1])
-    check(top.red() > 200 and top.green() > 200 and top.blue() < 100, f"the peak is yellow: {top.name()}")
+    check(top.lightness() < 60 and top.blue() > top.red(), f"the peak is dark in the animal's hue: {top.name()}")
 
     # The isopleths above it
     for node in group.children():
@@ -131,6 +132,7 @@ def results_on_the_map():
     iface.mapCanvas().setExtent(fixes.extent().buffered(8000))
     canvas_picture()
     shoot_screen("desktop-results")
+    check(iface.statusBarIface().currentMessage() == "", "the status bar ends empty")
 
 
 def main():

@@ -33,6 +33,17 @@ def main():
     check(result["DISTRIBUTIONS"] == 4, f"four wolves: {result}")
     check(all(pathlib.Path(raster).is_dir() for raster in result["RASTERS"]), "the rasters")
     check(iface.mainWindow() is not None, "the desktop goes on")
+    loaded = processing.runAndLoadResults("wxltools:kerneldensity",
+                                          {"INPUT": fixes, "ID_FIELD": "animal", "CELL_SIZE": 300, "POLYGONS": True,
+                                           "OUTPUT": SETUP["output"] + "-loaded"})
+    check(loaded["DISTRIBUTIONS"] == 4, "results that are loaded")
+    root = QgsProject.instance().layerTreeRoot()
+    names = [node.name() for node in root.children()]
+    check(names == ["fixes", "Home ranges: fixes, reference bandwidth"], str(names))
+    animals = ["Freja", "Loke", "Sif", "Tyr"]
+    check([node.name() for node in root.children()[1].children()] ==
+          [f"{a}: isopleth polygons" for a in animals] + [f"{a}: density" for a in animals], "the dialog's names")
+    shoot(iface.mainWindow(), "processing-loaded")
 
 
 drive(main)
