@@ -34,10 +34,7 @@ bool reads_as_time(std::string_view cell, bool& hasTimeOfDay) {
 }  // namespace
 
 void ColumnProfile::Take(std::string_view cell) {
-    if (is_missing(cell)) {
-        ++m_missing;
-        return;
-    }
+    if (is_missing(cell)) return;
     ++m_filled;
     m_distinct.emplace(cell);
     if (const auto number = number_from_text(cell)) TakeNumber(cell, *number);
@@ -47,7 +44,6 @@ void ColumnProfile::Take(std::string_view cell) {
 void ColumnProfile::TakeNumber(std::string_view cell, double value) {
     if (is_placeholder(value)) {
         --m_filled;
-        ++m_missing;
         return;
     }
     m_min = m_numbers == 0 ? value : std::min(m_min, value);

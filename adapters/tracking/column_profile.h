@@ -15,7 +15,6 @@ public:
     void Take(std::string_view cell);
 
     std::size_t Filled() const { return m_filled; }  ///< cells that say something
-    std::size_t Missing() const { return m_missing; }
     bool IsEmpty() const { return m_filled == 0; }
 
     /// Shares of the filled cells, 0 to 1.
@@ -46,7 +45,6 @@ private:
     void TakeText(std::string_view cell);
 
     std::size_t m_filled = 0;
-    std::size_t m_missing = 0;
     std::size_t m_numbers = 0;
     std::size_t m_fractions = 0;
     std::size_t m_parted = 0;  ///< degrees, minutes and seconds without a letter
