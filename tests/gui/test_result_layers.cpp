@@ -264,7 +264,8 @@ TEST_F(ResultLayersTest, Zero_is_transparent_and_the_largest_density_dark) {
     colour(0.0);
     EXPECT_EQ(alpha, 0);
     colour(highest);
-    EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({0, 46, 72, 255})) << "three fifths from the hue to black";
+    EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({0, 46, 72, 255}))
+        << "three fifths from the hue to black";
     colour(0.5 * highest);
     EXPECT_EQ(std::vector({red, green, blue, alpha}), std::vector({0, 114, 178, 255}));
     EXPECT_EQ(raster.blendMode(), QPainter::CompositionMode_Multiply) << "a base map shows through";
