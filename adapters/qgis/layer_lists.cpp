@@ -1,5 +1,6 @@
 #include "adapters/qgis/layer_lists.h"
 
+#include "adapters/qgis/breath.h"
 #include "adapters/qgis/layer_names.h"
 #include "utilities/Utilities.h"
 
@@ -56,6 +57,7 @@ void LayerLists::ProjectChanged() {
 
 void LayerLists::Update() {
     if (!m_stale || Running()) return;
+    if (Breath::Reading()) return m_later.start(50);
     UpdatePointLayers();
     UpdateRasters();
     m_stale = false;

@@ -22,6 +22,7 @@ LayerRows::LayerRows(const QgsVectorLayer& layer, const QgsFeatureRequest& reque
     : m_layer(layer.name()), m_rows(layer.getFeatures(request)), m_only(only) {}
 
 bool LayerRows::Next(QgsFeature& row) {
+    m_breath.Take();
     while (true) {
         const files::GdalErrors errors;
         const bool found = m_rows.nextFeature(row);

@@ -1,4 +1,6 @@
 #pragma once
+#include "adapters/qgis/breath.h"
+
 #include <optional>
 #include <qgsfeature.h>
 #include <qgsfeatureiterator.h>
@@ -11,7 +13,8 @@ class QgsVectorLayer;
 namespace wxl::qgis {
 
 /// Gives the rows of a layer that a request asks for. QGIS leaves out what a provider fails to read, or gives it
-/// without its shape: here that is RuntimeError 57, so that nothing is computed from the other rows alone.
+/// without its shape: here that is RuntimeError 57, so that nothing is computed from the other rows alone. Windows live
+/// on meanwhile (see Breath).
 class LayerRows {
 public:
     /// Of `only` (ascending; empty: of all) the rows that the request gives; others are passed over, readable or not.
@@ -25,6 +28,7 @@ private:
     QgsFeatureIterator m_rows;
     std::span<const QgsFeatureId> m_only;
     std::optional<QgsFeatureId> m_last;
+    Breath m_breath;
 };
 
 /// Throws RuntimeError 57 for a row, named like "The row 3", of the layer of that name.

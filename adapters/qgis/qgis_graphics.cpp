@@ -278,12 +278,12 @@ void QgisTrackGraphics::Zoom(double factor, const platform::Point& centre) {
 
 void QgisTrackGraphics::ZoomTo(const std::vector<platform::Point>& places) {
     if (m_canvas.isNull()) return;
-    QgsRectangle box;
-    box.setMinimal();
+    platform::Extent box;
     for (const platform::Point& place : places)
-        if (const auto found = m_item->Places().PlaceOf(place)) box.combineExtentWith(*found);
-    if (box.xMinimum() > box.xMaximum()) return;
-    m_canvas->zoomToFeatureExtent(box);
+        if (const auto found = m_item->Places().PlaceOf(place)) box.Include({found->x(), found->y()});
+    if (box.IsEmpty()) return;
+    QgsRectangle shown(box.XMin, box.YMin, box.XMax, box.YMax);
+    m_canvas->zoomToFeatureExtent(shown);
 }
 
 }  // namespace wxl::qgis

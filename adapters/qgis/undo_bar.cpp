@@ -109,11 +109,11 @@ void UndoBar::Offer(QgsVectorLayer& layer, const QString& text, std::function<QS
             done = false;
         }
         Withdraw();
-        m_bar->pushMessage(QString(), told, done ? Qgis::Success : Qgis::Warning);
+        m_bar->pushMessage(QString(), told, done ? Qgis::MessageLevel::Success : Qgis::MessageLevel::Warning);
     });
     connect(&layer, &QgsMapLayer::willBeDeleted, item, [this] { Withdraw(); });
     m_offer = item;
-    m_bar->pushWidget(item, Qgis::Info);
+    m_bar->pushWidget(item, Qgis::MessageLevel::Info);
 }
 
 void UndoBar::Withdraw() {

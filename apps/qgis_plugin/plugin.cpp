@@ -1,6 +1,7 @@
 // The functions that QGIS looks for in a plugin library, and the plugin's wiring.
 
 #include "adapters/ogr/disk_services.h"
+#include "adapters/qgis/desktop_locks.h"
 #include "adapters/qgis/desktop_toolbar.h"
 #include "adapters/qgis/form_presenter.h"
 #include "adapters/qgis/processing/wxl_provider.h"
@@ -59,13 +60,17 @@ private:
         services.Dialogs = &m_dialogs;
         services.Host = &m_host;
         services.Reprojection = &m_utmCopies;
-        return m_disk.Complete(services);
+        services = m_disk.Complete(services);
+        m_locks.emplace(*services.Locks);
+        services.Locks = &*m_locks;
+        return services;
     }
 
     wxl::qgis::QgisMessages m_messages;
     wxl::qgis::QgisFileDialogs m_dialogs;
     wxl::qgis::QgisHost m_host;
     files::DiskServices m_disk;
+    std::optional<wxl::qgis::DesktopLocks> m_locks;
     wxl::qgis::QgisFormPresenter m_presenter;
     wxl::qgis::UtmCopies m_utmCopies;
     std::shared_ptr<wxl::qgis::QgisApplication> m_application;

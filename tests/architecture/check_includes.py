@@ -49,7 +49,7 @@ ADAPTERS = {
     "adapters/shapefile": {"platform", "adapters/disk"},
     "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile"},
     "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
-    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
+    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
 }
 SOURCES = {".h", ".cpp"}
 
