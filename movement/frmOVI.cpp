@@ -5,6 +5,7 @@
 #include "movement/play_delay.h"
 #include "movement/selected_layer.h"
 #include "platform/guarded.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 namespace wxl::movement {
@@ -184,10 +185,20 @@ void frmOVI::CmdTrackMoose_Click() {
     Guarded(*m_services.Messages, labels::kTrack, [&] {
         if (m_playing) return;
         CBKeepGraphic_Click();
-        const double delay = NumberFromText(TxtSec.Text);
+        const double delay = DelaySeconds();
         cbOneStep_Click();
         setupTrackMoose(m_keepGraphic, delay, m_oneStep);
     });
+}
+
+/// The typed delay; RuntimeError 13, and a sentence, for a text that is not a number.
+double frmOVI::DelaySeconds() {
+    try {
+        return NumberFromText(TxtSec.Text);
+    } catch (const RuntimeError&) {
+        lblNotice.Caption = "\"" + TxtSec.Text + "\" is not a number of seconds. Please write a point, as in 0.5.";
+        throw;
+    }
 }
 
 void frmOVI::setupTrackMoose(bool keepPath, double delaySeconds, bool oneStep) {

@@ -154,6 +154,7 @@ private:
     void EndWithLayer();
     void EnablePlaying(bool enabled);
     void ZoomAround(double factor);
+    double DelaySeconds();
     bool HasFix(std::int64_t position) const;
     TrackFix FixAt(std::int64_t position) const;
     std::string FixText(std::int64_t fid) const;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QTimer>
 #include <utility>
@@ -40,6 +41,13 @@ QMessageBox::StandardButtons buttons_of(platform::Buttons buttons) {
             break;
     }
     return QMessageBox::Ok;
+}
+
+/// "txt" of "Text files (*.txt)|*.txt"; "" where any name will do.
+QString ending_of(const std::string& filter) {
+    const std::size_t at = filter.rfind("|*.");
+    const std::string ending = at == std::string::npos ? std::string() : filter.substr(at + 3);
+    return ending == "*" || ending.find(';') != std::string::npos ? QString() : ToQString(ending);
 }
 
 std::optional<std::filesystem::path> path_of(const QString& chosen) {
@@ -76,18 +84,36 @@ platform::Answer QgisMessages::Show(const platform::MessageBox& box) {
 }
 
 std::optional<std::filesystem::path> QgisFileDialogs::OpenFile(const platform::FileDialog& dialog) {
-    return path_of(
-        QFileDialog::getOpenFileName(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter)));
+    QFileDialog shown(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter));
+    shown.setFileMode(QFileDialog::ExistingFile);
+    return Choose(shown);
 }
 
 std::optional<std::filesystem::path> QgisFileDialogs::SaveFile(const platform::FileDialog& dialog) {
-    const auto options = dialog.AskBeforeOverwriting ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite;
-    return path_of(QFileDialog::getSaveFileName(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter),
-                                                nullptr, options));
+    QFileDialog shown(m_parent, ToQString(dialog.Title), QString(), ToQtFilter(dialog.Filter));
+    shown.setAcceptMode(QFileDialog::AcceptSave);
+    shown.setFileMode(QFileDialog::AnyFile);
+    shown.setDefaultSuffix(ending_of(dialog.Filter));
+    shown.setOption(QFileDialog::DontConfirmOverwrite, !dialog.AskBeforeOverwriting);
+    return Choose(shown);
 }
 
 std::optional<std::filesystem::path> QgisFileDialogs::ChooseFolder(const std::string& title) {
-    return path_of(QFileDialog::getExistingDirectory(m_parent, ToQString(title)));
+    QFileDialog shown(m_parent, ToQString(title));
+    shown.setFileMode(QFileDialog::Directory);
+    shown.setOption(QFileDialog::ShowDirsOnly);
+    return Choose(shown);
+}
+
+std::optional<std::filesystem::path> QgisFileDialogs::Choose(QFileDialog& dialog) {
+    // Another project has another folder.
+    const QString home = m_home ? m_home() : QString();
+    if (std::exchange(m_lastHome, home) != home || m_last.isEmpty()) m_last = home;
+    if (!m_last.isEmpty()) dialog.setDirectory(m_last);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+    const QFileInfo chosen(dialog.selectedFiles().first());
+    m_last = chosen.isDir() ? chosen.absoluteFilePath() : chosen.absolutePath();
+    return path_of(chosen.filePath());
 }
 
 void QgisHost::Yield() {

@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <vector>
 
+class QFileDialog;
+
 namespace wxl::qgis {
 
 /// Message boxes over the active window. An empty title becomes the application's name.
@@ -18,15 +20,25 @@ private:
     QPointer<QWidget> m_parent;
 };
 
+/// Dialogs start in the folder that was chosen last, at first in `home`. A name without an ending gets that of the
+/// filter.
 class QgisFileDialogs final : public platform::IFileDialogs {
 public:
-    explicit QgisFileDialogs(QWidget* parent) : m_parent(parent) {}
+    /// `home` tells the project's folder; empty where there is none.
+    explicit QgisFileDialogs(QWidget* parent, std::function<QString()> home = {})
+        : m_parent(parent), m_home(std::move(home)) {}
     std::optional<std::filesystem::path> OpenFile(const platform::FileDialog& dialog) override;
     std::optional<std::filesystem::path> SaveFile(const platform::FileDialog& dialog) override;
     std::optional<std::filesystem::path> ChooseFolder(const std::string& title) override;
 
 private:
+    /// Shows the dialog; what was chosen.
+    std::optional<std::filesystem::path> Choose(QFileDialog& dialog);
+
     QPointer<QWidget> m_parent;
+    std::function<QString()> m_home;
+    QString m_lastHome;
+    QString m_last;
 };
 
 /// Gives Qt's event loop a turn; forms on screen show their new values first.

@@ -15,6 +15,7 @@
 #include <qgisinterface.h>
 #include <qgisplugin.h>
 #include <qgsmessagebar.h>
+#include <qgsproject.h>
 #include <qgsstatusbar.h>
 #include <QIcon>
 #include <QPointer>
@@ -35,7 +36,7 @@ class Wiring {
 public:
     explicit Wiring(QgisInterface& desktop)
         : m_messages(desktop.mainWindow()),
-          m_dialogs(desktop.mainWindow()),
+          m_dialogs(desktop.mainWindow(), [] { return QgsProject::instance()->homePath(); }),
           m_host([&desktop](const QString& text) { desktop.statusBarIface()->showMessage(text); }),
           m_presenter(m_host, desktop.mainWindow(), DesktopOf(desktop)),
           m_utmCopies(DesktopOf(desktop)),

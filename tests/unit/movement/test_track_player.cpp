@@ -581,6 +581,19 @@ TEST_F(TrackPlayer, A_delay_that_is_no_number_is_reported) {
     EXPECT_TRUE(Legs().empty());
 }
 
+TEST_F(TrackPlayer, A_delay_with_a_comma_is_explained_beside_the_report) {
+    AddTrack({0, 1, 2});
+    Load(2);
+    Player.TxtSec.Text = "0,5";
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Messages.Texts(), Texts{"cmdtrackM sub Error number: 13"});
+    EXPECT_EQ(Player.lblNotice.Caption, "\"0,5\" is not a number of seconds. Please write a point, as in 0.5.");
+    Player.TxtSec.Text = "0.5";
+    Player.cbOneStep.Value = 1;
+    Player.CmdTrackMoose_Click();
+    EXPECT_EQ(Player.lblNotice.Caption, "");
+}
+
 TEST_F(TrackPlayer, A_second_press_while_it_plays_does_nothing) {
     AddTrack({0, 1, 2});
     Load(2);
