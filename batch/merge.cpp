@@ -1,9 +1,9 @@
 #include "batch/merge.h"
 
+#include "analysis/ending.h"
+#include "analysis/output_names.h"
 #include "batch/point_store.h"
 #include "batch/task_state.h"
-#include "kde_tool/run_ending.h"
-#include "kde_tool/run_preparation.h"
 #include "platform/runtime_error.h"
 
 #include <map>
@@ -32,9 +32,9 @@ std::unique_ptr<platform::IFolderLock> take_folder(platform::IFolderLocks& locks
     return lock;
 }
 
-kde_tool::GroupedFixes animals_of(const platform::IFileSystem& files, const Plan& plan, const BatchFiles& batch) {
+analysis::GroupedFixes animals_of(const platform::IFileSystem& files, const Plan& plan, const BatchFiles& batch) {
     const PointStore points(files, batch.Points());
-    kde_tool::GroupedFixes fixes;
+    analysis::GroupedFixes fixes;
     fixes.TextIds = plan.Frame.TextIds;
     for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
         const PlannedAnimal& animal = plan.Animals[i];
@@ -73,24 +73,24 @@ private:
 
 }  // namespace
 
-void Merge::Run(std::span<kde_tool::IRunObserver* const> observers) {
+void Merge::Run(std::span<analysis::IRunObserver* const> observers) {
     const auto lock = take_folder(*m_services.Locks, m_plan);
-    const kde_tool::GroupedFixes animals = animals_of(*m_services.Files, m_plan, m_batch);
-    for (kde_tool::IRunObserver* observer : observers) observer->RunBegins(m_plan.Frame, animals);
+    const analysis::GroupedFixes animals = animals_of(*m_services.Files, m_plan, m_batch);
+    for (analysis::IRunObserver* observer : observers) observer->RunBegins(m_plan.Frame, animals);
     try {
         WriteReport(observers);
     } catch (...) {
         const platform::RuntimeError fault = platform::CurrentError();
-        kde_tool::tell_end(observers, kde_tool::RunOutcome::kFailed, *m_services.Messages);
+        analysis::tell_end(observers, analysis::RunOutcome::kFailed, *m_services.Messages);
         throw platform::RuntimeError(fault);
     }
-    kde_tool::tell_end(observers, kde_tool::RunOutcome::kComplete, *m_services.Messages);
+    analysis::tell_end(observers, analysis::RunOutcome::kComplete, *m_services.Messages);
     MarkMerge(0, true);
 }
 
-void Merge::WriteReport(std::span<kde_tool::IRunObserver* const> observers) {
+void Merge::WriteReport(std::span<analysis::IRunObserver* const> observers) {
     platform::IFileSystem& files = *m_services.Files;
-    const std::filesystem::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    const std::filesystem::path report = analysis::file_in_folder(m_plan.Frame.Folder, analysis::kReportFile);
     const std::filesystem::path draft = m_plan.Frame.Folder / platform::TemporaryName(report.filename().string());
     const std::int64_t earlier = EarlierReport();
     if (files.FileExists(draft)) files.DeleteFile(draft, true);
@@ -99,7 +99,7 @@ void Merge::WriteReport(std::span<kde_tool::IRunObserver* const> observers) {
         copy->Write(files.ReadFile(report, kLargestReport).substr(0, static_cast<std::size_t>(earlier)));
         copy->Close();
     }
-    kde_tool::AnalysisReport lines(files);
+    analysis::AnalysisReport lines(files);
     lines.Open(draft);
     lines.Write(m_plan.ReportHead);
     Results results(files, m_batch, m_plan);
@@ -107,9 +107,9 @@ void Merge::WriteReport(std::span<kde_tool::IRunObserver* const> observers) {
         const TaskEntry entry = results.Take(i);
         for (const platform::MessageBox& box : entry.Messages) m_services.Messages->Show(box);
         lines.Write(entry.Report);
-        for (kde_tool::IRunObserver* observer : observers) observer->AnimalDone(entry.Record);
+        for (analysis::IRunObserver* observer : observers) observer->AnimalDone(entry.Record);
     }
-    kde_tool::end_report(lines, m_services.Clock->Now(), false);
+    analysis::end_report(lines, m_services.Clock->Now(), false);
     files.Rename(draft, report);
 }
 
@@ -122,7 +122,7 @@ std::int64_t Merge::EarlierReport() {
                   [&](const Json& json) { bytes = whole_of(json.at("earlier_report"), -1, INT64_MAX); });
         return bytes;
     }
-    const std::filesystem::path report = kde_tool::file_in_folder(m_plan.Frame.Folder, kde_tool::kReportFile);
+    const std::filesystem::path report = analysis::file_in_folder(m_plan.Frame.Folder, analysis::kReportFile);
     if (m_services.Files->FileExists(report))
         bytes = static_cast<std::int64_t>(m_services.Files->ReadFile(report, kLargestReport).size());
     MarkMerge(bytes, false);

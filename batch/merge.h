@@ -1,6 +1,6 @@
 #pragma once
 #include "batch/plan.h"
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 #include "platform/services.h"
 
 #include <cstdint>
@@ -19,10 +19,10 @@ public:
         : m_services(services), m_plan(plan), m_batch(plan.Frame.Folder) {}
 
     /// RuntimeError 70 while a task or another analysis is at work in the folder, 57 for a result that cannot be used.
-    void Run(std::span<kde_tool::IRunObserver* const> observers);
+    void Run(std::span<analysis::IRunObserver* const> observers);
 
 private:
-    void WriteReport(std::span<kde_tool::IRunObserver* const> observers);
+    void WriteReport(std::span<analysis::IRunObserver* const> observers);
     std::int64_t EarlierReport();
     void MarkMerge(std::int64_t earlierReport, bool done);
 

@@ -1,7 +1,7 @@
 #include "batch/plan.h"
 
+#include "analysis/settings_text.h"
 #include "batch/record_codec.h"
-#include "kde_tool/kernel_radius.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -11,10 +11,10 @@
 namespace wxl::batch {
 namespace {
 
-using kde_tool::RunFrame;
-using kde_tool::RunInputs;
+using analysis::RunFrame;
+using analysis::Settings;
 
-constexpr std::int64_t kFormat = 1;
+constexpr std::int64_t kFormat = 2;
 constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
 
 constexpr double kLargest = 1e15;  // of any length, factor, time or size in a plan
@@ -50,70 +50,97 @@ private:
     platform::RasterGeometry m_geometry;
 };
 
+Json json_of_typed(const analysis::TypedNumber& number) {
+    return {{"text", json_of_text(number.Text)}, {"value", number.Value ? json_of_double(*number.Value) : Json()}};
+}
+
+analysis::TypedNumber typed_of(const Json& json) {
+    analysis::TypedNumber number;
+    number.Text = text_of(json.at("text"));
+    if (!json.at("value").is_null()) number.Value = number_of(json.at("value"));
+    return number;
+}
+
+/// A list that was accepted has no piece that is no number.
+Json json_of_typed(const analysis::TypedNumbers& list) {
+    return {{"text", json_of_text(list.Text)}, {"values", json_of_doubles(list.Values)}};
+}
+
+analysis::TypedNumbers typed_list_of(const Json& json) {
+    analysis::TypedNumbers list;
+    list.Text = text_of(json.at("text"));
+    list.Values = numbers_of(json.at("values"));
+    return list;
+}
+
 /// Bound by name and number, as in json_of_frame: what is new there does not compile until it is kept here too.
-Json json_of_inputs(const RunInputs& inputs) {
-    const auto& [layer, source, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions,
-                 outputFolder, prefix, cellSize, scaling, verbose, mode, buffer, reference, isopleths, percentages,
-                 lines, polygons, donuts, silent, html, reach] = inputs;
+Json json_of_settings(const Settings& settings) {
+    const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, reach,
+                 outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages, lines,
+                 polygons, donuts, silent, html, rasterFormat, animalsPerSubfolder] = settings;
     return {{"layer", json_of_text(layer)},
-            {"source", json_of_text(source)},
             {"where", json_of_text(where)},
             {"id_field", json_of_text(idField)},
             {"selected_only", selectedOnly},
             {"rescale", rescale},
             {"fixed_kernel", fixedKernel},
             {"method", method_text(method)},
-            {"bandwidths", json_of_text(bandwidths)},
-            {"proportions", json_of_text(proportions)},
+            {"bandwidths", json_of_typed(bandwidths)},
+            {"proportions", json_of_typed(proportions)},
+            {"reach", json_of_text(reach.Text)},
             {"output_folder", json_of_text(outputFolder)},
             {"prefix", json_of_text(prefix)},
-            {"cell_size", json_of_text(cellSize)},
-            {"scaling", json_of_text(scaling)},
+            {"cell_size", json_of_text(cells.Text)},
+            {"scaling", json_of_typed(scaling)},
             {"verbose", verbose},
             {"extent", static_cast<std::int64_t>(mode)},
-            {"buffer", json_of_text(buffer)},
+            {"buffer", json_of_typed(buffer)},
             {"reference", json_of_text(reference)},
             {"isopleths", isopleths},
-            {"percentages", json_of_text(percentages)},
+            {"percentages", json_of_typed(percentages)},
             {"lines", lines},
             {"polygons", polygons},
             {"donuts", donuts},
             {"silent", silent},
             {"html", html},
-            {"reach", json_of_text(reach)}};
+            {"raster_format", rasterFormat},
+            {"animals_per_subfolder", animalsPerSubfolder}};
 }
 
-RunInputs inputs_of_json(const Json& json) {
-    RunInputs inputs;
-    inputs.LayerName = text_of(json.at("layer"));
-    inputs.Source = text_of(json.at("source"));
-    inputs.Where = text_of(json.at("where"));
-    inputs.IdField = text_of(json.at("id_field"));
-    inputs.SelectedOnly = json.at("selected_only").get<bool>();
-    inputs.Rescale = json.at("rescale").get<bool>();
-    inputs.FixedKernel = json.at("fixed_kernel").get<bool>();
-    inputs.Method = method_of_text(json.at("method").get<std::string>());
-    inputs.BandwidthText = text_of(json.at("bandwidths"));
-    inputs.ProportionText = text_of(json.at("proportions"));
-    inputs.OutputFolder = text_of(json.at("output_folder"));
-    inputs.Prefix = text_of(json.at("prefix"));
-    inputs.CellSizeText = text_of(json.at("cell_size"));
-    inputs.ScalingText = text_of(json.at("scaling"));
-    inputs.Verbose = json.at("verbose").get<bool>();
-    inputs.Mode = static_cast<kde_tool::ExtentMode>(
-        whole_of(json.at("extent"), 0, static_cast<std::int64_t>(kde_tool::ExtentMode::kReference)));
-    inputs.BufferText = text_of(json.at("buffer"));
-    inputs.ReferenceName = text_of(json.at("reference"));
-    inputs.Isopleths = json.at("isopleths").get<bool>();
-    inputs.IsoplethText = text_of(json.at("percentages"));
-    inputs.Lines = json.at("lines").get<bool>();
-    inputs.Polygons = json.at("polygons").get<bool>();
-    inputs.Donuts = json.at("donuts").get<bool>();
-    inputs.Silent = json.at("silent").get<bool>();
-    inputs.Html = json.at("html").get<bool>();
-    inputs.ReachText = text_of(json.at("reach"));
-    if (!kde_tool::is_reach(inputs.ReachText)) platform::Raise(platform::error_number::kTypeMismatch, "no reach");
-    return inputs;
+Settings settings_of(const Json& json) {
+    Settings settings;
+    settings.LayerName = text_of(json.at("layer"));
+    settings.Where = text_of(json.at("where"));
+    settings.IdField = text_of(json.at("id_field"));
+    settings.SelectedOnly = json.at("selected_only").get<bool>();
+    settings.Rescale = json.at("rescale").get<bool>();
+    settings.FixedKernel = json.at("fixed_kernel").get<bool>();
+    settings.Method = method_of_text(json.at("method").get<std::string>());
+    settings.Bandwidths = typed_list_of(json.at("bandwidths"));
+    settings.Proportions = typed_list_of(json.at("proportions"));
+    const auto reach = analysis::reach_of(text_of(json.at("reach")));
+    if (!reach) platform::Raise(platform::error_number::kTypeMismatch, "no reach");
+    settings.KernelReach = *reach;
+    settings.OutputFolder = text_of(json.at("output_folder"));
+    settings.Prefix = text_of(json.at("prefix"));
+    settings.Cells = analysis::cell_size_of(text_of(json.at("cell_size")));
+    number_of(json_of_double(settings.Cells.Typed));
+    settings.ScalingFactor = typed_of(json.at("scaling"));
+    settings.Verbose = json.at("verbose").get<bool>();
+    settings.Mode = static_cast<analysis::ExtentMode>(
+        whole_of(json.at("extent"), 0, static_cast<std::int64_t>(analysis::ExtentMode::kReference)));
+    settings.Buffer = typed_of(json.at("buffer"));
+    settings.ReferenceName = text_of(json.at("reference"));
+    settings.Isopleths = json.at("isopleths").get<bool>();
+    settings.Percentages = typed_list_of(json.at("percentages"));
+    settings.Lines = json.at("lines").get<bool>();
+    settings.Polygons = json.at("polygons").get<bool>();
+    settings.Donuts = json.at("donuts").get<bool>();
+    settings.Silent = json.at("silent").get<bool>();
+    settings.Html = json.at("html").get<bool>();
+    settings.RasterFormat = json.at("raster_format").get<std::string>();
+    settings.AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX));
+    return settings;
 }
 
 Json json_of_reference(const platform::SpatialReference& reference) {
@@ -151,42 +178,44 @@ std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
 
 /// The output folder is where the plan is found.
 Json json_of_frame(const RunFrame& frame) {
-    const auto& [inputs, textIds, values, percentages, cellSize, scalingFactor, buffer, extent, reference,
-                 referenceRaster, outputFolder, rasterFormat] = frame;
-    return {{"inputs", json_of_inputs(inputs)},
+    const auto& [settings, source, textIds, values, extent, reference, referenceRaster, outputFolder] = frame;
+    return {{"settings", json_of_settings(settings)},
+            {"source", json_of_text(source)},
             {"text_ids", textIds},
             {"values", json_of_doubles(values)},
-            {"percentages", json_of_doubles(percentages)},
-            {"cell_size", json_of_double(cellSize)},
-            {"scaling_factor", json_of_double(scalingFactor)},
-            {"buffer", json_of_double(buffer)},
             {"layer_extent", json_of_doubles({extent.XMin, extent.YMin, extent.XMax, extent.YMax})},
             {"reference", json_of_reference(reference)},
-            {"reference_raster", json_of_raster(referenceRaster)},
-            {"raster_format", rasterFormat}};
+            {"reference_raster", json_of_raster(referenceRaster)}};
+}
+
+/// What a prepared run cannot lack, whatever the file says.
+void check_frame(const RunFrame& frame) {
+    const Settings& settings = frame.Wanted;
+    if (frame.Values.empty()) platform::Raise(platform::error_number::kSubscript, "no values");
+    if (settings.Isopleths && settings.Percentages.Values.empty())
+        platform::Raise(platform::error_number::kSubscript, "no percentages");
+    if (settings.Mode == analysis::ExtentMode::kReference && !frame.ReferenceRaster)
+        platform::Raise(platform::error_number::kSubscript, "no reference raster");
+    if (settings.Mode == analysis::ExtentMode::kFull && !settings.Buffer.Value)
+        platform::Raise(platform::error_number::kSubscript, "no buffer");
+    if (!(settings.ScalingFactor.Value.value_or(0.0) > 0.0))
+        platform::Raise(platform::error_number::kSubscript, "no scaling factor");
+    if (frame.Values != values_of(settings)) platform::Raise(platform::error_number::kSubscript, "other values");
 }
 
 RunFrame frame_of(const Json& json) {
     RunFrame frame;
-    frame.Inputs = inputs_of_json(json.at("inputs"));
+    frame.Wanted = settings_of(json.at("settings"));
+    frame.Source = text_of(json.at("source"));
     frame.TextIds = json.at("text_ids").get<bool>();
     frame.Values = numbers_of(json.at("values"));
-    frame.Percentages = numbers_of(json.at("percentages"));
-    frame.CellSize = number_of(json.at("cell_size"));
-    frame.ScalingFactor = number_of(json.at("scaling_factor"));
-    frame.Buffer = number_of(json.at("buffer"));
     const auto extent = doubles_of(json.at("layer_extent"));
     frame.LayerExtent = {extent.at(0), extent.at(1), extent.at(2), extent.at(3)};
     // Of the other two ways to choose an extent it stays empty: infinite.
-    if (frame.Inputs.Mode == kde_tool::ExtentMode::kFull) numbers_of(json.at("layer_extent"));
+    if (frame.Wanted.Mode == analysis::ExtentMode::kFull) numbers_of(json.at("layer_extent"));
     frame.Reference = reference_of(json.at("reference"));
     frame.ReferenceRaster = raster_of(json.at("reference_raster"));
-    frame.RasterFormat = json.at("raster_format").get<std::string>();
-    if (frame.Values.empty()) platform::Raise(platform::error_number::kSubscript, "no values");
-    if (frame.Inputs.Isopleths && frame.Percentages.empty())
-        platform::Raise(platform::error_number::kSubscript, "no percentages");
-    if (frame.Inputs.Mode == kde_tool::ExtentMode::kReference && !frame.ReferenceRaster)
-        platform::Raise(platform::error_number::kSubscript, "no reference raster");
+    check_frame(frame);
     return frame;
 }
 
@@ -287,7 +316,7 @@ Plan plan_of(const Json& json) {
     plan.Planned = json.at("planned").get<std::string>();
     plan.Input = input_of(json.at("input"));
     plan.Frame = frame_of(json.at("frame"));
-    plan.Animals = animals_of(json.at("animals"), plan.Frame.Inputs.Prefix);
+    plan.Animals = animals_of(json.at("animals"), plan.Frame.Wanted.Prefix);
     plan.Tasks = tasks_of(json.at("tasks"), plan.DistributionCount());
     plan.ReportHead = texts_of(json.at("report_head"));
     return plan;

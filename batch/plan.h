@@ -1,7 +1,7 @@
 #pragma once
 #include "batch/task_packing.h"
-#include "kde_tool/animal_run.h"
-#include "kde_tool/report_lines.h"
+#include "analysis/animal_run.h"
+#include "analysis/report_lines.h"
 #include "platform/file_system.h"
 #include "platform/values.h"
 
@@ -61,10 +61,10 @@ struct Plan {
     std::string Program;  ///< version of the program that planned it
     std::string Planned;  ///< date and time
     std::vector<InputFile> Input;
-    kde_tool::RunFrame Frame;
+    analysis::RunFrame Frame;
     std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
     std::vector<PlannedTask> Tasks;
-    kde_tool::Lines ReportHead;
+    analysis::Lines ReportHead;
 
     std::size_t ValueCount() const { return Frame.Values.size(); }
     std::size_t DistributionCount() const { return Animals.size() * ValueCount(); }

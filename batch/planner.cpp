@@ -1,11 +1,10 @@
 #include "batch/planner.h"
 
+#include "analysis/dry_run.h"
+#include "analysis/output_names.h"
+#include "analysis/subfolders.h"
 #include "batch/point_store.h"
 #include "batch/sha256.h"
-#include "kde_tool/run_estimate.h"
-#include "kde_tool/run_plan.h"
-#include "kde_tool/standing_outputs.h"
-#include "kde_tool/subfolders.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -17,39 +16,27 @@ namespace {
 
 constexpr double kMegabytesPerFix = 64e-6;  ///< a sample, its copies and its search
 
-std::vector<kde_tool::DistributionEstimate> estimates_of(const kde_tool::PreparedRun& run) {
-    const kde_tool::RunFrame& frame = run.Frame;
+std::vector<analysis::ComingDistribution> distributions_of(const analysis::PreparedRun& run) {
+    const analysis::RunFrame& frame = run.Frame;
     const auto reference = frame.ReferenceRaster ? frame.ReferenceRaster->Geometry() : platform::RasterGeometry();
-    const auto shared = kde_tool::estimate_frame(frame.Inputs, frame.LayerExtent, frame.Buffer, reference);
-    const auto& animals = run.Animals.Animals;
-    const auto hrefs = kde_tool::HrefRows(animals);
-    // Only a rescaled bandwidth asks for them.
-    const bool rescale = frame.Inputs.Rescale;
-    const auto spreads = rescale ? kde_tool::VarianceRows(animals) : std::vector<kde_tool::VarianceRow>(animals.size());
-    std::vector<kde_tool::DistributionEstimate> estimates;
-    for (std::size_t i = 0; i < animals.size(); ++i) {
-        const double href = kde_tool::applied_href(hrefs[i], spreads[i], rescale);
-        for (const double value : frame.Values)
-            estimates.push_back(kde_tool::estimate(shared, animals[i], href, value));
-    }
-    return estimates;
+    return analysis::dry_run(analysis::estimate_frame(frame.Wanted, frame.LayerExtent, reference), run.Animals.Animals);
 }
 
 /// A distribution of too many cells fails at once.
-double seconds_of(const kde_tool::DistributionEstimate& estimate) {
-    return kde_tool::is_too_large(estimate) ? 0.0 : estimate.Seconds;
+double seconds_of(const analysis::DistributionEstimate& estimate) {
+    return analysis::is_too_large(estimate) ? 0.0 : estimate.Seconds;
 }
 
-double megabytes_of(const kde_tool::DistributionEstimate& estimate) {
-    return kde_tool::is_too_large(estimate) ? 0.0 : estimate.Megabytes;
+double megabytes_of(const analysis::DistributionEstimate& estimate) {
+    return analysis::is_too_large(estimate) ? 0.0 : estimate.Megabytes;
 }
 
-std::vector<PlannedTask> tasks_of(const kde_tool::PreparedRun& run, std::size_t wanted) {
-    const auto estimates = estimates_of(run);
+std::vector<PlannedTask> tasks_of(const analysis::PreparedRun& run, std::size_t wanted) {
+    const auto distributions = distributions_of(run);
     std::vector<double> seconds;
     double total = 0.0;
-    for (const auto& estimate : estimates) {
-        seconds.push_back(seconds_of(estimate));
+    for (const auto& distribution : distributions) {
+        seconds.push_back(seconds_of(distribution.Cost));
         total += seconds.back();
     }
     std::vector<PlannedTask> tasks;
@@ -58,7 +45,7 @@ std::vector<PlannedTask> tasks_of(const kde_tool::PreparedRun& run, std::size_t 
         for (const std::size_t distribution : work) {
             const auto& animal = run.Animals.Animals[distribution / run.Frame.Values.size()];
             task.Seconds += seconds[distribution];
-            task.Megabytes = std::max(task.Megabytes, megabytes_of(estimates[distribution]) +
+            task.Megabytes = std::max(task.Megabytes, megabytes_of(distributions[distribution].Cost) +
                                                           static_cast<double>(animal.Fixes.size()) * kMegabytesPerFix);
         }
         task.Work = std::move(work);
@@ -77,10 +64,9 @@ std::string id_of(const Plan& plan, const platform::IClock& clock) {
 }
 
 /// A task may replace what it wrote before, and nothing else: nothing of these names may stand when the batch begins.
-void check_names_are_free(const platform::Services& services, const kde_tool::PreparedRun& run) {
-    const kde_tool::RunFrame& frame = run.Frame;
-    const auto standing = kde_tool::standing_outputs(
-        *services.Files, frame.Inputs, {frame.Folder, frame.RasterFormat, frame.Values.size()}, run.Animals.Animals);
+void check_names_are_free(const platform::Services& services, const analysis::PreparedRun& run) {
+    const auto standing =
+        analysis::standing_outputs(*services.Files, run.Frame.Wanted, run.Frame.Folder, run.Animals.Animals);
     if (!standing.empty())
         platform::Raise(platform::error_number::kFileExists,
                         standing.front().front().string() +
@@ -91,11 +77,11 @@ void make_folder(const platform::Services& services, const std::filesystem::path
     platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
 }
 
-void make_folders(const platform::Services& services, const BatchFiles& batch, const kde_tool::PreparedRun& run) {
+void make_folders(const platform::Services& services, const BatchFiles& batch, const analysis::PreparedRun& run) {
     make_folder(services, batch.Folder);
     make_folder(services, batch.Tasks());
     make_folder(services, batch.Logs());
-    for (const std::string& subfolder : kde_tool::subfolders_of(run.Animals.Animals))
+    for (const std::string& subfolder : analysis::subfolders_of(run.Animals.Animals))
         make_folder(services, run.Frame.Folder / subfolder);
 }
 
@@ -133,12 +119,11 @@ std::vector<InputFile> input_files(const platform::IFileSystem& files, const std
     return found;
 }
 
-std::vector<std::string> names_of(const Plan& plan, std::size_t distribution) {
-    const kde_tool::RunInputs& inputs = plan.Frame.Inputs;
+std::vector<analysis::Dataset> datasets_of(const Plan& plan, std::size_t distribution) {
+    const analysis::Settings& settings = plan.Frame.Wanted;
     const PlannedAnimal& animal = plan.Animals.at(distribution / plan.ValueCount());
-    return kde_tool::dataset_names(
-        inputs,
-        kde_tool::raster_name(inputs, animal.NamingId, distribution % plan.ValueCount() + 1, plan.ValueCount()));
+    return analysis::datasets_of(
+        settings, analysis::raster_name(settings, animal.NamingId, distribution % plan.ValueCount() + 1));
 }
 
 void remove_batch(const platform::Services& services, const std::filesystem::path& output) {
@@ -150,7 +135,7 @@ void remove_batch(const platform::Services& services, const std::filesystem::pat
     if (services.Files->FolderExists(batch.Folder)) services.Folders->DeleteTree(batch.Folder);
 }
 
-Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun& run, const PlanWishes& wishes) {
+Plan plan_batch(const platform::Services& services, const analysis::PreparedRun& run, const PlanWishes& wishes) {
     const BatchFiles batch(run.Frame.Folder);
     Plan plan;
     plan.Program = wishes.Program;
@@ -158,7 +143,7 @@ Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun&
     plan.Input = input_files(*services.Files, wishes.Input);
     plan.Frame = run.Frame;
     plan.Id = id_of(plan, *services.Clock);
-    for (const kde_tool::AnimalFixes& animal : run.Animals.Animals)
+    for (const analysis::AnimalFixes& animal : run.Animals.Animals)
         plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack});
     check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);

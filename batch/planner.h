@@ -1,6 +1,7 @@
 #pragma once
 #include "batch/plan.h"
-#include "kde_tool/analysis_run.h"
+#include "analysis/analysis.h"
+#include "analysis/output_names.h"
 #include "platform/services.h"
 
 #include <filesystem>
@@ -19,7 +20,7 @@ struct PlanWishes {
 
 /// Writes the batch of a prepared run: store of points, folders, and last the plan. RuntimeError 58 when datasets of
 /// the run's names stand in the output folder.
-Plan plan_batch(const platform::Services& services, const kde_tool::PreparedRun& run, const PlanWishes& wishes);
+Plan plan_batch(const platform::Services& services, const analysis::PreparedRun& run, const PlanWishes& wishes);
 
 /// Deletes the batch in the folder with all its results, not its datasets. Nothing when there is none.
 void remove_batch(const platform::Services& services, const std::filesystem::path& output);
@@ -28,7 +29,7 @@ void remove_batch(const platform::Services& services, const std::filesystem::pat
 /// of a folder, sorted, with their digests. RuntimeError 57 when one cannot be read.
 std::vector<InputFile> input_files(const platform::IFileSystem& files, const std::filesystem::path& input);
 
-/// Names of all datasets of one distribution of the plan: raster first, then the shapefiles.
-std::vector<std::string> names_of(const Plan& plan, std::size_t distribution);
+/// The datasets of one distribution of the plan: the raster, then the isopleths.
+std::vector<analysis::Dataset> datasets_of(const Plan& plan, std::size_t distribution);
 
 }  // namespace wxl::batch

@@ -40,10 +40,10 @@ std::uint64_t fnv1a(std::string_view bytes) {
 }  // namespace
 
 void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
-                       std::span<const kde_tool::AnimalFixes> animals) {
+                       std::span<const analysis::AnimalFixes> animals) {
     Header header;
     std::vector<PointStore::Entry> index;
-    for (const kde_tool::AnimalFixes& animal : animals) {
+    for (const analysis::AnimalFixes& animal : animals) {
         const std::size_t count = animal.Fixes.size();
         index.push_back({header.Fixes, count, fnv1a(bytes_of(animal.Fixes.data(), count))});
         header.Fixes += count;
@@ -55,7 +55,7 @@ void write_point_store(platform::IFileSystem& files, const std::filesystem::path
     const auto out = files.OpenForWriting(temporary, platform::WriteMode::kReplace);
     out->Write(bytes_of(&header, 1));
     out->Write(bytes_of(index.data(), index.size()));
-    for (const kde_tool::AnimalFixes& animal : animals) out->Write(bytes_of(animal.Fixes.data(), animal.Fixes.size()));
+    for (const analysis::AnimalFixes& animal : animals) out->Write(bytes_of(animal.Fixes.data(), animal.Fixes.size()));
     out->Close();
     files.Rename(temporary, file);
 }

@@ -1,5 +1,5 @@
 #pragma once
-#include "kde_tool/animal_fixes.h"
+#include "analysis/animal_fixes.h"
 #include "platform/file_system.h"
 #include "platform/values.h"
 
@@ -20,7 +20,7 @@ namespace wxl::batch {
 ///
 /// Publishes the file; RuntimeError when it cannot be written.
 void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
-                       std::span<const kde_tool::AnimalFixes> animals);
+                       std::span<const analysis::AnimalFixes> animals);
 
 /// A store that is read animal by animal.
 class PointStore {
@@ -41,7 +41,7 @@ private:
         std::uint64_t Checksum = 0;
     };
     friend void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
-                                  std::span<const kde_tool::AnimalFixes> animals);
+                                  std::span<const analysis::AnimalFixes> animals);
 
     void ReadBytes(std::uint64_t offset, void* into, std::uint64_t count) const;
     [[noreturn]] void Refuse(const std::string& why) const;

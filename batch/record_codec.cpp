@@ -9,8 +9,8 @@
 namespace wxl::batch {
 namespace {
 
-using kde_tool::AnimalRecord;
-using kde_tool::BandwidthMethod;
+using analysis::AnimalRecord;
+using analysis::BandwidthMethod;
 
 constexpr std::array<std::pair<const char*, BandwidthMethod>, 5> kMethods = {
     {{"lscv", BandwidthMethod::kLscv},
@@ -27,16 +27,16 @@ std::optional<double> optional_of(const Json& json) {
     return json.is_null() ? std::nullopt : std::optional(double_of(json));
 }
 
-Json json_of_isopleths(const std::vector<kde_tool::IsoplethRecord>& isopleths) {
+Json json_of_isopleths(const std::vector<analysis::IsoplethRecord>& isopleths) {
     Json json = Json::array();
-    for (const kde_tool::IsoplethRecord& isopleth : isopleths)
+    for (const analysis::IsoplethRecord& isopleth : isopleths)
         json.push_back(
             {json_of_double(isopleth.Percent), json_of_double(isopleth.Level), json_of_optional(isopleth.Area)});
     return json;
 }
 
-std::vector<kde_tool::IsoplethRecord> isopleths_of(const Json& json) {
-    std::vector<kde_tool::IsoplethRecord> isopleths;
+std::vector<analysis::IsoplethRecord> isopleths_of(const Json& json) {
+    std::vector<analysis::IsoplethRecord> isopleths;
     for (const Json& one : json)
         isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2))});
     return isopleths;
@@ -74,14 +74,17 @@ Enumeration enumeration_of(const Json& json, Enumeration last) {
 }
 
 Json json_of_box(const platform::MessageBox& box) {
-    return {
-        {"text", json_of_text(box.Text)}, {"title", json_of_text(box.Title)}, {"icon", json_of_enumeration(box.Sign)}};
+    return {{"text", json_of_text(box.Text)},
+            {"title", json_of_text(box.Title)},
+            {"icon", json_of_enumeration(box.Sign)},
+            {"kind", json_of_enumeration(box.Kind)}};
 }
 
 platform::MessageBox box_of(const Json& json) {
     return {.Text = text_of(json.at("text")),
             .Title = text_of(json.at("title")),
-            .Sign = enumeration_of(json.at("icon"), platform::Icon::kInformation)};
+            .Sign = enumeration_of(json.at("icon"), platform::Icon::kInformation),
+            .Kind = enumeration_of(json.at("kind"), platform::BoxKind::kQuestion)};
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 #include "batch/json_codec.h"
-#include "kde_tool/report_lines.h"
-#include "kde_tool/run_record.h"
+#include "analysis/report_lines.h"
+#include "analysis/record.h"
 #include "platform/messages.h"
 
 #include <vector>
@@ -9,14 +9,14 @@
 namespace wxl::batch {
 
 /// A record that comes back equal in every member, numbers to the last bit.
-Json json_of_record(const kde_tool::AnimalRecord& record);
-kde_tool::AnimalRecord record_of(const Json& json);
+Json json_of_record(const analysis::AnimalRecord& record);
+analysis::AnimalRecord record_of(const Json& json);
 
 /// One distribution as a task leaves it: what a single run would have written, shown and told at this place.
 struct TaskEntry {
     std::size_t Distribution = 0;  ///< animal x values per animal + value, in the run's order
-    kde_tool::AnimalRecord Record;
-    kde_tool::Lines Report;
+    analysis::AnimalRecord Record;
+    analysis::Lines Report;
     std::vector<platform::MessageBox> Messages;
 };
 
@@ -24,7 +24,7 @@ Json json_of_entry(const TaskEntry& entry);
 TaskEntry entry_of(const Json& json);
 
 /// Names of the methods in plans and results.
-const char* method_text(kde_tool::BandwidthMethod method);
-kde_tool::BandwidthMethod method_of_text(const std::string& text);
+const char* method_text(analysis::BandwidthMethod method);
+analysis::BandwidthMethod method_of_text(const std::string& text);
 
 }  // namespace wxl::batch

@@ -39,7 +39,7 @@ private:
 };
 
 /// A task shows nothing; whether warnings are shown was decided when the batch was planned.
-class PlannedStages final : public kde_tool::IRunStages {
+class PlannedStages final : public analysis::IRunStages {
 public:
     explicit PlannedStages(bool silent) : m_silent(silent) {}
     void Stage(const std::string& /*status*/) override {}
@@ -92,11 +92,11 @@ std::string now_of(const platform::Services& services) {
 }  // namespace
 
 std::filesystem::path TaskRun::FolderOf(std::size_t distribution) const {
-    return kde_tool::output_folder(m_plan.Frame, m_plan.Animals.at(distribution / m_plan.ValueCount()).Subfolder);
+    return analysis::subfolder_in(m_plan.Frame.Folder, m_plan.Animals.at(distribution / m_plan.ValueCount()).Subfolder);
 }
 
 TaskOutcome TaskRun::Run(std::size_t number, bool again,
-                         const std::function<void(const kde_tool::AnimalRecord&)>& met) {
+                         const std::function<void(const analysis::AnimalRecord&)>& met) {
     if (number == 0 || number > m_plan.Tasks.size())
         platform::Raise(
             platform::error_number::kSubscript,
@@ -145,12 +145,12 @@ void TaskRun::CheckNothingStands(std::size_t number) const {
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
         const std::filesystem::path folder = FolderOf(distribution);
         const auto& contents = folders.try_emplace(folder, *m_services.Files, folder).first->second;
-        const auto names = names_of(m_plan, distribution);
-        auto standing = contents.Raster(names.front(), m_plan.Frame.RasterFormat);
-        for (std::size_t i = 1; i < names.size() && standing.empty(); ++i) standing = contents.Shapefile(names[i]);
-        if (!standing.empty())
-            platform::Raise(platform::error_number::kFileExists,
-                            standing.front().string() + " was made by another program since the batch was planned");
+        for (const analysis::Dataset& dataset : datasets_of(m_plan, distribution)) {
+            const auto standing = analysis::files_of(contents, dataset, m_plan.Frame.Wanted.RasterFormat);
+            if (!standing.empty())
+                platform::Raise(platform::error_number::kFileExists,
+                                standing.front().string() + " was made by another program since the batch was planned");
+        }
     }
 }
 
@@ -161,11 +161,11 @@ void TaskRun::RemoveOwnDatasets(std::size_t number) {
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
         const std::filesystem::path folder = FolderOf(distribution);
         const auto& contents = folders.try_emplace(folder, files, folder).first->second;
-        const auto own = names_of(m_plan, distribution);
-        names[folder].insert(own.begin(), own.end());
-        for (std::size_t i = 0; i < own.size(); ++i) {
-            if (i == 0 && m_services.Rasters->Exists(folder, own[i])) m_services.Rasters->Delete(folder, own[i]);
-            if (i > 0 && !contents.Shapefile(own[i]).empty()) m_services.Shapefiles->Delete(folder, own[i]);
+        for (const auto& [kind, name] : datasets_of(m_plan, distribution)) {
+            names[folder].insert(name);
+            const bool raster = kind == analysis::DatasetKind::kRaster;
+            if (raster && m_services.Rasters->Exists(folder, name)) m_services.Rasters->Delete(folder, name);
+            if (!raster && !contents.Shapefile(name).empty()) m_services.Shapefiles->Delete(folder, name);
         }
     }
     for (const auto& [folder, own] : names)
@@ -178,7 +178,7 @@ void TaskRun::RemoveOwnDatasets(std::size_t number) {
         }
 }
 
-void TaskRun::Compute(std::size_t number, const std::function<void(const kde_tool::AnimalRecord&)>& met) {
+void TaskRun::Compute(std::size_t number, const std::function<void(const analysis::AnimalRecord&)>& met) {
     const auto begin = m_services.Clock->Steady();
     TaskResult result;
     result.Batch = m_plan.Id;
@@ -188,15 +188,14 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const kde_too
     KeptMessages messages(*m_services.Messages);
     platform::Services services = m_services;
     services.Messages = &messages;
-    kde_tool::CollectedReport report;
-    PlannedStages stages(m_plan.Frame.Inputs.Silent);
-    platform::ProgressBar progress;
-    kde_tool::AnimalRun run(services, m_geodata, m_plan.Frame, report, stages, progress);
+    analysis::CollectedReport report;
+    PlannedStages stages(m_plan.Frame.Wanted.Silent);
+    analysis::AnimalRun run(services, m_geodata, m_plan.Frame, report, stages);
     const PointStore points(*m_services.Files, m_batch.Points());
     if (points.AnimalCount() != m_plan.Animals.size())
         platform::Raise(platform::error_number::kDeviceIo,
                         "The batch's points do not belong to its plan. Plan the batch anew with --overwrite.");
-    kde_tool::AnimalFixes animal;
+    analysis::AnimalFixes animal;
     std::size_t present = m_plan.Animals.size();
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
         const std::size_t place = distribution / m_plan.ValueCount();

@@ -1,6 +1,6 @@
 #pragma once
 #include "batch/plan.h"
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 #include "platform/services.h"
 
 #include <cstddef>
@@ -32,14 +32,14 @@ public:
 
     /// Runs the task `number` (from 1; RuntimeError 9 beyond the last). `again`: also when it is done. `met` is told of
     /// every distribution as it is finished.
-    TaskOutcome Run(std::size_t number, bool again, const std::function<void(const kde_tool::AnimalRecord&)>& met);
+    TaskOutcome Run(std::size_t number, bool again, const std::function<void(const analysis::AnimalRecord&)>& met);
 
 private:
     bool IsDone(std::size_t number) const;
     void Clear(std::size_t number);
     void CheckNothingStands(std::size_t number) const;
     void RemoveOwnDatasets(std::size_t number);
-    void Compute(std::size_t number, const std::function<void(const kde_tool::AnimalRecord&)>& met);
+    void Compute(std::size_t number, const std::function<void(const analysis::AnimalRecord&)>& met);
     std::filesystem::path FolderOf(std::size_t distribution) const;
 
     const platform::Services& m_services;

@@ -1,5 +1,6 @@
 #include "comparison/adhoc_bandwidth.h"
 
+#include "engine/kernel_reach.h"
 #include "comparison/kernel_sum.h"
 
 #include <array>
@@ -7,7 +8,6 @@
 namespace wxl::comparison {
 namespace {
 
-constexpr double kReach = 4.0;
 constexpr double kWidth = 0.001;  // of the bisection
 
 /// Asks for the parts at proportions and writes down the answers.
@@ -81,9 +81,8 @@ AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdH
                                const std::function<void(double)>& progress) {
     AdHocBandwidth none;
     none.Href = reference_bandwidth(fixes);
-    platform::Extent extent;
-    for (const platform::Point& fix : fixes) extent.Include(fix);
-    const double margin = kReach * none.Href;
+    const platform::Extent extent = platform::BoundsOf(fixes);
+    const double margin = engine::kUsualReach * none.Href;
     none.CellSize = settings.CellSize > 0.0 ? settings.CellSize : usual_cell_size(0.5 * none.Href, extent, margin);
     if (!(none.Href > 0.0) || none.Href < none.CellSize) return none;
 

@@ -1,5 +1,6 @@
 #include "comparison/animal_density.h"
 
+#include "engine/kernel_reach.h"
 #include "comparison/kernel_sum.h"
 #include "engine/clsKernelCalculator.h"
 #include "platform/text.h"
@@ -10,7 +11,6 @@
 namespace wxl::comparison {
 namespace {
 
-constexpr double kReach = 4.0;  // bandwidths
 
 /// Faults of the calculator are told as reasons, not as boxes.
 class NoBoxes final : public platform::IMessages {
@@ -94,7 +94,7 @@ platform::RasterGeometry shared_grid(std::span<const engine::PointSample> animal
         largest = std::max(largest, bandwidth);
     }
     if (extent.IsEmpty()) return {0.0, 0.0, std::max(1.0, cellSize), 1, 1};
-    const double margin = kReach * largest;
+    const double margin = engine::kUsualReach * largest;
     const double cell = cellSize > 0.0 ? cellSize : usual_cell_size(smallest, extent, margin);
     return covering_grid(extent, margin + cell, cell);
 }
@@ -113,7 +113,7 @@ AnimalDensity density_of(const engine::PointSample& fixes, const AnimalBandwidth
     calculator.SetColumns(grid.Columns);
     calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
     calculator.SetManualBandwidth(bandwidth.MapUnits);
-    calculator.SetLimitRadius(kReach * bandwidth.MapUnits);
+    calculator.SetLimitRadius(engine::kUsualReach * bandwidth.MapUnits);
     calculator.CalculateKernel();
     const engine::KernelGrid* kernel = calculator.GetKernel();
     if (kernel == nullptr) return {{}, reason_of(calculator)};

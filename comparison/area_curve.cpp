@@ -1,5 +1,6 @@
 #include "comparison/area_curve.h"
 
+#include "engine/kernel_reach.h"
 #include "comparison/convex_hull.h"
 #include "comparison/kernel_sum.h"
 #include "comparison/minimum_convex_polygon.h"
@@ -18,7 +19,6 @@ using platform::Point;
 using Areas = std::vector<std::optional<double>>;
 
 constexpr std::size_t kMostSizes = 200;
-constexpr double kReach = 4.0;
 
 /// The areas of the first fixes of an order, for growing numbers of them.
 class AreaMeter {
@@ -110,12 +110,11 @@ private:
 
 /// The grid of all fixes, wide enough for the bandwidth of the fewest.
 platform::RasterGeometry kernel_grid(std::span<const Point> fixes, const CurveSettings& settings) {
-    platform::Extent extent;
-    for (const Point& fix : fixes) extent.Include(fix);
+    const platform::Extent extent = platform::BoundsOf(fixes);
     const double smallest = settings.Bandwidth > 0.0 ? settings.Bandwidth : reference_bandwidth(fixes);
     const double growth = std::pow(
         static_cast<double>(fixes.size()) / static_cast<double>(std::min(settings.First, fixes.size())), 1.0 / 6);
-    const double margin = kReach * smallest * (settings.Bandwidth > 0.0 ? 1.0 : growth);
+    const double margin = engine::kUsualReach * smallest * (settings.Bandwidth > 0.0 ? 1.0 : growth);
     const double cell = settings.CellSize > 0.0 ? settings.CellSize : usual_cell_size(smallest, extent, margin);
     return covering_grid(extent, margin, cell);
 }

@@ -1,5 +1,6 @@
 #include "comparison/kernel_sum.h"
 
+#include "engine/kernel_reach.h"
 #include "engine/kernel_accumulation.h"
 #include "engine/numeric.h"
 #include "platform/runtime_error.h"
@@ -12,7 +13,6 @@
 namespace wxl::comparison {
 namespace {
 
-constexpr double kReach = 4.0;  // bandwidths
 constexpr double kUsualCells = 1e6;
 constexpr double kMostCells = 25e6;
 constexpr std::int32_t kSideLimit = 50'000'000;
@@ -59,8 +59,7 @@ double round_size(int number) {
 
 bool have_spread(std::span<const platform::Point> fixes) {
     constexpr double kRounding = 1e-12;
-    platform::Extent extent;
-    for (const platform::Point& fix : fixes) extent.Include(fix);
+    const platform::Extent extent = platform::BoundsOf(fixes);
     if (extent.IsEmpty()) return false;
     const double size =
         std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});
@@ -78,7 +77,7 @@ void KernelSum::Clear() {
 }
 
 void KernelSum::Add(std::span<const platform::Point> fixes, double bandwidth) {
-    const double reach = std::floor(kReach * bandwidth / m_grid.CellSize) + 1.0;
+    const double reach = std::floor(engine::kUsualReach * bandwidth / m_grid.CellSize) + 1.0;
     const double top = m_grid.OriginY + m_grid.Rows * m_grid.CellSize;
     std::vector<engine::FixKernel> kernels;
     for (const platform::Point& fix : fixes) {

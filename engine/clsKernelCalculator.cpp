@@ -213,7 +213,9 @@ void clsKernelCalculator::Fail(std::int32_t status, const std::string& text) {
 
 void clsKernelCalculator::ShowFault(const std::string& label) {
     const platform::RuntimeError error = platform::CurrentError();
-    m_messages->Show({.Text = label + std::to_string(error.Number) + ", " + error.Description, .Title = "Error"});
+    m_messages->Show({.Text = label + std::to_string(error.Number) + ", " + error.Description,
+                      .Title = "Error",
+                      .Kind = platform::BoxKind::kFault});
 }
 
 void clsKernelCalculator::FailTooLarge() {

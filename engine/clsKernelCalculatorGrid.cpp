@@ -72,7 +72,8 @@ void clsKernelCalculator::CalculateKernel() {
         m_messages->Show({.Text = "KernelCalculator: " + std::to_string(lErrorStatus) + ", " +
                                   std::to_string(error.Number) + ", " + error.Description,
                           .Title = "Error",
-                          .Sign = platform::Icon::kCritical});
+                          .Sign = platform::Icon::kCritical,
+                          .Kind = platform::BoxKind::kFault});
     }
 }
 
@@ -138,7 +139,8 @@ void clsKernelCalculator::CalculateLocalFactors() {
         lErrorStatus = kernel_status::kGood;
     } catch (...) {
         m_messages->Show({.Text = "Local smooth error: " + std::to_string(lErrorStatus) + ", " + workingValues + ", " +
-                                  platform::NumberText(m_bandwidth)});
+                                  platform::NumberText(m_bandwidth),
+                          .Kind = platform::BoxKind::kFault});
     }
 }
 

@@ -123,7 +123,7 @@ void clsLSCV::Search(const Method& method) {
     } catch (...) {
         lErrorStatus = method.Fault;
         const std::string text = method.FaultText;
-        if (!text.empty()) m_messages->Show({.Text = text, .Title = "Error"});
+        if (!text.empty()) m_messages->Show({.Text = text, .Title = "Error", .Kind = platform::BoxKind::kFault});
     }
 }
 
@@ -165,7 +165,8 @@ void clsLSCV::RunSearch(const Method& method) {
         lErrorStatus = lscv_status::kGood;
     } catch (...) {
         m_messages->Show({.Text = method.Label + std::to_string(lErrorStatus) + ", " +
-                                  platform::NumberText(m_searchMin) + ", " + platform::NumberText(m_searchMax)});
+                                  platform::NumberText(m_searchMin) + ", " + platform::NumberText(m_searchMax),
+                          .Kind = platform::BoxKind::kFault});
     }
 }
 

@@ -22,12 +22,6 @@ double bcv_term(double t) {
     return (square * square - 8.0 * square + 8.0) * SafeExp(square * -0.5);
 }
 
-platform::Extent bounds_of(std::span<const platform::Point> points) {
-    platform::Extent bounds;
-    for (const platform::Point& point : points) bounds.Include(point);
-    return bounds;
-}
-
 /// Powers of d / h leave the range of numbers where those of the sample's extent do.
 void check_powers(Criterion criterion, const platform::Extent& bounds, double bandwidth) {
     const double t = platform::quotient(std::hypot(bounds.Width(), bounds.Height()), bandwidth);
@@ -144,7 +138,7 @@ bool has_pair_distances(std::span<const platform::Point> points) {
         return false;
     for (const platform::Point& point : points)
         if (!std::isfinite(point.X) || !std::isfinite(point.Y)) return false;
-    const platform::Extent bounds = bounds_of(points);
+    const platform::Extent bounds = platform::BoundsOf(points);
     return std::isfinite(bounds.Width() * bounds.Width() + bounds.Height() * bounds.Height());
 }
 
@@ -170,7 +164,7 @@ double score_of(Criterion criterion, double pairSum, std::size_t count, double b
 
 SearchScores search_scores(Criterion criterion, std::span<const platform::Point> points,
                            std::span<const double> bandwidths, WorkClock& clock) {
-    const platform::Extent bounds = bounds_of(points);
+    const platform::Extent bounds = platform::BoundsOf(points);
     SearchScores scores;
     scores.Values.assign(bandwidths.size(), 0.0);
     std::vector<std::size_t> rows;

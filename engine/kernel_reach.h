@@ -6,6 +6,9 @@
 
 namespace wxl::engine {
 
+/// Kernels reach this many bandwidths, unless a run is told otherwise; smallest extents are padded by as much.
+inline constexpr double kUsualReach = 4.0;
+
 /// A sample's kernels as they are to be computed.
 struct KernelShape {
     double Bandwidth = 0.0;  ///< map units; with unit variance that of the mean standard deviation

@@ -22,12 +22,6 @@ double power_of_two_near(double value) {
     return std::ldexp(1.0, std::clamp(std::ilogb(value), -1000, 1000));
 }
 
-platform::Extent bounds_of(std::span<const platform::Point> points) {
-    platform::Extent bounds;
-    for (const platform::Point& point : points) bounds.Include(point);
-    return bounds;
-}
-
 /// Largest decay rates in q of the functions summed, at the smallest bandwidth, and in k^2, at the largest.
 double decay_of_pairs(double lowest) {
     return 0.5 / (lowest * lowest);
@@ -115,7 +109,7 @@ void PairLevel::AddSpectrum(std::span<const platform::Point> points, WorkClock& 
 
 void PairLevel::AddHalfSpectrum(std::span<const platform::Point> owners, std::span<const platform::Point> others,
                                 WorkClock& clock) {
-    platform::Extent extent = bounds_of(owners);
+    platform::Extent extent = platform::BoundsOf(owners);
     for (const platform::Point& point : others) extent.Include(point);
     const TransformBox box = BoxFor(extent);
     const double highest = highest_wave_of(m_criterion) / m_lowest;

@@ -30,12 +30,6 @@ constexpr double kWorthTiles = 5e8;
 /// Tiles are numbered exactly up to here.
 constexpr double kMostTilesAcross = 1e15;
 
-platform::Extent bounds_of(std::span<const platform::Point> points) {
-    platform::Extent bounds;
-    for (const platform::Point& point : points) bounds.Include(point);
-    return bounds;
-}
-
 double cost_of_pairs(double count) {
     return kPerPair * count * (count - 1.0) / 2.0;
 }
@@ -82,7 +76,7 @@ struct TileChoice {
 };
 
 TileChoice choice_for(Criterion criterion, const Tile& tile, const Level& level) {
-    platform::Extent extent = bounds_of(tile.Owners);
+    platform::Extent extent = platform::BoundsOf(tile.Owners);
     for (const platform::Point& point : tile.Margin) extent.Include(point);
     const auto owners = static_cast<double>(tile.Owners.size());
     const auto margin = static_cast<double>(tile.Margin.size());
@@ -93,7 +87,7 @@ TileChoice choice_for(Criterion criterion, const Tile& tile, const Level& level)
 }
 
 double cost_of_tiles(Criterion criterion, std::span<const platform::Point> points, std::span<const double> bandwidths) {
-    const platform::Extent extent = bounds_of(points);
+    const platform::Extent extent = platform::BoundsOf(points);
     double cost = 0.0;
     for (const Level& level : levels_of(criterion, bandwidths, kRatioOfTiles)) {
         if (std::max(extent.Width(), extent.Height()) / level.Side > kMostTilesAcross)
@@ -120,7 +114,7 @@ void append(const PairLevel& sums, std::span<const double> bandwidths, std::vect
 
 double cost_of_spectra(Criterion criterion, std::span<const platform::Point> points,
                        std::span<const double> bandwidths) {
-    const platform::Extent extent = bounds_of(points);
+    const platform::Extent extent = platform::BoundsOf(points);
     double cost = 0.0;
     for (const Level& level : levels_of(criterion, bandwidths, kRatioOfSpectrum)) {
         const double cells = cells_of_spectrum(criterion, extent, level.Bandwidths.front(), level.Bandwidths.back());

@@ -20,8 +20,7 @@ constexpr double kTileSide = 64.0;
 constexpr double kMostTilesAcross = 1e15;
 
 bool can_be_tiled(std::span<const platform::Point> points, double side) {
-    platform::Extent extent;
-    for (const platform::Point& point : points) extent.Include(point);
+    const platform::Extent extent = platform::BoundsOf(points);
     return std::max(extent.Width(), extent.Height()) / side < kMostTilesAcross;
 }
 

@@ -18,8 +18,7 @@ struct Placed {
 };
 
 std::vector<Placed> placed_by_square(std::span<const platform::Point> points, double side) {
-    platform::Extent extent;
-    for (const platform::Point& point : points) extent.Include(point);
+    const platform::Extent extent = platform::BoundsOf(points);
     std::vector<Placed> placed;
     placed.reserve(points.size());
     for (const platform::Point& point : points) {

@@ -34,7 +34,7 @@ void check_plan(Output& output, const std::string& bytes) {
 }
 
 std::string good_store(Output& output) {
-    std::vector<kde_tool::AnimalFixes> animals(3);
+    std::vector<analysis::AnimalFixes> animals(3);
     for (std::size_t i = 0; i < animals.size(); ++i) animals[i].Fixes.assign(i + 1, {500000.0 + double(i), 6000000.0});
     batch::write_point_store(output.Disk, output.Files.Points(), animals);
     return fuzz::read_bytes(output.Files.Points());

@@ -3,6 +3,7 @@
 #include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_map.h"
 #include "adapters/memory/memory_services.h"
+#include "kde_tool/form_settings.h"
 #include "kde_tool/frmKDE.h"
 #include "kde_tool/settings_file.h"
 #include "platform/text.h"
@@ -95,14 +96,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require_invariants(form);
     require(desktop.messages.Boxes().size() <= 1, "at most one box");
 
-    const std::string once = kde_tool::SettingsFileBytes(form);
+    const std::string once = kde_tool::SettingsFileBytes(kde_tool::settings_of(form));
     kde_tool::ReadSettings(bytes, form);
-    require(kde_tool::SettingsFileBytes(form) == once, "loading twice is loading once");
+    require(kde_tool::SettingsFileBytes(kde_tool::settings_of(form)) == once, "loading twice is loading once");
 
     kde_tool::ReadSettings(once, form);
-    const std::string saved = kde_tool::SettingsFileBytes(form);
+    const std::string saved = kde_tool::SettingsFileBytes(kde_tool::settings_of(form));
     kde_tool::ReadSettings(saved, form);
-    require(kde_tool::SettingsFileBytes(form) == saved, "what was saved loads back");
+    require(kde_tool::SettingsFileBytes(kde_tool::settings_of(form)) == saved, "what was saved loads back");
     require_invariants(form);
     return 0;
 }

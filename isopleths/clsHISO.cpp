@@ -127,7 +127,8 @@ void clsHISO::CreateIsopleths() {
         m_services.Messages->Show({.Text = "CreateIsopleths " + std::to_string(m_errorStatus) + "\r" +
                                            std::to_string(error.Number) + "\r" + error.Description,
                                    .Title = "Error",
-                                   .Sign = platform::Icon::kCritical});
+                                   .Sign = platform::Icon::kCritical,
+                                   .Kind = platform::BoxKind::kFault});
     }
 }
 

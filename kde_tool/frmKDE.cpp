@@ -1,14 +1,17 @@
 #include "kde_tool/frmKDE.h"
 
-#include "kde_tool/boxes.h"
+#include "analysis/output_names.h"
+#include "analysis/questions.h"
+#include "analysis/settings_text.h"
 #include "kde_tool/control_states.h"
+#include "kde_tool/form_settings.h"
 #include "kde_tool/settings_file.h"
+#include "platform/boxes.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "utilities/Utilities.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace wxl::kde_tool {
@@ -61,7 +64,7 @@ void frmKDE::Shielded(Procedure&& procedure) {
     try {
         std::forward<Procedure>(procedure)();
     } catch (...) {
-        ShowError(*m_services.Messages, "Error: " + platform::CurrentError().Description);
+        platform::ShowError(*m_services.Messages, "Error: " + platform::CurrentError().Description);
     }
 }
 
@@ -92,7 +95,8 @@ void frmKDE::FillPointLayers() {
     clear(cmbPntL);
     m_geodata.ListLayers(kPointLayers, cmbPntL);
     if (cmbPntL.Items.empty())
-        return ShowWarning(*m_services.Messages, "Warning: no point layers are present in map (nothing to work with).");
+        return platform::ShowWarning(*m_services.Messages,
+                                     "Warning: no point layers are present in map (nothing to work with).");
     cmbPntL.ListIndex = 0;
     cmbPntL_Click();
 }
@@ -164,25 +168,20 @@ void frmKDE::chkUseSel_Click() {
 }
 
 platform::Layer frmKDE::PointLayer() const {
-    if (cmbPntL.Text().empty()) platform::Raise(platform::error_number::kObjectNotSet, "No point layer is chosen.");
-    platform::Layer layer = m_geodata.GetLayerByName(cmbPntL.Text());
-    if (!layer.Feature || layer.Shape != platform::ShapeType::kPoint || !layer.Feature->FeatureClass())
-        platform::Raise(platform::error_number::kObjectNotSet,
-                        "The first layer named " + cmbPntL.Text() + " is not a point layer.");
-    return layer;
+    return analysis::point_layer(m_geodata, cmbPntL.Text());
 }
 
-GroupedFixes frmKDE::ReadFixes() const {
+analysis::GroupedFixes frmKDE::ReadFixes() const {
     if (m_kept && m_kept->Choice == ChosenFixes()) return m_kept->Fixes;
     const platform::Layer layer = PointLayer();
     if (cmbUIDFLD.Text().empty())
         platform::Raise(platform::error_number::kObjectNotSet, "No unique animal ID field is chosen.");
-    return GroupFixes(*layer.Feature, cmbUIDFLD.Text(), chkUseSel.Value != 0);
+    return analysis::GroupFixes(*layer.Feature, cmbUIDFLD.Text(), chkUseSel.Value != 0);
 }
 
-GroupedFixes frmKDE::TakeFixes() {
+analysis::GroupedFixes frmKDE::TakeFixes() {
     if (!m_kept || m_kept->Choice != ChosenFixes()) return ReadFixes();
-    GroupedFixes fixes = std::move(m_kept->Fixes);
+    analysis::GroupedFixes fixes = std::move(m_kept->Fixes);
     m_kept.reset();
     return fixes;
 }
@@ -225,8 +224,8 @@ void frmKDE::SSTab1_Click(int previousTab) {
     if (m_running) return;  // the run has taken what it needs
     if (previousTab == SSTab1.Current || cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) return;
     Shielded([&] {
-        GroupedFixes fixes = TakeFixes();
-        FillVarianceTable(fixes);
+        analysis::GroupedFixes fixes = TakeFixes();
+        ShowVariances(analysis::variance_rows(fixes.Animals));
         FillHrefTable(fixes);
         m_plotted.reset();
         ShowProfile(&fixes);
@@ -234,23 +233,23 @@ void frmKDE::SSTab1_Click(int previousTab) {
     });
 }
 
-void frmKDE::FillIndependenceTable(const GroupedFixes& fixes) {
-    m_independence = IndependenceRows(fixes.Animals);
+void frmKDE::FillIndependenceTable(const analysis::GroupedFixes& fixes) {
+    m_independence = analysis::independence_rows(fixes.Animals);
     datagridIO = IndependenceTable(m_independence, cmbUIDFLD.Text(), fixes.TextIds);
 }
 
-void frmKDE::FillVarianceTable(const GroupedFixes& fixes) {
-    m_variances = VarianceRows(fixes.Animals);
+void frmKDE::ShowVariances(std::vector<analysis::VarianceRow> rows) {
+    m_variances = std::move(rows);
     datagridVar = VarianceTable(m_variances, cmbUIDFLD.Text());
 }
 
-void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
-    m_hrefs = HrefRows(fixes.Animals);
+void frmKDE::FillHrefTable(const analysis::GroupedFixes& fixes) {
+    m_hrefs = analysis::href_rows(fixes.Animals);
     m_hrefChoice = ChosenFixes();
     const int chosenRow = std::max(0, datagridHref.CurrentRow);
     datagridHref = HrefTable(m_hrefs, cmbUIDFLD.Text());
     datagridHref.CurrentRow = std::min(chosenRow, static_cast<int>(m_hrefs.size()) - 1);
-    m_largestHref = LargestHref(m_hrefs);
+    m_largestHref = analysis::largest_href(m_hrefs);
     SuggestBuffer();
 }
 
@@ -258,17 +257,19 @@ void frmKDE::FillHrefTable(const GroupedFixes& fixes) {
 void frmKDE::SuggestBuffer() {
     double widest = m_largestHref;
     if (optPropHref.Value) {
-        const auto proportions = platform::NumbersFromText(txtPropHref.Text);
-        widest *= *std::max_element(proportions.begin(), proportions.end());
+        const auto proportions = analysis::typed_numbers(txtPropHref.Text);
+        if (proportions.NoNumber) platform::NumberFromText(*proportions.NoNumber);  // raises
+        widest *= *std::ranges::max_element(proportions.Values);
     }
-    txtBuffer.Text = platform::NumberText(std::floor(3.5 * widest + 0.5));
+    txtBuffer.Text = analysis::typed_number(analysis::suggested_buffer(widest)).Text;
 }
 
 void frmKDE::btnCalcIO_Click() {
     if (cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) {
         m_services.Messages->Show({.Text = "Warning: a point feature layer and a unique ID field must be identified "
                                            "prior to calculating the independence of observation indices.",
-                                   .Title = "Cannot calculate"});
+                                   .Title = "Cannot calculate",
+                                   .Kind = platform::BoxKind::kRefusal});
         return;
     }
     Shielded([&] {
@@ -286,9 +287,10 @@ void frmKDE::btnIOSave_Click() {
                                                         .Filter = "Comma delimited text files (*.csv)|*.csv",
                                                         .AskBeforeOverwriting = true});
         if (!file || file->empty())
-            return ShowWarning(*m_services.Messages, "Warning: no file specified therefore data not saved.");
+            return platform::ShowWarning(*m_services.Messages, "Warning: no file specified therefore data not saved.");
         if (datagridIO.Columns.empty())
-            return ShowError(*m_services.Messages, "The independence of observation data has not yet been calculated.");
+            return platform::ShowError(*m_services.Messages,
+                                       "The independence of observation data has not yet been calculated.");
         platform::PublishFile(*m_services.Files, *file, platform::ToWindows1252(IndependenceCsv(datagridIO)));
     });
 }
@@ -299,9 +301,10 @@ void frmKDE::txtR_Change() {
     const std::size_t kept = prefix_bytes(txtR.Text, kPrefixLength);
     if (kept == txtR.Text.size()) return;
     txtR.Text.resize(kept);
-    ShowWarning(*m_services.Messages,
-                "Warning: raster name prefix cannot be longer than 6 characters. This is necessary because of the "
-                "automatic naming convention for output rasters.");
+    platform::ShowWarning(
+        *m_services.Messages,
+        "Warning: raster name prefix cannot be longer than 6 characters. This is necessary because of the "
+        "automatic naming convention for output rasters.");
 }
 
 void frmKDE::btnFolder_Click() {
@@ -317,8 +320,7 @@ void frmKDE::SetOutputFolder(const std::string& folder) {
 }
 
 std::filesystem::path frmKDE::OutputFolderPath() const {
-    const std::filesystem::path found = m_services.Folders->FindIgnoringCase(m_outFolder);
-    return found.empty() ? std::filesystem::path(m_outFolder) : found;
+    return analysis::output_folder(*m_services.Folders, settings_of(*this));
 }
 
 bool frmKDE::FolderExists(const std::string& folder) const {
@@ -332,14 +334,15 @@ void frmKDE::btnSaveSettings_Click() {
         const auto file = m_services.Dialogs->SaveFile(
             {.Title = "Save Settings File", .Filter = "Text files (*.txt)|*.txt", .AskBeforeOverwriting = true});
         if (!file || file->empty())
-            return ShowWarning(*m_services.Messages, "Warning: no file specified therefore settings not saved.");
+            return platform::ShowWarning(*m_services.Messages,
+                                         "Warning: no file specified therefore settings not saved.");
         SaveSettings(*file);
         txtStatus.Text = "Settings saved";
     });
 }
 
 void frmKDE::SaveSettings(const std::filesystem::path& file) const {
-    platform::PublishFile(*m_services.Files, file, SettingsFileBytes(*this));
+    platform::PublishFile(*m_services.Files, file, SettingsFileBytes(settings_of(*this)));
 }
 
 /// Errors while loading are passed over, as every failing step of the reader is.
@@ -348,12 +351,21 @@ void frmKDE::btnLoadSettings_Click() {
     try {
         const auto file =
             m_services.Dialogs->OpenFile({.Title = "Open Settings File", .Filter = "Text files (*.txt)|*.txt"});
-        if (!file || file->empty()) return;
-        m_loadNote = ReadSettings(m_services.Files->ReadFile(*file, kSettingsFileLimit), *this);
-        txtStatus.Text = "Settings loaded";
+        if (file && !file->empty()) LoadSettings(*file);
     } catch (const std::exception&) {
         return;
     }
+}
+
+bool frmKDE::LoadSettings(const std::filesystem::path& file) {
+    if (m_running) return false;
+    try {
+        m_loadNote = ReadSettings(m_services.Files->ReadFile(file, kSettingsFileLimit), *this);
+    } catch (const std::exception&) {
+        return false;
+    }
+    txtStatus.Text = "Settings loaded";
+    return true;
 }
 
 void frmKDE::btnExit_Click() {
@@ -369,7 +381,8 @@ void frmKDE::btnExit_Click() {
          .Title = Caption,
          .Sign = platform::Icon::kQuestion,
          .Choice = platform::Buttons::kYesNo,
-         .About = platform::Topic::kStop});
+         .About = platform::Topic::kStop,
+         .Kind = platform::BoxKind::kQuestion});
     m_asksToStop = false;
     m_stopRequested = answer == platform::Answer::kYes;
 }

@@ -1,13 +1,16 @@
 #pragma once
-#include "kde_tool/animal_fixes.h"
+#include "analysis/analysis.h"
+#include "analysis/animal_fixes.h"
+#include "analysis/record.h"
+#include "analysis/statistics.h"
+#include "analysis/summary_table.h"
 #include "kde_tool/profile_plot.h"
-#include "kde_tool/run_record.h"
 #include "kde_tool/statistics_tables.h"
-#include "kde_tool/summary_table.h"
 #include "platform/controls.h"
 #include "platform/services.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -166,6 +169,9 @@ public:
 
     /// Reads a settings file into the controls. Nothing while a run is in progress.
     void btnLoadSettings_Click();
+
+    /// The same with this file; whether it could be read.
+    bool LoadSettings(const std::filesystem::path& file);
     void btnFolder_Click();
 
     /// Closes the form. During a run it asks whether to stop that instead, which happens after the present
@@ -193,8 +199,7 @@ public:
     /// The output folder as chosen or loaded; "" when there is none.
     const std::string& OutputFolder() const { return m_outFolder; }
 
-    /// Where the output folder lies on disk: the folder of that name, or one that differs from it only in case (a
-    /// loaded folder is in capitals); as it stands when there is none.
+    /// Where the output folder lies on disk: see analysis::output_folder.
     std::filesystem::path OutputFolderPath() const;
 
     /// Largest reference bandwidth in map units when its table was last filled, for whichever layer and field; else 0.
@@ -207,24 +212,24 @@ public:
     platform::Layer PointLayer() const;
 
     /// The points of the chosen layer by the chosen ID field; RuntimeError when either is missing.
-    GroupedFixes ReadFixes() const;
+    analysis::GroupedFixes ReadFixes() const;
 
     /// ReadFixes for the run, which keeps them: hands over what a visit of a page kept.
-    GroupedFixes TakeFixes();
+    analysis::GroupedFixes TakeFixes();
 
     /// Fills the independence table.
-    void FillIndependenceTable(const GroupedFixes& fixes);
+    void FillIndependenceTable(const analysis::GroupedFixes& fixes);
 
-    /// Fills the variance table and nothing else.
-    void FillVarianceTable(const GroupedFixes& fixes);
+    /// Shows these rows in the variance table.
+    void ShowVariances(std::vector<analysis::VarianceRow> rows);
 
     /// Fills the reference bandwidth table and updates the largest reference bandwidth and the suggested buffer.
-    void FillHrefTable(const GroupedFixes& fixes);
+    void FillHrefTable(const analysis::GroupedFixes& fixes);
 
     /// The numbers behind datagridIO, datagridVar and datagridHref; empty while the table is.
-    const std::vector<IndependenceRow>& IndependenceNumbers() const { return m_independence; }
-    const std::vector<VarianceRow>& VarianceNumbers() const { return m_variances; }
-    const std::vector<HrefRow>& HrefNumbers() const { return m_hrefs; }
+    const std::vector<analysis::IndependenceRow>& IndependenceNumbers() const { return m_independence; }
+    const std::vector<analysis::VarianceRow>& VarianceNumbers() const { return m_variances; }
+    const std::vector<analysis::HrefRow>& HrefNumbers() const { return m_hrefs; }
 
     /// Whether the map has a layer of exactly that name.
     bool LayerInMap(const std::string& name) const;
@@ -240,16 +245,20 @@ public:
 
     /// Tells `observer` of every run from now on, after those added before. It must outlive the runs. The first one is
     /// the form's own, which writes the summary.
-    void AddObserver(IRunObserver& observer) { m_observers.push_back(&observer); }
-    const SummaryTable& Summary() const { return m_summary; }
-    const std::vector<IRunObserver*>& Observers() const { return m_observers; }
+    void AddObserver(analysis::IRunObserver& observer) { m_observers.push_back(&observer); }
+    const analysis::SummaryTable& Summary() const { return m_summary; }
+    const std::vector<analysis::IRunObserver*>& Observers() const { return m_observers; }
 
     /// How the last run ended.
-    RunOutcome LastRun() const { return m_lastRun; }
+    analysis::RunOutcome LastRun() const { return m_lastRun; }
 
     /// Whether a run is in progress, and whether it was asked to stop.
     bool Running() const { return m_running; }
     bool StopRequested() const { return m_stopRequested; }
+
+    /// Prepares a run and hands it over instead of computing it: see analysis::Analysis::HandOver. Nothing while a run
+    /// is in progress.
+    analysis::RunOutcome HandOver(const std::function<void(const analysis::PreparedRun&)>& take);
 
     /// Ends the run in progress after the present distribution; nothing without one.
     void RequestStop() { m_stopRequested = m_running; }
@@ -271,7 +280,7 @@ private:
     /// What the plot shows: a row of the reference bandwidths and how its bandwidth is searched.
     struct PlottedSearch {
         int Row;
-        BandwidthMethod Method;
+        analysis::BandwidthMethod Method;
         bool Rescale;
         friend bool operator==(const PlottedSearch&, const PlottedSearch&) = default;
     };
@@ -286,13 +295,13 @@ private:
 
     struct KeptFixes {
         FixesChoice Choice;
-        GroupedFixes Fixes;
+        analysis::GroupedFixes Fixes;
     };
 
     FixesChoice ChosenFixes() const;
-    void ShowProfile(const GroupedFixes* fixes);
+    void ShowProfile(const analysis::GroupedFixes* fixes);
     std::optional<PlottedSearch> SearchToPlot();
-    ProfilePlot PlotChosenAnimal(const PlottedSearch& search, const GroupedFixes* fixes) const;
+    ProfilePlot PlotChosenAnimal(const PlottedSearch& search, const analysis::GroupedFixes* fixes) const;
     void SuggestBuffer();
     void ChooseBandwidth(const platform::OptionButton& chosen);
     void ChooseExtent(const platform::OptionButton& chosen);
@@ -306,16 +315,16 @@ private:
     bool m_running = false;
     bool m_stopRequested = false;
     bool m_asksToStop = false;  ///< the question is on screen
-    RunOutcome m_lastRun = RunOutcome::kNone;
-    SummaryTable m_summary{m_services};
-    std::vector<IRunObserver*> m_observers = {&m_summary};
+    analysis::RunOutcome m_lastRun = analysis::RunOutcome::kNone;
+    analysis::SummaryTable m_summary{m_services};
+    std::vector<analysis::IRunObserver*> m_observers = {&m_summary};
     std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
     FixesChoice m_hrefChoice{};              ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;
     bool m_plotting = false;
-    std::vector<IndependenceRow> m_independence;
-    std::vector<VarianceRow> m_variances;
-    std::vector<HrefRow> m_hrefs;
+    std::vector<analysis::IndependenceRow> m_independence;
+    std::vector<analysis::VarianceRow> m_variances;
+    std::vector<analysis::HrefRow> m_hrefs;
     std::optional<KeptFixes> m_kept;
 };
 

@@ -12,9 +12,9 @@ namespace {
 
 constexpr int kBandwidthPage = 2;
 
-std::optional<BandwidthMethod> chosen_search(const frmKDE& form) {
-    if (form.optBE_LSCV.Value) return BandwidthMethod::kLscv;
-    if (form.optBE_BCV.Value) return BandwidthMethod::kBcv;
+std::optional<analysis::BandwidthMethod> chosen_search(const frmKDE& form) {
+    if (form.optBE_LSCV.Value) return analysis::BandwidthMethod::kLscv;
+    if (form.optBE_BCV.Value) return analysis::BandwidthMethod::kBcv;
     return std::nullopt;
 }
 
@@ -31,7 +31,7 @@ void frmKDE::datagridHref_Click() {
 /// A search takes a moment, so it runs only when the page is in sight and the plot does not show it already. The host
 /// gets its turns meanwhile: another choice made then is plotted next. `fixes` are the layer's points where the caller
 /// has just read them.
-void frmKDE::ShowProfile(const GroupedFixes* fixes) {
+void frmKDE::ShowProfile(const analysis::GroupedFixes* fixes) {
     if (m_plotting || m_running) return;
     m_plotting = true;
     while (const auto wanted = SearchToPlot()) {
@@ -61,13 +61,13 @@ std::optional<frmKDE::PlottedSearch> frmKDE::SearchToPlot() {
 }
 
 /// Throws where the layer cannot be read or no longer has the animal of the row.
-ProfilePlot frmKDE::PlotChosenAnimal(const PlottedSearch& search, const GroupedFixes* fixes) const {
-    GroupedFixes read;
+ProfilePlot frmKDE::PlotChosenAnimal(const PlottedSearch& search, const analysis::GroupedFixes* fixes) const {
+    analysis::GroupedFixes read;
     if (fixes == nullptr) read = ReadFixes();
-    const std::vector<AnimalFixes>& animals = fixes == nullptr ? read.Animals : fixes->Animals;
+    const std::vector<analysis::AnimalFixes>& animals = fixes == nullptr ? read.Animals : fixes->Animals;
     const platform::FieldValue id = m_hrefs.at(static_cast<std::size_t>(search.Row)).Id;
     const auto animal =
-        std::find_if(animals.begin(), animals.end(), [&](const AnimalFixes& each) { return each.Id == id; });
+        std::find_if(animals.begin(), animals.end(), [&](const analysis::AnimalFixes& each) { return each.Id == id; });
     if (animal == animals.end())
         platform::Raise(platform::error_number::kObjectNotSet,
                         "The layer has no fixes of " + platform::ValueText(id) + " any more.");

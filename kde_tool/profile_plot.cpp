@@ -22,21 +22,21 @@ std::optional<double> if_positive(double value) {
 
 }  // namespace
 
-ProfilePlot PlotSearch(const AnimalFixes& animal, BandwidthMethod method, bool rescale, const std::string& units,
-                       platform::IHost* host) {
+ProfilePlot PlotSearch(const analysis::AnimalFixes& animal, analysis::BandwidthMethod method, bool rescale,
+                       const std::string& units, platform::IHost* host) {
     NoMessages messages;
     engine::clsKernelCalculator calculator(messages);
     if (host != nullptr) calculator.SetTurns({.Yield = [host] { host->Yield(); }});
     calculator.SetInputCoords(animal.Fixes);
     calculator.SetEnforceUnitVariance(rescale);
-    if (method == BandwidthMethod::kBcv)
+    if (method == analysis::BandwidthMethod::kBcv)
         calculator.CalculateBCV();
     else
         calculator.CalculateLSCV();
 
     ProfilePlot plot;
     plot.Picture.Title = platform::ValueText(animal.Id);
-    plot.Picture.Method = method == BandwidthMethod::kBcv ? "BCV" : "LSCV";
+    plot.Picture.Method = method == analysis::BandwidthMethod::kBcv ? "BCV" : "LSCV";
     plot.Picture.Units = rescale ? "unit variance" : units;
     plot.Picture.Minimised = calculator.LSCVMinimized;
     plot.Picture.Href = if_positive(calculator.GetHREF());

@@ -1,6 +1,6 @@
 #pragma once
-#include "kde_tool/animal_fixes.h"
-#include "kde_tool/run_inputs.h"
+#include "analysis/animal_fixes.h"
+#include "analysis/settings.h"
 #include "pictures/profile_picture.h"
 #include "platform/messages.h"
 
@@ -18,7 +18,7 @@ struct ProfilePlot {
 /// Searches the bandwidth of one animal by LSCV or BCV, as a run would, and shows the scores. `units` name the map
 /// units. An animal that cannot be searched gives a hint that names it. Nothing is shown in message boxes; the host
 /// gets a turn about every 50 ms.
-ProfilePlot PlotSearch(const AnimalFixes& animal, BandwidthMethod method, bool rescale, const std::string& units,
-                       platform::IHost* host);
+ProfilePlot PlotSearch(const analysis::AnimalFixes& animal, analysis::BandwidthMethod method, bool rescale,
+                       const std::string& units, platform::IHost* host);
 
 }  // namespace wxl::kde_tool

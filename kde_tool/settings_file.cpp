@@ -33,36 +33,42 @@ private:
     std::string m_text;
 };
 
-void write_bandwidth(const frmKDE& form, LineWriter& out) {
-    if (form.optBE_LSCV.Value)
-        out.Item("[LSCV]", "TRUE");
-    else if (form.optBE_BCV.Value)
-        out.Item("[BCV]", "TRUE");
-    else if (form.optBE_HREF.Value)
-        out.Item("[HREF]", "TRUE");
-    else if (form.optBE_MANUAL.Value)
-        out.Item("[MANUAL]", form.txtBW.Text);
+void write_bandwidth(const analysis::Settings& settings, LineWriter& out) {
+    switch (settings.Method) {
+        case analysis::BandwidthMethod::kLscv:
+            return out.Item("[LSCV]", "TRUE");
+        case analysis::BandwidthMethod::kBcv:
+            return out.Item("[BCV]", "TRUE");
+        case analysis::BandwidthMethod::kHref:
+            return out.Item("[HREF]", "TRUE");
+        case analysis::BandwidthMethod::kManual:
+            return out.Item("[MANUAL]", settings.Bandwidths.Text);
+        case analysis::BandwidthMethod::kProportion:
+            return;  // no part of the file
+    }
 }
 
-void write_extent(const frmKDE& form, LineWriter& out) {
+void write_extent(const analysis::Settings& settings, LineWriter& out) {
     out.Line("[EXTENT]");
-    if (form.optFull.Value)
-        out.Item("FULL", form.txtBuffer.Text);
-    else if (form.optSmall.Value)
-        out.Line("MIN");
-    else if (form.optExtRef.Value)
-        out.Item("REF", form.cmbExtRef.Text());
+    switch (settings.Mode) {
+        case analysis::ExtentMode::kFull:
+            return out.Item("FULL", settings.Buffer.Text);
+        case analysis::ExtentMode::kMinimum:
+            return out.Line("MIN");
+        case analysis::ExtentMode::kReference:
+            return out.Item("REF", settings.ReferenceName);
+    }
 }
 
-std::string check_text(const platform::CheckBox& box) {
-    return std::to_string(box.Value);
+std::string check_text(bool isChosen) {
+    return isChosen ? "1" : "0";
 }
 
-void write_isopleths(const frmKDE& form, LineWriter& out) {
-    out.Item("[ISO]", check_text(form.chkBnds));
-    if (form.chkBnds.Value != 1) return;
-    out.Line(form.txtBnds.Text);
-    for (const platform::CheckBox* box : {&form.chkLines, &form.chkPolys, &form.chkDonuts}) out.Line(check_text(*box));
+void write_isopleths(const analysis::Settings& settings, LineWriter& out) {
+    out.Item("[ISO]", check_text(settings.Isopleths));
+    if (!settings.Isopleths) return;
+    out.Line(settings.Percentages.Text);
+    for (const bool isChosen : {settings.Lines, settings.Polygons, settings.Donuts}) out.Line(check_text(isChosen));
 }
 
 /// Lines of a settings file being read, each as upper-case UTF-8.
@@ -224,20 +230,20 @@ private:
 
 }  // namespace
 
-std::string SettingsFileBytes(const frmKDE& form) {
+std::string SettingsFileBytes(const analysis::Settings& settings) {
     LineWriter out;
-    out.Item("[RESCALE]", check_text(form.chkRescale));
-    out.Item("[KERNEL]", form.optFixed.Value ? "True" : "False");
-    out.Item("[FORM]", form.cmbKernelForm.Text());
-    write_bandwidth(form, out);
-    out.ItemUnlessEmpty("[OUTFOLDER]", form.OutputFolder());
-    out.ItemUnlessEmpty("[PREFIX]", form.txtR.Text);
-    out.ItemUnlessEmpty("[CELLSIZE]", form.txtCellSize.Text);
-    out.ItemUnlessEmpty("[SCALING]", form.txtScaling.Text);
-    out.Item("[VERBOSE]", check_text(form.chkVerbose));
-    write_extent(form, out);
-    write_isopleths(form, out);
-    out.Item("[SILENT]", form.chkSilent.Value != 0 ? "TRUE" : "FALSE");
+    out.Item("[RESCALE]", check_text(settings.Rescale));
+    out.Item("[KERNEL]", settings.FixedKernel ? "True" : "False");
+    out.Item("[FORM]", kGaussianForm);
+    write_bandwidth(settings, out);
+    out.ItemUnlessEmpty("[OUTFOLDER]", settings.OutputFolder);
+    out.ItemUnlessEmpty("[PREFIX]", settings.Prefix);
+    out.ItemUnlessEmpty("[CELLSIZE]", settings.Cells.Text);
+    out.ItemUnlessEmpty("[SCALING]", settings.ScalingFactor.Text);
+    out.Item("[VERBOSE]", check_text(settings.Verbose));
+    write_extent(settings, out);
+    write_isopleths(settings, out);
+    out.Item("[SILENT]", settings.Silent ? "TRUE" : "FALSE");
     return platform::ToWindows1252(out.Text());
 }
 

@@ -1,4 +1,6 @@
 #pragma once
+#include "analysis/settings.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,9 +12,9 @@ class frmKDE;
 /// Settings files larger than this are not read.
 inline constexpr std::uint64_t kSettingsFileLimit = 1'048'576;
 
-/// The form's settings as the bytes of a settings file: Windows-1252, lines ended by CRLF. The point layer, the ID
-/// field, "selected features only" and the list of proportions are not part of it.
-std::string SettingsFileBytes(const frmKDE& form);
+/// Settings as the bytes of a settings file: Windows-1252, lines ended by CRLF. The point layer, the ID field,
+/// "selected features only" and the list of proportions are not part of it.
+std::string SettingsFileBytes(const analysis::Settings& settings);
 
 /// Puts the settings found in the bytes of a settings file into the form's controls, as a user would choose them.
 ///

@@ -1,174 +1,46 @@
 #include "kde_tool/statistics_tables.h"
 
-#include "engine/numeric.h"
-#include "kde_tool/independence.h"
-#include "platform/runtime_error.h"
-#include "platform/text.h"
-
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 namespace wxl::kde_tool {
-
-using platform::NumberText;
-using platform::Point;
-
 namespace {
 
-constexpr std::size_t kSchoenerWidth = 10;
-constexpr std::size_t kSwihartSladeWidth = 11;
-constexpr int kDigits = 15;  ///< significant digits of a number as text
-
-struct Spread {
-    double X = 0.0;
-    double Y = 0.0;
-};
-
-/// The value of `compute`; nothing where it is beyond the range of numbers.
-template <class Compute>
-auto if_representable(Compute&& compute) -> std::optional<decltype(compute())> {
-    try {
-        return compute();
-    } catch (const platform::RuntimeError&) {
-        return std::nullopt;
-    }
-}
-
-/// Standard deviations with divisor n - 1; nothing where they are not defined.
-std::optional<Spread> spread(std::span<const Point> fixes) {
-    if (fixes.size() < 2) return std::nullopt;
-    std::vector<Point> fromFirst;  // so that a coordinate that does not vary gives exactly 0
-    fromFirst.reserve(fixes.size());
-    for (const Point& fix : fixes) fromFirst.push_back({fix.X - fixes.front().X, fix.Y - fixes.front().Y});
-    return if_representable([&] {
-        return Spread{std::sqrt(engine::Variance(fromFirst, 0)), std::sqrt(engine::Variance(fromFirst, 1))};
-    });
-}
-
-/// The reference bandwidth; nothing where the fixes have no spread.
-std::optional<double> reference_bandwidth(std::span<const Point> fixes) {
-    const auto deviations = spread(fixes);
-    if (!deviations || (deviations->X == 0.0 && deviations->Y == 0.0)) return std::nullopt;
-    return if_representable([&] { return engine::ReferenceBandwidth(fixes); });
-}
-
-/// Reference bandwidth after each coordinate was divided by its standard deviation.
-std::optional<double> scaled_reference_bandwidth(std::span<const Point> fixes) {
-    const auto deviations = spread(fixes);
-    if (!deviations || deviations->X == 0.0 || deviations->Y == 0.0) return std::nullopt;
-    std::vector<Point> unitVariance;
-    unitVariance.reserve(fixes.size());
-    for (const Point& fix : fixes) unitVariance.push_back({fix.X / deviations->X, fix.Y / deviations->Y});
-    return reference_bandwidth(unitVariance);
-}
-
-std::string text_or_na(const std::optional<double>& value) {
-    return value ? NumberText(*value) : "N/A";
-}
-
-std::string fitted_or_na(const std::optional<double>& value, std::size_t width) {
-    return value ? FittedNumberText(*value, width) : "N/A";
-}
-
-/// `value` rounded to that many significant digits.
-double round_to_digits(double value, int digits) {
-    std::array<char, 64> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific, digits - 1);
-    double rounded = value;
-    std::from_chars(text.data(), end.ptr, rounded);
-    return rounded;
+std::vector<std::string> with_cells(std::vector<std::string> ids, std::vector<std::string> cells) {
+    ids.insert(ids.end(), std::make_move_iterator(cells.begin()), std::make_move_iterator(cells.end()));
+    return ids;
 }
 
 }  // namespace
 
-std::vector<IndependenceRow> IndependenceRows(std::span<const AnimalFixes> animals) {
-    std::vector<IndependenceRow> rows;
-    rows.reserve(animals.size());
-    for (const AnimalFixes& animal : animals)
-        rows.push_back({.Id = animal.Id,
-                        .NamingId = animal.NamingId,
-                        .Count = std::ssize(animal.Fixes),
-                        .Schoener = Schoener(animal.Fixes),
-                        .SwihartSlade = SwihartSlade(animal.Fixes),
-                        .StepsBack = animal.StepsBack});
-    return rows;
-}
-
-std::vector<VarianceRow> VarianceRows(std::span<const AnimalFixes> animals) {
-    std::vector<VarianceRow> rows;
-    rows.reserve(animals.size());
-    for (const AnimalFixes& animal : animals) {
-        VarianceRow row{.Id = animal.Id, .Count = std::ssize(animal.Fixes), .SdX = {}, .SdY = {}, .Ratio = {}};
-        if (const auto deviations = spread(animal.Fixes)) {
-            row.SdX = deviations->X;
-            row.SdY = deviations->Y;
-            if (deviations->Y > 0.0) row.Ratio = deviations->X / deviations->Y;
-        }
-        rows.push_back(std::move(row));
-    }
-    return rows;
-}
-
-std::vector<HrefRow> HrefRows(std::span<const AnimalFixes> animals) {
-    std::vector<HrefRow> rows;
-    rows.reserve(animals.size());
-    for (const AnimalFixes& animal : animals)
-        rows.push_back({.Id = animal.Id,
-                        .Count = std::ssize(animal.Fixes),
-                        .Href = reference_bandwidth(animal.Fixes),
-                        .HrefScaled = scaled_reference_bandwidth(animal.Fixes)});
-    return rows;
-}
-
-double LargestHref(std::span<const HrefRow> rows) {
-    double largest = 0.0;
-    for (const HrefRow& row : rows) largest = std::max(largest, row.Href.value_or(0.0));
-    return largest;
-}
-
-platform::DataGrid IndependenceTable(std::span<const IndependenceRow> rows, const std::string& idField, bool textIds) {
+platform::DataGrid IndependenceTable(std::span<const analysis::IndependenceRow> rows, const std::string& idField,
+                                     bool textIds) {
     platform::DataGrid table;
     table.Columns = {idField, "Count", "Schoener", "Swihart_Slade"};
     if (textIds) table.Columns.insert(table.Columns.begin() + 1, "Naming_ID");
-    for (const IndependenceRow& row : rows) {
-        std::vector<std::string> cells = {platform::ValueText(row.Id)};
-        if (textIds) cells.push_back(row.NamingId);
-        cells.push_back(std::to_string(row.Count));
-        cells.push_back(fitted_or_na(row.Schoener, kSchoenerWidth));
-        cells.push_back(fitted_or_na(row.SwihartSlade, kSwihartSladeWidth));
-        table.Rows.push_back(std::move(cells));
+    for (const analysis::IndependenceRow& row : rows) {
+        std::vector<std::string> ids = {platform::ValueText(row.Id)};
+        if (textIds) ids.push_back(row.NamingId);
+        table.Rows.push_back(with_cells(std::move(ids), cells_of(row)));
     }
     return table;
 }
 
-platform::DataGrid VarianceTable(std::span<const VarianceRow> rows, const std::string& idField) {
+platform::DataGrid VarianceTable(std::span<const analysis::VarianceRow> rows, const std::string& idField) {
     platform::DataGrid table;
     table.Columns = {idField, "Count", "StdDev(x)", "StdDev(y)", "Ratio(x:y)"};
-    for (const VarianceRow& row : rows)
-        table.Rows.push_back({platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.SdX),
-                              text_or_na(row.SdY), text_or_na(row.Ratio)});
+    for (const analysis::VarianceRow& row : rows)
+        table.Rows.push_back(with_cells({platform::ValueText(row.Id)}, cells_of(row)));
     return table;
 }
 
-platform::DataGrid HrefTable(std::span<const HrefRow> rows, const std::string& idField) {
+platform::DataGrid HrefTable(std::span<const analysis::HrefRow> rows, const std::string& idField) {
     platform::DataGrid table;
     table.Columns = {idField, "Count", "href", "href (scaled)"};
-    for (const HrefRow& row : rows)
-        table.Rows.push_back(
-            {platform::ValueText(row.Id), std::to_string(row.Count), text_or_na(row.Href), text_or_na(row.HrefScaled)});
+    for (const analysis::HrefRow& row : rows)
+        table.Rows.push_back(with_cells({platform::ValueText(row.Id)}, cells_of(row)));
     return table;
-}
-
-std::string FittedNumberText(double value, std::size_t width) {
-    for (int digits = kDigits; digits > 0; --digits) {
-        std::string text = NumberText(round_to_digits(value, digits));
-        if (text.size() <= width) return text;
-    }
-    return NumberText(value);
 }
 
 std::string IndependenceCsv(const platform::DataGrid& table) {

@@ -27,16 +27,19 @@ void MOLE::OnClick() {
         if (!m_document) Raise(error_number::kObjectNotSet);
         const auto layer = selected_feature_layer(*m_document);
         if (!layer || feature_class_of(*layer)->Shape() != ShapeType::kPoint) {
-            messages.Show({.Text = "You must select a point layer", .Title = "Display Tracks"});
+            messages.Show({.Text = "You must select a point layer",
+                           .Title = "Display Tracks",
+                           .Kind = platform::BoxKind::kRefusal});
             return;
         }
         const auto fixes = selection_of_selected_layer(*m_document)->Find({.Where = std::nullopt, .WithShape = false});
         if (!fixes->NextFeature()) {
-            messages.Show({.Text = "You must select the points to track"});
+            messages.Show({.Text = "You must select the points to track", .Kind = platform::BoxKind::kRefusal});
             return;
         }
         if (!fixes->NextFeature()) {
-            messages.Show({.Text = "You must select more then one point to track"});
+            messages.Show(
+                {.Text = "You must select more then one point to track", .Kind = platform::BoxKind::kRefusal});
             return;
         }
         const auto lastFID = getLastFID();

@@ -147,27 +147,31 @@ void OVIOBS::CalcObsFields() {
         IMessages& messages = *m_services.Messages;
         const auto layer = selected_feature_layer(Document());
         if (!layer) {
-            messages.Show({.Text = "Please select a points layer", .Title = "Display Tracks"});
+            messages.Show({.Text = "Please select a points layer",
+                           .Title = "Display Tracks",
+                           .Kind = platform::BoxKind::kRefusal});
             return;
         }
         const auto features = feature_class_of(*layer);
         if (features->Table().FindField(kTime2Field) < 0 || features->Shape() != ShapeType::kPoint) {
-            messages.Show({.Text = "You must select a points layer with a Time2 field"});
+            messages.Show(
+                {.Text = "You must select a points layer with a Time2 field", .Kind = platform::BoxKind::kRefusal});
             return;
         }
         const std::int64_t rows = CountLimit(m_beyondLimits).Checked(features->FeatureCount());
         if (const std::string reason = layer->WhyReadOnly(); !reason.empty()) {
-            messages.Show({.Text = reason});
+            messages.Show({.Text = reason, .Kind = platform::BoxKind::kRefusal});
             return;
         }
         m_pleaseWait.SetRange(static_cast<double>(rows));
         const Answer answer = messages.Show({.Text = kQuestion,
                                              .Title = "Add Time and Distance Fields",
                                              .Choice = Buttons::kYesNo,
-                                             .About = Topic::kAddFields});
+                                             .About = Topic::kAddFields,
+                                             .Kind = platform::BoxKind::kQuestion});
         if (answer != Answer::kYes) return;
         if (const std::string misfit = m_checksValuesFirst ? TryValues() : ""; !misfit.empty()) {
-            messages.Show({.Text = misfit});
+            messages.Show({.Text = misfit, .Kind = platform::BoxKind::kRefusal});
             return;
         }
         Addfields();

@@ -22,15 +22,15 @@ void DuplicateCommand::RemoveDuplicates() {
         if (m_rules.AsksForDocumentAtClick && m_application) m_document = m_application->Document();
         const auto layer = selected_feature_layer(Document());
         if (!layer) {
-            messages.Show({.Text = m_rules.NoLayer});
+            messages.Show({.Text = m_rules.NoLayer, .Kind = platform::BoxKind::kRefusal});
             return;
         }
         if (!Suits(*feature_class_of(*layer))) {
-            messages.Show({.Text = m_rules.WrongLayer});
+            messages.Show({.Text = m_rules.WrongLayer, .Kind = platform::BoxKind::kRefusal});
             return;
         }
         if (const std::string reason = layer->WhyReadOnly(); !reason.empty()) {
-            messages.Show({.Text = reason});
+            messages.Show({.Text = reason, .Kind = platform::BoxKind::kRefusal});
             return;
         }
         const auto selection = GetSelectionFromActiveLayer();

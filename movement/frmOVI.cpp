@@ -329,7 +329,8 @@ bool frmOVI::ConfirmLeg(const TrackFix& current) {
                {.Text = "This track segment is out of sequence.  Do you want to draw the track segment?",
                 .Title = kTitle,
                 .Choice = Buttons::kYesNo,
-                .About = Topic::kOutOfSequence}) == Answer::kYes;
+                .About = Topic::kOutOfSequence,
+                .Kind = platform::BoxKind::kQuestion}) == Answer::kYes;
 }
 
 /// Shows the fix at a position that exists and draws the leg to it; whether the leg was drawn.

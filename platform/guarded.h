@@ -14,7 +14,7 @@ auto Guarded(IMessages& messages, const std::string& label, Procedure&& procedur
     try {
         return std::forward<Procedure>(procedure)();
     } catch (...) {
-        messages.Show({.Text = label + std::to_string(CurrentError().Number)});
+        messages.Show({.Text = label + std::to_string(CurrentError().Number), .Kind = BoxKind::kFault});
     }
     return decltype(procedure())();
 }
@@ -26,7 +26,7 @@ auto GuardedWithAdvice(IMessages& messages, const std::string& label, const std:
     try {
         return std::forward<Procedure>(procedure)();
     } catch (...) {
-        messages.Show({.Text = label + std::to_string(CurrentError().Number) + suffix});
+        messages.Show({.Text = label + std::to_string(CurrentError().Number) + suffix, .Kind = BoxKind::kFault});
     }
     return decltype(procedure())();
 }
@@ -38,7 +38,7 @@ auto GuardedWithDetail(IMessages& messages, const std::string& label, const std:
     try {
         return std::forward<Procedure>(procedure)();
     } catch (...) {
-        messages.Show({.Text = label + detail + "," + std::to_string(CurrentError().Number)});
+        messages.Show({.Text = label + detail + "," + std::to_string(CurrentError().Number), .Kind = BoxKind::kFault});
     }
     return decltype(procedure())();
 }

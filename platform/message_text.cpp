@@ -2,8 +2,8 @@
 
 namespace wxl::platform {
 
-bool IsFaultReport(const MessageBox& box) {
-    return box.Title == "Error" || box.Sign == Icon::kCritical || box.Text.find("Error number: ") != std::string::npos;
+bool IsFailure(const MessageBox& box) {
+    return box.Kind == BoxKind::kFault || box.Kind == BoxKind::kRefusal;
 }
 
 std::string PlainText(const MessageBox& box) {

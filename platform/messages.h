@@ -13,6 +13,14 @@ enum class Answer { kOk, kYes, kNo, kCancel };
 /// What a message box is about; lets a caller without a screen (command line, batch) answer a question by name.
 enum class Topic { kNotice, kBuffer, kOverlap, kAddFields, kOutOfSequence, kAnimals, kStop };
 
+/// What a message box is to whoever shows it; set where the box arises, so that nobody reads it out of a text.
+enum class BoxKind {
+    kNote,      ///< tells something, a warning among it
+    kRefusal,   ///< the user's choice cannot be worked with; nothing was done
+    kFault,     ///< a step failed
+    kQuestion,  ///< waits for an answer
+};
+
 /// One message box. An empty title means the application's own.
 struct MessageBox {
     std::string Text = {};
@@ -20,6 +28,7 @@ struct MessageBox {
     Icon Sign = Icon::kNone;
     Buttons Choice = Buttons::kOk;
     Topic About = Topic::kNotice;
+    BoxKind Kind = BoxKind::kNote;
 };
 
 /// Message boxes of the host.

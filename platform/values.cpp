@@ -33,6 +33,12 @@ void Extent::Include(const Point& point) {
     YMax = std::max(YMax, point.Y);
 }
 
+Extent BoundsOf(std::span<const Point> points) {
+    Extent bounds;
+    for (const Point& point : points) bounds.Include(point);
+    return bounds;
+}
+
 bool IsMissing(const FieldValue& value) {
     return std::holds_alternative<std::monostate>(value);
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -27,6 +28,9 @@ struct Extent {
     void Include(const Point& point);
     friend bool operator==(const Extent&, const Extent&) = default;
 };
+
+/// The box around points; empty without any.
+Extent BoundsOf(std::span<const Point> points);
 
 /// Shape type codes of feature classes.
 enum class ShapeType : std::int32_t { kNull = 0, kPoint = 1, kPolyline = 3, kPolygon = 4 };

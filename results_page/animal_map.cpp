@@ -13,12 +13,12 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::AnimalRecord;
+using analysis::AnimalRecord;
 
 constexpr double kTolerance = 0.35;  ///< picture units
 
 std::optional<double> level_at(const AnimalRecord& record, double percent) {
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
         if (isopleth.Percent == percent) return isopleth.Level;
     return std::nullopt;
 }
@@ -33,7 +33,7 @@ std::vector<platform::ContourLine> lines_at(const std::vector<platform::ContourL
 std::vector<MapLine> map_lines(const PageRun& run, const AnimalRecord& record, platform::IRasterDataset& raster,
                                const MapScale& scale, const PictureSize& size, const platform::Services& services) {
     std::vector<double> levels;
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths) levels.push_back(isopleth.Level);
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths) levels.push_back(isopleth.Level);
     if (levels.empty()) return {};
     const std::vector<platform::ContourLine> contours = services.Contours->Contours(raster, levels);
     const std::vector<double> percentages = falling_percentages(run);

@@ -1,7 +1,7 @@
 #include "results_page/animal_section.h"
 
-#include "kde_tool/bandwidth_doctor.h"
-#include "kde_tool/summary_rows.h"
+#include "analysis/diagnosis.h"
+#include "analysis/summary_rows.h"
 #include "pictures/axis.h"
 #include "pictures/profile_picture.h"
 #include "pictures/xml_text.h"
@@ -15,7 +15,7 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::AnimalRecord;
+using analysis::AnimalRecord;
 using pictures::XmlText;
 
 constexpr int kDigits = 5;
@@ -53,17 +53,17 @@ std::string bandwidth_text(const PageRun& run, const AnimalRecord& record) {
 
 std::string edge_text(const AnimalRecord& record) {
     if (record.CutTo)
-        return "<strong class=\"warn\">cut</strong>: " + kde_tool::share_left_text(*record.CutTo) +
+        return "<strong class=\"warn\">cut</strong>: " + analysis::share_left_text(*record.CutTo) +
                " of the distribution lies on the raster";
     if (record.Status != 0) return {};
-    switch (kde_tool::edge_verdict(record)) {
-        case kde_tool::EdgeVerdict::kCut:
-            return "<strong class=\"warn\">cuts off</strong> " + kde_tool::share_text(record.LostAtEdge) +
+    switch (analysis::edge_verdict(record)) {
+        case analysis::EdgeVerdict::kCut:
+            return "<strong class=\"warn\">cuts off</strong> " + analysis::share_text(record.LostAtEdge) +
                    " of the distribution";
-        case kde_tool::EdgeVerdict::kBeyondReach:
+        case analysis::EdgeVerdict::kBeyondReach:
             return "clear of the kernels, which end <strong class=\"warn\">before they are whole</strong>: " +
-                   kde_tool::share_text(record.BeyondReach) + " of the distribution lies beyond their reach";
-        case kde_tool::EdgeVerdict::kClear:
+                   analysis::share_text(record.BeyondReach) + " of the distribution lies beyond their reach";
+        case analysis::EdgeVerdict::kClear:
             break;
     }
     return "clear of the distribution";
@@ -75,10 +75,10 @@ std::string facts(const PageRun& run, const AnimalRecord& record) {
                              XmlText(length_unit(run));
     return "<dl class=\"facts\">" + fact("Fixes", std::to_string(record.SampleSize)) +
            fact("Bandwidth", bandwidth_text(run, record)) +
-           fact("HREF", with_unit(kde_tool::href_in_map_units(record), length_unit(run))) +
+           fact("HREF", with_unit(analysis::href_in_map_units(record), length_unit(run))) +
            fact("Volume captured", volume_text(run, record)) + fact("Raster edge", edge_text(record)) +
            fact("Schoener index", schoener(record)) + fact("Swihart and Slade index", swihart_slade(record)) +
-           fact("Raster", "<code>" + XmlText(kde_tool::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
+           fact("Raster", "<code>" + XmlText(analysis::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
 }
 
 /// A line as it stands in the map, for the table beside it.
@@ -129,11 +129,11 @@ std::string minima_caption(const AnimalRecord& record, const std::string& units)
 
 std::string profile_figure(const PageRun& run, std::size_t number) {
     const AnimalRecord& record = run.Records[number];
-    if (!kde_tool::is_search(record.Method) || record.Profile.empty()) return {};
+    if (!analysis::is_search(record.Method) || record.Profile.empty()) return {};
     pictures::ProfilePicture picture;
     picture.Title = record_name(run, record);
     picture.Method = method_text(record.Method);
-    picture.Units = run.Inputs.Rescale ? "standard deviations" : length_unit(run);
+    picture.Units = run.Wanted.Rescale ? "standard deviations" : length_unit(run);
     pictures::SetCurve(picture, record.Profile);
     picture.Minimised = record.Minimized;
     if (record.Href > 0.0) picture.Href = record.Href;

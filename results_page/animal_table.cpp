@@ -1,7 +1,7 @@
 #include "results_page/animal_table.h"
 
-#include "kde_tool/bandwidth_doctor.h"
-#include "kde_tool/summary_rows.h"
+#include "analysis/diagnosis.h"
+#include "analysis/summary_rows.h"
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
 #include "platform/text.h"
@@ -13,7 +13,7 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::AnimalRecord;
+using analysis::AnimalRecord;
 using pictures::XmlText;
 using platform::NumberText;
 
@@ -48,19 +48,19 @@ Cell search_cell(const AnimalRecord& record) {
 
 Cell edge_cell(const AnimalRecord& record) {
     if (record.Status != 0) return {""};
-    switch (kde_tool::edge_verdict(record)) {
-        case kde_tool::EdgeVerdict::kCut:
+    switch (analysis::edge_verdict(record)) {
+        case analysis::EdgeVerdict::kCut:
             return {"<strong class=\"warn\">cut</strong>"};
-        case kde_tool::EdgeVerdict::kBeyondReach:
+        case analysis::EdgeVerdict::kBeyondReach:
             return {"<strong class=\"warn\">kernels cut</strong>"};
-        case kde_tool::EdgeVerdict::kClear:
+        case analysis::EdgeVerdict::kClear:
             break;
     }
     return {"clear"};
 }
 
 bool is_lossy(const AnimalRecord& record) {
-    return kde_tool::edge_verdict(record) != kde_tool::EdgeVerdict::kClear;
+    return analysis::edge_verdict(record) != analysis::EdgeVerdict::kClear;
 }
 
 std::vector<Column> columns_of(const PageRun& run) {
@@ -76,7 +76,7 @@ std::vector<Column> columns_of(const PageRun& run) {
              return number_cell(r.BandwidthMapUnits > 0.0 ? std::optional(r.BandwidthMapUnits) : std::nullopt);
          }},
         {"HREF (" + length + ")", true,
-         [](const AnimalRecord& r) { return number_cell(kde_tool::href_in_map_units(r)); }},
+         [](const AnimalRecord& r) { return number_cell(analysis::href_in_map_units(r)); }},
         {"Search", false, search_cell}};
     for (const double percent : falling_percentages(run))
         columns.push_back(
@@ -88,7 +88,7 @@ std::vector<Column> columns_of(const PageRun& run) {
                            const std::string text = volume_text(run, r);
                            return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
                        }});
-    if (run.Inputs.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_lossy))
+    if (run.Wanted.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_lossy))
         columns.push_back({"Edge", false, edge_cell});
     // First, where it is seen in a narrow window too.
     if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))
@@ -114,14 +114,14 @@ std::string body_cell(const Cell& cell, const Column& column) {
 }  // namespace
 
 std::vector<double> falling_percentages(const PageRun& run) {
-    std::vector<double> percentages = run.Inputs.Isopleths ? run.Percentages : std::vector<double>();
+    std::vector<double> percentages = run.Wanted.Isopleths ? run.Wanted.Percentages.Values : std::vector<double>();
     std::sort(percentages.begin(), percentages.end(), std::greater<>());
     percentages.erase(std::unique(percentages.begin(), percentages.end()), percentages.end());
     return percentages;
 }
 
 std::optional<double> area_at(const AnimalRecord& record, double percent) {
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
         if (isopleth.Percent == percent) return isopleth.Area;
     return std::nullopt;
 }

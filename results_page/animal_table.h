@@ -13,6 +13,6 @@ std::string animal_table(const PageRun& run);
 std::vector<double> falling_percentages(const PageRun& run);
 
 /// The record's area at a percentage; absent where it has none.
-std::optional<double> area_at(const kde_tool::AnimalRecord& record, double percent);
+std::optional<double> area_at(const analysis::AnimalRecord& record, double percent);
 
 }  // namespace wxl::results_page

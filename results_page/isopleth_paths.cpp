@@ -33,8 +33,7 @@ std::vector<std::vector<Point>> scaled(std::span<const platform::ContourLine> li
 }
 
 bool is_speck(std::span<const Point> line, double tolerance) {
-    platform::Extent bounds;
-    for (const Point& point : line) bounds.Include(point);
+    const platform::Extent bounds = platform::BoundsOf(line);
     return bounds.Width() < tolerance && bounds.Height() < tolerance;
 }
 

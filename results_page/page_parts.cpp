@@ -1,7 +1,6 @@
 #include "results_page/page_parts.h"
 
-#include "kde_tool/bandwidth_doctor.h"
-#include "kde_tool/kernel_radius.h"
+#include "analysis/diagnosis.h"
 #include "pictures/xml_text.h"
 #include "platform/clock.h"
 #include "platform/text.h"
@@ -17,9 +16,9 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::AnimalRecord;
-using kde_tool::BandwidthMethod;
-using kde_tool::ExtentMode;
+using analysis::AnimalRecord;
+using analysis::BandwidthMethod;
+using analysis::ExtentMode;
 using pictures::XmlText;
 using platform::NumberText;
 
@@ -36,9 +35,9 @@ std::size_t animal_count(const PageRun& run) {
 std::string lede(const PageRun& run) {
     std::string text = counted(animal_count(run), "animal", "animals");
     if (run.ManyValues) text += ", " + counted(run.Records.size(), "distribution", "distributions");
-    text += std::string(" · bandwidth: ") + method_text(run.Inputs.Method) +
-            (run.Inputs.FixedKernel ? " · fixed kernel" : " · adaptive kernel");
-    if (run.Inputs.Rescale) text += " · unit variance";
+    text += std::string(" · bandwidth: ") + method_text(run.Wanted.Method) +
+            (run.Wanted.FixedKernel ? " · fixed kernel" : " · adaptive kernel");
+    if (run.Wanted.Rescale) text += " · unit variance";
     return text;
 }
 
@@ -47,16 +46,16 @@ std::string settings_row(const std::string& name, const std::string& value) {
                          : "<tr><th scope=\"row\">" + name + "</th><td>" + XmlText(value) + "</td></tr>\n";
 }
 
-std::string estimator_text(const kde_tool::RunInputs& inputs) {
-    switch (inputs.Method) {
+std::string estimator_text(const analysis::Settings& settings) {
+    switch (settings.Method) {
         case BandwidthMethod::kLscv:
             return "least squares cross-validation (LSCV)";
         case BandwidthMethod::kBcv:
             return "biased cross-validation (BCV)";
         case BandwidthMethod::kManual:
-            return "user-defined: " + inputs.BandwidthText;
+            return "user-defined: " + settings.Bandwidths.Text;
         case BandwidthMethod::kProportion:
-            return "proportions of the reference bandwidth: " + inputs.ProportionText;
+            return "proportions of the reference bandwidth: " + settings.Proportions.Text;
         case BandwidthMethod::kHref:
             break;
     }
@@ -64,31 +63,37 @@ std::string estimator_text(const kde_tool::RunInputs& inputs) {
 }
 
 std::string extent_text(const PageRun& run) {
-    switch (run.Inputs.Mode) {
+    switch (run.Wanted.Mode) {
         case ExtentMode::kMinimum:
             return "the smallest for each distribution";
         case ExtentMode::kReference:
-            return "that of the raster " + run.Inputs.ReferenceName;
+            return "that of the raster " + run.Wanted.ReferenceName;
         case ExtentMode::kFull:
             break;
     }
-    return "all fixes and a buffer of " + run.Inputs.BufferText + " " + length_unit(run);
+    return "all fixes and a buffer of " + run.Wanted.Buffer.Text + " " + length_unit(run);
 }
 
-std::string isopleth_text(const kde_tool::RunInputs& inputs) {
-    if (!inputs.Isopleths) return "none";
+std::string isopleth_text(const analysis::Settings& settings) {
+    if (!settings.Isopleths) return "none";
     std::string kinds;
     for (const auto& [wanted, name] :
-         {std::pair(inputs.Lines, "lines"), {inputs.Polygons, "polygons"}, {inputs.Donuts, "donuts"}})
+         {std::pair(settings.Lines, "lines"), {settings.Polygons, "polygons"}, {settings.Donuts, "donuts"}})
         if (wanted) kinds += (kinds.empty() ? "" : ", ") + std::string(name);
-    return inputs.IsoplethText + " % (" + kinds + ")";
+    return settings.Percentages.Text + " % (" + kinds + ")";
 }
 
-std::string reach_text(const kde_tool::RunInputs& inputs) {
-    if (inputs.ReachText == kde_tool::kWholeReach) return "whole: four bandwidths of the widest kernel";
-    if (!inputs.ReachText.empty()) return inputs.ReachText + " bandwidths";
+std::string reach_text(const analysis::Settings& settings) {
+    switch (settings.KernelReach.How) {
+        case analysis::Reach::Kind::kWhole:
+            return "whole: four bandwidths of the widest kernel";
+        case analysis::Reach::Kind::kBandwidths:
+            return settings.KernelReach.Text + " bandwidths";
+        case analysis::Reach::Kind::kUsual:
+            break;
+    }
     return std::string("four bandwidths") +
-           (inputs.Method == BandwidthMethod::kProportion ? ", those of HREF whatever the proportion" : "");
+           (settings.Method == BandwidthMethod::kProportion ? ", those of HREF whatever the proportion" : "");
 }
 
 std::string reference_text(const PageRun& run) {
@@ -114,7 +119,7 @@ std::string script_digest() {
 }  // namespace
 
 std::string page_opening(const PageRun& run) {
-    const std::string name = XmlText(run.Inputs.LayerName);
+    const std::string name = XmlText(run.Wanted.LayerName);
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<meta name=\"color-scheme\" content=\"light dark\">\n" +
@@ -139,9 +144,9 @@ std::string problems(const PageRun& run) {
     };
     const std::size_t failed = count([](const AnimalRecord& r) { return r.Status != 0; });
     const std::size_t unsure =
-        count([](const AnimalRecord& r) { return r.Status == 0 && kde_tool::is_search(r.Method) && !r.Minimized; });
+        count([](const AnimalRecord& r) { return r.Status == 0 && analysis::is_search(r.Method) && !r.Minimized; });
     const std::size_t cut = count([](const AnimalRecord& r) { return is_cut(r) && !r.CutTo; });
-    const std::size_t beyond = count([](const AnimalRecord& r) { return r.BeyondReach >= kde_tool::kToldShare; });
+    const std::size_t beyond = count([](const AnimalRecord& r) { return r.BeyondReach >= analysis::kToldShare; });
     const std::size_t lost = count([](const AnimalRecord& r) { return r.CutTo.has_value(); });
     std::vector<std::string> texts;
     if (run.Stopped) texts.emplace_back("The run was stopped; what was done until then is shown.");
@@ -187,32 +192,32 @@ std::string reading_notes(const PageRun& run) {
 }
 
 std::string settings_section(const PageRun& run) {
-    const kde_tool::RunInputs& inputs = run.Inputs;
+    const analysis::Settings& settings = run.Wanted;
     return "<section id=\"settings\" aria-labelledby=\"settings-name\">\n<h2 "
            "id=\"settings-name\">Settings</h2>\n<table "
            "class=\"settings\"><tbody>\n" +
-           settings_row("Input", inputs.Source.empty() ? inputs.LayerName : inputs.Source) +
-           settings_row("Animal ID field", inputs.IdField) +
-           settings_row("Fixes", !inputs.Where.empty() ? "where " + inputs.Where
-                                 : inputs.SelectedOnly ? "the selected ones"
+           settings_row("Input", run.Source.empty() ? settings.LayerName : run.Source) +
+           settings_row("Animal ID field", settings.IdField) +
+           settings_row("Fixes", !settings.Where.empty() ? "where " + settings.Where
+                                 : settings.SelectedOnly ? "the selected ones"
                                                        : "all") +
            settings_row("Coordinate system", reference_text(run)) +
-           settings_row("Kernel", std::string("bivariate normal, ") + (inputs.FixedKernel ? "fixed" : "adaptive")) +
-           settings_row("Bandwidth", estimator_text(inputs)) +
-           settings_row("Reach of the kernels", reach_text(inputs)) +
-           settings_row("Rescaled to unit variance", inputs.Rescale ? "yes" : "no") +
-           settings_row("Cell size", NumberText(run.CellSize) + " " + length_unit(run)) +
-           settings_row("Scaling factor", inputs.ScalingText) +
-           settings_row("Extent of the rasters", extent_text(run)) + settings_row("Isopleths", isopleth_text(inputs)) +
-           settings_row("Output folder", run.Folder.string()) + settings_row("Raster prefix", inputs.Prefix) +
-           settings_row("Raster format", run.RasterFormat) + "</tbody></table>\n</section>\n";
+           settings_row("Kernel", std::string("bivariate normal, ") + (settings.FixedKernel ? "fixed" : "adaptive")) +
+           settings_row("Bandwidth", estimator_text(settings)) +
+           settings_row("Reach of the kernels", reach_text(settings)) +
+           settings_row("Rescaled to unit variance", settings.Rescale ? "yes" : "no") +
+           settings_row("Cell size", NumberText(run.Wanted.Cells.Typed) + " " + length_unit(run)) +
+           settings_row("Scaling factor", settings.ScalingFactor.Text) +
+           settings_row("Extent of the rasters", extent_text(run)) + settings_row("Isopleths", isopleth_text(settings)) +
+           settings_row("Output folder", run.Folder.string()) + settings_row("Raster prefix", settings.Prefix) +
+           settings_row("Raster format", run.Wanted.RasterFormat) + "</tbody></table>\n</section>\n";
 }
 
 std::string repeat_section(const PageRun& run, const std::string& command) {
     std::string note =
         "The same analysis from a command line. Add <code>--overwrite</code> to replace the rasters, or "
         "name another folder.";
-    if (run.Inputs.SelectedOnly && run.Inputs.Where.empty())
+    if (run.Wanted.SelectedOnly && run.Wanted.Where.empty())
         note += " Fixes that were selected in the map have no words: <code>--where</code> takes a condition.";
     return "<section id=\"repeat\" aria-labelledby=\"repeat-name\">\n<h2 id=\"repeat-name\">Repeat the run</h2>\n<p>" +
            note + "</p>\n<pre tabindex=\"0\" aria-label=\"Command\"><code>" + XmlText(command) +

@@ -1,7 +1,7 @@
 #include "results_page/page_run.h"
 
-#include "kde_tool/bandwidth_doctor.h"
-#include "kde_tool/summary_rows.h"
+#include "analysis/diagnosis.h"
+#include "analysis/summary_rows.h"
 #include "pictures/axis.h"
 #include "platform/text.h"
 
@@ -11,8 +11,8 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::AnimalRecord;
-using kde_tool::BandwidthMethod;
+using analysis::AnimalRecord;
+using analysis::BandwidthMethod;
 
 constexpr int kDigits = 4;
 constexpr double kFullSize = 150.0;  ///< distributions up to which the pictures have their full size
@@ -38,7 +38,7 @@ std::string record_name(const PageRun& run, const AnimalRecord& record) {
 }
 
 bool has_kilometres(const PageRun& run) {
-    return kde_tool::square_kilometres(1.0, run.Reference).has_value();
+    return analysis::square_kilometres(1.0, run.Reference).has_value();
 }
 
 std::string area_unit(const PageRun& run) {
@@ -46,7 +46,7 @@ std::string area_unit(const PageRun& run) {
 }
 
 std::string area_text(const PageRun& run, std::optional<double> area) {
-    if (has_kilometres(run)) area = kde_tool::square_kilometres(area, run.Reference);
+    if (has_kilometres(run)) area = analysis::square_kilometres(area, run.Reference);
     return area ? pictures::ShortNumber(*area, kDigits) : std::string();
 }
 
@@ -72,17 +72,17 @@ const char* method_text(BandwidthMethod method) {
 }
 
 std::string volume_text(const PageRun& run, const AnimalRecord& record) {
-    if (record.Status != 0 || !(run.ScalingFactor > 0.0)) return {};
-    const double percent = record.Volume / run.ScalingFactor * 100.0;
+    if (record.Status != 0 || !(run.Wanted.ScalingFactor.Value.value_or(0.0) > 0.0)) return {};
+    const double percent = record.Volume / run.Wanted.ScalingFactor.Value.value_or(0.0) * 100.0;
     return platform::NumberText(std::round(percent * 100.0) / 100.0) + " %";
 }
 
 bool is_cut(const AnimalRecord& record) {
-    return kde_tool::edge_verdict(record) == kde_tool::EdgeVerdict::kCut;
+    return analysis::edge_verdict(record) == analysis::EdgeVerdict::kCut;
 }
 
 const char* search_text(const AnimalRecord& record) {
-    if (!kde_tool::is_search(record.Method)) return "";
+    if (!analysis::is_search(record.Method)) return "";
     return record.Minimized ? "minimised" : "not minimised";
 }
 

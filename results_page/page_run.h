@@ -1,8 +1,8 @@
 #pragma once
 // What a page is made from: values of the run and its records. The datasets are read back from the output folder.
 
-#include "kde_tool/run_inputs.h"
-#include "kde_tool/run_record.h"
+#include "analysis/settings.h"
+#include "analysis/record.h"
 #include "platform/clock.h"
 #include "platform/values.h"
 
@@ -15,18 +15,15 @@ namespace wxl::results_page {
 
 /// A run as its page tells of it.
 struct PageRun {
-    kde_tool::RunInputs Inputs;
-    std::vector<double> Percentages;  ///< of the isopleths, in the order typed
-    bool ManyValues = false;          ///< several bandwidths or proportions per animal
-    double ScalingFactor = 0.0;
-    double CellSize = 0.0;
+    analysis::Settings Wanted;
+    std::string Source;       ///< of the point layer; empty: no file that is known
+    bool ManyValues = false;  ///< several bandwidths or proportions per animal
     platform::SpatialReference Reference;
     std::filesystem::path Folder;
-    std::string RasterFormat;
     platform::DateTime Start;
     platform::DateTime Finish;
     bool Stopped = false;
-    std::vector<kde_tool::AnimalRecord> Records;  ///< in the order of the run
+    std::vector<analysis::AnimalRecord> Records;  ///< in the order of the run
 };
 
 /// How big the pictures of a page may be, so that a page of thousands of animals stays one that a browser opens.
@@ -40,7 +37,7 @@ PictureSize picture_size(std::size_t distributions);
 std::string section_id(std::size_t number);
 
 /// How a record is called: the animal's ID, and which of several values.
-std::string record_name(const PageRun& run, const kde_tool::AnimalRecord& record);
+std::string record_name(const PageRun& run, const analysis::AnimalRecord& record);
 
 /// Whether areas can be told in square kilometres; else they are in square map units.
 bool has_kilometres(const PageRun& run);
@@ -55,15 +52,15 @@ std::string area_text(const PageRun& run, std::optional<double> area);
 std::string length_unit(const PageRun& run);
 
 /// "LSCV", "BCV", "HREF", "user-defined" or "proportion of HREF".
-const char* method_text(kde_tool::BandwidthMethod method);
+const char* method_text(analysis::BandwidthMethod method);
 
 /// Shares of the scaling factor: "99.98 %".
-std::string volume_text(const PageRun& run, const kde_tool::AnimalRecord& record);
+std::string volume_text(const PageRun& run, const analysis::AnimalRecord& record);
 
 /// Whether the raster cuts the distribution, by what it holds.
-bool is_cut(const kde_tool::AnimalRecord& record);
+bool is_cut(const analysis::AnimalRecord& record);
 
 /// "minimised", "not minimised", or "" where nothing was searched.
-const char* search_text(const kde_tool::AnimalRecord& record);
+const char* search_text(const analysis::AnimalRecord& record);
 
 }  // namespace wxl::results_page

@@ -1,8 +1,7 @@
 #include "results_page/results_page.h"
 
-#include "kde_tool/animal_run.h"
-#include "kde_tool/boxes.h"
-#include "kde_tool/run_preparation.h"
+#include "analysis/animal_run.h"
+#include "analysis/output_names.h"
 #include "results_page/animal_section.h"
 #include "results_page/animal_table.h"
 #include "results_page/page_parts.h"
@@ -11,11 +10,12 @@
 #include <algorithm>
 #include <memory>
 #include <utility>
+#include "platform/boxes.h"
 
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::RunOutcome;
+using analysis::RunOutcome;
 
 constexpr std::uint64_t kLargestPage = 512ULL << 20U;
 
@@ -57,35 +57,32 @@ private:
 
 }  // namespace
 
-void ResultsPage::RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& /*animals*/) {
+void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& /*animals*/) {
     m_run = {};
     m_written.clear();
     m_failed = false;
-    m_run.Inputs = frame.Inputs;
-    m_run.Percentages = frame.Percentages;
+    m_run.Wanted = frame.Wanted;
+    m_run.Source = frame.Source;
     m_run.ManyValues = frame.Values.size() > 1;
-    m_run.ScalingFactor = frame.ScalingFactor;
-    m_run.CellSize = frame.CellSize;
     m_run.Reference = frame.Reference;
     m_run.Folder = frame.Folder;
-    m_run.RasterFormat = frame.RasterFormat;
     m_run.Start = m_services.Clock->Now();
 }
 
-void ResultsPage::AnimalDone(const kde_tool::AnimalRecord& record) {
-    if (m_run.Inputs.Html) m_run.Records.push_back(record);
+void ResultsPage::AnimalDone(const analysis::AnimalRecord& record) {
+    if (m_run.Wanted.Html) m_run.Records.push_back(record);
 }
 
 void ResultsPage::RunEnds(RunOutcome outcome) {
     const bool kept = outcome == RunOutcome::kComplete || outcome == RunOutcome::kStopped;
-    if (!kept || !m_run.Inputs.Html) return;
+    if (!kept || !m_run.Wanted.Html) return;
     m_failed = true;
     m_run.Stopped = outcome == RunOutcome::kStopped;
     m_run.Finish = m_services.Clock->Now();
-    const std::filesystem::path file = kde_tool::file_in_folder(m_run.Folder, kPageFile);
+    const std::filesystem::path file = analysis::file_in_folder(m_run.Folder, kPageFile);
     if (!MayReplace(file)) {
         m_failed = false;
-        return kde_tool::ShowWarning(
+        return platform::ShowWarning(
             *m_services.Messages,
             "Warning: " + file.string() + " is not a page of this tool and was left as it is; no page was written.");
     }

@@ -1,5 +1,5 @@
 #pragma once
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 #include "platform/services.h"
 #include "results_page/page_run.h"
 
@@ -16,16 +16,16 @@ inline constexpr const char* kPageFile = "\\WXL_KDE_ANALYSIS.html";
 /// its folder, however the run was computed. It appears whole or not at all and replaces the page of an earlier run; a
 /// file of that name that is something else stays, and a message box says so. Sections are written as they are made, so
 /// that memory holds the records and one map at a time.
-class ResultsPage final : public kde_tool::IRunObserver {
+class ResultsPage final : public analysis::IRunObserver {
 public:
     /// The services outlive the object.
     explicit ResultsPage(const platform::Services& services) : m_services(services) {}
 
-    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& animals) override;
-    void AnimalDone(const kde_tool::AnimalRecord& record) override;
+    void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;
+    void AnimalDone(const analysis::AnimalRecord& record) override;
 
     /// RuntimeError when the page cannot be written.
-    void RunEnds(kde_tool::RunOutcome outcome) override;
+    void RunEnds(analysis::RunOutcome outcome) override;
 
     /// Whether the page of the last run was asked for and could not be written.
     bool Failed() const { return m_failed; }

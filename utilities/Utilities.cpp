@@ -26,7 +26,8 @@ void Utilities::ShowError(const std::string& procedure, const std::string& detai
     const platform::RuntimeError error = platform::CurrentError();
     std::string text = procedure + ": " + std::to_string(error.Number) + "\r" + error.Description;
     if (!detail.empty()) text += "\r" + detail;
-    m_services.Messages->Show({.Text = text, .Title = "Error", .Sign = platform::Icon::kCritical});
+    m_services.Messages->Show(
+        {.Text = text, .Title = "Error", .Sign = platform::Icon::kCritical, .Kind = platform::BoxKind::kFault});
 }
 
 std::string Utilities::GetTempFolder() {

@@ -24,7 +24,8 @@ std::shared_ptr<platform::IFeatureClass> Utilities::CreateOutputShapefile(
     if (exists && !bOverwrite) {
         m_services.Messages->Show({.Text = "ERROR: file already exists. Cannot create output file.",
                                    .Title = "File Error",
-                                   .Sign = platform::Icon::kCritical});
+                                   .Sign = platform::Icon::kCritical,
+                                   .Kind = platform::BoxKind::kFault});
         return nullptr;
     }
     // Before the deletion, so that a refusal costs no files.

@@ -68,7 +68,8 @@ std::optional<int> Utilities::MeasurementField(platform::ITable& table, const st
                                    "Error: unable to add new length field to table. Please check you have supplied a "
                                    "valid field name and you have write access to the attribute table.",
                                .Title = "Error",
-                               .Sign = platform::Icon::kExclamation});
+                               .Sign = platform::Icon::kExclamation,
+                               .Kind = platform::BoxKind::kFault});
     return std::nullopt;
 }
 

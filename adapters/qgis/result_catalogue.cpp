@@ -4,7 +4,7 @@
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/result_styles.h"
 #include "adapters/raster/raster_dataset.h"
-#include "kde_tool/animal_run.h"
+#include "analysis/animal_run.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -37,17 +37,17 @@ const IsoplethKind& kind_of(const std::string& path) {
     return kind == kKinds.end() ? kKinds.front() : *kind;
 }
 
-QString method_name(kde_tool::BandwidthMethod method) {
+QString method_name(analysis::BandwidthMethod method) {
     switch (method) {
-        case kde_tool::BandwidthMethod::kLscv:
+        case analysis::BandwidthMethod::kLscv:
             return QStringLiteral("LSCV");
-        case kde_tool::BandwidthMethod::kBcv:
+        case analysis::BandwidthMethod::kBcv:
             return QStringLiteral("BCV");
-        case kde_tool::BandwidthMethod::kManual:
+        case analysis::BandwidthMethod::kManual:
             return QStringLiteral("user-defined bandwidth");
-        case kde_tool::BandwidthMethod::kProportion:
+        case analysis::BandwidthMethod::kProportion:
             return QStringLiteral("proportions of the reference bandwidth");
-        case kde_tool::BandwidthMethod::kHref:
+        case analysis::BandwidthMethod::kHref:
             break;
     }
     return QStringLiteral("reference bandwidth");
@@ -77,8 +77,8 @@ bool same_system(platform::SpatialReference a, const platform::SpatialReference&
 }
 
 /// The coordinate system of the point layer as QGIS has it: read back from the text in a dataset it may lose its code.
-QgsCoordinateReferenceSystem crs_of(const kde_tool::RunFrame& frame) {
-    const QgsMapLayer* layer = LayerNames().Find(frame.Inputs.LayerName);
+QgsCoordinateReferenceSystem crs_of(const analysis::RunFrame& frame) {
+    const QgsMapLayer* layer = LayerNames().Find(frame.Wanted.LayerName);
     if (layer && same_system(FromCrs(layer->crs()), frame.Reference)) return layer->crs();
     return QgsCoordinateReferenceSystem::fromWkt(ToQString(frame.Reference.Wkt));
 }
@@ -110,10 +110,10 @@ Options quick(Options options) {
 
 }  // namespace
 
-void ResultCatalogue::Begin(const kde_tool::RunFrame& frame) {
+void ResultCatalogue::Begin(const analysis::RunFrame& frame) {
     m_groupName =
-        QStringLiteral("Home ranges: %1, %2").arg(ToQString(frame.Inputs.LayerName), method_name(frame.Inputs.Method));
-    m_fixes = LayerNames().Find(frame.Inputs.LayerName);
+        QStringLiteral("Home ranges: %1, %2").arg(ToQString(frame.Wanted.LayerName), method_name(frame.Wanted.Method));
+    m_fixes = LayerNames().Find(frame.Wanted.LayerName);
     m_crs = crs_of(frame);
     m_valuesPerAnimal = frame.Values.size();
     Clear();
@@ -126,13 +126,13 @@ void ResultCatalogue::Clear() {
     m_isopleths.clear();
 }
 
-void ResultCatalogue::Add(const kde_tool::AnimalRecord& record) {
+void ResultCatalogue::Add(const analysis::AnimalRecord& record) {
     QString animal = ToQString(platform::ValueText(record.Id));
     const std::size_t number = m_animals.try_emplace(record.NamingId, m_animals.size()).first->second;
     const std::size_t value = ++m_valuesDone[record.NamingId];
     if (m_valuesPerAnimal > 1) animal += QStringLiteral(" (b%1)").arg(value);
     std::vector<double> percentages;
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths) percentages.push_back(isopleth.Percent);
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths) percentages.push_back(isopleth.Percent);
     for (const std::string& file : record.Files) {
         if (std::filesystem::path(file).extension() == ".shp")
             m_isopleths.push_back({file, animal + QLatin1String(": ") + QLatin1String(kind_of(file).Name), number,

@@ -1,5 +1,5 @@
 #pragma once
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 
 #include <map>
 #include <memory>
@@ -26,10 +26,10 @@ struct ResultDataset {
 /// What a run wrote, as layers: names, hues, the name of the group, and where that stands.
 class ResultCatalogue {
 public:
-    void Begin(const kde_tool::RunFrame& frame);
+    void Begin(const analysis::RunFrame& frame);
 
     /// Looks through a raster for the range of its colours, so that nothing is left to do at the end but opening it.
-    void Add(const kde_tool::AnimalRecord& record);
+    void Add(const analysis::AnimalRecord& record);
 
     /// Isopleths, then rasters, each in the order of the animals.
     std::vector<ResultDataset> Datasets() const;

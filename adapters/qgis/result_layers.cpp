@@ -13,18 +13,18 @@ constexpr int kExpandedLayers = 24;  ///< a group of more layers is added folded
 
 }  // namespace
 
-void ResultLayers::RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) {
+void ResultLayers::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) {
     m_catalogue.Begin(frame);
 }
 
-void ResultLayers::AnimalDone(const kde_tool::AnimalRecord& record) {
+void ResultLayers::AnimalDone(const analysis::AnimalRecord& record) {
     if (m_form.chkAddToMap.Value != 0) m_catalogue.Add(record);
 }
 
-void ResultLayers::RunEnds(kde_tool::RunOutcome outcome) {
+void ResultLayers::RunEnds(analysis::RunOutcome outcome) {
     const std::vector<ResultDataset> datasets = m_catalogue.Datasets();
     m_catalogue.Clear();
-    if (outcome != kde_tool::RunOutcome::kComplete && outcome != kde_tool::RunOutcome::kStopped) return;
+    if (outcome != analysis::RunOutcome::kComplete && outcome != analysis::RunOutcome::kStopped) return;
     QList<QgsMapLayer*> layers;
     std::string missing;
     for (const ResultDataset& dataset : datasets) {

@@ -2,7 +2,7 @@
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/result_catalogue.h"
 #include "kde_tool/frmKDE.h"
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 #include "platform/messages.h"
 
 #include <qgsmaplayer.h>
@@ -12,17 +12,17 @@ namespace wxl::qgis {
 /// Adds what a run wrote to the map when the form's chkAddToMap asks for it, also what a stopped run had done: one
 /// group "Home ranges: LAYER, METHOD" right below the fixes, numbered when there is one of that name, with the
 /// isopleths above the rasters, each in the order of the animals, in the coordinate system of the point layer.
-class ResultLayers final : public kde_tool::IRunObserver {
+class ResultLayers final : public analysis::IRunObserver {
 public:
     /// All outlive the object. `host` gets a turn now and then, so that hundreds of animals do not freeze the desktop.
     ResultLayers(const kde_tool::frmKDE& form, Desktop desktop, platform::IHost& host)
         : m_form(form), m_desktop(std::move(desktop)), m_host(host) {}
 
-    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& animals) override;
-    void AnimalDone(const kde_tool::AnimalRecord& record) override;
+    void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;
+    void AnimalDone(const analysis::AnimalRecord& record) override;
 
     /// RuntimeError 57 that names the datasets that could not be opened, when the others are on the map.
-    void RunEnds(kde_tool::RunOutcome outcome) override;
+    void RunEnds(analysis::RunOutcome outcome) override;
 
 private:
     void Show(const QList<QgsMapLayer*>& layers) const;

@@ -2,8 +2,8 @@
 
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/gdal/projection.h"
+#include "analysis/animal_fixes.h"
 #include "apps/cli/option_checks.h"
-#include "kde_tool/animal_fixes.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tracking_times/split_keys.h"

@@ -89,7 +89,7 @@ ConsoleMessages::ConsoleMessages(Console& console, Answers answers)
     : m_console(console), m_answers(std::move(answers)) {}
 
 Answer ConsoleMessages::Show(const platform::MessageBox& box) {
-    if (platform::IsFaultReport(box)) ++m_faults;
+    if (box.Kind == platform::BoxKind::kFault) ++m_faults;
     const bool question = box.Choice != Buttons::kOk;
     if (!question) ++m_notices;
     if (m_stopped && question) throw QuestionUnanswered();

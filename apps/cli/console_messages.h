@@ -44,8 +44,7 @@ public:
     /// Whether an unanswered question stopped the run: the command must then end with exit code 1.
     bool Stopped() const { return m_stopped; }
 
-    /// How many boxes reported a fault: a title "Error", or a handler's "... Error number: N". A command whose work
-    /// ended in such a box has failed.
+    /// How many boxes reported a fault. A command whose work ended in such a box has failed.
     int Faults() const { return m_faults; }
 
     /// How many boxes told something without asking, reports of faults included.

@@ -1,7 +1,7 @@
 #include "apps/cli/movement_fit.h"
 
+#include "analysis/diagnosis.h"
 #include "apps/cli/option_checks.h"
-#include "kde_tool/bandwidth_doctor.h"
 #include "platform/text.h"
 
 #include <CLI/CLI.hpp>
@@ -140,7 +140,7 @@ AnimalModels fit_animal(const TimedAnimal& animal, const FitOptions& options, Co
 
 void report_animal(const AnimalModels& fitted, bool verdicts, Console& console) {
     const std::string name = platform::ValueText(fitted.Animal->Id);
-    const std::string without = kde_tool::fixes_text(static_cast<std::int64_t>(fitted.Animal->WithoutTime));
+    const std::string without = analysis::fixes_text(static_cast<std::int64_t>(fitted.Animal->WithoutTime));
     if (fitted.Animal->WithoutTime > 0 && fitted.Animal->FirstUnreadable.empty())
         console.Problem(fmt::format("{}: {} without a time left out", name, without));
     else if (fitted.Animal->WithoutTime > 0)

@@ -1,7 +1,7 @@
 #include "apps/cli/movement_run.h"
 
+#include "analysis/animal_fixes.h"
 #include "apps/cli/input_layer.h"
-#include "kde_tool/animal_fixes.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -58,7 +58,7 @@ struct MixedAnimals {
 std::optional<MixedAnimals> mixed_animals(files::FilesFeatureLayer& layer) {
     const std::string field = guess_id_field(layer.FeatureClass()->Table().Fields());
     if (field.empty()) return std::nullopt;
-    const auto animals = kde_tool::GroupFixes(layer, field, true).Animals;
+    const auto animals = analysis::GroupFixes(layer, field, true).Animals;
     const bool areTracks =
         std::any_of(animals.begin(), animals.end(), [](const auto& animal) { return animal.Fixes.size() > 1; });
     if (animals.size() < 2 || !areTracks) return std::nullopt;
@@ -108,8 +108,10 @@ bool may_mix_animals(files::FilesFeatureLayer& layer, ConsoleMessages& messages)
     if (!mixed) return true;
     const std::string text = fmt::format("{}; --id-field {} takes each animal by itself", told(*mixed), mixed->Field);
     try {
-        return messages.Show({.Text = text, .Choice = platform::Buttons::kYesNo, .About = platform::Topic::kAnimals}) ==
-               platform::Answer::kYes;
+        return messages.Show({.Text = text,
+                              .Choice = platform::Buttons::kYesNo,
+                              .About = platform::Topic::kAnimals,
+                              .Kind = platform::BoxKind::kQuestion}) == platform::Answer::kYes;
     } catch (const QuestionUnanswered&) {
         return false;
     }

@@ -1,7 +1,7 @@
 #include "apps/cli/timed_fixes.h"
 
-#include "kde_tool/animal_fixes.h"
-#include "kde_tool/naming_ids.h"
+#include "analysis/animal_fixes.h"
+#include "analysis/naming_ids.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tracking_times/timestamps.h"
@@ -82,7 +82,7 @@ void add_fix(TimedAnimal& animal, const platform::Point& place, const FieldValue
 void name_animals(TimedAnimals& animals, bool textIds) {
     std::vector<FieldValue> ids;
     for (const TimedAnimal& animal : animals.Animals) ids.push_back(animal.Id);
-    const std::vector<std::string> names = kde_tool::naming_ids(ids, textIds);
+    const std::vector<std::string> names = analysis::naming_ids(ids, textIds);
     for (std::size_t i = 0; i < names.size(); ++i) animals.Animals[i].NamingId = names[i];
 }
 
@@ -160,7 +160,7 @@ TimedAnimals read_timed_animals(const TimedInputOptions& options, Console& conso
         if (has_place(shape)) add_fix(animal, shape.Location, time_cell(*feature, times));
     }
     for (auto& [name, animal] : animals) result.Animals.push_back(std::move(animal));
-    name_animals(result, kde_tool::IsTextId(fields.at(id).Type));
+    name_animals(result, analysis::IsTextId(fields.at(id).Type));
     return result;
 }
 

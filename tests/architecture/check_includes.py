@@ -29,15 +29,20 @@ MAY_INCLUDE = {
     "tracking_times": {"platform"},
     "isopleths": {"platform", "utilities"},
     "comparison": {"platform", "engine", "isopleths"},
-    "kde_tool": {"platform", "engine", "pictures", "isopleths", "tracking_times", "utilities"},
-    "batch": {"platform", "engine", "kde_tool"},
-    "results_page": {"platform", "engine", "pictures", "kde_tool"},
+    "analysis": {"platform", "engine", "isopleths", "tracking_times", "utilities"},
+    "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
+    "batch": {"platform", "engine", "analysis"},
+    "results_page": {"platform", "engine", "pictures", "analysis"},
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},
 }
 # What a room must not include although its room may: numbers go in and out of the engine, no host.
 REFUSED = {
     "engine": {"platform/controls.h", "platform/map.h", "platform/services.h", "platform/workspaces.h"},
+    # A run takes values; the form shows them.
+    "analysis": {"platform/controls.h"},
+    "batch": {"platform/controls.h"},
+    "results_page": {"platform/controls.h"},
 }
 # Adapters draw the forms and know the ports, never the other way round.
 ADAPTERS = {
@@ -49,7 +54,7 @@ ADAPTERS = {
     "adapters/shapefile": {"platform", "adapters/disk"},
     "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile"},
     "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
-    "adapters/qgis": {"platform", "pictures", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
+    "adapters/qgis": {"platform", "pictures", "analysis", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
 }
 SOURCES = {".h", ".cpp"}
 

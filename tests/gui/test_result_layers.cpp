@@ -40,12 +40,12 @@ using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 /// Deletes a dataset when the run ends, before its layers are made.
-class Deleter final : public kde_tool::IRunObserver {
+class Deleter final : public analysis::IRunObserver {
 public:
     explicit Deleter(fs::path path) : m_path(std::move(path)) {}
-    void RunBegins(const kde_tool::RunFrame&, const kde_tool::GroupedFixes&) override {}
-    void AnimalDone(const kde_tool::AnimalRecord&) override {}
-    void RunEnds(kde_tool::RunOutcome) override { fs::remove_all(m_path); }
+    void RunBegins(const analysis::RunFrame&, const analysis::GroupedFixes&) override {}
+    void AnimalDone(const analysis::AnimalRecord&) override {}
+    void RunEnds(analysis::RunOutcome) override { fs::remove_all(m_path); }
 
 private:
     fs::path m_path;

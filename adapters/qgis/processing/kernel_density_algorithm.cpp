@@ -3,10 +3,9 @@
 #include "adapters/qgis/processing/result_loading.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/result_catalogue.h"
-#include "kde_tool/analysis_run.h"
+#include "analysis/output_names.h"
+#include "kde_tool/form_settings.h"
 #include "kde_tool/frmKDE.h"
-#include "kde_tool/kernel_radius.h"
-#include "kde_tool/run_preparation.h"
 #include "platform/text.h"
 #include "results_page/results_page.h"
 
@@ -20,7 +19,7 @@ namespace wxl::qgis {
 namespace {
 
 using kde_tool::frmKDE;
-using kde_tool::RunOutcome;
+using analysis::RunOutcome;
 
 // Values of the parameters METHOD and EXTENT_MODE.
 enum Method { kHref, kLscv, kBcv, kBandwidths, kProportions };
@@ -35,10 +34,10 @@ Parameter* with_help(Parameter* parameter, const char* help) {
 }
 
 /// What a run wrote, as it tells it.
-class WrittenFiles final : public kde_tool::IRunObserver {
+class WrittenFiles final : public analysis::IRunObserver {
 public:
-    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) override { Catalogue.Begin(frame); }
-    void AnimalDone(const kde_tool::AnimalRecord& record) override {
+    void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) override { Catalogue.Begin(frame); }
+    void AnimalDone(const analysis::AnimalRecord& record) override {
         Catalogue.Add(record);
         ++Distributions;
         if (record.Status != 0) ++Failed;
@@ -64,14 +63,15 @@ bool is_given(const QVariantMap& parameters, const char* name) {
 }
 
 /// The lists of numbers that a user types: all above 0, percentages at most 100.
-QString problem_of_list(const QString& name, const QString& text, double largest) {
-    for (const QString& piece : text.split(QLatin1Char(','))) {
-        const std::string number = FromQString(piece);
-        if (!kde_tool::IsPositiveNumber(number) || platform::NumberFromText(number) > largest)
-            return QStringLiteral("%1: \"%2\" is not a number above 0%3")
-                .arg(name, piece.trimmed(), largest <= 100.0 ? QStringLiteral(" and at most 100") : QString());
-    }
-    return {};
+QString problem_of_list(const QString& name, const QString& text, bool percentages) {
+    const analysis::TypedNumbers list = analysis::typed_numbers(FromQString(text));
+    const QString range = percentages ? QStringLiteral(" and at most 100") : QString();
+    const auto problem = [&](const std::string& piece) {
+        return QStringLiteral("%1: \"%2\" is not a number above 0%3").arg(name, ToQString(piece).trimmed(), range);
+    };
+    if (const auto piece = analysis::not_positive(list)) return problem(*piece);
+    const auto above = percentages ? analysis::above_hundred(list) : std::nullopt;
+    return above ? problem(platform::NumberText(*above)) : QString();
 }
 
 void select_field(frmKDE& form, const QString& field) {
@@ -81,7 +81,7 @@ void select_field(frmKDE& form, const QString& field) {
 }
 
 QString report_of(const QString& folder) {
-    return ToQString(kde_tool::file_in_folder(FromQString(folder), kde_tool::kReportFile).lexically_normal().string());
+    return ToQString(analysis::file_in_folder(FromQString(folder), analysis::kReportFile).lexically_normal().string());
 }
 
 /// Distances are measured in the layer's units: degrees are none.
@@ -245,7 +245,7 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
     if (method == kBandwidths || method == kProportions)
         if (const QString text =
                 problem_of_list(QStringLiteral("Bandwidths"),
-                                parameterAsString(parameters, QStringLiteral("BANDWIDTHS"), context), 1e300);
+                                parameterAsString(parameters, QStringLiteral("BANDWIDTHS"), context), false);
             !text.isEmpty())
             return refuse(text);
     const bool isopleths = parameterAsBoolean(parameters, QStringLiteral("LINES"), context) ||
@@ -254,72 +254,83 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
     if (isopleths)
         if (const QString text =
                 problem_of_list(QStringLiteral("Isopleths"),
-                                parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), 100.0);
+                                parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), true);
             !text.isEmpty())
             return refuse(text);
-    if (!kde_tool::is_reach(FromQString(parameterAsString(parameters, QStringLiteral("REACH"), context))))
+    if (!analysis::reach_of(FromQString(parameterAsString(parameters, QStringLiteral("REACH"), context))))
         return refuse(QStringLiteral("The reach of the kernels is a number of bandwidths above 0, or whole."));
     if (parameterAsString(parameters, QStringLiteral("PREFIX"), context).size() > 6)
         return refuse(QStringLiteral("The prefix has more than 6 characters."));
     return QgsProcessingAlgorithm::checkParameterValues(parameters, context, message);
 }
 
-/// The extent as a choice; a reference raster joins the map.
-std::string KernelDensityAlgorithm::Extent(const QVariantMap& parameters, QgsProcessingContext& context,
-                                           ProcessingSession& session) const {
+/// A reference raster joins the map.
+analysis::ExtentChoice KernelDensityAlgorithm::Extent(const QVariantMap& parameters, QgsProcessingContext& context,
+                                                      ProcessingSession& session) const {
     const int mode = parameterAsEnum(parameters, QStringLiteral("EXTENT_MODE"), context);
-    if (mode == kMinimum) return "min";
+    if (mode == kMinimum) return {analysis::ExtentMode::kMinimum};
     if (mode == kReference) {
         QgsRasterLayer* raster = parameterAsRasterLayer(parameters, QStringLiteral("REFERENCE"), context);
         if (!raster) throw QgsProcessingException(invalidRasterError(parameters, QStringLiteral("REFERENCE")));
-        return "ref:" + session.Add(*raster);
+        return {analysis::ExtentMode::kReference, std::nullopt, session.Add(*raster)};
     }
-    if (!is_given(parameters, "BUFFER")) return "full";
-    return "full:" + platform::NumberText(parameterAsDouble(parameters, QStringLiteral("BUFFER"), context));
+    if (!is_given(parameters, "BUFFER")) return {};
+    return {analysis::ExtentMode::kFull,
+            analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("BUFFER"), context))};
 }
 
-kde_tool::FormChoices KernelDensityAlgorithm::Choices(const QVariantMap& parameters, QgsProcessingContext& context,
-                                                      ProcessingSession& session) const {
+void KernelDensityAlgorithm::TakeKernel(const QVariantMap& parameters, QgsProcessingContext& context,
+                                        analysis::Settings& settings) const {
     const auto text = [&](const char* name) {
         return FromQString(parameterAsString(parameters, QLatin1String(name), context));
     };
-    const auto yes = [&](const char* name) { return parameterAsBoolean(parameters, QLatin1String(name), context); };
-    kde_tool::FormChoices choices;
-    if (is_given(parameters, "CELL_SIZE"))
-        choices.CellSize = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("CELL_SIZE"), context));
-    choices.Prefix = text("PREFIX");
-    choices.Scaling = platform::NumberText(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
     switch (parameterAsEnum(parameters, QStringLiteral("METHOD"), context)) {
         case kLscv:
-            choices.Bandwidth = "lscv";
+            settings.Method = analysis::BandwidthMethod::kLscv;
             break;
         case kBcv:
-            choices.Bandwidth = "bcv";
+            settings.Method = analysis::BandwidthMethod::kBcv;
             break;
         case kBandwidths:
-            choices.Bandwidth = text("BANDWIDTHS");
+            settings.Method = analysis::BandwidthMethod::kManual;
+            settings.Bandwidths = analysis::typed_numbers(text("BANDWIDTHS"));
             break;
         case kProportions:
-            choices.Bandwidth = "prop:" + text("BANDWIDTHS");
+            settings.Method = analysis::BandwidthMethod::kProportion;
+            settings.Proportions = analysis::typed_numbers(text("BANDWIDTHS"));
             break;
         default:
-            choices.Bandwidth = "href";
+            settings.Method = analysis::BandwidthMethod::kHref;
             break;
     }
-    choices.Extent = Extent(parameters, context, session);
-    choices.Adaptive = yes("ADAPTIVE");
-    choices.Reach = text("REACH");
-    choices.Rescale = yes("RESCALE");
-    choices.Independence = yes("INDEPENDENCE");
-    choices.VerboseLog = yes("VERBOSE");
-    choices.Html = yes("HTML");
-    choices.Lines = yes("LINES");
-    choices.Polygons = yes("POLYGONS");
-    choices.Donuts = yes("DONUTS");
-    if (choices.Lines || choices.Polygons || choices.Donuts) choices.Isopleths = text("ISOPLETHS");
-    choices.RasterFormat =
+    settings.FixedKernel = !parameterAsBoolean(parameters, QStringLiteral("ADAPTIVE"), context);
+    settings.Rescale = parameterAsBoolean(parameters, QStringLiteral("RESCALE"), context);
+    settings.KernelReach = analysis::reach_of(text("REACH")).value_or(analysis::Reach{});
+}
+
+void KernelDensityAlgorithm::TakeOutput(const QVariantMap& parameters, QgsProcessingContext& context,
+                                        analysis::Settings& settings) const {
+    if (is_given(parameters, "CELL_SIZE"))
+        settings.Cells = analysis::cell_size_of(
+            platform::NumberText(parameterAsDouble(parameters, QStringLiteral("CELL_SIZE"), context)));
+    settings.Prefix = FromQString(parameterAsString(parameters, QStringLiteral("PREFIX"), context));
+    settings.ScalingFactor =
+        analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
+    settings.Verbose = parameterAsBoolean(parameters, QStringLiteral("VERBOSE"), context);
+    settings.Html = parameterAsBoolean(parameters, QStringLiteral("HTML"), context);
+    settings.RasterFormat =
         FromQString(kFormats.at(parameterAsEnum(parameters, QStringLiteral("RASTER_FORMAT"), context)));
-    return choices;
+}
+
+void KernelDensityAlgorithm::TakeIsopleths(const QVariantMap& parameters, QgsProcessingContext& context,
+                                           analysis::Settings& settings) const {
+    settings.Lines = parameterAsBoolean(parameters, QStringLiteral("LINES"), context);
+    settings.Polygons = parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context);
+    settings.Donuts = parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
+    settings.Isopleths = settings.Lines || settings.Polygons || settings.Donuts;
+    if (settings.Isopleths)
+        settings.Percentages = analysis::typed_numbers(
+            FromQString(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context)));
 }
 
 QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -328,7 +339,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     const ReadLayer input = LayerToRead(parameters, context, *feedback);
     refuse_degrees(*input.Layer);
     session.Add(*input.Layer);
-    const kde_tool::FormChoices choices = Choices(parameters, context, session);
+    const analysis::ExtentChoice extent = Extent(parameters, context, session);
     const QString folder =
         QFileInfo(parameterAsString(parameters, QStringLiteral("OUTPUT"), context)).absoluteFilePath();
     if (!QDir().mkpath(folder))
@@ -348,13 +359,19 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     form.AddObserver(written);
     form.AddObserver(page);
     select_field(form, parameterAsString(parameters, QStringLiteral("ID_FIELD"), context));
-    form.SetOutputFolder(FromQString(folder));
-    kde_tool::Choose(choices, form);
+    analysis::Settings settings = kde_tool::settings_of(form);
+    settings.OutputFolder = FromQString(folder);
+    TakeKernel(parameters, context, settings);
+    TakeOutput(parameters, context, settings);
+    TakeIsopleths(parameters, context, settings);
+    settings.Mode = extent.Mode;
+    settings.ReferenceName = extent.ReferenceName;
+    kde_tool::fill(form, settings);
     if (input.SelectedOnly) {
         form.chkUseSel.Value = 1;
         form.chkUseSel_Click();
     }
-    kde_tool::TurnPages(choices, kde_tool::GivenBuffer(choices.Extent), form);
+    kde_tool::turn_pages(form, parameterAsBoolean(parameters, QStringLiteral("INDEPENDENCE"), context), extent.Buffer);
     session.Host().Watch(&form.PBar, &form.txtStatus);
     session.Host().SetOnCancel([&form] {
         if (form.Running()) form.btnExit_Click();

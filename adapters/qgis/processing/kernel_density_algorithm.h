@@ -1,6 +1,6 @@
 #pragma once
 #include "adapters/qgis/processing/wxl_algorithm.h"
-#include "kde_tool/form_choices.h"
+#include "analysis/settings_text.h"
 
 #include <string>
 
@@ -28,9 +28,12 @@ private:
     void AddRasterParameters();
     void AddIsoplethParameters();
     void AddRunParameters();
-    std::string Extent(const QVariantMap& parameters, QgsProcessingContext& context, ProcessingSession& session) const;
-    kde_tool::FormChoices Choices(const QVariantMap& parameters, QgsProcessingContext& context,
+    analysis::ExtentChoice Extent(const QVariantMap& parameters, QgsProcessingContext& context,
                                   ProcessingSession& session) const;
+    void TakeKernel(const QVariantMap& parameters, QgsProcessingContext& context, analysis::Settings& settings) const;
+    void TakeOutput(const QVariantMap& parameters, QgsProcessingContext& context, analysis::Settings& settings) const;
+    void TakeIsopleths(const QVariantMap& parameters, QgsProcessingContext& context,
+                       analysis::Settings& settings) const;
 };
 
 }  // namespace wxl::qgis

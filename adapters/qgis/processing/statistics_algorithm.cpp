@@ -80,9 +80,9 @@ QVariantMap StatisticsAlgorithm::processAlgorithm(const QVariantMap& parameters,
     if (!sink) throw QgsProcessingException(invalidSinkError(parameters, QStringLiteral("OUTPUT")));
     const std::size_t animals = form.IndependenceNumbers().size();
     for (std::size_t i = 0; i < animals && !feedback->isCanceled(); ++i) {
-        const kde_tool::IndependenceRow& independence = form.IndependenceNumbers().at(i);
-        const kde_tool::VarianceRow& spread = form.VarianceNumbers().at(i);
-        const kde_tool::HrefRow& bandwidth = form.HrefNumbers().at(i);
+        const analysis::IndependenceRow& independence = form.IndependenceNumbers().at(i);
+        const analysis::VarianceRow& spread = form.VarianceNumbers().at(i);
+        const analysis::HrefRow& bandwidth = form.HrefNumbers().at(i);
         QgsFeature row(fields);
         row.setAttributes(QVector<QVariant>{
             ToVariant(independence.Id, type_of(fields.at(0))), qlonglong{independence.Count},

@@ -5,8 +5,8 @@
 #include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
 #include "engine/clsKernelCalculator.h"
-#include "kde_tool/animal_fixes.h"
-#include "kde_tool/bandwidth_doctor.h"
+#include "analysis/animal_fixes.h"
+#include "analysis/diagnosis.h"
 #include "pictures/profile_picture.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -49,26 +49,25 @@ std::optional<double> if_positive(double value) {
 /// spread even where all are the same.
 bool has_spread(const std::vector<platform::Point>& fixes) {
     constexpr double kRounding = 1e-12;
-    platform::Extent extent;
-    for (const platform::Point& fix : fixes) extent.Include(fix);
+    const platform::Extent extent = platform::BoundsOf(fixes);
     const double size =
         std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});
     return !extent.IsEmpty() && std::max(extent.Width(), extent.Height()) > kRounding * size;
 }
 
-std::string reason_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
+std::string reason_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
                       const engine::clsKernelCalculator& calculator) {
     if (options.Method == "href") return {};
     const engine::SearchProfile rows = calculator.GetLSCVProfile().value_or(engine::SearchProfile{});
-    return kde_tool::search_reason(
-        {.Method = options.Method == "lscv" ? kde_tool::BandwidthMethod::kLscv : kde_tool::BandwidthMethod::kBcv,
+    return analysis::search_reason(
+        {.Method = options.Method == "lscv" ? analysis::BandwidthMethod::kLscv : analysis::BandwidthMethod::kBcv,
          .Count = static_cast<std::int32_t>(animal.Fixes.size()),
-         .Coincident = kde_tool::coincidence_of(animal.Fixes),
+         .Coincident = analysis::coincidence_of(animal.Fixes),
          .Profile = rows,
          .Minimized = calculator.LSCVMinimized});
 }
 
-AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const BandwidthOptions& options,
+AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
                              ConsoleMessages& messages) {
     engine::clsKernelCalculator calculator(messages);
     calculator.SetInputCoords(animal.Fixes);
@@ -97,7 +96,7 @@ AnimalBandwidth bandwidth_of(const kde_tool::AnimalFixes& animal, const Bandwidt
 
 /// What a command reads: the fixes of every animal, and the unit of their coordinates.
 struct Sample {
-    kde_tool::GroupedFixes Groups;
+    analysis::GroupedFixes Groups;
     std::string Units;
     ReadFiles Read;
 };
@@ -107,7 +106,7 @@ Sample read_sample(const BandwidthOptions& options, Console& console) {
     const ReadFiles read = files_read(*layer);
     if (!options.Profile.empty()) read.Refuse(options.Profile);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
-    return {kde_tool::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName, read};
+    return {analysis::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName, read};
 }
 
 /// The pictures of a search: one file for one animal, and for several one file each, with the naming ID that wxl kde
@@ -117,7 +116,7 @@ public:
     /// Refuses what cannot be written, before anything is computed.
     Plots(const BandwidthOptions& options, const Sample& sample) : m_options(options), m_units(sample.Units) {
         if (options.Plot.empty()) return;
-        for (const kde_tool::AnimalFixes& animal : sample.Groups.Animals) {
+        for (const analysis::AnimalFixes& animal : sample.Groups.Animals) {
             fs::path file = options.Plot;
             if (sample.Groups.Animals.size() > 1)
                 file.replace_filename(file.stem().string() + "-" + animal.NamingId + file.extension().string());
@@ -153,11 +152,11 @@ private:
     std::vector<TextOutput> m_files;
 };
 
-std::vector<AnimalBandwidth> find_bandwidths(const kde_tool::GroupedFixes& groups, const BandwidthOptions& options,
+std::vector<AnimalBandwidth> find_bandwidths(const analysis::GroupedFixes& groups, const BandwidthOptions& options,
                                              Console& console) {
     ConsoleMessages messages(console, {});
     std::vector<AnimalBandwidth> found;
-    for (const kde_tool::AnimalFixes& animal : groups.Animals) {
+    for (const analysis::AnimalFixes& animal : groups.Animals) {
         console.Progress(static_cast<double>(found.size()) / static_cast<double>(groups.Animals.size()),
                          platform::ValueText(animal.Id));
         found.push_back(bandwidth_of(animal, options, messages));

@@ -1,13 +1,12 @@
 #include "apps/cli/commands/batch.h"
 
 #include "apps/cli/batch_session.h"
-#include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
 #include "batch/task_run.h"
 #include "batch/task_state.h"
-#include "kde_tool/analysis_run.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -153,7 +152,7 @@ int run_batch_plan(const BatchPlanOptions& options, Console& console) {
     refuse_read_outputs(session.Form(), session.Read());
     prepare_output(options.Run, session.Form());
     std::optional<batch::Plan> plan;
-    kde_tool::AnalysisRun(session.Form()).Plan([&](const kde_tool::PreparedRun& run) {
+    session.Form().HandOver([&](const analysis::PreparedRun& run) {
         plan = batch::plan_batch(session.Services(), run, wishes_of(options.Run, options.Tasks));
     });
     console.EndProgress();
@@ -174,7 +173,7 @@ int run_batch_run(const BatchRunOptions& options, Console& console) {
     BatchSession session(options.Folder, console);
     KdeOutput output = session.Output(false);
     batch::TaskRun task(session.Services(), session.Geodata(), session.Plan(), host_name());
-    const auto outcome = task.Run(number, options.Again, [&](const kde_tool::AnimalRecord& record) {
+    const auto outcome = task.Run(number, options.Again, [&](const analysis::AnimalRecord& record) {
         output.AnimalDone(record);
         console.Finish();
     });

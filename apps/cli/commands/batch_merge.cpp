@@ -4,8 +4,8 @@
 #include "batch/merge.h"
 #include "batch/planner.h"
 #include "batch/task_state.h"
-#include "kde_tool/run_ending.h"
-#include "kde_tool/summary_table.h"
+#include "analysis/ending.h"
+#include "analysis/summary_table.h"
 #include "results_page/results_page.h"
 
 #include <CLI/CLI.hpp>
@@ -46,14 +46,14 @@ int run_batch_merge(const BatchMergeOptions& options, Console& console) {
         return console.Fail(
             fmt::format("the batch is not finished: {}; wxl batch submit sends what is missing", unfinished));
     KdeOutput output = session.Output(options.Json);
-    kde_tool::SummaryTable summary(services);
+    analysis::SummaryTable summary(services);
     results_page::ResultsPage page(services);
-    const std::vector<kde_tool::IRunObserver*> observers = {&summary, &output, &page};
+    const std::vector<analysis::IRunObserver*> observers = {&summary, &output, &page};
     batch::Merge(services, plan).Run(observers);
-    kde_tool::show_ending(*services.Messages, false);
-    output.Finish(kde_tool::RunOutcome::kComplete);
+    analysis::show_ending(*services.Messages, false);
+    output.Finish(analysis::RunOutcome::kComplete);
     if (options.Clean) batch::remove_batch(services, plan.Frame.Folder);
-    const int code = exit_code_of(kde_tool::RunOutcome::kComplete, output, console);
+    const int code = exit_code_of(analysis::RunOutcome::kComplete, output, console);
     return with_extras(code, summary, page, options.Json, console);
 }
 

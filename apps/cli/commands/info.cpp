@@ -2,7 +2,7 @@
 
 #include "apps/cli/animal_tracks.h"
 #include "apps/cli/json_values.h"
-#include "kde_tool/animal_fixes.h"
+#include "analysis/animal_fixes.h"
 #include "platform/text.h"
 #include "tracking_times/timestamps.h"
 
@@ -28,7 +28,7 @@ struct LayerFacts {
     platform::SpatialReference Reference;
     std::vector<platform::Field> Fields;
     std::string IdField;  ///< empty: not known
-    kde_tool::GroupedFixes Groups;
+    analysis::GroupedFixes Groups;
     std::vector<tracking_times::TimeFacts> Times;  ///< of the animals; empty: no times are known
 };
 
@@ -40,7 +40,7 @@ LayerFacts facts_of(const InfoOptions& options) {
     facts.IdField = options.IdField.empty() ? guess_id_field(facts.Fields)
                                             : find_id_field(points.Table(), options.IdField, options.Points.Input);
     if (facts.IdField.empty()) return facts;
-    facts.Groups = kde_tool::GroupFixes(*layer, facts.IdField, false);
+    facts.Groups = analysis::GroupFixes(*layer, facts.IdField, false);
     const std::string time = options.Time.empty() ? guess_time_field(points.Table()) : options.Time;
     if (!time.empty()) facts.Times = time_facts_of(*layer, facts.IdField, time);
     return facts;
@@ -112,7 +112,7 @@ void report_text(const LayerFacts& facts, Console& console) {
     if (facts.IdField.empty()) return;
     report_line(console, "animals", fmt::format("{} by {}", facts.Groups.Animals.size(), facts.IdField));
     for (std::size_t i = 0; i < facts.Groups.Animals.size(); ++i) {
-        const kde_tool::AnimalFixes& animal = facts.Groups.Animals[i];
+        const analysis::AnimalFixes& animal = facts.Groups.Animals[i];
         console.Result(fmt::format("  {}: {}{}", platform::ValueText(animal.Id), animal.Fixes.size(),
                                    i < facts.Times.size() ? times_text(facts.Times[i]) : ""));
     }
@@ -137,7 +137,7 @@ Json json_of(const LayerFacts& facts) {
     }
     json["animals"] = Json::array();
     for (std::size_t i = 0; i < facts.Groups.Animals.size(); ++i) {
-        const kde_tool::AnimalFixes& animal = facts.Groups.Animals[i];
+        const analysis::AnimalFixes& animal = facts.Groups.Animals[i];
         Json one{{"id", json_value(animal.Id)}, {"n", animal.Fixes.size()}};
         if (i < facts.Times.size()) one.update(cli::json_of(facts.Times[i]));
         json["animals"].push_back(std::move(one));

@@ -3,13 +3,13 @@
 #include "adapters/ogr/ogr_source.h"
 #include "apps/cli/batch_tasks.h"
 #include "apps/cli/commands/kde_output.h"
-#include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/stop_signals.h"
 #include "batch/merge.h"
-#include "kde_tool/analysis_run.h"
-#include "kde_tool/run_ending.h"
+#include "analysis/analysis.h"
+#include "analysis/ending.h"
 #include "platform/text.h"
 #include "results_page/results_page.h"
 
@@ -112,13 +112,13 @@ constexpr int kMostJobs = 1024;
 
 }  // namespace
 
-int with_extras(int code, const kde_tool::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
+int with_extras(int code, const analysis::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
                 Console& console) {
     if (!json && !page.Written().empty()) console.Result("page: " + page.Written().string());
     return summary.Failed() || page.Failed() ? exit_code::kFailed : code;
 }
 
-int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console) {
+int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console) {
     if (output.Failed() > 0)
         console.Problem(fmt::format("wxl: {} of {} distributions could not be computed; the report says why",
                                     output.Failed(), output.Done()));
@@ -127,7 +127,7 @@ int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console&
             fmt::format("wxl: the isopleths of {} of {} distributions could not be made; the messages above "
                         "say why",
                         output.WithoutIsopleths(), output.Done()));
-    const bool done = outcome == kde_tool::RunOutcome::kComplete && output.Failed() < output.Done() &&
+    const bool done = outcome == analysis::RunOutcome::kComplete && output.Failed() < output.Done() &&
                       output.WithoutIsopleths() == 0 && output.WithoutMemory() == 0;
     return done ? exit_code::kDone : exit_code::kFailed;
 }
@@ -135,8 +135,8 @@ int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console&
 namespace {
 
 /// Names that are taken are refused by a box, which knows nothing of options.
-void tell_refusal(kde_tool::frmKDE& form, kde_tool::RunOutcome outcome, Console& console) {
-    if (outcome == kde_tool::RunOutcome::kRefused && !taken_names(form).empty()) advise_on_names(console);
+void tell_refusal(kde_tool::frmKDE& form, analysis::RunOutcome outcome, Console& console) {
+    if (outcome == analysis::RunOutcome::kRefused && !taken_names(form).empty()) advise_on_names(console);
 }
 
 /// The same run, computed by several processes.
@@ -144,7 +144,7 @@ int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& 
     kde_tool::frmKDE& form = session.Form();
     const platform::Services& services = session.Services();
     std::optional<batch::Plan> plan;
-    const kde_tool::RunOutcome planned = kde_tool::AnalysisRun(form).Plan([&](const kde_tool::PreparedRun& run) {
+    const analysis::RunOutcome planned = form.HandOver([&](const analysis::PreparedRun& run) {
         plan = batch::plan_batch(services, run, wishes_of(options, options.Jobs * kTasksPerJob));
     });
     console.EndProgress();
@@ -155,10 +155,10 @@ int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& 
     }
     if (!run_tasks_here(services, *plan, open_tasks(services, *plan), options.Jobs, console)) return exit_code::kFailed;
     batch::Merge(services, *plan).Run(form.Observers());
-    kde_tool::show_ending(*services.Messages, false);
+    analysis::show_ending(*services.Messages, false);
     batch::remove_batch(services, plan->Frame.Folder);
-    output.Finish(kde_tool::RunOutcome::kComplete);
-    return exit_code_of(kde_tool::RunOutcome::kComplete, output, console);
+    output.Finish(analysis::RunOutcome::kComplete);
+    return exit_code_of(analysis::RunOutcome::kComplete, output, console);
 }
 
 int run_here(KdeSession& session, KdeOutput& output, Console& console) {
@@ -202,7 +202,7 @@ int run_kde(const KdeOptions& options, Console& console) {
     KdeSession session(options, console);
     kde_tool::frmKDE& form = session.Form();
     refuse_read_outputs(form, session.Read());
-    if (options.DryRun) return print_plan(form, {options.Json, options.Overwrite}, console);
+    if (options.DryRun) return print_dry_run(form, {options.Json, options.Overwrite}, console);
     prepare_output(options, form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);

@@ -2,10 +2,9 @@
 #include "apps/cli/console.h"
 #include "apps/cli/console_messages.h"
 #include "apps/cli/input_layer.h"
+#include "analysis/record.h"
+#include "analysis/summary_table.h"
 #include "batch/planner.h"
-#include "kde_tool/form_choices.h"
-#include "kde_tool/run_record.h"
-#include "kde_tool/summary_table.h"
 #include "results_page/results_page.h"
 
 #include <optional>
@@ -21,11 +20,27 @@ class KdeOutput;
 
 /// wxl kde: the batch kernel density analysis. An option that was not given leaves what the settings file or the form's
 /// defaults say.
-struct KdeOptions : kde_tool::FormChoices {
+struct KdeOptions {
     InputOptions Points;
     std::string IdField;
     std::string Where;
     std::optional<std::string> Out;
+    std::optional<std::string> Prefix;
+    std::optional<std::string> CellSize;
+    std::optional<std::string> Scaling;
+    std::optional<std::string> Bandwidth;
+    std::optional<std::string> Extent;
+    std::optional<std::string> Isopleths;
+    std::string Reach;
+    std::string RasterFormat = "GRID";
+    bool Adaptive = false;
+    bool Rescale = false;
+    bool Independence = false;
+    bool Lines = false;
+    bool Polygons = false;
+    bool Donuts = false;
+    bool VerboseLog = false;
+    bool Html = false;
     std::string Settings;
     std::string SaveSettings;
     std::size_t GroupBy = 0;
@@ -45,11 +60,11 @@ void register_kde(CLI::App& command, KdeOptions& options);
 batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks);
 
 /// The exit code of a run whose own is `code`, with its summary and page, where the page stands is printed.
-int with_extras(int code, const kde_tool::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
+int with_extras(int code, const analysis::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
                 Console& console);
 
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
-int exit_code_of(kde_tool::RunOutcome outcome, const KdeOutput& output, Console& console);
+int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);
 
 /// Fills the analysis form, presses OK and writes what came of it.
 int run_kde(const KdeOptions& options, Console& console);

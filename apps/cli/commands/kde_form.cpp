@@ -1,56 +1,73 @@
 #include "apps/cli/commands/kde_form.h"
 
-#include "kde_tool/analysis_run.h"
-#include "kde_tool/kernel_radius.h"
-#include "kde_tool/run_plan.h"
+#include "apps/cli/input_layer.h"
+#include "kde_tool/form_settings.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
-#include <vector>
 
 namespace wxl::cli {
 
 namespace {
 
 namespace fs = std::filesystem;
+using analysis::BandwidthMethod;
+using analysis::ExtentMode;
+using analysis::Settings;
 using kde_tool::frmKDE;
-using platform::IsNumeric;
-using platform::NumberFromText;
 
-void check_positive_list(const std::string& option, const std::string& text, const std::string& what) {
-    for (const std::string& piece : platform::Split(text, ','))
-        if (!kde_tool::IsPositiveNumber(piece))
-            throw WrongCall(fmt::format("{}: \"{}\" is not {}", option, piece, what));
+void check_positive(const std::string& option, const analysis::TypedNumbers& list, const std::string& what) {
+    if (const auto piece = analysis::not_positive(list))
+        throw WrongCall(fmt::format("{}: \"{}\" is not {}", option, *piece, what));
 }
 
-void check_bandwidth(const std::string& text) {
-    if (text == "href" || text == "lscv" || text == "bcv") return;
-    const bool proportions = text.starts_with("prop:");
-    check_positive_list(
-        "--bandwidth", proportions ? text.substr(5) : text,
-        proportions ? "a proportion above 0" : "href, lscv, bcv, prop:P[,P...], or a number of map units above 0");
+analysis::BandwidthChoice given_bandwidth(const std::string& text) {
+    analysis::BandwidthChoice choice = analysis::bandwidth_of(text);
+    if (is_list(choice.Method))
+        check_positive("--bandwidth", choice.Values,
+                       choice.Method == BandwidthMethod::kProportion
+                           ? "a proportion above 0"
+                           : "href, lscv, bcv, prop:P[,P...], or a number of map units above 0");
+    return choice;
 }
 
-void check_extent(const std::string& text) {
-    if (text == "full" || text == "min") return;
-    if (text.starts_with("full:")) {
-        if (!IsNumeric(text.substr(5)))
-            throw WrongCall(fmt::format("--extent: the buffer \"{}\" is not a number", text.substr(5)));
-        return;
-    }
-    if (text.starts_with("ref:") && text.size() > 4) return;
-    throw WrongCall(fmt::format("--extent: \"{}\" is not full, full:BUFFER, min or ref:RASTER", text));
+analysis::ExtentChoice given_extent(const std::string& text) {
+    const auto choice = analysis::extent_of(text);
+    if (!choice) throw WrongCall(fmt::format("--extent: \"{}\" is not full, full:BUFFER, min or ref:RASTER", text));
+    if (choice->Buffer && !choice->Buffer->Value)
+        throw WrongCall(fmt::format("--extent: the buffer \"{}\" is not a number", choice->Buffer->Text));
+    return *choice;
 }
 
-void check_isopleths(const std::string& text) {
-    check_positive_list("--isopleths", text, "a percentage above 0");
-    for (const double percent : platform::NumbersFromText(text))
-        if (percent > 100.0)
-            throw WrongCall(fmt::format("--isopleths: {} is above 100 %", platform::NumberText(percent)));
+analysis::TypedNumbers given_percentages(const std::string& text) {
+    analysis::TypedNumbers percentages = analysis::typed_numbers(text);
+    check_positive("--isopleths", percentages, "a percentage above 0");
+    if (const auto percent = analysis::above_hundred(percentages))
+        throw WrongCall(fmt::format("--isopleths: {} is above 100 %", platform::NumberText(*percent)));
+    return percentages;
+}
+
+analysis::CellSize given_cell_size(const std::string& text) {
+    analysis::CellSize cells = analysis::cell_size_of(text);
+    if (!(cells.Side >= 1.0))
+        throw WrongCall(fmt::format(
+            "--cell-size: \"{}\" is not a number above 0.5; it is used as a whole number of map units", text));
+    return cells;
+}
+
+analysis::TypedNumber given_scaling(const std::string& text) {
+    if (!analysis::is_positive_number(text))
+        throw WrongCall(fmt::format("--scaling: \"{}\" is not a number above 0", text));
+    return analysis::typed_number(text);
+}
+
+analysis::Reach given_reach(const std::string& text) {
+    const auto reach = analysis::reach_of(text);
+    if (!reach) throw WrongCall(fmt::format("--reach: \"{}\" is not a number of bandwidths above 0, or whole", text));
+    return *reach;
 }
 
 void choose_id_field(const KdeOptions& options, files::FilesFeatureLayer& layer, frmKDE& form) {
@@ -58,25 +75,50 @@ void choose_id_field(const KdeOptions& options, files::FilesFeatureLayer& layer,
     form.cmbUIDFLD_Click();
 }
 
-void load_settings(const KdeOptions& options, OptionDialogs& dialogs, frmKDE& form) {
+void load_settings(const KdeOptions& options, frmKDE& form) {
     if (options.Settings.empty()) return;
-    dialogs.FileToOpen = options.Settings;
-    form.btnLoadSettings_Click();
-    if (form.txtStatus.Text != "Settings loaded")
+    if (!form.LoadSettings(options.Settings))
         platform::Raise(platform::error_number::kFileNotFound,
                         options.Settings + ": these settings cannot be read; is it a settings file?");
     form.txtStatus.Text.clear();
 }
 
-void set_folder(const KdeOptions& options, frmKDE& form) {
-    if (options.Out) form.SetOutputFolder(fs::absolute(*options.Out).lexically_normal().string());
-    if (form.OutputFolder().empty()) throw WrongCall("give the output folder by --out DIR");
-    form.AnimalsPerSubfolder = options.GroupBy;
+void take_kernel(const KdeOptions& options, const GivenSettings& given, Settings& settings) {
+    if (options.Adaptive) settings.FixedKernel = false;
+    if (options.Rescale) settings.Rescale = true;
+    settings.KernelReach = given.KernelReach;
+    if (!given.Bandwidth) return;
+    settings.Method = given.Bandwidth->Method;
+    if (settings.Method == BandwidthMethod::kManual) settings.Bandwidths = given.Bandwidth->Values;
+    if (settings.Method == BandwidthMethod::kProportion) settings.Proportions = given.Bandwidth->Values;
 }
 
-void check_isopleth_kinds(const frmKDE& form) {
-    if (form.chkBnds.Value != 0 && form.chkLines.Value + form.chkPolys.Value + form.chkDonuts.Value == 0)
+void take_output(const KdeOptions& options, const GivenSettings& given, Settings& settings) {
+    if (options.Out) settings.OutputFolder = fs::absolute(*options.Out).lexically_normal().string();
+    if (settings.OutputFolder.empty()) throw WrongCall("give the output folder by --out DIR");
+    if (options.Prefix) settings.Prefix = *options.Prefix;
+    if (given.Cells) settings.Cells = *given.Cells;
+    if (given.ScalingFactor) settings.ScalingFactor = *given.ScalingFactor;
+    if (options.VerboseLog) settings.Verbose = true;
+    if (options.Html) settings.Html = true;
+    settings.RasterFormat = options.RasterFormat;
+    settings.AnimalsPerSubfolder = options.GroupBy;
+}
+
+void take_isopleths(const KdeOptions& options, const GivenSettings& given, Settings& settings) {
+    if (given.Percentages || options.Lines || options.Polygons || options.Donuts) settings.Isopleths = true;
+    if (given.Percentages) settings.Percentages = *given.Percentages;
+    if (options.Lines) settings.Lines = true;
+    if (options.Polygons) settings.Polygons = true;
+    if (options.Donuts) settings.Donuts = true;
+    if (settings.Isopleths && !settings.Lines && !settings.Polygons && !settings.Donuts)
         throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons or --donuts");
+}
+
+void take_extent(const GivenSettings& given, Settings& settings) {
+    if (!given.Extent) return;
+    settings.Mode = given.Extent->Mode;
+    if (settings.Mode == ExtentMode::kReference) settings.ReferenceName = given.Extent->ReferenceName;
 }
 
 /// Before anything runs: a run that finds out would delete the report of earlier ones.
@@ -88,67 +130,63 @@ void check_prefix(const frmKDE& form) {
     }
 }
 
-bool is_reference(const std::optional<std::string>& extent) {
-    return extent && extent->starts_with("ref:");
+void choose_fixes(const KdeOptions& options, files::FilesFeatureLayer& layer, frmKDE& form) {
+    if (options.Where.empty()) return;
+    layer.SelectWhere(options.Where);
+    if (layer.Selection()->Count() == 0)
+        platform::Raise(platform::error_number::kInvalidCall, "no fix meets --where " + options.Where);
+    form.Where = options.Where;
+    form.chkUseSel.Value = 1;
+    form.chkUseSel_Click();
 }
 
 /// The buffer that was asked for, by an option or a settings file; nothing where one is to be suggested.
-std::optional<std::string> given_buffer(const KdeOptions& options, const frmKDE& form) {
-    if (const auto given = kde_tool::GivenBuffer(options.Extent)) return given;
-    if (!options.Extent && !options.Settings.empty() && form.optFull.Value) return form.txtBuffer.Text;
+std::optional<analysis::TypedNumber> given_buffer(const KdeOptions& options, const GivenSettings& given,
+                                                  const Settings& settings) {
+    if (given.Extent) return given.Extent->Buffer;
+    if (!options.Settings.empty() && settings.Mode == ExtentMode::kFull) return settings.Buffer;
     return std::nullopt;
 }
 
-void save_settings(const KdeOptions& options, OptionDialogs& dialogs, frmKDE& form) {
+void save_settings(const KdeOptions& options, const frmKDE& form) {
     if (options.SaveSettings.empty() || options.DryRun) return;
     if (!options.Overwrite && form.Services().Files->FileExists(options.SaveSettings))
         platform::Raise(platform::error_number::kFileExists,
                         options.SaveSettings + " is there already: give --overwrite, or another name");
-    dialogs.FileToSave = options.SaveSettings;
-    form.txtStatus.Text.clear();
-    form.btnSaveSettings_Click();
-    if (form.txtStatus.Text != "Settings saved")
-        platform::Raise(platform::error_number::kDeviceIo, options.SaveSettings + ": the settings could not be saved");
-    form.txtStatus.Text.clear();
+    form.SaveSettings(options.SaveSettings);
 }
 
 }  // namespace
 
-void check_options(const KdeOptions& options) {
-    if (options.Bandwidth) check_bandwidth(*options.Bandwidth);
-    if (options.Extent) check_extent(*options.Extent);
-    if (options.Isopleths) check_isopleths(*options.Isopleths);
-    if (options.CellSize && !(IsNumeric(*options.CellSize) && NumberFromText(*options.CellSize) > 0.5))
-        throw WrongCall(
-            fmt::format("--cell-size: \"{}\" is not a number above 0.5; it is used as a whole number of map units",
-                        *options.CellSize));
-    if (options.Scaling && !kde_tool::IsPositiveNumber(*options.Scaling))
-        throw WrongCall(fmt::format("--scaling: \"{}\" is not a number above 0", *options.Scaling));
-    if (!kde_tool::is_reach(options.Reach))
-        throw WrongCall(fmt::format("--reach: \"{}\" is not a number of bandwidths above 0, or whole", options.Reach));
+GivenSettings given_settings(const KdeOptions& options) {
+    GivenSettings given;
+    if (options.Bandwidth) given.Bandwidth = given_bandwidth(*options.Bandwidth);
+    if (options.Extent) given.Extent = given_extent(*options.Extent);
+    if (options.Isopleths) given.Percentages = given_percentages(*options.Isopleths);
+    if (options.CellSize) given.Cells = given_cell_size(*options.CellSize);
+    if (options.Scaling) given.ScalingFactor = given_scaling(*options.Scaling);
+    given.KernelReach = given_reach(options.Reach);
+    const bool isReference = given.Extent && given.Extent->Mode == ExtentMode::kReference;
     if (options.Settings.empty() && !options.Out) throw WrongCall("give the output folder by --out DIR");
-    if (options.Settings.empty() && !options.CellSize && !is_reference(options.Extent))
+    if (options.Settings.empty() && !options.CellSize && !isReference)
         throw WrongCall("give the cell size in map units by --cell-size C");
+    return given;
 }
 
-void fill_form(const KdeOptions& options, files::FilesFeatureLayer& layer, OptionDialogs& dialogs, frmKDE& form) {
+void fill_form(const KdeOptions& options, const GivenSettings& given, files::FilesFeatureLayer& layer, frmKDE& form) {
     form.Form_Load();
     choose_id_field(options, layer, form);
-    load_settings(options, dialogs, form);
-    set_folder(options, form);
-    kde_tool::Choose(options, form);
+    load_settings(options, form);
+    Settings settings = kde_tool::settings_of(form);
+    take_output(options, given, settings);
+    take_kernel(options, given, settings);
+    take_isopleths(options, given, settings);
+    take_extent(given, settings);
+    kde_tool::fill(form, settings);
     check_prefix(form);
-    check_isopleth_kinds(form);
-    if (!options.Where.empty()) {
-        layer.SelectWhere(options.Where);
-        if (layer.Selection()->Count() == 0)
-            platform::Raise(platform::error_number::kInvalidCall, "no fix meets --where " + options.Where);
-        form.Where = options.Where;
-        form.chkUseSel.Value = 1;
-        form.chkUseSel_Click();
-    }
-    kde_tool::TurnPages(options, given_buffer(options, form), form);
-    save_settings(options, dialogs, form);
+    choose_fixes(options, layer, form);
+    kde_tool::turn_pages(form, options.Independence, given_buffer(options, given, settings));
+    save_settings(options, form);
 }
 
 }  // namespace wxl::cli

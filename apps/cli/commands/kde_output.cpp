@@ -1,10 +1,10 @@
 #include "apps/cli/commands/kde_output.h"
 
 #include "isopleths/clsHISO.h"
-#include "kde_tool/analysis_run.h"
-#include "kde_tool/animal_run.h"
-#include "kde_tool/bandwidth_doctor.h"
-#include "kde_tool/summary_rows.h"
+#include "analysis/animal_run.h"
+#include "analysis/diagnosis.h"
+#include "analysis/output_names.h"
+#include "analysis/summary_rows.h"
 #include "platform/text.h"
 
 #include <cmath>
@@ -15,8 +15,7 @@ namespace wxl::cli {
 
 namespace {
 
-using kde_tool::AnimalRecord;
-using kde_tool::BandwidthMethod;
+using analysis::AnimalRecord;
 using platform::NumberText;
 
 /// From this many animals on, most of them with fewer fixes than that, the ID field is in doubt.
@@ -29,8 +28,7 @@ std::string one_line(const Json& value) {
 }
 
 Json minimised(const AnimalRecord& record) {
-    const bool search = record.Method == BandwidthMethod::kLscv || record.Method == BandwidthMethod::kBcv;
-    return search ? Json(record.Minimized) : Json();
+    return is_search(record.Method) ? Json(record.Minimized) : Json();
 }
 
 /// Bandwidths are above 0: 0 stands for one that was not computed.
@@ -48,12 +46,12 @@ Json warnings_of(const AnimalRecord& record) {
 
 /// The local minima of the search, null where nothing was searched.
 Json minima_of(const AnimalRecord& record) {
-    return kde_tool::is_search(record.Method) ? json_minima(engine::ReachedRows(record.Profile)) : Json();
+    return is_search(record.Method) ? json_minima(engine::ReachedRows(record.Profile)) : Json();
 }
 
 Json levels_of(const AnimalRecord& record) {
     Json levels = Json::array();
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths)
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
         levels.push_back({{"percent", isopleth.Percent},
                           {"level", json_number(isopleth.Level)},
                           {"area", json_number(isopleth.Area)}});
@@ -66,7 +64,7 @@ Json json_of(const AnimalRecord& record) {
     return {{"id", json_value(record.Id)},
             {"naming_id", record.NamingId},
             {"n", record.SampleSize},
-            {"method", kde_tool::method_name(record.Method)},
+            {"method", analysis::method_name(record.Method)},
             {"bandwidth", computed(record.Bandwidth)},
             {"bandwidth_map_units", computed(record.BandwidthMapUnits)},
             {"href", computed(record.Href)},
@@ -93,8 +91,8 @@ Json json_of(const AnimalRecord& record) {
 
 KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres)
     : m_console(console),
-      m_report(kde_tool::file_in_folder(folder, kde_tool::kReportFile)),
-      m_settings(kde_tool::file_in_folder(folder, kde_tool::kSettingsRecordFile)),
+      m_report(analysis::file_in_folder(folder, analysis::kReportFile)),
+      m_settings(analysis::file_in_folder(folder, analysis::kSettingsRecordFile)),
       m_json(json),
       m_metres(metres) {}
 
@@ -103,8 +101,8 @@ std::string KdeOutput::Head() const {
                        one_line(m_settings.string()));
 }
 
-void KdeOutput::RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) {
-    m_idField = frame.Inputs.IdField;
+void KdeOutput::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) {
+    m_idField = frame.Wanted.IdField;
 }
 
 void KdeOutput::AnimalDone(const AnimalRecord& record) {
@@ -117,7 +115,7 @@ void KdeOutput::Count(const AnimalRecord& record) {
     ++m_done;
     if (record.Status != 0) ++m_failed;
     if (record.IsoplethStatus == isopleths::isopleth_status::kFailed) ++m_withoutIsopleths;
-    if (kde_tool::lacks_memory(record)) ++m_withoutMemory;
+    if (analysis::lacks_memory(record)) ++m_withoutMemory;
     if (m_animals > 0 && record.NamingId == m_animal) return;
     m_animal = record.NamingId;
     ++m_animals;
@@ -126,7 +124,7 @@ void KdeOutput::Count(const AnimalRecord& record) {
 
 /// The line of the result says already why a distribution failed.
 void KdeOutput::TellReason(const AnimalRecord& record) const {
-    const bool told = !m_json && record.Reason == kde_tool::failure_reason(record);
+    const bool told = !m_json && record.Reason == analysis::failure_reason(record);
     if (!told && !record.Reason.empty())
         m_console.Problem(fmt::format("{}: {}", platform::ValueText(record.Id), record.Reason));
 }
@@ -140,7 +138,7 @@ void KdeOutput::DoubtIdField() const {
 
 std::string KdeOutput::AreasText(const AnimalRecord& record) const {
     std::string text;
-    for (const kde_tool::IsoplethRecord& isopleth : record.Isopleths) {
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths) {
         if (!isopleth.Area) continue;
         text += fmt::format(", {} %: {:.6g}{}", NumberText(isopleth.Percent),
                             m_metres ? *isopleth.Area / 1e6 : *isopleth.Area, m_metres ? " km2" : "");
@@ -158,15 +156,15 @@ void KdeOutput::Print(const AnimalRecord& record) {
         record.BandwidthMapUnits > 0.0 ? fmt::format("{:.6g}", record.BandwidthMapUnits) : "not computed";
     const std::string outcome =
         record.Status == 0 ? record.Files.front() + AreasText(record)
-                           : fmt::format("failed (code {}: {})", record.Status, kde_tool::failure_reason(record));
+                           : fmt::format("failed (code {}: {})", record.Status, analysis::failure_reason(record));
     m_console.Result(fmt::format("{}: {}, bandwidth {}, {} x {} cells: {}", platform::ValueText(record.Id),
-                                 kde_tool::fixes_text(record.SampleSize), bandwidth, record.Grid.Columns,
+                                 analysis::fixes_text(record.SampleSize), bandwidth, record.Grid.Columns,
                                  record.Grid.Rows, outcome));
 }
 
-void KdeOutput::Finish(kde_tool::RunOutcome outcome) {
+void KdeOutput::Finish(analysis::RunOutcome outcome) {
     DoubtIdField();
-    const bool kept = outcome == kde_tool::RunOutcome::kComplete || outcome == kde_tool::RunOutcome::kStopped;
+    const bool kept = outcome == analysis::RunOutcome::kComplete || outcome == analysis::RunOutcome::kStopped;
     if (!m_json && kept) m_console.Result("report: " + m_report.string());
     if (!m_json || m_done == 0) return;
     m_console.Result(m_pending);

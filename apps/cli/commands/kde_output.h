@@ -2,7 +2,7 @@
 #include "apps/cli/console.h"
 #include "apps/cli/json_values.h"
 #include "kde_tool/frmKDE.h"
-#include "kde_tool/run_record.h"
+#include "analysis/record.h"
 
 #include <filesystem>
 #include <string>
@@ -10,21 +10,21 @@
 namespace wxl::cli {
 
 /// The record as one JSON object. Numbers that are not defined are null.
-Json json_of(const kde_tool::AnimalRecord& record);
+Json json_of(const analysis::AnimalRecord& record);
 
 /// Writes a run's records as they come, as lines for people or as one JSON object, and counts the failing ones.
-class KdeOutput final : public kde_tool::IRunObserver {
+class KdeOutput final : public analysis::IRunObserver {
 public:
     /// `folder`: the output folder, for the names of report and settings record. `metres`: map units are metres, so
     /// that areas can be told in square kilometres.
     KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
 
-    void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes& animals) override;
-    void AnimalDone(const kde_tool::AnimalRecord& record) override;
-    void RunEnds(kde_tool::RunOutcome) override {}
+    void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;
+    void AnimalDone(const analysis::AnimalRecord& record) override;
+    void RunEnds(analysis::RunOutcome) override {}
 
     /// Ends the output of a run that wrote its report, or of one that broke off.
-    void Finish(kde_tool::RunOutcome outcome);
+    void Finish(analysis::RunOutcome outcome);
 
     std::size_t Done() const { return m_done; }
     std::size_t Failed() const { return m_failed; }
@@ -36,12 +36,12 @@ public:
     std::size_t WithoutIsopleths() const { return m_withoutIsopleths; }
 
 private:
-    void Count(const kde_tool::AnimalRecord& record);
-    void TellReason(const kde_tool::AnimalRecord& record) const;
+    void Count(const analysis::AnimalRecord& record);
+    void TellReason(const analysis::AnimalRecord& record) const;
     void DoubtIdField() const;
-    void Print(const kde_tool::AnimalRecord& record);
+    void Print(const analysis::AnimalRecord& record);
     std::string Head() const;
-    std::string AreasText(const kde_tool::AnimalRecord& record) const;
+    std::string AreasText(const analysis::AnimalRecord& record) const;
 
     Console& m_console;
     std::filesystem::path m_report;

@@ -4,7 +4,7 @@
 #include "adapters/raster/raster_dataset.h"
 #include "adapters/shapefile/shapefile_parts.h"
 #include "apps/cli/commands/kde_form.h"
-#include "apps/cli/commands/kde_plan.h"
+#include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/stop_signals.h"
 #include "batch/planner.h"
@@ -21,13 +21,13 @@ namespace wxl::cli {
 namespace {
 
 /// Whether a list of percentages seems to hold shares of 1.
-bool are_fractions(const std::string& percentages) {
-    return std::ranges::all_of(platform::NumbersFromText(percentages), [](double percent) { return percent <= 1.0; });
+bool are_fractions(const analysis::TypedNumbers& percentages) {
+    return std::ranges::all_of(percentages.Values, [](double percent) { return percent <= 1.0; });
 }
 
-std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options, Console& console) {
-    check_options(options);
-    if (options.Isopleths && are_fractions(*options.Isopleths))
+std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options, const GivenSettings& given,
+                                                       Console& console) {
+    if (given.Percentages && are_fractions(*given.Percentages))
         console.Note("wxl: --isopleths takes percentages: 95 means 95 %, and 0.95 less than 1 %");
     return open_measured_point_layer(options.Points, console);
 }
@@ -40,22 +40,21 @@ std::string full_name(const std::string& raster) {
 }
 
 /// The raster of --extent ref:RASTER, empty for any other extent.
-std::string reference_of(const KdeOptions& options) {
-    return options.Extent && options.Extent->starts_with("ref:") ? options.Extent->substr(4) : std::string();
+std::string reference_of(const GivenSettings& given) {
+    return given.Extent ? given.Extent->ReferenceName : std::string();
 }
 
-/// Adds the raster of --extent ref:RASTER to the map, under a name that no other layer has. The extent by that name.
-std::optional<std::string> add_reference(const KdeOptions& options, ToolSession& session) {
-    const std::string raster = reference_of(options);
-    if (raster.empty()) return options.Extent;
-    platform::Layer layer = files::layer_of(opened(options.Points.AllowIndirect, [&](files::Sources sources) {
+/// Adds the raster of --extent ref:RASTER to the map, under a name that no other layer has, and calls it by that.
+void add_reference(bool allowIndirect, ToolSession& session, GivenSettings& given) {
+    const std::string raster = reference_of(given);
+    if (raster.empty()) return;
+    platform::Layer layer = files::layer_of(opened(allowIndirect, [&](files::Sources sources) {
         return std::make_shared<files::FilesRasterLayer>(raster, sources);
     }));
     layer.Name = full_name(raster);
     while (session.Geodata().LayerExists(layer.Name)) layer.Name += " (raster)";
-    const std::string extent = "ref:" + layer.Name;
+    given.Extent->ReferenceName = layer.Name;
     session.Document().Map().AddLayer(std::move(layer));
-    return extent;
 }
 
 }  // namespace
@@ -73,27 +72,26 @@ void ProgressHost::Yield() {
 }
 
 KdeSession::KdeSession(const KdeOptions& options, Console& console)
-    : m_layer(open_checked(options, console)),
+    : m_given(given_settings(options)),
+      m_layer(open_checked(options, m_given, console)),
       m_read(files_read(*m_layer)),
       m_session(console, options.Questions),
       m_host(*m_session.Services().Host, console),
       m_services(m_session.Services()) {
     m_session.AddInput(m_layer);
-    KdeOptions choices = options;
-    choices.Extent = add_reference(options, m_session);
     AddOtherFiles(options);
+    add_reference(options.Points.AllowIndirect, m_session, m_given);
     m_services.Host = &m_host;
-    m_services.Dialogs = &m_dialogs;
     m_form.emplace(m_services, m_session.Geodata());
     m_form->KeepsFixes = true;
     m_host.Watch(*m_form);
-    fill_form(choices, *m_layer, m_dialogs, *m_form);
+    fill_form(options, m_given, *m_layer, *m_form);
 }
 
 /// A run rewrites the record in its folder whether it started from it or not: only settings that are to be saved may
 /// not replace those that were read.
 void KdeSession::AddOtherFiles(const KdeOptions& options) {
-    if (const std::string raster = reference_of(options); !raster.empty())
+    if (const std::string raster = reference_of(m_given); !raster.empty())
         m_read.Add(opened(options.Points.AllowIndirect,
                           [&](files::Sources sources) { return files::RasterFiles(raster, sources); }));
     if (options.SaveSettings.empty()) return;

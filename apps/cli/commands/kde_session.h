@@ -1,5 +1,6 @@
 #pragma once
 #include "apps/cli/commands/kde.h"
+#include "apps/cli/commands/kde_form.h"
 #include "apps/cli/tool_session.h"
 #include "kde_tool/frmKDE.h"
 
@@ -35,10 +36,10 @@ public:
 private:
     void AddOtherFiles(const KdeOptions& options);
 
+    GivenSettings m_given;
     std::shared_ptr<files::FilesFeatureLayer> m_layer;
     ReadFiles m_read;
     ToolSession m_session;
-    OptionDialogs m_dialogs;
     ProgressHost m_host;
     platform::Services m_services;
     std::optional<kde_tool::frmKDE> m_form;

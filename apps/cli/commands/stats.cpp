@@ -3,7 +3,7 @@
 #include "apps/cli/json_values.h"
 #include "apps/cli/text_output.h"
 #include "apps/cli/tool_session.h"
-#include "kde_tool/fix_times.h"
+#include "analysis/fix_times.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -18,9 +18,9 @@ namespace {
 
 /// One animal's row of the three tables of the form.
 struct StatsRow {
-    kde_tool::IndependenceRow Independence;
-    kde_tool::VarianceRow Variance;
-    kde_tool::HrefRow Href;
+    analysis::IndependenceRow Independence;
+    analysis::VarianceRow Variance;
+    analysis::HrefRow Href;
 };
 
 std::vector<StatsRow> rows_of(const kde_tool::frmKDE& form) {
@@ -52,7 +52,7 @@ std::vector<StatsRow> press_form(const StatsOptions& options, Console& console) 
 
 void report_order(const std::vector<StatsRow>& rows, Console& console) {
     for (const StatsRow& row : rows)
-        if (const std::string remark = kde_tool::order_remark(row.Independence.StepsBack); !remark.empty())
+        if (const std::string remark = analysis::order_remark(row.Independence.StepsBack); !remark.empty())
             console.Problem(platform::ValueText(row.Independence.Id) + ": " + remark);
 }
 

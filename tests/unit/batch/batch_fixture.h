@@ -44,7 +44,7 @@ struct BatchTest : kde_tool::RunTest {
     /// The batch of the filled form in `tasks` tasks.
     Plan PlanOf(std::size_t tasks) {
         std::optional<Plan> plan;
-        kde_tool::AnalysisRun(*Form).Plan([&](const kde_tool::PreparedRun& run) {
+        Form->HandOver([&](const analysis::PreparedRun& run) {
             plan = plan_batch(Services, run, {"wxl 1", "/data/bears.shp", tasks});
         });
         EXPECT_TRUE(plan) << Messages.Last().Text;
@@ -52,7 +52,7 @@ struct BatchTest : kde_tool::RunTest {
     }
 
     TaskOutcome RunTask(const Plan& plan, std::size_t task, bool again = false) {
-        return TaskRun(Services, *Geodata, plan, "here").Run(task, again, [this](const kde_tool::AnimalRecord& record) {
+        return TaskRun(Services, *Geodata, plan, "here").Run(task, again, [this](const analysis::AnimalRecord& record) {
             Met.push_back(record.RasterName);
         });
     }
@@ -62,7 +62,7 @@ struct BatchTest : kde_tool::RunTest {
     }
 
     void MergeAll(const Plan& plan) {
-        kde_tool::IRunObserver* observers[] = {&Keeper};
+        analysis::IRunObserver* observers[] = {&Keeper};
         Merge(Services, plan).Run(observers);
     }
 

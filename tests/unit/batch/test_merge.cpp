@@ -5,7 +5,7 @@
 namespace wxl::batch {
 namespace {
 
-using kde_tool::RunOutcome;
+using analysis::RunOutcome;
 using testing::ElementsAre;
 
 /// A map, a disk and a form of its own.

@@ -34,15 +34,19 @@ struct PlanTest : testing::Test {
         Made.Program = "wxl 1";
         Made.Planned = "11/20/2026 3:04:05 PM";
         Made.Input = {{"/data/a.shp", 100, 1700000000, "e3b0"}};
-        Made.Frame.Inputs.LayerName = "a";
-        Made.Frame.Inputs.Method = kde_tool::BandwidthMethod::kProportion;
-        Made.Frame.Inputs.Mode = kde_tool::ExtentMode::kReference;
-        Made.Frame.Inputs.Prefix = "K";
-        Made.Frame.Inputs.Isopleths = true;
-        Made.Frame.Inputs.Polygons = true;
+        Made.Frame.Wanted.LayerName = "a";
+        Made.Frame.Wanted.Method = analysis::BandwidthMethod::kProportion;
+        Made.Frame.Wanted.Mode = analysis::ExtentMode::kReference;
+        Made.Frame.Wanted.Prefix = "K";
+        Made.Frame.Wanted.Isopleths = true;
+        Made.Frame.Wanted.Polygons = true;
+        Made.Frame.Wanted.Proportions = {.Text = "0.5, 1", .Values = {0.5, 1.0}};
+        Made.Frame.Wanted.Percentages = {.Text = "95,50", .Values = {95.0, 50.0}};
+        Made.Frame.Wanted.Buffer = {.Text = "117", .Value = 116.55};
+        Made.Frame.Wanted.ScalingFactor = {.Text = "1000000", .Value = 1e6};
+        Made.Frame.Wanted.Cells = {.Text = "2.5", .Typed = 2.5, .Side = 2.0};
+        Made.Frame.Wanted.KernelReach = {analysis::Reach::Kind::kBandwidths, "7", 7.0};
         Made.Frame.Values = {0.5, 1.0};
-        Made.Frame.Percentages = {95.0, 50.0};
-        Made.Frame.Buffer = 116.55;
         Made.Frame.ReferenceRaster = std::make_shared<NamedRaster>();
         Made.Frame.Reference = {"UTM", "PROJCS[...]", "metre", 1.0, false};
         Made.Animals = {{std::int64_t{3}, "3", "", 5}, {std::string("x"), "7", "animals_2-2"}};
@@ -75,11 +79,8 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     ASSERT_EQ(plan.Input.size(), 1U);
     EXPECT_EQ(plan.Input[0].Path, "/data/a.shp");
     EXPECT_EQ(plan.Input[0].Bytes, 100U);
-    EXPECT_EQ(plan.Frame.Inputs.Prefix, "K");
-    EXPECT_EQ(plan.Frame.Inputs.Method, kde_tool::BandwidthMethod::kProportion);
+    EXPECT_EQ(plan.Frame.Wanted, Made.Frame.Wanted);
     EXPECT_EQ(plan.Frame.Values, Made.Frame.Values);
-    EXPECT_EQ(plan.Frame.Percentages, Made.Frame.Percentages);
-    EXPECT_EQ(plan.Frame.Buffer, 116.55);
     EXPECT_TRUE(plan.Frame.LayerExtent.IsEmpty());
     EXPECT_EQ(plan.Frame.Reference, Made.Frame.Reference);
     EXPECT_EQ(plan.Frame.ReferenceRaster->Geometry(), Made.Frame.ReferenceRaster->Geometry());
@@ -92,7 +93,8 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     EXPECT_THAT(plan.Tasks[0].Work, ElementsAre(0U, 2U, 3U));
     EXPECT_EQ(plan.Tasks[1].Seconds, 9.0);
     EXPECT_EQ(plan.ReportHead, Made.ReportHead);
-    EXPECT_THAT(names_of(plan, 3), ElementsAre("K7_b2", "K7_b2_iso_poly"));
+    EXPECT_THAT(datasets_of(plan, 3), ElementsAre(analysis::Dataset{analysis::DatasetKind::kRaster, "K7_b2"},
+                                                  analysis::Dataset{analysis::DatasetKind::kPolygons, "K7_b2_iso_poly"}));
 }
 
 TEST_F(PlanTest, A_folder_without_one_is_told_how_to_make_one) {
@@ -118,11 +120,11 @@ TEST_F(PlanTest, Names_that_leave_the_folder_are_refused) {
     EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][1] = "../../3"; }), "");
     EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][2] = "../out"; }), "");
     EXPECT_NE(FaultAfter([](Json& json) { json["animals"][0][2] = "/etc"; }), "");
-    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["inputs"]["prefix"] = "a/b"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["settings"]["prefix"] = "a/b"; }), "");
 }
 
 TEST_F(PlanTest, Another_format_and_missing_or_wrong_members_are_refused) {
-    EXPECT_THAT(FaultAfter([](Json& json) { json["format"] = 2; }), HasSubstr("another version of wxl wrote it"));
+    EXPECT_THAT(FaultAfter([](Json& json) { json["format"] = 1; }), HasSubstr("another version of wxl wrote it"));
     write_plan(Files, Batch, Made);
     Json whole;
     read_json(Files, Batch.Plan(), {}, [&](const Json& read) { whole = read; });
@@ -135,23 +137,39 @@ TEST_F(PlanTest, Another_format_and_missing_or_wrong_members_are_refused) {
     }
     EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["values"] = Json::array(); }), "");
     EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["reference_raster"] = nullptr; }), "");
-    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["inputs"]["extent"] = 3; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["settings"]["extent"] = 3; }), "");
     EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["layer_extent"] = Json::array({1, 2}); }), "");
 }
 
 TEST_F(PlanTest, Numbers_that_no_run_could_work_with_are_refused) {
     for (const Json& number :
          {Json("7FF0000000000000"), Json("FFF0000000000000"), Json("7FF8000000000000"), Json(1e300)}) {
-        for (const char* member : {"cell_size", "scaling_factor", "buffer"})
-            EXPECT_THAT(FaultAfter([&](Json& json) { json["frame"][member] = number; }), HasSubstr("which cannot be"))
+        for (const char* member : {"scaling", "buffer"})
+            EXPECT_THAT(FaultAfter([&](Json& json) { json["frame"]["settings"][member]["value"] = number; }),
+                        HasSubstr("which cannot be"))
+                << member << number;
+        for (const char* member : {"proportions", "percentages"})
+            EXPECT_THAT(FaultAfter([&](Json& json) {
+                            json["frame"]["settings"][member]["values"] = Json::array({number});
+                        }),
+                        HasSubstr("which cannot be"))
                 << member << number;
         for (const char* member : {"seconds", "megabytes"})
             EXPECT_THAT(FaultAfter([&](Json& json) { json["tasks"][0][member] = number; }),
                         HasSubstr("which cannot be"))
                 << member << number;
         EXPECT_NE(FaultAfter([&](Json& json) { json["frame"]["values"][0] = number; }), "") << number;
-        EXPECT_NE(FaultAfter([&](Json& json) { json["frame"]["percentages"] = Json::array({number}); }), "") << number;
     }
+    EXPECT_THAT(FaultAfter([](Json& json) { json["frame"]["settings"]["cell_size"] = "1e300"; }),
+                HasSubstr("which cannot be"));
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["settings"]["scaling"]["value"] = nullptr; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["frame"]["settings"]["reach"] = "far"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) {
+                  json["frame"]["settings"]["extent"] = 0;
+                  json["frame"]["settings"]["buffer"]["value"] = nullptr;
+                  json["frame"]["layer_extent"] = json_of_doubles({0.0, 0.0, 1.0, 1.0});
+              }),
+              "");
     EXPECT_THAT(FaultAfter([](Json& json) { json["tasks"][0]["seconds"] = -1.0; }),
                 HasSubstr("the number -1, which cannot be"));
 }

@@ -71,13 +71,13 @@ TEST_F(BatchTest, A_plan_holds_what_tasks_need_and_no_dataset) {
 
 TEST_F(BatchTest, A_dataset_in_the_way_stops_the_planning) {
     Disk->AddFile("/out/K7_b2_iso_poly.dbf", "");
-    const auto take = [&](const kde_tool::PreparedRun& run) {
+    const auto take = [&](const analysis::PreparedRun& run) {
         const auto fault = fault_of([&] { plan_batch(Services, run, {"wxl 1", "/data/bears.shp", 2}); });
         EXPECT_EQ(fault.Number, 58);
         EXPECT_EQ(fault.Description,
                   "/out/K7_b2_iso_poly.dbf stands in the output folder already. Please use a new, empty folder.");
     };
-    kde_tool::AnalysisRun(*Form).Plan(take);
+    Form->HandOver(take);
     EXPECT_FALSE(Files.FolderExists(Batch.Folder));
 }
 

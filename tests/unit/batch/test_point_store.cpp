@@ -15,7 +15,7 @@ using testing::HasSubstr;
 struct PointStoreTest : testing::Test {
     memory::MemoryFileSystem Files;
     const std::filesystem::path Path = "/points.bin";
-    std::vector<kde_tool::AnimalFixes> Animals;
+    std::vector<analysis::AnimalFixes> Animals;
 
     PointStoreTest() {
         std::mt19937 random(1);

@@ -9,7 +9,7 @@
 namespace wxl::batch {
 namespace {
 
-using kde_tool::AnimalRecord;
+using analysis::AnimalRecord;
 
 AnimalRecord full_record() {
     AnimalRecord record;
@@ -21,7 +21,7 @@ AnimalRecord full_record() {
     record.Schoener = 0.1 + 0.7;
     record.Value = 0.3;
     record.Reason = "Why \"not\".";
-    record.Method = kde_tool::BandwidthMethod::kProportion;
+    record.Method = analysis::BandwidthMethod::kProportion;
     record.Bandwidth = 0.1 + 0.2;
     record.BandwidthMapUnits = 123.45678901234567;
     record.Href = 1.0 / 3.0;
@@ -96,8 +96,8 @@ TEST(RecordCodec, An_empty_record_comes_back_equal) {
 }
 
 TEST(RecordCodec, Every_method_comes_back) {
-    for (int method = 0; method <= static_cast<int>(kde_tool::BandwidthMethod::kProportion); ++method) {
-        const auto wanted = static_cast<kde_tool::BandwidthMethod>(method);
+    for (int method = 0; method <= static_cast<int>(analysis::BandwidthMethod::kProportion); ++method) {
+        const auto wanted = static_cast<analysis::BandwidthMethod>(method);
         EXPECT_EQ(method_of_text(method_text(wanted)), wanted);
     }
     EXPECT_THROW(method_of_text("cv"), platform::RuntimeError);

@@ -65,7 +65,7 @@ TEST(ConsoleMessages, Quiet_keeps_warnings_and_drops_information) {
     m.Out.SetQuiet(true);
     m.Boxes.Show({.Text = "done", .Sign = Icon::kInformation});
     m.Boxes.Show({.Text = "careful", .Sign = Icon::kExclamation});
-    m.Boxes.Show({.Text = "sub Error number: 6"});
+    m.Boxes.Show({.Text = "sub Error number: 6", .Kind = platform::BoxKind::kFault});
     EXPECT_EQ(m.ErrText.str(), "careful\nsub Error number: 6\n");
 }
 
@@ -74,7 +74,7 @@ TEST(ConsoleMessages, Notices_are_counted_without_questions) {
     m.Boxes.Show({.Text = "Go on?", .Choice = Buttons::kYesNo});
     EXPECT_EQ(m.Boxes.Notices(), 0);
     m.Boxes.Show({.Text = "No layer."});
-    m.Boxes.Show({.Text = "sub Error number: 6"});
+    m.Boxes.Show({.Text = "sub Error number: 6", .Kind = platform::BoxKind::kFault});
     EXPECT_EQ(m.Boxes.Notices(), 2);
     EXPECT_EQ(m.Boxes.Faults(), 1);
 }

@@ -21,13 +21,13 @@
 namespace wxl::kde_tool {
 
 /// Keeps the records of a run.
-struct RecordKeeper final : IRunObserver {
+struct RecordKeeper final : analysis::IRunObserver {
     std::vector<std::size_t> Begun;  ///< animals of each run that began
-    std::vector<AnimalRecord> Records;
-    std::vector<RunOutcome> Ended;
-    void RunBegins(const RunFrame&, const GroupedFixes& animals) override { Begun.push_back(animals.Animals.size()); }
-    void AnimalDone(const AnimalRecord& record) override { Records.push_back(record); }
-    void RunEnds(RunOutcome outcome) override { Ended.push_back(outcome); }
+    std::vector<analysis::AnimalRecord> Records;
+    std::vector<analysis::RunOutcome> Ended;
+    void RunBegins(const analysis::RunFrame&, const analysis::GroupedFixes& animals) override { Begun.push_back(animals.Animals.size()); }
+    void AnimalDone(const analysis::AnimalRecord& record) override { Records.push_back(record); }
+    void RunEnds(analysis::RunOutcome outcome) override { Ended.push_back(outcome); }
 };
 
 struct RunTest : testing::Test {

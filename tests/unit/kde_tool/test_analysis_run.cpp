@@ -191,7 +191,7 @@ TEST_F(AnalysisRunTest, Buffer_recommendation_cancelled_deletes_report_and_setti
     Messages.SetOnShow([&](const auto&) { recordWasThere = HasSettingsRecord(); });
     Messages.WillAnswer({Answer::kCancel});
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kCancelled);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kCancelled);
     EXPECT_TRUE(recordWasThere);
     EXPECT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_FALSE(HasReport());
@@ -219,7 +219,7 @@ TEST_F(AnalysisRunTest, A_question_that_nobody_answers_leaves_the_files_of_earli
         Disk->AddFile("/out/WXL_KERNEL_SETTINGS.txt", "earlier settings");
         Run();
         EXPECT_TRUE(written) << "there is something to take back";
-        EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+        EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kFailed);
         EXPECT_EQ(Messages.Last().Text, "KDE: nobody is here");
         EXPECT_EQ(Report(), "earlier run");
         EXPECT_EQ(Disk->Bytes("/out/WXL_KERNEL_SETTINGS.txt"), "earlier settings");
@@ -354,7 +354,7 @@ TEST_F(AnalysisRunTest, Silent_mode_hides_the_calculators_warnings_only) {
     Form->txtBW.Text = "40";
     Form->chkSilent.Value = 1;
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kComplete);
     EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
     EXPECT_EQ(Messages.Last().Title, "Status");
     EXPECT_THAT(Report(), HasSubstr("Warnings!The bandwidth (40) is smaller than the cell size (50). Processing "
@@ -449,7 +449,7 @@ TEST_F(AnalysisRunTest, The_share_beyond_the_reach_is_told_with_its_cause) {
     Choose(Form->optPropHref, &frmKDE::optPropHref_Click);
     Form->txtPropHref.Text = "2";
     Run();
-    const AnimalRecord& record = Keeper.Records.at(0);
+    const analysis::AnimalRecord& record = Keeper.Records.at(0);
     EXPECT_NEAR(record.Reach, 2.0, 1e-12);
     EXPECT_NEAR(record.BeyondReach, 1.0 - 0.95806393747, 1e-4);
     EXPECT_NEAR(record.LostAtEdge, 0.0, 1e-4);
@@ -482,7 +482,7 @@ TEST_F(AnalysisRunTest, A_reach_is_in_bandwidths_of_the_distribution_and_whole_h
     Form->Reach = "whole";
     Keeper.Records.clear();
     Run();
-    for (const AnimalRecord& record : Keeper.Records) {
+    for (const analysis::AnimalRecord& record : Keeper.Records) {
         EXPECT_GE(record.Reach, 3.999999);
         EXPECT_LT(record.BeyondReach, 2e-4);
         EXPECT_LT(record.LostAtEdge, 2e-4);
@@ -624,7 +624,7 @@ TEST_F(AnalysisRunTest, A_reference_raster_in_another_coordinate_system_is_refus
     Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
     ASSERT_TRUE(Form->cmbExtRef.Select("study area"));
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kRefused);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kRefused);
     EXPECT_THAT(Messages.Boxes().back().Text,
                 HasSubstr("Error: the reference layer study area is in another coordinate system than the points ("));
     EXPECT_TRUE(Keeper.Records.empty());
@@ -637,7 +637,7 @@ TEST_F(AnalysisRunTest, A_reference_whose_name_another_layer_has_first_is_refuse
     Choose(Form->optExtRef, &frmKDE::optExtRef_Click);
     ASSERT_TRUE(Form->cmbExtRef.Select("bears"));
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kFailed);
     EXPECT_THAT(Messages.Boxes().front().Text, HasSubstr("The first layer named bears is not a raster layer."));
     EXPECT_TRUE(Keeper.Records.empty());
 }
@@ -679,7 +679,7 @@ TEST_F(AnalysisRunTest, Isopleths_are_drawn_and_measured) {
     WantPolygons("95, 50");
     Run();
     EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
-    const AnimalRecord& record = Keeper.Records.at(0);
+    const analysis::AnimalRecord& record = Keeper.Records.at(0);
     ASSERT_EQ(record.Isopleths.size(), 2U);
     EXPECT_EQ(record.Isopleths[0].Percent, 95.0);
     EXPECT_LT(record.Isopleths[0].Level, record.Isopleths[1].Level);
@@ -785,7 +785,7 @@ TEST_F(AnalysisRunTest, Exit_during_a_run_asks_and_stops_it_after_the_present_di
         if (Form->txtStatus.Text == "Calculating kernel...") Form->btnExit_Click();
     });
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kStopped);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kStopped);
     EXPECT_TRUE(Form->Visible);
     EXPECT_TRUE(HasRaster("K3"));
     EXPECT_FALSE(HasRaster("K7"));
@@ -821,7 +821,7 @@ TEST_F(AnalysisRunTest, A_run_goes_on_when_the_question_to_stop_is_answered_with
         if (!std::exchange(pressed, true)) Form->btnExit_Click();
     });
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kComplete);
     EXPECT_TRUE(HasRaster("K3"));
     EXPECT_TRUE(HasRaster("K7"));
     EXPECT_EQ(Messages.Boxes().size(), 2U);
@@ -832,7 +832,7 @@ TEST_F(AnalysisRunTest, A_disk_that_fails_ends_the_run_with_the_error_and_the_ca
     Open();
     Disk->Fail(memory::DiskStep::kOpen, 1, 61);
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kFailed);
     ASSERT_EQ(Messages.Boxes().size(), 1U);
     EXPECT_THAT(Messages.Last().Text, testing::StartsWith("KDE: Disk full"));
     EXPECT_FALSE(HasReport());
@@ -856,7 +856,7 @@ TEST_F(AnalysisRunTest, Settings_are_not_loaded_during_a_run) {
         Disk->Fail(memory::DiskStep::kWrite, 1, 61);
     });
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kFailed);
     EXPECT_FALSE(enabled);
     EXPECT_TRUE(Form->btnLoadSettings.Enabled);
     EXPECT_EQ(Form->OutputFolder(), "/out");
@@ -884,7 +884,7 @@ TEST_F(AnalysisRunTest, The_cancel_routine_deletes_in_the_folder_of_the_run_what
         Disk->Fail(memory::DiskStep::kWrite, 1, 61);
     });
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kFailed);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kFailed);
     EXPECT_EQ(Disk->Bytes("/old/WXL_KDE_ANALYSIS.txt"), "old report");
     EXPECT_EQ(Disk->Bytes("/old/WXL_KERNEL_SETTINGS.txt"), "old settings");
     EXPECT_FALSE(HasReport());
@@ -904,7 +904,7 @@ TEST_F(AnalysisRunTest, Observers_hear_of_begin_and_end_of_what_became_a_run) {
     Form->txtBuffer.Text = "400";
     Run();
     EXPECT_THAT(Keeper.Begun, testing::ElementsAre(2U));
-    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(RunOutcome::kComplete));
+    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(analysis::RunOutcome::kComplete));
 
     Form->txtR.Text = "L";
     Host.SetOnYield([&] {
@@ -912,20 +912,20 @@ TEST_F(AnalysisRunTest, Observers_hear_of_begin_and_end_of_what_became_a_run) {
     });
     Run();
     EXPECT_THAT(Keeper.Begun, testing::ElementsAre(2U, 2U));
-    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(RunOutcome::kComplete, RunOutcome::kFailed));
+    EXPECT_THAT(Keeper.Ended, testing::ElementsAre(analysis::RunOutcome::kComplete, analysis::RunOutcome::kFailed));
 }
 
 TEST_F(AnalysisRunTest, An_observer_that_fails_at_the_end_leaves_the_run_as_it_is) {
-    struct Failing final : IRunObserver {
-        void RunBegins(const RunFrame&, const GroupedFixes&) override {}
-        void AnimalDone(const AnimalRecord&) override {}
-        void RunEnds(RunOutcome) override { platform::Raise(61, "Disk full: page"); }
+    struct Failing final : analysis::IRunObserver {
+        void RunBegins(const analysis::RunFrame&, const analysis::GroupedFixes&) override {}
+        void AnimalDone(const analysis::AnimalRecord&) override {}
+        void RunEnds(analysis::RunOutcome) override { platform::Raise(61, "Disk full: page"); }
     } failing;
     AddTwoAnimals();
     Open();
     Form->AddObserver(failing);
     Run();
-    EXPECT_EQ(Form->LastRun(), RunOutcome::kComplete);
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kComplete);
     EXPECT_TRUE(HasReport());
     ASSERT_EQ(Messages.Boxes().size(), 2U);
     EXPECT_EQ(Messages.Boxes().front().Text, "Disk full: page");
@@ -942,6 +942,24 @@ TEST_F(AnalysisRunTest, A_report_that_cannot_be_deleted_is_told_by_the_cancel_ro
     EXPECT_THAT(Messages.Last().Text, testing::StartsWith("Error_Cancel: Permission denied"));
     EXPECT_EQ(Messages.Last().Title, "Error");
     EXPECT_TRUE(Form->btnOK.Enabled);
+}
+
+TEST_F(RunTest, Every_box_carries_its_kind) {
+    AddTwoAnimals();
+    Open();
+    Form->txtBuffer.Text = "10";
+    Messages.WillAnswer({Answer::kNo});
+    Run();
+    ASSERT_EQ(Messages.Boxes().size(), 2U);
+    EXPECT_EQ(Messages.Boxes()[0].Kind, platform::BoxKind::kQuestion);
+    EXPECT_EQ(Messages.Boxes()[1].Kind, platform::BoxKind::kNote);
+    Messages.Clear();
+    Run();
+    EXPECT_EQ(Messages.Last().Kind, platform::BoxKind::kRefusal) << Messages.Last().Text;
+    Form->txtR.Text = "L";
+    Disk->Fail(memory::DiskStep::kWrite, 1, platform::error_number::kDiskFull);
+    Run();
+    EXPECT_EQ(Messages.Last().Kind, platform::BoxKind::kFault) << Messages.Last().Text;
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ public:
         Run();
     }
 
-    bool Complete() const { return Form->LastRun() == RunOutcome::kComplete; }
+    bool Complete() const { return Form->LastRun() == analysis::RunOutcome::kComplete; }
 
     bool MadeAll() const {
         return Complete() && HasRaster("K3") && HasRaster("K7") && Shapefiles.Published().size() == 2 && HasReport() &&

@@ -1,4 +1,5 @@
 #include "form_fixture.h"
+#include "kde_tool/form_settings.h"
 #include "kde_tool/settings_file.h"
 #include "platform/text.h"
 
@@ -486,7 +487,7 @@ TEST_F(SettingsFile, What_was_saved_loads_into_a_new_form) {
     EXPECT_EQ(ReadSettings(saved, other), "");
     EXPECT_EQ(other.OutputFolder(), "/OUT");
     other.SetOutputFolder("/out");
-    EXPECT_EQ(SettingsFileBytes(other), saved);
+    EXPECT_EQ(SettingsFileBytes(settings_of(other)), saved);
 }
 
 TEST_F(SettingsFile, Proportions_are_not_saved_and_loading_leaves_the_method_alone) {
@@ -517,19 +518,19 @@ TEST_F(SettingsFile, Loading_twice_is_loading_once) {
     const std::string file = lines({"[KERNEL]", "FALSE", "[LSCV]", "TRUE", "[CELLSIZE]", "5", "[EXTENT]", "MIN",
                                     "[ISO]", "1", "90", "1", "1", "0", "[SILENT]", "TRUE"});
     Load(file);
-    const std::string once = SettingsFileBytes(form);
+    const std::string once = SettingsFileBytes(settings_of(form));
     Load(file);
-    EXPECT_EQ(SettingsFileBytes(form), once);
+    EXPECT_EQ(SettingsFileBytes(settings_of(form)), once);
 }
 
 // --- Hostile files ---
 
 TEST_F(SettingsFile, One_mebibyte_of_brackets_is_read_and_changes_nothing) {
     Open();
-    const std::string before = SettingsFileBytes(form);
+    const std::string before = SettingsFileBytes(settings_of(form));
     Load(std::string(1024 * 1024, '['));
     EXPECT_EQ(form.txtStatus.Text, "Settings loaded");
-    EXPECT_EQ(SettingsFileBytes(form), before);
+    EXPECT_EQ(SettingsFileBytes(settings_of(form)), before);
 }
 
 TEST_F(SettingsFile, A_file_above_one_mebibyte_is_not_read) {

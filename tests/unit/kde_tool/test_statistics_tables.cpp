@@ -9,12 +9,12 @@ namespace {
 
 using testing::ElementsAre;
 
-AnimalFixes animal(platform::FieldValue id, std::string namingId, std::vector<platform::Point> fixes) {
+analysis::AnimalFixes animal(platform::FieldValue id, std::string namingId, std::vector<platform::Point> fixes) {
     return {.Id = std::move(id), .NamingId = std::move(namingId), .Fixes = std::move(fixes)};
 }
 
 /// A line along x (y does not vary), a square, a diagonal, a single fix, three fixes at one place, none at all.
-std::vector<AnimalFixes> animals() {
+std::vector<analysis::AnimalFixes> animals() {
     return {animal(std::int64_t{1}, "1", {{0, 0}, {1, 0}, {2, 0}, {3, 0}}),
             animal(std::int64_t{2}, "2", {{0, 0}, {2, 0}, {2, 2}, {0, 2}}),
             animal(std::int64_t{3}, "3", {{0, 0}, {1, 1}, {2, 2}, {3, 3}}),
@@ -28,7 +28,7 @@ std::vector<AnimalFixes> animals() {
 // = 4/3 over 8/3 = 0.5; x with next y: (-4/3)(-4/3) + (2/3)(2/3) + (2/3)(2/3) = 8/3, so 1; y with next x:
 // (-2/3)(2/3) + (-2/3)(2/3) + (4/3)(-4/3) = -8/3, so 1 as an absolute value. Sum 2.
 TEST(IndependenceTable, Shows_both_indices_or_not_applicable) {
-    const auto table = IndependenceTable(IndependenceRows(animals()), "Animal", false);
+    const auto table = IndependenceTable(analysis::independence_rows(animals()), "Animal", false);
     EXPECT_THAT(table.Columns, ElementsAre("Animal", "Count", "Schoener", "Swihart_Slade"));
     EXPECT_THAT(table.Rows, ElementsAre(ElementsAre("1", "4", "0.6", "N/A"), ElementsAre("2", "4", "1.5", "2"),
                                         ElementsAre("3", "4", "0.6", "4"), ElementsAre("4", "1", "N/A", "N/A"),
@@ -36,15 +36,15 @@ TEST(IndependenceTable, Shows_both_indices_or_not_applicable) {
 }
 
 TEST(IndependenceTable, Shows_the_naming_id_beside_a_text_id) {
-    const std::vector<AnimalFixes> named = {animal("ann", "1", {{0, 0}}), animal("bob", "2", {{0, 0}, {1, 1}})};
-    const auto table = IndependenceTable(IndependenceRows(named), "Name", true);
+    const std::vector<analysis::AnimalFixes> named = {animal("ann", "1", {{0, 0}}), animal("bob", "2", {{0, 0}, {1, 1}})};
+    const auto table = IndependenceTable(analysis::independence_rows(named), "Name", true);
     EXPECT_THAT(table.Columns, ElementsAre("Name", "Naming_ID", "Count", "Schoener", "Swihart_Slade"));
     EXPECT_THAT(table.Rows,
                 ElementsAre(ElementsAre("ann", "1", "1", "N/A", "N/A"), ElementsAre("bob", "2", "2", "2", "N/A")));
 }
 
 TEST(IndependenceTable, Fits_the_indices_into_their_columns) {
-    const std::vector<IndependenceRow> rows = {{.Id = std::int64_t{1},
+    const std::vector<analysis::IndependenceRow> rows = {{.Id = std::int64_t{1},
                                                 .NamingId = "1",
                                                 .Count = 12230,
                                                 .Schoener = std::numbers::pi / 1000.0,
@@ -53,31 +53,16 @@ TEST(IndependenceTable, Fits_the_indices_into_their_columns) {
     EXPECT_THAT(table.Rows, ElementsAre(ElementsAre("1", "12230", "0.00314159", "-1.41421356")));
 }
 
-TEST(FittedNumberText, Drops_digits_and_never_cuts) {
-    EXPECT_EQ(FittedNumberText(2.0 / 3.0, 10), "0.66666667");
-    EXPECT_EQ(FittedNumberText(2.0 / 3.0, 17), "0.666666666666667");
-    EXPECT_EQ(FittedNumberText(1.23456789e-7, 10), "1.2346E-07");
-    EXPECT_EQ(FittedNumberText(0.0000123456789, 10), "1.2346E-05");
-    EXPECT_EQ(FittedNumberText(1.99999999999, 10), "2");
-    EXPECT_EQ(FittedNumberText(-0.123456789, 11), "-0.12345679");
-    EXPECT_EQ(FittedNumberText(0.0, 10), "0");
-    EXPECT_EQ(FittedNumberText(0.6, 10), "0.6");
-}
-
-TEST(FittedNumberText, A_number_that_fits_in_no_way_comes_whole) {
-    EXPECT_EQ(FittedNumberText(123456.0, 4), "123456");
-}
-
 TEST(IndependenceCsv, Is_joined_by_commas_alone_and_quotes_nothing) {
-    const std::vector<AnimalFixes> some = {animal(std::int64_t{1}, "1", {{0, 0}, {1, 0}, {2, 0}, {3, 0}}),
+    const std::vector<analysis::AnimalFixes> some = {animal(std::int64_t{1}, "1", {{0, 0}, {1, 0}, {2, 0}, {3, 0}}),
                                            animal(std::int64_t{9}, "9", {{0, 0}})};
-    EXPECT_EQ(IndependenceCsv(IndependenceTable(IndependenceRows(some), "ID", false)),
+    EXPECT_EQ(IndependenceCsv(IndependenceTable(analysis::independence_rows(some), "ID", false)),
               "ID,Count,Schoener,Swihart_Slade\r\n1,4,0.6,N/A\r\n9,1,N/A,N/A\r\n");
-    const std::vector<AnimalFixes> quoted = {animal("a \"b\"", "1", {{0, 0}, {2, 2}})};
-    EXPECT_EQ(IndependenceCsv(IndependenceTable(IndependenceRows(quoted), "Name", true)),
+    const std::vector<analysis::AnimalFixes> quoted = {animal("a \"b\"", "1", {{0, 0}, {2, 2}})};
+    EXPECT_EQ(IndependenceCsv(IndependenceTable(analysis::independence_rows(quoted), "Name", true)),
               "Name,Count,Schoener,Swihart_Slade\r\na \"b\",1,2,2,N/A\r\n");
-    const std::vector<AnimalFixes> named = {animal("Ada", "1", {{1900, 800}, {1500, 600}})};
-    EXPECT_EQ(IndependenceCsv(IndependenceTable(IndependenceRows(named), "NAME", true)),
+    const std::vector<analysis::AnimalFixes> named = {animal("Ada", "1", {{1900, 800}, {1500, 600}})};
+    EXPECT_EQ(IndependenceCsv(IndependenceTable(analysis::independence_rows(named), "NAME", true)),
               "NAME,Count,Schoener,Swihart_Slade\r\nAda,1,2,2,N/A\r\n");
     EXPECT_EQ(IndependenceCsv(IndependenceTable({}, "ID", false)), "ID,Count,Schoener,Swihart_Slade\r\n");
     EXPECT_EQ(IndependenceCsv({}), "");
@@ -85,7 +70,7 @@ TEST(IndependenceCsv, Is_joined_by_commas_alone_and_quotes_nothing) {
 
 // Variance of 0 1 2 3 is 5/3; of the square's coordinates 4/3.
 TEST(VarianceTable, Shows_standard_deviations_and_their_ratio) {
-    const auto table = VarianceTable(VarianceRows(animals()), "ID");
+    const auto table = VarianceTable(analysis::variance_rows(animals()), "ID");
     EXPECT_THAT(table.Columns, ElementsAre("ID", "Count", "StdDev(x)", "StdDev(y)", "Ratio(x:y)"));
     EXPECT_THAT(table.Rows,
                 ElementsAre(ElementsAre("1", "4", "1.29099444873581", "0", "N/A"),
@@ -95,25 +80,10 @@ TEST(VarianceTable, Shows_standard_deviations_and_their_ratio) {
                             ElementsAre("6", "0", "N/A", "N/A", "N/A")));
 }
 
-// x 0 2, y 0 0.5: deviations sqrt(2) and sqrt(1/8), ratio 4.
-TEST(VarianceTable, The_ratio_is_x_over_y) {
-    const std::vector<AnimalFixes> wide = {animal(std::int64_t{1}, "1", {{0, 0}, {2, 0.5}})};
-    EXPECT_DOUBLE_EQ(VarianceRows(wide)[0].Ratio.value(), 4.0);
-}
-
-TEST(VarianceTable, A_coordinate_that_does_not_vary_has_deviation_zero_at_any_distance_from_the_origin) {
-    std::vector<platform::Point> fixes;
-    for (int i = 0; i < 7; ++i) fixes.push_back({482311.1 + i, 5891243.7});
-    const std::vector<AnimalFixes> line = {animal(std::int64_t{1}, "1", fixes)};
-    EXPECT_EQ(VarianceRows(line)[0].SdY, 0.0);
-    EXPECT_EQ(VarianceRows(line)[0].Ratio, std::nullopt);
-    EXPECT_EQ(HrefRows(line)[0].HrefScaled, std::nullopt);
-}
-
 // HREF of the line: sqrt((5/3 + 0) / 2) x 4^(-1/6); of the square: sqrt(4/3) x 4^(-1/6); of the diagonal:
 // sqrt(5/3) x 4^(-1/6). Rescaled to unit variance it is 4^(-1/6) = 0.7937005259841.
 TEST(HrefTable, Shows_the_reference_bandwidth_raw_and_of_the_unit_variance_sample) {
-    const auto rows = HrefRows(animals());
+    const auto rows = analysis::href_rows(animals());
     EXPECT_NEAR(rows[0].Href.value(), 0.724546136642011, 1e-14);
     EXPECT_NEAR(rows[1].Href.value(), 0.916486424665735, 1e-14);
     EXPECT_NEAR(rows[2].Href.value(), 1.02466297300416, 1e-14);
@@ -127,21 +97,6 @@ TEST(HrefTable, Shows_the_reference_bandwidth_raw_and_of_the_unit_variance_sampl
     EXPECT_THAT(table.Rows[3], ElementsAre("4", "1", "N/A", "N/A"));
     EXPECT_THAT(table.Rows[4], ElementsAre("5", "3", "N/A", "N/A"));
     EXPECT_THAT(table.Rows[5], ElementsAre("6", "0", "N/A", "N/A"));
-}
-
-TEST(HrefTable, The_largest_value_is_that_of_the_raw_coordinates) {
-    EXPECT_NEAR(LargestHref(HrefRows(animals())), 1.02466297300416, 1e-14);
-    EXPECT_EQ(LargestHref({}), 0.0);
-    const std::vector<AnimalFixes> single = {animal(std::int64_t{4}, "4", {{5, 5}})};
-    EXPECT_EQ(LargestHref(HrefRows(single)), 0.0);
-}
-
-TEST(Statistics, Coordinates_beyond_the_range_of_numbers_are_not_applicable) {
-    const std::vector<AnimalFixes> far = {
-        animal(std::int64_t{1}, "1", {{-1e308, 0}, {1e308, 1e308}, {1e308, -1e308}, {0, 1}})};
-    EXPECT_EQ(VarianceRows(far)[0].SdX, std::nullopt);
-    EXPECT_EQ(HrefRows(far)[0].Href, std::nullopt);
-    EXPECT_EQ(HrefRows(far)[0].HrefScaled, std::nullopt);
 }
 
 }  // namespace

@@ -6,21 +6,21 @@
 namespace wxl::results_page {
 namespace {
 
-using kde_tool::BandwidthMethod;
-using kde_tool::ExtentMode;
+using analysis::BandwidthMethod;
+using analysis::ExtentMode;
 using testing::ElementsAre;
 
 PageRun plain_run() {
     PageRun run;
-    run.Inputs.LayerName = "wolves";
-    run.Inputs.Source = "/data/wolves.shp";
-    run.Inputs.IdField = "animal";
-    run.Inputs.Method = BandwidthMethod::kLscv;
-    run.Inputs.CellSizeText = "100";
-    run.Inputs.ScalingText = "1000000";
-    run.Inputs.Mode = ExtentMode::kMinimum;
+    run.Wanted.LayerName = "wolves";
+    run.Source = "/data/wolves.shp";
+    run.Wanted.IdField = "animal";
+    run.Wanted.Method = BandwidthMethod::kLscv;
+    run.Wanted.Cells.Text = "100";
+    run.Wanted.ScalingFactor.Text = "1000000";
+    run.Wanted.Mode = ExtentMode::kMinimum;
     run.Folder = "/out";
-    run.RasterFormat = "GRID";
+    run.Wanted.RasterFormat = "GRID";
     return run;
 }
 
@@ -32,21 +32,21 @@ TEST(RepeatCommand, Names_only_what_differs_from_the_defaults) {
 
 TEST(RepeatCommand, Names_every_setting) {
     PageRun run = plain_run();
-    run.Inputs.Source.clear();
-    run.Inputs.Method = BandwidthMethod::kProportion;
-    run.Inputs.ProportionText = "0.4, 0.6";
-    run.Inputs.Prefix = "W";
-    run.Inputs.ScalingText = "1000";
-    run.Inputs.FixedKernel = false;
-    run.Inputs.Rescale = true;
-    run.Inputs.Mode = ExtentMode::kFull;
-    run.Inputs.BufferText = "2500.5";
-    run.Inputs.Isopleths = true;
-    run.Inputs.IsoplethText = "95, 50";
-    run.Inputs.Lines = run.Inputs.Polygons = run.Inputs.Donuts = true;
-    run.Inputs.Verbose = true;
-    run.Inputs.Where = "sex = 'f'";
-    run.RasterFormat = "GTiff";
+    run.Source.clear();
+    run.Wanted.Method = BandwidthMethod::kProportion;
+    run.Wanted.Proportions.Text = "0.4, 0.6";
+    run.Wanted.Prefix = "W";
+    run.Wanted.ScalingFactor.Text = "1000";
+    run.Wanted.FixedKernel = false;
+    run.Wanted.Rescale = true;
+    run.Wanted.Mode = ExtentMode::kFull;
+    run.Wanted.Buffer.Text = "2500.5";
+    run.Wanted.Isopleths = true;
+    run.Wanted.Percentages.Text = "95, 50";
+    run.Wanted.Lines = run.Wanted.Polygons = run.Wanted.Donuts = true;
+    run.Wanted.Verbose = true;
+    run.Wanted.Where = "sex = 'f'";
+    run.Wanted.RasterFormat = "GTiff";
     run.Reference.IsGeographic = true;
     EXPECT_THAT(
         repeat_words(run),

@@ -1,5 +1,5 @@
 #include "adapters/raster/png_encoder.h"
-#include "kde_tool/animal_run.h"
+#include "analysis/animal_run.h"
 #include "platform/runtime_error.h"
 #include "results_page/animal_table.h"
 #include "results_page/results_page.h"
@@ -138,13 +138,13 @@ TEST_F(ResultsPageTest, A_raster_that_is_gone_leaves_a_line) {
     OpenWithPage();
     Form->chkHtml.Value = 0;
     Run();
-    kde_tool::RunFrame frame;
+    analysis::RunFrame frame;
     frame.Folder = "/out";
-    frame.Inputs.Html = true;
+    frame.Wanted.Html = true;
     Rasters.Delete("/out", "K3");
     Page->RunBegins(frame, {});
     for (const auto& record : Keeper.Records) Page->AnimalDone(record);
-    Page->RunEnds(kde_tool::RunOutcome::kStopped);
+    Page->RunEnds(analysis::RunOutcome::kStopped);
     EXPECT_THAT(Html(), HasSubstr("The raster is not in the folder, so there is no map."));
     EXPECT_THAT(Html(), HasSubstr("The run was stopped"));
     EXPECT_EQ(count_of(Html(), "<svg class=\"map\""), 1U);
@@ -172,23 +172,23 @@ TEST_F(ResultsPageTest, Replaces_its_own_page_and_nothing_else) {
 TEST_F(ResultsPageTest, A_full_disk_leaves_no_half_page) {
     AddTwoAnimals();
     OpenWithPage();
-    kde_tool::RunFrame frame;
+    analysis::RunFrame frame;
     frame.Folder = "/out";
-    frame.Inputs.Html = true;
+    frame.Wanted.Html = true;
     Page->RunBegins(frame, {});
     Disk->Fail(memory::DiskStep::kWrite, 3, platform::error_number::kDiskFull);
-    EXPECT_THROW(Page->RunEnds(kde_tool::RunOutcome::kComplete), platform::RuntimeError);
+    EXPECT_THROW(Page->RunEnds(analysis::RunOutcome::kComplete), platform::RuntimeError);
     EXPECT_TRUE(Files.List("/out").empty());
 }
 
 TEST_F(ResultsPageTest, Is_the_same_from_records_alone) {
     AddTwoAnimals();
     OpenWithPage();
-    struct FrameKeeper final : kde_tool::IRunObserver {
-        kde_tool::RunFrame Frame;
-        void RunBegins(const kde_tool::RunFrame& frame, const kde_tool::GroupedFixes&) override { Frame = frame; }
-        void AnimalDone(const kde_tool::AnimalRecord&) override {}
-        void RunEnds(kde_tool::RunOutcome) override {}
+    struct FrameKeeper final : analysis::IRunObserver {
+        analysis::RunFrame Frame;
+        void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) override { Frame = frame; }
+        void AnimalDone(const analysis::AnimalRecord&) override {}
+        void RunEnds(analysis::RunOutcome) override {}
     } frames;
     Form->AddObserver(frames);
     Run();
@@ -196,7 +196,7 @@ TEST_F(ResultsPageTest, Is_the_same_from_records_alone) {
     ResultsPage later(Services);
     later.RunBegins(frames.Frame, {});
     for (const auto& record : Keeper.Records) later.AnimalDone(record);
-    later.RunEnds(kde_tool::RunOutcome::kComplete);
+    later.RunEnds(analysis::RunOutcome::kComplete);
     EXPECT_EQ(Html(), live);
 }
 

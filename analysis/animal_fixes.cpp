@@ -1,0 +1,132 @@
+#include "analysis/animal_fixes.h"
+
+#include "analysis/fix_times.h"
+#include "analysis/naming_ids.h"
+#include "platform/runtime_error.h"
+#include "utilities/animal_names.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+namespace wxl::analysis {
+
+using platform::FieldValue;
+
+namespace {
+
+/// 7 and 7.0 are one animal, so that both hash as a number.
+struct IdHash {
+    std::size_t operator()(const FieldValue& id) const {
+        if (const auto* text = std::get_if<std::string>(&id)) return std::hash<std::string>{}(*text);
+        return platform::IsMissing(id) ? 0 : std::hash<double>{}(platform::ValueNumber(id));
+    }
+};
+
+struct IdEqual {
+    bool operator()(const FieldValue& a, const FieldValue& b) const {
+        return !platform::ValueLess(a, b) && !platform::ValueLess(b, a);
+    }
+};
+
+bool has_location(const platform::Geometry& shape) {
+    return shape.Type == platform::ShapeType::kPoint && std::isfinite(shape.Location.X) &&
+           std::isfinite(shape.Location.Y);
+}
+
+/// Collects fixes under their animal's ID.
+class Groups {
+public:
+    AnimalFixes& Of(FieldValue id) {
+        if (!m_animals.empty() && IdEqual{}(m_animals[m_last].Id, id)) return m_animals[m_last];
+        const auto [entry, isNew] = m_places.try_emplace(std::move(id), m_animals.size());
+        if (isNew) m_animals.push_back({.Id = entry->first, .NamingId = {}, .Fixes = {}});
+        m_last = entry->second;
+        return m_animals[m_last];
+    }
+
+    /// Time of the last fix of the animal that Of gave, to be replaced by that of the next.
+    std::optional<double>& LastTime() {
+        m_times.resize(m_animals.size());
+        return m_times[m_last];
+    }
+
+    std::vector<AnimalFixes> Sorted() && {
+        std::sort(m_animals.begin(), m_animals.end(),
+                  [](const AnimalFixes& a, const AnimalFixes& b) { return platform::ValueLess(a.Id, b.Id); });
+        return std::move(m_animals);
+    }
+
+private:
+    std::vector<AnimalFixes> m_animals;
+    std::vector<std::optional<double>> m_times;
+    std::unordered_map<FieldValue, std::size_t, IdHash, IdEqual> m_places;
+    std::size_t m_last = 0;  ///< rows of one animal mostly follow one another
+};
+
+std::unique_ptr<platform::IFeatureCursor> points_of(platform::IFeatureLayer& layer, platform::IFeatureClass& points,
+                                                    std::string_view idField, const std::string& timeField,
+                                                    bool selectedOnly) {
+    platform::Search search;
+    search.Fields = {std::string(idField)};
+    if (!timeField.empty()) search.Fields.push_back(timeField);
+    if (!selectedOnly) return points.Find(search);
+    const auto selection = layer.Selection();
+    if (!selection) platform::Raise(platform::error_number::kObjectNotSet);
+    return selection->Find(search);
+}
+
+void name_animals(GroupedFixes& groups) {
+    std::vector<FieldValue> ids;
+    for (const AnimalFixes& animal : groups.Animals) ids.push_back(animal.Id);
+    const std::vector<std::string> names = naming_ids(ids, groups.TextIds);
+    for (std::size_t i = 0; i < names.size(); ++i) groups.Animals[i].NamingId = names[i];
+}
+
+}  // namespace
+
+bool IsTextId(platform::FieldType type) {
+    return type == platform::FieldType::kText || type == platform::FieldType::kDate;
+}
+
+GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField, bool selectedOnly) {
+    const auto points = layer.FeatureClass();
+    if (!points) platform::Raise(platform::error_number::kObjectNotSet);
+    const int field = points->Table().FindField(idField);
+    if (field < 0)
+        platform::Raise(platform::error_number::kSubscript,
+                        "The layer " + layer.Name() + " has no field " + std::string(idField) + ".");
+
+    GroupedFixes result;
+    const auto fields = points->Table().Fields();
+    result.TextIds = IsTextId(fields.at(static_cast<std::size_t>(field)).Type);
+    Groups groups;
+    const FixTimes times(fields);
+    const auto cursor = points_of(layer, *points, idField, times.Field(), selectedOnly);
+    while (const auto feature = cursor->NextFeature()) {
+        const platform::Geometry shape = feature->Shape();
+        const bool located = has_location(shape);
+        if (!located) result.NullGeometry = true;
+        FieldValue id = feature->Value(field);
+        if (!utilities::names_an_animal(id)) {
+            ++result.WithoutId;
+            continue;
+        }
+        AnimalFixes& animal = groups.Of(std::move(id));
+        if (!located) continue;
+        animal.Fixes.push_back(shape.Location);
+        const std::optional<double> time = times.Of(*feature);
+        if (!time) continue;
+        std::optional<double>& last = groups.LastTime();
+        if (last && *time < *last) ++animal.StepsBack;
+        last = time;
+    }
+    result.Animals = std::move(groups).Sorted();
+    name_animals(result);
+    return result;
+}
+
+}  // namespace wxl::analysis

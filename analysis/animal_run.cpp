@@ -1,0 +1,206 @@
+#include "analysis/animal_run.h"
+
+#include "analysis/diagnosis.h"
+#include "analysis/fix_times.h"
+#include "analysis/independence.h"
+#include "analysis/kernel_radius.h"
+#include "analysis/output_names.h"
+#include "analysis/raster_extent.h"
+#include "engine/clsKernelCalculator.h"
+#include "isopleths/clsHISO.h"
+#include "platform/runtime_error.h"
+#include "utilities/Utilities.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace wxl::analysis {
+namespace {
+
+/// A raster whose edge takes more of a distribution cuts it.
+constexpr double kCutShare = 0.01;
+
+/// What of the volume is on the raster, beyond the kernels' reach and beyond the raster's edge.
+void measure_losses(const engine::clsKernelCalculator& calculator, double radius, double scalingFactor,
+                    AnimalRecord& record) {
+    record.Reach = record.BandwidthMapUnits > 0.0 ? radius / record.BandwidthMapUnits : 0.0;
+    if (record.Status != 0) return;
+    const double captured = record.Volume / scalingFactor;
+    record.BeyondReach = calculator.GetShareBeyondReach();
+    record.LostAtEdge = std::max(1.0 - record.BeyondReach - captured, 0.0);
+    if (record.LostAtEdge > kCutShare) record.CutTo = captured;
+}
+
+AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
+                       BandwidthMethod method) {
+    AnimalRecord record;
+    record.Id = animal.Id;
+    record.NamingId = animal.NamingId;
+    record.Subfolder = animal.Subfolder;
+    record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
+    record.Coincident = coincidence_of(animal.Fixes);
+    record.Schoener = Schoener(animal.Fixes);
+    record.SwihartSlade = SwihartSlade(animal.Fixes);
+    record.Method = method;
+    record.Bandwidth = calculator.GetBandwidth();
+    record.BandwidthMapUnits = calculator.GetScaledBandwidth();
+    record.Href = calculator.GetHREF();
+    record.Minimized = calculator.LSCVMinimized;
+    record.Profile = calculator.GetLSCVProfile().value_or(engine::SearchProfile{});
+    record.Grid = {calculator.GetOriginX(), calculator.GetOriginY(), calculator.GetCellSize(),
+                   calculator.GetColumnCount(), calculator.GetRowCount()};
+    record.Volume = calculator.GetKernelVolume();
+    record.Status = calculator.lErrorStatus;
+    record.Warnings = calculator.WarningMessages();
+    return record;
+}
+
+void add_remark(AnimalRecord& record, const std::string& remark) {
+    if (remark.empty()) return;
+    record.Reason += (record.Reason.empty() ? "" : "; ") + remark;
+}
+
+}  // namespace
+
+AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
+    MakeSubfolder(animal.Subfolder);
+    AnimalRecord record;
+    const auto raster = ComputeRaster(animal, index, record);
+    m_report.Write(animal_lines(record, m_frame.Wanted, m_frame.TextIds));
+    if (m_frame.Wanted.Isopleths && raster) DrawIsopleths(raster, record);
+    record.Reason = diagnosis(record);
+    if (record.Schoener) add_remark(record, order_remark(animal.StepsBack));
+    m_report.Write(animal_end_lines(record));
+    return record;
+}
+
+/// Another process may be making the same folder.
+void AnimalRun::MakeSubfolder(const std::string& subfolder) const {
+    if (subfolder.empty()) return;
+    platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, subfolder_in(m_frame.Folder, subfolder));
+}
+
+std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalFixes& animal, std::size_t index,
+                                                                   AnimalRecord& record) {
+    engine::clsKernelCalculator calculator(*m_services.Messages, [this](const auto& place, auto definition) {
+        definition.Format = m_frame.Wanted.RasterFormat;
+        return m_services.Rasters->Create(place, definition);
+    });
+    Configure(calculator, animal);
+    ChooseBandwidth(calculator, m_frame.Values.at(index));
+    const double radius = kernel_radius(m_frame.Wanted, animal.Fixes, calculator.GetScaledBandwidth(),
+                                        m_frame.Values.at(index), {.Yield = [this] { m_services.Host->Yield(); }});
+    calculator.SetLimitRadius(radius);
+    if (m_frame.Wanted.Mode == ExtentMode::kMinimum) SetSmallestExtent(calculator, animal, radius);
+    m_stages.Stage("Calculating kernel...");
+    calculator.CalculateKernel();
+
+    record = record_of(calculator, animal, m_frame.Wanted.Method);
+    record.Value = m_frame.Values.at(index);
+    record.Adaptive = !m_frame.Wanted.FixedKernel;
+    measure_losses(calculator, radius, m_frame.ScalingFactor(), record);
+    record.RasterName = raster_name(m_frame.Wanted, animal.NamingId, index + 1);
+    ShowWarnings(record);
+    m_stages.Stage("Writing kernel...");
+    const std::filesystem::path folder = Folder(record);
+    auto raster = calculator.WriteKernelToRaster(folder, record.RasterName, m_frame.Reference);
+    if (raster) record.Files.push_back((raster->Path().empty() ? folder / record.RasterName : raster->Path()).string());
+    return raster;
+}
+
+void AnimalRun::Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const {
+    const Settings& settings = m_frame.Wanted;
+    calculator.SetInputCoords(animal.Fixes);
+    calculator.SetTurns({.Yield = [this] { m_services.Host->Yield(); }});
+    calculator.SetKernelType(engine::kernel_Guassian);
+    calculator.SetFixedKernel(settings.FixedKernel);
+    calculator.SetEnforceUnitVariance(settings.Rescale);
+    calculator.SetScalingFactor(m_frame.ScalingFactor());
+    calculator.SetCellSize(m_frame.Wanted.Cells.Side);
+    if (settings.Mode == ExtentMode::kFull) SetFullExtent(calculator);
+    if (settings.Mode == ExtentMode::kReference) {
+        const platform::RasterGeometry reference = m_frame.ReferenceRaster->Geometry();
+        calculator.SetReferenceRaster(&reference);
+    }
+}
+
+void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
+    const auto grid =
+        enlarged_grid(m_frame.LayerExtent, m_frame.Wanted.Buffer.Value.value_or(0.0), calculator.GetCellSize());
+    calculator.SetRows(grid.Rows);
+    calculator.SetColumns(grid.Columns);
+    calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
+}
+
+void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin) {
+    const auto grid = enlarged_grid(platform::BoundsOf(animal.Fixes), margin, calculator.GetCellSize());
+    calculator.SetColumns(grid.Columns);
+    calculator.SetRows(grid.Rows);
+    calculator.SetOriginCoords(grid.OriginX, grid.OriginY);
+}
+
+void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double value) {
+    switch (m_frame.Wanted.Method) {
+        case BandwidthMethod::kLscv:
+            m_stages.Stage("Calculating LSCV...");
+            return calculator.CalculateLSCV();
+        case BandwidthMethod::kBcv:
+            m_stages.Stage("Calculating BCV...");
+            return calculator.CalculateBCV();
+        case BandwidthMethod::kHref:
+            return calculator.CalculateHREF();
+        case BandwidthMethod::kManual:
+            return calculator.SetManualBandwidth(value);
+        case BandwidthMethod::kProportion:
+            calculator.CalculateHREF();
+            return calculator.SetProportionHRefBandwidth(value);
+    }
+}
+
+void AnimalRun::ShowWarnings(const AnimalRecord& record) const {
+    if (record.Warnings.empty() || m_stages.Silent()) return;
+    m_services.Messages->Show(
+        {.Text = record.Warnings + "(Animal ID: " + platform::ValueText(record.Id) + ")", .Title = "Warnings"});
+}
+
+void AnimalRun::DrawIsopleths(const std::shared_ptr<platform::IRasterDataset>& raster, AnimalRecord& record) {
+    m_stages.Stage("Isopleths...");
+    const Settings& settings = m_frame.Wanted;
+    isopleths::clsHISO isopleths(m_services, m_geodata);
+    isopleths.SetCalculateLines(settings.Lines);
+    isopleths.SetCalculatePolys(settings.Polygons);
+    isopleths.SetCalculateDonuts(settings.Donuts);
+    isopleths.SetIsoplethBoundaries(m_frame.Wanted.Percentages.Values);
+    isopleths.SetOutputFolder(Folder(record));
+    isopleths.SetOutputName(isopleth_stem(record.RasterName));
+    isopleths.SetRasterDataset(raster);
+    isopleths.CreateIsopleths();
+    TakeIsopleths(isopleths, record);
+    if (!record.EdgeWarning) return;
+    m_services.Messages->Show({.Text = kEdgeWarningText, .Title = "Warning", .Sign = platform::Icon::kExclamation});
+}
+
+void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord& record) const {
+    record.IsoplethStatus = isopleths.GetErrorStatus();
+    record.MaxEdgeValue = isopleths.GetMaxEdgeValue();
+    record.EdgeWarning = *record.MaxEdgeValue > edge_threshold(m_frame.Wanted.Method, m_frame.ScalingFactor());
+    const std::vector<double>& levels = isopleths.GetLevels();
+    const std::vector<std::optional<double>>& areas = isopleths.GetAreas();
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        record.Isopleths.push_back(
+            {m_frame.Wanted.Percentages.Values.at(i), levels[i], i < areas.size() ? areas[i] : std::nullopt});
+    const auto add = [&](const auto& dataset, DatasetKind kind) {
+        if (dataset)
+            record.Files.push_back((Folder(record) / (isopleth_name(record.RasterName, kind) + ".shp")).string());
+    };
+    add(isopleths.GetLinesFeatureClass(), DatasetKind::kLines);
+    add(isopleths.GetPolysFeatureClass(), DatasetKind::kPolygons);
+    add(isopleths.GetDonutsFeatureClass(), DatasetKind::kDonuts);
+}
+
+std::filesystem::path AnimalRun::Folder(const AnimalRecord& record) const {
+    return subfolder_in(m_frame.Folder, record.Subfolder);
+}
+
+}  // namespace wxl::analysis

@@ -1,0 +1,257 @@
+#include "analysis/diagnosis.h"
+
+#include "engine/status.h"
+#include "isopleths/clsHISO.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <set>
+#include <span>
+#include <vector>
+
+namespace wxl::analysis {
+namespace {
+
+using platform::NumberText;
+
+bool all_at_one_place(std::int64_t count, const Coincidence& coincident) {
+    return count > 1 && coincident.Pairs == count * (count - 1) / 2;
+}
+
+std::string too_few_text(std::int64_t count) {
+    return fixes_text(count) + (count == 1 ? " is" : " are") + " too few for a bandwidth";
+}
+
+std::string one_place_text(std::int64_t count) {
+    return "all " + std::to_string(count) + " fixes lie at one place";
+}
+
+bool less_score(const engine::ProfileRow& a, const engine::ProfileRow& b) {
+    return a.Score < b.Score;
+}
+
+/// Where the first of the smallest scores lies in a profile that is not empty.
+std::size_t lowest(std::span<const engine::ProfileRow> rows) {
+    return static_cast<std::size_t>(std::min_element(rows.begin(), rows.end(), less_score) - rows.begin());
+}
+
+bool is_flat(std::span<const engine::ProfileRow> rows) {
+    const auto [low, high] = std::minmax_element(rows.begin(), rows.end(), less_score);
+    const double size = std::max(std::abs(low->Score), std::abs(high->Score));
+    return high->Score - low->Score <= kFlatShare * size;
+}
+
+bool at_lower_end(std::span<const engine::ProfileRow> rows) {
+    return lowest(rows) < rows.size() / 2;
+}
+
+/// A bandwidth of the sample in four digits, which is what a reader compares.
+std::string short_number(double value) {
+    if (value == 0.0 || !std::isfinite(value)) return NumberText(value);
+    const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 3.0);
+    return NumberText(std::round(value / unit) * unit);
+}
+
+/// The local minima inside the range, which a search that ends at an end of it passes over.
+std::string minima_text(const engine::SearchProfile& rows) {
+    const engine::SearchProfile minima = engine::LocalMinima(rows);
+    if (minima.empty()) return {};
+    std::string text = minima.size() == 1 ? "; inside it the score has a local minimum at "
+                                          : "; inside it the score has local minima at ";
+    for (std::size_t i = 0; i < minima.size(); ++i) text += (i == 0 ? "" : ", ") + short_number(minima[i].Bandwidth);
+    return text;
+}
+
+std::string end_text(const SearchFacts& facts) {
+    const auto rows = engine::ReachedRows(facts.Profile);
+    if (rows.empty()) return "the search has no scores";
+    const engine::ProfileRow& best = rows[lowest(rows)];
+    const bool isLower = at_lower_end(rows);
+    const char* multiple = isLower ? ", 0.05 HREF" : facts.Method == BandwidthMethod::kLscv ? ", 2 HREF" : ", 3 HREF";
+    return std::string("the smallest score is at the ") + (isLower ? "lower" : "upper") +
+           " end of the range (bandwidth " + short_number(best.Bandwidth) + multiple + ")" + minima_text(rows);
+}
+
+std::string coincident_text(const SearchFacts& facts) {
+    return std::to_string(facts.Coincident.Fixes) + " of " + fixes_text(facts.Count) +
+           " share their place with another fix";
+}
+
+/// Coincident fixes that do not decide the search are told beside the end that they push it to.
+std::string lower_end_text(const SearchFacts& facts) {
+    std::string text = end_text(facts) + ": fixes are clustered closely";
+    if (facts.Coincident.Fixes > 0) text += ", and " + coincident_text(facts);
+    return text;
+}
+
+std::string memory_text(const AnimalRecord& record) {
+    const double cells = static_cast<double>(record.Grid.Columns) * static_cast<double>(record.Grid.Rows);
+    return "there is not enough memory for its raster of " + std::to_string(record.Grid.Columns) + " x " +
+           std::to_string(record.Grid.Rows) + " cells (" + NumberText(std::ceil(cells * 8.0 / 1e6)) + " MB)";
+}
+
+/// Percentages so small that their level is that of single highest cells, around which there is nothing to draw.
+std::string isopleth_reason(const AnimalRecord& record) {
+    if (record.IsoplethStatus == isopleths::isopleth_status::kFailed || record.CutTo == 0.0) return {};
+    std::string percentages;
+    std::set<double> told;
+    for (const IsoplethRecord& isopleth : record.Isopleths)
+        if (!isopleth.Area && told.insert(isopleth.Percent).second)
+            percentages += (percentages.empty() ? "" : ", ") + NumberText(isopleth.Percent) + " %";
+    return percentages.empty()
+               ? std::string()
+               : "no isopleth at " + percentages + ": the percentage is too small, no area lies above its level";
+}
+
+std::string upper_end_text(const SearchFacts& facts) {
+    const bool fallsAllTheWay = engine::LocalMinima(engine::ReachedRows(facts.Profile)).empty();
+    return end_text(facts) + (fallsAllTheWay ? ": the score falls all the way to wide bandwidths" : "");
+}
+
+std::string edge_reason(const AnimalRecord& record) {
+    if (!record.EdgeWarning || !record.MaxEdgeValue || edge_verdict(record) != EdgeVerdict::kCut) return {};
+    return "the raster may cut the distribution: its edge reaches " + short_number(*record.MaxEdgeValue);
+}
+
+/// What the raster leaves of the distribution; with isopleths that cells of 0 prevented, why there are none.
+std::string cut_reason(const AnimalRecord& record) {
+    if (!record.CutTo) return {};
+    if (*record.CutTo > 0.0)
+        return share_left_text(*record.CutTo) + " of the distribution lies on its raster: choose a larger extent";
+    const bool without = record.IsoplethStatus == isopleths::isopleth_status::kFailed;
+    return std::string(without ? "no isopleths, because " : "") +
+           "all cells of its raster are 0 (its fixes lie outside the extent)";
+}
+
+const char* reach_cause(const AnimalRecord& record) {
+    if (record.Adaptive) return ", because an adaptive kernel is wider where fixes are sparse";
+    if (record.Method == BandwidthMethod::kProportion && record.Value > 1.0)
+        return ", because the reach is that of HREF whatever the proportion";
+    return record.Bandwidth == record.BandwidthMapUnits ? "" : ", because x and y are spread unequally";
+}
+
+std::string reach_reason(const AnimalRecord& record) {
+    if (record.BeyondReach < kToldShare) return {};
+    return share_text(record.BeyondReach) + " of the distribution lies beyond the kernels' reach of " +
+           short_number(record.Reach) + " bandwidths" + reach_cause(record) +
+           ": outer isopleths are too small; --reach whole computes the full kernels";
+}
+
+std::string nothing_text(const AnimalRecord& record) {
+    if (record.Grid.Columns > 0 && record.Grid.Rows > 0) return "the bandwidth is 0";
+    return "the raster has no cells: the cell size " + NumberText(record.Grid.CellSize) + " is larger than the extent";
+}
+
+std::string cell_text(const AnimalRecord& record) {
+    return "the bandwidth " + short_number(record.BandwidthMapUnits) + " is smaller than the cell size " +
+           NumberText(record.Grid.CellSize);
+}
+
+}  // namespace
+
+std::string fixes_text(std::int64_t count) {
+    return std::to_string(count) + (count == 1 ? " fix" : " fixes");
+}
+
+std::string share_left_text(double share) {
+    if (share == 0.0) return "0 %";
+    const double percent = std::round(share * 10000.0) / 100.0;
+    return percent == 0.0 ? "less than 0.01 %" : "only " + NumberText(percent) + " %";
+}
+
+/// The step of that number allocates the grid; all else in it fails on numbers that are looked at here.
+bool lacks_memory(const AnimalRecord& record) {
+    const double side =
+        record.Grid.CellSize > 0.0 ? record.Reach * record.BandwidthMapUnits / record.Grid.CellSize : 0.0;
+    return record.Status == engine::kernel_status::kDimensions && record.Grid.CellSize > 0.0 && side < 2147483646.0 &&
+           std::isfinite(record.Grid.OriginX) &&
+           std::isfinite(record.Grid.OriginY + record.Grid.Rows * record.Grid.CellSize);
+}
+
+std::string share_text(double share) {
+    return NumberText(std::round(share * 10000.0) / 100.0) + " %";
+}
+
+EdgeVerdict edge_verdict(const AnimalRecord& record) {
+    if (record.CutTo || record.LostAtEdge >= kToldShare) return EdgeVerdict::kCut;
+    return record.BeyondReach >= kToldShare ? EdgeVerdict::kBeyondReach : EdgeVerdict::kClear;
+}
+
+double edge_threshold(BandwidthMethod method, double scalingFactor) {
+    return scalingFactor * (is_list(method) ? 5e-10 : 1e-08);
+}
+
+SearchFault search_fault(const SearchFacts& facts) {
+    if (!is_search(facts.Method) || facts.Minimized) return SearchFault::kNone;
+    if (facts.Count < 2) return SearchFault::kTooFew;
+    if (all_at_one_place(facts.Count, facts.Coincident)) return SearchFault::kOnePlace;
+    const auto rows = engine::ReachedRows(facts.Profile);
+    const bool boundless = facts.Method == BandwidthMethod::kLscv && 6 * facts.Coincident.Pairs > facts.Count;
+    if (boundless && !rows.empty() && lowest(rows) == 0) return SearchFault::kCoincident;
+    if (!rows.empty() && is_flat(rows)) return SearchFault::kFlat;
+    if (facts.Count < kFixesForSearch || rows.empty()) return SearchFault::kFewFixes;
+    return at_lower_end(rows) ? SearchFault::kLowerEnd : SearchFault::kUpperEnd;
+}
+
+std::string search_reason(const SearchFacts& facts) {
+    switch (search_fault(facts)) {
+        case SearchFault::kNone:
+            break;
+        case SearchFault::kTooFew:
+            return too_few_text(facts.Count);
+        case SearchFault::kOnePlace:
+            return one_place_text(facts.Count);
+        case SearchFault::kCoincident:
+            return coincident_text(facts) + ", so that the score falls without limit toward bandwidth 0";
+        case SearchFault::kFlat:
+            return "the score is flat: it is the same at every bandwidth of the range";
+        case SearchFault::kFewFixes:
+            return fixes_text(facts.Count) + " are too few for a search (" + std::to_string(kFixesForSearch) +
+                   " or more are advised); " + end_text(facts);
+        case SearchFault::kLowerEnd:
+            return lower_end_text(facts);
+        case SearchFault::kUpperEnd:
+            return upper_end_text(facts);
+    }
+    return {};
+}
+
+std::string failure_reason(const AnimalRecord& record) {
+    namespace kernel_status = engine::kernel_status;
+    if (record.Status == kernel_status::kGood) return {};
+    if (record.SampleSize < 2) return too_few_text(record.SampleSize);
+    if (all_at_one_place(record.SampleSize, record.Coincident)) return one_place_text(record.SampleSize);
+    if (record.Status == kernel_status::kGridTooLarge) return "the raster would have more than 50 million cells";
+    if (record.Status == kernel_status::kNothingToCompute) return nothing_text(record);
+    if (record.Status == kernel_status::kBandwidthBelowCell) return cell_text(record);
+    if (lacks_memory(record)) return memory_text(record);
+    return "the calculation failed (code " + std::to_string(record.Status) + ")";
+}
+
+SearchFacts search_facts(const AnimalRecord& record) {
+    return {.Method = record.Method,
+            .Count = record.SampleSize,
+            .Coincident = record.Coincident,
+            .Profile = record.Profile,
+            .Minimized = record.Minimized};
+}
+
+std::string diagnosis(const AnimalRecord& record) {
+    std::vector<std::string> reasons = {search_reason(search_facts(record)),
+                                        failure_reason(record),
+                                        edge_reason(record),
+                                        cut_reason(record),
+                                        reach_reason(record),
+                                        isopleth_reason(record)};
+    reasons.erase(std::unique(reasons.begin(), reasons.end()), reasons.end());
+    std::string text;
+    for (const std::string& reason : reasons) {
+        if (reason.empty()) continue;
+        text += (text.empty() ? "" : "; ") + reason;
+    }
+    return text;
+}
+
+}  // namespace wxl::analysis

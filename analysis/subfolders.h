@@ -1,0 +1,17 @@
+#pragma once
+#include "analysis/animal_fixes.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace wxl::analysis {
+
+/// Gives every animal the sub-folder of the output folder that takes its datasets: one for every `every` animals, in
+/// their order, named by their places from 1 ("animals_0001-0100"). With 0 there are no sub-folders.
+void spread_over_subfolders(std::vector<AnimalFixes>& animals, std::size_t every);
+
+/// The distinct sub-folders of the animals, in their order; empty when there are none.
+std::vector<std::string> subfolders_of(const std::vector<AnimalFixes>& animals);
+
+}  // namespace wxl::analysis

@@ -1,0 +1,40 @@
+#pragma once
+// The summary of results as comma-separated text (RFC 4180, UTF-8): a row for each animal, value and percentage.
+
+#include "analysis/record.h"
+#include "platform/values.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wxl::analysis {
+
+/// The first line, without its line end. Bandwidths and HREF are in map units, `area` in square map units; `raster`
+/// names the distribution, the one row of a failed one too.
+inline constexpr std::string_view kSummaryHeader =
+    "id,naming_id,n,method,bandwidth,href,minimised,reason,percent,level,area,area_km2,volume,edge_warning,raster,"
+    "status";
+
+/// Name of the record's raster below the output folder, as the report and the summary give it.
+std::string raster_place(const AnimalRecord& record);
+
+/// "href", "lscv", "bcv", "manual" or "proportion".
+const char* method_name(BandwidthMethod method);
+
+/// The reference bandwidth in map units; absent where the run has none.
+std::optional<double> href_in_map_units(const AnimalRecord& record);
+
+/// The area in square kilometres; absent where the length of a map unit is not known.
+std::optional<double> square_kilometres(std::optional<double> area, const platform::SpatialReference& reference);
+
+/// Rows of a record, each ended by CR LF: one for each isopleth, or one with empty percentage, level and areas.
+std::string summary_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
+
+/// `earlier` without the rows of `replaced` rasters, ended by CR LF; the header alone for an empty text. Rows are kept
+/// to the byte. Nothing when the text is not a summary: another header, or a quote that is never closed.
+std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced);
+
+}  // namespace wxl::analysis

@@ -1,0 +1,101 @@
+#include "analysis/animal_run.h"
+#include "analysis/summary_rows.h"
+#include "analysis/summary_table.h"
+#include "platform/runtime_error.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace wxl::analysis {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string kHeader = std::string(kSummaryHeader) + "\r\n";
+
+const platform::SpatialReference kMetres = {
+    .Name = "UTM", .Wkt = "", .UnitName = "metre", .MetersPerUnit = 1.0, .IsGeographic = false};
+
+AnimalRecord record_of(const std::string& id) {
+    AnimalRecord record;
+    record.Id = id;
+    record.NamingId = "4";
+    record.SampleSize = 120;
+    record.Method = BandwidthMethod::kLscv;
+    record.Bandwidth = 250.5;
+    record.BandwidthMapUnits = 250.5;
+    record.Href = 300;
+    record.Minimized = true;
+    record.Volume = 999900.5;
+    record.RasterName = "K4";
+    return record;
+}
+
+TEST(SummaryRows, One_row_for_each_isopleth) {
+    AnimalRecord record = record_of("Bo");
+    record.Isopleths = {{95, 0.25, 12500000.0}, {50, 2, std::nullopt}};
+    record.MaxEdgeValue = 0.5;
+    record.EdgeWarning = true;
+    record.Reason = "why";
+    EXPECT_EQ(summary_rows(record, kMetres),
+              "Bo,4,120,lscv,250.5,300,yes,why,95,0.25,12500000,12.5,999900.5,yes,K4,0\r\n"
+              "Bo,4,120,lscv,250.5,300,yes,why,50,2,,,999900.5,yes,K4,0\r\n");
+}
+
+TEST(SummaryRows, One_row_without_isopleths_and_for_failures) {
+    EXPECT_EQ(summary_rows(record_of("Bo"), kMetres), "Bo,4,120,lscv,250.5,300,yes,,,,,,999900.5,,K4,0\r\n");
+    AnimalRecord failed = record_of("Bo");
+    failed.Method = BandwidthMethod::kManual;
+    failed.Href = 0;
+    failed.Status = 5002;
+    EXPECT_EQ(summary_rows(failed, kMetres), "Bo,4,120,manual,250.5,,,,,,,,,,K4,5002\r\n");
+}
+
+TEST(SummaryRows, Bandwidths_of_rescaled_samples_are_in_map_units) {
+    AnimalRecord record = record_of("Bo");
+    record.Bandwidth = 0.5;
+    record.BandwidthMapUnits = 200;
+    record.Href = 0.75;
+    EXPECT_EQ(href_in_map_units(record), 300.0);
+}
+
+TEST(SummaryRows, Square_kilometres_come_from_the_length_of_a_unit) {
+    platform::SpatialReference reference = kMetres;
+    EXPECT_EQ(square_kilometres(2e6, reference), 2.0);
+    reference.MetersPerUnit = 0.5;
+    EXPECT_EQ(square_kilometres(2e6, reference), 0.5);
+    EXPECT_EQ(square_kilometres(std::nullopt, reference), std::nullopt);
+    reference.IsGeographic = true;
+    EXPECT_EQ(square_kilometres(2e6, reference), std::nullopt);
+    EXPECT_EQ(square_kilometres(2e6, platform::SpatialReference{}), std::nullopt);
+}
+
+TEST(SummaryRows, Hostile_texts_are_quoted) {
+    const std::string rows = summary_rows(record_of("O\"Malley, \r\nthe <b>wolf</b>"), kMetres);
+    EXPECT_TRUE(rows.starts_with("\"O\"\"Malley, \r\nthe <b>wolf</b>\",4,120,")) << rows;
+    EXPECT_TRUE(summary_rows(record_of("Z\xFCrich"), kMetres).starts_with("Z\xC3\xBCrich,")) << "always UTF-8";
+}
+
+TEST(SummaryRows, Rows_of_replaced_rasters_leave_the_earlier_text) {
+    const std::string mine = summary_rows(record_of("a,\"b\"\nc"), kMetres);
+    const std::string other = "x,1,2,href,3,4,,,,,,,5,,\"K,9\",0\r\n";
+    EXPECT_EQ(kept_summary(kHeader + mine + other, {"K4"}), kHeader + other);
+    EXPECT_EQ(kept_summary(kHeader + mine + other, {"K,9"}), kHeader + mine);
+    EXPECT_EQ(kept_summary(kHeader + mine + other, {}), kHeader + mine + other);
+    EXPECT_EQ(kept_summary("", {}), kHeader);
+}
+
+TEST(SummaryRows, Summaries_saved_by_other_programs_are_still_ours) {
+    const std::string row = "x,1,2,href,3,4,,,,,,,5,,K9,0";
+    EXPECT_EQ(kept_summary("\xEF\xBB\xBF" + std::string(kSummaryHeader) + "\n" + row, {}), kHeader + row + "\r\n");
+    EXPECT_EQ(kept_summary(kHeader + "short,row\r\n\r\n", {"K9"}), kHeader + "short,row\r\n");
+}
+
+TEST(SummaryRows, Other_texts_are_not_ours) {
+    EXPECT_EQ(kept_summary("id,area\r\n1,2\r\n", {}), std::nullopt);
+    EXPECT_EQ(kept_summary("my notes", {}), std::nullopt);
+    EXPECT_EQ(kept_summary(kHeader + "\"never closed", {}), std::nullopt);
+}
+
+}  // namespace
+}  // namespace wxl::analysis
