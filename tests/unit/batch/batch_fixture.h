@@ -6,7 +6,7 @@
 #include "batch/point_store.h"
 #include "batch/task_run.h"
 #include "batch/task_state.h"
-#include "kde_tool/analysis_run.h"
+#include "analysis/analysis.h"
 #include "platform/runtime_error.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 

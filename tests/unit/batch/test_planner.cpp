@@ -66,7 +66,9 @@ TEST_F(BatchTest, A_plan_holds_what_tasks_need_and_no_dataset) {
     const Plan read = read_plan(Files, "/out");
     EXPECT_EQ(read.Id, plan.Id);
     EXPECT_EQ(read.ReportHead, plan.ReportHead);
-    EXPECT_THAT(names_of(read, 3), ElementsAre("K7_b2", "K7_b2_iso_poly"));
+    EXPECT_THAT(datasets_of(read, 3),
+                ElementsAre(analysis::Dataset{analysis::DatasetKind::kRaster, "K7_b2"},
+                            analysis::Dataset{analysis::DatasetKind::kPolygons, "K7_b2_iso_poly"}));
 }
 
 TEST_F(BatchTest, A_dataset_in_the_way_stops_the_planning) {

@@ -36,7 +36,8 @@ TEST(IndependenceTable, Shows_both_indices_or_not_applicable) {
 }
 
 TEST(IndependenceTable, Shows_the_naming_id_beside_a_text_id) {
-    const std::vector<analysis::AnimalFixes> named = {animal("ann", "1", {{0, 0}}), animal("bob", "2", {{0, 0}, {1, 1}})};
+    const std::vector<analysis::AnimalFixes> named = {animal("ann", "1", {{0, 0}}),
+                                                      animal("bob", "2", {{0, 0}, {1, 1}})};
     const auto table = IndependenceTable(analysis::independence_rows(named), "Name", true);
     EXPECT_THAT(table.Columns, ElementsAre("Name", "Naming_ID", "Count", "Schoener", "Swihart_Slade"));
     EXPECT_THAT(table.Rows,
@@ -45,17 +46,17 @@ TEST(IndependenceTable, Shows_the_naming_id_beside_a_text_id) {
 
 TEST(IndependenceTable, Fits_the_indices_into_their_columns) {
     const std::vector<analysis::IndependenceRow> rows = {{.Id = std::int64_t{1},
-                                                .NamingId = "1",
-                                                .Count = 12230,
-                                                .Schoener = std::numbers::pi / 1000.0,
-                                                .SwihartSlade = -std::numbers::sqrt2}};
+                                                          .NamingId = "1",
+                                                          .Count = 12230,
+                                                          .Schoener = std::numbers::pi / 1000.0,
+                                                          .SwihartSlade = -std::numbers::sqrt2}};
     const auto table = IndependenceTable(rows, "ID", false);
     EXPECT_THAT(table.Rows, ElementsAre(ElementsAre("1", "12230", "0.00314159", "-1.41421356")));
 }
 
 TEST(IndependenceCsv, Is_joined_by_commas_alone_and_quotes_nothing) {
     const std::vector<analysis::AnimalFixes> some = {animal(std::int64_t{1}, "1", {{0, 0}, {1, 0}, {2, 0}, {3, 0}}),
-                                           animal(std::int64_t{9}, "9", {{0, 0}})};
+                                                     animal(std::int64_t{9}, "9", {{0, 0}})};
     EXPECT_EQ(IndependenceCsv(IndependenceTable(analysis::independence_rows(some), "ID", false)),
               "ID,Count,Schoener,Swihart_Slade\r\n1,4,0.6,N/A\r\n9,1,N/A,N/A\r\n");
     const std::vector<analysis::AnimalFixes> quoted = {animal("a \"b\"", "1", {{0, 0}, {2, 2}})};
