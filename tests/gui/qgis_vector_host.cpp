@@ -33,7 +33,7 @@ public:
             vector = MemoryLayer(definition, rows);
         }
         EXPECT_TRUE(vector->isValid());
-        const auto layer = std::make_shared<qgis::QgisFeatureLayer>(*vector);
+        const auto layer = std::make_shared<qgis::QgisFeatureLayer>(*vector, vector->name().toStdString());
         m_layers[layer.get()] = {std::move(vector), file};
         return layer;
     }
