@@ -1,8 +1,8 @@
 #pragma once
 #include "adapters/qgis/qgis_map.h"
 #include "adapters/qgis/result_catalogue.h"
-#include "kde_tool/frmKDE.h"
 #include "analysis/record.h"
+#include "kde_tool/frmKDE.h"
 #include "platform/messages.h"
 
 #include <qgsmaplayer.h>

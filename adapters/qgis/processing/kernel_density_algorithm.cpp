@@ -18,8 +18,8 @@
 namespace wxl::qgis {
 namespace {
 
-using kde_tool::frmKDE;
 using analysis::RunOutcome;
+using kde_tool::frmKDE;
 
 // Values of the parameters METHOD and EXTENT_MODE.
 enum Method { kHref, kLscv, kBcv, kBandwidths, kProportions };
@@ -252,9 +252,8 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
                            parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context) ||
                            parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
     if (isopleths)
-        if (const QString text =
-                problem_of_list(QStringLiteral("Isopleths"),
-                                parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), true);
+        if (const QString text = problem_of_list(
+                QStringLiteral("Isopleths"), parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), true);
             !text.isEmpty())
             return refuse(text);
     if (!analysis::reach_of(FromQString(parameterAsString(parameters, QStringLiteral("REACH"), context))))
@@ -314,8 +313,7 @@ void KernelDensityAlgorithm::TakeOutput(const QVariantMap& parameters, QgsProces
         settings.Cells = analysis::cell_size_of(
             platform::NumberText(parameterAsDouble(parameters, QStringLiteral("CELL_SIZE"), context)));
     settings.Prefix = FromQString(parameterAsString(parameters, QStringLiteral("PREFIX"), context));
-    settings.ScalingFactor =
-        analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
+    settings.ScalingFactor = analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
     settings.Verbose = parameterAsBoolean(parameters, QStringLiteral("VERBOSE"), context);
     settings.Html = parameterAsBoolean(parameters, QStringLiteral("HTML"), context);
     settings.RasterFormat =
@@ -329,8 +327,8 @@ void KernelDensityAlgorithm::TakeIsopleths(const QVariantMap& parameters, QgsPro
     settings.Donuts = parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
     settings.Isopleths = settings.Lines || settings.Polygons || settings.Donuts;
     if (settings.Isopleths)
-        settings.Percentages = analysis::typed_numbers(
-            FromQString(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context)));
+        settings.Percentages =
+            analysis::typed_numbers(FromQString(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context)));
 }
 
 QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& parameters, QgsProcessingContext& context,
