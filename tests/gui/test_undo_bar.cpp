@@ -117,6 +117,9 @@ private:
     UndoBar m_undo{Bar, m_desktop};
 };
 
+/// What holds of a shapefile alone.
+class ShapefileUndoTest : public UndoBarTest {};
+
 TEST_P(UndoBarTest, Removed_fixes_come_back_in_their_order) {
     Open();
     const auto before = Rows();
@@ -129,8 +132,7 @@ TEST_P(UndoBarTest, Removed_fixes_come_back_in_their_order) {
     EXPECT_EQ(Layer->featureCount(), 6);
 }
 
-TEST_P(UndoBarTest, A_shapefile_has_its_bytes_back) {
-    if (GetParam() != Format::kShapefile) GTEST_SKIP();
+TEST_P(ShapefileUndoTest, Its_bytes_come_back) {
     Open();
     const auto before = std::vector{Bytes("shp"), Bytes("shx"), Bytes("dbf")};
     Run<movement::FindDupxy>();
@@ -205,6 +207,9 @@ TEST_P(UndoBarTest, The_offer_goes_with_the_layer_and_with_the_next_command) {
     QgsProject::instance()->removeMapLayer(removed);
     EXPECT_EQ(Bar.currentItem(), nullptr);
 }
+
+INSTANTIATE_TEST_SUITE_P(Layers, ShapefileUndoTest, testing::Values(Format::kShapefile),
+                         [](const auto&) { return std::string("Shapefile"); });
 
 INSTANTIATE_TEST_SUITE_P(Layers, UndoBarTest, testing::Values(Format::kShapefile, Format::kGeoPackage, Format::kMemory),
                          [](const auto& format) {
