@@ -32,7 +32,7 @@ const Change* change_of(const std::string& command) {
     return nullptr;
 }
 
-/// " 4 animals (field animal) were taken as one.", or "" where the fixes are of one animal or no two of them share one.
+/// " 4 animals (field animal) taken as one.", or "" where the fixes are of one animal or no two of them share one.
 QString mixed_animals(QgsVectorLayer& layer, bool selectedOnly) {
     std::vector<std::string> names;
     for (const QgsField& field : layer.fields()) names.push_back(FromQString(field.name()));
@@ -49,7 +49,7 @@ QString mixed_animals(QgsVectorLayer& layer, bool selectedOnly) {
     while (rows.Next(row))
         if (!row.attribute(column).isNull()) areTracks = ++fixes[row.attribute(column).toString()] > 1 || areTracks;
     if (fixes.size() < 2 || !areTracks) return {};
-    return QObject::tr(" %1 animals (field %2) were taken as one.")
+    return QObject::tr(" %1 animals (field %2) taken as one.")
         .arg(fixes.size())
         .arg(layer.fields().at(column).name());
 }

@@ -125,7 +125,7 @@ TEST_P(UndoBarTest, Removed_fixes_come_back_in_their_order) {
     const auto before = Rows();
     Run<movement::FIndDupTime2>();
     EXPECT_EQ(Rows().size(), 5U);
-    EXPECT_EQ(Told(), "1 duplicate fix removed from \"fixes\". 2 animals (field animal) were taken as one.");
+    EXPECT_EQ(Told(), "1 duplicate fix removed from \"fixes\". 2 animals (field animal) taken as one.");
     PressUndo();
     EXPECT_EQ(Rows(), before);
     EXPECT_EQ(Told(), "The removed fixes are back in \"fixes\".");
@@ -150,7 +150,7 @@ TEST_P(UndoBarTest, New_fields_go_and_earlier_values_come_back) {
     Run<movement::FIndDupTime2>();
     const auto before = Rows();
     Run<movement::OVIOBS>();
-    EXPECT_EQ(Told(), "Travel times and distances written into \"fixes\". 2 animals (field animal) were taken as one.");
+    EXPECT_EQ(Told(), "Travel times and distances written into \"fixes\". 2 animals (field animal) taken as one.");
     const auto filled = Rows();
     EXPECT_NE(filled, before);
     PressUndo();

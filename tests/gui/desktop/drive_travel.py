@@ -101,7 +101,7 @@ def movement_commands(layer):
         check_equals_the_command_line(layer, stage)
         if stage == "time2":
             told = iface.messageBar().currentItem().text()
-            check(told == '7 duplicate fixes removed from "fixes". 4 animals (field animal) were taken as one.', told)
+            check(told == '7 duplicate fixes removed from "fixes". 4 animals (field animal) taken as one.', told)
             shoot_screen("desktop-undo")
             child(iface.messageBar().currentItem(), QPushButton, "wxlUndo").click()
             check_equals_the_command_line(layer, "fields")
