@@ -102,7 +102,7 @@ void Analysis::TellBegin() {
 void Analysis::TellEnd(RunOutcome outcome) {
     if (!m_begun) return;
     m_begun = false;
-    tell_end(m_observers, outcome, *m_services.Messages);
+    report_end(m_observers, outcome, *m_services.Messages);
 }
 
 void Analysis::Cancel() {

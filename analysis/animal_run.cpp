@@ -134,7 +134,7 @@ void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
 }
 
 void AnimalRun::SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin) {
-    const auto grid = enlarged_grid(platform::BoundsOf(animal.Fixes), margin, calculator.GetCellSize());
+    const auto grid = enlarged_grid(platform::bounds_of(animal.Fixes), margin, calculator.GetCellSize());
     calculator.SetColumns(grid.Columns);
     calculator.SetRows(grid.Rows);
     calculator.SetOriginCoords(grid.OriginX, grid.OriginY);

@@ -93,7 +93,7 @@ double applied_href(const HrefRow& href, const VarianceRow& spread, bool rescale
 
 DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& animal, double href, double value) {
     const BandwidthMethod method = frame.Wanted.Method;
-    const platform::Extent bounds = platform::BoundsOf(animal.Fixes);
+    const platform::Extent bounds = platform::bounds_of(animal.Fixes);
     const double chosen = method == BandwidthMethod::kManual ? value : href;
     DistributionEstimate result;
     result.Bandwidth = method == BandwidthMethod::kProportion ? value * href : chosen;

@@ -12,7 +12,7 @@ void end_report(AnalysisReport& report, const platform::DateTime& finish, bool s
     report.Close();
 }
 
-void tell_end(std::span<IRunObserver* const> observers, RunOutcome outcome, platform::IMessages& messages) {
+void report_end(std::span<IRunObserver* const> observers, RunOutcome outcome, platform::IMessages& messages) {
     for (IRunObserver* observer : observers) {
         try {
             observer->RunEnds(outcome);

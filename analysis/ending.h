@@ -13,7 +13,7 @@ void end_report(AnalysisReport& report, const platform::DateTime& finish, bool s
 
 /// Tells the observers of a run that began how it ended. What an observer makes of a run is an extra: one that fails is
 /// shown in a message box, and the run's own results stay.
-void tell_end(std::span<IRunObserver* const> observers, RunOutcome outcome, platform::IMessages& messages);
+void report_end(std::span<IRunObserver* const> observers, RunOutcome outcome, platform::IMessages& messages);
 
 /// Tells the user that the run is over.
 void show_ending(platform::IMessages& messages, bool stopped);

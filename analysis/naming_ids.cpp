@@ -17,7 +17,7 @@ std::string number_text_17(double value) {
     return platform::UpperCase(std::string(text.data(), end));
 }
 
-void tell_apart(std::vector<std::string>& names, std::span<const FieldValue> ids) {
+void make_distinct(std::vector<std::string>& names, std::span<const FieldValue> ids) {
     std::unordered_map<std::string, int> uses;
     for (const std::string& name : names) ++uses[name];
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -33,7 +33,7 @@ std::vector<std::string> naming_ids(std::span<const FieldValue> ids, bool textId
     names.reserve(ids.size());
     for (const FieldValue& id : ids)
         names.push_back(textIds ? std::to_string(names.size() + 1) : platform::ValueText(id));
-    if (!textIds) tell_apart(names, ids);
+    if (!textIds) make_distinct(names, ids);
     return names;
 }
 

@@ -81,10 +81,10 @@ void Merge::Run(std::span<analysis::IRunObserver* const> observers) {
         WriteReport(observers);
     } catch (...) {
         const platform::RuntimeError fault = platform::CurrentError();
-        analysis::tell_end(observers, analysis::RunOutcome::kFailed, *m_services.Messages);
+        analysis::report_end(observers, analysis::RunOutcome::kFailed, *m_services.Messages);
         throw platform::RuntimeError(fault);
     }
-    analysis::tell_end(observers, analysis::RunOutcome::kComplete, *m_services.Messages);
+    analysis::report_end(observers, analysis::RunOutcome::kComplete, *m_services.Messages);
     MarkMerge(0, true);
 }
 

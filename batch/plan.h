@@ -1,7 +1,7 @@
 #pragma once
-#include "batch/task_packing.h"
 #include "analysis/animal_run.h"
 #include "analysis/report_lines.h"
+#include "batch/task_packing.h"
 #include "platform/file_system.h"
 #include "platform/values.h"
 

@@ -1,7 +1,7 @@
 #pragma once
-#include "batch/plan.h"
 #include "analysis/analysis.h"
 #include "analysis/output_names.h"
+#include "batch/plan.h"
 #include "platform/services.h"
 
 #include <filesystem>

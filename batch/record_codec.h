@@ -1,7 +1,7 @@
 #pragma once
-#include "batch/json_codec.h"
-#include "analysis/report_lines.h"
 #include "analysis/record.h"
+#include "analysis/report_lines.h"
+#include "batch/json_codec.h"
 #include "platform/messages.h"
 
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
-#include "batch/plan.h"
 #include "analysis/record.h"
+#include "batch/plan.h"
 #include "platform/services.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "comparison/adhoc_bandwidth.h"
 
-#include "engine/kernel_reach.h"
 #include "comparison/kernel_sum.h"
+#include "engine/kernel_reach.h"
 
 #include <array>
 
@@ -81,7 +81,7 @@ AdHocBandwidth adhoc_bandwidth(std::span<const platform::Point> fixes, const AdH
                                const std::function<void(double)>& progress) {
     AdHocBandwidth none;
     none.Href = reference_bandwidth(fixes);
-    const platform::Extent extent = platform::BoundsOf(fixes);
+    const platform::Extent extent = platform::bounds_of(fixes);
     const double margin = engine::kUsualReach * none.Href;
     none.CellSize = settings.CellSize > 0.0 ? settings.CellSize : usual_cell_size(0.5 * none.Href, extent, margin);
     if (!(none.Href > 0.0) || none.Href < none.CellSize) return none;

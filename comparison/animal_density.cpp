@@ -1,8 +1,8 @@
 #include "comparison/animal_density.h"
 
-#include "engine/kernel_reach.h"
 #include "comparison/kernel_sum.h"
 #include "engine/clsKernelCalculator.h"
+#include "engine/kernel_reach.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 
 namespace wxl::comparison {
 namespace {
-
 
 /// Faults of the calculator are told as reasons, not as boxes.
 class NoBoxes final : public platform::IMessages {

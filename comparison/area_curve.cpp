@@ -1,12 +1,12 @@
 #include "comparison/area_curve.h"
 
-#include "engine/kernel_reach.h"
 #include "comparison/convex_hull.h"
 #include "comparison/kernel_sum.h"
 #include "comparison/minimum_convex_polygon.h"
 #include "comparison/permutation.h"
 #include "comparison/quantile.h"
 #include "comparison/volume_range.h"
+#include "engine/kernel_reach.h"
 
 #include <algorithm>
 #include <cmath>
@@ -110,7 +110,7 @@ private:
 
 /// The grid of all fixes, wide enough for the bandwidth of the fewest.
 platform::RasterGeometry kernel_grid(std::span<const Point> fixes, const CurveSettings& settings) {
-    const platform::Extent extent = platform::BoundsOf(fixes);
+    const platform::Extent extent = platform::bounds_of(fixes);
     const double smallest = settings.Bandwidth > 0.0 ? settings.Bandwidth : reference_bandwidth(fixes);
     const double growth = std::pow(
         static_cast<double>(fixes.size()) / static_cast<double>(std::min(settings.First, fixes.size())), 1.0 / 6);

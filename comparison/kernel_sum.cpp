@@ -1,7 +1,7 @@
 #include "comparison/kernel_sum.h"
 
-#include "engine/kernel_reach.h"
 #include "engine/kernel_accumulation.h"
+#include "engine/kernel_reach.h"
 #include "engine/numeric.h"
 #include "platform/runtime_error.h"
 
@@ -59,7 +59,7 @@ double round_size(int number) {
 
 bool have_spread(std::span<const platform::Point> fixes) {
     constexpr double kRounding = 1e-12;
-    const platform::Extent extent = platform::BoundsOf(fixes);
+    const platform::Extent extent = platform::bounds_of(fixes);
     if (extent.IsEmpty()) return false;
     const double size =
         std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});

@@ -138,7 +138,7 @@ bool has_pair_distances(std::span<const platform::Point> points) {
         return false;
     for (const platform::Point& point : points)
         if (!std::isfinite(point.X) || !std::isfinite(point.Y)) return false;
-    const platform::Extent bounds = platform::BoundsOf(points);
+    const platform::Extent bounds = platform::bounds_of(points);
     return std::isfinite(bounds.Width() * bounds.Width() + bounds.Height() * bounds.Height());
 }
 
@@ -164,7 +164,7 @@ double score_of(Criterion criterion, double pairSum, std::size_t count, double b
 
 SearchScores search_scores(Criterion criterion, std::span<const platform::Point> points,
                            std::span<const double> bandwidths, WorkClock& clock) {
-    const platform::Extent bounds = platform::BoundsOf(points);
+    const platform::Extent bounds = platform::bounds_of(points);
     SearchScores scores;
     scores.Values.assign(bandwidths.size(), 0.0);
     std::vector<std::size_t> rows;

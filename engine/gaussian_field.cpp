@@ -100,7 +100,7 @@ GaussianField::GaussianField(double bandwidth)
 
 bool GaussianField::MomentsPay(std::span<const platform::Point> sources,
                                std::span<const platform::Point> targets) const {
-    platform::Extent extent = platform::BoundsOf(sources);
+    platform::Extent extent = platform::bounds_of(sources);
     const double side = 2.0 * m_bandwidth;
     const double boxes = std::ceil(extent.Width() / side + 1.0) * std::ceil(extent.Height() / side + 1.0);
     const auto count = static_cast<double>(sources.size());
@@ -136,7 +136,7 @@ void GaussianField::AddDirectly(std::span<const platform::Point> sources, std::s
 
 void GaussianField::AddByMoments(std::span<const platform::Point> sources, std::span<const platform::Point> targets,
                                  std::span<double> sums, WorkClock& clock) const {
-    platform::Extent extent = platform::BoundsOf(sources);
+    platform::Extent extent = platform::bounds_of(sources);
     for (const platform::Point& target : targets) extent.Include(target);
     Boxes boxes(extent, m_bandwidth);
     for (const platform::Point& source : sources) boxes.AddSource(source);

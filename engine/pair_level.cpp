@@ -109,7 +109,7 @@ void PairLevel::AddSpectrum(std::span<const platform::Point> points, WorkClock& 
 
 void PairLevel::AddHalfSpectrum(std::span<const platform::Point> owners, std::span<const platform::Point> others,
                                 WorkClock& clock) {
-    platform::Extent extent = platform::BoundsOf(owners);
+    platform::Extent extent = platform::bounds_of(owners);
     for (const platform::Point& point : others) extent.Include(point);
     const TransformBox box = BoxFor(extent);
     const double highest = highest_wave_of(m_criterion) / m_lowest;

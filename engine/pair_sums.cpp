@@ -76,7 +76,7 @@ struct TileChoice {
 };
 
 TileChoice choice_for(Criterion criterion, const Tile& tile, const Level& level) {
-    platform::Extent extent = platform::BoundsOf(tile.Owners);
+    platform::Extent extent = platform::bounds_of(tile.Owners);
     for (const platform::Point& point : tile.Margin) extent.Include(point);
     const auto owners = static_cast<double>(tile.Owners.size());
     const auto margin = static_cast<double>(tile.Margin.size());
@@ -87,7 +87,7 @@ TileChoice choice_for(Criterion criterion, const Tile& tile, const Level& level)
 }
 
 double cost_of_tiles(Criterion criterion, std::span<const platform::Point> points, std::span<const double> bandwidths) {
-    const platform::Extent extent = platform::BoundsOf(points);
+    const platform::Extent extent = platform::bounds_of(points);
     double cost = 0.0;
     for (const Level& level : levels_of(criterion, bandwidths, kRatioOfTiles)) {
         if (std::max(extent.Width(), extent.Height()) / level.Side > kMostTilesAcross)
@@ -114,7 +114,7 @@ void append(const PairLevel& sums, std::span<const double> bandwidths, std::vect
 
 double cost_of_spectra(Criterion criterion, std::span<const platform::Point> points,
                        std::span<const double> bandwidths) {
-    const platform::Extent extent = platform::BoundsOf(points);
+    const platform::Extent extent = platform::bounds_of(points);
     double cost = 0.0;
     for (const Level& level : levels_of(criterion, bandwidths, kRatioOfSpectrum)) {
         const double cells = cells_of_spectrum(criterion, extent, level.Bandwidths.front(), level.Bandwidths.back());

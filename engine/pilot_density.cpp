@@ -20,7 +20,7 @@ constexpr double kTileSide = 64.0;
 constexpr double kMostTilesAcross = 1e15;
 
 bool can_be_tiled(std::span<const platform::Point> points, double side) {
-    const platform::Extent extent = platform::BoundsOf(points);
+    const platform::Extent extent = platform::bounds_of(points);
     return std::max(extent.Width(), extent.Height()) / side < kMostTilesAcross;
 }
 

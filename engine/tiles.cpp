@@ -18,7 +18,7 @@ struct Placed {
 };
 
 std::vector<Placed> placed_by_square(std::span<const platform::Point> points, double side) {
-    const platform::Extent extent = platform::BoundsOf(points);
+    const platform::Extent extent = platform::bounds_of(points);
     std::vector<Placed> placed;
     placed.reserve(points.size());
     for (const platform::Point& point : points) {

@@ -38,17 +38,17 @@ std::size_t prefix_bytes(const std::string& text, std::size_t count) {
     return text.size();
 }
 
-std::string degrees_notice(const std::optional<platform::UtmPlan>& plan) {
+std::string degrees_notice(const std::optional<platform::UtmTarget>& target) {
     const std::string degrees =
         "This layer is in degrees. Cell size, bandwidths and areas need metres or another unit of length. ";
-    if (!plan)
+    if (!target)
         return degrees +
                "It has no UTM zone (no points, or too close to a pole): please reproject it to a coordinate "
                "system of your choice.";
-    std::string notice = degrees + "Its UTM zone is " + plan->Name() + " (" + plan->Code() + ").";
-    if (plan->SpansZones())
-        notice += " Its points reach from zone " + std::to_string(plan->WesternZone) + " to zone " +
-                  std::to_string(plan->EasternZone) + ": far from zone " + std::to_string(plan->Zone) +
+    std::string notice = degrees + "Its UTM zone is " + target->Name() + " (" + target->Code() + ").";
+    if (target->SpansZones())
+        notice += " Its points reach from zone " + std::to_string(target->WesternZone) + " to zone " +
+                  std::to_string(target->EasternZone) + ": far from zone " + std::to_string(target->Zone) +
                   " distances are distorted.";
     return notice;
 }
@@ -138,7 +138,7 @@ void frmKDE::FillIdFields() {
 
 void frmKDE::NoticeDegrees(const platform::Layer& layer) {
     if (m_services.Reprojection == nullptr || !layer.Feature->FeatureClass()->Reference().IsGeographic) return;
-    m_utm = m_services.Reprojection->Plan(layer);
+    m_utm = m_services.Reprojection->Target(layer);
     enable(btnReproject, m_utm.has_value());
     lblDegrees.Caption = degrees_notice(m_utm);
 }

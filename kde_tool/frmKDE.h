@@ -318,8 +318,8 @@ private:
     analysis::RunOutcome m_lastRun = analysis::RunOutcome::kNone;
     analysis::SummaryTable m_summary{m_services};
     std::vector<analysis::IRunObserver*> m_observers = {&m_summary};
-    std::optional<platform::UtmPlan> m_utm;  ///< for the chosen layer when it is in degrees
-    FixesChoice m_hrefChoice{};              ///< for which the reference bandwidths were computed
+    std::optional<platform::UtmTarget> m_utm;  ///< for the chosen layer when it is in degrees
+    FixesChoice m_hrefChoice{};                ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;
     bool m_plotting = false;
     std::vector<analysis::IndependenceRow> m_independence;

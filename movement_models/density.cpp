@@ -228,7 +228,7 @@ void add_density(std::span<const Point> fixes, std::span<const double> weights, 
 
 RasterGeometry grid_around(std::span<const Point> fixes, const Matrix2& covariance, double cellSize,
                            double deviations) {
-    const platform::Extent extent = platform::BoundsOf(fixes);
+    const platform::Extent extent = platform::bounds_of(fixes);
     const double reachX = deviations * std::sqrt(covariance.XX);
     const double reachY = deviations * std::sqrt(covariance.YY);
     const double left = std::floor((extent.XMin - reachX) / cellSize);

@@ -2,7 +2,7 @@
 
 namespace wxl::platform {
 
-bool IsFailure(const MessageBox& box) {
+bool is_failure(const MessageBox& box) {
     return box.Kind == BoxKind::kFault || box.Kind == BoxKind::kRefusal;
 }
 

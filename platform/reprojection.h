@@ -8,7 +8,7 @@ namespace wxl::platform {
 
 /// Where a layer in degrees belongs: the zone of the Universal Transverse Mercator grid at the centre of its extent,
 /// and the zones that its features reach.
-struct UtmPlan {
+struct UtmTarget {
     int Zone = 1;
     bool South = false;
     int WesternZone = 1;  ///< of the westernmost feature
@@ -24,14 +24,14 @@ class IReprojection {
 public:
     virtual ~IReprojection() = default;
 
-    /// The plan for a layer in degrees; nothing when it has no features, or lies beyond 84 N and 80 S where there are
+    /// The zone for a layer in degrees; nothing when it has no features, or lies beyond 84 N and 80 S where there are
     /// no zones.
-    virtual std::optional<UtmPlan> Plan(const Layer& layer) = 0;
+    virtual std::optional<UtmTarget> Target(const Layer& layer) = 0;
 
-    /// Writes a copy of the layer in the planned zone (WGS 84), with its object IDs, cells, order, selection and looks,
+    /// Writes a copy of the layer in that zone (WGS 84), with its object IDs, cells, order, selection and looks,
     /// adds it to the map and returns its name, which no other layer has. RuntimeError when it cannot be written, or
     /// when a feature cannot be projected: then nothing is left behind.
-    virtual std::string AddUtmCopy(const Layer& layer, const UtmPlan& plan) = 0;
+    virtual std::string AddUtmCopy(const Layer& layer, const UtmTarget& target) = 0;
 };
 
 }  // namespace wxl::platform

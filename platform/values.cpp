@@ -33,7 +33,7 @@ void Extent::Include(const Point& point) {
     YMax = std::max(YMax, point.Y);
 }
 
-Extent BoundsOf(std::span<const Point> points) {
+Extent bounds_of(std::span<const Point> points) {
     Extent bounds;
     for (const Point& point : points) bounds.Include(point);
     return bounds;

@@ -30,7 +30,7 @@ struct Extent {
 };
 
 /// The box around points; empty without any.
-Extent BoundsOf(std::span<const Point> points);
+Extent bounds_of(std::span<const Point> points);
 
 /// Shape type codes of feature classes.
 enum class ShapeType : std::int32_t { kNull = 0, kPoint = 1, kPolyline = 3, kPolygon = 4 };

@@ -33,7 +33,7 @@ std::vector<std::vector<Point>> scaled(std::span<const platform::ContourLine> li
 }
 
 bool is_speck(std::span<const Point> line, double tolerance) {
-    const platform::Extent bounds = platform::BoundsOf(line);
+    const platform::Extent bounds = platform::bounds_of(line);
     return bounds.Width() < tolerance && bounds.Height() < tolerance;
 }
 

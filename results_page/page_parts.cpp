@@ -200,7 +200,7 @@ std::string settings_section(const PageRun& run) {
            settings_row("Animal ID field", settings.IdField) +
            settings_row("Fixes", !settings.Where.empty() ? "where " + settings.Where
                                  : settings.SelectedOnly ? "the selected ones"
-                                                       : "all") +
+                                                         : "all") +
            settings_row("Coordinate system", reference_text(run)) +
            settings_row("Kernel", std::string("bivariate normal, ") + (settings.FixedKernel ? "fixed" : "adaptive")) +
            settings_row("Bandwidth", estimator_text(settings)) +
@@ -208,9 +208,10 @@ std::string settings_section(const PageRun& run) {
            settings_row("Rescaled to unit variance", settings.Rescale ? "yes" : "no") +
            settings_row("Cell size", NumberText(run.Wanted.Cells.Typed) + " " + length_unit(run)) +
            settings_row("Scaling factor", settings.ScalingFactor.Text) +
-           settings_row("Extent of the rasters", extent_text(run)) + settings_row("Isopleths", isopleth_text(settings)) +
-           settings_row("Output folder", run.Folder.string()) + settings_row("Raster prefix", settings.Prefix) +
-           settings_row("Raster format", run.Wanted.RasterFormat) + "</tbody></table>\n</section>\n";
+           settings_row("Extent of the rasters", extent_text(run)) +
+           settings_row("Isopleths", isopleth_text(settings)) + settings_row("Output folder", run.Folder.string()) +
+           settings_row("Raster prefix", settings.Prefix) + settings_row("Raster format", run.Wanted.RasterFormat) +
+           "</tbody></table>\n</section>\n";
 }
 
 std::string repeat_section(const PageRun& run, const std::string& command) {

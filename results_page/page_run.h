@@ -1,8 +1,8 @@
 #pragma once
 // What a page is made from: values of the run and its records. The datasets are read back from the output folder.
 
-#include "analysis/settings.h"
 #include "analysis/record.h"
+#include "analysis/settings.h"
 #include "platform/clock.h"
 #include "platform/values.h"
 

@@ -2,6 +2,7 @@
 
 #include "analysis/animal_run.h"
 #include "analysis/output_names.h"
+#include "platform/boxes.h"
 #include "results_page/animal_section.h"
 #include "results_page/animal_table.h"
 #include "results_page/page_parts.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <memory>
 #include <utility>
-#include "platform/boxes.h"
 
 namespace wxl::results_page {
 namespace {

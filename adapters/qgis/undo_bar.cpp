@@ -49,9 +49,7 @@ QString mixed_animals(QgsVectorLayer& layer, bool selectedOnly) {
     while (rows.Next(row))
         if (!row.attribute(column).isNull()) areTracks = ++fixes[row.attribute(column).toString()] > 1 || areTracks;
     if (fixes.size() < 2 || !areTracks) return {};
-    return QObject::tr(" %1 animals (field %2) taken as one.")
-        .arg(fixes.size())
-        .arg(layer.fields().at(column).name());
+    return QObject::tr(" %1 animals (field %2) taken as one.").arg(fixes.size()).arg(layer.fields().at(column).name());
 }
 
 QgsVectorLayer* highlighted(const Desktop& desktop) {

@@ -138,7 +138,7 @@ void write_copy(QgsVectorLayer& layer, const QgsCoordinateReferenceSystem& crs, 
 
 }  // namespace
 
-std::optional<platform::UtmPlan> UtmCopies::Plan(const platform::Layer& layer) {
+std::optional<platform::UtmTarget> UtmCopies::Target(const platform::Layer& layer) {
     const auto extent = extent_of(layer_named(layer.Name));
     if (!extent) return std::nullopt;
     const double middle = (extent->South + extent->North) / 2.0;
@@ -146,15 +146,15 @@ std::optional<platform::UtmPlan> UtmCopies::Plan(const platform::Layer& layer) {
     const auto western = files::utm_zone_of({extent->West, middle});
     const auto eastern = files::utm_zone_of({extent->East, middle});
     if (!zone || !western || !eastern) return std::nullopt;
-    return platform::UtmPlan{zone->Number, zone->South, western->Number, eastern->Number};
+    return platform::UtmTarget{zone->Number, zone->South, western->Number, eastern->Number};
 }
 
-std::string UtmCopies::AddUtmCopy(const platform::Layer& layer, const platform::UtmPlan& plan) {
+std::string UtmCopies::AddUtmCopy(const platform::Layer& layer, const platform::UtmTarget& target) {
     QgsVectorLayer& source = layer_named(layer.Name);
     require_no_edits(source);
-    const QgsCoordinateReferenceSystem crs(ToQString(plan.Code()));
+    const QgsCoordinateReferenceSystem crs(ToQString(target.Code()));
     QString path;
-    const QString name = free_name(QStringLiteral("%1 UTM %2").arg(source.name(), ToQString(plan.Name())),
+    const QString name = free_name(QStringLiteral("%1 UTM %2").arg(source.name(), ToQString(target.Name())),
                                    QDir(folder_for_copy(source)), path);
     // The file gets its name when it is whole.
     const QString unfinished = QFileInfo(path).dir().filePath(QStringLiteral(".wxl_%1.gpkg").arg(::getpid()));

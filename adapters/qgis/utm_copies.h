@@ -11,8 +11,8 @@ class UtmCopies final : public platform::IReprojection {
 public:
     explicit UtmCopies(Desktop desktop) : m_desktop(std::move(desktop)) {}
 
-    std::optional<platform::UtmPlan> Plan(const platform::Layer& layer) override;
-    std::string AddUtmCopy(const platform::Layer& layer, const platform::UtmPlan& plan) override;
+    std::optional<platform::UtmTarget> Target(const platform::Layer& layer) override;
+    std::string AddUtmCopy(const platform::Layer& layer, const platform::UtmTarget& target) override;
 
 private:
     Desktop m_desktop;

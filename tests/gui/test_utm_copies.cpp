@@ -70,11 +70,12 @@ protected:
         return *layer;
     }
 
-    std::string PlanOf(const std::vector<QgsPointXY>& positions) {
+    std::string ZonesOf(const std::vector<QgsPointXY>& positions) {
         QgsProject::instance()->clear();
-        const auto plan = m_copies.Plan(FromQgsLayer(AddDegrees(positions)));
-        if (!plan) return "none";
-        return plan->Name() + " of " + std::to_string(plan->WesternZone) + " to " + std::to_string(plan->EasternZone);
+        const auto target = m_copies.Target(FromQgsLayer(AddDegrees(positions)));
+        if (!target) return "none";
+        return target->Name() + " of " + std::to_string(target->WesternZone) + " to " +
+               std::to_string(target->EasternZone);
     }
 
     std::vector<std::string> FilesIn() const {
@@ -89,14 +90,14 @@ protected:
 };
 
 TEST_F(UtmCopiesTest, The_zone_is_that_of_the_middle_of_the_extent) {
-    EXPECT_EQ(PlanOf({{9.0, 48.0}, {9.5, 47.0}}), "32N of 32 to 32");
-    EXPECT_EQ(PlanOf({{31.5, -24.0}, {31.6, -25.0}}), "36S of 36 to 36");
-    EXPECT_EQ(PlanOf({{5.0, 48.0}, {13.5, 47.0}}), "32N of 31 to 33");
-    EXPECT_EQ(PlanOf({{30.0, 1.0}, {31.0, -2.0}}), "36S of 36 to 36");
-    EXPECT_EQ(PlanOf({{179.0, 60.0}, {-177.5, 61.0}, {-178.0, 62.0}}), "1N of 60 to 1") << "over the 180th meridian";
-    EXPECT_EQ(PlanOf({{359.0, 50.0}, {1.0, 50.0}}), "31N of 30 to 31") << "longitudes up to 360";
-    EXPECT_EQ(PlanOf({{0.0, 85.0}}), "none");
-    EXPECT_EQ(PlanOf({}), "none");
+    EXPECT_EQ(ZonesOf({{9.0, 48.0}, {9.5, 47.0}}), "32N of 32 to 32");
+    EXPECT_EQ(ZonesOf({{31.5, -24.0}, {31.6, -25.0}}), "36S of 36 to 36");
+    EXPECT_EQ(ZonesOf({{5.0, 48.0}, {13.5, 47.0}}), "32N of 31 to 33");
+    EXPECT_EQ(ZonesOf({{30.0, 1.0}, {31.0, -2.0}}), "36S of 36 to 36");
+    EXPECT_EQ(ZonesOf({{179.0, 60.0}, {-177.5, 61.0}, {-178.0, 62.0}}), "1N of 60 to 1") << "over the 180th meridian";
+    EXPECT_EQ(ZonesOf({{359.0, 50.0}, {1.0, 50.0}}), "31N of 30 to 31") << "longitudes up to 360";
+    EXPECT_EQ(ZonesOf({{0.0, 85.0}}), "none");
+    EXPECT_EQ(ZonesOf({}), "none");
 }
 
 TEST_F(UtmCopiesTest, A_copy_keeps_object_IDs_cells_order_and_selection) {

@@ -32,7 +32,7 @@ platform::Answer FeedbackMessages::Show(const platform::MessageBox& box) {
         m_feedback.pushInfo(text + QStringLiteral("\nAnswer: ") + QLatin1String(name_of(answer)));
         return answer;
     }
-    if (platform::IsFailure(box)) {
+    if (platform::is_failure(box)) {
         ++m_faults;
         m_lastFault = text;
         m_feedback.reportError(text);

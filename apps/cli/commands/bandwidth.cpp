@@ -1,12 +1,12 @@
 #include "apps/cli/commands/bandwidth.h"
 
+#include "analysis/animal_fixes.h"
+#include "analysis/diagnosis.h"
 #include "apps/cli/console_messages.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
 #include "engine/clsKernelCalculator.h"
-#include "analysis/animal_fixes.h"
-#include "analysis/diagnosis.h"
 #include "pictures/profile_picture.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -49,7 +49,7 @@ std::optional<double> if_positive(double value) {
 /// spread even where all are the same.
 bool has_spread(const std::vector<platform::Point>& fixes) {
     constexpr double kRounding = 1e-12;
-    const platform::Extent extent = platform::BoundsOf(fixes);
+    const platform::Extent extent = platform::bounds_of(fixes);
     const double size =
         std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});
     return !extent.IsEmpty() && std::max(extent.Width(), extent.Height()) > kRounding * size;

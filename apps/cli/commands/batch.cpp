@@ -153,7 +153,7 @@ int run_batch_plan(const BatchPlanOptions& options, Console& console) {
     prepare_output(options.Run, session.Form());
     std::optional<batch::Plan> plan;
     session.Form().HandOver([&](const analysis::PreparedRun& run) {
-        plan = batch::plan_batch(session.Services(), run, wishes_of(options.Run, options.Tasks));
+        plan = batch::plan_batch(session.Services(), run, plan_wishes_of(options.Run, options.Tasks));
     });
     console.EndProgress();
     if (!plan) return exit_code::kFailed;

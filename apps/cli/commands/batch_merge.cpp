@@ -1,11 +1,11 @@
+#include "analysis/ending.h"
+#include "analysis/summary_table.h"
 #include "apps/cli/batch_session.h"
 #include "apps/cli/batch_tasks.h"
 #include "apps/cli/commands/batch.h"
 #include "batch/merge.h"
 #include "batch/planner.h"
 #include "batch/task_state.h"
-#include "analysis/ending.h"
-#include "analysis/summary_table.h"
 #include "results_page/results_page.h"
 
 #include <CLI/CLI.hpp>

@@ -1,8 +1,8 @@
 #include "apps/cli/commands/info.h"
 
+#include "analysis/animal_fixes.h"
 #include "apps/cli/animal_tracks.h"
 #include "apps/cli/json_values.h"
-#include "analysis/animal_fixes.h"
 #include "platform/text.h"
 #include "tracking_times/timestamps.h"
 

@@ -1,15 +1,15 @@
 #include "apps/cli/commands/kde.h"
 
 #include "adapters/ogr/ogr_source.h"
+#include "analysis/analysis.h"
+#include "analysis/ending.h"
 #include "apps/cli/batch_tasks.h"
-#include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_dry_run.h"
+#include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/stop_signals.h"
 #include "batch/merge.h"
-#include "analysis/analysis.h"
-#include "analysis/ending.h"
 #include "platform/text.h"
 #include "results_page/results_page.h"
 
@@ -135,7 +135,7 @@ int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console&
 namespace {
 
 /// Names that are taken are refused by a box, which knows nothing of options.
-void tell_refusal(kde_tool::frmKDE& form, analysis::RunOutcome outcome, Console& console) {
+void report_refusal(kde_tool::frmKDE& form, analysis::RunOutcome outcome, Console& console) {
     if (outcome == analysis::RunOutcome::kRefused && !taken_names(form).empty()) advise_on_names(console);
 }
 
@@ -145,12 +145,12 @@ int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& 
     const platform::Services& services = session.Services();
     std::optional<batch::Plan> plan;
     const analysis::RunOutcome planned = form.HandOver([&](const analysis::PreparedRun& run) {
-        plan = batch::plan_batch(services, run, wishes_of(options, options.Jobs * kTasksPerJob));
+        plan = batch::plan_batch(services, run, plan_wishes_of(options, options.Jobs * kTasksPerJob));
     });
     console.EndProgress();
     if (!plan) {
         output.Finish(planned);
-        tell_refusal(form, planned, console);
+        report_refusal(form, planned, console);
         return exit_code_of(planned, output, console);
     }
     if (!run_tasks_here(services, *plan, open_tasks(services, *plan), options.Jobs, console)) return exit_code::kFailed;
@@ -167,7 +167,7 @@ int run_here(KdeSession& session, KdeOutput& output, Console& console) {
     form.btnOK_Click();
     console.EndProgress();
     output.Finish(form.LastRun());
-    tell_refusal(form, form.LastRun(), console);
+    report_refusal(form, form.LastRun(), console);
     return exit_code_of(form.LastRun(), output, console);
 }
 
@@ -192,7 +192,7 @@ void register_kde(CLI::App& command, KdeOptions& options) {
     command.footer(kFooter);
 }
 
-batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks) {
+batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks) {
     return {.Program = "wxl " WXL_VERSION,
             .Input = files::split_input(options.Points.Input, sources_of(options.Points.AllowIndirect)).first,
             .Tasks = tasks};

@@ -1,9 +1,9 @@
 #pragma once
+#include "analysis/record.h"
+#include "analysis/summary_table.h"
 #include "apps/cli/console.h"
 #include "apps/cli/console_messages.h"
 #include "apps/cli/input_layer.h"
-#include "analysis/record.h"
-#include "analysis/summary_table.h"
 #include "batch/planner.h"
 #include "results_page/results_page.h"
 
@@ -57,7 +57,7 @@ void add_kde_options(CLI::App& command, KdeOptions& options);
 void register_kde(CLI::App& command, KdeOptions& options);
 
 /// What a batch of the run's is to be, in `tasks` tasks (0: as many as is usual).
-batch::PlanWishes wishes_of(const KdeOptions& options, std::size_t tasks);
+batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks);
 
 /// The exit code of a run whose own is `code`, with its summary and page, where the page stands is printed.
 int with_extras(int code, const analysis::SummaryTable& summary, const results_page::ResultsPage& page, bool json,

@@ -80,13 +80,13 @@ Json json_of(const ComingDistribution& coming, BandwidthMethod method) {
             {"failure", coming.Failure.empty() ? Json() : Json(coming.Failure)}};
 }
 
-void tell_without_id(std::int64_t count, const std::string& field, Console& console) {
+void report_without_id(std::int64_t count, const std::string& field, Console& console) {
     if (count == 0) return;
     console.Problem(fmt::format("wxl: {} no value in the field {} and will be left out",
                                 count == 1 ? "1 point has" : fmt::format("{} points have", count), field));
 }
 
-void tell_taken(const std::vector<std::string>& names, Console& console) {
+void report_taken(const std::vector<std::string>& names, Console& console) {
     if (names.empty()) return;
     console.Problem(
         fmt::format("wxl: the run will be refused, because the output folder holds {}", fmt::join(names, ", ")));
@@ -153,9 +153,10 @@ int print_dry_run(frmKDE& form, const DryRunOptions& options, Console& console) 
     if (options.Json)
         console.Text(
             json_text(Json{{"animals", animals}, {"points_without_id", fixes.WithoutId}, {"names_taken", taken}}));
-    tell_without_id(fixes.WithoutId, settings.IdField, console);
-    tell_taken(taken, console);
-    const bool hopeless = std::ranges::all_of(distributions, [](const auto& coming) { return !coming.Failure.empty(); });
+    report_without_id(fixes.WithoutId, settings.IdField, console);
+    report_taken(taken, console);
+    const bool hopeless =
+        std::ranges::all_of(distributions, [](const auto& coming) { return !coming.Failure.empty(); });
     if (hopeless) console.Problem("wxl: no distribution can be computed in this way");
     return hopeless || !taken.empty() ? exit_code::kFailed : exit_code::kDone;
 }

@@ -1,10 +1,10 @@
 #include "apps/cli/commands/kde_output.h"
 
-#include "isopleths/clsHISO.h"
 #include "analysis/animal_run.h"
 #include "analysis/diagnosis.h"
 #include "analysis/output_names.h"
 #include "analysis/summary_rows.h"
+#include "isopleths/clsHISO.h"
 #include "platform/text.h"
 
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
+#include "analysis/record.h"
 #include "apps/cli/console.h"
 #include "apps/cli/json_values.h"
 #include "kde_tool/frmKDE.h"
-#include "analysis/record.h"
 
 #include <filesystem>
 #include <string>

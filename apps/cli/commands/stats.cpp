@@ -1,9 +1,9 @@
 #include "apps/cli/commands/stats.h"
 
+#include "analysis/fix_times.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/text_output.h"
 #include "apps/cli/tool_session.h"
-#include "analysis/fix_times.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"

@@ -1,12 +1,12 @@
 #pragma once
 // A batch over a small map in memory.
 
+#include "analysis/analysis.h"
 #include "batch/merge.h"
 #include "batch/planner.h"
 #include "batch/point_store.h"
 #include "batch/task_run.h"
 #include "batch/task_state.h"
-#include "analysis/analysis.h"
 #include "platform/runtime_error.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 

@@ -93,8 +93,9 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     EXPECT_THAT(plan.Tasks[0].Work, ElementsAre(0U, 2U, 3U));
     EXPECT_EQ(plan.Tasks[1].Seconds, 9.0);
     EXPECT_EQ(plan.ReportHead, Made.ReportHead);
-    EXPECT_THAT(datasets_of(plan, 3), ElementsAre(analysis::Dataset{analysis::DatasetKind::kRaster, "K7_b2"},
-                                                  analysis::Dataset{analysis::DatasetKind::kPolygons, "K7_b2_iso_poly"}));
+    EXPECT_THAT(datasets_of(plan, 3),
+                ElementsAre(analysis::Dataset{analysis::DatasetKind::kRaster, "K7_b2"},
+                            analysis::Dataset{analysis::DatasetKind::kPolygons, "K7_b2_iso_poly"}));
 }
 
 TEST_F(PlanTest, A_folder_without_one_is_told_how_to_make_one) {
@@ -149,10 +150,9 @@ TEST_F(PlanTest, Numbers_that_no_run_could_work_with_are_refused) {
                         HasSubstr("which cannot be"))
                 << member << number;
         for (const char* member : {"proportions", "percentages"})
-            EXPECT_THAT(FaultAfter([&](Json& json) {
-                            json["frame"]["settings"][member]["values"] = Json::array({number});
-                        }),
-                        HasSubstr("which cannot be"))
+            EXPECT_THAT(
+                FaultAfter([&](Json& json) { json["frame"]["settings"][member]["values"] = Json::array({number}); }),
+                HasSubstr("which cannot be"))
                 << member << number;
         for (const char* member : {"seconds", "megabytes"})
             EXPECT_THAT(FaultAfter([&](Json& json) { json["tasks"][0][member] = number; }),

@@ -25,7 +25,9 @@ struct RecordKeeper final : analysis::IRunObserver {
     std::vector<std::size_t> Begun;  ///< animals of each run that began
     std::vector<analysis::AnimalRecord> Records;
     std::vector<analysis::RunOutcome> Ended;
-    void RunBegins(const analysis::RunFrame&, const analysis::GroupedFixes& animals) override { Begun.push_back(animals.Animals.size()); }
+    void RunBegins(const analysis::RunFrame&, const analysis::GroupedFixes& animals) override {
+        Begun.push_back(animals.Animals.size());
+    }
     void AnimalDone(const analysis::AnimalRecord& record) override { Records.push_back(record); }
     void RunEnds(analysis::RunOutcome outcome) override { Ended.push_back(outcome); }
 };

@@ -28,9 +28,9 @@ protected:
         Map().AddLayer(memory::layer_of(layers.back()));
     }
 
-    std::optional<platform::UtmPlan> Plan(const platform::Layer&) override { return plan; }
+    std::optional<platform::UtmTarget> Target(const platform::Layer&) override { return target; }
 
-    std::string AddUtmCopy(const platform::Layer& layer, const platform::UtmPlan& wanted) override {
+    std::string AddUtmCopy(const platform::Layer& layer, const platform::UtmTarget& wanted) override {
         if (fails) platform::Raise(platform::error_number::kDeviceIo, "The disk is full.");
         copied.push_back(layer.Name + " to " + wanted.Code());
         AddLayer("gps UTM", {"", "", "metre", 1.0, false});
@@ -48,7 +48,7 @@ protected:
         return services;
     }
 
-    std::optional<platform::UtmPlan> plan = platform::UtmPlan{32, false, 32, 32};
+    std::optional<platform::UtmTarget> target = platform::UtmTarget{32, false, 32, 32};
     std::vector<std::string> copied;
     bool fails = false;
     frmKDE aware{WithReprojection(), geodata};
@@ -72,7 +72,7 @@ TEST_F(ALayerInDegrees, Gets_a_notice_and_others_get_none) {
 }
 
 TEST_F(ALayerInDegrees, Is_told_when_it_reaches_over_several_zones) {
-    plan = platform::UtmPlan{33, true, 31, 35};
+    target = platform::UtmTarget{33, true, 31, 35};
     aware.Form_Load();
     ChooseLayer("gps");
     EXPECT_EQ(
@@ -83,7 +83,7 @@ TEST_F(ALayerInDegrees, Is_told_when_it_reaches_over_several_zones) {
 }
 
 TEST_F(ALayerInDegrees, Without_a_zone_has_no_button) {
-    plan.reset();
+    target.reset();
     aware.Form_Load();
     ChooseLayer("gps");
     EXPECT_EQ(
@@ -127,12 +127,12 @@ TEST_F(ALayerInDegrees, Goes_without_a_notice_where_there_is_no_map_to_add_to) {
     EXPECT_EQ(form.lblDegrees.Caption, "");
 }
 
-TEST(UtmPlan, Names_its_coordinate_system) {
-    EXPECT_EQ((platform::UtmPlan{7, false, 7, 7}.Code()), "EPSG:32607");
-    EXPECT_EQ((platform::UtmPlan{60, true, 60, 60}.Code()), "EPSG:32760");
-    EXPECT_EQ((platform::UtmPlan{60, true, 60, 60}.Name()), "60S");
-    EXPECT_FALSE((platform::UtmPlan{60, true, 60, 60}.SpansZones()));
-    EXPECT_TRUE((platform::UtmPlan{60, true, 60, 1}.SpansZones()));
+TEST(UtmTarget, Names_its_coordinate_system) {
+    EXPECT_EQ((platform::UtmTarget{7, false, 7, 7}.Code()), "EPSG:32607");
+    EXPECT_EQ((platform::UtmTarget{60, true, 60, 60}.Code()), "EPSG:32760");
+    EXPECT_EQ((platform::UtmTarget{60, true, 60, 60}.Name()), "60S");
+    EXPECT_FALSE((platform::UtmTarget{60, true, 60, 60}.SpansZones()));
+    EXPECT_TRUE((platform::UtmTarget{60, true, 60, 1}.SpansZones()));
 }
 
 }  // namespace
