@@ -33,7 +33,7 @@ void measure_losses(const engine::clsKernelCalculator& calculator, double radius
 }
 
 AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
-                       BandwidthMethod method) {
+                       const Settings& settings) {
     AnimalRecord record;
     record.Id = animal.Id;
     record.NamingId = animal.NamingId;
@@ -42,7 +42,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.Coincident = coincidence_of(animal.Fixes);
     record.Schoener = Schoener(animal.Fixes);
     record.SwihartSlade = SwihartSlade(animal.Fixes);
-    record.Method = method;
+    record.Method = settings.Method;
     record.Bandwidth = calculator.GetBandwidth();
     record.BandwidthMapUnits = calculator.GetScaledBandwidth();
     record.Href = calculator.GetHREF();
@@ -53,6 +53,8 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.Volume = calculator.GetKernelVolume();
     record.Status = calculator.lErrorStatus;
     record.Warnings = calculator.WarningMessages();
+    for (const double percent : settings.ConvexPercentages.Values)
+        record.ConvexPolygons.push_back(comparison::minimum_convex_polygon(animal.Fixes, percent));
     return record;
 }
 
@@ -96,7 +98,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     m_stages.Stage("Calculating kernel...");
     calculator.CalculateKernel();
 
-    record = record_of(calculator, animal, m_frame.Wanted.Method);
+    record = record_of(calculator, animal, m_frame.Wanted);
     record.Value = m_frame.Values.at(index);
     record.Adaptive = !m_frame.Wanted.FixedKernel;
     measure_losses(calculator, radius, m_frame.ScalingFactor(), record);

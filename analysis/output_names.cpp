@@ -90,6 +90,10 @@ std::string raster_name(const Settings& settings, const std::string& namingId, s
     return settings.Prefix + namingId + (isNumbered ? "_b" + std::to_string(number) : "");
 }
 
+std::string convex_polygon_name(const Settings& settings) {
+    return settings.Prefix + "mcp";
+}
+
 std::string isopleth_stem(const std::string& rasterName) {
     return rasterName + "_iso";
 }
@@ -126,6 +130,9 @@ std::vector<std::vector<Path>> standing_outputs(const platform::IFileSystem& fil
                                                 const Path& folder, std::span<const AnimalFixes> animals) {
     std::vector<std::vector<Path>> standing;
     ListedFolders listed(files);
+    if (!settings.ConvexPercentages.Values.empty())
+        if (auto found = listed.Of(folder).Shapefile(convex_polygon_name(settings)); !found.empty())
+            standing.push_back(std::move(found));
     for (const AnimalFixes& animal : animals)
         for (const auto& datasets : datasets_of(settings, animal))
             for (const Dataset& dataset : datasets) {
@@ -171,6 +178,9 @@ void delete_outputs(const platform::Services& services, const Settings& settings
     for (const AnimalFixes& animal : animals)
         if (!animal.Subfolder.empty()) platform::RefuseLink(*services.Folders, folder / animal.Subfolder);
     ListedFolders listed(*services.Files);
+    if (!settings.ConvexPercentages.Values.empty())
+        for (const Path& file : listed.Of(folder).Shapefile(convex_polygon_name(settings)))
+            services.Files->DeleteFile(file, true);
     for (const AnimalFixes& animal : animals) {
         const Path place = subfolder_in(folder, animal.Subfolder);
         const platform::FolderContents& contents = listed.Of(place);

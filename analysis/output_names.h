@@ -38,6 +38,9 @@ struct Dataset {
     friend bool operator==(const Dataset&, const Dataset&) = default;
 };
 
+/// Name of the shapefile of all animals' minimum convex polygons, before its extension.
+std::string convex_polygon_name(const Settings& settings);
+
 /// What stands behind the isopleth name of a raster in the names of its shapefiles.
 inline constexpr std::array<std::pair<DatasetKind, const char*>, 3> kIsoplethEndings = {
     {{DatasetKind::kLines, "_line"}, {DatasetKind::kPolygons, "_poly"}, {DatasetKind::kDonuts, "_donut"}}};
@@ -69,7 +72,8 @@ std::vector<std::vector<std::filesystem::path>> standing_outputs(const platform:
                                                                  std::span<const AnimalFixes> animals);
 
 /// What in the output folder keeps a run from starting, each with its sub-folder before it: rasters named prefix and
-/// naming ID, and whatever stands under a name that the run is to give, lone side files among them.
+/// naming ID, the shapefile of the minimum convex polygons, and whatever stands under a name that the run is to give,
+/// lone side files among them.
 std::vector<std::string> taken_names(const platform::Services& services, const Settings& settings,
                                      const std::filesystem::path& folder, std::span<const AnimalFixes> animals);
 

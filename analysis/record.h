@@ -3,6 +3,7 @@
 
 #include "analysis/coincidence.h"
 #include "analysis/settings.h"
+#include "comparison/minimum_convex_polygon.h"
 #include "engine/search_profile.h"
 #include "platform/values.h"
 
@@ -44,7 +45,8 @@ struct AnimalRecord {
     double LostAtEdge = 0.0;   ///< share of it within their reach, but beyond the raster's edge
     std::string RasterName;
     std::vector<IsoplethRecord> Isopleths;
-    std::optional<double> MaxEdgeValue;  ///< absent when no isopleths were made
+    std::vector<comparison::MinimumConvexPolygon> ConvexPolygons;  ///< one for each percentage asked for
+    std::optional<double> MaxEdgeValue;                            ///< absent when no isopleths were made
     bool EdgeWarning = false;
     std::optional<double> CutTo;      ///< share of the distribution on its raster, where the raster cuts it below 99 %
     std::int32_t Status = 0;          ///< the calculator's status, 0 when the distribution was computed

@@ -82,6 +82,7 @@ struct Settings {
     bool Lines = false;
     bool Polygons = false;
     bool Donuts = false;
+    TypedNumbers ConvexPercentages = {};  ///< of the fixes, a minimum convex polygon for each; empty: none are wanted
     bool Silent = false;
     bool Html = false;                    ///< a page of the results is wanted
     std::string RasterFormat = "GRID";    ///< or "GTiff"

@@ -139,6 +139,18 @@ std::string summary_rows(const AnimalRecord& record, const platform::SpatialRefe
     return rows;
 }
 
+std::string polygon_rows(const AnimalRecord& record, const platform::SpatialReference& reference) {
+    std::string rows;
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
+        const auto area = comparison::area_of(polygon);
+        const bool good = polygon.Status == comparison::PolygonStatus::kGood;
+        rows += line_of({platform::ValueText(record.Id), record.NamingId, std::to_string(record.SampleSize), "mcp", "",
+                         "", "", good ? "" : std::string(status_name(polygon.Status)), number(polygon.Percent), "",
+                         number(area), number(square_kilometres(area, reference)), "", "", raster_place(record), "0"});
+    }
+    return rows;
+}
+
 std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced) {
     std::string text = std::string(kSummaryHeader) + "\r\n";
     if (earlier.starts_with(kByteOrderMark)) earlier.remove_prefix(kByteOrderMark.size());

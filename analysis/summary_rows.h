@@ -33,6 +33,10 @@ std::optional<double> square_kilometres(std::optional<double> area, const platfo
 /// Rows of a record, each ended by CR LF: one for each isopleth, or one with empty percentage, level and areas.
 std::string summary_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
 
+/// A row of method "mcp" for each minimum convex polygon of the record, with percentage and area alone; its raster is
+/// the record's, so that a later run replaces it with that.
+std::string polygon_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
+
 /// `earlier` without the rows of `replaced` rasters, ended by CR LF; the header alone for an empty text. Rows are kept
 /// to the byte. Nothing when the text is not a summary: another header, or a quote that is never closed.
 std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced);

@@ -16,12 +16,15 @@ void SummaryTable::RunBegins(const RunFrame& frame, const GroupedFixes& /*animal
     m_file = file_in_folder(frame.Folder, kSummaryFile);
     m_reference = frame.Reference;
     m_rows.clear();
+    m_animal.clear();
     m_rasters.clear();
     m_failed = false;
 }
 
 void SummaryTable::AnimalDone(const AnimalRecord& record) {
     m_rows += summary_rows(record, m_reference);
+    if (record.NamingId != m_animal) m_rows += polygon_rows(record, m_reference);
+    m_animal = record.NamingId;
     m_rasters.insert(raster_place(record));
 }
 

@@ -35,6 +35,7 @@ private:
     std::filesystem::path m_file;
     platform::SpatialReference m_reference;
     std::string m_rows;
+    std::string m_animal;  ///< naming ID of the last distribution
     std::set<std::string> m_rasters;
     bool m_failed = false;
 };

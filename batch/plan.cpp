@@ -77,7 +77,7 @@ analysis::TypedNumbers typed_list_of(const Json& json) {
 Json json_of_settings(const Settings& settings) {
     const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, reach,
                  outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages, lines,
-                 polygons, donuts, silent, html, rasterFormat, animalsPerSubfolder] = settings;
+                 polygons, donuts, convexPercentages, silent, html, rasterFormat, animalsPerSubfolder] = settings;
     return {{"layer", json_of_text(layer)},
             {"where", json_of_text(where)},
             {"id_field", json_of_text(idField)},
@@ -101,6 +101,7 @@ Json json_of_settings(const Settings& settings) {
             {"lines", lines},
             {"polygons", polygons},
             {"donuts", donuts},
+            {"convex_percentages", json_of_typed(convexPercentages)},
             {"silent", silent},
             {"html", html},
             {"raster_format", rasterFormat},
@@ -136,6 +137,7 @@ Settings settings_of(const Json& json) {
     settings.Lines = json.at("lines").get<bool>();
     settings.Polygons = json.at("polygons").get<bool>();
     settings.Donuts = json.at("donuts").get<bool>();
+    settings.ConvexPercentages = typed_list_of(json.at("convex_percentages"));
     settings.Silent = json.at("silent").get<bool>();
     settings.Html = json.at("html").get<bool>();
     settings.RasterFormat = json.at("raster_format").get<std::string>();

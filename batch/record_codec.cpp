@@ -73,6 +73,35 @@ Enumeration enumeration_of(const Json& json, Enumeration last) {
     return static_cast<Enumeration>(whole_of(json, 0, static_cast<std::int64_t>(last)));
 }
 
+Json json_of_polygons(const std::vector<comparison::MinimumConvexPolygon>& polygons) {
+    Json json = Json::array();
+    for (const comparison::MinimumConvexPolygon& polygon : polygons) {
+        Json corners = Json::array();
+        for (const platform::Point& corner : polygon.Corners) {
+            corners.push_back(json_of_double(corner.X));
+            corners.push_back(json_of_double(corner.Y));
+        }
+        json.push_back({json_of_double(polygon.Percent), json_of_enumeration(polygon.Status),
+                        json_of_double(polygon.Area), polygon.Kept, std::move(corners)});
+    }
+    return json;
+}
+
+std::vector<comparison::MinimumConvexPolygon> polygons_of(const Json& json) {
+    std::vector<comparison::MinimumConvexPolygon> polygons;
+    for (const Json& one : json) {
+        comparison::MinimumConvexPolygon& polygon = polygons.emplace_back();
+        polygon.Percent = double_of(one.at(0));
+        polygon.Status = enumeration_of(one.at(1), comparison::PolygonStatus::kNoArea);
+        polygon.Area = double_of(one.at(2));
+        polygon.Kept = static_cast<std::size_t>(whole_of(one.at(3), 0, INT64_MAX));
+        const Json& corners = one.at(4);
+        for (std::size_t i = 0; i < corners.size(); i += 2)
+            polygon.Corners.push_back({double_of(corners.at(i)), double_of(corners.at(i + 1))});
+    }
+    return polygons;
+}
+
 Json json_of_box(const platform::MessageBox& box) {
     return {{"text", json_of_text(box.Text)},
             {"title", json_of_text(box.Title)},
@@ -106,8 +135,8 @@ BandwidthMethod method_of_text(const std::string& text) {
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, grid, volume, adaptive, reach, beyondReach, lostAtEdge,
-                 rasterName, isopleths, maxEdgeValue, edgeWarning, cutTo, status, isoplethStatus, warnings, reason,
-                 files] = record;
+                 rasterName, isopleths, convexPolygons, maxEdgeValue, edgeWarning, cutTo, status, isoplethStatus,
+                 warnings, reason, files] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -135,6 +164,7 @@ Json json_of_record(const AnimalRecord& record) {
             {"lost_at_edge", json_of_double(lostAtEdge)},
             {"raster", json_of_text(rasterName)},
             {"isopleths", json_of_isopleths(isopleths)},
+            {"convex_polygons", json_of_polygons(convexPolygons)},
             {"max_edge_value", json_of_optional(maxEdgeValue)},
             {"edge_warning", edgeWarning},
             {"cut_to", json_of_optional(cutTo)},
@@ -170,6 +200,7 @@ AnimalRecord record_of(const Json& json) {
     record.LostAtEdge = double_of(json.at("lost_at_edge"));
     record.RasterName = text_of(json.at("raster"));
     record.Isopleths = isopleths_of(json.at("isopleths"));
+    record.ConvexPolygons = polygons_of(json.at("convex_polygons"));
     record.MaxEdgeValue = optional_of(json.at("max_edge_value"));
     record.EdgeWarning = json.at("edge_warning").get<bool>();
     record.CutTo = optional_of(json.at("cut_to"));

@@ -65,6 +65,10 @@ std::string_view status_name(PolygonStatus status) {
     return "";
 }
 
+std::optional<double> area_of(const MinimumConvexPolygon& polygon) {
+    return polygon.Status == PolygonStatus::kNoFix ? std::nullopt : std::optional(polygon.Area);
+}
+
 MinimumConvexPolygon minimum_convex_polygon(std::span<const Point> fixes, double percent) {
     MinimumConvexPolygon polygon;
     polygon.Percent = percent;

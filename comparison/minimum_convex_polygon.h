@@ -2,6 +2,7 @@
 #include "platform/values.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,9 @@ struct MinimumConvexPolygon {
     std::size_t Kept = 0;                  ///< fixes within the distance
     std::vector<platform::Point> Corners;  ///< counter-clockwise from the lowest x; without area its one or two ends
 };
+
+/// The area; none where there is no fix.
+std::optional<double> area_of(const MinimumConvexPolygon& polygon);
 
 /// The distances from the arithmetic mean are sorted; fixes up to their quantile of type 7 at `percent` are kept (but
 /// for a billionth, so that rounding parts no equal distances). Fixes without two finite coordinates do not count.

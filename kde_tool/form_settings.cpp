@@ -66,6 +66,7 @@ void fill_output(frmKDE& form, const Settings& settings) {
     form.chkVerbose.Value = settings.Verbose ? 1 : 0;
     form.chkSilent.Value = settings.Silent ? 1 : 0;
     form.chkHtml.Value = settings.Html ? 1 : 0;
+    form.ConvexPercentages = settings.ConvexPercentages;
     form.RasterFormat = settings.RasterFormat;
     form.AnimalsPerSubfolder = settings.AnimalsPerSubfolder;
 }
@@ -130,6 +131,7 @@ Settings settings_of(const frmKDE& form) {
     settings.Donuts = form.chkDonuts.Value != 0;
     settings.Silent = form.chkSilent.Value != 0;
     settings.Html = form.chkHtml.Value != 0;
+    settings.ConvexPercentages = form.ConvexPercentages;
     settings.RasterFormat = form.RasterFormat;
     settings.AnimalsPerSubfolder = form.AnimalsPerSubfolder;
     return settings;

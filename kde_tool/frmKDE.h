@@ -1,6 +1,7 @@
 #pragma once
 #include "analysis/analysis.h"
 #include "analysis/animal_fixes.h"
+#include "analysis/convex_polygon_layer.h"
 #include "analysis/record.h"
 #include "analysis/statistics.h"
 #include "analysis/summary_table.h"
@@ -44,6 +45,9 @@ public:
 
     /// How far kernels reach: "" for four bandwidths, "whole", or a number of bandwidths.
     std::string Reach;
+
+    /// Percentages of the fixes, a minimum convex polygon for each; empty: none are wanted.
+    analysis::TypedNumbers ConvexPercentages;
 
     /// The SQL condition by which the selected fixes were chosen; "" where there is none.
     std::string Where;
@@ -243,10 +247,11 @@ public:
     /// What the last load noted about output folders that do not exist; never shown.
     const std::string& LoadNote() const { return m_loadNote; }
 
-    /// Tells `observer` of every run from now on, after those added before. It must outlive the runs. The first one is
-    /// the form's own, which writes the summary.
+    /// Tells `observer` of every run from now on, after those added before. It must outlive the runs. The first ones
+    /// are the form's own, which write the summary and the minimum convex polygons.
     void AddObserver(analysis::IRunObserver& observer) { m_observers.push_back(&observer); }
     const analysis::SummaryTable& Summary() const { return m_summary; }
+    const analysis::ConvexPolygonLayer& ConvexPolygons() const { return m_convexPolygons; }
     const std::vector<analysis::IRunObserver*>& Observers() const { return m_observers; }
 
     /// How the last run ended.
@@ -317,7 +322,8 @@ private:
     bool m_asksToStop = false;  ///< the question is on screen
     analysis::RunOutcome m_lastRun = analysis::RunOutcome::kNone;
     analysis::SummaryTable m_summary{m_services};
-    std::vector<analysis::IRunObserver*> m_observers = {&m_summary};
+    analysis::ConvexPolygonLayer m_convexPolygons{m_services};
+    std::vector<analysis::IRunObserver*> m_observers = {&m_summary, &m_convexPolygons};
     std::optional<platform::UtmTarget> m_utm;  ///< for the chosen layer when it is in degrees
     FixesChoice m_hrefChoice{};                ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;

@@ -46,6 +46,18 @@ std::vector<MapLine> map_lines(const PageRun& run, const AnimalRecord& record, p
     return lines;
 }
 
+/// Outlines of the minimum convex polygons.
+std::vector<MapLine> polygon_lines(const AnimalRecord& record, const MapScale& scale, const PictureSize& size) {
+    std::vector<MapLine> lines;
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
+        if (polygon.Status != comparison::PolygonStatus::kGood) continue;
+        platform::ContourLine outline{polygon.Percent, polygon.Corners};
+        outline.Vertices.push_back(outline.Vertices.front());
+        lines.push_back({svg_path({&outline, 1}, scale, kTolerance, size.LinePoints), kPolygonLook});
+    }
+    return lines;
+}
+
 std::string description(const PageRun& run, const AnimalRecord& record) {
     std::string text = "Density of use, dark where it is highest.";
     for (const double percent : falling_percentages(run))
@@ -74,6 +86,7 @@ std::string animal_map(const PageRun& run, std::size_t number, const PictureSize
     map.Png = services.Pictures->Png(density.Picture);
     map.Bounds = density.Bounds;
     map.Lines = map_lines(run, record, *part, layout.Scale, size, services);
+    std::ranges::move(polygon_lines(record, layout.Scale, size), std::back_inserter(map.Lines));
     map.Reference = run.Reference;
     return map_svg(map, layout);
 }

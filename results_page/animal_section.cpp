@@ -82,8 +82,7 @@ std::string facts(const PageRun& run, const AnimalRecord& record) {
 }
 
 /// A line as it stands in the map, for the table beside it.
-std::string line_sample(std::size_t index) {
-    const LineLook look = look_of(index);
+std::string line_sample(const LineLook& look) {
     return "<svg class=\"sample\" viewBox=\"0 0 34 8\" aria-hidden=\"true\"><path d=\"M1 4h32\" stroke-width=\"" +
            tenth(look.Width) + "\" stroke-dasharray=\"" + (*look.Dashes == '\0' ? "none" : look.Dashes) + "\"/></svg>";
 }
@@ -97,8 +96,23 @@ std::string areas(const PageRun& run, const AnimalRecord& record) {
         XmlText(area_unit(run)) + ")</th></tr></thead><tbody>";
     for (std::size_t i = 0; i < percentages.size(); ++i) {
         const std::string area = area_text(run, area_at(record, percentages[i]));
-        html += "<tr><th scope=\"row\">" + line_sample(i) + platform::NumberText(percentages[i]) +
+        html += "<tr><th scope=\"row\">" + line_sample(look_of(i)) + platform::NumberText(percentages[i]) +
                 " %</th><td class=\"num\">" + (area.empty() ? "–" : area) + "</td></tr>";
+    }
+    return html + "</tbody></table>\n";
+}
+
+std::string convex_polygons(const PageRun& run, const AnimalRecord& record) {
+    if (record.ConvexPolygons.empty()) return {};
+    std::string html =
+        "<table class=\"areas\"><caption>Minimum convex polygons</caption><thead><tr><th scope=\"col\">Percent of the "
+        "fixes</th><th scope=\"col\" class=\"num\">Fixes</th><th scope=\"col\" class=\"num\">Area (" +
+        XmlText(area_unit(run)) + ")</th></tr></thead><tbody>";
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
+        const std::string area = area_text(run, comparison::area_of(polygon));
+        html += "<tr><th scope=\"row\">" + line_sample(kPolygonLook) + platform::NumberText(polygon.Percent) +
+                " %</th><td class=\"num\">" + std::to_string(polygon.Kept) + "</td><td class=\"num\">" +
+                (area.empty() ? "–" : area) + "</td></tr>";
     }
     return html + "</tbody></table>\n";
 }
@@ -154,7 +168,8 @@ std::string animal_section(const PageRun& run, std::size_t number, const Picture
                        id + "-name\"><bdi>" + XmlText(record_name(run, record)) + "</bdi></h3>\n";
     if (!record.Reason.empty()) html += "<p class=\"reason\">" + XmlText(record.Reason) + ".</p>\n";
     html += "<div class=\"columns\"><div>\n" + map_figure(run, number, size, services) + "</div><div>\n" +
-            areas(run, record) + facts(run, record) + "</div></div>\n" + profile_figure(run, number);
+            areas(run, record) + convex_polygons(run, record) + facts(run, record) + "</div></div>\n" +
+            profile_figure(run, number);
     return html + "<p class=\"back\"><a href=\"#results\">Back to the table<span class=\"hidden\"> from " +
            XmlText(record_name(run, record)) + "</span></a></p>\n</article>\n";
 }

@@ -59,6 +59,13 @@ Cell edge_cell(const AnimalRecord& record) {
     return {"clear"};
 }
 
+/// The area of the polygon of the run's percentage at `index`.
+Cell polygon_cell(const PageRun& run, const AnimalRecord& record, std::size_t index) {
+    if (index >= record.ConvexPolygons.size()) return {""};
+    const auto area = comparison::area_of(record.ConvexPolygons[index]);
+    return {area_text(run, area), area};
+}
+
 bool is_lossy(const AnimalRecord& record) {
     return analysis::edge_verdict(record) != analysis::EdgeVerdict::kClear;
 }
@@ -84,6 +91,9 @@ std::vector<Column> columns_of(const PageRun& run) {
                  const auto area = area_at(r, percent);
                  return Cell{area_text(run, area), area};
              }});
+    for (std::size_t i = 0; i < run.Wanted.ConvexPercentages.Values.size(); ++i)
+        columns.push_back({"MCP " + NumberText(run.Wanted.ConvexPercentages.Values[i]) + " % (" + area_unit(run) + ")",
+                           true, [&run, i](const AnimalRecord& r) { return polygon_cell(run, r, i); }});
     columns.push_back({"Volume captured", true, [&run](const AnimalRecord& r) {
                            const std::string text = volume_text(run, r);
                            return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};

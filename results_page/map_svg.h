@@ -18,6 +18,9 @@ struct LineLook {
 /// The looks of `count` isopleths by falling percentage: told apart by dashes and width, not by colour.
 LineLook look_of(std::size_t index);
 
+/// The look of minimum convex polygons: thin dots.
+inline constexpr LineLook kPolygonLook{1.1, "1 4"};
+
 /// Where the parts of a map stand on its canvas.
 struct MapLayout {
     platform::Extent Shown;  ///< map units

@@ -209,9 +209,12 @@ std::string settings_section(const PageRun& run) {
            settings_row("Cell size", NumberText(run.Wanted.Cells.Typed) + " " + length_unit(run)) +
            settings_row("Scaling factor", settings.ScalingFactor.Text) +
            settings_row("Extent of the rasters", extent_text(run)) +
-           settings_row("Isopleths", isopleth_text(settings)) + settings_row("Output folder", run.Folder.string()) +
-           settings_row("Raster prefix", settings.Prefix) + settings_row("Raster format", run.Wanted.RasterFormat) +
-           "</tbody></table>\n</section>\n";
+           settings_row("Isopleths", isopleth_text(settings)) +
+           (settings.ConvexPercentages.Text.empty()
+                ? std::string()
+                : settings_row("Minimum convex polygons", settings.ConvexPercentages.Text + " % of the fixes")) +
+           settings_row("Output folder", run.Folder.string()) + settings_row("Raster prefix", settings.Prefix) +
+           settings_row("Raster format", run.Wanted.RasterFormat) + "</tbody></table>\n</section>\n";
 }
 
 std::string repeat_section(const PageRun& run, const std::string& command) {

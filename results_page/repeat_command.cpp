@@ -46,6 +46,7 @@ std::vector<std::string> repeat_words(const PageRun& run) {
     add_flag(settings.Isopleths && settings.Lines, "--lines");
     add_flag(settings.Isopleths && settings.Polygons, "--polygons");
     add_flag(settings.Isopleths && settings.Donuts, "--donuts");
+    add("--mcp", without_blanks(settings.ConvexPercentages.Text));
     if (run.Wanted.RasterFormat != "GRID") add("--raster-format", run.Wanted.RasterFormat);
     add_flag(run.Reference.IsGeographic, "--degrees");
     add_flag(settings.Verbose, "--verbose-log");

@@ -1,7 +1,8 @@
 #include "apps/cli/polygon_layer.h"
 
-#include "platform/features.h"
+#include "comparison/polygon_features.h"
 
+#include <fmt/format.h>
 #include <utility>
 
 namespace wxl::cli {
@@ -9,14 +10,9 @@ namespace wxl::cli {
 namespace {
 
 using comparison::MinimumConvexPolygon;
-using comparison::PolygonStatus;
 
-/// The corners as an outer ring: clockwise and closed.
-platform::Geometry shape_of(const MinimumConvexPolygon& polygon) {
-    std::vector<platform::Point> ring(polygon.Corners.rbegin(), polygon.Corners.rend());
-    ring.push_back(ring.front());
-    return {platform::ShapeType::kPolygon, {}, {std::move(ring)}};
-}
+/// Below this number the area of a polygon says little.
+constexpr std::size_t kFewFixes = 5;
 
 }  // namespace
 
@@ -26,33 +22,29 @@ AnimalPolygons polygons_of(std::string name, std::span<const platform::Point> fi
     return animal;
 }
 
-Json json_of(const AnimalPolygons& animal) {
-    Json polygons = Json::array();
-    for (const MinimumConvexPolygon& polygon : animal.Polygons)
-        polygons.push_back({{"percent", polygon.Percent},
-                            {"area", polygon.Status == PolygonStatus::kNoFix ? Json() : json_number(polygon.Area)},
-                            {"n", polygon.Kept},
-                            {"status", comparison::status_name(polygon.Status)}});
-    return polygons;
+void report_few_fixes(const std::string& animal, std::size_t fixes, Console& console) {
+    if (fixes >= kFewFixes) return;
+    console.Problem(fmt::format("{}: {} {} too few for a polygon that says anything", animal, fixes,
+                                fixes == 1 ? "fix is" : "fixes are"));
+}
+
+Json json_of(std::span<const MinimumConvexPolygon> polygons) {
+    Json json = Json::array();
+    for (const MinimumConvexPolygon& polygon : polygons)
+        json.push_back({{"percent", polygon.Percent},
+                        {"area", json_number(area_of(polygon))},
+                        {"n", polygon.Kept},
+                        {"status", status_name(polygon.Status)}});
+    return json;
 }
 
 void write_polygons(const ShapefileOutput& output, const platform::SpatialReference& reference,
                     std::span<const AnimalPolygons> animals) {
-    using platform::FieldType;
-    constexpr int kLongestText = 254;
-    const std::vector<platform::Field> fields = {{"animal", FieldType::kText, kLongestText, 0},
-                                                 {"PERCENT", FieldType::kDouble, 0, 0},
-                                                 {"AREA", FieldType::kDouble, 0, 0},
-                                                 {"N", FieldType::kInteger, 9, 0}};
-    output.Write(platform::ShapeType::kPolygon, fields, reference, [&](platform::IInsertCursor& cursor) {
-        for (const AnimalPolygons& animal : animals)
-            for (const MinimumConvexPolygon& polygon : animal.Polygons) {
-                if (polygon.Status != PolygonStatus::kGood) continue;
-                const platform::FieldValue values[] = {animal.Name, polygon.Percent, polygon.Area,
-                                                       static_cast<std::int64_t>(polygon.Kept)};
-                cursor.Insert(shape_of(polygon), values);
-            }
-    });
+    output.Write(platform::ShapeType::kPolygon, comparison::polygon_fields(), reference,
+                 [&](platform::IInsertCursor& cursor) {
+                     for (const AnimalPolygons& animal : animals)
+                         comparison::insert_polygons(cursor, animal.Name, animal.Polygons);
+                 });
 }
 
 }  // namespace wxl::cli

@@ -29,7 +29,7 @@ MAY_INCLUDE = {
     "tracking_times": {"platform"},
     "isopleths": {"platform", "utilities"},
     "comparison": {"platform", "engine", "isopleths"},
-    "analysis": {"platform", "engine", "isopleths", "tracking_times", "utilities"},
+    "analysis": {"platform", "engine", "isopleths", "comparison", "tracking_times", "utilities"},
     "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
     "batch": {"platform", "engine", "analysis"},
     "results_page": {"platform", "engine", "pictures", "analysis"},

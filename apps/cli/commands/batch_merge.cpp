@@ -47,14 +47,15 @@ int run_batch_merge(const BatchMergeOptions& options, Console& console) {
             fmt::format("the batch is not finished: {}; wxl batch submit sends what is missing", unfinished));
     KdeOutput output = session.Output(options.Json);
     analysis::SummaryTable summary(services);
+    analysis::ConvexPolygonLayer polygons(services);
     results_page::ResultsPage page(services);
-    const std::vector<analysis::IRunObserver*> observers = {&summary, &output, &page};
+    const std::vector<analysis::IRunObserver*> observers = {&summary, &polygons, &output, &page};
     batch::Merge(services, plan).Run(observers);
     analysis::show_ending(*services.Messages, false);
     output.Finish(analysis::RunOutcome::kComplete);
     if (options.Clean) batch::remove_batch(services, plan.Frame.Folder);
     const int code = exit_code_of(analysis::RunOutcome::kComplete, output, console);
-    return with_extras(code, summary, page, options.Json, console);
+    return with_extras(code, summary, polygons, page, options.Json, console);
 }
 
 }  // namespace wxl::cli

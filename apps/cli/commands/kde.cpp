@@ -72,6 +72,10 @@ void add_isopleth_options(CLI::App& command, KdeOptions& options) {
     command.add_flag("--lines", options.Lines, "Isopleths as lines");
     command.add_flag("--polygons", options.Polygons, "Isopleths as polygons");
     command.add_flag("--donuts", options.Donuts, "Rings between consecutive isopleths");
+    command
+        .add_option("--mcp", options.ConvexPolygons,
+                    "Minimum convex polygons around these percentages of the fixes, as a shapefile PREFIXmcp.shp")
+        ->type_name("P[,P...]");
 }
 
 void add_run_options(CLI::App& command, KdeOptions& options) {
@@ -112,10 +116,11 @@ constexpr int kMostJobs = 1024;
 
 }  // namespace
 
-int with_extras(int code, const analysis::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
-                Console& console) {
+int with_extras(int code, const analysis::SummaryTable& summary, const analysis::ConvexPolygonLayer& polygons,
+                const results_page::ResultsPage& page, bool json, Console& console) {
+    if (!json && !polygons.Written().empty()) console.Result("minimum convex polygons: " + polygons.Written().string());
     if (!json && !page.Written().empty()) console.Result("page: " + page.Written().string());
-    return summary.Failed() || page.Failed() ? exit_code::kFailed : code;
+    return summary.Failed() || polygons.Failed() || page.Failed() ? exit_code::kFailed : code;
 }
 
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console) {
@@ -211,7 +216,7 @@ int run_kde(const KdeOptions& options, Console& console) {
     form.AddObserver(page);
     const int code =
         options.Jobs > 1 ? run_in_processes(options, session, output, console) : run_here(session, output, console);
-    return with_extras(code, form.Summary(), page, options.Json, console);
+    return with_extras(code, form.Summary(), form.ConvexPolygons(), page, options.Json, console);
 }
 
 }  // namespace wxl::cli

@@ -1,4 +1,5 @@
 #pragma once
+#include "analysis/convex_polygon_layer.h"
 #include "analysis/record.h"
 #include "analysis/summary_table.h"
 #include "apps/cli/console.h"
@@ -31,6 +32,7 @@ struct KdeOptions {
     std::optional<std::string> Bandwidth;
     std::optional<std::string> Extent;
     std::optional<std::string> Isopleths;
+    std::optional<std::string> ConvexPolygons;
     std::string Reach;
     std::string RasterFormat = "GRID";
     bool Adaptive = false;
@@ -59,9 +61,9 @@ void register_kde(CLI::App& command, KdeOptions& options);
 /// What a batch of the run's is to be, in `tasks` tasks (0: as many as is usual).
 batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks);
 
-/// The exit code of a run whose own is `code`, with its summary and page, where the page stands is printed.
-int with_extras(int code, const analysis::SummaryTable& summary, const results_page::ResultsPage& page, bool json,
-                Console& console);
+/// The exit code of a run whose own is `code`, with its summary, polygons and page; where those two stand is printed.
+int with_extras(int code, const analysis::SummaryTable& summary, const analysis::ConvexPolygonLayer& polygons,
+                const results_page::ResultsPage& page, bool json, Console& console);
 
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);

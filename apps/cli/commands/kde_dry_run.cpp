@@ -117,6 +117,8 @@ std::vector<std::string> taken_names(frmKDE& form) {
 void refuse_read_outputs(frmKDE& form, const ReadFiles& read) {
     const FilledForm filled(form);
     if (filled.Fixes.Animals.empty()) return;
+    if (!filled.Wanted.ConvexPercentages.Values.empty())
+        read.Refuse(platform::NewShapefileParts(filled.Folder, analysis::convex_polygon_name(filled.Wanted)));
     for (const AnimalFixes& animal : filled.Fixes.Animals) {
         const auto place = analysis::subfolder_in(filled.Folder, animal.Subfolder);
         const std::string& format = filled.Wanted.RasterFormat;

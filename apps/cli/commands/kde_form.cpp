@@ -42,11 +42,11 @@ analysis::ExtentChoice given_extent(const std::string& text) {
     return *choice;
 }
 
-analysis::TypedNumbers given_percentages(const std::string& text) {
+analysis::TypedNumbers given_percentages(const std::string& option, const std::string& text) {
     analysis::TypedNumbers percentages = analysis::typed_numbers(text);
-    check_positive("--isopleths", percentages, "a percentage above 0");
+    check_positive(option, percentages, "a percentage above 0");
     if (const auto percent = analysis::above_hundred(percentages))
-        throw WrongCall(fmt::format("--isopleths: {} is above 100 %", platform::NumberText(*percent)));
+        throw WrongCall(fmt::format("{}: {} is above 100 %", option, platform::NumberText(*percent)));
     return percentages;
 }
 
@@ -111,6 +111,7 @@ void take_isopleths(const KdeOptions& options, const GivenSettings& given, Setti
     if (options.Lines) settings.Lines = true;
     if (options.Polygons) settings.Polygons = true;
     if (options.Donuts) settings.Donuts = true;
+    settings.ConvexPercentages = given.ConvexPercentages;
     if (settings.Isopleths && !settings.Lines && !settings.Polygons && !settings.Donuts)
         throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons or --donuts");
 }
@@ -162,7 +163,8 @@ GivenSettings given_settings(const KdeOptions& options) {
     GivenSettings given;
     if (options.Bandwidth) given.Bandwidth = given_bandwidth(*options.Bandwidth);
     if (options.Extent) given.Extent = given_extent(*options.Extent);
-    if (options.Isopleths) given.Percentages = given_percentages(*options.Isopleths);
+    if (options.Isopleths) given.Percentages = given_percentages("--isopleths", *options.Isopleths);
+    if (options.ConvexPolygons) given.ConvexPercentages = given_percentages("--mcp", *options.ConvexPolygons);
     if (options.CellSize) given.Cells = given_cell_size(*options.CellSize);
     if (options.Scaling) given.ScalingFactor = given_scaling(*options.Scaling);
     given.KernelReach = given_reach(options.Reach);

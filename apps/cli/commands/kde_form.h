@@ -13,6 +13,7 @@ struct GivenSettings {
     std::optional<analysis::BandwidthChoice> Bandwidth;
     std::optional<analysis::ExtentChoice> Extent;
     std::optional<analysis::TypedNumbers> Percentages;
+    analysis::TypedNumbers ConvexPercentages;  ///< empty: none are wanted
     std::optional<analysis::CellSize> Cells;
     std::optional<analysis::TypedNumber> ScalingFactor;
     analysis::Reach KernelReach;

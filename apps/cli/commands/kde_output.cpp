@@ -4,6 +4,7 @@
 #include "analysis/diagnosis.h"
 #include "analysis/output_names.h"
 #include "analysis/summary_rows.h"
+#include "apps/cli/polygon_layer.h"
 #include "isopleths/clsHISO.h"
 #include "platform/text.h"
 
@@ -81,6 +82,7 @@ Json json_of(const AnimalRecord& record) {
             {"lost_at_edge", record.Status == 0 ? json_number(record.LostAtEdge) : Json()},
             {"raster", record.RasterName},
             {"levels", levels_of(record)},
+            {"mcp", json_of(record.ConvexPolygons)},
             {"max_edge_value", json_number(record.MaxEdgeValue)},
             {"edge_warning", record.EdgeWarning},
             {"status", record.Status},
@@ -120,6 +122,8 @@ void KdeOutput::Count(const AnimalRecord& record) {
     m_animal = record.NamingId;
     ++m_animals;
     if (record.SampleSize < kFewFixes) ++m_sparse;
+    if (!record.ConvexPolygons.empty())
+        report_few_fixes(platform::ValueText(record.Id), static_cast<std::size_t>(record.SampleSize), m_console);
 }
 
 /// The line of the result says already why a distribution failed.
@@ -140,10 +144,15 @@ std::string KdeOutput::AreasText(const AnimalRecord& record) const {
     std::string text;
     for (const analysis::IsoplethRecord& isopleth : record.Isopleths) {
         if (!isopleth.Area) continue;
-        text += fmt::format(", {} %: {:.6g}{}", NumberText(isopleth.Percent),
-                            m_metres ? *isopleth.Area / 1e6 : *isopleth.Area, m_metres ? " km2" : "");
+        text += fmt::format(", {} %: {}", NumberText(isopleth.Percent), AreaText(*isopleth.Area));
     }
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons)
+        text += fmt::format(", MCP {} %: {}", NumberText(polygon.Percent), AreaText(polygon.Area));
     return text;
+}
+
+std::string KdeOutput::AreaText(double area) const {
+    return fmt::format("{:.6g}{}", m_metres ? area / 1e6 : area, m_metres ? " km2" : "");
 }
 
 void KdeOutput::Print(const AnimalRecord& record) {

@@ -42,6 +42,7 @@ private:
     void Print(const analysis::AnimalRecord& record);
     std::string Head() const;
     std::string AreasText(const analysis::AnimalRecord& record) const;
+    std::string AreaText(double area) const;
 
     Console& m_console;
     std::filesystem::path m_report;

@@ -17,21 +17,13 @@ namespace wxl::cli {
 namespace {
 
 using comparison::MinimumConvexPolygon;
-using comparison::PolygonStatus;
 using platform::NumberText;
-
-/// Below this number the area of a polygon says little.
-constexpr std::size_t kFewFixes = 5;
-
-std::optional<double> area_of(const MinimumConvexPolygon& polygon) {
-    return polygon.Status == PolygonStatus::kNoFix ? std::nullopt : std::optional(polygon.Area);
-}
 
 Json json_of(const AnimalTracks& tracks, const std::vector<AnimalPolygons>& animals) {
     Json json = Json::array();
     for (std::size_t i = 0; i < animals.size(); ++i)
         json.push_back(
-            {{"id", tracks.Animals[i].IdJson()}, {"n", animals[i].Fixes}, {"mcp", cli::json_of(animals[i])}});
+            {{"id", tracks.Animals[i].IdJson()}, {"n", animals[i].Fixes}, {"mcp", cli::json_of(animals[i].Polygons)}});
     return json;
 }
 
@@ -44,13 +36,6 @@ TextTable table_of(const std::vector<AnimalPolygons>& animals) {
                                   std::to_string(polygon.Kept), std::string(comparison::status_name(polygon.Status))});
         }
     return table;
-}
-
-void report_few(const AnimalTracks& tracks, Console& console) {
-    for (const AnimalTrack& track : tracks.Animals)
-        if (track.Fixes.size() < kFewFixes)
-            console.Problem(fmt::format("{}: {} {} too few for a polygon that says anything", track.Name(),
-                                        track.Fixes.size(), track.Fixes.size() == 1 ? "fix is" : "fixes are"));
 }
 
 }  // namespace
@@ -89,7 +74,7 @@ int run_mcp(const McpOptions& options, Console& console) {
     if (shapes) shapes->Refuse(tracks.Read);
     std::vector<AnimalPolygons> animals;
     for (const AnimalTrack& track : tracks.Animals) animals.push_back(polygons_of(track.Name(), track.Fixes, percents));
-    report_few(tracks, console);
+    for (const AnimalPolygons& animal : animals) report_few_fixes(animal.Name, animal.Fixes, console);
     if (csv) csv->Write(csv_text(table_of(animals)));
     if (shapes) write_polygons(*shapes, tracks.Reference, animals);
     if (options.Json) {

@@ -42,6 +42,17 @@ TEST(SummaryRows, One_row_for_each_isopleth) {
               "Bo,4,120,lscv,250.5,300,yes,why,50,2,,,999900.5,yes,K4,0\r\n");
 }
 
+// Two polygons of one animal: 2,500,000 square metres, and fixes on a line.
+TEST(SummaryRows, One_row_for_each_minimum_convex_polygon) {
+    AnimalRecord record = record_of("Bo");
+    record.ConvexPolygons = {
+        {.Percent = 100.0, .Status = comparison::PolygonStatus::kGood, .Area = 2.5e6, .Kept = 120, .Corners = {}},
+        {.Percent = 50.0, .Status = comparison::PolygonStatus::kNoArea, .Kept = 60, .Corners = {}}};
+    EXPECT_EQ(polygon_rows(record, kMetres),
+              "Bo,4,120,mcp,,,,,100,,2500000,2.5,,,K4,0\r\n"
+              "Bo,4,120,mcp,,,,no area,50,,0,0,,,K4,0\r\n");
+}
+
 TEST(SummaryRows, One_row_without_isopleths_and_for_failures) {
     EXPECT_EQ(summary_rows(record_of("Bo"), kMetres), "Bo,4,120,lscv,250.5,300,yes,,,,,,999900.5,,K4,0\r\n");
     AnimalRecord failed = record_of("Bo");

@@ -31,6 +31,12 @@ AnimalRecord full_record() {
     record.Volume = 999999.99999999988;
     record.RasterName = "K12_b2";
     record.Isopleths = {{95.0, 0.0625, 1234.5}, {50.0, 0.25, std::nullopt}};
+    record.ConvexPolygons = {{.Percent = 95.0,
+                              .Status = comparison::PolygonStatus::kGood,
+                              .Area = 0.1 + 0.2,
+                              .Kept = 3,
+                              .Corners = {{0.1, 0.2}, {1e6, 0.3}, {0.5, 7e6}}},
+                             {.Percent = 50.0, .Status = comparison::PolygonStatus::kNoFix, .Corners = {}}};
     record.MaxEdgeValue = 1e-300;
     record.EdgeWarning = true;
     record.CutTo = 0.0167139261002523;
@@ -73,6 +79,14 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
         EXPECT_EQ(a.Isopleths[i].Percent, b.Isopleths[i].Percent);
         EXPECT_EQ(a.Isopleths[i].Level, b.Isopleths[i].Level);
         EXPECT_EQ(a.Isopleths[i].Area, b.Isopleths[i].Area);
+    }
+    ASSERT_EQ(a.ConvexPolygons.size(), b.ConvexPolygons.size());
+    for (std::size_t i = 0; i < a.ConvexPolygons.size(); ++i) {
+        EXPECT_EQ(a.ConvexPolygons[i].Percent, b.ConvexPolygons[i].Percent);
+        EXPECT_EQ(a.ConvexPolygons[i].Status, b.ConvexPolygons[i].Status);
+        EXPECT_EQ(a.ConvexPolygons[i].Area, b.ConvexPolygons[i].Area);
+        EXPECT_EQ(a.ConvexPolygons[i].Kept, b.ConvexPolygons[i].Kept);
+        EXPECT_EQ(a.ConvexPolygons[i].Corners, b.ConvexPolygons[i].Corners);
     }
     EXPECT_EQ(a.MaxEdgeValue, b.MaxEdgeValue);
     EXPECT_EQ(a.EdgeWarning, b.EdgeWarning);

@@ -133,6 +133,79 @@ TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
     EXPECT_EQ(result["animals"][3]["raster"], "2_b2");
 }
 
+// Animal 3: a square of side 200. Animal 7: all five fixes are corners, and the shoelace gives 33500. The distances
+// from their mean (1668, 716) are 69.857, 73.348, 76.026, 204.157 and 246.739; the quantile at 60 % is 76.026 + 0.4 x
+// 128.131, and the three fixes within it, (1600,750) (1700,650) (1640,780), have an area of 3500.
+TEST_F(KdeCommand, Minimum_convex_polygons_stand_in_one_layer_in_json_and_in_the_summary) {
+    const Ran ran = Kde({"--cell-size", "20", "--prefix", "K", "--extent", "min", "--bandwidth", "60,100", "--mcp",
+                         "100,60", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json result = json::parse(ran.Out);
+    ASSERT_EQ(result["animals"].size(), 4U);
+    for (const std::size_t value : {0U, 1U})
+        EXPECT_EQ(result["animals"][value]["mcp"],
+                  json::parse(R"([{"percent":100.0,"area":40000.0,"n":4,"status":"ok"},)"
+                              R"({"percent":60.0,"area":40000.0,"n":4,"status":"ok"}])"));
+    EXPECT_EQ(result["animals"][2]["mcp"][0], json::parse(R"({"percent":100.0,"area":33500.0,"n":5,"status":"ok"})"));
+    EXPECT_EQ(result["animals"][2]["mcp"][1], json::parse(R"({"percent":60.0,"area":3500.0,"n":3,"status":"ok"})"));
+    const std::string summary = content(fs::path(Out) / "WXL_KDE_SUMMARY.csv");
+    EXPECT_THAT(summary,
+                HasSubstr("\r\n3,1,4,mcp,,,,,100,,40000,0.04,,,K1_b1,0\r\n3,1,4,mcp,,,,,60,,40000,0.04,,,K1_b1,0\r\n"
+                          "3,1,4,manual,100,"));
+    const Ran mcp =
+        run_wxl({"mcp", Points, "--id-field", "animal", "--percent", "100,60", "--out", Folder / "mcp.shp"});
+    ASSERT_EQ(mcp.Code, 0) << mcp.Err;
+    for (const char* part : {".shp", ".shx", ".dbf", ".prj"})
+        EXPECT_EQ(content(fs::path(Out) / (std::string("Kmcp") + part)), content(Folder / (std::string("mcp") + part)))
+            << part;
+}
+
+TEST_F(KdeCommand, Layer_of_polygons_is_neither_lost_nor_read_and_written) {
+    const std::vector<std::string> call = {"--cell-size", "20", "--extent", "min", "--mcp", "100"};
+    const Ran first = Kde(call);
+    EXPECT_THAT(first.Err, HasSubstr("3: 4 fixes are too few for a polygon that says anything\n"));
+    EXPECT_THAT(first.Err, Not(HasSubstr("7: 5 fixes are")));
+    EXPECT_THAT(first.Out, HasSubstr(" cells: " + Out + "/1, MCP 100 %: 0.04 km2\n"));
+    EXPECT_THAT(first.Out, HasSubstr("\nminimum convex polygons: " + Out + "/mcp.shp\n"));
+    fs::remove_all(fs::path(Out) / "1");
+    fs::remove_all(fs::path(Out) / "2");
+    const Ran taken = Kde(call);
+    EXPECT_EQ(taken.Code, 1);
+    EXPECT_THAT(taken.Err, HasSubstr("mcp.shp"));
+    std::vector<std::string> again = call;
+    again.emplace_back("--overwrite");
+    EXPECT_EQ(Kde(again).Code, 0);
+    EXPECT_TRUE(Stands("mcp.shp"));
+    Import("mcp", "a,x,y\n3,1000,500\n3,1200,500\n3,1000,700\n");
+    const std::string before = content(Folder / "mcp.shp");
+    const Ran reads = run_wxl({"kde", Folder / "mcp.shp", "--id-field", "animal", "--out", Folder.Path().string(),
+                               "--cell-size", "20", "--mcp", "100", "--overwrite"});
+    EXPECT_EQ(reads.Code, 1);
+    EXPECT_EQ(content(Folder / "mcp.shp"), before);
+}
+
+TEST_F(KdeCommand, Percentages_of_polygons_are_checked) {
+    EXPECT_THAT(Kde({"--cell-size", "20", "--mcp", "95,x"}).Err, HasSubstr("--mcp: \"x\" is not a percentage above 0"));
+    EXPECT_THAT(Kde({"--cell-size", "20", "--mcp", "101"}).Err, HasSubstr("--mcp: 101 is above 100 %"));
+}
+
+TEST_F(KdeCommand, Polygons_of_a_batch_are_those_of_one_run) {
+    const std::vector<std::string> call = {"--cell-size", "20",          "--extent", "min",       "--mcp",
+                                           "100,60",      "--isopleths", "95",       "--polygons"};
+    ASSERT_EQ(Kde(call).Code, 0);
+    const std::string summary = content(fs::path(Out) / "WXL_KDE_SUMMARY.csv");
+    const std::string other = Folder / "batch";
+    std::vector<std::string> plan = {"batch", "plan", Points, "--id-field", "animal", "--out", other, "--tasks", "2"};
+    plan.insert(plan.end(), call.begin(), call.end());
+    ASSERT_EQ(run_wxl(plan).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "run", other, "--task", "1"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "run", other, "--task", "2"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "merge", other}).Code, 0);
+    EXPECT_EQ(content(fs::path(other) / "WXL_KDE_SUMMARY.csv"), summary);
+    for (const char* part : {"mcp.shp", "mcp.dbf"})
+        EXPECT_EQ(content(fs::path(other) / part), content(fs::path(Out) / part)) << part;
+}
+
 TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
     const Ran ran = Kde({"--cell-size", "5", "--bandwidth", "lscv", "--extent", "min", "--json"});
     ASSERT_EQ(ran.Code, 0) << ran.Err;

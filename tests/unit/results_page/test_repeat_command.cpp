@@ -44,6 +44,7 @@ TEST(RepeatCommand, Names_every_setting) {
     run.Wanted.Isopleths = true;
     run.Wanted.Percentages.Text = "95, 50";
     run.Wanted.Lines = run.Wanted.Polygons = run.Wanted.Donuts = true;
+    run.Wanted.ConvexPercentages.Text = "100, 95";
     run.Wanted.Verbose = true;
     run.Wanted.Where = "sex = 'f'";
     run.Wanted.RasterFormat = "GTiff";
@@ -53,7 +54,7 @@ TEST(RepeatCommand, Names_every_setting) {
         ElementsAre("wxl", "kde", "wolves", "--id-field", "animal", "--where", "sex = 'f'", "--out", "/out", "--prefix",
                     "W", "--cell-size", "100", "--scaling", "1000", "--bandwidth", "prop:0.4,0.6", "--adaptive",
                     "--rescale", "--extent", "full:2500.5", "--isopleths", "95,50", "--lines", "--polygons", "--donuts",
-                    "--raster-format", "GTiff", "--degrees", "--verbose-log", "--html"));
+                    "--mcp", "100,95", "--raster-format", "GTiff", "--degrees", "--verbose-log", "--html"));
 }
 
 TEST(RepeatCommand, Is_quoted_for_a_shell) {

@@ -1,5 +1,6 @@
 #include "adapters/raster/png_encoder.h"
 #include "analysis/animal_run.h"
+#include "analysis/settings_text.h"
 #include "platform/runtime_error.h"
 #include "results_page/animal_table.h"
 #include "results_page/results_page.h"
@@ -81,6 +82,25 @@ TEST_F(ResultsPageTest, Table_tells_areas_by_falling_percentage_and_has_buttons_
     EXPECT_THAT(html, HasSubstr("<th scope=\"row\"><a href=\"#animal-1\"><bdi>3</bdi></a></th>"
                                 "<td class=\"num\" data-value=\"4\">4</td><td>user-defined</td>"
                                 "<td class=\"num\" data-value=\"100\">100</td>"));
+}
+
+// The corners of a square of side 200; two fixes have no area, and the raster's CRS no name for its unit.
+TEST_F(ResultsPageTest, Tells_and_draws_minimum_convex_polygons) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Form->ConvexPercentages = analysis::typed_numbers("100,50");
+    Run();
+    const std::string html = Html();
+    EXPECT_EQ(count_of(html, "<button type=\"button\">MCP 100 % (square map units)</button>"), 1U);
+    EXPECT_THAT(html,
+                HasSubstr("<td class=\"num\" data-value=\"40000\">40000</td><td class=\"num\" data-value=\"40000\">"));
+    EXPECT_EQ(count_of(html, "<caption>Minimum convex polygons</caption>"), 2U);
+    EXPECT_THAT(html, HasSubstr("100 %</th><td class=\"num\">4</td><td class=\"num\">40000</td></tr>"));
+    EXPECT_THAT(html, HasSubstr("100 %</th><td class=\"num\">2</td><td class=\"num\">0</td></tr>"));
+    EXPECT_EQ(count_of(html, "<figure><svg class=\"map\""), 2U);
+    EXPECT_THAT(html,
+                HasSubstr("<tr><th scope=\"row\">Minimum convex polygons</th><td>100,50 % of the fixes</td></tr>"));
+    EXPECT_THAT(html, HasSubstr(" --mcp 100,50 "));
 }
 
 TEST_F(ResultsPageTest, Hostile_names_are_text) {
