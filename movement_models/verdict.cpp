@@ -54,7 +54,7 @@ std::string duration_text(double seconds) {
     return rounded(seconds / 86400.0, 3) + " days";
 }
 
-std::string problem_text(const PreparedTrack& track) {
+std::string problem_text(const PreparedTrack& track, const std::string& firstConflict) {
     switch (track.Problem) {
         case TrackProblem::kNone:
             break;
@@ -65,9 +65,9 @@ std::string problem_text(const PreparedTrack& track) {
             return "All fixes lie at one place: the animal never moved.";
         case TrackProblem::kTwoPlacesAtOneTime:
             return counted(track.Conflicts, "fix has", "fixes have") +
-                   " the time of another fix at another place: no model of movement has a likelihood. Remove "
-                   "duplicates "
-                   "in time first (wxl remove-duplicates --by time2), or name a field whose times tell them apart.";
+                   " the time of another fix at another place (the first: " + firstConflict +
+                   "): no model of movement has a likelihood. Remove duplicates in time first (wxl remove-duplicates "
+                   "--by time2), or name a field whose times tell them apart.";
     }
     return {};
 }

@@ -18,8 +18,9 @@ struct Verdict {
     std::vector<std::string> Warnings;  ///< the parts of it that ask for care
 };
 
-/// Why there is no model; "" where there is one.
-std::string problem_text(const PreparedTrack& track);
+/// Why there is no model; "" where there is one. `firstConflict` says when the first two fixes stand at two places; ""
+/// where there are none.
+std::string problem_text(const PreparedTrack& track, const std::string& firstConflict);
 
 /// What was done to the fixes, and where the method fell back: for a report. One sentence each.
 std::vector<std::string> notes_on(const PreparedTrack& track, const FittedModel& fit, Estimation asked);

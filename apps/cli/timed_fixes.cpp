@@ -1,167 +1,36 @@
 #include "apps/cli/timed_fixes.h"
 
-#include "analysis/animal_fixes.h"
-#include "analysis/naming_ids.h"
+#include "apps/cli/stop_signals.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
-#include "tracking_times/timestamps.h"
 
-#include <algorithm>
 #include <CLI/CLI.hpp>
-#include <cmath>
-#include <fmt/format.h>
-#include <map>
 
 namespace wxl::cli {
 
-namespace {
-
-using platform::FieldValue;
-
-struct IdLess {
-    bool operator()(const FieldValue& a, const FieldValue& b) const { return platform::ValueLess(a, b); }
-};
-
-/// What stands behind the seconds of a timestamp: "14:59:05.250" has 0.25.
-double fraction_of(const std::string& text) {
-    const std::size_t colon = text.find(':');
-    if (colon == std::string::npos) return 0.0;
-    const std::size_t point = text.find_first_of(".,", colon);
-    if (point == std::string::npos) return 0.0;
-    double fraction = 0.0;
-    double place = 0.1;
-    for (std::size_t k = point + 1; k < text.size() && text[k] >= '0' && text[k] <= '9'; ++k, place *= 0.1)
-        fraction += place * (text[k] - '0');
-    return fraction;
-}
-
-Moment of_number(double seconds) {
-    const double whole = std::floor(seconds);
-    return {static_cast<std::int64_t>(whole), seconds - whole};
-}
-
-bool names_an_animal(const FieldValue& id) {
-    if (const auto* text = std::get_if<std::string>(&id)) return !text->empty();
-    if (const auto* number = std::get_if<double>(&id)) return !std::isnan(*number);
-    return !platform::IsMissing(id);
-}
-
-bool has_place(const platform::Geometry& shape) {
-    return shape.Type == platform::ShapeType::kPoint && std::isfinite(shape.Location.X) &&
-           std::isfinite(shape.Location.Y);
-}
-
-int field_of(platform::ITable& table, const std::string& wanted, const std::string& input) {
-    const int field = table.FindField(platform::Trim(wanted));
-    if (field >= 0) return field;
-    std::string names;
-    for (const platform::Field& each : table.Fields()) names += (names.empty() ? "" : ", ") + each.Name;
-    platform::Raise(
-        platform::error_number::kSubscript,
-        fmt::format("{} has no field \"{}\" for the time of its fixes; its fields are: {}", input, wanted, names));
-}
-
-/// The cells of one or two fields as one.
-FieldValue time_cell(const platform::IFeature& feature, const std::vector<int>& fields) {
-    if (fields.size() == 1) return feature.Value(fields[0]);
-    const FieldValue date = feature.Value(fields[0]);
-    if (platform::IsMissing(date)) return date;
-    return platform::ValueText(date) + " " + platform::ValueText(feature.Value(fields[1]));
-}
-
-void add_fix(TimedAnimal& animal, const platform::Point& place, const FieldValue& cell) {
-    if (const auto moment = moment_of(cell)) {
-        animal.Fixes.push_back(place);
-        animal.Times.push_back(*moment);
-        return;
-    }
-    ++animal.WithoutTime;
-    if (animal.FirstUnreadable.empty()) animal.FirstUnreadable = platform::ValueText(cell);
-}
-
-void name_animals(TimedAnimals& animals, bool textIds) {
-    std::vector<FieldValue> ids;
-    for (const TimedAnimal& animal : animals.Animals) ids.push_back(animal.Id);
-    const std::vector<std::string> names = analysis::naming_ids(ids, textIds);
-    for (std::size_t i = 0; i < names.size(); ++i) animals.Animals[i].NamingId = names[i];
-}
-
-}  // namespace
-
 void add_timed_input_options(CLI::App& command, TimedInputOptions& options) {
     add_measured_input_options(command, options.Points);
-    command.add_option("--id-field", options.IdField, "Field that names the animal")->type_name("FIELD")->required();
+    command.add_option("--id-field", options.Fields.Id, "Field that names the animal")->type_name("FIELD")->required();
     command
-        .add_option("--time-field", options.TimeField,
+        .add_option("--time-field", options.Fields.Time,
                     "Field of date and time (a text, a date or seconds), or two fields: DATE,TIME")
         ->type_name("FIELD[,FIELD]")
         ->required();
+    command.add_option("--where", options.Where, "Use only the fixes that meet this condition")->type_name("SQL");
 }
 
-std::optional<Moment> moment_of(const FieldValue& cell) {
-    if (const auto* whole = std::get_if<std::int64_t>(&cell)) return Moment{*whole, 0.0};
-    if (const auto* number = std::get_if<double>(&cell))
-        return std::abs(*number) < 1e15 ? std::optional(of_number(*number)) : std::nullopt;
-    const auto* text = std::get_if<std::string>(&cell);
-    if (text == nullptr) return std::nullopt;
-    const auto seconds = tracking_times::seconds_from_timestamp(*text);
-    if (!seconds) return std::nullopt;
-    return Moment{*seconds, fraction_of(*text)};
-}
-
-std::string moment_text(const Moment& moment, bool number) {
-    if (number) return platform::NumberText(static_cast<double>(moment.Seconds) + moment.Fraction);
-    return tracking_times::instant_text(moment.Seconds);
-}
-
-std::vector<double> TimedAnimal::Seconds() const {
-    std::vector<double> seconds;
-    if (Times.empty()) return seconds;
-    const std::int64_t first = std::min_element(Times.begin(), Times.end(), [](const Moment& a, const Moment& b) {
-                                   return a.Seconds < b.Seconds;
-                               })->Seconds;
-    for (const Moment& moment : Times) seconds.push_back(static_cast<double>(moment.Seconds - first) + moment.Fraction);
-    return seconds;
-}
-
-TimedAnimals read_timed_animals(const TimedInputOptions& options, Console& console) {
+TimedLayer read_timed_layer(const TimedInputOptions& options, Console& console) {
     const auto layer = open_measured_point_layer(options.Points, console);
-    const auto points = layer->FeatureClass();
-    platform::ITable& table = points->Table();
-    const std::string idField = find_id_field(table, options.IdField, options.Points.Input);
-    const auto id = static_cast<std::size_t>(table.FindField(idField));
-    const auto fields = table.Fields();
+    const bool chosen = !options.Where.empty();
+    if (chosen) layer->SelectWhere(options.Where);
+    if (chosen && layer->Selection()->Count() == 0)
+        platform::Raise(platform::error_number::kInvalidCall, "no fix meets --where " + options.Where);
+    akde::TimedFields fields = options.Fields;
+    fields.Id = find_id_field(layer->FeatureClass()->Table(), fields.Id, options.Points.Input);
+    return {akde::read_timed_animals(*layer, fields, chosen, options.Points.Input), files_read(*layer), layer->Name()};
+}
 
-    platform::Search search;
-    search.Fields = {idField};
-    std::vector<int> times;
-    const std::size_t comma = options.TimeField.find(',');
-    for (const std::string& name :
-         comma == std::string::npos
-             ? std::vector<std::string>{options.TimeField}
-             : std::vector<std::string>{options.TimeField.substr(0, comma), options.TimeField.substr(comma + 1)}) {
-        times.push_back(field_of(table, name, options.Points.Input));
-        search.Fields.push_back(fields.at(static_cast<std::size_t>(times.back())).Name);
-    }
-
-    TimedAnimals result;
-    result.Reference = points->Reference();
-    result.Read = files_read(*layer);
-    const platform::FieldType timeType = fields.at(static_cast<std::size_t>(times.front())).Type;
-    result.NumberTimes = timeType == platform::FieldType::kInteger || timeType == platform::FieldType::kDouble;
-    std::map<FieldValue, TimedAnimal, IdLess> animals;
-    const auto cursor = points->Find(search);
-    while (const auto feature = cursor->NextFeature()) {
-        const platform::Geometry shape = feature->Shape();
-        FieldValue name = feature->Value(static_cast<int>(id));
-        if (!names_an_animal(name)) continue;
-        TimedAnimal& animal = animals[name];
-        animal.Id = std::move(name);
-        if (has_place(shape)) add_fix(animal, shape.Location, time_cell(*feature, times));
-    }
-    for (auto& [name, animal] : animals) result.Animals.push_back(std::move(animal));
-    name_animals(result, analysis::IsTextId(fields.at(id).Type));
-    return result;
+bool ConsoleListener::IsStopped() const {
+    return StopSignals::Came();
 }
 
 }  // namespace wxl::cli

@@ -30,6 +30,7 @@ MAY_INCLUDE = {
     "isopleths": {"platform", "utilities"},
     "comparison": {"platform", "engine", "isopleths"},
     "analysis": {"platform", "engine", "isopleths", "comparison", "tracking_times", "utilities"},
+    "akde": {"platform", "engine", "isopleths", "tracking_times", "utilities", "analysis", "movement_models"},
     "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
     "batch": {"platform", "engine", "analysis"},
     "results_page": {"platform", "engine", "pictures", "analysis"},
@@ -41,6 +42,7 @@ REFUSED = {
     "engine": {"platform/controls.h", "platform/map.h", "platform/services.h", "platform/workspaces.h"},
     # A run takes values; the form shows them.
     "analysis": {"platform/controls.h"},
+    "akde": {"platform/controls.h"},
     "batch": {"platform/controls.h"},
     "results_page": {"platform/controls.h"},
 }
@@ -54,7 +56,7 @@ ADAPTERS = {
     "adapters/shapefile": {"platform", "adapters/disk"},
     "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile"},
     "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
-    "adapters/qgis": {"platform", "pictures", "analysis", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
+    "adapters/qgis": {"platform", "pictures", "akde", "analysis", "movement_models", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
 }
 SOURCES = {".h", ".cpp"}
 

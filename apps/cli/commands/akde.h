@@ -1,7 +1,10 @@
 #pragma once
-#include "apps/cli/movement_fit.h"
+#include "apps/cli/console.h"
+#include "apps/cli/movement_fit_options.h"
+#include "apps/cli/timed_fixes.h"
 
 #include <optional>
+#include <string>
 
 namespace wxl::cli {
 
@@ -13,7 +16,7 @@ struct AkdeOptions {
     std::string Prefix;
     std::optional<double> CellSize;  ///< map units; nothing: each animal's own
     double Scaling = 1e6;
-    std::string Extent = "min";  ///< "min", "ref:RASTER"
+    std::string Extent = "min";  ///< "min", "full", "full:BUFFER", "ref:RASTER"
     std::string RasterFormat = "GRID";
     std::string Isopleths = "95,50";
     std::string Weights = "uniform";  ///< "uniform", "optimal"

@@ -22,6 +22,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace movement_models;
+using akde::AnimalModels;
+using akde::TimedAnimal;
+using akde::TimedAnimals;
 using platform::NumberText;
 
 constexpr double kLevel = 0.95;
@@ -259,14 +262,14 @@ pictures::VariogramPicture picture_of(const AnimalModels& fitted, const Units& u
 }
 
 /// The files of --plot, refused before anything is computed.
-std::vector<TextOutput> plots_of(const ModelsOptions& options, const TimedAnimals& animals) {
+std::vector<TextOutput> plots_of(const ModelsOptions& options, const TimedLayer& layer) {
     std::vector<TextOutput> plots;
     if (options.Plot.empty()) return plots;
     make_output_folder(options.Plot);
-    for (const TimedAnimal& animal : animals.Animals) {
+    for (const TimedAnimal& animal : layer.Animals.Animals) {
         platform::CheckDatasetName(animal.NamingId);
         const fs::path plot = fs::path(options.Plot) / (animal.NamingId + "_variogram.svg");
-        animals.Read.Refuse(plot);
+        layer.Read.Refuse(plot);
         plots.emplace_back(plot.string(), options.Overwrite);
     }
     return plots;
@@ -299,20 +302,22 @@ void register_models(CLI::App& command, ModelsOptions& options) {
 }
 
 int run_models(const ModelsOptions& options, Console& console) {
-    if (!options.Fit.At.empty()) given_model(options.Fit.At);
+    const akde::FitSettings settings = fit_settings(options.Fit);
     std::optional<TextOutput> csv;
     if (!options.Csv.empty()) csv.emplace(options.Csv, options.Overwrite);
-    const TimedAnimals animals = read_timed_animals(options.Input, console);
-    if (csv) animals.Read.Refuse(csv->Path());
-    const std::vector<TextOutput> plots = plots_of(options, animals);
+    const TimedLayer layer = read_timed_layer(options.Input, console);
+    const TimedAnimals& animals = layer.Animals;
+    if (csv) layer.Read.Refuse(csv->Path());
+    const std::vector<TextOutput> plots = plots_of(options, layer);
+    ConsoleListener listener(console);
     const Units units{animals.Reference.MetersPerUnit == 1.0};
 
     Json json = Json::array();
     TextTable table{{std::begin(kCsvColumns), std::end(kCsvColumns)}, {}};
     std::size_t failed = 0;
     for (std::size_t i = 0; i < animals.Animals.size(); ++i) {
-        const AnimalModels fitted = fit_animal(animals.Animals[i], options.Fit, console);
-        report_animal(fitted, options.Json, console);
+        const AnimalModels fitted = fit_animal(animals.Animals[i], animals.NumberTimes, settings, listener);
+        report_animal(fitted, options.Json, listener);
         if (!fitted.Chosen) ++failed;
         if (options.Json) json.push_back(json_of(fitted, options, animals.NumberTimes));
         if (csv) add_csv_rows(fitted, animals.NumberTimes, table);

@@ -1,5 +1,7 @@
 #pragma once
-#include "apps/cli/movement_fit.h"
+#include "apps/cli/console.h"
+#include "apps/cli/movement_fit_options.h"
+#include "apps/cli/timed_fixes.h"
 
 namespace wxl::cli {
 

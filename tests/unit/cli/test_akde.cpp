@@ -4,7 +4,10 @@
 #include "tests/unit/cli/timed_rows.h"
 
 #include <algorithm>
+#include <cmath>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace wxl::cli {
@@ -44,6 +47,138 @@ TEST(Akde, Json_of_fourteen_fixes) {
     EXPECT_NEAR(isopleths[2]["area"].get<double>() / 6471294, 1.0, 2e-4);
     EXPECT_EQ(animal["raster"], "K1");
     EXPECT_EQ(animal["files"].size(), 2U);
+}
+
+// What wxl kde tells of an animal is told here too, in the same order.
+TEST(Akde, Json_has_the_keys_of_kde_and_its_own) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const Ran kde = run_wxl(
+        {"kde", layer, "--id-field", "animal", "--out", (folder / "kde").string(), "--cell-size", "10", "--json"});
+    ASSERT_EQ(kde.Code, 0) << kde.Err;
+    std::vector<std::string> keys;
+    const Json other = Json::parse(kde.Out)["animals"][0];
+    for (const auto& [key, value] : other.items()) keys.push_back(key);
+    for (const char* own :
+         {"verdict", "model", "tau_position_s", "tau_velocity_s", "bandwidth_matrix", "h", "dof_bandwidth", "dof_area",
+          "bias", "weights", "effective_weights", "zero_weights", "isopleths"})
+        keys.push_back(own);
+    const Ran ran = run_akde_on(layer, (folder / "out").string(), {"--json"});
+    const Json animal = Json::parse(ran.Out)["animals"][0];
+    std::vector<std::string> told;
+    for (const auto& [key, value] : animal.items()) told.push_back(key);
+    EXPECT_EQ(told, keys);
+    EXPECT_EQ(animal["method"], "akde");
+    EXPECT_TRUE(animal["reason"].is_null());
+    EXPECT_EQ(animal["bandwidth"], animal["h"]);
+    EXPECT_NEAR(animal["bandwidth_map_units"].get<double>(), 0.951585954 * std::sqrt(158353.7138), 1e-5);
+    EXPECT_EQ(animal["reach"], 10.0);
+    EXPECT_EQ(animal["edge_warning"], false);
+    EXPECT_EQ(animal["status"], 0);
+    EXPECT_EQ(animal["warnings"].size(), 2U);
+}
+
+TEST(Akde, Json_of_an_animal_without_a_range_says_why) {
+    ScratchFolder folder;
+    const Ran ran =
+        run_akde_on(make_layer(folder, "b,500000,5800000,2020-01-01\n"), (folder / "out").string(), {"--json"});
+    EXPECT_EQ(ran.Code, 1);
+    const Json animal = Json::parse(ran.Out)["animals"][0];
+    EXPECT_EQ(animal["reason"], "There is 1 fix of different times: at least 3 are needed.");
+    EXPECT_EQ(animal["status"], 1);
+    EXPECT_TRUE(animal["bandwidth_matrix"].is_null());
+    EXPECT_EQ(animal["isopleths"].size(), 0U);
+    EXPECT_NE(read_file(folder / "out/WXL_AKDE_SUMMARY.csv").find("b,1,"), std::string::npos);
+}
+
+TEST(Akde, Fixes_that_meet_a_condition) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + fourteen_rows("b"));
+    const Ran ran = run_akde_on(layer, (folder / "out").string(), {"--json", "--where", "animal = 'b'"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const Json json = Json::parse(ran.Out);
+    ASSERT_EQ(json["animals"].size(), 1U);
+    EXPECT_EQ(json["animals"][0]["id"], "b");
+    const Ran none = run_akde_on(layer, (folder / "two").string(), {"--where", "animal = 'c'"});
+    EXPECT_EQ(none.Code, 1);
+    EXPECT_EQ(none.Err, "wxl: no fix meets --where animal = 'c'\n");
+}
+
+TEST(Akde, Full_extent_is_one_grid_for_all_animals) {
+    ScratchFolder folder;
+    std::string rows = fourteen_rows("a");
+    std::string shifted = fourteen_rows("b");
+    for (std::size_t at = shifted.find("b,500"); at != std::string::npos; at = shifted.find("b,500", at + 1))
+        shifted.replace(at, 5, "b,502");
+    for (std::size_t at = shifted.find("b,499"); at != std::string::npos; at = shifted.find("b,499", at + 1))
+        shifted.replace(at, 5, "b,501");
+    const std::string layer = make_layer(folder, rows + shifted);
+    const Ran ran = run_akde_on(layer, (folder / "out").string(),
+                                {"--json", "--extent", "full", "--cell-size", "20", "--raster-format", "gtiff"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const Json animals = Json::parse(ran.Out)["animals"];
+    ASSERT_EQ(animals.size(), 2U);
+    for (const char* key : {"columns", "rows", "cell_size", "origin"}) EXPECT_EQ(animals[0][key], animals[1][key]);
+    // 4 x 0.951585954 x 397.936821 beyond -82, and beyond 538 + 2000
+    EXPECT_EQ(animals[0]["origin"][0], 498400.0);
+    EXPECT_EQ(animals[0]["columns"], (504060 - 498400) / 20);
+    EXPECT_NEAR(animals[1]["isopleths"][1]["area"].get<double>() / 2769916, 1.0, 1e-3);
+    const Ran buffered =
+        run_akde_on(layer, (folder / "two").string(), {"--json", "--extent", "full:100", "--cell-size", "20"});
+    EXPECT_EQ(Json::parse(buffered.Out)["animals"][0]["edge_warning"], true);
+    EXPECT_NE(buffered.Err.find("% of the distribution lies on the raster; a larger one would show it whole\n"),
+              std::string::npos);
+}
+
+// A density of 1e300 has no cell: the run fails after the old files could have been touched.
+TEST(Akde, A_replacement_that_fails_leaves_the_old_files) {
+    for (const char* format : {"grid", "gtiff"}) {
+        ScratchFolder folder;
+        const std::string layer = make_layer(folder, fourteen_rows("a"));
+        const std::string out = (folder / "out").string();
+        ASSERT_EQ(run_akde_on(layer, out, {"--raster-format", format, "--lines"}).Code, 0);
+        const auto contents = [&] {
+            std::map<std::string, std::string> files;
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(out))
+                if (entry.is_regular_file() && entry.path().extension() != ".csv")
+                    files[entry.path().string()] = read_file(entry.path());
+            return files;
+        };
+        const auto before = contents();
+        const Ran ran =
+            run_akde_on(layer, out, {"--raster-format", format, "--lines", "--overwrite", "--scaling", "1e300"});
+        EXPECT_EQ(ran.Code, 1);
+        EXPECT_EQ(contents(), before) << format;
+    }
+}
+
+TEST(Akde, Overwrite_replaces_a_raster_of_the_other_format_and_nothing_foreign) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(run_akde_on(layer, out, {"--lines"}).Code, 0);
+    EXPECT_EQ(run_akde_on(layer, out, {"--raster-format", "gtiff", "--overwrite"}).Code, 0);
+    EXPECT_EQ(names_in(out), (std::set<std::string>{"1.tif", "1_poly.cpg", "1_poly.dbf", "1_poly.prj", "1_poly.shp",
+                                                    "1_poly.shx", "WXL_AKDE_SUMMARY.csv"}));
+    const std::string other = (folder / "other").string();
+    std::filesystem::create_directories(other + "/1");
+    write_file(folder, "other/1/mine.txt", "kept");
+    const Ran ran = run_akde_on(layer, other, {"--overwrite"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_NE(ran.Err.find("is no raster and is not replaced: choose another folder or prefix\n"), std::string::npos)
+        << ran.Err;
+    EXPECT_EQ(read_file(other + "/1/mine.txt"), "kept");
+}
+
+TEST(Akde, Names_that_are_taken_are_told_before_anything_is_computed) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    std::filesystem::create_directories(out);
+    write_file(folder, "out/1_poly.dbf", "");
+    const Ran ran = run_akde_on(layer, out);
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: " + out + "/1_poly.dbf exists: choose another folder or prefix, or give --overwrite\n");
 }
 
 TEST(Akde, Outlines_have_the_areas_that_are_told) {
@@ -112,7 +247,9 @@ TEST(Akde, Wrong_values_are_wrong_calls) {
     EXPECT_EQ(code({"--isopleths", ""}), 2);
     EXPECT_EQ(code({"--cell-size", "0"}), 2);
     EXPECT_EQ(code({"--scaling", "-1"}), 2);
-    EXPECT_EQ(code({"--extent", "full"}), 2);
+    EXPECT_EQ(code({"--extent", "whole"}), 2);
+    EXPECT_EQ(code({"--extent", "full:x"}), 2);
+    EXPECT_EQ(code({"--prefix", "a/b"}), 2);
     EXPECT_EQ(code({"--weights", "some"}), 2);
     EXPECT_EQ(code({"--at", "OU"}), 2);
 }
@@ -123,7 +260,7 @@ TEST(Akde, Too_many_cells_are_refused_with_advice) {
     const Ran ran =
         run_akde_on(make_layer(folder, fourteen_rows("a")), (folder / "out").string(), {"--cell-size", "0.001"});
     EXPECT_EQ(ran.Code, 1);
-    EXPECT_NE(ran.Err.find("more than 50 million: give a larger --cell-size\n"), std::string::npos) << ran.Err;
+    EXPECT_NE(ran.Err.find("more than 50 million: give a larger cell size\n"), std::string::npos) << ran.Err;
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include "apps/cli/movement_fit.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/timed_rows.h"
 
@@ -78,17 +77,6 @@ TEST(Models, Given_scales_have_their_likelihoods) {
     EXPECT_NEAR(iid["loglik_ml"].get<double>(), -58.8715338501, 1e-9);
 }
 
-TEST(Models, Given_models_are_spelled_exactly) {
-    EXPECT_EQ(given_model("OUf:5").Model.Kind, movement_models::ModelKind::kCritical);
-    EXPECT_EQ(given_model("OUF:50,5").Model,
-              (movement_models::Autocorrelation{movement_models::ModelKind::kOuf, {50, 5}}));
-    EXPECT_EQ(given_model("IID").Shape, movement_models::RangeShape::kAnisotropic);
-    EXPECT_EQ(given_model("OU:ISOTROPIC:1e3").Shape, movement_models::RangeShape::kIsotropic);
-    for (const char* wrong : {"", "OU", "OU:", "OU:0", "OU:-1", "OU:1,2", "OUF:5", "OUF:5,5", "OUF:5,6", "ouf:5",
-                              "IID:5", "OU:isotropic", "OU:1:isotropic", "BM:1", "OU:nan", "OU:1:2"})
-        EXPECT_THROW(given_model(wrong), WrongCall) << wrong;
-}
-
 TEST(Models, A_wrong_model_is_a_wrong_call) {
     const Ran ran = run_wxl({"models", "none.shp", "--id-field", "a", "--time-field", "t", "--at", "OUF:5"});
     EXPECT_EQ(ran.Code, 2);
@@ -146,7 +134,7 @@ TEST(Models, Degenerate_animals_have_a_sentence_each) {
     EXPECT_EQ(json[2]["verdict"], "There are 0 fixes of different times: at least 3 are needed.");
     EXPECT_EQ(
         json[3]["verdict"],
-        "3 fixes have the time of another fix at another place: no model of movement has a likelihood. Remove "
+        "3 fixes have the time of another fix at another place (the first: 2020-01-01T00:00:00Z): no model of movement has a likelihood. Remove "
         "duplicates in time first (wxl remove-duplicates --by time2), or name a field whose times tell them apart.");
     EXPECT_NE(ran.Err.find("timeless: 1 fix without a time left out\n"), std::string::npos) << ran.Err;
     EXPECT_NE(ran.Err.find("line: All fixes lie on one line: anisotropic models are out, isotropic ones hold.\n"),
@@ -162,19 +150,6 @@ TEST(Models, No_time_field_names_those_there_are) {
     EXPECT_EQ(ran.Err, "wxl: " + layer +
                            " has no field \"when\" for the time of its fixes; its fields are: animal, Time2, Date, "
                            "Time1\n");
-}
-
-TEST(TimedFixes, Moments_keep_their_fractions) {
-    const auto moment = moment_of(std::string("1970-01-02T00:00:01.250Z"));
-    ASSERT_TRUE(moment);
-    EXPECT_EQ(moment->Seconds, 86401);
-    EXPECT_NEAR(moment->Fraction, 0.25, 1e-15);
-    EXPECT_EQ(moment_of(std::int64_t{77})->Seconds, 77);
-    EXPECT_EQ(moment_of(-0.5)->Seconds, -1);
-    EXPECT_EQ(moment_of(-0.5)->Fraction, 0.5);
-    EXPECT_FALSE(moment_of(std::string("soon")));
-    EXPECT_FALSE(moment_of(std::monostate{}));
-    EXPECT_FALSE(moment_of(std::nan("")));
 }
 
 }  // namespace

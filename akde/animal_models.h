@@ -1,8 +1,10 @@
 #pragma once
-// What wxl models and wxl akde have in common: an animal's fixes, its models, its verdict.
+// The models of one animal, and what they say of it.
 
-#include "apps/cli/timed_fixes.h"
+#include "akde/listener.h"
+#include "akde/timed_animals.h"
 #include "movement_models/fit.h"
+#include "movement_models/track.h"
 #include "movement_models/variogram.h"
 #include "movement_models/verdict.h"
 
@@ -10,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace wxl::cli {
+namespace wxl::akde {
 
 /// A model as the user gives it.
 struct GivenModel {
@@ -18,18 +20,15 @@ struct GivenModel {
     movement_models::RangeShape Shape = movement_models::RangeShape::kAnisotropic;
 };
 
-/// "OU:10800", "OUF:isotropic:86400,3600", "IID:isotropic"; WrongCall that names the option for anything else. The
-/// letters of OUf and OUF differ in size only, so that these count.
-GivenModel given_model(const std::string& text);
+/// "OU:10800", "OUF:isotropic:86400,3600", "IID:isotropic"; nothing for anything else. The letters of OUf and OUF
+/// differ in size only, so that these count.
+std::optional<GivenModel> parse_given_model(const std::string& text);
 
 /// How models are chosen.
-struct FitOptions {
-    std::string Method = "pHREML";  ///< "ML", "REML", "pHREML"
-    std::string At;                 ///< a given model; empty: the best of all
+struct FitSettings {
+    movement_models::Estimation Method = movement_models::Estimation::kPhreml;  ///< ML, REML or pHREML
+    std::optional<GivenModel> Given;                                            ///< nothing: the best of all
 };
-
-/// Gives `command` --method and --at.
-void add_fit_options(CLI::App& command, FitOptions& options);
 
 /// One animal, fitted.
 struct AnimalModels {
@@ -47,10 +46,10 @@ struct AnimalModels {
     std::string LastTime(bool number) const;
 };
 
-/// Fits the models of an animal, or takes the given one.
-AnimalModels fit_animal(const TimedAnimal& animal, const FitOptions& options, Console& console);
+/// Fits the models of an animal, or takes the given one. `numberTimes` as TimedAnimals says.
+AnimalModels fit_animal(const TimedAnimal& animal, bool numberTimes, const FitSettings& settings, IListener& listener);
 
-/// Tells on standard error what was left out and what asks for care.
-void report_animal(const AnimalModels& fitted, bool verdicts, Console& console);
+/// Tells the listener what was left out and what asks for care; with `verdicts` also why there is no model.
+void report_animal(const AnimalModels& fitted, bool verdicts, IListener& listener);
 
-}  // namespace wxl::cli
+}  // namespace wxl::akde

@@ -1,0 +1,197 @@
+#include "akde/range_run.h"
+
+#include "akde/range_files.h"
+#include "akde/range_summary.h"
+#include "platform/file_system.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace wxl::akde {
+
+namespace {
+
+using movement_models::FittedModel;
+using platform::NumberText;
+
+RangePlace place_of(const RangeSettings& settings, const std::string& namingId,
+                    const platform::SpatialReference& reference) {
+    return {settings.Folder, settings.Prefix + namingId, settings.RasterFormat, settings.Scaling, settings.Lines,
+            reference};
+}
+
+RangeRecord record_of(const AnimalModels& fitted, bool numberTimes) {
+    RangeRecord record;
+    record.Id = fitted.Animal->Id;
+    record.NamingId = fitted.Animal->NamingId;
+    record.Given = fitted.FixesGiven();
+    record.Used = fitted.Track.Fixes.Size();
+    record.First = fitted.FirstTime(numberTimes);
+    record.Last = fitted.LastTime(numberTimes);
+    record.Duration = fitted.Track.Fixes.Duration();
+    record.Models = fitted.Models;
+    record.Chosen = fitted.Chosen;
+    record.GivenModel = fitted.Given;
+    record.Variogram = fitted.Variogram;
+    record.Verdict = fitted.Verdict;
+    record.Notes = fitted.Notes;
+    if (!fitted.Chosen) record.Reason = fitted.Verdict.Text;
+    return record;
+}
+
+void take_smoothing(const Smoothing& smoothing, RangeRecord& record) {
+    record.Matrix = smoothing.Matrix;
+    record.H = smoothing.Bandwidth.H();
+    record.DofBandwidth = movement_models::equivalent_fixes(smoothing.Bandwidth.Squared);
+    record.Bias = smoothing.Bandwidth.Bias;
+    record.EffectiveWeights = smoothing.Bandwidth.EffectiveWeights();
+    record.ZeroWeights = smoothing.Bandwidth.ZeroWeights();
+}
+
+void take_range(AnimalRange& range, RangeRecord& record) {
+    record.Grid = range.Geometry;
+    record.Volume = range.Volume;
+    record.HighestAtEdge = range.HighestAtEdge;
+    record.Isopleths = std::move(range.Isopleths);
+}
+
+void refuse_standing(const RangeSettings& settings, const TimedAnimals& animals, const platform::Services& services) {
+    for (const TimedAnimal& animal : animals.Animals) platform::CheckDatasetName(settings.Prefix + animal.NamingId);
+    if (settings.Overwrite) return;
+    const auto standing = standing_outputs(settings, animals, services);
+    if (!standing.empty())
+        platform::Raise(platform::error_number::kFileExists,
+                        standing.front().string() + " exists: choose another folder or prefix");
+}
+
+std::unique_ptr<platform::IFolderLock> locked(const std::filesystem::path& folder, platform::IFolderLocks& locks) {
+    std::string holder;
+    auto lock = locks.Take(folder, holder);
+    if (!lock)
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        "another analysis is writing into the output folder (" + holder +
+                            "): wait until it has finished, or choose another folder");
+    lock->RemoveLeftovers({});
+    return lock;
+}
+
+std::string percent_text(double share) {
+    return NumberText(std::round(share * 10000.0) / 100.0);
+}
+
+}  // namespace
+
+std::optional<double> RangeRecord::AreaAt(double percent, const std::string& bound) const {
+    for (const RangeIsopleth& isopleth : Isopleths)
+        if (isopleth.Percent == percent && isopleth.Bound == bound) return isopleth.Area;
+    return std::nullopt;
+}
+
+bool RangeRecord::IsCut() const {
+    return std::any_of(Isopleths.begin(), Isopleths.end(), [this](const RangeIsopleth& isopleth) {
+        return !isopleth.Level || *isopleth.Level < HighestAtEdge;
+    });
+}
+
+std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
+                                                    const platform::Services& services) {
+    std::vector<std::filesystem::path> standing;
+    if (services.Files->FileExists(settings.Folder / kRangeSummary))
+        standing.push_back(settings.Folder / kRangeSummary);
+    for (const TimedAnimal& animal : animals.Animals) {
+        const auto files = standing_files(place_of(settings, animal.NamingId, {}), services);
+        standing.insert(standing.end(), files.begin(), files.end());
+    }
+    return standing;
+}
+
+RangeRun::Prepared RangeRun::Prepare(const TimedAnimal& animal, bool numberTimes) const {
+    const AnimalModels fitted = fit_animal(animal, numberTimes, m_settings.Fit, m_listener);
+    report_animal(fitted, true, m_listener);
+    Prepared prepared{record_of(fitted, numberTimes), {}};
+    prepared.Record.RasterName = m_settings.Prefix + animal.NamingId;
+    if (!fitted.Chosen) return prepared;
+    prepared.Kernels = smoothing_of(fitted, m_settings.Optimal, m_listener);
+    take_smoothing(prepared.Kernels, prepared.Record);
+    return prepared;
+}
+
+AnimalRange RangeRun::Smooth(const Prepared& prepared, const platform::RasterGeometry* grid) const {
+    const double dof = prepared.Record.Chosen->DofArea;
+    if (grid != nullptr) return range_on(prepared.Kernels, dof, *grid, m_settings.Percentages, m_listener);
+    return range_of(prepared.Kernels, dof, m_settings.CellSize.value_or(0.0), m_settings.Percentages, m_listener);
+}
+
+void RangeRun::Finish(Prepared& prepared, const platform::RasterGeometry* grid,
+                      const platform::SpatialReference& reference) const {
+    RangeRecord& record = prepared.Record;
+    if (!record.IsDone()) return;
+    try {
+        AnimalRange range = Smooth(prepared, grid);
+        record.Files = write_range(range, place_of(m_settings, record.NamingId, reference), m_services);
+        take_range(range, record);
+        ReportGrid(record);
+    } catch (const platform::RuntimeError& error) {
+        record.Reason = error.Description;
+        m_listener.Problem(platform::ValueText(record.Id) + ": " + error.Description);
+    }
+}
+
+void RangeRun::ReportGrid(const RangeRecord& record) const {
+    constexpr double kWhole = 0.99;
+    const std::string name = platform::ValueText(record.Id);
+    if (record.Volume < kWhole)
+        m_listener.Problem(name + ": " + percent_text(record.Volume) +
+                           " % of the distribution lies on the raster; a larger one would show it whole");
+    for (const RangeIsopleth& isopleth : record.Isopleths)
+        if (!isopleth.Level)
+            m_listener.Problem(name + ": the " + isopleth.Bound + " outline of " + NumberText(isopleth.Percent) +
+                               " % has an area larger than the raster and is not drawn");
+}
+
+std::vector<RangeRun::Prepared> RangeRun::PrepareAll(const TimedAnimals& animals, RangeOutcome& outcome) const {
+    std::vector<Prepared> all;
+    for (const TimedAnimal& animal : animals.Animals) {
+        if ((outcome.Stopped = m_listener.IsStopped())) break;
+        all.push_back(Prepare(animal, animals.NumberTimes));
+    }
+    return all;
+}
+
+RangeOutcome RangeRun::Run(const TimedAnimals& animals, const std::function<void(const RangeRecord&)>& met) {
+    const auto lock = locked(m_settings.Folder, *m_services.Locks);
+    refuse_standing(m_settings, animals, m_services);
+    RangeOutcome outcome{.Summary = m_settings.Folder / kRangeSummary};
+    RangeSummary summary(m_settings);
+    const auto finish = [&](Prepared& prepared, const platform::RasterGeometry* grid) {
+        Finish(prepared, grid, animals.Reference);
+        summary.Add(prepared.Record);
+        ++outcome.Done;
+        if (!prepared.Record.IsDone()) ++outcome.Failed;
+        met(prepared.Record);
+    };
+    if (m_settings.Extent == RangeExtent::kFull) {
+        std::vector<Prepared> all = PrepareAll(animals, outcome);
+        std::vector<const Smoothing*> kernels;
+        for (const Prepared& prepared : all)
+            if (prepared.Record.IsDone()) kernels.push_back(&prepared.Kernels);
+        platform::RasterGeometry grid;
+        if (!kernels.empty()) grid = common_grid(kernels, m_settings.Buffer, m_settings.CellSize.value_or(0.0));
+        for (Prepared& prepared : all) finish(prepared, &grid);
+    } else {
+        const bool given = m_settings.Extent == RangeExtent::kReference;
+        for (const TimedAnimal& animal : animals.Animals) {
+            if ((outcome.Stopped = m_listener.IsStopped())) break;
+            Prepared prepared = Prepare(animal, animals.NumberTimes);
+            finish(prepared, given ? &m_settings.Reference : nullptr);
+        }
+    }
+    platform::PublishFile(*m_services.Files, outcome.Summary, summary.Text());
+    return outcome;
+}
+
+}  // namespace wxl::akde

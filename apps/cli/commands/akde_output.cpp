@@ -1,0 +1,131 @@
+#include "apps/cli/commands/akde_output.h"
+
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace wxl::cli {
+
+namespace {
+
+using akde::RangeIsopleth;
+using akde::RangeRecord;
+using akde::RangeSettings;
+using movement_models::FittedModel;
+using movement_models::ModelKind;
+using platform::NumberText;
+
+std::optional<double> if_positive(double value) {
+    return value > 0.0 ? std::optional(value) : std::nullopt;
+}
+
+Json isopleths_json(const RangeRecord& record) {
+    Json json = Json::array();
+    for (const RangeIsopleth& isopleth : record.Isopleths)
+        json.push_back(
+            {{"percent", isopleth.Percent}, {"bound", isopleth.Bound}, {"area", json_number(isopleth.Area)}});
+    return json;
+}
+
+Json levels_json(const RangeRecord& record, double scaling) {
+    Json json = Json::array();
+    for (const RangeIsopleth& isopleth : record.Isopleths)
+        if (isopleth.Bound == "est")
+            json.push_back(
+                {{"percent", isopleth.Percent},
+                 {"level", json_number(isopleth.Level ? std::optional(*isopleth.Level * scaling) : std::nullopt)},
+                 {"area", json_number(isopleth.Area)}});
+    return json;
+}
+
+/// Share of a kernel that lies beyond its reach.
+double beyond_reach() {
+    return std::exp(-0.5 * akde::kKernelReach * akde::kKernelReach);
+}
+
+/// The radius of the circle that is as large as the kernel's ellipse.
+double mean_deviation(const RangeRecord& record) {
+    return std::sqrt(std::sqrt(record.Matrix.Determinant()));
+}
+
+/// The keys that every estimator has.
+Json common_json(const RangeRecord& record, const RangeSettings& settings) {
+    const bool done = record.IsDone();
+    const auto of_range = [&](double value) { return done ? json_number(value) : Json(); };
+    return {{"id", json_value(record.Id)},
+            {"naming_id", record.NamingId},
+            {"n", record.Used},
+            {"method", "akde"},
+            {"bandwidth", of_range(record.H)},
+            {"bandwidth_map_units", of_range(mean_deviation(record))},
+            {"href", nullptr},
+            {"minimised", nullptr},
+            {"local_minima", nullptr},
+            {"reason", done ? Json() : Json(record.Reason)},
+            {"columns", record.Grid.Columns},
+            {"rows", record.Grid.Rows},
+            {"cell_size", record.Grid.CellSize},
+            {"origin", {json_number(record.Grid.OriginX), json_number(record.Grid.OriginY)}},
+            {"volume", of_range(record.Volume * settings.Scaling)},
+            {"reach", of_range(akde::kKernelReach)},
+            {"beyond_reach", of_range(beyond_reach())},
+            {"lost_at_edge", of_range(std::max(0.0, 1.0 - record.Volume - beyond_reach()))},
+            {"raster", record.RasterName},
+            {"levels", levels_json(record, settings.Scaling)},
+            {"max_edge_value", of_range(record.HighestAtEdge * settings.Scaling)},
+            {"edge_warning", record.IsCut()},
+            {"status", done ? 0 : 1},
+            {"isopleth_status", 0},
+            {"warnings", record.Verdict.Warnings},
+            {"files", record.Files}};
+}
+
+std::string area_text(std::optional<double> area, bool metres) {
+    if (!area) return "not defined";
+    return fmt::format("{:.4g}", metres ? *area / 1e6 : *area);
+}
+
+}  // namespace
+
+Json json_of(const RangeRecord& record, const RangeSettings& settings) {
+    Json json = common_json(record, settings);
+    json["verdict"] = record.Verdict.Text;
+    const bool done = record.IsDone();
+    const auto of_range = [&](std::optional<double> value) { return done ? json_number(value) : Json(); };
+    const FittedModel model = record.Chosen.value_or(FittedModel{});
+    json["model"] = record.Chosen ? Json(model_title(model.Model.Kind, model.Shape)) : Json();
+    json["tau_position_s"] = json_number(if_positive(model.Model.Scales.Position));
+    json["tau_velocity_s"] = json_number(if_positive(
+        model.Model.Kind == ModelKind::kCritical ? model.Model.Scales.Position : model.Model.Scales.Velocity));
+    json["bandwidth_matrix"] =
+        done ? Json{json_number(record.Matrix.XX), json_number(record.Matrix.XY), json_number(record.Matrix.YY)}
+             : Json();
+    json["h"] = of_range(record.H);
+    json["dof_bandwidth"] = of_range(record.DofBandwidth);
+    json["dof_area"] = json_number(if_positive(model.DofArea));
+    json["bias"] = of_range(record.Bias);
+    json["weights"] = settings.Optimal ? "optimal" : "uniform";
+    json["effective_weights"] = of_range(record.EffectiveWeights);
+    json["zero_weights"] = done ? Json(record.ZeroWeights) : Json();
+    json["isopleths"] = isopleths_json(record);
+    return json;
+}
+
+void print_range(const RangeRecord& record, bool metres, Console& console) {
+    const std::string name = platform::ValueText(record.Id);
+    if (!record.IsDone()) return console.Result(fmt::format("{}: failed ({})", name, record.Reason));
+    const FittedModel& model = *record.Chosen;
+    console.Result(fmt::format("{}: {} fixes, {}, worth {:.4g} fixes, h {:.4g}, {} x {} cells: {}", name, record.Used,
+                               model_title(model.Model.Kind, model.Shape), model.DofArea, record.H, record.Grid.Columns,
+                               record.Grid.Rows, record.Files.front()));
+    for (const RangeIsopleth& isopleth : record.Isopleths)
+        if (isopleth.Bound == "est")
+            console.Result(fmt::format("  {} %: {}{} ({} to {})", NumberText(isopleth.Percent),
+                                       area_text(isopleth.Area, metres), metres ? " km2" : "",
+                                       area_text(record.AreaAt(isopleth.Percent, "low"), metres),
+                                       area_text(record.AreaAt(isopleth.Percent, "high"), metres)));
+}
+
+}  // namespace wxl::cli
