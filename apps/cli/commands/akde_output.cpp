@@ -1,5 +1,6 @@
 #include "apps/cli/commands/akde_output.h"
 
+#include "apps/cli/commands/kde_output.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -50,36 +51,35 @@ double mean_deviation(const RangeRecord& record) {
     return std::sqrt(std::sqrt(record.Matrix.Determinant()));
 }
 
-/// The keys that every estimator has.
+/// An animal as wxl kde would tell of it, as far as it would.
+analysis::AnimalRecord kernel_record(const RangeRecord& record, const RangeSettings& settings) {
+    analysis::AnimalRecord told;
+    told.Id = record.Id;
+    told.NamingId = record.NamingId;
+    told.SampleSize = static_cast<std::int32_t>(record.Used);
+    told.Reason = record.Reason;
+    told.RasterName = record.RasterName;
+    told.EdgeWarning = record.IsCut();
+    told.Status = record.IsDone() ? 0 : 1;
+    told.Files = record.Files;
+    if (!record.IsDone()) return told;
+    told.Bandwidth = record.H;
+    told.BandwidthMapUnits = mean_deviation(record);
+    told.Grid = record.Grid;
+    told.Volume = record.Volume * settings.Scaling;
+    told.Reach = akde::kKernelReach;
+    told.BeyondReach = beyond_reach();
+    told.LostAtEdge = std::max(0.0, 1.0 - record.Volume - beyond_reach());
+    told.MaxEdgeValue = record.HighestAtEdge * settings.Scaling;
+    return told;
+}
+
 Json common_json(const RangeRecord& record, const RangeSettings& settings) {
-    const bool done = record.IsDone();
-    const auto of_range = [&](double value) { return done ? json_number(value) : Json(); };
-    return {{"id", json_value(record.Id)},
-            {"naming_id", record.NamingId},
-            {"n", record.Used},
-            {"method", "akde"},
-            {"bandwidth", of_range(record.H)},
-            {"bandwidth_map_units", of_range(mean_deviation(record))},
-            {"href", nullptr},
-            {"minimised", nullptr},
-            {"local_minima", nullptr},
-            {"reason", done ? Json() : Json(record.Reason)},
-            {"columns", record.Grid.Columns},
-            {"rows", record.Grid.Rows},
-            {"cell_size", record.Grid.CellSize},
-            {"origin", {json_number(record.Grid.OriginX), json_number(record.Grid.OriginY)}},
-            {"volume", of_range(record.Volume * settings.Scaling)},
-            {"reach", of_range(akde::kKernelReach)},
-            {"beyond_reach", of_range(beyond_reach())},
-            {"lost_at_edge", of_range(std::max(0.0, 1.0 - record.Volume - beyond_reach()))},
-            {"raster", record.RasterName},
-            {"levels", levels_json(record, settings.Scaling)},
-            {"max_edge_value", of_range(record.HighestAtEdge * settings.Scaling)},
-            {"edge_warning", record.IsCut()},
-            {"status", done ? 0 : 1},
-            {"isopleth_status", 0},
-            {"warnings", record.Verdict.Warnings},
-            {"files", record.Files}};
+    Json json = json_of(kernel_record(record, settings));
+    json["method"] = "akde";
+    json["levels"] = levels_json(record, settings.Scaling);
+    json["warnings"] = record.Verdict.Warnings;
+    return json;
 }
 
 std::string area_text(std::optional<double> area, bool metres) {
