@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace wxl::analysis {
 namespace {
@@ -91,6 +92,8 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     });
     Configure(calculator, animal);
     ChooseBandwidth(calculator, m_frame.Values.at(index));
+    comparison::AdHocBandwidth adhoc;
+    if (m_frame.Wanted.Method == BandwidthMethod::kAdHoc) adhoc = ShrinkWhileWhole(calculator, animal);
     const double radius = kernel_radius(m_frame.Wanted, animal.Fixes, calculator.GetScaledBandwidth(),
                                         m_frame.Values.at(index), {.Yield = [this] { m_services.Host->Yield(); }});
     calculator.SetLimitRadius(radius);
@@ -99,6 +102,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     calculator.CalculateKernel();
 
     record = record_of(calculator, animal, m_frame.Wanted);
+    record.AdHoc = std::move(adhoc);
     record.Value = m_frame.Values.at(index);
     record.Adaptive = !m_frame.Wanted.FixedKernel;
     measure_losses(calculator, radius, m_frame.ScalingFactor(), record);
@@ -151,12 +155,28 @@ void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double 
             m_stages.Stage("Calculating BCV...");
             return calculator.CalculateBCV();
         case BandwidthMethod::kHref:
+        case BandwidthMethod::kAdHoc:
             return calculator.CalculateHREF();
         case BandwidthMethod::kManual:
             return calculator.SetManualBandwidth(value);
         case BandwidthMethod::kProportion:
             calculator.CalculateHREF();
             return calculator.SetProportionHRefBandwidth(value);
+    }
+}
+
+/// HREF stays where there is nothing to shrink, and where the search has no room for its grid: the kernel tells why.
+comparison::AdHocBandwidth AnimalRun::ShrinkWhileWhole(engine::clsKernelCalculator& calculator,
+                                                       const AnimalFixes& animal) {
+    m_stages.Stage("Calculating ad hoc bandwidth...");
+    try {
+        comparison::AdHocBandwidth found = comparison::adhoc_bandwidth(
+            animal.Fixes, {.Parts = m_frame.Wanted.AdHocParts, .CellSize = calculator.GetCellSize()},
+            [this](double) { m_services.Host->Yield(); });
+        if (found.Bandwidth > 0.0) calculator.SetManualBandwidth(found.Bandwidth);
+        return found;
+    } catch (const platform::RuntimeError&) {
+        return {};
     }
 }
 

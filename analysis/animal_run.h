@@ -67,6 +67,7 @@ private:
     void SetFullExtent(engine::clsKernelCalculator& calculator) const;
     static void SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin);
     void ChooseBandwidth(engine::clsKernelCalculator& calculator, double value);
+    comparison::AdHocBandwidth ShrinkWhileWhole(engine::clsKernelCalculator& calculator, const AnimalFixes& animal);
     void ShowWarnings(const AnimalRecord& record) const;
     std::shared_ptr<platform::IRasterDataset> ComputeRaster(const AnimalFixes& animal, std::size_t index,
                                                             AnimalRecord& record);

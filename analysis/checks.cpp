@@ -38,6 +38,10 @@ std::optional<std::string> unusable_setting(const Settings& settings) {
     if (settings.LayerName.empty()) return "Error: please choose a point layer on the Input Data tab.";
     if (settings.IdField.empty())
         return "Error: please choose the field that names the animals (unique animal ID) on the Input Data tab.";
+    if (settings.Method == BandwidthMethod::kAdHoc && (settings.Rescale || !settings.FixedKernel))
+        return "Error: the ad hoc bandwidth is for fixed kernels of coordinates as they are. Please choose a fixed "
+               "kernel "
+               "without rescaling, or another bandwidth.";
     if (settings.OutputFolder.empty()) return "Error: please choose an output folder on the Output Options tab.";
     if (settings.Mode != ExtentMode::kReference && !(settings.Cells.Side >= 1.0))
         return "Error: please enter the raster cell size on the Output Options tab. It must be a number above 0.5 and "

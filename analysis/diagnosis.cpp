@@ -125,6 +125,23 @@ std::string cut_reason(const AnimalRecord& record) {
            "all cells of its raster are 0 (its fixes lie outside the extent)";
 }
 
+/// Why an ad hoc search ended otherwise than at a break of the range.
+std::string adhoc_reason(const AnimalRecord& record) {
+    if (record.Method != BandwidthMethod::kAdHoc || record.Status != 0) return {};
+    switch (record.AdHoc.Status) {
+        case comparison::AdHocStatus::kFound:
+            break;
+        case comparison::AdHocStatus::kInPartsAtReference:
+            return "the 95 % range is in " + parts_text(record.AdHoc.Trace.front().Range.Parts) +
+                   " at HREF already, which is kept: it is for you to decide";
+        case comparison::AdHocStatus::kWholeToCellSize:
+            return "the 95 % range stays whole down to the cell size: a smaller one lets the bandwidth shrink further";
+        case comparison::AdHocStatus::kNoBandwidth:
+            return "the grid of the ad hoc search would be too large: HREF was used; choose a larger cell size";
+    }
+    return {};
+}
+
 const char* reach_cause(const AnimalRecord& record) {
     if (record.Adaptive) return ", because an adaptive kernel is wider where fixes are sparse";
     if (record.Method == BandwidthMethod::kProportion && record.Value > 1.0)
@@ -153,6 +170,10 @@ std::string cell_text(const AnimalRecord& record) {
 
 std::string fixes_text(std::int64_t count) {
     return std::to_string(count) + (count == 1 ? " fix" : " fixes");
+}
+
+std::string parts_text(std::int32_t count) {
+    return std::to_string(count) + (count == 1 ? " part" : " parts");
 }
 
 std::string share_left_text(double share) {
@@ -241,6 +262,7 @@ SearchFacts search_facts(const AnimalRecord& record) {
 std::string diagnosis(const AnimalRecord& record) {
     std::vector<std::string> reasons = {search_reason(search_facts(record)),
                                         failure_reason(record),
+                                        adhoc_reason(record),
                                         edge_reason(record),
                                         cut_reason(record),
                                         reach_reason(record),

@@ -46,6 +46,9 @@ std::string share_left_text(double share);
 /// "1 fix", "2 fixes".
 std::string fixes_text(std::int64_t count);
 
+/// "1 part", "3 parts"
+std::string parts_text(std::int32_t count);
+
 SearchFault search_fault(const SearchFacts& facts);
 
 /// The fault in one line, without a full stop; "" for kNone. Bandwidths are told in the units of the profile.

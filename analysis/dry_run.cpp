@@ -24,6 +24,7 @@ constexpr double kSecondsPerDistribution = 5e-3;    // making its files
 constexpr double kSecondsPerPair = 8e-9;            // of fixes, in a search over pairs
 constexpr double kSecondsPerTransformedFix = 3e-6;  // in a search by transform
 constexpr double kSecondsPerTransform = 0.5;
+constexpr double kAdHocRounds = 12.0;    // kernels of falling bandwidth, each smaller than the last
 constexpr double kAdaptiveFactor = 2.0;  // a pilot estimate goes before
 
 double cells_of(const platform::RasterGeometry& grid) {
@@ -104,7 +105,8 @@ DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& ani
     const double cells = cells_of(result.Grid);
     const auto fixes = static_cast<double>(animal.Fixes.size());
     result.Megabytes = std::max(cells * kBytesPerCell / 1e6, search_megabytes(method, animal, bounds, href));
-    const double kernel = fixes * reached_cells(result.Grid, radius) * kSecondsPerUpdate;
+    const double rounds = method == BandwidthMethod::kAdHoc ? kAdHocRounds : 1.0;
+    const double kernel = rounds * fixes * reached_cells(result.Grid, radius) * kSecondsPerUpdate;
     result.Seconds = kSecondsPerDistribution + search_seconds(method, fixes) +
                      kernel * (frame.Wanted.FixedKernel ? 1.0 : kAdaptiveFactor) + cells * kSecondsPerCell;
     return result;

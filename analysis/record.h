@@ -3,6 +3,7 @@
 
 #include "analysis/coincidence.h"
 #include "analysis/settings.h"
+#include "comparison/adhoc_bandwidth.h"
 #include "comparison/minimum_convex_polygon.h"
 #include "engine/search_profile.h"
 #include "platform/values.h"
@@ -31,12 +32,13 @@ struct AnimalRecord {
     std::optional<double> Schoener;      ///< indices of independence; absent where not defined
     std::optional<double> SwihartSlade;  ///< the same
     BandwidthMethod Method = BandwidthMethod::kHref;
-    double Value = 0.0;              ///< the bandwidth or proportion of a list; 0 for the other methods
-    double Bandwidth = 0.0;          ///< units of the stored sample (unit variance when rescaled)
-    double BandwidthMapUnits = 0.0;  ///< the same in map units
-    double Href = 0.0;               ///< units of the stored sample; 0 for a user-defined bandwidth
-    bool Minimized = false;          ///< LSCV and BCV: the search ended at a minimum inside its range
-    engine::SearchProfile Profile;   ///< LSCV and BCV: every row, also those that the search did not reach
+    double Value = 0.0;                ///< the bandwidth or proportion of a list; 0 for the other methods
+    double Bandwidth = 0.0;            ///< units of the stored sample (unit variance when rescaled)
+    double BandwidthMapUnits = 0.0;    ///< the same in map units
+    double Href = 0.0;                 ///< units of the stored sample; 0 for a user-defined bandwidth
+    bool Minimized = false;            ///< LSCV and BCV: the search ended at a minimum inside its range
+    engine::SearchProfile Profile;     ///< LSCV and BCV: every row, also those that the search did not reach
+    comparison::AdHocBandwidth AdHoc;  ///< of the ad hoc method: the search, proportion by proportion
     platform::RasterGeometry Grid;
     double Volume = 0.0;
     bool Adaptive = false;     ///< the kernel is

@@ -39,6 +39,9 @@ std::string estimator_line(const Settings& settings) {
             return label + "manual (" + settings.Bandwidths.Text + ")";
         case BandwidthMethod::kProportion:
             return label + "Proportion(s) of HREF (" + settings.Proportions.Text + ")";
+        case BandwidthMethod::kAdHoc:
+            return label + "ad hoc, smallest proportion of HREF with the 95 % range in " +
+                   parts_text(settings.AdHocParts);
         case BandwidthMethod::kHref:
             break;
     }

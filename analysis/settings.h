@@ -2,6 +2,7 @@
 // The settings of a run as values: what a face of the program (form, command line, Processing) hands to an analysis.
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,11 +10,16 @@
 namespace wxl::analysis {
 
 /// How the bandwidth of a run is found.
-enum class BandwidthMethod { kLscv, kBcv, kHref, kManual, kProportion };
+enum class BandwidthMethod { kLscv, kBcv, kHref, kManual, kProportion, kAdHoc };
 
 /// Whether the method searches: LSCV and BCV do.
 constexpr bool is_search(BandwidthMethod method) {
     return method == BandwidthMethod::kLscv || method == BandwidthMethod::kBcv;
+}
+
+/// Whether a bandwidth is not known before it is computed, so that plans stand on HREF instead.
+constexpr bool is_planned_with_href(BandwidthMethod method) {
+    return is_search(method) || method == BandwidthMethod::kAdHoc;
 }
 
 /// Whether the method takes the user's own numbers, a list of bandwidths or of proportions.
@@ -68,6 +74,7 @@ struct Settings {
     BandwidthMethod Method = BandwidthMethod::kHref;
     TypedNumbers Bandwidths = {};   ///< map units; of kManual
     TypedNumbers Proportions = {};  ///< of HREF; of kProportion
+    std::int32_t AdHocParts = 1;    ///< in which a range may lie and counts as whole; of kAdHoc
     Reach KernelReach = {};
     std::string OutputFolder = {};
     std::string Prefix = {};

@@ -4,6 +4,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 #include <utility>
 
@@ -14,6 +15,7 @@ using platform::IsNumeric;
 using platform::NumberFromText;
 
 constexpr std::string_view kProportions = "prop:";
+constexpr std::string_view kAdHoc = "adhoc";
 constexpr std::string_view kFullExtent = "full:";
 constexpr std::string_view kReferenceExtent = "ref:";
 
@@ -66,10 +68,19 @@ std::optional<Reach> reach_of(std::string text) {
     return Reach{Reach::Kind::kBandwidths, std::move(text), bandwidths};
 }
 
+std::optional<std::int32_t> parts_of(const std::string& text) {
+    const double parts = number_of(text).value_or(0.0);
+    if (!(parts >= 1.0 && parts <= kMostParts) || parts != std::floor(parts)) return std::nullopt;
+    return static_cast<std::int32_t>(parts);
+}
+
 BandwidthChoice bandwidth_of(const std::string& text) {
     if (text == "href") return {BandwidthMethod::kHref};
     if (text == "lscv") return {BandwidthMethod::kLscv};
     if (text == "bcv") return {BandwidthMethod::kBcv};
+    if (text == kAdHoc) return {BandwidthMethod::kAdHoc, {}, 1};
+    if (text.starts_with(std::string(kAdHoc) + ":"))
+        return {BandwidthMethod::kAdHoc, {}, parts_of(text.substr(kAdHoc.size() + 1))};
     if (text.starts_with(kProportions))
         return {BandwidthMethod::kProportion, typed_numbers(text.substr(kProportions.size()))};
     return {BandwidthMethod::kManual, typed_numbers(text)};
@@ -85,6 +96,8 @@ std::string bandwidth_text(const Settings& settings) {
             return in_one_word(settings.Bandwidths.Text);
         case BandwidthMethod::kProportion:
             return std::string(kProportions) + in_one_word(settings.Proportions.Text);
+        case BandwidthMethod::kAdHoc:
+            return std::string(kAdHoc) + (settings.AdHocParts == 1 ? "" : ":" + std::to_string(settings.AdHocParts));
         case BandwidthMethod::kHref:
             break;
     }

@@ -4,6 +4,7 @@
 
 #include "analysis/settings.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -11,6 +12,9 @@ namespace wxl::analysis {
 
 /// What a run is told for kernels that reach as far as the widest of them.
 inline constexpr const char* kWholeReach = "whole";
+
+/// Parts of a range that may be asked for.
+inline constexpr std::int32_t kMostParts = 1000;
 
 TypedNumber typed_number(std::string text);
 
@@ -29,9 +33,14 @@ std::optional<Reach> reach_of(std::string text);
 struct BandwidthChoice {
     BandwidthMethod Method = BandwidthMethod::kHref;
     TypedNumbers Values = {};
+    std::optional<std::int32_t> Parts = {};  ///< of the ad hoc method; nothing where the text has no such number
 };
 
-/// "href", "lscv", "bcv", "prop:P[,P...]", or bandwidths "H[,H...]". Numbers are not looked at: see not_positive.
+/// A whole number of parts, 1 to kMostParts; nothing for any other text.
+std::optional<std::int32_t> parts_of(const std::string& text);
+
+/// "href", "lscv", "bcv", "adhoc[:PARTS]", "prop:P[,P...]", or bandwidths "H[,H...]". Numbers are not looked at: see
+/// not_positive.
 BandwidthChoice bandwidth_of(const std::string& text);
 
 /// The word that gives the settings' bandwidth, as bandwidth_of takes it.

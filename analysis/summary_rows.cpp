@@ -97,6 +97,8 @@ const char* method_name(BandwidthMethod method) {
             return "manual";
         case BandwidthMethod::kProportion:
             return "proportion";
+        case BandwidthMethod::kAdHoc:
+            return "adhoc";
         case BandwidthMethod::kHref:
             break;
     }

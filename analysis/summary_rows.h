@@ -21,7 +21,7 @@ inline constexpr std::string_view kSummaryHeader =
 /// Name of the record's raster below the output folder, as the report and the summary give it.
 std::string raster_place(const AnimalRecord& record);
 
-/// "href", "lscv", "bcv", "manual" or "proportion".
+/// "href", "lscv", "bcv", "manual", "proportion" or "adhoc".
 const char* method_name(BandwidthMethod method);
 
 /// The reference bandwidth in map units; absent where the run has none.

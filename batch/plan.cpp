@@ -75,9 +75,10 @@ analysis::TypedNumbers typed_list_of(const Json& json) {
 
 /// Bound by name and number, as in json_of_frame: what is new there does not compile until it is kept here too.
 Json json_of_settings(const Settings& settings) {
-    const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, reach,
-                 outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages, lines,
-                 polygons, donuts, convexPercentages, silent, html, rasterFormat, animalsPerSubfolder] = settings;
+    const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, adHocParts,
+                 reach, outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages,
+                 lines, polygons, donuts, convexPercentages, silent, html, rasterFormat, animalsPerSubfolder] =
+        settings;
     return {{"layer", json_of_text(layer)},
             {"where", json_of_text(where)},
             {"id_field", json_of_text(idField)},
@@ -87,6 +88,7 @@ Json json_of_settings(const Settings& settings) {
             {"method", method_text(method)},
             {"bandwidths", json_of_typed(bandwidths)},
             {"proportions", json_of_typed(proportions)},
+            {"adhoc_parts", adHocParts},
             {"reach", json_of_text(reach.Text)},
             {"output_folder", json_of_text(outputFolder)},
             {"prefix", json_of_text(prefix)},
@@ -119,6 +121,7 @@ Settings settings_of(const Json& json) {
     settings.Method = method_of_text(json.at("method").get<std::string>());
     settings.Bandwidths = typed_list_of(json.at("bandwidths"));
     settings.Proportions = typed_list_of(json.at("proportions"));
+    settings.AdHocParts = static_cast<std::int32_t>(whole_of(json.at("adhoc_parts"), 1, analysis::kMostParts));
     const auto reach = analysis::reach_of(text_of(json.at("reach")));
     if (!reach) platform::Raise(platform::error_number::kTypeMismatch, "no reach");
     settings.KernelReach = *reach;

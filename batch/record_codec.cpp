@@ -12,12 +12,13 @@ namespace {
 using analysis::AnimalRecord;
 using analysis::BandwidthMethod;
 
-constexpr std::array<std::pair<const char*, BandwidthMethod>, 5> kMethods = {
+constexpr std::array<std::pair<const char*, BandwidthMethod>, 6> kMethods = {
     {{"lscv", BandwidthMethod::kLscv},
      {"bcv", BandwidthMethod::kBcv},
      {"href", BandwidthMethod::kHref},
      {"manual", BandwidthMethod::kManual},
-     {"proportion", BandwidthMethod::kProportion}}};
+     {"proportion", BandwidthMethod::kProportion},
+     {"adhoc", BandwidthMethod::kAdHoc}}};
 
 Json json_of_optional(const std::optional<double>& value) {
     return value ? json_of_double(*value) : Json(nullptr);
@@ -71,6 +72,26 @@ std::int32_t int32_of(const Json& json) {
 template <class Enumeration>
 Enumeration enumeration_of(const Json& json, Enumeration last) {
     return static_cast<Enumeration>(whole_of(json, 0, static_cast<std::int64_t>(last)));
+}
+
+Json json_of_adhoc(const comparison::AdHocBandwidth& adhoc) {
+    Json trace = Json::array();
+    for (const comparison::AdHocStep& step : adhoc.Trace)
+        trace.push_back({json_of_double(step.Proportion), step.Range.Parts, step.Range.Holes});
+    return {json_of_enumeration(adhoc.Status), json_of_double(adhoc.Href),     json_of_double(adhoc.Proportion),
+            json_of_double(adhoc.Bandwidth),   json_of_double(adhoc.CellSize), std::move(trace)};
+}
+
+comparison::AdHocBandwidth adhoc_of(const Json& json) {
+    comparison::AdHocBandwidth adhoc;
+    adhoc.Status = enumeration_of(json.at(0), comparison::AdHocStatus::kNoBandwidth);
+    adhoc.Href = double_of(json.at(1));
+    adhoc.Proportion = double_of(json.at(2));
+    adhoc.Bandwidth = double_of(json.at(3));
+    adhoc.CellSize = double_of(json.at(4));
+    for (const Json& step : json.at(5))
+        adhoc.Trace.push_back({double_of(step.at(0)), {int32_of(step.at(1)), int32_of(step.at(2))}});
+    return adhoc;
 }
 
 Json json_of_polygons(const std::vector<comparison::MinimumConvexPolygon>& polygons) {
@@ -134,9 +155,9 @@ BandwidthMethod method_of_text(const std::string& text) {
 /// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
-                 bandwidthMapUnits, href, minimized, profile, grid, volume, adaptive, reach, beyondReach, lostAtEdge,
-                 rasterName, isopleths, convexPolygons, maxEdgeValue, edgeWarning, cutTo, status, isoplethStatus,
-                 warnings, reason, files] = record;
+                 bandwidthMapUnits, href, minimized, profile, adhoc, grid, volume, adaptive, reach, beyondReach,
+                 lostAtEdge, rasterName, isopleths, convexPolygons, maxEdgeValue, edgeWarning, cutTo, status,
+                 isoplethStatus, warnings, reason, files] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -152,6 +173,7 @@ Json json_of_record(const AnimalRecord& record) {
             {"href", json_of_double(href)},
             {"minimised", minimized},
             {"profile", json_of_profile(profile)},
+            {"adhoc", json_of_adhoc(adhoc)},
             {"origin_x", json_of_double(grid.OriginX)},
             {"origin_y", json_of_double(grid.OriginY)},
             {"cell_size", json_of_double(grid.CellSize)},
@@ -191,6 +213,7 @@ AnimalRecord record_of(const Json& json) {
     record.Href = double_of(json.at("href"));
     record.Minimized = json.at("minimised").get<bool>();
     record.Profile = profile_of(json.at("profile"));
+    record.AdHoc = adhoc_of(json.at("adhoc"));
     record.Grid = {double_of(json.at("origin_x")), double_of(json.at("origin_y")), double_of(json.at("cell_size")),
                    int32_of(json.at("columns")), int32_of(json.at("rows"))};
     record.Volume = double_of(json.at("volume"));

@@ -12,6 +12,7 @@ using analysis::ExtentMode;
 using analysis::Settings;
 
 BandwidthMethod method_of(const frmKDE& form) {
+    if (form.AdHocParts) return BandwidthMethod::kAdHoc;
     if (form.optBE_LSCV.Value) return BandwidthMethod::kLscv;
     if (form.optBE_BCV.Value) return BandwidthMethod::kBcv;
     if (form.optBE_MANUAL.Value) return BandwidthMethod::kManual;
@@ -41,6 +42,7 @@ void fill_method(frmKDE& form, BandwidthMethod method) {
         case BandwidthMethod::kProportion:
             return choose(form, form.optPropHref, &frmKDE::optPropHref_Click);
         case BandwidthMethod::kHref:
+        case BandwidthMethod::kAdHoc:
             return choose(form, form.optBE_HREF, &frmKDE::optBE_HREF_Click);
     }
 }
@@ -53,6 +55,7 @@ void fill_kernel(frmKDE& form, const Settings& settings) {
     form.chkRescale.Value = settings.Rescale ? 1 : 0;
     form.Reach = settings.KernelReach.Text;
     fill_method(form, settings.Method);
+    form.AdHocParts = settings.Method == BandwidthMethod::kAdHoc ? std::optional(settings.AdHocParts) : std::nullopt;
     form.txtBW.Text = settings.Bandwidths.Text;
     form.txtPropHref.Text = settings.Proportions.Text;
 }
@@ -115,6 +118,7 @@ Settings settings_of(const frmKDE& form) {
     settings.Method = method_of(form);
     settings.Bandwidths = analysis::typed_numbers(form.txtBW.Text);
     settings.Proportions = analysis::typed_numbers(form.txtPropHref.Text);
+    settings.AdHocParts = form.AdHocParts.value_or(1);
     settings.KernelReach = analysis::reach_of(form.Reach).value_or(analysis::Reach{});
     settings.OutputFolder = form.OutputFolder();
     settings.Prefix = form.txtR.Text;

@@ -10,6 +10,7 @@
 #include "platform/controls.h"
 #include "platform/services.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -45,6 +46,10 @@ public:
 
     /// How far kernels reach: "" for four bandwidths, "whole", or a number of bandwidths.
     std::string Reach;
+
+    /// The bandwidth is the ad hoc one, whatever button is chosen, and a range may be in so many parts; nothing: it is
+    /// that of the button.
+    std::optional<std::int32_t> AdHocParts;
 
     /// Percentages of the fixes, a minimum convex polygon for each; empty: none are wanted.
     analysis::TypedNumbers ConvexPercentages;

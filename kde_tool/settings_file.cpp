@@ -44,6 +44,7 @@ void write_bandwidth(const analysis::Settings& settings, LineWriter& out) {
         case analysis::BandwidthMethod::kManual:
             return out.Item("[MANUAL]", settings.Bandwidths.Text);
         case analysis::BandwidthMethod::kProportion:
+        case analysis::BandwidthMethod::kAdHoc:
             return;  // no part of the file
     }
 }

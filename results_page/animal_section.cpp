@@ -158,6 +158,26 @@ std::string profile_figure(const PageRun& run, std::size_t number) {
            minima_caption(record, picture.Units) + "</figure>\n";
 }
 
+/// The proportions that the ad hoc search tried, as a table to open.
+std::string adhoc_trace(const PageRun& run, const AnimalRecord& record) {
+    if (record.AdHoc.Trace.empty()) return {};
+    std::string html =
+        "<details class=\"trace\"><summary>Ad hoc bandwidth: " +
+        pictures::ShortNumber(record.AdHoc.Proportion, kDigits) + " × HREF, " +
+        std::to_string(record.AdHoc.Trace.size()) +
+        " proportions tried</summary>\n<table class=\"areas\"><thead><tr><th scope=\"col\">Proportion of HREF</th>"
+        "<th scope=\"col\" class=\"num\">Bandwidth (" +
+        XmlText(length_unit(run)) +
+        ")</th><th scope=\"col\" class=\"num\">Parts of the 95 % range</th><th scope=\"col\" class=\"num\">Holes</th>"
+        "</tr></thead><tbody>";
+    for (const comparison::AdHocStep& step : record.AdHoc.Trace)
+        html += "<tr><th scope=\"row\">" + pictures::ShortNumber(step.Proportion, kDigits) + "</th><td class=\"num\">" +
+                pictures::ShortNumber(step.Proportion * record.AdHoc.Href, kDigits) + "</td><td class=\"num\">" +
+                std::to_string(step.Range.Parts) + "</td><td class=\"num\">" + std::to_string(step.Range.Holes) +
+                "</td></tr>";
+    return html + "</tbody></table></details>\n";
+}
+
 }  // namespace
 
 std::string animal_section(const PageRun& run, std::size_t number, const PictureSize& size,
@@ -169,7 +189,7 @@ std::string animal_section(const PageRun& run, std::size_t number, const Picture
     if (!record.Reason.empty()) html += "<p class=\"reason\">" + XmlText(record.Reason) + ".</p>\n";
     html += "<div class=\"columns\"><div>\n" + map_figure(run, number, size, services) + "</div><div>\n" +
             areas(run, record) + convex_polygons(run, record) + facts(run, record) + "</div></div>\n" +
-            profile_figure(run, number);
+            profile_figure(run, number) + adhoc_trace(run, record);
     return html + "<p class=\"back\"><a href=\"#results\">Back to the table<span class=\"hidden\"> from " +
            XmlText(record_name(run, record)) + "</span></a></p>\n</article>\n";
 }

@@ -56,6 +56,9 @@ std::string estimator_text(const analysis::Settings& settings) {
             return "user-defined: " + settings.Bandwidths.Text;
         case BandwidthMethod::kProportion:
             return "proportions of the reference bandwidth: " + settings.Proportions.Text;
+        case BandwidthMethod::kAdHoc:
+            return "ad hoc: the smallest proportion of HREF with the 95 % range in " +
+                   analysis::parts_text(settings.AdHocParts);
         case BandwidthMethod::kHref:
             break;
     }

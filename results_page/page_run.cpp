@@ -65,6 +65,8 @@ const char* method_text(BandwidthMethod method) {
             return "user-defined";
         case BandwidthMethod::kProportion:
             return "proportion of HREF";
+        case BandwidthMethod::kAdHoc:
+            return "ad hoc";
         case BandwidthMethod::kHref:
             break;
     }

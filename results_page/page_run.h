@@ -51,7 +51,7 @@ std::string area_text(const PageRun& run, std::optional<double> area);
 /// "m" for metres, else the CRS's name of the unit, or "map units".
 std::string length_unit(const PageRun& run);
 
-/// "LSCV", "BCV", "HREF", "user-defined" or "proportion of HREF".
+/// "LSCV", "BCV", "HREF", "user-defined", "proportion of HREF" or "ad hoc".
 const char* method_text(analysis::BandwidthMethod method);
 
 /// Shares of the scaling factor: "99.98 %".

@@ -47,6 +47,8 @@ QString method_name(analysis::BandwidthMethod method) {
             return QStringLiteral("user-defined bandwidth");
         case analysis::BandwidthMethod::kProportion:
             return QStringLiteral("proportions of the reference bandwidth");
+        case analysis::BandwidthMethod::kAdHoc:
+            return QStringLiteral("ad hoc bandwidth");
         case analysis::BandwidthMethod::kHref:
             break;
     }

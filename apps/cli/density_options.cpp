@@ -1,5 +1,6 @@
 #include "apps/cli/density_options.h"
 
+#include "analysis/settings_text.h"
 #include "apps/cli/option_checks.h"
 #include "platform/checked.h"
 #include "platform/text.h"
@@ -16,8 +17,6 @@ using comparison::DensitySettings;
 using platform::IsNumeric;
 using platform::NumberFromText;
 
-constexpr int kMostParts = 1000;
-
 bool is_positive(const std::string& text) {
     return IsNumeric(text) && NumberFromText(text) > 0.0;
 }
@@ -25,14 +24,6 @@ bool is_positive(const std::string& text) {
 double positive_number(const std::string& text, const char* what) {
     if (!is_positive(text)) throw WrongCall(fmt::format("--bandwidth: \"{}\" is not {}", text, what));
     return NumberFromText(text);
-}
-
-void take_parts(const std::string& text, DensitySettings& settings) {
-    const bool whole = is_positive(text) && NumberFromText(text) <= kMostParts &&
-                       NumberFromText(text) == static_cast<int>(NumberFromText(text));
-    if (!whole)
-        throw WrongCall(fmt::format("--bandwidth: \"{}\" is not a number of parts from 1 to {}", text, kMostParts));
-    settings.AdHoc.Parts = static_cast<std::int32_t>(NumberFromText(text));
 }
 
 void take_rule(const std::string& text, DensitySettings& settings) {
@@ -44,7 +35,7 @@ void take_rule(const std::string& text, DensitySettings& settings) {
         settings.Rule = BandwidthRule::kBcv;
     } else if (text == "adhoc" || text.starts_with("adhoc:")) {
         settings.Rule = BandwidthRule::kAdHoc;
-        if (text.size() > 5) take_parts(text.substr(6), settings);
+        if (text.size() > 5) settings.AdHoc.Parts = adhoc_parts_of(text.substr(6));
     } else if (text.starts_with("prop:")) {
         settings.Rule = BandwidthRule::kProportion;
         settings.Value = positive_number(text.substr(5), "a proportion above 0");
@@ -78,11 +69,23 @@ DensitySettings density_settings(const DensityOptions& options) {
     settings.Adaptive = options.Adaptive;
     settings.Rescale = options.Rescale;
     settings.AdHoc.CellSize = cell_size_of(options.CellSize);
-    if (settings.Rule == BandwidthRule::kAdHoc && (settings.Adaptive || settings.Rescale))
+    if (settings.Rule == BandwidthRule::kAdHoc) check_adhoc(settings.Adaptive, settings.Rescale);
+    return settings;
+}
+
+std::int32_t adhoc_parts_of(const std::string& text) {
+    const auto parts = analysis::parts_of(text);
+    if (!parts)
+        throw WrongCall(
+            fmt::format("--bandwidth: \"{}\" is not a number of parts from 1 to {}", text, analysis::kMostParts));
+    return *parts;
+}
+
+void check_adhoc(bool adaptive, bool rescale) {
+    if (adaptive || rescale)
         throw WrongCall(
             "--bandwidth adhoc is for fixed kernels of coordinates as they are: leave out --adaptive and "
             "--rescale");
-    return settings;
 }
 
 double cell_size_of(const std::string& text) {

@@ -31,8 +31,10 @@ void add_data_options(CLI::App& command, KdeOptions& options) {
 void add_kernel_options(CLI::App& command, KdeOptions& options) {
     command
         .add_option("--bandwidth", options.Bandwidth,
-                    "href, lscv, bcv, bandwidths in map units (150 or 100,150), or proportions of HREF (prop:0.5,1)")
-        ->transform(any_case({"href", "lscv", "bcv", "prop"}))
+                    "href, lscv, bcv, adhoc[:PARTS] (smallest proportion of HREF that leaves the range in one part), "
+                    "bandwidths in map "
+                    "units (150 or 100,150), or proportions of HREF (prop:0.5,1)")
+        ->transform(any_case({"href", "lscv", "bcv", "adhoc", "prop"}))
         ->type_name("METHOD");
     command.add_flag("--adaptive", options.Adaptive, "Adaptive kernel instead of a fixed one");
     command

@@ -61,7 +61,7 @@ struct FilledForm {
 };
 
 Json json_of(const ComingDistribution& coming, BandwidthMethod method) {
-    const bool search = analysis::is_search(method);
+    const bool search = analysis::is_planned_with_href(method);
     const analysis::DistributionEstimate& cost = coming.Cost;
     return {{"id", json_value(coming.Id)},
             {"n", coming.SampleSize},
@@ -100,7 +100,7 @@ std::string line_of(const ComingDistribution& coming, BandwidthMethod method) {
                                  : fmt::format("{} x {} cells, {:.3g} MB, about {:.2g} s", cost.Grid.Columns,
                                                cost.Grid.Rows, cost.Megabytes, cost.Seconds);
     const std::string bandwidth =
-        analysis::is_search(method) ? "by a search (planned with HREF)" : NumberText(cost.Bandwidth);
+        analysis::is_planned_with_href(method) ? "by a search (planned with HREF)" : NumberText(cost.Bandwidth);
     return fmt::format("{}: {}, HREF {}, bandwidth {}, {}, raster {}{}", platform::ValueText(coming.Id),
                        analysis::fixes_text(static_cast<std::int64_t>(coming.SampleSize)),
                        coming.Href ? NumberText(*coming.Href) : "not defined", bandwidth, size, coming.RasterName,

@@ -1,5 +1,6 @@
 #include "apps/cli/commands/kde_form.h"
 
+#include "apps/cli/density_options.h"
 #include "apps/cli/input_layer.h"
 #include "kde_tool/form_settings.h"
 #include "platform/file_system.h"
@@ -30,7 +31,9 @@ analysis::BandwidthChoice given_bandwidth(const std::string& text) {
         check_positive("--bandwidth", choice.Values,
                        choice.Method == BandwidthMethod::kProportion
                            ? "a proportion above 0"
-                           : "href, lscv, bcv, prop:P[,P...], or a number of map units above 0");
+                           : "href, lscv, bcv, adhoc[:PARTS], prop:P[,P...], or a number of map units above 0");
+    if (choice.Method == BandwidthMethod::kAdHoc && !choice.Parts)
+        choice.Parts = adhoc_parts_of(text.substr(text.find(':') + 1));
     return choice;
 }
 
@@ -90,6 +93,8 @@ void take_kernel(const KdeOptions& options, const GivenSettings& given, Settings
     if (!given.Bandwidth) return;
     settings.Method = given.Bandwidth->Method;
     if (settings.Method == BandwidthMethod::kManual) settings.Bandwidths = given.Bandwidth->Values;
+    settings.AdHocParts = given.Bandwidth->Parts.value_or(1);
+    if (settings.Method == BandwidthMethod::kAdHoc) check_adhoc(!settings.FixedKernel, settings.Rescale);
     if (settings.Method == BandwidthMethod::kProportion) settings.Proportions = given.Bandwidth->Values;
 }
 

@@ -50,6 +50,18 @@ Json minima_of(const AnimalRecord& record) {
     return is_search(record.Method) ? json_minima(engine::ReachedRows(record.Profile)) : Json();
 }
 
+/// The search for the ad hoc bandwidth, null for other methods.
+Json adhoc_of(const AnimalRecord& record) {
+    if (record.Method != analysis::BandwidthMethod::kAdHoc) return {};
+    Json trace = Json::array();
+    for (const comparison::AdHocStep& step : record.AdHoc.Trace)
+        trace.push_back({{"proportion", step.Proportion}, {"parts", step.Range.Parts}, {"holes", step.Range.Holes}});
+    return {{"status", status_name(record.AdHoc.Status)},
+            {"proportion", computed(record.AdHoc.Proportion)},
+            {"cell_size", computed(record.AdHoc.CellSize)},
+            {"trace", std::move(trace)}};
+}
+
 Json levels_of(const AnimalRecord& record) {
     Json levels = Json::array();
     for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
@@ -71,6 +83,7 @@ Json json_of(const AnimalRecord& record) {
             {"href", computed(record.Href)},
             {"minimised", minimised(record)},
             {"local_minima", minima_of(record)},
+            {"adhoc", adhoc_of(record)},
             {"reason", record.Reason.empty() ? Json() : Json(record.Reason)},
             {"columns", record.Grid.Columns},
             {"rows", record.Grid.Rows},

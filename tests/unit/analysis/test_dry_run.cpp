@@ -40,6 +40,15 @@ TEST(DryRun, The_full_extent_is_one_grid_for_all) {
     EXPECT_NEAR(estimate(frame, animal(10), 25.0, 0.0).Seconds, 0.005033698, kRounding);
 }
 
+// Twelve kernels in place of one: 10 fixes x 49 cells x 1E-10 s each.
+TEST(DryRun, Ad_hoc_bandwidths_are_planned_with_the_reference) {
+    const EstimateFrame frame =
+        estimate_frame(wanted(BandwidthMethod::kAdHoc, ExtentMode::kFull, "50", 100.0), {0.0, 0.0, 1000.0, 500.0}, {});
+    const DistributionEstimate cost = estimate(frame, animal(10), 25.0, 0.0);
+    EXPECT_EQ(cost.Bandwidth, 25.0);
+    EXPECT_NEAR(cost.Seconds, 0.005 + 336e-7 + 12 * 490e-10, kRounding);
+}
+
 TEST(DryRun, The_smallest_extent_is_the_animals_box_and_four_bandwidths) {
     const EstimateFrame frame =
         estimate_frame(wanted(BandwidthMethod::kHref, ExtentMode::kMinimum, "10"), {0.0, 0.0, 9e6, 9e6}, {});

@@ -54,15 +54,18 @@ TEST(SettingsText, Reach_is_nothing_whole_or_a_number_above_zero) {
 }
 
 TEST(SettingsText, Bandwidth_words_go_both_ways) {
-    for (const char* word : {"href", "lscv", "bcv", "prop:0.5,1", "150", "100,150"}) {
+    for (const char* word : {"href", "lscv", "bcv", "adhoc", "adhoc:3", "prop:0.5,1", "150", "100,150"}) {
         const BandwidthChoice choice = bandwidth_of(word);
         Settings settings;
         settings.Method = choice.Method;
         settings.Bandwidths = settings.Proportions = choice.Values;
+        settings.AdHocParts = choice.Parts.value_or(1);
         EXPECT_EQ(bandwidth_text(settings), word);
     }
     EXPECT_EQ(bandwidth_of("prop:0.5").Method, BandwidthMethod::kProportion);
     EXPECT_THAT(bandwidth_of("prop:0.5,1").Values.Values, ElementsAre(0.5, 1.0));
+    for (const char* word : {"adhoc:", "adhoc:0", "adhoc:1.5", "adhoc:1001", "adhoc:x"})
+        EXPECT_EQ(bandwidth_of(word).Parts, std::nullopt) << word;
     EXPECT_EQ(bandwidth_of("LSCV").Values.NoNumber, "LSCV");
 }
 

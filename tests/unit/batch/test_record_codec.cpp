@@ -27,6 +27,12 @@ AnimalRecord full_record() {
     record.Href = 1.0 / 3.0;
     record.Minimized = true;
     record.Profile = {{0.1, -1e-9}, {0.2, std::numeric_limits<double>::quiet_NaN()}, {0.0, 0.0}};
+    record.AdHoc = {.Status = comparison::AdHocStatus::kFound,
+                    .Href = 1.0 / 3.0,
+                    .Proportion = 0.1 + 0.7,
+                    .Bandwidth = 0.3,
+                    .CellSize = 2.5,
+                    .Trace = {{1.0, {1, 0}}, {0.95, {2, 7}}}};
     record.Grid = {-100.5, 6e6, 20.0, 33, 44};
     record.Volume = 999999.99999999988;
     record.RasterName = "K12_b2";
@@ -70,6 +76,17 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
     for (std::size_t i = 0; i < a.Profile.size(); ++i) {
         EXPECT_EQ(a.Profile[i].Bandwidth, b.Profile[i].Bandwidth);
         EXPECT_EQ(std::bit_cast<std::uint64_t>(a.Profile[i].Score), std::bit_cast<std::uint64_t>(b.Profile[i].Score));
+    }
+    EXPECT_EQ(a.AdHoc.Status, b.AdHoc.Status);
+    EXPECT_EQ(a.AdHoc.Href, b.AdHoc.Href);
+    EXPECT_EQ(a.AdHoc.Proportion, b.AdHoc.Proportion);
+    EXPECT_EQ(a.AdHoc.Bandwidth, b.AdHoc.Bandwidth);
+    EXPECT_EQ(a.AdHoc.CellSize, b.AdHoc.CellSize);
+    ASSERT_EQ(a.AdHoc.Trace.size(), b.AdHoc.Trace.size());
+    for (std::size_t i = 0; i < a.AdHoc.Trace.size(); ++i) {
+        EXPECT_EQ(a.AdHoc.Trace[i].Proportion, b.AdHoc.Trace[i].Proportion);
+        EXPECT_EQ(a.AdHoc.Trace[i].Range.Parts, b.AdHoc.Trace[i].Range.Parts);
+        EXPECT_EQ(a.AdHoc.Trace[i].Range.Holes, b.AdHoc.Trace[i].Range.Holes);
     }
     EXPECT_EQ(a.Grid, b.Grid);
     EXPECT_EQ(a.Volume, b.Volume);

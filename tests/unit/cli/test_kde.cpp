@@ -48,8 +48,10 @@ struct KdeCommand : testing::Test {
         ASSERT_EQ(ran.Code, 0) << ran.Err;
     }
 
-    Ran Kde(std::vector<std::string> more) const {
-        std::vector<std::string> arguments = {"kde", Points, "--id-field", "animal", "--out", Out};
+    Ran Kde(std::vector<std::string> more) const { return KdeOf(Points, Out, std::move(more)); }
+
+    static Ran KdeOf(const std::string& layer, const std::string& out, std::vector<std::string> more) {
+        std::vector<std::string> arguments = {"kde", layer, "--id-field", "animal", "--out", out};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return run_wxl(arguments);
     }
@@ -204,6 +206,85 @@ TEST_F(KdeCommand, Polygons_of_a_batch_are_those_of_one_run) {
     EXPECT_EQ(content(fs::path(other) / "WXL_KDE_SUMMARY.csv"), summary);
     for (const char* part : {"mcp.shp", "mcp.dbf"})
         EXPECT_EQ(content(fs::path(other) / part), content(fs::path(Out) / part)) << part;
+}
+
+/// Animal 1: two clusters of five fixes, 400 m apart. Animal 2: nine fixes, and one 40 km off: 6.6 times HREF, where
+/// two normal densities of nine to one part at 4.3 times. Animal 3: two fixes at one place.
+std::string clusters() {
+    std::string rows = "a,x,y\n3,500000,0\n3,500000,0\n2,540000,0\n";
+    const auto add = [&](const std::string& animal, int x, int y) {
+        rows += animal + "," + std::to_string(x) + "," + std::to_string(y) + "\n";
+    };
+    for (const int x : {0, 400})
+        for (const auto& [dx, dy] : {std::pair(0, 0), {40, 0}, {0, 40}, {-40, 0}, {0, -40}})
+            add("1", 500000 + x + dx, dy);
+    for (const int dx : {-40, 0, 40})
+        for (const int dy : {-40, 0, 40}) add("2", 500000 + dx, dy);
+    return rows;
+}
+
+TEST_F(KdeCommand, Ad_hoc_bandwidth_is_the_smallest_that_leaves_the_range_whole) {
+    Import("clusters", clusters());
+    const std::string layer = Folder / "clusters.shp";
+    const Ran ran = KdeOf(layer, Out,
+                          {"--cell-size", "5", "--bandwidth", "adhoc", "--extent", "min", "--json", "--where",
+                           "animal <> '2'", "--answer", "overlap=yes", "--isopleths", "95", "--polygons", "--html"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json found = json::parse(ran.Out)["animals"][0];
+    EXPECT_EQ(found["method"], "adhoc");
+    EXPECT_EQ(found["adhoc"]["status"], "ok");
+    const double proportion = found["adhoc"]["proportion"];
+    EXPECT_LT(proportion, 1.0);
+    EXPECT_DOUBLE_EQ(found["bandwidth_map_units"].get<double>(), proportion * found["href"].get<double>());
+    EXPECT_DOUBLE_EQ(found["reach"].get<double>(), 4.0);
+    EXPECT_EQ(found["adhoc"]["trace"][0], json::parse(R"({"proportion":1.0,"parts":1,"holes":0})"));
+    EXPECT_TRUE(found["reason"].is_null());
+    // The comparison of ranges asks the same rule of the same cells.
+    const Ran overlap = run_wxl({"overlap", layer, "--id-field", "animal", "--where", "animal = '1'", "--bandwidth",
+                                 "adhoc", "--cell-size", "5", "--json"});
+    EXPECT_DOUBLE_EQ(json::parse(overlap.Out)["animals"][0]["bandwidth"].get<double>(),
+                     found["bandwidth_map_units"].get<double>());
+    const json none = json::parse(ran.Out)["animals"][1];
+    EXPECT_EQ(none["adhoc"], json::parse(R"({"status":"no bandwidth","proportion":null,"cell_size":5.0,"trace":[]})"));
+    EXPECT_EQ(none["reason"], "all 2 fixes lie at one place");
+    EXPECT_THAT(Report(),
+                HasSubstr("Bandwidth estimtor: ad hoc, smallest proportion of HREF with the 95 % range in 1 part\r\n"));
+    const std::string page = content(fs::path(Out) / "WXL_KDE_ANALYSIS.html");
+    EXPECT_THAT(
+        page, HasSubstr(" × HREF, " + std::to_string(found["adhoc"]["trace"].size()) + " proportions tried</summary>"));
+    EXPECT_THAT(page, HasSubstr(" --bandwidth adhoc "));
+    EXPECT_THAT(content(fs::path(Out) / "WXL_KDE_SUMMARY.csv"), HasSubstr("\r\n1,1,10,adhoc,"));
+}
+
+TEST_F(KdeCommand, Ad_hoc_bandwidth_of_a_range_in_parts_is_left_to_the_user) {
+    Import("clusters", clusters());
+    const auto ask = [&](const std::string& bandwidth, const std::string& out) {
+        const Ran ran = KdeOf(
+            Folder / "clusters.shp", Folder / out,
+            {"--cell-size", "500", "--extent", "min", "--json", "--where", "animal = '2'", "--bandwidth", bandwidth});
+        return json::parse(ran.Out)["animals"][0];
+    };
+    const json one = ask("adhoc", "one");
+    EXPECT_EQ(one["adhoc"]["status"], "in parts at the reference bandwidth");
+    EXPECT_EQ(one["adhoc"]["proportion"], 1.0);
+    EXPECT_EQ(one["bandwidth"], one["href"]);
+    EXPECT_EQ(one["reason"], "the 95 % range is in 2 parts at HREF already, which is kept: it is for you to decide");
+    const json two = ask("ADHOC:2", "two");
+    EXPECT_EQ(two["adhoc"]["status"], "whole down to the cell size");
+    EXPECT_LT(two["adhoc"]["proportion"], 1.0);
+    EXPECT_EQ(two["reason"],
+              "the 95 % range stays whole down to the cell size: a smaller one lets the bandwidth shrink further");
+}
+
+TEST_F(KdeCommand, Ad_hoc_bandwidth_is_for_fixed_kernels_and_whole_numbers_of_parts) {
+    EXPECT_EQ(Kde({"--cell-size", "20", "--bandwidth", "adhoc", "--adaptive"}).Err,
+              "wxl: --bandwidth adhoc is for fixed kernels of coordinates as they are: leave out --adaptive and "
+              "--rescale\n");
+    EXPECT_THAT(Kde({"--cell-size", "20", "--bandwidth", "adhoc:0"}).Err,
+                HasSubstr("--bandwidth: \"0\" is not a number of parts from 1 to 1000"));
+    EXPECT_THAT(Kde({"--cell-size", "20", "--bandwidth", "adhoc:1.5"}).Err, HasSubstr("\"1.5\" is not a number"));
+    const Ran dry = Kde({"--cell-size", "20", "--bandwidth", "adhoc", "--extent", "min", "--dry-run"});
+    EXPECT_THAT(dry.Out, HasSubstr("bandwidth by a search (planned with HREF)"));
 }
 
 TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
