@@ -45,4 +45,12 @@ void SaveScreenshot(QWidget& widget, const QString& name) {
     ASSERT_TRUE(widget.grab().save(folder.filePath(name + QStringLiteral(".png"))));
 }
 
+void SettleWindows() {
+    // A layout asks its parent's for one more turn.
+    for (int turn = 0; turn < 5; ++turn) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
 }  // namespace wxl::tests

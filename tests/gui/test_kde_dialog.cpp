@@ -84,7 +84,7 @@ protected:
         const QString scale = QString::fromUtf8(qgetenv("QT_SCALE_FACTOR") + qgetenv("QT_SCREEN_SCALE_FACTORS"));
         for (int page = 0; page < 4; ++page) {
             ShowPage(page);
-            QTest::qWait(100);
+            tests::SettleWindows();
             const QString shot =
                 QStringLiteral("%1-%2").arg(QLatin1String(name), QLatin1String(pages[static_cast<std::size_t>(page)]));
             tests::SaveScreenshot(*m_dialog, scale.isEmpty() ? shot : shot + QStringLiteral("-at-") + scale);
@@ -218,12 +218,12 @@ TEST_F(KdeDialogTest, Nothing_is_cut_off_with_a_large_font_and_the_notice_of_deg
 TEST_F(KdeDialogTest, Pages_scroll_on_a_low_screen_and_the_footer_stays) {
     Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
     m_dialog->resize(944, 470);
-    QTest::qWait(20);
+    tests::SettleWindows();
     EXPECT_LE(m_dialog->width(), 944);
     EXPECT_LE(m_dialog->height(), 470);
     for (int page = 0; page < 4; ++page) {
         ShowPage(page);
-        QTest::qWait(20);
+        tests::SettleWindows();
         auto& area = *qobject_cast<QScrollArea*>(Find<QTabWidget>("SSTab1").widget(page));
         tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-low-screen-%1").arg(page));
         for (const char* name : {"btnOK", "btnExit", "btnHelp", "btnLoadSettings", "txtStatus", "PBar"}) {
@@ -248,10 +248,10 @@ TEST_F(KdeDialogTest, A_large_screen_gives_its_room_to_the_tables) {
          {std::pair{0, "datagridIO"}, std::pair{1, "datagridVar"}, std::pair{2, "datagridHref"}}) {
         ShowPage(page);
         m_dialog->resize(700, 760);
-        QTest::qWait(20);
+        tests::SettleWindows();
         const int before = Find<QTableWidget>(name).height();
         m_dialog->resize(1400, 1160);
-        QTest::qWait(20);
+        tests::SettleWindows();
         EXPECT_GE(Find<QTableWidget>(name).height(), before + 130) << name;
         tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-large-screen-%1").arg(page));
     }
@@ -315,7 +315,7 @@ TEST_F(KdeDialogTest, The_plot_follows_the_palette) {
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) dark.setColor(role, Qt::white);
     const QPalette before = QApplication::palette();
     QApplication::setPalette(dark);
-    QTest::qWait(50);
+    tests::SettleWindows();
     const QImage picture = Find<QWidget>("plotProfileCurve").grab().toImage();
     const QRgb curve = ReadableOn(QColor(0x20, 0x20, 0x20), QColor(0x1b, 0x6c, 0xa8)).rgb();
     int ground = 0;
@@ -329,7 +329,7 @@ TEST_F(KdeDialogTest, The_plot_follows_the_palette) {
     EXPECT_EQ(Find<QLineEdit>("txtStatus").palette().color(QPalette::Base), QColor(0x20, 0x20, 0x20));
     EXPECT_EQ(Find<QLineEdit>("txtBW").palette().color(QPalette::Base), QColor(0x3a, 0x3a, 0x3a)) << "greyed";
     QApplication::setPalette(before);
-    QTest::qWait(50);
+    tests::SettleWindows();
     EXPECT_GT(ground, picture.width() * picture.height() / 4);
     EXPECT_GT(drawn, 50);
 }
@@ -348,7 +348,7 @@ TEST_F(KdeDialogTest, Tab_key_goes_through_a_page_as_one_reads_it) {
     m_dialog->resize(800, 1000);  // nothing is scrolled away
     for (int page = 0; page < 4; ++page) {
         ShowPage(page);
-        QTest::qWait(10);
+        tests::SettleWindows();
         std::vector<QPoint> places;
         auto* tabs = Find<QTabWidget>("SSTab1").tabBar();
         for (QWidget* at = tabs->nextInFocusChain(); at != tabs; at = at->nextInFocusChain())
@@ -367,7 +367,7 @@ TEST_F(KdeDialogTest, Tab_key_goes_through_a_page_as_one_reads_it) {
 TEST_F(KdeDialogTest, Letters_with_Alt_are_unique_on_every_page) {
     for (int page = 0; page < 4; ++page) {
         ShowPage(page);
-        QTest::qWait(10);
+        tests::SettleWindows();
         std::map<QChar, int> letters;
         const auto count = [&](const QString& text) {
             const auto mark = text.indexOf(QLatin1Char('&'));
@@ -400,7 +400,7 @@ TEST_F(KdeDialogTest, Search_of_the_chosen_row_is_plotted) {
     // HREF of 20 points on a circle of radius 900: 900 x sqrt(10 / 19) x 20^(-1/6) = 396.30.
     EXPECT_TRUE(plot.currentWidget()->accessibleDescription().contains(QStringLiteral("HREF is 396.3 ")))
         << plot.currentWidget()->accessibleDescription().toStdString();
-    QTest::qWait(20);
+    tests::SettleWindows();
     tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-bandwidth-plot"));
     Find<QRadioButton>("optBE_HREF").click();
     EXPECT_EQ(plot.currentWidget()->objectName(), "plotProfileHint");

@@ -171,7 +171,7 @@ protected:
     QComboBox& Box(const char* name) { return *Dialog->findChild<QComboBox*>(QLatin1String(name)); }
 
     Names Shown(const char* name) {
-        QTest::qWait(10);
+        tests::SettleWindows();
         Names names;
         for (int i = 0; i < Box(name).count(); ++i) names.push_back(Box(name).itemText(i).toStdString());
         return names;

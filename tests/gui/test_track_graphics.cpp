@@ -1,5 +1,6 @@
 #include "adapters/qgis/qgis_graphics.h"
 #include "movement/track_symbol.h"
+#include "tests/gui/qgis_environment.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -21,9 +22,9 @@ protected:
     TrackGraphicsTest() {
         Canvas.resize(800, 600);
         Canvas.show();
-        QTest::qWait(20);
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&Canvas));
         Canvas.setExtent(QgsRectangle(0.0, 0.0, 800.0, 600.0));
-        QTest::qWait(20);
+        tests::SettleWindows();
     }
 
     QImage Picture() {
@@ -143,7 +144,7 @@ TEST_F(TrackGraphicsTest, Legs_follow_the_map_when_it_moves) {
     graphics.Refresh();
     Picture();
     Canvas.setExtent(QgsRectangle(200.0, 100.0, 1000.0, 700.0));
-    QTest::qWait(20);
+    tests::SettleWindows();
     const QImage picture = Picture();
     EXPECT_TRUE(Shows(picture, 300.0, 300.0, kGrey));
     EXPECT_TRUE(Shows(picture, 494.0, 300.0, kRed));
@@ -164,7 +165,7 @@ TEST_F(TrackGraphicsTest, Legs_of_a_panned_and_zoomed_map_equal_the_plain_drawin
         if (i == 100) Canvas.zoomScale(Canvas.scale() * 1.37);
         if (i == 150) Canvas.setRotation(33.0);
         if (i % 20 != 5) continue;
-        QTest::qWait(10);
+        tests::SettleWindows();
         QApplication::processEvents();
         const QImage seen = Canvas.viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
         const QImage plain = Plain(drawn);
@@ -198,7 +199,7 @@ TEST_F(TrackGraphicsTest, Legs_turn_with_the_map) {
     graphics.Refresh();
     Picture();
     Canvas.setRotation(40.0);
-    QTest::qWait(20);
+    tests::SettleWindows();
     const QImage picture = Picture();
     EXPECT_TRUE(Shows(picture, 300.0, 300.0, kGrey));
     EXPECT_TRUE(Shows(picture, 494.0, 300.0, kRed));
@@ -210,7 +211,7 @@ TEST_F(TrackGraphicsTest, A_resized_map_shows_the_legs) {
     graphics.Refresh();
     Picture();
     Canvas.resize(500, 500);
-    QTest::qWait(20);
+    tests::SettleWindows();
     const QImage picture = Picture();
     EXPECT_TRUE(Shows(picture, 300.0, 300.0, kGrey));
 }

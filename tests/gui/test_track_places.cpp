@@ -41,7 +41,7 @@ protected:
         m_services = m_disk.Complete(m_services);
         Canvas.resize(800, 600);
         Canvas.show();
-        QTest::qWait(20);
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&Canvas));
     }
 
     ~TrackPlaces() override {
@@ -73,7 +73,7 @@ protected:
     void ShowMap(const QString& crs, const QgsRectangle& part) {
         Canvas.setDestinationCrs(QgsCoordinateReferenceSystem(crs));
         Canvas.setExtent(ToMap().transformBoundingBox(part));
-        QTest::qWait(20);
+        tests::SettleWindows();
     }
 
     QgsCoordinateTransform ToMap() const {
@@ -226,7 +226,7 @@ TEST_F(TrackPlaces, A_leg_over_the_edge_of_the_world_does_not_cross_the_map) {
     Open({{700000, 6000000}, {900000, 6000000}}, QStringLiteral("EPSG:32660"));
     Canvas.setDestinationCrs(QgsCoordinateReferenceSystem(QStringLiteral("EPSG:3857")));
     Canvas.setExtent(QgsRectangle(-20100000, -15000000, 20100000, 15000000));
-    QTest::qWait(20);
+    tests::SettleWindows();
     OpenPlayer();
     Step();
     const QImage picture = Picture();
