@@ -70,6 +70,9 @@ struct ModelRow {
     std::optional<double> Area;
     std::optional<Interval> Limits;
     std::optional<double> Speed;
+    std::optional<double> PositionDeviation;
+    std::optional<double> VelocityDeviation;
+    std::optional<double> DofMean;
     std::string Status;
 };
 
@@ -90,6 +93,9 @@ ModelRow row_of(const FittedModel& model, double least) {
     row.Area = if_finite(model.GaussianArea(kLevel));
     row.Limits = area_interval(model.GaussianArea(kLevel), model.DofArea);
     row.Speed = model.Speed();
+    row.PositionDeviation = if_positive(model.Deviations.Position);
+    row.VelocityDeviation = if_positive(model.Deviations.Velocity);
+    row.DofMean = if_positive(model.DofMean);
     return row;
 }
 
@@ -118,7 +124,11 @@ Json json_of(const ModelRow& row) {
             {"area95", json_number(row.Area)},
             {"area95_low", json_number(row.Limits ? std::optional(row.Limits->Low) : std::nullopt)},
             {"area95_high", json_number(row.Limits ? std::optional(row.Limits->High) : std::nullopt)},
-            {"status", row.Status}};
+            {"status", row.Status},
+            {"tau_position_sd_s", json_number(row.PositionDeviation)},
+            {"tau_velocity_sd_s", json_number(row.VelocityDeviation)},
+            {"speed", json_number(row.Speed)},
+            {"dof_mean", json_number(row.DofMean)}};
 }
 
 Json json_or_null(const std::string& text) {

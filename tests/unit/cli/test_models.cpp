@@ -48,6 +48,10 @@ TEST(Models, Json_of_fourteen_fixes) {
     EXPECT_NEAR(best["area95_low"].get<double>(), 675667, 0.5);
     EXPECT_NEAR(best["area95_high"].get<double>(), 6963630, 0.5);
     EXPECT_EQ(best["status"], "fitted by pHREML");
+    // 50-digit matrices; the deviation by a central difference of 0.1 %
+    EXPECT_NEAR(best["tau_position_sd_s"].get<double>(), 14649.89, 0.02);
+    EXPECT_NEAR(best["dof_mean"].get<double>(), 3.0969486, 1e-6);
+    EXPECT_TRUE(best["speed"].is_null());
     EXPECT_EQ(animal["models"][7]["status"], "collapsed to OU");
     EXPECT_TRUE(animal["models"][7]["aicc"].is_null());
 }
