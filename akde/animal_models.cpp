@@ -3,6 +3,8 @@
 #include "analysis/diagnosis.h"
 #include "platform/text.h"
 
+#include <cmath>
+
 namespace wxl::akde {
 
 namespace {
@@ -74,6 +76,21 @@ std::optional<GivenModel> parse_given_model(const std::string& text) {
     if (!scales) return std::nullopt;
     given.Model.Scales = *scales;
     return given;
+}
+
+std::string status_text(const FittedModel& model) {
+    switch (model.Status) {
+        case FitStatus::kCollapsed:
+            return "collapsed to " + std::string(model_name(model.CollapsedTo));
+        case FitStatus::kOnALine:
+            return "not fitted: all fixes on one line";
+        case FitStatus::kNoNumber:
+            return "no likelihood";
+        case FitStatus::kFitted:
+            break;
+    }
+    const bool few = !std::isfinite(model.Aicc);
+    return "fitted by " + std::string(estimation_name(model.Used)) + (few ? ", too few fixes for AICc" : "");
 }
 
 std::string AnimalModels::FirstTime(bool number) const {

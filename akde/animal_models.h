@@ -24,6 +24,9 @@ struct GivenModel {
 /// differ in size only, so that these count.
 std::optional<GivenModel> parse_given_model(const std::string& text);
 
+/// "fitted by pHREML", "collapsed to OU", "no likelihood": what became of a model's fit.
+std::string status_text(const movement_models::FittedModel& model);
+
 /// How models are chosen.
 struct FitSettings {
     movement_models::Estimation Method = movement_models::Estimation::kPhreml;  ///< ML, REML or pHREML

@@ -111,7 +111,8 @@ double advised_cell_size(const Smoothing& smoothing) {
                     width_of(grid_around(smoothing.Fixes, smoothing.Matrix, 1.0)));
 }
 
-RasterGeometry common_grid(std::span<const Smoothing* const> smoothings, std::optional<double> buffer, double cellSize) {
+RasterGeometry common_grid(std::span<const Smoothing* const> smoothings, std::optional<double> buffer,
+                           double cellSize) {
     double reach = 0.0;
     double advised = 0.0;
     std::vector<Point> corners;

@@ -24,7 +24,8 @@ struct VariogramPicture {
 };
 
 /// The picture as an SVG element (UTF-8, no XML declaration) that stands alone as a file. Role "img", a title and a
-/// description in words; its colours follow a preference for dark pages. Without points it says so.
-std::string VariogramSvg(const VariogramPicture& picture);
+/// description in words; its colours follow a preference for dark pages. Without points it says so. The IDs of its
+/// elements begin with `id` (letters, digits and "-"), so that a page may hold several.
+std::string VariogramSvg(const VariogramPicture& picture, const std::string& id = "variogram");
 
 }  // namespace wxl::pictures

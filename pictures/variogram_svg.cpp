@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace wxl::pictures {
 
@@ -48,7 +49,7 @@ double highest(const VariogramPicture& picture) {
 
 class Plot {
 public:
-    explicit Plot(const VariogramPicture& picture) : m_picture(picture) {
+    Plot(const VariogramPicture& picture, std::string id) : m_picture(picture), m_id(std::move(id)) {
         double last = 0.0;
         for (const Banded& point : picture.Points) last = std::max(last, point.X);
         m_x = MakeAxis(0.0, last, 6, 0.0);
@@ -109,9 +110,9 @@ private:
     }
 
     std::string Clipped() const {
-        std::string svg = R"(<clipPath id="variogram-plot"><rect x=")" + at(kLeft) + "\" y=\"" + at(kTop) +
+        std::string svg = "<clipPath id=\"" + m_id + R"(-plot"><rect x=")" + at(kLeft) + "\" y=\"" + at(kTop) +
                           "\" width=\"" + at(kRight - kLeft) + "\" height=\"" + at(kBottom - kTop) +
-                          "\"/></clipPath>\n<g clip-path=\"url(#variogram-plot)\" fill=\"none\">\n";
+                          "\"/></clipPath>\n<g clip-path=\"url(#" + m_id + "-plot)\" fill=\"none\">\n";
         svg += R"(<path class="limits" fill="#d9dee4" fill-opacity="0.7" d=")" + Band(m_picture.Points) + "\"/>\n";
         svg += R"(<path class="band" fill="#b3261e" fill-opacity="0.18" d=")" + Band(m_picture.Curve) + "\"/>\n";
         svg += R"(<path class="fixes" stroke="#1f2933" stroke-width="1.5" stroke-linejoin="round" d=")" +
@@ -133,6 +134,7 @@ private:
     }
 
     const VariogramPicture& m_picture;
+    std::string m_id;
     Axis m_x;
     Axis m_y;
 };
@@ -151,14 +153,14 @@ std::string description_of(const VariogramPicture& picture) {
 
 }  // namespace
 
-std::string VariogramSvg(const VariogramPicture& picture) {
+std::string VariogramSvg(const VariogramPicture& picture, const std::string& id) {
     std::string svg = R"(<svg xmlns="http://www.w3.org/2000/svg" class="wxl-variogram" role="img" )"
-                      R"(aria-labelledby="variogram-title variogram-desc" width=")" +
-                      std::to_string(kWidth) + "\" height=\"" + std::to_string(kHeight) + "\" viewBox=\"0 0 " +
-                      std::to_string(kWidth) + " " + std::to_string(kHeight) +
-                      R"(" font-family="system-ui, sans-serif" fill="#1f2933">)" + "\n";
-    svg += "<title id=\"variogram-title\">" + XmlText(title_of(picture)) + "</title>\n";
-    svg += "<desc id=\"variogram-desc\">" + XmlText(description_of(picture)) + "</desc>\n";
+                      "aria-labelledby=\"" +
+                      id + "-title " + id + R"(-desc" width=")" + std::to_string(kWidth) + "\" height=\"" +
+                      std::to_string(kHeight) + "\" viewBox=\"0 0 " + std::to_string(kWidth) + " " +
+                      std::to_string(kHeight) + R"(" font-family="system-ui, sans-serif" fill="#1f2933">)" + "\n";
+    svg += "<title id=\"" + id + "-title\">" + XmlText(title_of(picture)) + "</title>\n";
+    svg += "<desc id=\"" + id + "-desc\">" + XmlText(description_of(picture)) + "</desc>\n";
     svg += "<style>" + std::string(kStyle) + "</style>\n";
     svg += R"(<rect class="paper" fill="#ffffff" width=")" + std::to_string(kWidth) + "\" height=\"" +
            std::to_string(kHeight) + "\"/>\n";
@@ -169,7 +171,7 @@ std::string VariogramSvg(const VariogramPicture& picture) {
                R"(" y="62">There are no pairs of fixes to show.</text>)"
                "\n";
     else
-        svg += Plot(picture).Svg();
+        svg += Plot(picture, id).Svg();
     return svg + "</svg>\n";
 }
 

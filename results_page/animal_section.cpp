@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "results_page/animal_map.h"
 #include "results_page/animal_table.h"
+#include "results_page/map_svg.h"
 
 #include <optional>
 
@@ -31,9 +32,9 @@ std::string with_unit(std::optional<double> value, const std::string& unit) {
 
 std::string reading(std::optional<double> index, bool correlated) {
     if (!index) return "not defined";
-    return pictures::ShortNumber(*index, 4) + (correlated
-                                                   ? " <strong class=\"warn\">significant autocorrelation</strong>"
-                                                   : " <span class=\"quiet\">no significant autocorrelation</span>");
+    return pictures::ShortNumber(*index, 4) +
+           (correlated ? " <a class=\"warn\" href=\"#autocorrelation\"><strong>significant autocorrelation</strong></a>"
+                       : " <span class=\"quiet\">no significant autocorrelation</span>");
 }
 
 std::string schoener(const AnimalRecord& record) {
@@ -79,12 +80,6 @@ std::string facts(const PageRun& run, const AnimalRecord& record) {
            fact("Volume captured", volume_text(run, record)) + fact("Raster edge", edge_text(record)) +
            fact("Schoener index", schoener(record)) + fact("Swihart and Slade index", swihart_slade(record)) +
            fact("Raster", "<code>" + XmlText(analysis::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
-}
-
-/// A line as it stands in the map, for the table beside it.
-std::string line_sample(const LineLook& look) {
-    return "<svg class=\"sample\" viewBox=\"0 0 34 8\" aria-hidden=\"true\"><path d=\"M1 4h32\" stroke-width=\"" +
-           tenth(look.Width) + "\" stroke-dasharray=\"" + (*look.Dashes == '\0' ? "none" : look.Dashes) + "\"/></svg>";
 }
 
 std::string areas(const PageRun& run, const AnimalRecord& record) {

@@ -151,6 +151,11 @@ LineLook look_of(std::size_t index) {
     return kLooks.at(index % kLooks.size());
 }
 
+std::string line_sample(const LineLook& look) {
+    return "<svg class=\"sample\" viewBox=\"0 0 34 8\" aria-hidden=\"true\"><path d=\"M1 4h32\" stroke-width=\"" +
+           tenth(look.Width) + "\" stroke-dasharray=\"" + (*look.Dashes == '\0' ? "none" : look.Dashes) + "\"/></svg>";
+}
+
 MapLayout layout_of(const platform::Extent& bounds) {
     MapLayout layout;
     const double longest = std::max(bounds.Width(), bounds.Height());

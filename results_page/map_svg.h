@@ -21,6 +21,9 @@ LineLook look_of(std::size_t index);
 /// The look of minimum convex polygons: thin dots.
 inline constexpr LineLook kPolygonLook{1.1, "1 4"};
 
+/// A line as it stands in the map, for a table beside it.
+std::string line_sample(const LineLook& look);
+
 /// Where the parts of a map stand on its canvas.
 struct MapLayout {
     platform::Extent Shown;  ///< map units

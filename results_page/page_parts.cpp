@@ -2,15 +2,11 @@
 
 #include "analysis/diagnosis.h"
 #include "pictures/xml_text.h"
-#include "platform/clock.h"
 #include "platform/text.h"
-#include "results_page/assets.h"
-#include "results_page/colour_ramp.h"
-#include "results_page/density_picture.h"
-#include "results_page/map_svg.h"
+#include "results_page/document.h"
+#include "results_page/repeat_command.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
 namespace wxl::results_page {
@@ -39,11 +35,6 @@ std::string lede(const PageRun& run) {
             (run.Wanted.FixedKernel ? " · fixed kernel" : " · adaptive kernel");
     if (run.Wanted.Rescale) text += " · unit variance";
     return text;
-}
-
-std::string settings_row(const std::string& name, const std::string& value) {
-    return value.empty() ? std::string()
-                         : "<tr><th scope=\"row\">" + name + "</th><td>" + XmlText(value) + "</td></tr>\n";
 }
 
 std::string estimator_text(const analysis::Settings& settings) {
@@ -104,41 +95,26 @@ std::string reference_text(const PageRun& run) {
     return (name.empty() ? "unknown" : name) + ", coordinates in " + length_unit(run);
 }
 
-}  // namespace
-
-namespace {
-
-/// As a policy names it: a script of any other content is not run.
-std::string script_digest() {
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < kScriptDigest.size(); i += 2) {
-        unsigned byte = 0;
-        std::from_chars(kScriptDigest.data() + i, kScriptDigest.data() + i + 2, byte, 16);
-        bytes += static_cast<char>(byte);
-    }
-    return base64(bytes);
+/// Where "significant autocorrelation" leads to.
+std::string remedy(const PageRun& run) {
+    const std::vector<std::string> words = {
+        "wxl",         "akde", run.Source.empty() ? run.Wanted.LayerName : run.Source, "--id-field", run.Wanted.IdField,
+        "--time-field"};
+    return "<dt id=\"autocorrelation\">Autocorrelated fixes</dt><dd>Fixes close in time say much the same, but the "
+           "bandwidths of this page take them for independent, and their ranges have no limits. The estimator for such "
+           "fixes is AKDE: <code>" +
+           XmlText(shell_text(words)) +
+           " FIELD --out akde</code>, or in the toolbox of QGIS “Home ranges for autocorrelated tracks (AKDE)”. "
+           "The page “Which estimator?” of the guide tells when each is right.</dd>\n";
 }
 
 }  // namespace
 
 std::string page_opening(const PageRun& run) {
-    const std::string name = XmlText(run.Wanted.LayerName);
-    return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-           "<meta name=\"color-scheme\" content=\"light dark\">\n" +
-           std::string(kGenerator) + WXL_VERSION +
-           "\">\n"
-           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; style-src "
-           "'unsafe-inline'; script-src 'sha256-" +
-           script_digest() + "'\">\n<title>" + name + " – kernel density analysis</title>\n<style>\n:root{--ramp:" +
-           css_gradient(density_ramp(kDensityColours), kMapPaper) + "}\n" + std::string(kStyle) +
-           "</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#results\">Skip to the results</a>\n<header>\n"
-           "<p class=\"kicker\">Kernel density analysis</p>\n<h1><bdi>" +
-           name + "</bdi></h1>\n<p class=\"lede\">" + XmlText(lede(run)) +
-           "</p>\n<nav aria-label=\"Parts of this page\"><ul><li><a href=\"#results\">Results</a></li><li><a "
-           "href=\"#animals\">Animals</a></li><li><a href=\"#reading\">Reading the numbers</a></li><li><a "
-           "href=\"#settings\">Settings</a></li><li><a href=\"#repeat\">Repeat the run</a></li></ul></nav>\n</header>\n"
-           "<main>\n";
+    return document_opening({.Title = run.Wanted.LayerName,
+                             .Kind = "Kernel density analysis",
+                             .Suffix = "kernel density analysis",
+                             .Lede = lede(run)});
 }
 
 std::string problems(const PageRun& run) {
@@ -191,7 +167,8 @@ std::string reading_notes(const PageRun& run) {
            "or "
            "&gt; 2.4 indicates significant autocorrelation.</dd>\n<dt>Swihart and Slade index</dt><dd>Swihart and "
            "Slade "
-           "Index: value &gt; 0.6 indicates significant autocorrelation.</dd>\n</dl>\n</section>\n";
+           "Index: value &gt; 0.6 indicates significant autocorrelation.</dd>\n" +
+           remedy(run) + "</dl>\n</section>\n";
 }
 
 std::string settings_section(const PageRun& run) {
@@ -226,15 +203,11 @@ std::string repeat_section(const PageRun& run, const std::string& command) {
         "name another folder.";
     if (run.Wanted.SelectedOnly && run.Wanted.Where.empty())
         note += " Fixes that were selected in the map have no words: <code>--where</code> takes a condition.";
-    return "<section id=\"repeat\" aria-labelledby=\"repeat-name\">\n<h2 id=\"repeat-name\">Repeat the run</h2>\n<p>" +
-           note + "</p>\n<pre tabindex=\"0\" aria-label=\"Command\"><code>" + XmlText(command) +
-           "</code></pre>\n</section>\n";
+    return command_section(note, command);
 }
 
 std::string page_closing(const PageRun& run) {
-    return "</main>\n<footer><p>WXL Tools " WXL_VERSION " · begun " + platform::DateTimeText(run.Start) +
-           " · finished " + platform::DateTimeText(run.Finish) + "</p></footer>\n<script>\n" + std::string(kScript) +
-           "</script>\n</body>\n</html>\n";
+    return document_closing(run.Start, run.Finish);
 }
 
 }  // namespace wxl::results_page

@@ -7,9 +7,6 @@
 
 namespace wxl::results_page {
 
-/// Marks the pages of this tool, so that nothing else is overwritten.
-inline constexpr const char* kGenerator = "<meta name=\"generator\" content=\"WXL Tools ";
-
 /// From the document type to the opening of the main part: head with style, skip link, title, navigation.
 std::string page_opening(const PageRun& run);
 

@@ -65,7 +65,7 @@ struct Reach {
 
 }  // namespace
 
-Window occupied_window(platform::IRasterBand& band, double& maximum) {
+Window occupied_window(platform::IRasterBand& band, double& maximum, double least) {
     const platform::RasterGeometry geometry = band.Geometry();
     std::vector<float> cells = row_of(band);
     Reach columns;
@@ -73,7 +73,7 @@ Window occupied_window(platform::IRasterBand& band, double& maximum) {
     maximum = 0.0;
     for (std::int32_t row = 0; row < geometry.Rows; ++row) {
         band.ReadRow(row, cells);
-        const auto occupied = [](float cell) { return cell > 0.0F; };
+        const auto occupied = [least](float cell) { return static_cast<double>(cell) > least; };
         const auto first = std::find_if(cells.begin(), cells.end(), occupied);
         if (first == cells.end()) continue;
         const auto last = std::find_if(cells.rbegin(), cells.rend(), occupied).base() - 1;

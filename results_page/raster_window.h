@@ -17,9 +17,9 @@ struct Window {
     friend bool operator==(const Window&, const Window&) = default;
 };
 
-/// The cells above 0 with a rim of one cell where the raster has it; the whole raster when no cell is. `maximum` is
-/// set to the largest cell, at least 0.
-Window occupied_window(platform::IRasterBand& band, double& maximum);
+/// The cells above `least` with a rim of one cell where the raster has it; the whole raster when no cell is. `maximum`
+/// is set to the largest of them, at least 0.
+Window occupied_window(platform::IRasterBand& band, double& maximum, double least = 0.0);
 
 /// Where a window lies.
 platform::RasterGeometry window_geometry(const platform::RasterGeometry& raster, const Window& window);

@@ -5,6 +5,7 @@
 #include "platform/boxes.h"
 #include "results_page/animal_section.h"
 #include "results_page/animal_table.h"
+#include "results_page/document.h"
 #include "results_page/page_parts.h"
 #include "results_page/repeat_command.h"
 
@@ -16,44 +17,6 @@ namespace wxl::results_page {
 namespace {
 
 using analysis::RunOutcome;
-
-constexpr std::uint64_t kLargestPage = 512ULL << 20U;
-
-/// A file under a temporary name, deleted unless it is published.
-class PendingFile {
-public:
-    PendingFile(platform::IFileSystem& files, std::filesystem::path place)
-        : m_files(files),
-          m_place(std::move(place)),
-          m_temporary(m_place.parent_path() / platform::TemporaryName(m_place.filename().string())),
-          m_file(files.OpenForWriting(m_temporary, platform::WriteMode::kReplace)) {}
-
-    ~PendingFile() {
-        m_file.reset();
-        try {
-            if (!m_published) m_files.DeleteFile(m_temporary, true);
-        } catch (const std::exception&) {
-            return;  // what cannot be deleted is swept away by the next run
-        }
-    }
-    PendingFile(const PendingFile&) = delete;
-    PendingFile& operator=(const PendingFile&) = delete;
-
-    platform::IOutputFile& File() { return *m_file; }
-
-    void Publish() {
-        m_file->Close();
-        m_files.Rename(m_temporary, m_place);
-        m_published = true;
-    }
-
-private:
-    platform::IFileSystem& m_files;
-    std::filesystem::path m_place;
-    std::filesystem::path m_temporary;
-    std::unique_ptr<platform::IOutputFile> m_file;
-    bool m_published = false;
-};
 
 }  // namespace
 
@@ -80,7 +43,7 @@ void ResultsPage::RunEnds(RunOutcome outcome) {
     m_run.Stopped = outcome == RunOutcome::kStopped;
     m_run.Finish = m_services.Clock->Now();
     const std::filesystem::path file = analysis::file_in_folder(m_run.Folder, kPageFile);
-    if (!MayReplace(file)) {
+    if (!may_replace_page(*m_services.Files, file)) {
         m_failed = false;
         return platform::ShowWarning(
             *m_services.Messages,
@@ -92,11 +55,6 @@ void ResultsPage::RunEnds(RunOutcome outcome) {
     m_written = file;
     m_failed = false;
     m_run.Records.clear();
-}
-
-bool ResultsPage::MayReplace(const std::filesystem::path& file) const {
-    if (!m_services.Files->FileExists(file)) return true;
-    return m_services.Files->ReadFile(file, kLargestPage).find(kGenerator) != std::string::npos;
 }
 
 void ResultsPage::Write(platform::IOutputFile& file) const {

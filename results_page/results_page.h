@@ -34,7 +34,6 @@ public:
     const std::filesystem::path& Written() const { return m_written; }
 
 private:
-    bool MayReplace(const std::filesystem::path& file) const;
     void Write(platform::IOutputFile& file) const;
 
     const platform::Services& m_services;

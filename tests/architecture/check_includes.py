@@ -30,10 +30,10 @@ MAY_INCLUDE = {
     "isopleths": {"platform", "utilities"},
     "comparison": {"platform", "engine", "isopleths"},
     "analysis": {"platform", "engine", "isopleths", "comparison", "tracking_times", "utilities"},
-    "akde": {"platform", "engine", "isopleths", "tracking_times", "utilities", "analysis", "movement_models"},
+    "akde": {"platform", "engine", "pictures", "isopleths", "tracking_times", "utilities", "analysis", "movement_models"},
     "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
     "batch": {"platform", "engine", "analysis"},
-    "results_page": {"platform", "engine", "pictures", "analysis"},
+    "results_page": {"platform", "engine", "pictures", "akde", "movement_models", "analysis"},
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},
 }

@@ -11,6 +11,7 @@
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "results_page/range_page.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -98,6 +99,17 @@ void check_outputs(const RangeSettings& settings, const TimedLayer& layer, const
                         standing.front().string() + " exists: choose another folder or prefix, or give --overwrite");
 }
 
+/// Where the page stands; "" where there is none.
+std::string write_page(results_page::RangePage& page, const akde::RangeOutcome& outcome, const RangeSettings& settings,
+                       Console& console) {
+    const fs::path written = page.Write(outcome);
+    if (written.empty())
+        console.Problem(
+            fmt::format("Warning: {} is not a page of this tool and was left as it is; no page was written.",
+                        (settings.Folder / results_page::kRangePageFile).string()));
+    return written.string();
+}
+
 }  // namespace
 
 void register_akde(CLI::App& command, AkdeOptions& options) {
@@ -129,6 +141,7 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
         ->capture_default_str();
     add_fit_options(command, options.Fit);
     command.add_flag("--lines", options.Lines, "Isopleths as lines too");
+    command.add_flag("--html", options.Html, "Write WXL_AKDE_ANALYSIS.html, a page of the results with maps");
     command.add_flag("--overwrite", options.Overwrite, "Replace earlier results of the same names");
     command.add_flag("--json", options.Json, "Print one JSON object");
     command.footer(
@@ -148,27 +161,33 @@ int run_akde(const AkdeOptions& options, Console& console) {
     RangeSettings settings = settings_of(options);
     const TimedLayer layer = read_timed_layer(options.Input, console);
     settings.LayerName = layer.Name;
+    settings.Source = options.Input.Points.Input;
     make_output_folder(options.Out);
     files::DiskServices disk;
     const platform::Services services = disk.Complete({});
     check_outputs(settings, layer, services);
 
     const bool metres = layer.Animals.Reference.MetersPerUnit == 1.0;
-    Json json{{"summary", ""}, {"animals", Json::array()}};
+    Json json{{"summary", ""}, {"page", nullptr}, {"animals", Json::array()}};
+    results_page::RangePage page(services, settings, layer.Animals.Reference);
     const StopSignals signals;
     ConsoleListener listener(console);
     const akde::RangeOutcome outcome =
         akde::RangeRun(settings, services, listener).Run(layer.Animals, [&](const akde::RangeRecord& record) {
+            if (options.Html) page.Add(record);
             if (options.Json)
                 json["animals"].push_back(json_of(record, settings));
             else
                 print_range(record, metres, console);
         });
     json["summary"] = outcome.Summary.string();
+    const std::string written = options.Html ? write_page(page, outcome, settings, console) : std::string();
+    if (!written.empty()) json["page"] = written;
     if (options.Json)
         console.Text(json_text(json));
     else
         console.Result("summary: " + outcome.Summary.string());
+    if (!options.Json && !written.empty()) console.Result("page: " + written);
     if (outcome.Failed > 0)
         console.Problem(fmt::format("wxl: {} of {} distributions could not be computed", outcome.Failed, outcome.Done));
     if (outcome.Stopped) console.Problem("wxl: stopped; what was done until then is kept");

@@ -21,6 +21,7 @@ struct AkdeOptions {
     std::string Isopleths = "95,50";
     std::string Weights = "uniform";  ///< "uniform", "optimal"
     bool Lines = false;
+    bool Html = false;
     bool Overwrite = false;
     bool Json = false;
 };

@@ -1,5 +1,6 @@
 #include "apps/cli/commands/models.h"
 
+#include "akde/variogram_view.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/text_output.h"
@@ -41,21 +42,6 @@ std::optional<double> if_finite(double value) {
     return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
-std::string status_of(const FittedModel& model) {
-    switch (model.Status) {
-        case FitStatus::kCollapsed:
-            return fmt::format("collapsed to {}", model_name(model.CollapsedTo));
-        case FitStatus::kOnALine:
-            return "not fitted: all fixes on one line";
-        case FitStatus::kNoNumber:
-            return "no likelihood";
-        case FitStatus::kFitted:
-            break;
-    }
-    const bool few = !std::isfinite(model.Aicc);
-    return fmt::format("fitted by {}{}", estimation_name(model.Used), few ? ", too few fixes for AICc" : "");
-}
-
 /// What is told of one model, in the order of the columns.
 struct ModelRow {
     std::string Name;
@@ -80,7 +66,7 @@ ModelRow row_of(const FittedModel& model, double least) {
     ModelRow row;
     row.Name = model_name(model.Model.Kind);
     row.Isotropic = model.Shape == RangeShape::kIsotropic;
-    row.Status = status_of(model);
+    row.Status = akde::status_text(model);
     if (!is_fitted(model)) return row;
     row.LogLikelihood = if_finite(model.LogLikelihood);
     row.Aicc = if_finite(model.Aicc);
@@ -243,34 +229,6 @@ void print_animal(const AnimalModels& fitted, const Units& units, bool numberTim
     console.Result("");
 }
 
-pictures::VariogramPicture picture_of(const AnimalModels& fitted, const Units& units) {
-    pictures::VariogramPicture picture;
-    const Track& track = fitted.Track.Fixes;
-    const bool days = 0.5 * track.Duration() > 4.0 * 86400.0;
-    const double second = 1.0 / (days ? 86400.0 : 3600.0);
-    const double area = units.Metres ? 1e-6 : 1.0;
-    picture.Title = platform::ValueText(fitted.Animal->Id);
-    picture.LagUnit = days ? "days" : "hours";
-    picture.AreaUnit = units.Metres ? "km²" : "";
-    for (const VariogramPoint& point : fitted.Variogram) {
-        const Interval limits = variogram_interval(point, track.Duration());
-        picture.Points.push_back({second * point.Lag, area * limits.Low, area * limits.Estimate, area * limits.High});
-    }
-    if (!fitted.Chosen) return picture;
-    picture.Model = model_title(fitted.Chosen->Model.Kind, fitted.Chosen->Shape);
-    const auto limits = area_interval(1.0, fitted.Chosen->DofArea);
-    constexpr int kPoints = 400;
-    for (int k = 0; k <= kPoints && !fitted.Variogram.empty(); ++k) {
-        // Closer together where the curve bends.
-        const double share = static_cast<double>(k) / kPoints;
-        const double lag = fitted.Variogram.back().Lag * share * share;
-        const double value = area * model_semivariance(*fitted.Chosen, lag);
-        picture.Curve.push_back(
-            {second * lag, limits ? value * limits->Low : value, value, limits ? value * limits->High : value});
-    }
-    return picture;
-}
-
 /// The files of --plot, refused before anything is computed.
 std::vector<TextOutput> plots_of(const ModelsOptions& options, const TimedLayer& layer) {
     std::vector<TextOutput> plots;
@@ -332,7 +290,10 @@ int run_models(const ModelsOptions& options, Console& console) {
         if (options.Json) json.push_back(json_of(fitted, options, animals.NumberTimes));
         if (csv) add_csv_rows(fitted, animals.NumberTimes, table);
         if (!options.Json) print_animal(fitted, units, animals.NumberTimes, console);
-        if (!plots.empty()) plots[i].Write(pictures::VariogramSvg(picture_of(fitted, units)));
+        if (!plots.empty())
+            plots[i].Write(pictures::VariogramSvg(
+                akde::variogram_picture_of({platform::ValueText(fitted.Animal->Id), fitted.Variogram,
+                                            fitted.Track.Fixes.Duration(), fitted.Chosen, units.Metres})));
     }
     if (csv) csv->Write(csv_text(table));
     if (options.Json) console.Text(json_text(json));

@@ -181,6 +181,50 @@ TEST(Akde, Names_that_are_taken_are_told_before_anything_is_computed) {
     EXPECT_EQ(ran.Err, "wxl: " + out + "/1_poly.dbf exists: choose another folder or prefix, or give --overwrite\n");
 }
 
+std::size_t count_of(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+
+TEST(Akde, Page_of_three_animals) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder, fourteen_rows("a") + fourteen_rows("<b> & c") + "d,500000,5800000,2020-01-01\n");
+    const std::string out = (folder / "out").string();
+    const Ran ran = run_akde_on(layer, out, {"--html", "--json", "--raster-format", "gtiff"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(Json::parse(ran.Out)["page"], out + "/WXL_AKDE_ANALYSIS.html");
+    const std::string html = read_file(out + "/WXL_AKDE_ANALYSIS.html");
+    EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n")) << html.substr(0, 100);
+    EXPECT_TRUE(html.ends_with("</html>\n"));
+    EXPECT_EQ(count_of(html, "<article class=\"animal\""), 3U);
+    EXPECT_EQ(count_of(html, "<svg class=\"map\""), 2U);
+    EXPECT_EQ(count_of(html, "class=\"wxl-variogram\""), 2U);
+    for (const char* part : {"http://www.w3.org/2000/svg\" id", "https://", "<link", "<b> & c", "nan", "inf"})
+        EXPECT_EQ(count_of(html, part), 0U) << part;
+    EXPECT_EQ(count_of(html, "<td class=\"num\">2.77</td><td class=\"num\">6.471</td></tr>"), 2U);
+    EXPECT_EQ(count_of(html, "There is 1 fix of different times: at least 3 are needed."), 2U);
+    EXPECT_EQ(count_of(html, "wxl akde " + layer + " --id-field animal --time-field Date,Time1 --out " + out +
+                                 " --raster-format GTiff --isopleths 95,50 --html"),
+              1U);
+    // Six lines of two percentages on each of the two maps.
+    EXPECT_EQ(count_of(html, "<use href=\"#map-1-l"), 12U);
+}
+
+TEST(Akde, Page_of_another_program_stays) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    std::filesystem::create_directories(folder / "out");
+    write_file(folder, "out/WXL_AKDE_ANALYSIS.html", "mine");
+    const Ran ran = run_akde_on(layer, (folder / "out").string(), {"--html"});
+    EXPECT_NE(ran.Err.find("WXL_AKDE_ANALYSIS.html is not a page of this tool and was left as it is; no page was "
+                           "written.\n"),
+              std::string::npos)
+        << ran.Err;
+    EXPECT_EQ(read_file(folder / "out/WXL_AKDE_ANALYSIS.html"), "mine");
+}
+
 TEST(Akde, Outlines_have_the_areas_that_are_told) {
     ScratchFolder folder;
     const std::string out = (folder / "out").string();

@@ -71,6 +71,18 @@ TEST_F(ResultsPageTest, Is_one_file_without_network) {
     EXPECT_THAT(html, HasSubstr("default-src 'none'"));
 }
 
+TEST_F(ResultsPageTest, Significant_autocorrelation_leads_to_its_remedy) {
+    for (int i = 0; i < 12; ++i)
+        Points->AddPoint(1000.0 + 60.0 * i, 500.0 + 5.0 * i * i, {std::string("Cy"), std::int64_t{3}});
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    EXPECT_EQ(count_of(html, "<dt id=\"autocorrelation\">"), 1U);
+    EXPECT_THAT(html, HasSubstr("<code>wxl akde bears --id-field ID --time-field FIELD --out akde</code>"));
+    EXPECT_THAT(html, HasSubstr("<a class=\"warn\" href=\"#autocorrelation\"><strong>significant "
+                                "autocorrelation</strong></a>"));
+}
+
 TEST_F(ResultsPageTest, Table_tells_areas_by_falling_percentage_and_has_buttons_to_sort) {
     AddTwoAnimals();
     OpenWithPage();
