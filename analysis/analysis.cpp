@@ -89,6 +89,8 @@ RunOutcome Analysis::Finish() {
     TellEnd(outcome);
     m_preparation->Lock().reset();
     m_view.ShowStatus({});
+    m_view.ShowEnd(outcome);
+    m_services.Host->Yield();
     show_ending(*m_services.Messages, stopped);
     m_view.ShowProgress(0.0);
     return outcome;

@@ -156,11 +156,6 @@ std::string reach_reason(const AnimalRecord& record) {
            ": outer isopleths are too small; --reach whole computes the full kernels";
 }
 
-std::string nothing_text(const AnimalRecord& record) {
-    if (record.Grid.Columns > 0 && record.Grid.Rows > 0) return "the bandwidth is 0";
-    return "the raster has no cells: the cell size " + NumberText(record.Grid.CellSize) + " is larger than the extent";
-}
-
 std::string cell_text(const AnimalRecord& record) {
     return "the bandwidth " + short_number(record.BandwidthMapUnits) + " is smaller than the cell size " +
            NumberText(record.Grid.CellSize);
@@ -239,16 +234,68 @@ std::string search_reason(const SearchFacts& facts) {
     return {};
 }
 
-std::string failure_reason(const AnimalRecord& record) {
+Failure failure_of(const AnimalRecord& record) {
     namespace kernel_status = engine::kernel_status;
-    if (record.Status == kernel_status::kGood) return {};
-    if (record.SampleSize < 2) return too_few_text(record.SampleSize);
-    if (all_at_one_place(record.SampleSize, record.Coincident)) return one_place_text(record.SampleSize);
-    if (record.Status == kernel_status::kGridTooLarge) return "the raster would have more than 50 million cells";
-    if (record.Status == kernel_status::kNothingToCompute) return nothing_text(record);
-    if (record.Status == kernel_status::kBandwidthBelowCell) return cell_text(record);
-    if (lacks_memory(record)) return memory_text(record);
+    if (record.Status == kernel_status::kGood) return Failure::kNone;
+    if (record.SampleSize < 2) return Failure::kTooFew;
+    if (all_at_one_place(record.SampleSize, record.Coincident)) return Failure::kOnePlace;
+    if (record.Status == kernel_status::kGridTooLarge) return Failure::kGridTooLarge;
+    if (record.Status == kernel_status::kNothingToCompute)
+        return record.Grid.Columns > 0 && record.Grid.Rows > 0 ? Failure::kNoBandwidth : Failure::kNoCells;
+    if (record.Status == kernel_status::kBandwidthBelowCell) return Failure::kBelowCell;
+    return lacks_memory(record) ? Failure::kMemory : Failure::kOther;
+}
+
+std::string failure_reason(const AnimalRecord& record) {
+    switch (failure_of(record)) {
+        case Failure::kNone:
+            return {};
+        case Failure::kTooFew:
+            return too_few_text(record.SampleSize);
+        case Failure::kOnePlace:
+            return one_place_text(record.SampleSize);
+        case Failure::kGridTooLarge:
+            return "the raster would have more than 50 million cells";
+        case Failure::kNoBandwidth:
+            return "the bandwidth is 0";
+        case Failure::kNoCells:
+            return "the raster has no cells: the cell size " + NumberText(record.Grid.CellSize) +
+                   " is larger than the extent";
+        case Failure::kBelowCell:
+            return cell_text(record);
+        case Failure::kMemory:
+            return memory_text(record);
+        case Failure::kOther:
+            break;
+    }
     return "the calculation failed (code " + std::to_string(record.Status) + ")";
+}
+
+std::string failure_remedy(const AnimalRecord& record) {
+    switch (failure_of(record)) {
+        case Failure::kNone:
+            return {};
+        case Failure::kTooFew:
+            return "Leave this animal out, or add its other fixes.";
+        case Failure::kOnePlace:
+            return "Check its coordinates, or leave this animal out.";
+        case Failure::kGridTooLarge:
+            return "Choose larger cells or a smaller extent.";
+        case Failure::kNoBandwidth:
+            return "Choose another bandwidth.";
+        case Failure::kNoCells:
+            return "Choose smaller cells.";
+        case Failure::kBelowCell:
+            return record.BandwidthMapUnits < 1.0
+                       ? "Choose a wider bandwidth."
+                       : "Choose cells of at most " + NumberText(std::floor(record.BandwidthMapUnits)) +
+                             ", or a wider bandwidth.";
+        case Failure::kMemory:
+            return "Choose larger cells or a smaller extent, or close other programs.";
+        case Failure::kOther:
+            break;
+    }
+    return "The report tells how far it came.";
 }
 
 SearchFacts search_facts(const AnimalRecord& record) {

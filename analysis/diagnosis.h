@@ -54,8 +54,25 @@ SearchFault search_fault(const SearchFacts& facts);
 /// The fault in one line, without a full stop; "" for kNone. Bandwidths are told in the units of the profile.
 std::string search_reason(const SearchFacts& facts);
 
+/// What kept a distribution from being computed.
+enum class Failure {
+    kNone,
+    kTooFew,        ///< fewer than 2 fixes
+    kOnePlace,      ///< all fixes lie at one place
+    kGridTooLarge,  ///< more cells than a raster may have
+    kNoBandwidth,   ///< the bandwidth is 0
+    kNoCells,       ///< the extent is smaller than one cell
+    kBelowCell,     ///< the bandwidth is smaller than the cell
+    kMemory,        ///< there is no memory for the raster
+    kOther
+};
+Failure failure_of(const AnimalRecord& record);
+
 /// Why the calculator ended with the record's status, in one line; "" for status 0.
 std::string failure_reason(const AnimalRecord& record);
+
+/// What to do about that, as a sentence; "" for status 0.
+std::string failure_remedy(const AnimalRecord& record);
 
 /// All that is to be said of a record, joined by "; ": search, failure, edge; "" when all is well.
 std::string diagnosis(const AnimalRecord& record);

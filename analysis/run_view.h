@@ -1,5 +1,6 @@
 #pragma once
 #include "analysis/animal_fixes.h"
+#include "analysis/record.h"
 #include "analysis/settings.h"
 #include "analysis/statistics.h"
 
@@ -41,6 +42,9 @@ public:
 
     /// What the run does now; "" when it is over.
     virtual void ShowStatus(const std::string& status) = 0;
+
+    /// The run has told its observers that it is over; its closing message comes next.
+    virtual void ShowEnd(RunOutcome outcome) = 0;
 
     /// How much of the run is done, 0 to 1.
     virtual void ShowProgress(double share) = 0;

@@ -33,6 +33,7 @@ void clsKDETool::OnClick() {
         kde_tool::frmKDE form(m_services, m_utilities);
         results_page::ResultsPage page(m_services);
         form.AddObserver(page);
+        form.WrittenPage = [&page] { return page.Written(); };
         m_forms.ShowKernelDialog(form);
     });
 }

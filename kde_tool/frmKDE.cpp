@@ -59,10 +59,9 @@ frmKDE::frmKDE(const platform::Services& services, utilities::Utilities& geodata
     : m_services(services), m_geodata(geodata) {}
 
 /// The form's handlers report a fault with its description, which names the layer, field or file.
-template <class Procedure>
-void frmKDE::Shielded(Procedure&& procedure) {
+void frmKDE::Shielded(const std::function<void()>& procedure) {
     try {
-        std::forward<Procedure>(procedure)();
+        procedure();
     } catch (...) {
         platform::ShowError(*m_services.Messages, "Error: " + platform::CurrentError().Description);
     }
@@ -88,6 +87,7 @@ void frmKDE::Form_Load() {
         cmbKernelForm.Items = {kGaussianForm};
         cmbKernelForm.ListIndex = 0;
         DisableExtRef();
+        enable(btnLastSettings, Advice && Advice->LastSettings());
     });
 }
 
@@ -132,6 +132,7 @@ void frmKDE::FillIdFields() {
     enable(chkUseSel, true);
     m_geodata.FillFieldList(layer, cmbUIDFLD);
     enable(cmbUIDFLD, true);
+    ForgetSuggestions();
 }
 
 // --- Layers in degrees ---
@@ -161,10 +162,12 @@ void frmKDE::btnReproject_Click() {
 
 void frmKDE::cmbUIDFLD_Click() {
     ForgetFixes();
+    ForgetSuggestions();
 }
 
 void frmKDE::chkUseSel_Click() {
     ForgetFixes();
+    ForgetSuggestions();
 }
 
 platform::Layer frmKDE::PointLayer() const {
@@ -225,12 +228,17 @@ void frmKDE::SSTab1_Click(int previousTab) {
     if (previousTab == SSTab1.Current || cmbPntL.Text().empty() || cmbUIDFLD.Text().empty()) return;
     Shielded([&] {
         analysis::GroupedFixes fixes = TakeFixes();
-        ShowVariances(analysis::variance_rows(fixes.Animals));
-        FillHrefTable(fixes);
-        m_plotted.reset();
-        ShowProfile(&fixes);
+        ShowStatistics(fixes);
         if (KeepsFixes) m_kept = KeptFixes{ChosenFixes(), std::move(fixes)};
     });
+}
+
+void frmKDE::ShowStatistics(const analysis::GroupedFixes& fixes) {
+    ShowVariances(analysis::variance_rows(fixes.Animals));
+    FillHrefTable(fixes);
+    SuggestCells(fixes);
+    m_plotted.reset();
+    ShowProfile(&fixes);
 }
 
 void frmKDE::FillIndependenceTable(const analysis::GroupedFixes& fixes) {
@@ -360,7 +368,10 @@ void frmKDE::btnLoadSettings_Click() {
 bool frmKDE::LoadSettings(const std::filesystem::path& file) {
     if (m_running) return false;
     try {
-        m_loadNote = ReadSettings(m_services.Files->ReadFile(file, kSettingsFileLimit), *this);
+        const SettingsRead read = ReadSettings(m_services.Files->ReadFile(file, kSettingsFileLimit), *this);
+        m_loadNote = read.Note;
+        Panel = {};
+        if (read.Settings == 0) Panel.Headline = file.filename().string() + " holds no settings: nothing was changed.";
     } catch (const std::exception&) {
         return false;
     }

@@ -5,7 +5,10 @@
 #include "analysis/record.h"
 #include "analysis/statistics.h"
 #include "analysis/summary_table.h"
+#include "kde_tool/form_advice.h"
 #include "kde_tool/profile_plot.h"
+#include "kde_tool/result_panel.h"
+#include "kde_tool/run_tally.h"
 #include "kde_tool/statistics_tables.h"
 #include "platform/controls.h"
 #include "platform/services.h"
@@ -63,6 +66,12 @@ public:
     /// A run spreads its datasets over sub-folders of the output folder, one for every so many animals; 0: it does not.
     std::size_t AnimalsPerSubfolder = 0;
 
+    /// What the desktop adds to the map; null where there is none. Set before Form_Load.
+    const IFormAdvice* Advice = nullptr;
+
+    /// The page that the last run wrote, "" where it wrote none; empty where no pages are written.
+    std::function<std::filesystem::path()> WrittenPage;
+
     // All pages
     platform::Tab SSTab1{{"Input Data", "Kernel Settings", "Bandwidth", "Output Options"}};
     platform::TextBox txtStatus;
@@ -71,6 +80,9 @@ public:
     platform::Button btnExit{"Exit"};
     platform::Button btnLoadSettings{"Load Settings"};
     platform::Button btnSaveSettings{"Save Settings"};
+    platform::Button btnSuggest{"Suggest"};
+    platform::Button btnLastSettings{"Last Settings", false};
+    ResultPanel Panel;
     platform::CheckBox chkSilent{"Silent mode"};
 
     // Page "Input Data", frames "Input" and "Independence of observations"
@@ -176,12 +188,20 @@ public:
     void btnIOSave_Click();
     void btnSaveSettings_Click();
 
-    /// Reads a settings file into the controls. Nothing while a run is in progress.
+    /// Reads a settings file into the controls; the panel tells when it holds no setting. Nothing while a run is in
+    /// progress.
     void btnLoadSettings_Click();
 
     /// The same with this file; whether it could be read.
     bool LoadSettings(const std::filesystem::path& file);
     void btnFolder_Click();
+
+    /// Fills in what suits the map: the highlighted point layer, the field that looks like the animals' names, a cell
+    /// size, 95 and 50 % isopleths as polygons, the smallest extent. Nothing while a run is in progress.
+    void btnSuggest_Click();
+
+    /// Fills in what the project ran last; its layer and field too where they are in the map.
+    void btnLastSettings_Click();
 
     /// Closes the form. During a run it asks whether to stop that instead, which happens after the present
     /// distribution.
@@ -255,6 +275,8 @@ public:
     /// Tells `observer` of every run from now on, after those added before. It must outlive the runs. The first ones
     /// are the form's own, which write the summary and the minimum convex polygons.
     void AddObserver(analysis::IRunObserver& observer) { m_observers.push_back(&observer); }
+    /// Shows how the run in progress ended.
+    void ShowEnd(analysis::RunOutcome outcome);
     const analysis::SummaryTable& Summary() const { return m_summary; }
     const analysis::ConvexPolygonLayer& ConvexPolygons() const { return m_convexPolygons; }
     const std::vector<analysis::IRunObserver*>& Observers() const { return m_observers; }
@@ -277,8 +299,7 @@ public:
     utilities::Utilities& Geodata() const { return m_geodata; }
 
 private:
-    template <class Procedure>
-    void Shielded(Procedure&& procedure);
+    void Shielded(const std::function<void()>& procedure);
     void FillPointLayers();
     void FillReferenceLayers();
     void FillIdFields();
@@ -313,6 +334,14 @@ private:
     std::optional<PlottedSearch> SearchToPlot();
     ProfilePlot PlotChosenAnimal(const PlottedSearch& search, const analysis::GroupedFixes* fixes) const;
     void SuggestBuffer();
+    void ShowStatistics(const analysis::GroupedFixes& fixes);
+    std::string AnimalField() const;
+    bool IsInDegrees() const;
+    void SuggestCells(const analysis::GroupedFixes& fixes);
+    void ForgetSuggestions();
+    void ChooseHighlightedLayer();
+    void ChooseAnimalField();
+    void SuggestOutput();
     void ChooseBandwidth(const platform::OptionButton& chosen);
     void ChooseExtent(const platform::OptionButton& chosen);
     void SwitchIso(bool on);
@@ -321,6 +350,7 @@ private:
     utilities::Utilities& m_geodata;
     std::string m_outFolder;
     std::string m_loadNote;
+    std::string m_suggestedCells;  ///< for the fixes that the pages show; "" where there are none
     double m_largestHref = 0.0;
     bool m_running = false;
     bool m_stopRequested = false;
@@ -328,7 +358,8 @@ private:
     analysis::RunOutcome m_lastRun = analysis::RunOutcome::kNone;
     analysis::SummaryTable m_summary{m_services};
     analysis::ConvexPolygonLayer m_convexPolygons{m_services};
-    std::vector<analysis::IRunObserver*> m_observers = {&m_summary, &m_convexPolygons};
+    RunTally m_tally;
+    std::vector<analysis::IRunObserver*> m_observers = {&m_summary, &m_convexPolygons, &m_tally};
     std::optional<platform::UtmTarget> m_utm;  ///< for the chosen layer when it is in degrees
     FixesChoice m_hrefChoice{};                ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;

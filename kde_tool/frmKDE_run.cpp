@@ -22,6 +22,7 @@ public:
     }
     void ShowBuffer(const analysis::TypedNumber& buffer) override { m_form.txtBuffer.Text = buffer.Text; }
     void ShowStatus(const std::string& status) override { m_form.txtStatus.Text = status; }
+    void ShowEnd(analysis::RunOutcome outcome) override { m_form.ShowEnd(outcome); }
     void ShowProgress(double share) override {
         platform::ProgressBar& bar = m_form.PBar;
         bar.Value = bar.Minimum + share * (bar.Maximum - bar.Minimum);
@@ -46,11 +47,25 @@ void frmKDE::btnOK_Click() {
     m_stopRequested = false;
     btnOK.Enabled = false;
     btnLoadSettings.Enabled = false;
+    Panel = {};
+    m_tally = {};
     FormView view(*this);
     m_lastRun = analysis::Analysis(m_services, m_geodata, settings_of(*this), view).Run(m_observers);
+    if (m_lastRun == analysis::RunOutcome::kFailed) ShowEnd(m_lastRun);
     m_running = false;
     btnOK.Enabled = true;
     btnLoadSettings.Enabled = true;
+}
+
+void frmKDE::ShowEnd(analysis::RunOutcome outcome) {
+    const bool stopped = outcome == analysis::RunOutcome::kStopped;
+    if (outcome != analysis::RunOutcome::kFailed)
+        txtStatus.Text = stopped ? "Processing stopped." : "Processing complete.";
+    Panel = m_tally.Panel(outcome);
+    if (WrittenPage) Panel.Page = WrittenPage();
+    if (!Panel.Folder.empty() && !LayerInMap(cmbPntL.Text()))
+        Panel.Lines.push_back("The layer " + cmbPntL.Text() +
+                              " left the map during the run; its fixes had been read before.");
 }
 
 analysis::RunOutcome frmKDE::HandOver(const std::function<void(const analysis::PreparedRun&)>& take) {

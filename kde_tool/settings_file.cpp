@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -72,6 +73,10 @@ void write_isopleths(const analysis::Settings& settings, LineWriter& out) {
     for (const bool isChosen : {settings.Lines, settings.Polygons, settings.Donuts}) out.Line(check_text(isChosen));
 }
 
+constexpr std::array<std::string_view, 15> kKeys = {"[RESCALE]", "[KERNEL]",  "[FORM]",      "[LSCV]",   "[BCV]",
+                                                    "[HREF]",    "[MANUAL]",  "[OUTFOLDER]", "[PREFIX]", "[CELLSIZE]",
+                                                    "[SCALING]", "[VERBOSE]", "[EXTENT]",    "[ISO]",    "[SILENT]"};
+
 /// Lines of a settings file being read, each as upper-case UTF-8.
 class LineReader {
 public:
@@ -119,7 +124,7 @@ class SettingsReader {
 public:
     SettingsReader(std::string_view bytes, frmKDE& form) : m_lines(bytes), m_form(form) {}
 
-    std::string Read() {
+    SettingsRead Read() {
         Advance();
         while (!m_lines.AtEnd()) {
             try {
@@ -133,7 +138,7 @@ public:
             m_form.txtR_Change();
         }
         m_form.RefreshEnabledStates();
-        return m_note;
+        return m_read;
     }
 
 private:
@@ -146,6 +151,7 @@ private:
     void Item() {
         const std::string key = m_line;
         const std::string& value = Advance();
+        if (std::ranges::find(kKeys, key) != kKeys.end()) ++m_read.Settings;
         if (key == "[RESCALE]") set_check(m_form.chkRescale, value);
         if (key == "[KERNEL]") Kernel(value);
         if (key == "[FORM]") KernelForm(value);
@@ -193,7 +199,7 @@ private:
         if (m_form.FolderExists(value))
             m_form.SetOutputFolder(value);
         else
-            m_note += "Output folder does not exist, therefore setting not changed.\r";
+            m_read.Note += "Output folder does not exist, therefore setting not changed.\r";
     }
 
     void Extent(const std::string& value) {
@@ -223,7 +229,7 @@ private:
     LineReader m_lines;
     frmKDE& m_form;
     std::string m_line;
-    std::string m_note;
+    SettingsRead m_read;
 
     /// The last prefix of the file; applied once, so that a file full of long prefixes warns once.
     std::optional<std::string> m_prefix;
@@ -248,7 +254,7 @@ std::string SettingsFileBytes(const analysis::Settings& settings) {
     return platform::ToWindows1252(out.Text());
 }
 
-std::string ReadSettings(std::string_view bytes, frmKDE& form) {
+SettingsRead ReadSettings(std::string_view bytes, frmKDE& form) {
     return SettingsReader(bytes, form).Read();
 }
 

@@ -14,6 +14,7 @@ struct TextBox {
     std::string Text;
     bool Enabled = true;
     BackColor Back = BackColor::kWindow;
+    std::string Hint = {};  ///< shown in grey while the box is empty
 };
 
 struct Label {
@@ -43,6 +44,7 @@ struct ComboBox {
     int ListIndex = -1;  ///< -1: no item chosen
     bool Enabled = true;
     BackColor Back = BackColor::kWindow;
+    std::string Hint = {};  ///< shown in grey while no item is chosen
 
     /// The chosen item, or "".
     std::string Text() const {

@@ -119,6 +119,7 @@ void FormBinder::Bind(QLineEdit& widget, platform::TextBox& control, const char*
         // Setting an equal text would move the cursor of somebody who types.
         if (const QString text = ToQString(control.Text); widget.text() != text) widget.setText(text);
         widget.setEnabled(control.Enabled);
+        widget.setPlaceholderText(ToQString(control.Hint));
         show_background(widget, control.Back);
     });
 }
@@ -161,6 +162,7 @@ void FormBinder::Bind(QComboBox& widget, platform::ComboBox& control, const char
             widget.addItems(items);
         }
         widget.setCurrentIndex(control.ListIndex);
+        widget.setPlaceholderText(ToQString(control.Hint));
         widget.setEnabled(control.Enabled);
         show_background(widget, control.Back);
     });

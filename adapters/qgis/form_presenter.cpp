@@ -4,6 +4,7 @@
 #include "adapters/qgis/kde_dialog.h"
 #include "adapters/qgis/layer_lists.h"
 #include "adapters/qgis/please_wait_window.h"
+#include "adapters/qgis/project_memory.h"
 #include "adapters/qgis/result_layers.h"
 #include "adapters/qgis/travel_dialog.h"
 
@@ -15,9 +16,14 @@ QgisFormPresenter::QgisFormPresenter(QgisHost& host, QWidget* window, Desktop de
 QgisFormPresenter::~QgisFormPresenter() = default;
 
 void QgisFormPresenter::ShowKernelDialog(kde_tool::frmKDE& form) {
+    ProjectMemory memory;
+    form.Advice = &memory;
+    form.AddObserver(memory);
     ResultLayers results(form, m_desktop, m_host);
     form.AddObserver(results);
     KdeDialog dialog(form, m_host, m_window);
+    dialog.OnZoom(
+        [this](const kde_tool::ResultPanel& panel) { show_extent(m_desktop, panel.Extent, panel.Reference); });
     LayerLists lists(form, [&dialog] { dialog.Refresh(); });
     dialog.AlsoRefresh([&lists] { lists.FormChanged(); });
     dialog.exec();

@@ -4,6 +4,7 @@
 #include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/profile_plot_widget.h"
 #include "adapters/qgis/qt_text.h"
+#include "adapters/qgis/result_panel_widget.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
@@ -114,13 +115,16 @@ KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : 
     m_binder.Bind(*m_tabs, form.SSTab1, "SSTab1", [this](int previous) { m_form.SSTab1_Click(previous); });
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(m_tabs);
+    m_panel = new ResultPanelWidget;
+    layout->addWidget(m_tabs, 1);
+    layout->addWidget(m_panel);
     layout->addLayout(Footer());
     AssignMnemonics(*this);
     OrderTabKey(*this);
     NameForScreenReaders(*this);
     m_binder.AlsoRefresh([this] {
         ShowUnits();
+        m_panel->Show(m_form.Panel);
         for (int i = 0; i < m_tabs->count(); ++i)
             static_cast<QScrollArea*>(m_tabs->widget(i))->widget()->setEnabled(!Running());
         if (!m_form.Visible && isVisible()) accept();
@@ -128,6 +132,10 @@ KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : 
     m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
     m_binder.Refresh();
     FitScreen();
+}
+
+void KdeDialog::OnZoom(std::function<void(const kde_tool::ResultPanel&)> zoom) {
+    m_panel->SetZoom(std::move(zoom));
 }
 
 /// As large as the pages want it, where the screen has that much room.
@@ -354,6 +362,9 @@ QLayout* KdeDialog::Footer() {
     auto* silent = with_tip(new QCheckBox, "Keeps the warnings of single animals out of message boxes");
     auto* load = with_tip(new QPushButton, "Reads the choices of all pages but the first from a file");
     auto* save = with_tip(new QPushButton, "Writes the choices of all pages but the first into a file");
+    auto* suggest =
+        with_tip(new QPushButton, "Fills in what suits the highlighted layer: animals, cell size, isopleths, extent");
+    auto* last = with_tip(new QPushButton, "Fills in what this project ran last");
     auto* ok = with_tip(new QPushButton, "Runs the analysis");
     auto* exit = with_tip(new QPushButton, "Closes the window; during a run it asks whether to stop that");
     auto* help = with_tip(new QPushButton(tr("Help")), "Opens the guide at what this page is about (F1)");
@@ -367,11 +378,13 @@ QLayout* KdeDialog::Footer() {
     m_binder.Bind(*silent, m_form.chkSilent, "chkSilent");
     m_binder.Bind(*load, m_form.btnLoadSettings, "btnLoadSettings", [this] { m_form.btnLoadSettings_Click(); });
     m_binder.Bind(*save, m_form.btnSaveSettings, "btnSaveSettings", [this] { m_form.btnSaveSettings_Click(); });
+    m_binder.Bind(*suggest, m_form.btnSuggest, "btnSuggest", [this] { m_form.btnSuggest_Click(); });
+    m_binder.Bind(*last, m_form.btnLastSettings, "btnLastSettings", [this] { m_form.btnLastSettings_Click(); });
     m_binder.Bind(*ok, m_form.btnOK, "btnOK", [this] { m_form.btnOK_Click(); });
     m_binder.Bind(*exit, m_form.btnExit, "btnExit", [this] { m_form.btnExit_Click(); });
     auto* layout = new QVBoxLayout;
     layout->addLayout(row({status, progress}));
-    auto* buttons = row({load, save, silent});
+    auto* buttons = row({suggest, last, load, save, silent});
     buttons->addStretch();
     buttons->addWidget(help);
     buttons->addWidget(ok);

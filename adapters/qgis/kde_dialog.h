@@ -12,6 +12,8 @@ class QVBoxLayout;
 
 namespace wxl::qgis {
 
+class ResultPanelWidget;
+
 /// frmKDE on screen: four pages, and below them status, progress and the buttons.
 class KdeDialog final : public QDialog {
 public:
@@ -22,6 +24,9 @@ public:
 
     /// Shows the form's present values.
     void Refresh() { m_binder.Refresh(); }
+
+    /// What "Zoom to results" does, which is there only with it.
+    void OnZoom(std::function<void(const kde_tool::ResultPanel&)> zoom);
 
     /// Called after every handler of the form.
     void AlsoRefresh(std::function<void()> refresh) { m_binder.AlsoRefresh(std::move(refresh)); }
@@ -54,6 +59,7 @@ private:
     std::shared_ptr<void> m_yieldToken;
     std::vector<QLabel*> m_unitLabels;
     QTabWidget* m_tabs = nullptr;
+    ResultPanelWidget* m_panel = nullptr;
 };
 
 }  // namespace wxl::qgis

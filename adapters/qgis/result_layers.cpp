@@ -1,7 +1,10 @@
 #include "adapters/qgis/result_layers.h"
 
+#include "adapters/qgis/qgis_values.h"
 #include "platform/runtime_error.h"
 
+#include <qgscoordinatetransform.h>
+#include <qgsexception.h>
 #include <qgslayertree.h>
 #include <qgslayertreelayer.h>
 #include <qgsproject.h>
@@ -9,6 +12,7 @@
 namespace wxl::qgis {
 namespace {
 
+constexpr double kMargin = 1.05;     ///< around results that are zoomed to
 constexpr int kExpandedLayers = 24;  ///< a group of more layers is added folded up
 
 }  // namespace
@@ -55,6 +59,21 @@ void ResultLayers::Show(const QList<QgsMapLayer*>& layers) const {
     if (current) m_desktop.LayerTree->setCurrentLayer(current);
     if (m_desktop.Canvas) m_desktop.Canvas->freeze(false);
     if (m_desktop.Canvas) m_desktop.Canvas->refresh();
+}
+
+void show_extent(const Desktop& desktop, const platform::Extent& extent, const platform::SpatialReference& reference) {
+    if (!desktop.Canvas || extent.IsEmpty()) return;
+    const QgsRectangle box(extent.XMin, extent.YMin, extent.XMax, extent.YMax);
+    try {
+        const QgsCoordinateTransform toMap(ToCrs(reference), desktop.Canvas->mapSettings().destinationCrs(),
+                                           QgsProject::instance()->transformContext());
+        QgsRectangle shown = toMap.transformBoundingBox(box);
+        shown.scale(kMargin);
+        desktop.Canvas->setExtent(shown);
+        desktop.Canvas->refresh();
+    } catch (const QgsCsException&) {
+        return;
+    }
 }
 
 }  // namespace wxl::qgis

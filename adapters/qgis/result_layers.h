@@ -33,4 +33,7 @@ private:
     ResultCatalogue m_catalogue;
 };
 
+/// Shows the rectangle in the map, whatever system that has, with a margin; nothing where it cannot be transformed.
+void show_extent(const Desktop& desktop, const platform::Extent& extent, const platform::SpatialReference& reference);
+
 }  // namespace wxl::qgis

@@ -15,12 +15,14 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QGroupBox>
 #include <qgsproject.h>
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollArea>
@@ -30,6 +32,8 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
+#include <QUrl>
+#include <set>
 
 namespace wxl::qgis {
 namespace {
@@ -132,15 +136,53 @@ TEST_F(KdeDialogTest, Lists_hold_the_layer_and_its_fields) {
 }
 
 TEST_F(KdeDialogTest, Every_control_of_the_form_has_a_widget) {
-    for (const char* name :
-         {"SSTab1",          "txtStatus",   "PBar",          "btnOK",       "btnExit",      "btnLoadSettings",
-          "btnSaveSettings", "chkSilent",   "cmbPntL",       "chkUseSel",   "cmbUIDFLD",    "btnCalcIO",
-          "datagridIO",      "btnIOSave",   "lblIO1",        "lblIO2",      "chkRescale",   "datagridVar",
-          "optFixed",        "optAdaptive", "cmbKernelForm", "optBE_LSCV",  "optBE_BCV",    "optBE_HREF",
-          "txtBW",           "txtPropHref", "optBE_MANUAL",  "optPropHref", "datagridHref", "txtOutFolder",
-          "btnFolder",       "txtR",        "txtCellSize",   "txtScaling",  "chkVerbose",   "chkBnds",
-          "txtBnds",         "chkLines",    "chkPolys",      "chkDonuts",   "optFull",      "txtBuffer",
-          "optSmall",        "optExtRef",   "cmbExtRef"})
+    for (const char* name : {"SSTab1",
+                             "txtStatus",
+                             "PBar",
+                             "btnOK",
+                             "btnExit",
+                             "btnLoadSettings",
+                             "btnSaveSettings",
+                             "btnSuggest",
+                             "btnLastSettings",
+                             "chkSilent",
+                             "cmbPntL",
+                             "chkUseSel",
+                             "cmbUIDFLD",
+                             "btnCalcIO",
+                             "datagridIO",
+                             "btnIOSave",
+                             "lblIO1",
+                             "lblIO2",
+                             "chkRescale",
+                             "datagridVar",
+                             "optFixed",
+                             "optAdaptive",
+                             "cmbKernelForm",
+                             "optBE_LSCV",
+                             "optBE_BCV",
+                             "optBE_HREF",
+                             "txtBW",
+                             "txtPropHref",
+                             "optBE_MANUAL",
+                             "optPropHref",
+                             "datagridHref",
+                             "txtOutFolder",
+                             "btnFolder",
+                             "txtR",
+                             "txtCellSize",
+                             "txtScaling",
+                             "chkVerbose",
+                             "chkBnds",
+                             "txtBnds",
+                             "chkLines",
+                             "chkPolys",
+                             "chkDonuts",
+                             "optFull",
+                             "txtBuffer",
+                             "optSmall",
+                             "optExtRef",
+                             "cmbExtRef"})
         EXPECT_NE(m_dialog->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
 }
 
@@ -436,6 +478,83 @@ TEST_F(KdeDialogTest, Frames_of_the_pages_carry_their_titles) {
         expected.sort();
         EXPECT_EQ(found, expected) << found.join(QStringLiteral(", ")).toStdString();
     }
+}
+
+TEST_F(KdeDialogTest, Empty_fields_show_the_suggestions_in_grey) {
+    struct Advice final : kde_tool::IFormAdvice {
+        std::optional<std::size_t> AnimalField(const std::vector<std::string>&) const override { return 0; }
+        std::optional<analysis::Settings> LastSettings() const override { return std::nullopt; }
+    } advice;
+    m_form->Advice = &advice;
+    m_dialog = std::make_unique<KdeDialog>(*m_form, m_host, nullptr);
+    m_dialog->show();
+    EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").placeholderText(), "suggested: animal");
+    EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").currentIndex(), -1);
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    ShowPage(3);
+    // HREF of the narrower animal is 132.10: a tenth of it is nearest to 10.
+    EXPECT_EQ(Find<QLineEdit>("txtCellSize").placeholderText(), "suggested: 10");
+    EXPECT_EQ(Find<QLineEdit>("txtCellSize").text(), "");
+    QTest::qWait(20);
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-hints"));
+    EXPECT_FALSE(Find<QPushButton>("btnLastSettings").isEnabled());
+    Find<QPushButton>("btnSuggest").click();
+    EXPECT_EQ(Find<QLineEdit>("txtCellSize").text(), "10");
+    EXPECT_TRUE(Find<QCheckBox>("chkPolys").isChecked());
+    EXPECT_TRUE(Find<QRadioButton>("optSmall").isChecked());
+    m_dialog.reset();
+}
+
+TEST_F(KdeDialogTest, The_panel_tells_how_a_run_ended) {
+    EXPECT_FALSE(Find<QFrame>("panelResults").isVisible());
+    m_form->Panel.Headline = "3 of 4 animals done";
+    m_form->Panel.Kind = kde_tool::ResultPanel::Look::kPartly;
+    m_form->Panel.Lines = {
+        "Loke: the bandwidth 12 is smaller than the cell size 50. Choose cells of at most 12, or a "
+        "wider bandwidth."};
+    m_form->Panel.Folder = "/out/results";
+    m_form->Panel.Extent = {0.0, 0.0, 1.0, 1.0};
+    int zooms = 0;
+    m_dialog->OnZoom([&](const kde_tool::ResultPanel&) { ++zooms; });
+    m_dialog->resize(944, 470);
+    m_dialog->Refresh();
+    QTest::qWait(20);
+    EXPECT_TRUE(Find<QFrame>("panelResults").isVisible());
+    EXPECT_EQ(Find<QLabel>("lblHeadline").text(), "3 of 4 animals done");
+    EXPECT_TRUE(Find<QPlainTextEdit>("txtOutcome").toPlainText().startsWith(QStringLiteral("Loke: the bandwidth")));
+    EXPECT_FALSE(Find<QPushButton>("btnOpenPage").isEnabled()) << "there is no page";
+    Find<QPushButton>("btnZoom").click();
+    EXPECT_EQ(zooms, 1);
+    QTextBrowser desktop;  // takes what is opened in its place
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &desktop, "setSource");
+    Find<QPushButton>("btnOpenFolder").click();
+    EXPECT_EQ(desktop.source().toLocalFile(), "/out/results");
+    m_form->Panel.Page = "/out/results/page.html";
+    m_dialog->Refresh();
+    Find<QPushButton>("btnOpenPage").click();
+    EXPECT_EQ(desktop.source().toLocalFile(), "/out/results/page.html");
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    for (const char* name : {"btnOK", "btnZoom", "txtOutcome"}) {
+        const auto& widget = Find<QWidget>(name);
+        EXPECT_TRUE(m_dialog->rect().contains(QRect(widget.mapTo(m_dialog.get(), QPoint(0, 0)), widget.size())))
+            << name;
+    }
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-panel-low-screen"));
+    m_form->Panel = {};
+    m_dialog->Refresh();
+    EXPECT_FALSE(Find<QFrame>("panelResults").isVisible());
+}
+
+TEST_F(KdeDialogTest, The_panel_has_a_colour_and_a_sign_for_each_ending) {
+    using Look = kde_tool::ResultPanel::Look;
+    std::set<QRgb> edges;
+    for (const Look look : {Look::kNote, Look::kDone, Look::kPartly, Look::kFailure}) {
+        m_form->Panel = {.Kind = look, .Headline = "Headline"};
+        m_dialog->Refresh();
+        QTest::qWait(10);
+        edges.insert(Find<QFrame>("panelResults").grab().toImage().pixel(1, 10));
+    }
+    EXPECT_EQ(edges.size(), 4U);
 }
 
 TEST_F(KdeDialogTest, Exit_closes_the_dialog) {

@@ -242,8 +242,10 @@ TEST(BandwidthDoctor, Explains_the_calculators_status) {
     EXPECT_EQ(failure_reason(record), "the bandwidth is 0");
     record.Status = kernel_status::kBandwidthBelowCell;
     EXPECT_EQ(failure_reason(record), "the bandwidth 12.35 is smaller than the cell size 50");
+    EXPECT_EQ(failure_remedy(record), "Choose cells of at most 12, or a wider bandwidth.");
     record.Status = kernel_status::kAccumulation;
     EXPECT_EQ(failure_reason(record), "the calculation failed (code 1008)");
+    EXPECT_EQ(failure_remedy(record), "The report tells how far it came.");
 }
 
 TEST(BandwidthDoctor, Tells_of_one_cause_once_and_of_several_in_one_line) {

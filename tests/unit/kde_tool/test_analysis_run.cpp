@@ -773,7 +773,7 @@ TEST_F(AnalysisRunTest, Stages_show_in_the_status_box_with_the_button_disabled) 
                 ElementsAre("Calculating LSCV...", "Calculating kernel...", "Writing kernel...", "Isopleths..."));
     EXPECT_EQ(lastProgress, 100.0);
     EXPECT_TRUE(Form->btnOK.Enabled);
-    EXPECT_EQ(Form->txtStatus.Text, "");
+    EXPECT_EQ(Form->txtStatus.Text, "Processing complete.");
     EXPECT_EQ(Keeper.Records.size(), 2U);
 }
 

@@ -484,7 +484,7 @@ TEST_F(SettingsFile, What_was_saved_loads_into_a_new_form) {
 
     frmKDE other(Services(), geodata);
     other.Form_Load();
-    EXPECT_EQ(ReadSettings(saved, other), "");
+    EXPECT_EQ(ReadSettings(saved, other).Note, "");
     EXPECT_EQ(other.OutputFolder(), "/OUT");
     other.SetOutputFolder("/out");
     EXPECT_EQ(SettingsFileBytes(settings_of(other)), saved);
