@@ -79,10 +79,9 @@ bool same_system(platform::SpatialReference a, const platform::SpatialReference&
 }
 
 /// The coordinate system of the point layer as QGIS has it: read back from the text in a dataset it may lose its code.
-QgsCoordinateReferenceSystem crs_of(const analysis::RunFrame& frame) {
-    const QgsMapLayer* layer = LayerNames().Find(frame.Wanted.LayerName);
-    if (layer && same_system(FromCrs(layer->crs()), frame.Reference)) return layer->crs();
-    return QgsCoordinateReferenceSystem::fromWkt(ToQString(frame.Reference.Wkt));
+QgsCoordinateReferenceSystem crs_of(const QgsMapLayer* layer, const platform::SpatialReference& reference) {
+    if (layer && same_system(FromCrs(layer->crs()), reference)) return layer->crs();
+    return QgsCoordinateReferenceSystem::fromWkt(ToQString(reference.Wkt));
 }
 
 QString percent_text(double percent) {
@@ -113,11 +112,16 @@ Options quick(Options options) {
 }  // namespace
 
 void ResultCatalogue::Begin(const analysis::RunFrame& frame) {
-    m_groupName =
-        QStringLiteral("Home ranges: %1, %2").arg(ToQString(frame.Wanted.LayerName), method_name(frame.Wanted.Method));
-    m_fixes = LayerNames().Find(frame.Wanted.LayerName);
-    m_crs = crs_of(frame);
+    Begin(frame.Wanted.LayerName, method_name(frame.Wanted.Method), frame.Reference);
     m_valuesPerAnimal = frame.Values.size();
+}
+
+void ResultCatalogue::Begin(const std::string& layerName, const QString& method,
+                            const platform::SpatialReference& reference) {
+    m_groupName = QStringLiteral("Home ranges: %1, %2").arg(ToQString(layerName), method);
+    m_fixes = LayerNames().Find(layerName);
+    m_crs = crs_of(m_fixes, reference);
+    m_valuesPerAnimal = 1;
     Clear();
 }
 
@@ -139,6 +143,21 @@ void ResultCatalogue::Add(const analysis::AnimalRecord& record) {
         if (std::filesystem::path(file).extension() == ".shp")
             m_isopleths.push_back({file, animal + QLatin1String(": ") + QLatin1String(kind_of(file).Name), number,
                                    false, 0.0, percentages});
+        else
+            m_rasters.push_back({file, animal + QLatin1String(": density"), number, true, maximum_of(file), {}});
+    }
+}
+
+void ResultCatalogue::Add(const akde::RangeRecord& record) {
+    const QString animal = ToQString(platform::ValueText(record.Id));
+    const std::size_t number = m_animals.try_emplace(record.NamingId, m_animals.size()).first->second;
+    std::vector<double> percentages;
+    for (const akde::RangeIsopleth& isopleth : record.Isopleths)
+        if (isopleth.Bound == "est") percentages.push_back(isopleth.Percent);
+    for (const std::string& file : record.Files) {
+        if (std::filesystem::path(file).extension() == ".shp")
+            m_isopleths.push_back({file, animal + QLatin1String(": ") + QLatin1String(kind_of(file).Name), number,
+                                   false, 0.0, percentages, true});
         else
             m_rasters.push_back({file, animal + QLatin1String(": density"), number, true, maximum_of(file), {}});
     }
@@ -186,6 +205,8 @@ void DressResult(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoor
     if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer)) StyleDensity(*raster, dataset.Maximum, hue);
     if (auto* isopleths = qobject_cast<QgsVectorLayer*>(&layer)) {
         const IsoplethKind& kind = kind_of(dataset.Path);
+        if (dataset.Bounded)
+            return StyleLimits(*isopleths, QLatin1String(kind.Field), classes_of(dataset.Percentages, false), hue);
         StyleIsopleths(*isopleths, QLatin1String(kind.Field), classes_of(dataset.Percentages, kind.Donuts), hue);
     }
 }

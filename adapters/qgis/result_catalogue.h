@@ -1,4 +1,5 @@
 #pragma once
+#include "akde/range_run.h"
 #include "analysis/record.h"
 
 #include <map>
@@ -21,12 +22,19 @@ struct ResultDataset {
     bool IsRaster = false;
     double Maximum = 0.0;             ///< rasters
     std::vector<double> Percentages;  ///< isopleths, in the order of the run
+    bool Bounded = false;             ///< isopleths: with outlines of the limits
 };
 
 /// What a run wrote, as layers: names, hues, the name of the group, and where that stands.
 class ResultCatalogue {
 public:
     void Begin(const analysis::RunFrame& frame);
+
+    /// Of a layer in the project, or of that name and system; `method` ends the name of the group.
+    void Begin(const std::string& layerName, const QString& method, const platform::SpatialReference& reference);
+
+    /// Home ranges with limits.
+    void Add(const akde::RangeRecord& record);
 
     /// Looks through a raster for the range of its colours, so that nothing is left to do at the end but opening it.
     void Add(const analysis::AnimalRecord& record);

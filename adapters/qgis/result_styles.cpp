@@ -16,6 +16,7 @@
 #include <qgsrastershader.h>
 #include <qgssinglebandpseudocolorrenderer.h>
 #include <QPainter>
+#include <tuple>
 
 namespace wxl::qgis {
 namespace {
@@ -49,15 +50,32 @@ QColor class_colour(const QColor& hue, std::size_t rank, std::size_t count) {
     return between(hue, Qt::black, 0.65 * static_cast<double>(rank) / static_cast<double>(count - 1));
 }
 
-std::unique_ptr<QgsSymbol> line_symbol(const QColor& colour) {
-    return std::make_unique<QgsLineSymbol>(QgsSymbolLayerList{new QgsSimpleLineSymbolLayer(colour, kOutline)});
+std::unique_ptr<QgsSymbol> line_symbol(const QColor& colour, Qt::PenStyle pen = Qt::SolidLine) {
+    return std::make_unique<QgsLineSymbol>(QgsSymbolLayerList{new QgsSimpleLineSymbolLayer(colour, kOutline, pen)});
 }
 
-std::unique_ptr<QgsSymbol> area_symbol(const QColor& colour) {
+/// Only what has an unbroken outline is filled.
+std::unique_ptr<QgsSymbol> area_symbol(const QColor& colour, Qt::PenStyle pen = Qt::SolidLine) {
     QColor fill = colour;
     fill.setAlpha(kFillOpacity);
-    auto* area = new QgsSimpleFillSymbolLayer(fill, Qt::SolidPattern, colour, Qt::SolidLine, kOutline);
-    return std::make_unique<QgsFillSymbol>(QgsSymbolLayerList{area});
+    const Qt::BrushStyle brush = pen == Qt::SolidLine ? Qt::SolidPattern : Qt::NoBrush;
+    return std::make_unique<QgsFillSymbol>(
+        QgsSymbolLayerList{new QgsSimpleFillSymbolLayer(fill, brush, colour, pen, kOutline)});
+}
+
+void sort_falling(std::vector<IsoplethClass>& classes) {
+    std::sort(classes.begin(), classes.end(),
+              [](const IsoplethClass& a, const IsoplethClass& b) { return a.Percent > b.Percent; });
+}
+
+/// Features are told apart by `expression`; those with large values of the field `size` are drawn first.
+void show_categories(QgsVectorLayer& layer, const QString& expression, const QString& size,
+                     const QgsCategoryList& categories) {
+    auto renderer = std::make_unique<QgsCategorizedSymbolRenderer>(expression, categories);
+    using Order = QgsFeatureRequest::OrderByClause;
+    renderer->setOrderBy(QgsFeatureRequest::OrderBy({Order(QgsExpression::quotedColumnRef(size), false)}));
+    renderer->setOrderByEnabled(true);
+    layer.setRenderer(renderer.release());
 }
 
 }  // namespace
@@ -86,8 +104,7 @@ void StyleDensity(QgsRasterLayer& layer, double maximum, const QColor& hue) {
 
 void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes,
                     const QColor& hue) {
-    std::sort(classes.begin(), classes.end(),
-              [](const IsoplethClass& a, const IsoplethClass& b) { return a.Percent > b.Percent; });
+    sort_falling(classes);
     const bool areas = layer.geometryType() == kPolygonGeometry;
     QgsCategoryList categories;
     for (std::size_t rank = 0; rank < classes.size(); ++rank) {
@@ -95,11 +112,26 @@ void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<Iso
         auto symbol = areas ? area_symbol(colour) : line_symbol(colour);
         categories << QgsRendererCategory(classes[rank].Percent, symbol.release(), classes[rank].Label);
     }
-    auto renderer = std::make_unique<QgsCategorizedSymbolRenderer>(field, categories);
-    using Order = QgsFeatureRequest::OrderByClause;
-    renderer->setOrderBy(QgsFeatureRequest::OrderBy({Order(QgsExpression::quotedColumnRef(field), false)}));
-    renderer->setOrderByEnabled(true);
-    layer.setRenderer(renderer.release());
+    show_categories(layer, field, field, categories);
+}
+
+void StyleLimits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue) {
+    sort_falling(classes);
+    const bool areas = layer.geometryType() == kPolygonGeometry;
+    QgsCategoryList categories;
+    for (std::size_t rank = 0; rank < classes.size(); ++rank) {
+        const QColor colour = class_colour(hue, rank, classes.size());
+        const QString percent = QString::number(classes[rank].Percent);
+        for (const auto& [bound, ending, pen] :
+             {std::tuple("high", " high", Qt::DashLine), {"est", "", Qt::SolidLine}, {"low", " low", Qt::DotLine}}) {
+            auto symbol = areas ? area_symbol(colour, pen) : line_symbol(colour, pen);
+            categories << QgsRendererCategory(QString(QLatin1String(bound) + QLatin1Char(' ') + percent),
+                                              symbol.release(), classes[rank].Label + QLatin1String(ending));
+        }
+    }
+    const QString column = QgsExpression::quotedColumnRef(field);
+    show_categories(layer, QStringLiteral("\"BOUND\" || ' ' || to_string(%1)").arg(column), QStringLiteral("AREA"),
+                    categories);
 }
 
 }  // namespace wxl::qgis

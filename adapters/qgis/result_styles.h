@@ -25,4 +25,8 @@ struct IsoplethClass {
 /// outline, areas with a see-through fill; large areas are drawn beneath small ones. `field` holds the percentages.
 void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue);
 
+/// The same for isopleths with their limits, told apart by the field BOUND: the estimate unbroken, areas with a
+/// see-through fill; the lower limit dotted and the upper one dashed, without a fill.
+void StyleLimits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue);
+
 }  // namespace wxl::qgis

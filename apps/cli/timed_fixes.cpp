@@ -26,7 +26,8 @@ TimedLayer read_timed_layer(const TimedInputOptions& options, Console& console) 
         platform::Raise(platform::error_number::kInvalidCall, "no fix meets --where " + options.Where);
     akde::TimedFields fields = options.Fields;
     fields.Id = find_id_field(layer->FeatureClass()->Table(), fields.Id, options.Points.Input);
-    return {akde::read_timed_animals(*layer, fields, chosen, options.Points.Input), files_read(*layer), layer->Name()};
+    return {akde::read_timed_animals(*layer, fields, chosen, options.Points.Input), files_read(*layer), layer->Name(),
+            files::layer_of(layer).Source};
 }
 
 bool ConsoleListener::IsStopped() const {

@@ -27,6 +27,7 @@ struct TimedLayer {
     akde::TimedAnimals Animals;
     ReadFiles Read;  ///< the files of the layer
     std::string Name;
+    std::string Source;  ///< what opens it again
 };
 
 /// Reads the layer. RuntimeError as open_measured_point_layer, 9 for a field that is not there, 5 when no fix meets

@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <qgsexpressioncontextutils.h>
+#include <qgsfillsymbollayer.h>
 #include <qgslayertree.h>
 #include <qgsprocessingalgorithm.h>
 #include <qgsprocessingcontext.h>
@@ -26,6 +28,8 @@
 #include <qgsprocessingutils.h>
 #include <qgsproject.h>
 #include <qgsrasterlayer.h>
+#include <qgsrenderer.h>
+#include <qgssymbol.h>
 #include <qgsvectorlayer.h>
 #include <QIcon>
 #include <QPainter>
@@ -146,6 +150,14 @@ protected:
                 {QStringLiteral("OUTPUT"), text_of(At(out))}};
     }
 
+    QVariantMap RangeParameters(const std::string& out) const {
+        return {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                {QStringLiteral("TIME_FIELD"), QStringLiteral("Date")},
+                {QStringLiteral("TIME_OF_DAY_FIELD"), QStringLiteral("Time1")},
+                {QStringLiteral("OUTPUT"), text_of(At(out))}};
+    }
+
     std::vector<std::string> KernelCall(const std::string& out) const {
         return {"-q", "kde", Fixes(), "--id-field", "animal", "--cell-size", "200", "--out", At(out).string()};
     }
@@ -213,7 +225,8 @@ TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
         EXPECT_TRUE(algorithm->flags() & kAlgorithmCanCancel);
     }
     names.sort();
-    EXPECT_EQ(names.join(QLatin1Char(' ')), "kerneldensity observationfields removeduplicates statistics");
+    EXPECT_EQ(names.join(QLatin1Char(' ')),
+              "autocorrelatedranges kerneldensity observationfields removeduplicates statistics");
     AddWxlProvider();  // a second time does nothing
     RemoveWxlProvider();
     EXPECT_EQ(QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools")), nullptr);
@@ -269,6 +282,107 @@ TEST_F(ProcessingTest, Kernel_run_with_other_choices_writes_the_bytes_of_the_com
     const QVariantMap results = Run("kerneldensity", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
     EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), "");
+}
+
+TEST_F(ProcessingTest, Autocorrelated_ranges_are_the_bytes_of_the_command_line) {
+    const std::vector<std::string> call = {"-q",          "akde",      Fixes(),
+                                           "--id-field",  "animal",    "--time-field",
+                                           "Date,Time1",  "--out",     At("expected").string(),
+                                           "--isopleths", "95,50",     "--lines",
+                                           "--html",      "--weights", "optimal",
+                                           "--cell-size", "100",       "--extent",
+                                           "full:3000",   "--prefix",  "A",
+                                           "--scaling",   "1000",      "--raster-format",
+                                           "GTiff"};
+    Wxl(call);
+    QVariantMap parameters = RangeParameters("actual");
+    parameters[QStringLiteral("LINES")] = true;
+    parameters[QStringLiteral("HTML")] = true;
+    parameters[QStringLiteral("OPTIMAL_WEIGHTS")] = true;
+    parameters[QStringLiteral("CELL_SIZE")] = 100.0;
+    parameters[QStringLiteral("EXTENT_MODE")] = 1;
+    parameters[QStringLiteral("BUFFER")] = 3000.0;
+    parameters[QStringLiteral("PREFIX")] = QStringLiteral("A");
+    parameters[QStringLiteral("SCALING")] = 1000.0;
+    parameters[QStringLiteral("RASTER_FORMAT")] = 1;
+    const QVariantMap results = Run("autocorrelatedranges", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(contents_of(At("actual")).size(), 4U * 11U + 2U);
+    EXPECT_EQ(results.value(QStringLiteral("DISTRIBUTIONS")).toInt(), 4);
+    EXPECT_EQ(results.value(QStringLiteral("RASTERS")).toStringList().size(), 4);
+    EXPECT_EQ(results.value(QStringLiteral("ISOPLETHS")).toStringList().size(), 8);
+    EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), text_of(At("actual") / "WXL_AKDE_ANALYSIS.html"));
+    EXPECT_EQ(results.value(QStringLiteral("SUMMARY")).toString(), text_of(At("actual") / "WXL_AKDE_SUMMARY.csv"));
+    EXPECT_GT(m_feedback.Progress, 90.0);
+}
+
+TEST_F(ProcessingTest, Autocorrelated_ranges_with_a_given_model_and_a_grid_of_their_own) {
+    Wxl({"-q", "akde", Fixes(), "--id-field", "animal", "--time-field", "Date,Time1", "--out", At("expected").string(),
+         "--at", "OU:isotropic:86400"});
+    QVariantMap parameters = RangeParameters("actual");
+    parameters[QStringLiteral("MODEL")] = QStringLiteral("OU:isotropic:86400");
+    Run("autocorrelatedranges", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    // Names that are taken are told, and nothing is changed.
+    EXPECT_EQ(Failure("autocorrelatedranges", parameters),
+              (At("actual") / "WXL_AKDE_SUMMARY.csv").string() + " exists: choose another folder or prefix");
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+}
+
+TEST_F(ProcessingTest, Mistakes_in_autocorrelated_ranges_are_told_before_the_run) {
+    QVariantMap parameters = RangeParameters("out");
+    parameters[QStringLiteral("MODEL")] = QStringLiteral("OUF:5");
+    EXPECT_EQ(Failure("autocorrelatedranges", parameters),
+              "The given model \"OUF:5\" is none like IID, OU:TAU, OUf:TAU or OUF:TAU1,TAU2 with time scales in "
+              "seconds, TAU2 below TAU1.");
+    parameters = RangeParameters("out");
+    parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("95, 100");
+    EXPECT_EQ(Failure("autocorrelatedranges", parameters), "Isopleths: 100 % has no outline.");
+    parameters = RangeParameters("out");
+    parameters[QStringLiteral("EXTENT_MODE")] = 2;
+    EXPECT_EQ(Failure("autocorrelatedranges", parameters), "Choose the reference raster.");
+    parameters = RangeParameters("out");
+    parameters[QStringLiteral("TIME_FIELD")] = QStringLiteral("when");
+    EXPECT_THAT(Failure("autocorrelatedranges", parameters),
+                HasSubstr("has no field \"when\" for the time of its fixes; its fields are: "));
+    EXPECT_FALSE(fs::exists(At("out") / "WXL_AKDE_SUMMARY.csv"));
+}
+
+// Every outline has a symbol of its percentage and bound; limits have no fill.
+TEST_F(ProcessingTest, Loaded_ranges_show_estimate_and_limits) {
+    QgsVectorLayer* fixes = AddToProject();
+    QVariantMap parameters = RangeParameters("loaded");
+    parameters[QStringLiteral("INPUT")] = fixes->id();
+    Run("autocorrelatedranges", parameters);
+    const auto toLoad = m_context.layersToLoadOnCompletion();
+    ASSERT_EQ(toLoad.size(), 8);
+    std::size_t outlines = 0;
+    for (auto entry = toLoad.begin(); entry != toLoad.end(); ++entry) {
+        QgsMapLayer* layer = QgsProcessingUtils::mapLayerFromString(entry.key(), m_context);
+        ASSERT_NE(layer, nullptr);
+        QgsProject::instance()->addMapLayer(m_context.temporaryLayerStore()->takeMapLayer(layer));
+        entry->postProcessor()->postProcessLayer(layer, m_context, &m_feedback);
+        auto* vector = qobject_cast<QgsVectorLayer*>(layer);
+        if (!vector) continue;
+        QgsRenderContext render;
+        render.expressionContext().appendScope(QgsExpressionContextUtils::layerScope(vector));
+        QgsFeatureRenderer& renderer = *vector->renderer();
+        renderer.startRender(render, vector->fields());
+        QgsFeatureIterator rows = vector->getFeatures();
+        for (QgsFeature row; rows.nextFeature(row); ++outlines) {
+            render.expressionContext().setFeature(row);
+            const auto* symbol = renderer.symbolForFeature(row, render);
+            ASSERT_NE(symbol, nullptr) << row.attribute(QStringLiteral("BOUND")).toString().toStdString();
+            const auto* fill = dynamic_cast<const QgsSimpleFillSymbolLayer*>(symbol->symbolLayer(0));
+            ASSERT_NE(fill, nullptr);
+            const bool estimate = row.attribute(QStringLiteral("BOUND")).toString() == QLatin1String("est");
+            EXPECT_EQ(fill->brushStyle() == Qt::SolidPattern, estimate);
+            EXPECT_EQ(fill->strokeStyle() == Qt::SolidLine, estimate);
+        }
+        renderer.stopRender(render);
+    }
+    EXPECT_EQ(outlines, 4U * 6U);
+    EXPECT_EQ(QgsProject::instance()->layerTreeRoot()->children().at(1)->name(), "Home ranges: fixes, AKDE");
 }
 
 TEST_F(ProcessingTest, Selected_fixes_give_the_bytes_of_a_condition) {

@@ -1,5 +1,6 @@
 #include "adapters/qgis/processing/kernel_density_algorithm.h"
 
+#include "adapters/qgis/processing/parameter_values.h"
 #include "adapters/qgis/processing/result_loading.h"
 #include "adapters/qgis/qgis_values.h"
 #include "adapters/qgis/result_catalogue.h"
@@ -27,12 +28,6 @@ enum ExtentMode { kFull, kMinimum, kReference };
 
 const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
-template <class Parameter>
-Parameter* with_help(Parameter* parameter, const char* help) {
-    parameter->setHelp(QString::fromUtf8(help));
-    return parameter;
-}
-
 /// What a run wrote, as it tells it.
 class WrittenFiles final : public analysis::IRunObserver {
 public:
@@ -55,25 +50,6 @@ public:
     ResultCatalogue Catalogue;
 };
 
-/// Whether an optional parameter has a value: dialogs hand on a null, scripts an empty text, where it has none.
-bool is_given(const QVariantMap& parameters, const char* name) {
-    const QVariant value = parameters.value(QLatin1String(name));
-    const bool isText = type_of(value) == QMetaType::QString;
-    return value.isValid() && !value.isNull() && !(isText && value.toString().trimmed().isEmpty());
-}
-
-/// The lists of numbers that a user types: all above 0, percentages at most 100.
-QString problem_of_list(const QString& name, const QString& text, bool percentages) {
-    const analysis::TypedNumbers list = analysis::typed_numbers(FromQString(text));
-    const QString range = percentages ? QStringLiteral(" and at most 100") : QString();
-    const auto problem = [&](const std::string& piece) {
-        return QStringLiteral("%1: \"%2\" is not a number above 0%3").arg(name, ToQString(piece).trimmed(), range);
-    };
-    if (const auto piece = analysis::not_positive(list)) return problem(*piece);
-    const auto above = percentages ? analysis::above_hundred(list) : std::nullopt;
-    return above ? problem(platform::NumberText(*above)) : QString();
-}
-
 void select_field(frmKDE& form, const QString& field) {
     if (!form.cmbUIDFLD.Select(FromQString(field)))
         throw QgsProcessingException(QStringLiteral("The layer has no field \"%1\".").arg(field));
@@ -82,15 +58,6 @@ void select_field(frmKDE& form, const QString& field) {
 
 QString report_of(const QString& folder) {
     return ToQString(analysis::file_in_folder(FromQString(folder), analysis::kReportFile).lexically_normal().string());
-}
-
-/// Distances are measured in the layer's units: degrees are none.
-void refuse_degrees(const QgsVectorLayer& layer) {
-    if (layer.crs().isGeographic())
-        throw QgsProcessingException(
-            QStringLiteral("The layer \"%1\" is in degrees (%2), in which distances cannot be measured. Please "
-                           "reproject it first, for example to its UTM zone.")
-                .arg(layer.name(), layer.crs().authid()));
 }
 
 }  // namespace

@@ -35,7 +35,8 @@ QString StatisticsAlgorithm::shortHelpString() const {
         "Slade of serial independence, standard deviations of x and y with their ratio, and the reference bandwidth of "
         "the fixes as they are and rescaled to unit variance.\n\n"
         "Schoener: below 1.6 or above 2.4 means significant autocorrelation. Swihart and Slade: above 0.6 does. Fixes "
-        "count in the order of the layer, which should be the order of time.\n\n"
+        "count in the order of the layer, which should be the order of time. For autocorrelated fixes there is "
+        "\"Home ranges for autocorrelated tracks (AKDE)\".\n\n"
         "A value that is not defined for an animal is left empty.");
 }
 

@@ -1,5 +1,6 @@
 #include "adapters/qgis/processing/wxl_provider.h"
 
+#include "adapters/qgis/processing/autocorrelated_ranges_algorithm.h"
 #include "adapters/qgis/processing/kernel_density_algorithm.h"
 #include "adapters/qgis/processing/observation_fields_algorithm.h"
 #include "adapters/qgis/processing/remove_duplicates_algorithm.h"
@@ -22,6 +23,7 @@ QIcon WxlProvider::icon() const {
 
 void WxlProvider::loadAlgorithms() {
     addAlgorithm(new KernelDensityAlgorithm);
+    addAlgorithm(new AutocorrelatedRangesAlgorithm);
     addAlgorithm(new StatisticsAlgorithm);
     addAlgorithm(new ObservationFieldsAlgorithm);
     addAlgorithm(new RemoveDuplicatesAlgorithm);

@@ -161,7 +161,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     RangeSettings settings = settings_of(options);
     const TimedLayer layer = read_timed_layer(options.Input, console);
     settings.LayerName = layer.Name;
-    settings.Source = options.Input.Points.Input;
+    settings.Source = layer.Source;
     make_output_folder(options.Out);
     files::DiskServices disk;
     const platform::Services services = disk.Complete({});

@@ -20,12 +20,28 @@ def show_dialog():
     dialog.close()
 
 
+def show_ranges_with_limits(fixes, root):
+    """The ranges of autocorrelated fixes above those of before, with an outline for every limit."""
+    loaded = processing.runAndLoadResults("wxltools:autocorrelatedranges",
+                                          {"INPUT": fixes, "ID_FIELD": "animal", "TIME_FIELD": "Date",
+                                           "TIME_OF_DAY_FIELD": "Time1", "OUTPUT": SETUP["output"] + "-akde"})
+    check(loaded["DISTRIBUTIONS"] == 4 and loaded["FAILED"] == 0, f"ranges with limits: {loaded}")
+    group = root.findGroup("Home ranges: fixes, AKDE")
+    check(group is not None and len(group.children()) == 8, "their group")
+    legend = [item.label() for item in group.children()[0].layer().renderer().legendSymbolItems()]
+    check(legend == ["95 % high", "95 %", "95 % low", "50 % high", "50 %", "50 % low"], str(legend))
+    root.findGroup("Home ranges: fixes, reference bandwidth").setItemVisibilityChecked(False)
+    for _ in range(30):
+        QApplication.processEvents()
+    shoot(iface.mainWindow(), "processing-limits")
+
+
 def main():
     registry = QgsApplication.processingRegistry()
     provider = registry.providerById("wxltools")
     check(provider is not None, "the provider is there")
     check(sorted(a.name() for a in provider.algorithms()) ==
-          ["kerneldensity", "observationfields", "removeduplicates", "statistics"], "its algorithms")
+          ["autocorrelatedranges", "kerneldensity", "observationfields", "removeduplicates", "statistics"], "its algorithms")
     show_dialog()
     fixes = QgsProject.instance().mapLayersByName("fixes")[0]
     result = processing.run("wxltools:kerneldensity",
@@ -44,6 +60,7 @@ def main():
     check([node.name() for node in root.children()[1].children()] ==
           [f"{a}: isopleth polygons" for a in animals] + [f"{a}: density" for a in animals], "the dialog's names")
     shoot(iface.mainWindow(), "processing-loaded")
+    show_ranges_with_limits(fixes, root)
 
 
 drive(main)
