@@ -18,6 +18,9 @@ using platform::FieldValue;
 
 namespace {
 
+/// Numbers beyond it are no seconds: 30 million years.
+constexpr double kFarthestTime = 1e15;
+
 /// 7 and 7.0 are one animal, so that both hash as a number.
 struct IdHash {
     std::size_t operator()(const FieldValue& id) const {
@@ -48,6 +51,12 @@ public:
         return m_animals[m_last];
     }
 
+    /// Whole seconds of the fixes of the animal that Of gave.
+    std::vector<std::int64_t>& Times() {
+        m_seconds.resize(m_animals.size());
+        return m_seconds[m_last];
+    }
+
     /// Time of the last fix of the animal that Of gave, to be replaced by that of the next.
     std::optional<double>& LastTime() {
         m_times.resize(m_animals.size());
@@ -55,6 +64,11 @@ public:
     }
 
     std::vector<AnimalFixes> Sorted() && {
+        m_seconds.resize(m_animals.size());
+        for (std::size_t i = 0; i < m_animals.size(); ++i) {
+            const std::size_t without = m_animals[i].Fixes.size() - m_seconds[i].size();
+            m_animals[i].Times = tracking_times::facts_on_times(std::move(m_seconds[i]), without);
+        }
         std::sort(m_animals.begin(), m_animals.end(),
                   [](const AnimalFixes& a, const AnimalFixes& b) { return platform::ValueLess(a.Id, b.Id); });
         return std::move(m_animals);
@@ -63,6 +77,7 @@ public:
 private:
     std::vector<AnimalFixes> m_animals;
     std::vector<std::optional<double>> m_times;
+    std::vector<std::vector<std::int64_t>> m_seconds;
     std::unordered_map<FieldValue, std::size_t, IdHash, IdEqual> m_places;
     std::size_t m_last = 0;  ///< rows of one animal mostly follow one another
 };
@@ -120,9 +135,11 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
         animal.Fixes.push_back(shape.Location);
         const std::optional<double> time = times.Of(*feature);
         if (!time) continue;
+        std::vector<std::int64_t>& seconds = groups.Times();
         std::optional<double>& last = groups.LastTime();
         if (last && *time < *last) ++animal.StepsBack;
         last = time;
+        if (std::abs(*time) < kFarthestTime) seconds.push_back(static_cast<std::int64_t>(std::floor(*time)));
     }
     result.Animals = std::move(groups).Sorted();
     name_animals(result);

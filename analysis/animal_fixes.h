@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/map.h"
 #include "platform/values.h"
+#include "tracking_times/time_facts.h"
 
 #include <cstdint>
 #include <string>
@@ -16,6 +17,7 @@ struct AnimalFixes {
     std::vector<platform::Point> Fixes;
     std::string Subfolder = {};  ///< of the output folder, takes the animal's datasets; empty: the folder itself
     std::int64_t StepsBack = 0;  ///< fixes earlier than the one before them, as far as a field of the layer tells
+    tracking_times::TimeFacts Times = {};  ///< as far as a field of the layer tells
 };
 
 /// The points of a layer, grouped by animal.

@@ -1,12 +1,14 @@
 #include "analysis/animal_run.h"
 
 #include "analysis/diagnosis.h"
+#include "analysis/fitting_cells.h"
 #include "analysis/fix_times.h"
 #include "analysis/independence.h"
 #include "analysis/kernel_radius.h"
 #include "analysis/output_names.h"
 #include "analysis/raster_extent.h"
 #include "engine/clsKernelCalculator.h"
+#include "engine/kernel_reach.h"
 #include "isopleths/clsHISO.h"
 #include "platform/runtime_error.h"
 #include "utilities/Utilities.h"
@@ -41,6 +43,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.Subfolder = animal.Subfolder;
     record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
     record.Coincident = coincidence_of(animal.Fixes);
+    record.Times = animal.Times;
     record.Schoener = Schoener(animal.Fixes);
     record.SwihartSlade = SwihartSlade(animal.Fixes);
     record.Method = settings.Method;
@@ -97,6 +100,7 @@ std::shared_ptr<platform::IRasterDataset> AnimalRun::ComputeRaster(const AnimalF
     const double radius = kernel_radius(m_frame.Wanted, animal.Fixes, calculator.GetScaledBandwidth(),
                                         m_frame.Values.at(index), {.Yield = [this] { m_services.Host->Yield(); }});
     calculator.SetLimitRadius(radius);
+    if (m_frame.Wanted.Cells.OfBandwidths) FitCells(calculator, animal, m_frame.Values.at(index), radius);
     if (m_frame.Wanted.Mode == ExtentMode::kMinimum) SetSmallestExtent(calculator, animal, radius);
     m_stages.Stage("Calculating kernel...");
     calculator.CalculateKernel();
@@ -124,11 +128,24 @@ void AnimalRun::Configure(engine::clsKernelCalculator& calculator, const AnimalF
     calculator.SetEnforceUnitVariance(settings.Rescale);
     calculator.SetScalingFactor(m_frame.ScalingFactor());
     calculator.SetCellSize(m_frame.Wanted.Cells.Side);
-    if (settings.Mode == ExtentMode::kFull) SetFullExtent(calculator);
+    if (settings.Mode == ExtentMode::kFull && !settings.Cells.OfBandwidths) SetFullExtent(calculator);
     if (settings.Mode == ExtentMode::kReference) {
         const platform::RasterGeometry reference = m_frame.ReferenceRaster->Geometry();
         calculator.SetReferenceRaster(&reference);
     }
+}
+
+/// The cells of a reference raster stay.
+void AnimalRun::FitCells(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double value,
+                         double radius) const {
+    const Settings& settings = m_frame.Wanted;
+    if (settings.Mode == ExtentMode::kReference) return;
+    const double scaled = calculator.GetScaledBandwidth();
+    const double own = settings.Method == BandwidthMethod::kProportion ? value * scaled : scaled;
+    const bool full = settings.Mode == ExtentMode::kFull;
+    calculator.SetExactCellSize(full ? fitting_cell_size(own, m_frame.LayerExtent, settings.Buffer.Value.value_or(0.0))
+                                     : fitting_cell_size(own, platform::bounds_of(animal.Fixes), radius));
+    if (full) SetFullExtent(calculator);
 }
 
 void AnimalRun::SetFullExtent(engine::clsKernelCalculator& calculator) const {
@@ -169,6 +186,8 @@ void AnimalRun::ChooseBandwidth(engine::clsKernelCalculator& calculator, double 
 comparison::AdHocBandwidth AnimalRun::ShrinkWhileWhole(engine::clsKernelCalculator& calculator,
                                                        const AnimalFixes& animal) {
     m_stages.Stage("Calculating ad hoc bandwidth...");
+    const double reach = engine::kUsualReach * calculator.GetScaledBandwidth();
+    if (m_frame.Wanted.Cells.OfBandwidths) FitCells(calculator, animal, 0.0, reach);
     try {
         comparison::AdHocBandwidth found = comparison::adhoc_bandwidth(
             animal.Fixes, {.Parts = m_frame.Wanted.AdHocParts, .CellSize = calculator.GetCellSize()},

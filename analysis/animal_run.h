@@ -25,8 +25,9 @@ namespace wxl::analysis {
 
 /// What all distributions of a run share: its settings, and what was decided before the first of them.
 struct RunFrame {
-    Settings Wanted;     ///< with the buffer after its question
-    std::string Source;  ///< of the point layer, PATH or PATH:LAYER; empty: no file that is known
+    Settings Wanted;                         ///< with the buffer after its question
+    std::string Source;                      ///< of the point layer, PATH or PATH:LAYER; empty: no file that is known
+    std::vector<std::string> SourceOptions;  ///< that make the layer of a tracking file
     bool TextIds = false;
     std::vector<double> Values;            ///< bandwidths or proportions; one 0 for the other methods
     platform::Extent LayerExtent;          ///< of the points of the layer; full extent only
@@ -64,6 +65,8 @@ public:
 private:
     void MakeSubfolder(const std::string& subfolder) const;
     void Configure(engine::clsKernelCalculator& calculator, const AnimalFixes& animal) const;
+    void FitCells(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double value,
+                  double radius) const;
     void SetFullExtent(engine::clsKernelCalculator& calculator) const;
     static void SetSmallestExtent(engine::clsKernelCalculator& calculator, const AnimalFixes& animal, double margin);
     void ChooseBandwidth(engine::clsKernelCalculator& calculator, double value);

@@ -43,7 +43,8 @@ std::optional<std::string> unusable_setting(const Settings& settings) {
                "kernel "
                "without rescaling, or another bandwidth.";
     if (settings.OutputFolder.empty()) return "Error: please choose an output folder on the Output Options tab.";
-    if (settings.Mode != ExtentMode::kReference && !(settings.Cells.Side >= 1.0))
+    const bool usableCells = settings.Cells.OfBandwidths || settings.Cells.Side >= 1.0;
+    if (settings.Mode != ExtentMode::kReference && !usableCells)
         return "Error: please enter the raster cell size on the Output Options tab. It must be a number above 0.5 and "
                "is used as a whole number of map units.";
     if (!is_positive(settings.ScalingFactor))

@@ -2,6 +2,7 @@
 
 #include "analysis/coincidence.h"
 #include "analysis/diagnosis.h"
+#include "analysis/fitting_cells.h"
 #include "analysis/kernel_radius.h"
 #include "analysis/output_names.h"
 #include "analysis/raster_extent.h"
@@ -76,13 +77,14 @@ EstimateFrame estimate_frame(const Settings& settings, const platform::Extent& l
                              const platform::RasterGeometry& reference) {
     EstimateFrame frame;
     frame.Wanted = settings;
+    frame.LayerExtent = layerExtent;
     if (settings.Mode == ExtentMode::kReference) {
         frame.Shared = reference;
         frame.CellSize = reference.CellSize;
         return frame;
     }
     frame.CellSize = settings.Cells.Side;
-    if (settings.Mode == ExtentMode::kFull)
+    if (settings.Mode == ExtentMode::kFull && !settings.Cells.OfBandwidths)
         frame.Shared = enlarged_grid(layerExtent, settings.Buffer.Value.value_or(0.0), frame.CellSize);
     return frame;
 }
@@ -92,6 +94,25 @@ double applied_href(const HrefRow& href, const VarianceRow& spread, bool rescale
     return href.HrefScaled.value_or(0.0) * (spread.SdX.value_or(0.0) + spread.SdY.value_or(0.0)) / 2.0;
 }
 
+namespace {
+
+/// The grid of a distribution whose bandwidth is known as far as it can be.
+platform::RasterGeometry grid_of(const EstimateFrame& frame, const platform::Extent& bounds, double bandwidth,
+                                 double radius) {
+    const bool smallest = frame.Wanted.Mode == ExtentMode::kMinimum;
+    if (frame.Wanted.Mode == ExtentMode::kReference || (!frame.Wanted.Cells.OfBandwidths && !smallest)) {
+        platform::RasterGeometry grid = frame.Shared;
+        grid.CellSize = frame.CellSize;
+        return grid;
+    }
+    const platform::Extent& extent = smallest ? bounds : frame.LayerExtent;
+    const double margin = smallest ? radius : frame.Wanted.Buffer.Value.value_or(0.0);
+    const double side = frame.Wanted.Cells.OfBandwidths ? fitting_cell_size(bandwidth, extent, margin) : frame.CellSize;
+    return side > 0.0 ? enlarged_grid(extent, margin, side) : platform::RasterGeometry{.CellSize = 1.0};
+}
+
+}  // namespace
+
 DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& animal, double href, double value) {
     const BandwidthMethod method = frame.Wanted.Method;
     const platform::Extent bounds = platform::bounds_of(animal.Fixes);
@@ -99,9 +120,7 @@ DistributionEstimate estimate(const EstimateFrame& frame, const AnimalFixes& ani
     DistributionEstimate result;
     result.Bandwidth = method == BandwidthMethod::kProportion ? value * href : chosen;
     const double radius = kernel_radius(frame.Wanted, animal.Fixes, chosen, value, {});
-    result.Grid =
-        frame.Wanted.Mode == ExtentMode::kMinimum ? enlarged_grid(bounds, radius, frame.CellSize) : frame.Shared;
-    result.Grid.CellSize = frame.CellSize;
+    result.Grid = grid_of(frame, bounds, result.Bandwidth, radius);
     const double cells = cells_of(result.Grid);
     const auto fixes = static_cast<double>(animal.Fixes.size());
     result.Megabytes = std::max(cells * kBytesPerCell / 1e6, search_megabytes(method, animal, bounds, href));

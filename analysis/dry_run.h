@@ -16,7 +16,8 @@ namespace wxl::analysis {
 /// What the estimates of all distributions of a run share.
 struct EstimateFrame {
     Settings Wanted;
-    double CellSize = 1.0;            ///< as the calculator keeps it
+    double CellSize = 1.0;            ///< as the calculator keeps it; not used where each distribution has its own
+    platform::Extent LayerExtent;     ///< used with the full extent alone
     platform::RasterGeometry Shared;  ///< the grid of every distribution; not used with the smallest extent
 };
 

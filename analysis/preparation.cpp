@@ -117,6 +117,7 @@ bool Preparation::DescribeLayer() {
     const platform::Layer layer = point_layer(m_geodata, m_frame.Wanted.LayerName);
     const auto points = layer.Feature->FeatureClass();
     m_frame.Source = layer.Source;
+    m_frame.SourceOptions = layer.SourceOptions;
     m_frame.Reference = points->Reference();
     if (m_frame.Wanted.Mode == ExtentMode::kFull) m_frame.LayerExtent = points->Bounds();
     if (m_frame.Wanted.Mode != ExtentMode::kReference) return true;

@@ -7,6 +7,7 @@
 #include "comparison/minimum_convex_polygon.h"
 #include "engine/search_profile.h"
 #include "platform/values.h"
+#include "tracking_times/time_facts.h"
 
 #include <cstdint>
 #include <optional>
@@ -56,6 +57,7 @@ struct AnimalRecord {
     std::string Warnings;             ///< the calculator's warnings, each followed by a carriage return
     std::string Reason;               ///< what is wrong with the search, the distribution or its edge; one line
     std::vector<std::string> Files;   ///< datasets written, in the order of writing
+    tracking_times::TimeFacts Times;  ///< of the animal's fixes
 };
 
 struct RunFrame;

@@ -48,8 +48,9 @@ struct TypedNumbers {
 /// A cell size as typed, and the side of the cells that a run makes of it.
 struct CellSize {
     std::string Text = {};
-    double Typed = 0.0;  ///< map units; 0 where the text is no number
-    double Side = 0.0;   ///< Typed rounded half to even, a whole number of map units; below 1 where none can be used
+    double Typed = 0.0;         ///< map units; 0 where the text is no number
+    double Side = 0.0;          ///< Typed rounded half to even, a whole number of map units; below 1: none can be used
+    bool OfBandwidths = false;  ///< every distribution has cells that suit its bandwidth (fitting_cell_size)
     friend bool operator==(const CellSize&, const CellSize&) = default;
 };
 

@@ -54,6 +54,7 @@ TypedNumbers typed_numbers(std::string text) {
 
 CellSize cell_size_of(std::string text) {
     CellSize size;
+    size.OfBandwidths = platform::EqualNoCase(text, kFittingCells);
     size.Typed = number_of(text).value_or(0.0);
     size.Side = platform::round_half_even(size.Typed, 0);
     size.Text = std::move(text);

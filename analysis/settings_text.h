@@ -24,6 +24,10 @@ TypedNumber typed_number(double value);
 /// Numbers separated by commas.
 TypedNumbers typed_numbers(std::string text);
 
+/// The word for cells that suit each animal's bandwidth.
+inline constexpr const char* kFittingCells = "auto";
+
+/// A number of map units, or "auto" in any case.
 CellSize cell_size_of(std::string text);
 
 /// "" (as usual), "whole", or a number of bandwidths above 0; nothing for any other text.

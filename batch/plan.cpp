@@ -14,7 +14,7 @@ namespace {
 using analysis::RunFrame;
 using analysis::Settings;
 
-constexpr std::int64_t kFormat = 2;
+constexpr std::int64_t kFormat = 3;
 constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
 
 constexpr double kLargest = 1e15;  // of any length, factor, time or size in a plan
@@ -183,9 +183,11 @@ std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
 
 /// The output folder is where the plan is found.
 Json json_of_frame(const RunFrame& frame) {
-    const auto& [settings, source, textIds, values, extent, reference, referenceRaster, outputFolder] = frame;
+    const auto& [settings, source, sourceOptions, textIds, values, extent, reference, referenceRaster, outputFolder] =
+        frame;
     return {{"settings", json_of_settings(settings)},
             {"source", json_of_text(source)},
+            {"source_options", json_of_texts(sourceOptions)},
             {"text_ids", textIds},
             {"values", json_of_doubles(values)},
             {"layer_extent", json_of_doubles({extent.XMin, extent.YMin, extent.XMax, extent.YMax})},
@@ -212,6 +214,7 @@ RunFrame frame_of(const Json& json) {
     RunFrame frame;
     frame.Wanted = settings_of(json.at("settings"));
     frame.Source = text_of(json.at("source"));
+    frame.SourceOptions = texts_of(json.at("source_options"));
     frame.TextIds = json.at("text_ids").get<bool>();
     frame.Values = numbers_of(json.at("values"));
     const auto extent = doubles_of(json.at("layer_extent"));
@@ -246,7 +249,7 @@ Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
     Json json = Json::array();
     for (const PlannedAnimal& animal : animals)
         json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder),
-                        animal.StepsBack});
+                        animal.StepsBack, json_of_times(animal.Times)});
     return json;
 }
 
@@ -255,7 +258,7 @@ std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefi
     std::vector<PlannedAnimal> animals;
     for (const Json& one : json) {
         animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2)),
-                           one.size() > 3 ? whole_of(one.at(3), 0, INT64_MAX) : 0});
+                           whole_of(one.at(3), 0, INT64_MAX), times_of(one.at(4))});
         platform::CheckDatasetName(prefix + animals.back().NamingId);
         if (!animals.back().Subfolder.empty()) platform::CheckDatasetName(animals.back().Subfolder);
     }

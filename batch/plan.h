@@ -46,7 +46,8 @@ struct PlannedAnimal {
     platform::FieldValue Id;
     std::string NamingId;
     std::string Subfolder;
-    std::int64_t StepsBack = 0;  ///< as AnimalFixes::StepsBack
+    std::int64_t StepsBack = 0;            ///< as AnimalFixes::StepsBack
+    tracking_times::TimeFacts Times = {};  ///< as AnimalFixes::Times
 };
 
 struct PlannedTask {

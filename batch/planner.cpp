@@ -144,7 +144,7 @@ Plan plan_batch(const platform::Services& services, const analysis::PreparedRun&
     plan.Frame = run.Frame;
     plan.Id = id_of(plan, *services.Clock);
     for (const analysis::AnimalFixes& animal : run.Animals.Animals)
-        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack});
+        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack, animal.Times});
     check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;

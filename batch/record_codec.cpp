@@ -152,12 +152,37 @@ BandwidthMethod method_of_text(const std::string& text) {
     return found->second;
 }
 
+/// Bound by name and number, as the record below.
+Json json_of_times(const tracking_times::TimeFacts& facts) {
+    const auto& [withTime, withoutTime, first, last, days, daysWithFix, equalTimes, intervals] = facts;
+    const auto instant = [](const std::optional<std::int64_t>& seconds) { return seconds ? Json(*seconds) : Json(); };
+    Json quartiles;
+    if (intervals) quartiles = json_of_doubles({intervals->Lower, intervals->Median, intervals->Upper});
+    return {withTime,    withoutTime, instant(first), instant(last), json_of_double(days),
+            daysWithFix, equalTimes,  quartiles};
+}
+
+tracking_times::TimeFacts times_of(const Json& json) {
+    const auto count = [&](std::size_t place) {
+        return static_cast<std::size_t>(whole_of(json.at(place), 0, INT64_MAX));
+    };
+    const auto instant = [&](std::size_t place) {
+        return json.at(place).is_null() ? std::nullopt : std::optional(whole_of(json.at(place), INT64_MIN, INT64_MAX));
+    };
+    tracking_times::TimeFacts facts{count(0), count(1), instant(2), instant(3), double_of(json.at(4)),
+                                    count(5), count(6), {}};
+    if (json.at(7).is_null()) return facts;
+    const std::vector<double> quartiles = doubles_of(json.at(7));
+    facts.Intervals = tracking_times::Quartiles{quartiles.at(0), quartiles.at(1), quartiles.at(2)};
+    return facts;
+}
+
 /// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, adhoc, grid, volume, adaptive, reach, beyondReach,
                  lostAtEdge, rasterName, isopleths, convexPolygons, maxEdgeValue, edgeWarning, cutTo, status,
-                 isoplethStatus, warnings, reason, files] = record;
+                 isoplethStatus, warnings, reason, files, times] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -194,7 +219,8 @@ Json json_of_record(const AnimalRecord& record) {
             {"isopleth_status", isoplethStatus},
             {"warnings", json_of_text(warnings)},
             {"reason", json_of_text(reason)},
-            {"files", json_of_texts(files)}};
+            {"files", json_of_texts(files)},
+            {"times", json_of_times(times)}};
 }
 
 AnimalRecord record_of(const Json& json) {
@@ -232,6 +258,7 @@ AnimalRecord record_of(const Json& json) {
     record.Warnings = text_of(json.at("warnings"));
     record.Reason = text_of(json.at("reason"));
     record.Files = texts_of(json.at("files"));
+    record.Times = times_of(json.at("times"));
     return record;
 }
 

@@ -12,6 +12,10 @@ namespace wxl::batch {
 Json json_of_record(const analysis::AnimalRecord& record);
 analysis::AnimalRecord record_of(const Json& json);
 
+/// Facts on times that come back equal.
+Json json_of_times(const tracking_times::TimeFacts& facts);
+tracking_times::TimeFacts times_of(const Json& json);
+
 /// One distribution as a task leaves it: what a single run would have written, shown and told at this place.
 struct TaskEntry {
     std::size_t Distribution = 0;  ///< animal x values per animal + value, in the run's order

@@ -47,6 +47,12 @@ void clsKernelCalculator::SetCellSize(double dCellSize) {
     m_kernelCalculated = false;
 }
 
+void clsKernelCalculator::SetExactCellSize(double dCellSize) {
+    if (!(dCellSize > 0.0) || dCellSize > static_cast<double>(std::numeric_limits<std::int32_t>::max())) return;
+    m_cellSize = dCellSize;
+    m_kernelCalculated = false;
+}
+
 void clsKernelCalculator::SetRows(std::int32_t lRows) {
     if (lRows <= 0) return;
     m_rows = lRows;

@@ -49,6 +49,9 @@ public:
     /// CalculateKernel faults.
     void SetCellSize(double dCellSize);
 
+    /// The same for a side that the program chooses to fit the fixes: taken as it is, fractions included.
+    void SetExactCellSize(double dCellSize);
+
     /// Size of the grid in cells. More than 50,000,000 cells set status 1001, and SetColumns warns as well.
     void SetRows(std::int32_t lRows);
     void SetColumns(std::int32_t lColumns);
@@ -114,7 +117,7 @@ public:
     /// Share of the fixes' kernels, from 0 to 1, that lies beyond their search squares whatever the grid: what the
     /// limit radius leaves out. 0 while no kernel is calculated.
     double GetShareBeyondReach() const;
-    double GetCellSize() const { return static_cast<double>(m_cellSize); }
+    double GetCellSize() const { return m_cellSize; }
 
     /// Bandwidth as stored: in units of the rescaled fixes once they are rescaled.
     double GetBandwidth() const { return m_bandwidth; }
@@ -162,7 +165,7 @@ private:
 
     std::int32_t m_rows = 0;
     std::int32_t m_columns = 0;
-    std::int32_t m_cellSize = 0;
+    double m_cellSize = 0.0;
     double m_originX = 0.0;
     double m_originY = 0.0;
     double m_topY = 0.0;

@@ -127,8 +127,8 @@ bool clsKernelCalculator::BandwidthBelowCell() {
     // A bandwidth that was divided and multiplied back may come out one rounding below the cell size it equals.
     if (!((divided ? twelve_digits(inMapUnits) : inMapUnits) < m_cellSize)) return false;
     Fail(kernel_status::kBandwidthBelowCell, "The bandwidth (" + platform::NumberText(inMapUnits) +
-                                                 ") is smaller than the cell size (" + std::to_string(m_cellSize) +
-                                                 "). Processing aborted.");
+                                                 ") is smaller than the cell size (" +
+                                                 platform::NumberText(m_cellSize) + "). Processing aborted.");
     return true;
 }
 
@@ -180,7 +180,7 @@ void clsKernelCalculator::ComputeLocalFactors(std::string& workingValues) {
 }
 
 void clsKernelCalculator::AccumulateFixes(std::int32_t reach) {
-    const auto cell = static_cast<double>(m_cellSize);
+    const double cell = m_cellSize;
     const double west = cell / 2.0 + m_originX;
     const double north = m_topY - cell / 2.0;
     CellCentres centres;
@@ -227,7 +227,7 @@ void clsKernelCalculator::Normalise() {
 
 double clsKernelCalculator::GetShareBeyondReach() const {
     if (!m_kernelCalculated || m_points.empty()) return 0.0;
-    const auto cell = static_cast<double>(m_cellSize);
+    const double cell = m_cellSize;
     const double reach = std::floor(m_limitRadius / cell) + 1.0;
     // The square's cells along one axis: as many before as beyond the fix's own.
     const auto within = [&](double offset, double sd) {

@@ -1,5 +1,6 @@
 #include "kde_tool/settings_file.h"
 
+#include "analysis/settings_text.h"
 #include "kde_tool/frmKDE.h"
 #include "platform/checked.h"
 #include "platform/text.h"
@@ -161,7 +162,7 @@ private:
         if (key == "[MANUAL]") Manual(value);
         if (key == "[OUTFOLDER]") OutputFolder(value);
         if (key == "[PREFIX]" && !value.empty()) m_prefix = value;
-        if (key == "[CELLSIZE]") set_number(m_form.txtCellSize, value);
+        if (key == "[CELLSIZE]") CellSize(value);
         if (key == "[SCALING]") set_number(m_form.txtScaling, value);
         if (key == "[VERBOSE]") set_check(m_form.chkVerbose, value);
         if (key == "[EXTENT]") Extent(value);
@@ -186,6 +187,13 @@ private:
 
     void Bandwidth(const std::string& value, platform::OptionButton& option, void (frmKDE::*click)()) {
         if (value == "TRUE") Choose(option, click);
+    }
+
+    void CellSize(const std::string& value) {
+        if (analysis::cell_size_of(value).OfBandwidths)
+            m_form.txtCellSize.Text = analysis::kFittingCells;
+        else
+            set_number(m_form.txtCellSize, value);
     }
 
     void Manual(const std::string& value) {

@@ -50,6 +50,7 @@ enum class FeatureType : std::int32_t { kSimple = 1, kDimension = 13 };
 struct Layer {
     std::string Name;
     std::string Source = {};  ///< what wxl opens a feature layer by: PATH or PATH:LAYER; empty: no file that is known
+    std::vector<std::string> SourceOptions = {};  ///< options that make the layer of a tracking file
     LayerClass Class = LayerClass::kOther;
     ShapeType Shape = ShapeType::kNull;           ///< feature layers
     FeatureType Features = FeatureType::kSimple;  ///< feature layers

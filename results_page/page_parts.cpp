@@ -171,6 +171,16 @@ std::string reading_notes(const PageRun& run) {
            remedy(run) + "</dl>\n</section>\n";
 }
 
+namespace {
+
+std::string cells_text(const PageRun& run) {
+    const analysis::CellSize& cells = run.Wanted.Cells;
+    if (cells.OfBandwidths) return "a tenth of each bandwidth, rounded";
+    return NumberText(cells.Typed) + " " + length_unit(run);
+}
+
+}  // namespace
+
 std::string settings_section(const PageRun& run) {
     const analysis::Settings& settings = run.Wanted;
     return "<section id=\"settings\" aria-labelledby=\"settings-name\">\n<h2 "
@@ -186,8 +196,7 @@ std::string settings_section(const PageRun& run) {
            settings_row("Bandwidth", estimator_text(settings)) +
            settings_row("Reach of the kernels", reach_text(settings)) +
            settings_row("Rescaled to unit variance", settings.Rescale ? "yes" : "no") +
-           settings_row("Cell size", NumberText(run.Wanted.Cells.Typed) + " " + length_unit(run)) +
-           settings_row("Scaling factor", settings.ScalingFactor.Text) +
+           settings_row("Cell size", cells_text(run)) + settings_row("Scaling factor", settings.ScalingFactor.Text) +
            settings_row("Extent of the rasters", extent_text(run)) +
            settings_row("Isopleths", isopleth_text(settings)) +
            (settings.ConvexPercentages.Text.empty()

@@ -16,8 +16,9 @@ namespace wxl::results_page {
 /// A run as its page tells of it.
 struct PageRun {
     analysis::Settings Wanted;
-    std::string Source;       ///< of the point layer; empty: no file that is known
-    bool ManyValues = false;  ///< several bandwidths or proportions per animal
+    std::string Source;                      ///< of the point layer; empty: no file that is known
+    std::vector<std::string> SourceOptions;  ///< that make the layer of a tracking file
+    bool ManyValues = false;                 ///< several bandwidths or proportions per animal
     platform::SpatialReference Reference;
     std::filesystem::path Folder;
     platform::DateTime Start;

@@ -31,6 +31,7 @@ std::vector<std::string> repeat_words(const PageRun& run) {
         if (wanted) words.push_back(option);
     };
     words.push_back(run.Source.empty() ? settings.LayerName : run.Source);
+    words.insert(words.end(), run.SourceOptions.begin(), run.SourceOptions.end());
     add("--id-field", settings.IdField);
     add("--where", settings.Where);
     add("--out", run.Folder.string());

@@ -26,6 +26,7 @@ void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::Gro
     m_failed = false;
     m_run.Wanted = frame.Wanted;
     m_run.Source = frame.Source;
+    m_run.SourceOptions = frame.SourceOptions;
     m_run.ManyValues = frame.Values.size() > 1;
     m_run.Reference = frame.Reference;
     m_run.Folder = frame.Folder;

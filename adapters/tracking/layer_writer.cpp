@@ -12,8 +12,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <charconv>
+#include <cpl_string.h>
+#include <cpl_vsi.h>
 #include <cstring>
 #include <fmt/format.h>
 #include <ogrsf_frmts.h>
@@ -120,10 +123,13 @@ OGRFieldType ogr_type(FieldType type) {
     return type == FieldType::kDouble ? OFTReal : OFTString;
 }
 
+/// Whether a layer gets an index of places.
+enum class Index { kWanted, kNone };
+
 class OgrWriter final : public ILayerWriter {
 public:
     OgrWriter(const char* driver, const fs::path& file, const std::vector<Field>& fields,
-              const platform::SpatialReference& reference)
+              const platform::SpatialReference& reference, Index index = Index::kWanted)
         : m_file(file), m_writing(file) {
         files::RegisterGdal();
         GDALDriver* maker = GetGDALDriverManager()->GetDriverByName(driver);
@@ -132,7 +138,10 @@ public:
         m_dataset.reset(maker->Create(file.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
         if (!m_dataset) Fail();
         OGRSpatialReference system = files::ToOgr(reference);
-        m_layer = m_dataset->CreateLayer(file.stem().c_str(), system.IsEmpty() ? nullptr : &system, wkbPoint, nullptr);
+        CPLStringList options;
+        if (index == Index::kNone) options.SetNameValue("SPATIAL_INDEX", "NO");
+        m_layer =
+            m_dataset->CreateLayer(file.stem().c_str(), system.IsEmpty() ? nullptr : &system, wkbPoint, options.List());
         if (m_layer == nullptr) Fail();
         for (const Field& field : fields) {
             OGRFieldDefn definition(field.Name.c_str(), ogr_type(field.Type));
@@ -238,6 +247,20 @@ std::vector<std::string> field_names_for(LayerFormat format, const std::vector<s
         made.push_back(candidate);
     }
     return made;
+}
+
+MemoryFile::MemoryFile(const std::string& name) {
+    static std::atomic<int> number{0};
+    m_path = fmt::format("/vsimem/wxl_layer_{}/{}", ++number, name);
+}
+
+MemoryFile::~MemoryFile() {
+    VSIRmdirRecursive(m_path.parent_path().c_str());
+}
+
+std::unique_ptr<ILayerWriter> make_memory_writer(const MemoryFile& file, const std::vector<Field>& fields,
+                                                 const platform::SpatialReference& reference) {
+    return std::make_unique<OgrWriter>("FlatGeobuf", file.Path(), fields, reference, Index::kNone);
 }
 
 std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const fs::path& file,

@@ -28,6 +28,25 @@ public:
     virtual void Close() = 0;
 };
 
+/// A place in memory that GDAL takes for a file, free again at the end.
+class MemoryFile {
+public:
+    /// `name`: of the file in it, with its ending.
+    explicit MemoryFile(const std::string& name);
+    ~MemoryFile();
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// Begins a FlatGeobuf without an index in memory; otherwise as make_layer_writer.
+std::unique_ptr<ILayerWriter> make_memory_writer(const MemoryFile& file, const std::vector<platform::Field>& fields,
+                                                 const platform::SpatialReference& reference);
+
 /// Begins the file, whose folder exists and which does not. The layer is called after the file. Names of fields are
 /// those of field_names_for. RuntimeError as the system says when it cannot be written.
 std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const std::filesystem::path& file,

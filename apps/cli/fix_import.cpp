@@ -579,6 +579,31 @@ void add_fix_options(CLI::App& command, FixOptions& options) {
         ->type_name("KEY|COLUMN");
 }
 
+std::vector<std::string> words_of(const FixOptions& options) {
+    std::vector<std::string> words;
+    const auto add = [&](const char* option, const std::string& value) {
+        if (value.empty()) return;
+        words.emplace_back(option);
+        words.push_back(value);
+    };
+    add("--id", options.Id);
+    add("--animal", options.Animal);
+    add("--x", options.X);
+    add("--y", options.Y);
+    add("--time", options.Time);
+    if (options.NoTime) words.emplace_back("--no-time");
+    add("--date-order", options.DateOrder);
+    add("--time-zone", options.TimeZone);
+    add("--from-crs", options.FromCrs);
+    if (options.ToCrs != "auto") add("--to-crs", options.ToCrs);
+    if (options.MaxDop) add("--max-dop", platform::NumberText(*options.MaxDop));
+    add("--argos-class", options.ArgosClasses);
+    add("--every", options.Every);
+    add("--every-tolerance", options.EveryTolerance);
+    add("--split-by", options.SplitBy);
+    return words;
+}
+
 ImportedFixes import_fixes(const FixOptions& options, const tracking::RejectedRows::Listener& rejected,
                            Console& console) {
     if (!options.Every.empty()) duration_of(options.Every, "--every");

@@ -34,7 +34,11 @@ struct FixOptions {
     std::string Every;
     std::string EveryTolerance;
     std::string SplitBy;
+    friend bool operator==(const FixOptions&, const FixOptions&) = default;
 };
+
+/// The options as words of a command, but for the inputs.
+std::vector<std::string> words_of(const FixOptions& options);
 
 /// Adds these options but for the inputs.
 void add_fix_options(CLI::App& command, FixOptions& options);

@@ -43,10 +43,13 @@ bool cut_text(std::string& text) {
 
 }  // namespace
 
-FixRows::FixRows(ImportedFixes& fixes, tracking::LayerFormat format)
-    : m_fixes(fixes), m_format(format), m_hasTimes(fixes.HasTimes()) {
+FixRows::FixRows(ImportedFixes& fixes, tracking::LayerFormat format, Columns columns)
+    : m_fixes(fixes),
+      m_format(format),
+      m_hasTimes(fixes.HasTimes()),
+      m_hasOthers(columns == Columns::kAll && !fixes.Data.Others.empty()) {
     AddOwnFields();
-    AddOtherFields();
+    if (m_hasOthers) AddOtherFields();
     m_values.resize(m_fields.size());
 }
 
@@ -131,10 +134,9 @@ void FixRows::SetOtherValues(const TrackingFix& fix) {
 }
 
 void FixRows::PutAll(tracking::ILayerWriter& writer) {
-    const bool others = !m_fixes.Data.Others.empty();
     for (std::size_t i = 0; i < m_fixes.Data.Fixes.size(); ++i) {
         SetOwnValues(i);
-        if (others) SetOtherValues(m_fixes.Data.Fixes[i]);
+        if (m_hasOthers) SetOtherValues(m_fixes.Data.Fixes[i]);
         writer.Put({m_fixes.Data.Fixes[i].X, m_fixes.Data.Fixes[i].Y}, m_values);
     }
 }

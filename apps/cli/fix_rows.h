@@ -8,7 +8,10 @@ namespace wxl::cli {
 /// columns.
 class FixRows {
 public:
-    FixRows(ImportedFixes& fixes, tracking::LayerFormat format);
+    enum class Columns { kAll, kOwn };
+
+    /// `columns`: kOwn leaves the other columns out.
+    FixRows(ImportedFixes& fixes, tracking::LayerFormat format, Columns columns = Columns::kAll);
 
     const std::vector<platform::Field>& Fields() const { return m_fields; }
 
@@ -30,6 +33,7 @@ private:
     ImportedFixes& m_fixes;
     tracking::LayerFormat m_format;
     bool m_hasTimes;
+    bool m_hasOthers;
     std::vector<platform::Field> m_fields;
     std::vector<std::string> m_wantedNames;
     std::size_t m_own = 0;

@@ -34,11 +34,11 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 /// The name that `given` is a misspelling of: at most one letter in three is wrong, or the end is missing.
 std::optional<std::string> nearest(const Names& names, std::string_view given) {
     std::optional<std::string> best;
-    std::size_t least = given.size() / 3 + 1;
+    std::size_t least = given.size() == 1 ? 1 : std::max<std::size_t>(given.size() / 3 + 1, 2);
     for (const std::string& name : names) {
         const bool isCut = given.size() >= 3 && name.starts_with(given);
         const std::size_t distance = isCut ? 1 : edit_distance(name, given);
-        if (distance >= std::max<std::size_t>(least, 2)) continue;
+        if (distance >= least) continue;
         best = name;
         least = distance;
     }

@@ -14,7 +14,11 @@ ToolSession::ToolSession(Console& console, Answers answers)
 }
 
 void ToolSession::AddInput(const std::shared_ptr<files::FilesFeatureLayer>& layer) {
-    Document().AddSelectedLayer(files::layer_of(layer));
+    AddInput(files::layer_of(layer));
+}
+
+void ToolSession::AddInput(const platform::Layer& layer) {
+    Document().AddSelectedLayer(layer);
 }
 
 }  // namespace wxl::cli

@@ -40,6 +40,7 @@ public:
 
     /// Puts the layer into the map and highlights it.
     void AddInput(const std::shared_ptr<files::FilesFeatureLayer>& layer);
+    void AddInput(const platform::Layer& layer);
 
     const platform::Services& Services() const { return m_services; }
     ConsoleMessages& Messages() { return m_messages; }

@@ -2,6 +2,7 @@
 
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/ogr/ogr_source.h"
+#include "apps/cli/commands/kde_defaults.h"
 #include "kde_tool/settings_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -69,7 +70,8 @@ Fence fence_of(const InfoOptions&) {
     return WritablePlaces();
 }
 
-Fence fence_of(const KdeOptions& options) {
+Fence fence_of(const KdeOptions& given) {
+    const KdeOptions options = completed(given);
     WritablePlaces places;
     if (options.Out) places.Folder(*options.Out);
     if (!options.Out && !options.Settings.empty())

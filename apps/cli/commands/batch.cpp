@@ -1,6 +1,7 @@
 #include "apps/cli/commands/batch.h"
 
 #include "apps/cli/batch_session.h"
+#include "apps/cli/commands/kde_defaults.h"
 #include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
@@ -147,7 +148,9 @@ void register_batch_plan(CLI::App& command, BatchPlanOptions& options) {
     command.footer(kPlanFooter);
 }
 
-int run_batch_plan(const BatchPlanOptions& options, Console& console) {
+int run_batch_plan(const BatchPlanOptions& given, Console& console) {
+    BatchPlanOptions options = given;
+    options.Run = completed(given.Run);
     KdeSession session(options.Run, console);
     refuse_read_outputs(session.Form(), session.Read());
     prepare_output(options.Run, session.Form());

@@ -4,6 +4,7 @@
 #include "analysis/analysis.h"
 #include "analysis/ending.h"
 #include "apps/cli/batch_tasks.h"
+#include "apps/cli/commands/kde_defaults.h"
 #include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_output.h"
 #include "apps/cli/commands/kde_session.h"
@@ -24,7 +25,10 @@ namespace {
 
 void add_data_options(CLI::App& command, KdeOptions& options) {
     add_measured_input_options(command, options.Points);
-    command.add_option("--id-field", options.IdField, "Field that names the animal")->required()->type_name("FIELD");
+    command
+        .add_option("--id-field", options.IdField,
+                    "Field or column that names the animal (default: found by its names)")
+        ->type_name("FIELD");
     command.add_option("--where", options.Where, "Use only the fixes that meet this condition")->type_name("SQL");
 }
 
@@ -47,9 +51,15 @@ void add_kernel_options(CLI::App& command, KdeOptions& options) {
 }
 
 void add_raster_options(CLI::App& command, KdeOptions& options) {
-    command.add_option("--out", options.Out, "Output folder; made when it is not there")->type_name("DIR");
-    command.add_option("--cell-size", options.CellSize, "Cell size in map units, used as a whole number")
-        ->type_name("C");
+    command
+        .add_option("--out", options.Out,
+                    "Output folder, made when it is not there (default: NAME_ranges, in the present folder)")
+        ->type_name("DIR");
+    command
+        .add_option("--cell-size", options.CellSize,
+                    "Cell size in map units, used as a whole number; auto: a tenth of each bandwidth, rounded to 1, 2 "
+                    "or 5 times a power of ten")
+        ->type_name("C|auto");
     command.add_option("--prefix", options.Prefix, "Prefix of the raster names, at most 6 characters")->type_name("P");
     command.add_option("--scaling", options.Scaling, "Factor of the densities; 1000000 without it")->type_name("S");
     command
@@ -91,9 +101,16 @@ void add_run_options(CLI::App& command, KdeOptions& options) {
 }
 
 constexpr const char* kFooter =
-    "Estimates a utilization distribution for every animal of a point layer and writes\n"
-    "it as a raster, with isopleths as shapefiles where asked for. The folder also gets\n"
-    "WXL_KDE_ANALYSIS.txt, a report to which every run is appended, and\n"
+    "Estimates a utilization distribution for every animal of a tracking file or a point\n"
+    "layer. wxl kde FILE alone does the whole: it imports the file into memory where it has to\n"
+    "(a table, GPX, KML, degrees; with the options of wxl import), finds the animals, and\n"
+    "chooses what --id-field, --out and --cell-size do not say: the folder NAME_ranges, and\n"
+    "for every animal cells that suit its bandwidth, with --extent min, --isopleths 95,50\n"
+    "--polygons --html. Options refine that. A call that gives all three is taken as it\n"
+    "stands: full extent, no isopleths and no page unless asked for.\n"
+    "\n"
+    "Each distribution is a raster, with isopleths as shapefiles where asked for. The folder\n"
+    "also gets WXL_KDE_ANALYSIS.txt, a report to which every run is appended, and\n"
     "WXL_KERNEL_SETTINGS.txt, which --settings takes, and WXL_KDE_SUMMARY.csv, a table of\n"
     "bandwidths, areas and volumes that keeps the rows of earlier runs. With --html it gets\n"
     "WXL_KDE_ANALYSIS.html: tables, maps and profiles as one page for any browser.\n"
@@ -108,6 +125,7 @@ constexpr const char* kFooter =
     "\n"
     "Examples:\n"
     "\n"
+    "  wxl kde wolves.csv\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 --dry-run\n"
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons";
@@ -186,6 +204,7 @@ void add_kde_options(CLI::App& command, KdeOptions& options) {
     add_kernel_options(command, options);
     add_isopleth_options(command, options);
     add_run_options(command, options);
+    add_fix_options(command, options.Fixes);
 }
 
 void register_kde(CLI::App& command, KdeOptions& options) {
@@ -205,7 +224,8 @@ batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks) {
             .Tasks = tasks};
 }
 
-int run_kde(const KdeOptions& options, Console& console) {
+int run_kde(const KdeOptions& given, Console& console) {
+    const KdeOptions options = completed(given);
     KdeSession session(options, console);
     kde_tool::frmKDE& form = session.Form();
     refuse_read_outputs(form, session.Read());
@@ -214,6 +234,7 @@ int run_kde(const KdeOptions& options, Console& console) {
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
                      form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
     results_page::ResultsPage page(session.Services());
+    if (options.ReadyMade) output.TellWhole(form.PointLayer().Feature->FeatureClass()->Reference());
     form.AddObserver(output);
     form.AddObserver(page);
     const int code =

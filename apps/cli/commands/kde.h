@@ -4,6 +4,7 @@
 #include "analysis/summary_table.h"
 #include "apps/cli/console.h"
 #include "apps/cli/console_messages.h"
+#include "apps/cli/fix_import.h"
 #include "apps/cli/input_layer.h"
 #include "batch/planner.h"
 #include "results_page/results_page.h"
@@ -23,7 +24,8 @@ class KdeOutput;
 /// defaults say.
 struct KdeOptions {
     InputOptions Points;
-    std::string IdField;
+    FixOptions Fixes;     ///< how a tracking file is read, where INPUT is one
+    std::string IdField;  ///< empty: found
     std::string Where;
     std::optional<std::string> Out;
     std::optional<std::string> Prefix;
@@ -50,6 +52,7 @@ struct KdeOptions {
     bool Json = false;
     bool DryRun = false;
     bool Overwrite = false;
+    bool ReadyMade = false;  ///< the program chose what the call left open
     Answers Questions;
 };
 
@@ -68,7 +71,7 @@ int with_extras(int code, const analysis::SummaryTable& summary, const analysis:
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);
 
-/// Fills the analysis form, presses OK and writes what came of it.
+/// Completes the options, fills the analysis form, presses OK and writes what came of it.
 int run_kde(const KdeOptions& options, Console& console);
 
 }  // namespace wxl::cli

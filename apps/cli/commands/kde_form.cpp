@@ -55,9 +55,10 @@ analysis::TypedNumbers given_percentages(const std::string& option, const std::s
 
 analysis::CellSize given_cell_size(const std::string& text) {
     analysis::CellSize cells = analysis::cell_size_of(text);
-    if (!(cells.Side >= 1.0))
+    if (!cells.OfBandwidths && !(cells.Side >= 1.0))
         throw WrongCall(fmt::format(
-            "--cell-size: \"{}\" is not a number above 0.5; it is used as a whole number of map units", text));
+            "--cell-size: \"{}\" is not a number above 0.5 (it is used as a whole number of map units), and not auto",
+            text));
     return cells;
 }
 
@@ -73,8 +74,15 @@ analysis::Reach given_reach(const std::string& text) {
     return *reach;
 }
 
-void choose_id_field(const KdeOptions& options, files::FilesFeatureLayer& layer, frmKDE& form) {
-    form.cmbUIDFLD.Select(find_id_field(layer.FeatureClass()->Table(), options.IdField, options.Points.Input));
+/// An imported layer has one field of animals, whatever the file calls it.
+std::string id_field_of(const KdeOptions& options, files::FilesFeatureLayer& layer) {
+    platform::ITable& table = layer.FeatureClass()->Table();
+    if (!options.IdField.empty()) return find_id_field(table, options.IdField, options.Points.Input);
+    return guess_id_field(table.Fields());
+}
+
+void choose_id_field(const std::string& field, frmKDE& form) {
+    form.cmbUIDFLD.Select(field);
     form.cmbUIDFLD_Click();
 }
 
@@ -173,16 +181,12 @@ GivenSettings given_settings(const KdeOptions& options) {
     if (options.CellSize) given.Cells = given_cell_size(*options.CellSize);
     if (options.Scaling) given.ScalingFactor = given_scaling(*options.Scaling);
     given.KernelReach = given_reach(options.Reach);
-    const bool isReference = given.Extent && given.Extent->Mode == ExtentMode::kReference;
-    if (options.Settings.empty() && !options.Out) throw WrongCall("give the output folder by --out DIR");
-    if (options.Settings.empty() && !options.CellSize && !isReference)
-        throw WrongCall("give the cell size in map units by --cell-size C");
     return given;
 }
 
 void fill_form(const KdeOptions& options, const GivenSettings& given, files::FilesFeatureLayer& layer, frmKDE& form) {
     form.Form_Load();
-    choose_id_field(options, layer, form);
+    choose_id_field(id_field_of(options, layer), form);
     load_settings(options, form);
     Settings settings = kde_tool::settings_of(form);
     take_output(options, given, settings);

@@ -5,6 +5,7 @@
 #include "analysis/output_names.h"
 #include "analysis/summary_rows.h"
 #include "apps/cli/polygon_layer.h"
+#include "apps/cli/size_text.h"
 #include "isopleths/clsHISO.h"
 #include "platform/text.h"
 
@@ -168,7 +169,25 @@ std::string KdeOutput::AreaText(double area) const {
     return fmt::format("{:.6g}{}", m_metres ? area / 1e6 : area, m_metres ? " km2" : "");
 }
 
+/// "oyster 7: 2914 fixes, 61.9 days, bandwidth 123.4 m, cells of 10 m, 95 %: 12.34 km2, 50 %: 85.2 ha"
+std::string KdeOutput::WholeText(const AnimalRecord& record) const {
+    std::string text = fmt::format("{}: {}", platform::ValueText(record.Id), analysis::fixes_text(record.SampleSize));
+    if (record.Times.First) text += fmt::format(", {} days", short_number(record.Times.Days));
+    if (record.Status != 0)
+        return text + fmt::format(": failed (code {}: {})", record.Status, analysis::failure_reason(record));
+    const std::string unit = unit_text(*m_whole);
+    text += fmt::format(", bandwidth {} {}, cells of {} {}", short_number(record.BandwidthMapUnits), unit,
+                        NumberText(record.Grid.CellSize), unit);
+    for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
+        if (isopleth.Area)
+            text += fmt::format(", {} %: {}", NumberText(isopleth.Percent), area_text(*isopleth.Area, *m_whole));
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons)
+        text += fmt::format(", MCP {} %: {}", NumberText(polygon.Percent), area_text(polygon.Area, *m_whole));
+    return text;
+}
+
 void KdeOutput::Print(const AnimalRecord& record) {
+    if (m_whole && !m_json) return m_console.Result(WholeText(record));
     if (m_json) {
         m_console.Result(m_done == 1 ? Head() : m_pending + ",");
         m_pending = one_line(json_of(record));

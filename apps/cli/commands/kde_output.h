@@ -19,6 +19,9 @@ public:
     /// that areas can be told in square kilometres.
     KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
 
+    /// From now on lines for people tell the days of an animal, its cells, and areas in hectares or square kilometres.
+    void TellWhole(const platform::SpatialReference& reference) { m_whole = reference; }
+
     void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;
     void AnimalDone(const analysis::AnimalRecord& record) override;
     void RunEnds(analysis::RunOutcome) override {}
@@ -43,12 +46,14 @@ private:
     std::string Head() const;
     std::string AreasText(const analysis::AnimalRecord& record) const;
     std::string AreaText(double area) const;
+    std::string WholeText(const analysis::AnimalRecord& record) const;
 
     Console& m_console;
     std::filesystem::path m_report;
     std::filesystem::path m_settings;
     bool m_json;
     bool m_metres;
+    std::optional<platform::SpatialReference> m_whole;
     std::string m_pending;  ///< the JSON line that waits to know whether another follows
     std::string m_idField;
     std::string m_animal;  ///< naming ID of the last distribution

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/kde_session.h"
 
 #include "adapters/ogr/files_map.h"
+#include "adapters/ogr/ogr_source.h"
 #include "adapters/raster/raster_dataset.h"
 #include "adapters/shapefile/shapefile_parts.h"
 #include "apps/cli/commands/kde_dry_run.h"
@@ -25,11 +26,53 @@ bool are_fractions(const analysis::TypedNumbers& percentages) {
     return std::ranges::all_of(percentages.Values, [](double percent) { return percent <= 1.0; });
 }
 
-std::shared_ptr<files::FilesFeatureLayer> open_checked(const KdeOptions& options, const GivenSettings& given,
-                                                       Console& console) {
+/// Whether the fixes come from a tracking file that has to be imported: by what it is, by options that say how, or for
+/// want of a field that names the animal.
+bool is_tracking_file(const KdeOptions& options) {
+    FixOptions none;
+    none.AllowIndirect = options.Fixes.AllowIndirect;
+    if (options.Fixes != none || needs_import(options.Points)) return true;
+    if (!options.IdField.empty() || !options.Settings.empty()) return false;
+    return guess_id_field(open_point_layer(options.Points)->FeatureClass()->Table().Fields()).empty();
+}
+
+/// How the file is read: a name of the field that imported layers have is none of a column.
+FixOptions fix_options_of(const KdeOptions& options) {
+    FixOptions fixes = options.Fixes;
+    fixes.Inputs = {options.Points.Input};
+    fixes.AllowIndirect = options.Points.AllowIndirect;
+    if (fixes.Id.empty() && !platform::EqualNoCase(options.IdField, kAnimalField)) fixes.Id = options.IdField;
+    return fixes;
+}
+
+std::unique_ptr<ImportedLayer> import_where_needed(const KdeOptions& options, Console& console) {
+    if (!is_tracking_file(options)) return nullptr;
+    auto imported = std::make_unique<ImportedLayer>(fix_options_of(options), !options.Where.empty(), console);
+    platform::IFeatureClass& points = *imported->Layer()->FeatureClass();
+    report_mercator(options.Points.Input, points.Reference(), points.Bounds(), console);
+    return imported;
+}
+
+void note_fractions(const GivenSettings& given, Console& console) {
     if (given.Percentages && are_fractions(*given.Percentages))
         console.Note("wxl: --isopleths takes percentages: 95 means 95 %, and 0.95 less than 1 %");
-    return open_measured_point_layer(options.Points, console);
+}
+
+ReadFiles read_files_of(const KdeOptions& options, const ImportedLayer* imported, files::FilesFeatureLayer& layer) {
+    if (imported == nullptr) return files_read(layer);
+    ReadFiles read;
+    read.Add(files::split_input(options.Points.Input, sources_of(options.Points.AllowIndirect)).first);
+    return read;
+}
+
+/// What repeats the import: the file as it lies on disk, and the options that say how to read it.
+platform::Layer map_layer_of(const KdeOptions& options, const ImportedLayer* imported,
+                             const std::shared_ptr<files::FilesFeatureLayer>& layer) {
+    platform::Layer entry = files::layer_of(layer);
+    if (imported == nullptr) return entry;
+    entry.Source = std::filesystem::absolute(options.Points.Input).lexically_normal().string();
+    entry.SourceOptions = words_of(fix_options_of(options));
+    return entry;
 }
 
 /// A file by its whole path, which means the same from any folder; anything else that can be opened as it is written.
@@ -71,14 +114,18 @@ void ProgressHost::Yield() {
     m_console.Progress((bar.Value - bar.Minimum) / (bar.Maximum - bar.Minimum), m_form->txtStatus.Text);
 }
 
-KdeSession::KdeSession(const KdeOptions& options, Console& console)
-    : m_given(given_settings(options)),
-      m_layer(open_checked(options, m_given, console)),
-      m_read(files_read(*m_layer)),
-      m_session(console, options.Questions),
+KdeSession::KdeSession(const KdeOptions& given, Console& console)
+    : m_given(given_settings(given)),
+      m_imported(import_where_needed(given, console)),
+      m_layer(m_imported ? m_imported->Layer() : open_measured_point_layer(given.Points, console)),
+      m_read(read_files_of(given, m_imported.get(), *m_layer)),
+      m_session(console, given.Questions),
       m_host(*m_session.Services().Host, console),
       m_services(m_session.Services()) {
-    m_session.AddInput(m_layer);
+    note_fractions(m_given, console);
+    KdeOptions options = given;
+    if (m_imported) options.IdField = kAnimalField;
+    m_session.AddInput(map_layer_of(given, m_imported.get(), m_layer));
     AddOtherFiles(options);
     add_reference(options.Points.AllowIndirect, m_session, m_given);
     m_services.Host = &m_host;

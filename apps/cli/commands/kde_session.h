@@ -1,6 +1,7 @@
 #pragma once
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/commands/kde_form.h"
+#include "apps/cli/imported_layer.h"
 #include "apps/cli/tool_session.h"
 #include "kde_tool/frmKDE.h"
 
@@ -37,6 +38,7 @@ private:
     void AddOtherFiles(const KdeOptions& options);
 
     GivenSettings m_given;
+    std::unique_ptr<ImportedLayer> m_imported;  ///< null where the layer is read as it is
     std::shared_ptr<files::FilesFeatureLayer> m_layer;
     ReadFiles m_read;
     ToolSession m_session;

@@ -90,6 +90,21 @@ TEST(GroupFixes, Fixes_earlier_than_the_one_before_are_counted_for_each_animal) 
     EXPECT_EQ(fixes.Animals.at(1).StepsBack, 2);
 }
 
+TEST(GroupFixes, Times_tell_how_long_and_how_often_an_animal_was_followed) {
+    const GroupedFixes fixes =
+        GroupFixes(*timed_layer("Time2", FieldType::kDouble, {90000.0, 0.0, 3600.0, {}, 1e300}), "ID", false);
+    const tracking_times::TimeFacts& times = fixes.Animals.at(0).Times;
+    EXPECT_EQ(times.First, 0);
+    EXPECT_EQ(times.Last, 90000);
+    EXPECT_EQ(times.WithTime, 3U);
+    EXPECT_EQ(times.WithoutTime, 2U);
+    EXPECT_EQ(times.DaysWithFix, 2U);
+    EXPECT_EQ(times.Intervals->Median, 45000.0);
+    const GroupedFixes untimed = GroupFixes(*timed_layer("size", FieldType::kDouble, {90000.0}), "ID", false);
+    EXPECT_EQ(untimed.Animals.at(0).Times.First, std::nullopt);
+    EXPECT_EQ(untimed.Animals.at(0).Times.WithoutTime, 1U);
+}
+
 TEST(GroupFixes, Times_are_read_from_numbers_dates_and_timestamps) {
     const FieldValue missing;
     EXPECT_EQ(steps_back("TIME2", FieldType::kInteger, {std::int64_t{2}, missing, std::int64_t{1}}), 1);

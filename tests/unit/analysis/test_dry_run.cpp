@@ -57,6 +57,20 @@ TEST(DryRun, The_smallest_extent_is_the_animals_box_and_four_bandwidths) {
     EXPECT_EQ(estimate(frame, two, 10.0, 0.0).Grid, (RasterGeometry{-40.0, -40.0, 10.0, 18, 12}));
 }
 
+// 100 + 2 x 40 and 40 + 2 x 40 in cells of 10 / 10; with the full extent 1,000 by 500 and twice the buffer of 100.
+TEST(DryRun, Cells_that_suit_the_bandwidth_differ_between_animals) {
+    AnimalFixes two;
+    two.Fixes = {{100.0, 0.0}, {0.0, 40.0}};
+    EstimateFrame frame =
+        estimate_frame(wanted(BandwidthMethod::kHref, ExtentMode::kMinimum, "auto"), {0.0, 0.0, 9e6, 9e6}, {});
+    EXPECT_EQ(estimate(frame, two, 10.0, 0.0).Grid, (RasterGeometry{-40.0, -40.0, 1.0, 180, 120}));
+    EXPECT_EQ(estimate(frame, two, 20.0, 0.0).Grid, (RasterGeometry{-80.0, -80.0, 2.0, 130, 100}));
+    EXPECT_EQ(estimate(frame, two, 0.0, 0.0).Grid.Columns, 0);
+    frame =
+        estimate_frame(wanted(BandwidthMethod::kHref, ExtentMode::kFull, "auto", 100.0), {0.0, 0.0, 1000.0, 500.0}, {});
+    EXPECT_EQ(estimate(frame, two, 52.0, 0.0).Grid, (RasterGeometry{-100.0, -100.0, 5.0, 240, 140}));
+}
+
 TEST(DryRun, A_reference_raster_gives_grid_and_cell_size) {
     const RasterGeometry reference{5.0, 6.0, 2.5, 30, 20};
     const EstimateFrame frame = estimate_frame(wanted(BandwidthMethod::kHref, ExtentMode::kReference, "no number"),

@@ -102,5 +102,13 @@ TEST(SettingsText, Numbers_of_a_list_that_cannot_be_are_found) {
     EXPECT_FALSE(is_positive_number("x"));
 }
 
+TEST(SettingsText, Cells_of_the_bandwidths_have_a_word_in_any_case) {
+    EXPECT_TRUE(cell_size_of("auto").OfBandwidths);
+    EXPECT_TRUE(cell_size_of("AUTO").OfBandwidths);
+    EXPECT_EQ(cell_size_of("AUTO").Side, 0.0);
+    EXPECT_FALSE(cell_size_of("20").OfBandwidths);
+    EXPECT_FALSE(cell_size_of("automatic").OfBandwidths);
+}
+
 }  // namespace
 }  // namespace wxl::analysis

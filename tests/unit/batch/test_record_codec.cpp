@@ -53,6 +53,14 @@ AnimalRecord full_record() {
     record.Status = 5002;
     record.IsoplethStatus = 3001;
     record.Warnings = "One.\rTwo.\r";
+    record.Times = {.WithTime = 3,
+                    .WithoutTime = 1,
+                    .First = 1525878000,
+                    .Last = 1525881600,
+                    .Days = 1.0 / 24.0,
+                    .DaysWithFix = 1,
+                    .EqualTimes = 2,
+                    .Intervals = tracking_times::Quartiles{0.5, 1800.0, 1800.25}};
     record.Files = {"/out/K12_b2", "/out/\xFFK12_iso_poly.shp"};
     return record;
 }

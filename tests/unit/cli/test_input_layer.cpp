@@ -80,9 +80,7 @@ TEST(InputLayer, A_tracking_table_is_told_how_to_become_a_layer) {
     const std::string told =
         "wxl: " + table + " holds no points: name a point layer; a tracking table becomes one by wxl import\n";
     EXPECT_EQ(failure({"info", table}), told);
-    EXPECT_EQ(
-        failure({"kde", table, "--id-field", "individual-local-identifier", "--out", "unused", "--cell-size", "100"}),
-        told);
+    EXPECT_EQ(failure({"stats", table, "--id-field", "individual-local-identifier"}), told);
 }
 
 // At 60 degrees north, where the cosine of the latitude is one half: R x ln(tan 75 degrees) = 8399737.89 m.

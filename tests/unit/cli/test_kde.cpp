@@ -302,7 +302,6 @@ TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
 
 TEST_F(KdeCommand, Wrong_calls_end_with_2_and_write_nothing) {
     const std::vector<std::vector<std::string>> calls = {
-        {},
         {"--cell-size", "0.5"},
         {"--cell-size", "ten"},
         {"--cell-size", "20", "--bandwidth", "narrow"},
@@ -331,7 +330,6 @@ TEST_F(KdeCommand, Wrong_calls_end_with_2_and_write_nothing) {
         EXPECT_NE(ran.Err, "") << testing::PrintToString(call);
         EXPECT_FALSE(fs::exists(Out)) << testing::PrintToString(call);
     }
-    EXPECT_EQ(run_wxl({"kde", Points, "--id-field", "animal", "--cell-size", "20"}).Code, 2);
 }
 
 TEST_F(KdeCommand, A_prefix_that_no_name_can_hold_is_refused_before_anything_runs) {
@@ -383,19 +381,154 @@ TEST_F(KdeCommand, Inputs_that_cannot_be_used_end_with_1_and_advice) {
     EXPECT_FALSE(fs::exists(Out));
 }
 
-TEST_F(KdeCommand, A_layer_in_degrees_is_refused_with_the_zone_unless_allowed) {
+TEST_F(KdeCommand, A_layer_in_degrees_is_imported_unless_degrees_are_allowed) {
     Import("degrees", "a,x,y\n1,12.1,55.6\n1,12.2,55.7\n1,12.3,55.5\n", "EPSG:4326");
-    const std::vector<std::string> call = {
-        "kde", Folder / "degrees.shp", "--id-field", "animal",   "--out", Out, "--cell-size",
-        "1",   "--bandwidth",          "5",          "--extent", "min"};
-    const Ran refused = run_wxl(call);
-    EXPECT_EQ(refused.Code, 1);
-    EXPECT_THAT(refused.Err, HasSubstr("wxl import"));
-    EXPECT_THAT(refused.Err, HasSubstr("33N"));
-    EXPECT_FALSE(fs::exists(Out));
-    std::vector<std::string> allowed = call;
+    const auto call = [&](const std::string& cell, const std::string& bandwidth) {
+        return std::vector<std::string>{"kde",         Folder / "degrees.shp",
+                                        "--id-field",  "animal",
+                                        "--out",       Out,
+                                        "--cell-size", cell,
+                                        "--prefix",    "W",
+                                        "--bandwidth", bandwidth,
+                                        "--extent",    "min",
+                                        "--overwrite"};
+    };
+    const Ran imported = run_wxl(call("500", "5000"));
+    EXPECT_EQ(imported.Code, 0) << imported.Err;
+    EXPECT_THAT(imported.Err, HasSubstr("in WGS 84 / UTM zone 33N, areas are "));
+    // East of the zone's middle less 2.9 degrees at 55.6 N and 2.7 at 55.5 N: 12.1 km; with eight bandwidths 104 cells.
+    EXPECT_THAT(imported.Out, HasSubstr("1: 3 fixes, bandwidth 5000, 104 x "));
+    std::vector<std::string> allowed = call("1", "5");
     allowed.push_back("--degrees");
     EXPECT_EQ(run_wxl(allowed).Code, 0);
+}
+
+/// A folder to work in, as results go to the present one.
+struct KdeAlone : testing::Test {
+    tests::ScratchFolder Folder;
+    const fs::path Before = fs::current_path();
+
+    KdeAlone() { fs::current_path(Folder.Path()); }
+    ~KdeAlone() override { fs::current_path(Before); }
+
+    /// Two animals at corners of squares of side 0.001 and 0.002 degrees, one fix an hour.
+    void WriteTable(const std::string& name) const {
+        std::ofstream(Folder / name) << "wolf,timestamp,lon,lat\n"
+                                        "Anna,2020-06-01 00:00:00,15.0,50.0\nAnna,2020-06-01 01:00:00,15.001,50.0\n"
+                                        "Anna,2020-06-01 02:00:00,15.0,50.001\nAnna,2020-06-02 00:00:00,15.001,50.001\n"
+                                        "Ben,2020-06-01 00:00:00,15.0,50.0\nBen,2020-06-01 01:00:00,15.002,50.0\n"
+                                        "Ben,2020-06-01 02:00:00,15.0,50.002\nBen,2020-06-03 12:00:00,15.002,50.002\n";
+    }
+};
+
+// Anna's square is 71.6 m by 111.2 m on the ground: standard deviations are half of it times sqrt(4 / 3), 41.3 and
+// 64.2 m, so HREF is sqrt((41.3^2 + 64.2^2) / 2) x 4^(-1/6) = 42.9 m and the nearest round tenth 5 m; Ben's twice that.
+TEST_F(KdeAlone, A_table_becomes_ranges_and_a_page_in_one_line) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const std::string folder = (Folder.Path() / "wolves_ranges").string();
+    EXPECT_THAT(ran.Out, testing::MatchesRegex("Anna: 4 fixes, 1 days, bandwidth 42\\.[0-9]+ m, cells of 5 m, "
+                                               "95 %: [0-9.]+ ha, 50 %: [0-9.]+ ha\n"
+                                               "Ben: 4 fixes, 2\\.5 days, bandwidth 85\\.[0-9]+ m, cells of 10 m, "
+                                               "95 %: [0-9.]+ ha, 50 %: [0-9.]+ ha\n"
+                                               "report: " +
+                                               folder +
+                                               "/WXL_KDE_ANALYSIS\\.txt\n"
+                                               "page: " +
+                                               folder + "/WXL_KDE_ANALYSIS\\.html\n"));
+    EXPECT_TRUE(fs::exists("wolves_ranges/1/hdr.adf") && fs::exists("wolves_ranges/2_iso_poly.shp"));
+    EXPECT_FALSE(fs::exists("wolves_ranges/1_iso_line.shp"));
+    const std::string page = content("wolves_ranges/WXL_KDE_ANALYSIS.html");
+    EXPECT_THAT(page, HasSubstr("wxl kde " + (Folder.Path() / "wolves.csv").string() +
+                                " --id wolf --id-field animal --out " + folder +
+                                " --cell-size auto --bandwidth href --extent min --isopleths 95,50 --polygons --html"));
+}
+
+TEST_F(KdeAlone, The_command_of_the_page_repeats_the_run) {
+    WriteTable("wolves.csv");
+    const Ran first = run_wxl({"kde", "wolves.csv", "--id-field", "wolf", "--json"});
+    ASSERT_EQ(first.Code, 0) << first.Err;
+    const Ran again =
+        run_wxl({"kde",           "wolves.csv",  "--id",       "wolf",        "--id-field",  "animal",   "--out",
+                 "wolves_ranges", "--cell-size", "auto",       "--bandwidth", "href",        "--extent", "min",
+                 "--isopleths",   "95,50",       "--polygons", "--html",      "--overwrite", "--json"});
+    ASSERT_EQ(again.Code, 0) << again.Err;
+    EXPECT_EQ(first.Out, again.Out);
+}
+
+TEST_F(KdeAlone, What_is_given_stays_and_the_rest_is_chosen) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "r", "--bandwidth", "prop:0.5", "--extent",
+                             "full", "--isopleths", "80", "--lines"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    // Half of Anna's HREF is 21 m: cells of 2 m.
+    EXPECT_THAT(ran.Out, HasSubstr(" m, cells of 2 m, 80 %: "));
+    EXPECT_TRUE(fs::exists("r/1_b1_iso_line.shp"));
+    EXPECT_FALSE(fs::exists("r/1_b1_iso_poly.shp"));
+    EXPECT_THAT(content("r/WXL_KDE_ANALYSIS.txt"), HasSubstr("\r\nRaster cell size: auto\r\n"));
+}
+
+TEST_F(KdeAlone, Cells_suit_the_bandwidth_that_leaves_a_range_whole) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--bandwidth", "adhoc", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    for (const json& animal : json::parse(ran.Out)["animals"]) {
+        const double cells = animal["bandwidth_map_units"].get<double>() / animal["cell_size"].get<double>();
+        EXPECT_GE(cells, 6.0);
+        EXPECT_LE(cells, 15.0);
+    }
+}
+
+TEST_F(KdeAlone, A_second_run_does_not_replace_the_first) {
+    WriteTable("wolves.csv");
+    ASSERT_EQ(run_wxl({"kde", "wolves.csv", "--id", "wolf"}).Code, 0);
+    const std::string page = content("wolves_ranges/WXL_KDE_ANALYSIS.html");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(ran.Err, HasSubstr("--overwrite replaces them"));
+    EXPECT_EQ(content("wolves_ranges/WXL_KDE_ANALYSIS.html"), page);
+    EXPECT_EQ(run_wxl({"kde", "wolves.csv", "--id", "wolf", "--overwrite"}).Code, 0);
+}
+
+TEST_F(KdeAlone, A_condition_chooses_fixes_of_a_table) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--where", "animal = 'Ben'"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_THAT(ran.Out, StartsWith("Ben: 4 fixes"));
+}
+
+TEST_F(KdeAlone, A_layer_without_a_field_of_animals_is_one_animal) {
+    std::ofstream(Folder / "t.csv") << "x,y\n500000,5500000\n500200,5500000\n500000,5500300\n";
+    ASSERT_EQ(run_wxl({"import", "t.csv", "fox.gpkg", "--x", "x", "--y", "y", "--from-crs", "EPSG:32633"}).Code, 0);
+    const Ran found = run_wxl({"kde", "fox.gpkg"});
+    EXPECT_EQ(found.Code, 0) << found.Err;
+    EXPECT_THAT(found.Out, StartsWith("t: 3 fixes, bandwidth "));
+    std::ofstream(Folder / "p.geojson")
+        << R"({"type":"FeatureCollection","features":[)"
+           R"({"type":"Feature","properties":{},"geometry":{"type":"Point","coordinates":[15,50]}},)"
+           R"({"type":"Feature","properties":{},"geometry":{"type":"Point","coordinates":[15.01,50.01]}},)"
+           R"({"type":"Feature","properties":{},"geometry":{"type":"Point","coordinates":[15.02,50.0]}}]})";
+    const Ran unnamed = run_wxl({"kde", "p.geojson"});
+    EXPECT_EQ(unnamed.Code, 0) << unnamed.Err;
+    EXPECT_THAT(unnamed.Out, StartsWith("p: 3 fixes, bandwidth "));
+}
+
+TEST_F(KdeAlone, Processes_side_by_side_choose_the_same) {
+    WriteTable("wolves.csv");
+    const Ran one = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "a", "--dry-run", "--json"});
+    ASSERT_EQ(one.Code, 0) << one.Err;
+    const json plan = json::parse(one.Out);
+    EXPECT_EQ(plan["animals"][0]["cell_size"], 5.0);
+    EXPECT_EQ(plan["animals"][1]["cell_size"], 10.0);
+    ASSERT_EQ(run_wxl({"batch", "plan", "wolves.csv", "--id", "wolf", "--tasks", "2"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "run", "wolves_ranges", "--task", "1"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "run", "wolves_ranges", "--task", "2"}).Code, 0);
+    const Ran merged = run_wxl({"batch", "merge", "wolves_ranges", "--json"});
+    ASSERT_EQ(merged.Code, 0) << merged.Err;
+    const Ran whole = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "whole", "--json"});
+    EXPECT_EQ(json::parse(merged.Out)["animals"][1]["levels"], json::parse(whole.Out)["animals"][1]["levels"]);
+    EXPECT_EQ(json::parse(merged.Out)["animals"][1]["cell_size"], 10.0);
 }
 
 TEST_F(KdeCommand, A_question_without_an_answer_stops_the_run_and_names_the_option) {

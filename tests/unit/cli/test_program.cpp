@@ -62,11 +62,12 @@ TEST(Program, Misspelled_option_is_told_with_the_nearest) {
     EXPECT_EQ(kde({"--cellsize=100"}), "wxl: there is no option --cellsize; is it --cell-size?" + more);
     EXPECT_EQ(kde({"--iso", "95"}), "wxl: there is no option --iso; is it --isopleths?" + more);
     EXPECT_EQ(kde({"--colour", "red"}), "wxl: there is no option --colour;" + more);
-    EXPECT_EQ(kde({"-x"}), "wxl: there is no option -x;" + more);
+    EXPECT_EQ(kde({"-x"}), "wxl: there is no option -x; is it --x?" + more);
+    EXPECT_EQ(kde({"-7"}), "wxl: there is no option -7;" + more);
     EXPECT_EQ(kde({"more.shp"}), "wxl: \"more.shp\" is one argument too many;" + more);
     EXPECT_EQ(problem({"kde", "x.shp", "--idfield", "animal"}),
               "wxl: there is no option --idfield; is it --id-field?" + more);
-    EXPECT_EQ(problem({"kde", "x.shp"}), "wxl: --id-field is required;" + more);
+    EXPECT_EQ(problem({"bandwidth", "x.shp"}), "wxl: --id-field is required; wxl bandwidth --help tells more\n");
     EXPECT_EQ(problem({"--json", "kde", "x.shp"}),
               "wxl: --json stands before the command it belongs to; give it after wxl kde;" + more);
 }

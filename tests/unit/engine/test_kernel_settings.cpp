@@ -37,6 +37,15 @@ TEST_F(KernelCalculator, SetCellSize_rounds_half_to_even) {
     }
 }
 
+TEST_F(KernelCalculator, SetExactCellSize_keeps_fractions) {
+    for (const double side : {0.2, 2.5, 3.0}) {
+        k.SetExactCellSize(side);
+        EXPECT_EQ(k.GetCellSize(), side);
+    }
+    for (const double refused : {0.0, -3.0, kNaN, kInfinity, 2147483648.0}) k.SetExactCellSize(refused);
+    EXPECT_EQ(k.GetCellSize(), 3.0);
+}
+
 TEST_F(KernelCalculator, SetCellSize_keeps_the_old_value_where_it_cannot_take_the_new_one) {
     k.SetCellSize(7.0);
     for (const double refused : {0.0, -3.0, kNaN, kInfinity, 1e300, 2147483648.0}) k.SetCellSize(refused);

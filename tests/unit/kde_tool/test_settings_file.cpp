@@ -269,6 +269,12 @@ TEST_F(SettingsFile, Numbers_load_as_they_are_written_but_in_capitals) {
     EXPECT_EQ(form.txtScaling.Text, "1E6");
 }
 
+TEST_F(SettingsFile, Cells_of_the_bandwidths_are_saved_and_loaded) {
+    LoadLines({"[CELLSIZE]", "auto", "[SCALING]", ""});
+    EXPECT_EQ(form.txtCellSize.Text, "auto");
+    EXPECT_NE(SettingsFileBytes(settings_of(form)).find("[CELLSIZE]\r\nauto\r\n"), std::string::npos);
+}
+
 TEST_F(SettingsFile, The_full_extent_loads_with_its_buffer) {
     Open();
     Choose(form.optSmall, &frmKDE::optSmall_Click);
