@@ -8,6 +8,7 @@
 #include <array>
 #include <ctime>
 #include <fstream>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -77,8 +78,9 @@ class Grammar {
 public:
     Grammar() {
         sqlite3* opened = nullptr;
-        sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY, nullptr);
+        const int result = sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY, nullptr);
         m_database.reset(opened);
+        if (result != SQLITE_OK) throw std::bad_alloc();
         // Names that SQLite keeps for itself stand in databases.
         sqlite3_exec(opened, "PRAGMA writable_schema=1", nullptr, nullptr, nullptr);
         sqlite3_set_authorizer(opened, &Grammar::Note, this);
@@ -89,6 +91,7 @@ public:
     bool MakesForeignTable(const std::string& sql) {
         m_modules.clear();
         const bool isRead = prepared(*m_database, sql) != nullptr;
+        if (sqlite3_errcode(m_database.get()) == SQLITE_NOMEM) throw std::bad_alloc();
         const bool foreign = std::any_of(m_modules.begin(), m_modules.end(), [](const auto& m) { return !is_own(m); });
         return foreign || (!isRead && begins_as_virtual(sql));
     }

@@ -11,6 +11,7 @@
 #include <cpl_error.h>
 #include <cpl_string.h>
 #include <map>
+#include <new>
 #include <unistd.h>
 
 namespace wxl::files {
@@ -35,6 +36,7 @@ std::int32_t write_obstacle(const std::filesystem::path& folder) {
 }
 
 void (*g_shortageAction)() = nullptr;
+bool (*g_shortageSeen)() = nullptr;
 
 void act_on_shortage(CPLErr severity, CPLErrorNum number) {
     // The number of a shortage in which GDAL cannot even make its message is that of anything else.
@@ -59,6 +61,8 @@ std::string wkt_in(const OGRSpatialReference& reference, const char* dialect) {
     char* text = nullptr;
     const bool done = reference.exportToWkt(&text, options.data()) == OGRERR_NONE;
     const std::string wkt = take_text(text);
+    // Without memory for its database PROJ still tells a system, by other names.
+    if (g_shortageSeen != nullptr && g_shortageSeen()) throw std::bad_alloc();
     return done ? wkt : std::string();
 }
 
@@ -79,8 +83,9 @@ void LimitGdal() {
         CPLSetConfigOption("OGR_GEOJSON_MAX_OBJ_SIZE", "16");
 }
 
-void SetShortageAction(void (*action)()) {
+void SetShortageAction(void (*action)(), bool (*seen)()) {
     g_shortageAction = action;
+    g_shortageSeen = seen;
     CPLSetErrorHandler(receive_unwatched);
 }
 

@@ -18,8 +18,9 @@ void RegisterGdal();
 void LimitGdal();
 
 /// What GDAL is to do, from any thread, when it has no memory for itself and would abort the program. The action must
-/// not come back. Set once, before GDAL is used.
-void SetShortageAction(void (*action)());
+/// not come back. `seen` tells whether memory ran out, or nearly, before now: what is looked up in PROJ's database is
+/// not believed then. Set once, before GDAL is used.
+void SetShortageAction(void (*action)(), bool (*seen)());
 
 /// Catches GDAL's messages on this thread while it lives: nothing reaches standard error. The first failure is kept.
 class GdalErrors {

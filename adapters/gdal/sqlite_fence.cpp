@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <mutex>
+#include <new>
 #include <set>
 #include <string>
 #include <string_view>
@@ -172,6 +173,7 @@ SqlitePtr OpenForReading(const fs::path& database) {
     constexpr int kFlags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
     const int result = sqlite3_open_v2(database.c_str(), &opened, kFlags, reading_files().zName);
     SqlitePtr owned(opened);
+    if (result == SQLITE_NOMEM) throw std::bad_alloc();
     if (result != SQLITE_OK) return nullptr;
     restrain(*owned);
     sqlite3_extended_result_codes(owned.get(), 1);

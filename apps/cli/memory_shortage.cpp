@@ -72,9 +72,13 @@ bool came_near_limit() {
     return peak != nullptr && std::strtoull(peak + 7, nullptr, 10) + kNear > limit.rlim_cur / 1024;
 }
 
+bool seen_shortage() {
+    return g_memoryRanOut || came_near_limit();
+}
+
 /// Libraries in C end the program where they have no memory for themselves.
 void end_aborted(int signal) {
-    if (g_memoryRanOut || came_near_limit()) end_for_shortage();
+    if (seen_shortage()) end_for_shortage();
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
@@ -86,7 +90,7 @@ void watch_memory() {
     std::set_new_handler(note_shortage);
     g_otherwise = std::set_terminate(end_terminated);
     std::signal(SIGABRT, end_aborted);
-    files::SetShortageAction(end_for_shortage);
+    files::SetShortageAction(end_for_shortage, seen_shortage);
 }
 
 int exit_code_after(int code) {

@@ -36,7 +36,7 @@ def start_desktop(driver, layer, profiles, shots, scratch, **setup):
                        PYTHONPATH=str(HERE),
                        PYTHONDONTWRITEBYTECODE="1",
                        WXL_DESKTOP_TEST=json.dumps({"screenshots": shots, "boxes": str(boxes), **setup}))
-    result = subprocess.run(["xvfb-run", "-a", "-s", "-screen 0 1280x900x24", "qgis.bin", "--nologo",
+    result = subprocess.run(["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24", "qgis.bin", "--nologo",
                              "--noversioncheck", "--hide-browser", "--profiles-path", str(profiles), "--code",
                              str(HERE / driver), str(layer)], env=environment, timeout=300)
     if result.returncode:
