@@ -31,8 +31,11 @@ def show_ranges_with_limits(fixes, root):
     legend = [item.label() for item in group.children()[0].layer().renderer().legendSymbolItems()]
     check(legend == ["95 % high", "95 %", "95 % low", "50 % high", "50 %", "50 % low"], str(legend))
     root.findGroup("Home ranges: fixes, reference bandwidth").setItemVisibilityChecked(False)
+    root.findLayer(fixes.id()).setItemVisibilityChecked(False)
     for _ in range(30):
         QApplication.processEvents()
+    iface.mapCanvas().refresh()
+    iface.mapCanvas().waitWhileRendering()
     shoot(iface.mainWindow(), "processing-limits")
 
 
