@@ -1,5 +1,5 @@
 // How often the 95 % limits of an area hold the true one: tracks drawn from each model, fitted as wxl models does and
-// smoothed as wxl akde does. coverage_study [TRACKS [FIRST_SEED]] prints one row a model.
+// smoothed as wxl akde does. coverage_study [TRACKS [FIRST_SEED]] prints one row a model, then rows of longer tracks.
 
 #include "bench/drawn_tracks.h"
 #include "movement_models/bandwidth.h"
@@ -28,6 +28,12 @@ const Design kDesigns[] = {{{ModelKind::kIid, {}}, 60, 24 * kHour},
                            {{ModelKind::kOu, {24 * kHour, 0}}, 600, 3 * kHour},
                            {{ModelKind::kCritical, {10 * kHour, 0}}, 600, 3 * kHour},
                            {{ModelKind::kOuf, {24 * kHour, 4 * kHour}}, 600, 3 * kHour}};
+
+/// The same two models with ever more fixes: what becomes of the bias.
+const Design kLonger[] = {{{ModelKind::kIid, {}}, 240, 24 * kHour},
+                          {{ModelKind::kIid, {}}, 960, 24 * kHour},
+                          {{ModelKind::kOu, {24 * kHour, 0}}, 2400, 3 * kHour},
+                          {{ModelKind::kOu, {24 * kHour, 0}}, 9600, 3 * kHour}};
 
 /// Tracks whose limits hold the truth, of how many.
 struct Count {
@@ -124,4 +130,5 @@ int main(int count, char** arguments) {
         "Gaussian of the density's moments held | mean/truth | AKDE area held | mean/truth |\n");
     std::printf("|---|---|---|---|---|---|---|---|---|---|---|\n");
     for (const Design& design : kDesigns) study(design, tracks, seed);
+    for (const Design& design : kLonger) study(design, tracks, seed);
 }

@@ -1,12 +1,11 @@
-// Times and coordinates of any kind through models, bandwidth, weights and density.
+// Times and coordinates of any kind through models, bandwidth, weights, density and areas.
 
+#include "akde/animal_range.h"
 #include "fuzz/fuzz_input.h"
-#include "movement_models/density.h"
 #include "movement_models/fit.h"
-#include "movement_models/variogram.h"
-#include "movement_models/verdict.h"
 #include "movement_models/weights.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -43,22 +42,58 @@ void check_bandwidth(const Track& track, const FittedModel& model) {
     }
 }
 
+class Silence final : public akde::IListener {
+public:
+    void Progress(double, std::string_view) override {}
+    void EndProgress() override {}
+    void Note(std::string_view line) override { require(!line.empty(), "a note says something"); }
+    void Problem(std::string_view line) override { require(!line.empty(), "a problem says something"); }
+    bool IsStopped() const override { return false; }
+};
+
+akde::TimedAnimal animal_of(const std::vector<double>& times, const std::vector<platform::Point>& fixes) {
+    akde::TimedAnimal animal;
+    animal.Id = std::int64_t{1};
+    animal.Fixes = fixes;
+    for (const double time : times)
+        animal.Times.push_back({static_cast<std::int64_t>(std::floor(time)), time - std::floor(time)});
+    return animal;
+}
+
+/// A grid of 40 cells across, as the command makes it of thousands.
+void check_range(const akde::AnimalModels& fitted, bool optimal, akde::IListener& listener) {
+    constexpr double kAcross = 40.0;
+    const akde::Smoothing smoothing = akde::smoothing_of(fitted, optimal, listener);
+    const platform::Extent extent = platform::bounds_of(smoothing.Fixes);
+    const double reach = 4.0 * std::sqrt(std::max(smoothing.Matrix.XX, smoothing.Matrix.YY));
+    const double side = std::max(extent.Width(), extent.Height()) + 2.0 * reach;
+    const platform::RasterGeometry grid{extent.XMin - reach, extent.YMin - reach, side / kAcross, 40, 40};
+    if (!(grid.CellSize > 0.0) || !std::isfinite(grid.CellSize * grid.CellSize)) return;
+    const akde::AnimalRange range = akde::range_on(smoothing, fitted.Chosen->DofArea, grid, {95.0, 50.0}, listener);
+    require(std::isfinite(range.Volume) && range.Volume >= 0.0, "a volume");
+    double before = 0.0;
+    for (const akde::RangeIsopleth& isopleth : range.Isopleths) {
+        require(std::isfinite(isopleth.Area) && isopleth.Area >= 0.0, "an area");
+        require(isopleth.Bound == "low" || isopleth.Area >= before || range.Isopleths.size() < 6, "limits in order");
+        before = isopleth.Area;
+    }
+}
+
 void check(fuzz::FuzzInput& input) {
     std::vector<double> times;
     std::vector<platform::Point> fixes;
     draw(input, times, fixes);
-    const PreparedTrack track = prepare_track(times, fixes);
-    require(track.Problem == TrackProblem::kNone || !problem_text(track).empty(), "a sentence for every problem");
-    if (track.Problem != TrackProblem::kNone) return;
-    const ModelChoice choice = choose_model(track.Fixes, Estimation::kPhreml, track.OnALine);
-    require(choice.Models.size() == 8, "eight models");
-    const FittedModel* chosen = choice.Chosen();
-    if (chosen == nullptr) return;
-    require(std::isfinite(chosen->LogLikelihood) && chosen->Covariance.Determinant() > 0.0,
+    Silence listener;
+    const akde::TimedAnimal animal = animal_of(times, fixes);
+    const akde::AnimalModels fitted = akde::fit_animal(animal, input.Flag(), {}, listener);
+    akde::report_animal(fitted, true, listener);
+    require(!fitted.Verdict.Text.empty(), "a sentence for every animal");
+    if (!fitted.Chosen) return;
+    require(fitted.Models.size() == 8, "eight models");
+    require(std::isfinite(fitted.Chosen->LogLikelihood) && fitted.Chosen->Covariance.Determinant() > 0.0,
             "numbers of the best model");
-    const auto variogram = variogram_of(track.Fixes, 20);
-    require(!verdict_of(track, *chosen, still_rises(variogram, track.Fixes.Duration())).Text.empty(), "a verdict");
-    check_bandwidth(track.Fixes, *chosen);
+    check_bandwidth(fitted.Track.Fixes, *fitted.Chosen);
+    check_range(fitted, input.Flag(), listener);
 }
 
 }  // namespace

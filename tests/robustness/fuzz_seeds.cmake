@@ -17,6 +17,7 @@ wxl_test(
   wxl_batch
   wxl_engine
   wxl_isopleths
+  wxl_akde
   wxl_movement_models
   wxl_adapter_raster
   wxl_adapter_tracking
