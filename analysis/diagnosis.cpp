@@ -47,13 +47,6 @@ bool at_lower_end(std::span<const engine::ProfileRow> rows) {
     return lowest(rows) < rows.size() / 2;
 }
 
-/// A bandwidth of the sample in four digits, which is what a reader compares.
-std::string short_number(double value) {
-    if (value == 0.0 || !std::isfinite(value)) return NumberText(value);
-    const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 3.0);
-    return NumberText(std::round(value / unit) * unit);
-}
-
 /// The local minima inside the range, which a search that ends at an end of it passes over.
 std::string minima_text(const engine::SearchProfile& rows) {
     const engine::SearchProfile minima = engine::LocalMinima(rows);
@@ -165,6 +158,12 @@ std::string cell_text(const AnimalRecord& record) {
 
 std::string fixes_text(std::int64_t count) {
     return std::to_string(count) + (count == 1 ? " fix" : " fixes");
+}
+
+std::string short_number(double value) {
+    if (value == 0.0 || !std::isfinite(value)) return NumberText(value);
+    const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 3.0);
+    return NumberText(std::round(value / unit) * unit);
 }
 
 std::string parts_text(std::int32_t count) {

@@ -46,6 +46,9 @@ std::string share_left_text(double share);
 /// "1 fix", "2 fixes".
 std::string fixes_text(std::int64_t count);
 
+/// A number in four digits, which is what a reader compares.
+std::string short_number(double value);
+
 /// "1 part", "3 parts"
 std::string parts_text(std::int32_t count);
 

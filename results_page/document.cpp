@@ -50,8 +50,9 @@ std::string document_opening(const DocumentHead& head) {
            XmlText(head.Kind) + "</p>\n<h1><bdi>" + name + "</bdi></h1>\n<p class=\"lede\">" + XmlText(head.Lede) +
            "</p>\n<nav aria-label=\"Parts of this page\"><ul><li><a href=\"#results\">Results</a></li><li><a "
            "href=\"#animals\">Animals</a></li><li><a href=\"#reading\">Reading the numbers</a></li><li><a "
-           "href=\"#settings\">Settings</a></li><li><a href=\"#repeat\">Repeat the run</a></li></ul></nav>\n</header>\n"
-           "<main>\n";
+           "href=\"#settings\">Settings</a></li><li><a href=\"#repeat\">Repeat the run</a></li>" +
+           std::string(head.HasMethods ? "<li><a href=\"#methods\">Methods</a></li>" : "") +
+           "</ul></nav>\n</header>\n<main>\n";
 }
 
 std::string document_closing(const platform::DateTime& start, const platform::DateTime& finish) {

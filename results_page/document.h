@@ -12,14 +12,15 @@ namespace wxl::results_page {
 
 /// What stands at the head of a page; texts may be any.
 struct DocumentHead {
-    std::string Title;   ///< such as the layer's name
-    std::string Kind;    ///< of the page, above the title
-    std::string Suffix;  ///< the same in the window's title
-    std::string Lede;    ///< what the run was, below it
+    std::string Title;        ///< such as the layer's name
+    std::string Kind;         ///< of the page, above the title
+    std::string Suffix;       ///< the same in the window's title
+    std::string Lede;         ///< what the run was, below it
+    bool HasMethods = false;  ///< a section "methods" follows the others
 };
 
 /// From the document type to the opening of the main part: head with style, skip link, title, navigation to the
-/// sections "results", "animals", "reading", "settings" and "repeat".
+/// sections "results", "animals", "reading", "settings", "repeat" and, where there is one, "methods".
 std::string document_opening(const DocumentHead& head);
 
 /// Version, times, the script, the end of the document.

@@ -114,7 +114,8 @@ std::string page_opening(const PageRun& run) {
     return document_opening({.Title = run.Wanted.LayerName,
                              .Kind = "Kernel density analysis",
                              .Suffix = "kernel density analysis",
-                             .Lede = lede(run)});
+                             .Lede = lede(run),
+                             .HasMethods = true});
 }
 
 std::string problems(const PageRun& run) {
@@ -213,6 +214,18 @@ std::string repeat_section(const PageRun& run, const std::string& command) {
     if (run.Wanted.SelectedOnly && run.Wanted.Where.empty())
         note += " Fixes that were selected in the map have no words: <code>--where</code> takes a condition.";
     return command_section(note, command);
+}
+
+std::string methods_section(const PageRun& run) {
+    std::string html =
+        "<section id=\"methods\" aria-labelledby=\"methods-name\">\n<h2 id=\"methods-name\">Methods, to "
+        "copy</h2>\n<p>What "
+        "Laver and Kelly (2008) and Crane et al. (2021) ask reports of home ranges for, from the record of this run. "
+        "Add what it cannot know: tags, positional error, season, and why these methods.</p>\n<blockquote "
+        "tabindex=\"0\" aria-label=\"Methods\"><p>" +
+        XmlText(run.Methods.Text()) + "</p></blockquote>\n<ul class=\"works\">";
+    for (const std::string& work : run.Methods.References()) html += "<li>" + XmlText(work) + "</li>";
+    return html + "</ul>\n</section>\n";
 }
 
 std::string page_closing(const PageRun& run) {

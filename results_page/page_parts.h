@@ -21,6 +21,9 @@ std::string settings_section(const PageRun& run);
 /// @param command the call that makes the run again
 std::string repeat_section(const PageRun& run, const std::string& command);
 
+/// What a publication says of the run in its methods, as text to copy, and the works that it cites.
+std::string methods_section(const PageRun& run);
+
 /// Version, times, the script, the end of the document.
 std::string page_closing(const PageRun& run);
 

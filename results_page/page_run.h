@@ -1,6 +1,7 @@
 #pragma once
 // What a page is made from: values of the run and its records. The datasets are read back from the output folder.
 
+#include "analysis/methods_paragraph.h"
 #include "analysis/record.h"
 #include "analysis/settings.h"
 #include "platform/clock.h"
@@ -24,6 +25,7 @@ struct PageRun {
     platform::DateTime Start;
     platform::DateTime Finish;
     bool Stopped = false;
+    analysis::MethodsParagraph Methods = {};      ///< of all records
     std::vector<analysis::AnimalRecord> Records;  ///< in the order of the run
 };
 

@@ -20,7 +20,7 @@ using analysis::RunOutcome;
 
 }  // namespace
 
-void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& /*animals*/) {
+void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) {
     m_run = {};
     m_written.clear();
     m_failed = false;
@@ -30,11 +30,14 @@ void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::Gro
     m_run.ManyValues = frame.Values.size() > 1;
     m_run.Reference = frame.Reference;
     m_run.Folder = frame.Folder;
+    m_run.Methods = analysis::MethodsParagraph(frame, animals, "WXL Tools " WXL_VERSION);
     m_run.Start = m_services.Clock->Now();
 }
 
 void ResultsPage::AnimalDone(const analysis::AnimalRecord& record) {
-    if (m_run.Wanted.Html) m_run.Records.push_back(record);
+    if (!m_run.Wanted.Html) return;
+    m_run.Records.push_back(record);
+    m_run.Methods.Add(record);
 }
 
 void ResultsPage::RunEnds(RunOutcome outcome) {
@@ -70,7 +73,7 @@ void ResultsPage::Write(platform::IOutputFile& file) const {
     }
     file.Write("</section>\n");
     file.Write(reading_notes(m_run) + settings_section(m_run) + repeat_section(m_run, shell_text(repeat_words(m_run))) +
-               page_closing(m_run));
+               methods_section(m_run) + page_closing(m_run));
 }
 
 }  // namespace wxl::results_page

@@ -117,12 +117,14 @@ std::string KdeOutput::Head() const {
                        one_line(m_settings.string()));
 }
 
-void KdeOutput::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) {
+void KdeOutput::RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) {
+    m_methods = analysis::MethodsParagraph(frame, animals, "WXL Tools " WXL_VERSION);
     m_idField = frame.Wanted.IdField;
 }
 
 void KdeOutput::AnimalDone(const AnimalRecord& record) {
     Count(record);
+    m_methods.Add(record);
     TellReason(record);
     Print(record);
 }
@@ -209,7 +211,8 @@ void KdeOutput::Finish(analysis::RunOutcome outcome) {
     if (!m_json && kept) m_console.Result("report: " + m_report.string());
     if (!m_json || m_done == 0) return;
     m_console.Result(m_pending);
-    m_console.Result("]}");
+    m_console.Result("],\"methods\":" + one_line({{"text", m_methods.Text()}, {"references", m_methods.References()}}) +
+                     "}");
 }
 
 }  // namespace wxl::cli

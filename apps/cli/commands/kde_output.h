@@ -1,4 +1,5 @@
 #pragma once
+#include "analysis/methods_paragraph.h"
 #include "analysis/record.h"
 #include "apps/cli/console.h"
 #include "apps/cli/json_values.h"
@@ -54,6 +55,7 @@ private:
     bool m_json;
     bool m_metres;
     std::optional<platform::SpatialReference> m_whole;
+    analysis::MethodsParagraph m_methods;
     std::string m_pending;  ///< the JSON line that waits to know whether another follows
     std::string m_idField;
     std::string m_animal;  ///< naming ID of the last distribution

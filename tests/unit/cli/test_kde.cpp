@@ -133,6 +133,13 @@ TEST_F(KdeCommand, Json_is_one_object_with_an_entry_per_distribution) {
     EXPECT_EQ(first["warnings"], json::array());
     EXPECT_EQ(first["files"], json::array({Out + "/1_b1", Out + "/1_b1_iso_line.shp", Out + "/1_b1_iso_poly.shp"}));
     EXPECT_EQ(result["animals"][3]["raster"], "2_b2");
+    const std::string methods = result["methods"]["text"];
+    EXPECT_THAT(methods,
+                StartsWith("We estimated the home ranges of 2 animals from 9 fixes (median 4.5, range 4 to 5 per "
+                           "animal)."));
+    EXPECT_THAT(methods, HasSubstr(" The bandwidth was set to 60 m and 100 m."));
+    EXPECT_THAT(methods, HasSubstr(" Computed with WXL Tools "));
+    EXPECT_THAT(result["methods"]["references"].dump(), HasSubstr("Laver, P. N. and M. J. Kelly 2008."));
 }
 
 // Animal 3: a square of side 200. Animal 7: all five fixes are corners, and the shoelace gives 33500. The distances

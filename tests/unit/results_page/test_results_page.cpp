@@ -115,6 +115,19 @@ TEST_F(ResultsPageTest, Tells_and_draws_minimum_convex_polygons) {
     EXPECT_THAT(html, HasSubstr(" --mcp 100,50 "));
 }
 
+TEST_F(ResultsPageTest, Ends_with_the_methods_to_copy) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Form->Where = "NAME < 'C'";
+    Run();
+    const std::string html = Html();
+    EXPECT_THAT(html, HasSubstr("<p>We estimated the home ranges of 2 animals from 6 fixes (median 3, range 2 to 4 per "
+                                "animal). Fixes were those that meet the condition NAME &lt; &#39;C&#39;. "));
+    EXPECT_THAT(html, HasSubstr("The bandwidth was set to 100 map units."));
+    EXPECT_THAT(html, HasSubstr("<li>Worton, B. J. 1989. "));
+    EXPECT_GT(html.find("id=\"methods\""), html.find("id=\"repeat\""));
+}
+
 TEST_F(ResultsPageTest, Hostile_names_are_text) {
     MakePoints(platform::FieldType::kText);
     const std::string name = "</script><img onerror=x>&\"'\x01\xE2\x80\xAE";
