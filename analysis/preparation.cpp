@@ -46,6 +46,13 @@ RunHeader header_of(const Settings& settings, const GroupedFixes& animals, std::
     return header;
 }
 
+/// Why a folder takes no file, in words for whoever chose it.
+std::string writing_fault(const platform::RuntimeError& error) {
+    if (error.Number == platform::error_number::kPermissionDenied) return "you have no right to write there";
+    if (error.Number == platform::error_number::kDiskFull) return "the disk is full";
+    return error.Description;
+}
+
 }  // namespace
 
 platform::Layer point_layer(utilities::Utilities& geodata, const std::string& name) {
@@ -148,7 +155,13 @@ bool Preparation::TakeFolder() {
     }
     if (!m_services.Locks) return true;
     std::string holder;
-    m_lock = m_services.Locks->Take(m_frame.Folder, holder);
+    try {
+        m_lock = m_services.Locks->Take(m_frame.Folder, holder);
+    } catch (const platform::RuntimeError& error) {
+        Refuse("Error: nothing can be written into the output folder " + m_frame.Wanted.OutputFolder + " (" +
+               writing_fault(error) + "). Please choose another folder on the Output Options tab.");
+        return false;
+    }
     if (!m_lock) {
         Refuse("Error: another analysis is writing into the output folder" +
                (holder.empty() ? std::string() : " (" + holder + ")") +

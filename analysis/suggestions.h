@@ -9,12 +9,9 @@
 
 namespace wxl::analysis {
 
-/// The nearest of 1, 2 and 5 times a power of ten; half-way the larger one. `value` is above 0 and finite.
-double round_number(double value);
-
-/// Side of cells in map units: a tenth of the smallest reference bandwidth above 0 as a round number, at least 1, and
-/// as much larger as the smallest extent of every animal needs to fit into a raster. `hrefs` are those of `animals`.
-/// Nothing where no reference bandwidth is above 0.
+/// One side of cells in map units for all animals: the largest that fits the smallest reference bandwidth above 0 and
+/// the smallest extent of each of them (fitting_cell_size), at least 1. `hrefs` are those of `animals`. Nothing where
+/// no reference bandwidth is above 0.
 std::optional<double> suggested_cell_size(std::span<const AnimalFixes> animals, std::span<const HrefRow> hrefs);
 
 }  // namespace wxl::analysis

@@ -3,6 +3,7 @@
 #include "analysis/animal_fixes.h"
 #include "analysis/convex_polygon_layer.h"
 #include "analysis/record.h"
+#include "analysis/setting_problems.h"
 #include "analysis/statistics.h"
 #include "analysis/summary_table.h"
 #include "kde_tool/form_advice.h"
@@ -28,6 +29,12 @@ namespace wxl::kde_tool {
 
 /// The only entry of cmbKernelForm.
 inline constexpr const char* kGaussianForm = "Gaussian (bivariate normal)";
+
+/// What a run could not do with a field, in a sentence, under the name of the field's control.
+struct FieldProblem {
+    std::string Control;
+    std::string Text;
+};
 
 /// The form "Kernel Density Estimation": the settings of a batch analysis, its statistics tables and its run.
 ///
@@ -83,6 +90,8 @@ public:
     platform::Button btnSuggest{"Suggest"};
     platform::Button btnLastSettings{"Last Settings", false};
     ResultPanel Panel;
+    std::vector<FieldProblem> Problems;  ///< in the order of the pages, see CheckFields
+    std::string FocusOn;                 ///< a control that is to get the keyboard; whoever draws the form clears it
     platform::CheckBox chkSilent{"Silent mode"};
 
     // Page "Input Data", frames "Input" and "Independence of observations"
@@ -142,6 +151,7 @@ public:
     platform::OptionButton optFull{
         "Every UD is calculated at the full extent of the input point layer plus this buffer:", true};
     platform::TextBox txtBuffer{"2000"};
+    platform::Label lblBuffer;  ///< the buffer that a run will use, see CheckFields
     platform::OptionButton optSmall{"Minimize the extent of each UD"};
     platform::OptionButton optExtRef{"Every UD is calculated at the same extent as this raster layer:"};
     platform::ComboBox cmbExtRef;
@@ -206,6 +216,17 @@ public:
     /// Closes the form. During a run it asks whether to stop that instead, which happens after the present
     /// distribution.
     void btnExit_Click();
+
+    /// Says of each field what a run could not do with it, and which buffer a run will use. Empty fields are told once
+    /// OK was pressed. Nothing while a run is in progress.
+    void CheckFields();
+
+    /// What is wrong with a control's field, or "".
+    std::string ProblemOf(std::string_view control) const;
+
+    /// CheckFields, empty fields too; turns to the page of the first problem and asks for the keyboard there. For
+    /// whoever draws the form, when OK is pressed.
+    void FocusOnFirstProblem();
 
     /// Runs the batch analysis. Nothing while a run is in progress.
     void btnOK_Click();
@@ -336,6 +357,8 @@ private:
     void SuggestBuffer();
     void ShowStatistics(const analysis::GroupedFixes& fixes);
     std::string AnimalField() const;
+    analysis::KnownFixes FixesKnown() const;
+    std::string FolderProblem() const;
     bool IsInDegrees() const;
     void SuggestCells(const analysis::GroupedFixes& fixes);
     void ForgetSuggestions();
@@ -350,6 +373,7 @@ private:
     utilities::Utilities& m_geodata;
     std::string m_outFolder;
     std::string m_loadNote;
+    bool m_okPressed = false;
     std::string m_suggestedCells;  ///< for the fixes that the pages show; "" where there are none
     double m_largestHref = 0.0;
     bool m_running = false;

@@ -1,5 +1,6 @@
 #include "adapters/qgis/kde_dialog.h"
 
+#include "adapters/qgis/field_mark.h"
 #include "adapters/qgis/guide_window.h"
 #include "adapters/qgis/keyboard.h"
 #include "adapters/qgis/profile_plot_widget.h"
@@ -27,6 +28,7 @@
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace wxl::qgis {
 namespace {
@@ -90,24 +92,14 @@ QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
     return new ScrollingPage(page);
 }
 
-/// Text in lines, never cut: layouts give a wrapped label less height than it needs where room is short.
-class WrappedLabel final : public QLabel {
-public:
-    void NeedHeight() { setMinimumHeight(std::max(0, heightForWidth(width()))); }
-
-protected:
-    void resizeEvent(QResizeEvent* event) override {
-        QLabel::resizeEvent(event);
-        NeedHeight();
-    }
-};
-
 }  // namespace
 
 KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : QDialog(parent), m_form(form) {
     setObjectName(QStringLiteral("frmKDE"));
     setWindowTitle(ToQString(form.Caption));
     form.Form_Load();
+    // Marks of the pages show what this finds.
+    m_binder.AlsoRefresh([this] { m_form.CheckFields(); });
 
     m_tabs = new QTabWidget;
     const std::vector<QWidget*> pages = {InputPage(), KernelPage(), BandwidthPage(), OutputPage()};
@@ -127,11 +119,28 @@ KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : 
         m_panel->Show(m_form.Panel);
         for (int i = 0; i < m_tabs->count(); ++i)
             static_cast<QScrollArea*>(m_tabs->widget(i))->widget()->setEnabled(!Running());
+        TakeFocus();
         if (!m_form.Visible && isVisible()) accept();
     });
     m_yieldToken = host.OnYield([this] { m_binder.Refresh(); });
     m_binder.Refresh();
     FitScreen();
+}
+
+/// Where the form asks for the keyboard; pages have it after a run only.
+void KdeDialog::TakeFocus() {
+    if (m_form.FocusOn.empty() || Running()) return;
+    auto* field = m_tabs->findChild<QWidget*>(ToQString(std::exchange(m_form.FocusOn, {})));
+    if (!field) return;
+    field->setFocus(Qt::OtherFocusReason);
+    static_cast<QScrollArea*>(m_tabs->currentWidget())->ensureWidgetVisible(field);
+}
+
+QWidget* KdeDialog::MarkOf(QWidget& field) {
+    auto* mark = new FieldMark(field);
+    m_binder.AlsoRefresh(
+        [this, mark, control = FromQString(field.objectName())] { mark->Show(ToQString(m_form.ProblemOf(control))); });
+    return mark;
 }
 
 void KdeDialog::OnZoom(std::function<void(const kde_tool::ResultPanel&)> zoom) {
@@ -162,10 +171,12 @@ QWidget* KdeDialog::InputPage() {
     auto* input = new QVBoxLayout;
     input->addWidget(caption(m_form.lblPntL, layer));
     input->addWidget(layer);
+    input->addWidget(MarkOf(*layer));
     input->addWidget(DegreesNotice());
     input->addWidget(selected);
     input->addWidget(caption(m_form.lblUIDFLD, field));
     input->addWidget(field);
+    input->addWidget(MarkOf(*field));
 
     auto* calculate = with_tip(new QPushButton, "Computes both indices for every animal, in the order of the layer");
     auto* table = new QTableWidget;
@@ -270,8 +281,10 @@ QWidget* KdeDialog::BandwidthPage() {
     choices->addWidget(manual, 3, 0);
     choices->addWidget(bandwidth, 3, 1);
     choices->addWidget(UnitLabel(), 3, 2);
-    choices->addWidget(proportion, 4, 0);
-    choices->addWidget(proportions, 4, 1, 1, 2);
+    choices->addWidget(MarkOf(*bandwidth), 4, 1, 1, 2);
+    choices->addWidget(proportion, 5, 0);
+    choices->addWidget(proportions, 5, 1, 1, 2);
+    choices->addWidget(MarkOf(*proportions), 6, 1, 1, 2);
     choices->setColumnStretch(1, 1);
     auto* selection = new QVBoxLayout;
     selection->addLayout(choices);
@@ -304,14 +317,18 @@ QWidget* KdeDialog::OutputPage() {
     output->addWidget(caption(m_form.lblOutFolder, folder), 0, 0, 1, 3);
     output->addWidget(folder, 1, 0, 1, 2);
     output->addWidget(browse, 1, 2);
-    output->addWidget(caption(m_form.lblR, prefix), 2, 0);
-    output->addWidget(prefix, 2, 1);
-    output->addWidget(caption(m_form.lblCellSize, cell), 3, 0);
-    output->addWidget(cell, 3, 1);
-    output->addWidget(UnitLabel(), 3, 2);
-    output->addWidget(caption(m_form.lblScaling, scaling), 4, 0);
-    output->addWidget(scaling, 4, 1);
-    output->addLayout(row({verbose, addToMap, html}), 5, 0, 1, 3);
+    output->addWidget(MarkOf(*folder), 2, 0, 1, 3);
+    output->addWidget(caption(m_form.lblR, prefix), 3, 0);
+    output->addWidget(prefix, 3, 1);
+    output->addWidget(MarkOf(*prefix), 4, 1, 1, 2);
+    output->addWidget(caption(m_form.lblCellSize, cell), 5, 0);
+    output->addWidget(cell, 5, 1);
+    output->addWidget(UnitLabel(), 5, 2);
+    output->addWidget(MarkOf(*cell), 6, 1, 1, 2);
+    output->addWidget(caption(m_form.lblScaling, scaling), 7, 0);
+    output->addWidget(scaling, 7, 1);
+    output->addWidget(MarkOf(*scaling), 8, 1, 1, 2);
+    output->addLayout(row({verbose, addToMap, html}), 9, 0, 1, 3);
     output->setColumnStretch(1, 1);
 
     auto* bounds = with_tip(new QCheckBox, "Contours that enclose these percentages of the volume");
@@ -329,6 +346,7 @@ QWidget* KdeDialog::OutputPage() {
     kinds->addStretch();
     auto* isopleths = new QVBoxLayout;
     isopleths->addLayout(row({bounds, percentages}));
+    isopleths->addWidget(MarkOf(*percentages));
     isopleths->addLayout(kinds);
 
     auto* full = with_tip(new QRadioButton, "One grid for all animals, so that their rasters fit upon each other");
@@ -344,14 +362,21 @@ QWidget* KdeDialog::OutputPage() {
     auto* bufferRow = row({buffer, UnitLabel()});
     bufferRow->setContentsMargins(24, 0, 0, 0);
     bufferRow->addStretch();
+    auto* used = new WrappedLabel;
+    m_binder.Bind(*used, m_form.lblBuffer, "lblBuffer");
+    auto* usedRow = row({used});
+    usedRow->setContentsMargins(24, 0, 0, 0);
     auto* rasterRow = row({rasters});
     rasterRow->setContentsMargins(24, 0, 0, 0);
     auto* extents = new QVBoxLayout;
     extents->addWidget(full);
     extents->addLayout(bufferRow);
+    extents->addWidget(MarkOf(*buffer));
+    extents->addLayout(usedRow);
     extents->addWidget(small);
     extents->addWidget(reference);
     extents->addLayout(rasterRow);
+    extents->addWidget(MarkOf(*rasters));
     return page_of({frame("Output", output), frame("Isopleths", isopleths), frame("Extents", extents)}, true);
 }
 
@@ -380,7 +405,10 @@ QLayout* KdeDialog::Footer() {
     m_binder.Bind(*save, m_form.btnSaveSettings, "btnSaveSettings", [this] { m_form.btnSaveSettings_Click(); });
     m_binder.Bind(*suggest, m_form.btnSuggest, "btnSuggest", [this] { m_form.btnSuggest_Click(); });
     m_binder.Bind(*last, m_form.btnLastSettings, "btnLastSettings", [this] { m_form.btnLastSettings_Click(); });
-    m_binder.Bind(*ok, m_form.btnOK, "btnOK", [this] { m_form.btnOK_Click(); });
+    m_binder.Bind(*ok, m_form.btnOK, "btnOK", [this] {
+        m_form.FocusOnFirstProblem();
+        m_form.btnOK_Click();
+    });
     m_binder.Bind(*exit, m_form.btnExit, "btnExit", [this] { m_form.btnExit_Click(); });
     auto* layout = new QVBoxLayout;
     layout->addLayout(row({status, progress}));

@@ -50,6 +50,10 @@ private:
     /// A label for the unit of a number, kept up to date with the chosen layer's coordinate system.
     QLabel* UnitLabel();
     void ShowUnits();
+    void TakeFocus();
+
+    /// Says below the field what the form finds wrong with it; the field is bound already.
+    QWidget* MarkOf(QWidget& field);
     void FitScreen();
     QString GuidePage() const;
     bool Running() const { return !m_form.btnOK.Enabled; }

@@ -6,6 +6,7 @@
 #include "analysis/animal_run.h"
 #include "analysis/settings_text.h"
 
+#include <QFileInfo>
 #include <qgsproject.h>
 
 namespace wxl::qgis {
@@ -101,6 +102,10 @@ void read_output(Settings& settings) {
 
 std::optional<std::size_t> ProjectMemory::AnimalField(const std::vector<std::string>& fields) const {
     return tracking::find_animal_column(fields);
+}
+
+bool ProjectMemory::CanWrite(const std::filesystem::path& folder) const {
+    return QFileInfo(ToQString(folder.string())).isWritable();
 }
 
 std::optional<Settings> ProjectMemory::LastSettings() const {

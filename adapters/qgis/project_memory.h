@@ -9,6 +9,7 @@ namespace wxl::qgis {
 class ProjectMemory final : public kde_tool::IFormAdvice, public analysis::IRunObserver {
 public:
     std::optional<std::size_t> AnimalField(const std::vector<std::string>& fields) const override;
+    bool CanWrite(const std::filesystem::path& folder) const override;
     std::optional<analysis::Settings> LastSettings() const override;
 
     void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;

@@ -483,6 +483,7 @@ TEST_F(KdeDialogTest, Frames_of_the_pages_carry_their_titles) {
 TEST_F(KdeDialogTest, Empty_fields_show_the_suggestions_in_grey) {
     struct Advice final : kde_tool::IFormAdvice {
         std::optional<std::size_t> AnimalField(const std::vector<std::string>&) const override { return 0; }
+        bool CanWrite(const std::filesystem::path&) const override { return true; }
         std::optional<analysis::Settings> LastSettings() const override { return std::nullopt; }
     } advice;
     m_form->Advice = &advice;
@@ -555,6 +556,66 @@ TEST_F(KdeDialogTest, The_panel_has_a_colour_and_a_sign_for_each_ending) {
         edges.insert(Find<QFrame>("panelResults").grab().toImage().pixel(1, 10));
     }
     EXPECT_EQ(edges.size(), 4U);
+}
+
+TEST_F(KdeDialogTest, What_a_run_could_not_do_is_told_beside_the_field_while_typing) {
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    ShowPage(3);
+    EXPECT_TRUE(Find<QLabel>("problem_txtOutFolder").isHidden()) << "nothing is said of empty fields before OK";
+    Find<QCheckBox>("chkBnds").click();
+    Find<QCheckBox>("chkPolys").click();
+    auto& percentages = Find<QLineEdit>("txtBnds");
+    const QImage before = percentages.grab().toImage();
+    percentages.clear();
+    QTest::keyClicks(&percentages, QStringLiteral("95, 150"));
+    auto& sentence = Find<QLabel>("problem_txtBnds");
+    EXPECT_TRUE(sentence.isVisible());
+    EXPECT_EQ(sentence.text(), "\"150\" is not a number above 0 and up to 100.");
+    EXPECT_EQ(percentages.accessibleDescription(), sentence.text());
+    const QColor edge = percentages.grab().toImage().pixelColor(1, percentages.height() / 2);
+    EXPECT_GT(edge.red(), 150);
+    EXPECT_LT(edge.green(), 100);
+    EXPECT_LT(
+        before.pixelColor(1, percentages.height() / 2).red() - before.pixelColor(1, percentages.height() / 2).blue(),
+        30)
+        << "grey before";
+    QTest::keyClicks(&Find<QLineEdit>("txtCellSize"), QStringLiteral("200"));
+    EXPECT_EQ(Find<QLabel>("problem_txtCellSize").text(),
+              "Cells must not be larger than the bandwidth, and the smallest is 132.1.");
+    EXPECT_EQ(Find<QLabel>("lblBuffer").text(), "1387 on every side");
+    Find<QLineEdit>("txtBuffer").setText(QStringLiteral("100"));
+    EXPECT_EQ(Find<QLabel>("lblBuffer").text(),
+              "100 on every side; OK asks whether to use 1387 instead, 3.5 times the widest bandwidth");
+    QTest::qWait(20);
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-problems"));
+    percentages.setText(QStringLiteral("95"));
+    EXPECT_TRUE(sentence.isHidden());
+    EXPECT_EQ(percentages.accessibleDescription(), "");
+}
+
+TEST_F(KdeDialogTest, OK_goes_to_the_first_field_with_a_problem_after_the_box) {
+    ShowPage(3);
+    m_dialog->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_dialog.get()));
+    Find<QPushButton>("btnOK").click();
+    ASSERT_EQ(m_messages.Boxes().size(), 1U);
+    EXPECT_EQ(m_messages.Last().Text,
+              "Error: please choose the field that names the animals (unique animal ID) on the Input Data tab.");
+    EXPECT_EQ(Find<QTabWidget>("SSTab1").currentIndex(), 0);
+    EXPECT_TRUE(Find<QComboBox>("cmbUIDFLD").hasFocus());
+    EXPECT_EQ(Find<QLabel>("problem_cmbUIDFLD").text(), "Choose the field that names the animals.");
+    Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
+    EXPECT_TRUE(Find<QLabel>("problem_cmbUIDFLD").isHidden());
+    Find<QPushButton>("btnOK").click();
+    EXPECT_EQ(Find<QTabWidget>("SSTab1").currentIndex(), 3);
+    EXPECT_TRUE(Find<QLineEdit>("txtOutFolder").hasFocus());
+    m_disk->AddFolder("/out");
+    m_form->SetOutputFolder("/out");
+    Find<QPushButton>("btnOK").click();
+    EXPECT_TRUE(Find<QLineEdit>("txtCellSize").hasFocus());
+    EXPECT_EQ(m_messages.Boxes().size(), 3U);
+    QTest::qWait(20);
+    tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-focus"));
 }
 
 TEST_F(KdeDialogTest, Exit_closes_the_dialog) {

@@ -5,19 +5,6 @@
 namespace wxl::analysis {
 namespace {
 
-TEST(RoundNumber, Is_the_nearest_of_1_2_and_5_times_a_power_of_ten) {
-    EXPECT_EQ(round_number(1.0), 1.0);
-    EXPECT_EQ(round_number(1.49), 1.0);
-    EXPECT_EQ(round_number(1.5), 2.0);
-    EXPECT_EQ(round_number(3.49), 2.0);
-    EXPECT_EQ(round_number(3.5), 5.0);
-    EXPECT_EQ(round_number(39.63), 50.0);
-    EXPECT_EQ(round_number(74.9), 50.0);
-    EXPECT_EQ(round_number(75.0), 100.0);
-    EXPECT_EQ(round_number(100.0), 100.0);
-    EXPECT_DOUBLE_EQ(round_number(0.034), 0.02);
-}
-
 class SuggestedCellSize : public testing::Test {
 protected:
     /// Fixes at (0, 0) and (span, span), and this reference bandwidth.
@@ -56,10 +43,12 @@ TEST_F(SuggestedCellSize, Passes_over_animals_without_a_bandwidth) {
     EXPECT_EQ(Suggested(), 100.0);
 }
 
-// 100000 + 8 x 20 wide: with cells of 2 there are 50080 x 50080, with 5 there are 20032 x 20032, with 10 there are
-// 10016 x 10016, and with 20 there are 5008 x 5008 = 25,080,064, the first below 50 million.
-TEST_F(SuggestedCellSize, Grows_until_every_raster_is_small_enough) {
-    Add(20.0, 100000.0);
+// 20000 + 8 x 100 wide: with cells of 10 there are 2080 x 2080, and the wide animal's 20000 + 8 x 4000 = 52000 are
+// 5200 x 5200 = 27 million; with 20 there are 2600 x 2600 = 6.76 million, the first below 10 million.
+TEST_F(SuggestedCellSize, Suits_the_widest_raster_too) {
+    Add(100.0, 20000.0);
+    EXPECT_EQ(Suggested(), 10.0);
+    Add(4000.0, 20000.0);
     EXPECT_EQ(Suggested(), 20.0);
 }
 

@@ -51,6 +51,34 @@ TEST_F(AnalysisRunTest, Undefined_settings_end_the_run_before_anything_is_writte
     ExpectRefused("Error: an invalid isopleth value was detected. Please check these values and run the tool again.");
 }
 
+/// Locks of a folder that takes no file.
+struct NoLocks final : platform::IFolderLocks {
+    std::unique_ptr<platform::IFolderLock> Take(const std::filesystem::path& folder, std::string&) override {
+        platform::Raise(Number, "Permission denied: " + folder.string() + "/.lock (Operation not permitted)");
+    }
+    std::unique_ptr<platform::IFolderLock> Share(const std::filesystem::path& folder, std::string& holder) override {
+        return Take(folder, holder);
+    }
+    std::int32_t Number = platform::error_number::kPermissionDenied;
+};
+
+TEST_F(AnalysisRunTest, A_folder_that_cannot_be_written_is_one_box_with_a_sentence) {
+    AddTwoAnimals();
+    NoLocks locks;
+    Services.Locks = &locks;
+    Open();
+    Run();
+    EXPECT_EQ(Form->LastRun(), analysis::RunOutcome::kRefused);
+    EXPECT_THAT(Messages.Texts(),
+                ElementsAre("Error: nothing can be written into the output folder /out (you have no right to write "
+                            "there). Please choose another folder on the Output Options tab."));
+    Messages.Clear();
+    locks.Number = platform::error_number::kDiskFull;
+    Run();
+    EXPECT_THAT(Messages.Texts(), ElementsAre("Error: nothing can be written into the output folder /out (the disk is "
+                                              "full). Please choose another folder on the Output Options tab."));
+}
+
 TEST_F(AnalysisRunTest, Unusable_settings_and_folders_are_refused_with_an_instruction) {
     AddTwoAnimals();
     Open();

@@ -13,6 +13,7 @@ struct Advice final : IFormAdvice {
         const auto found = std::ranges::find(fields, "Animal");
         return found == fields.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - fields.begin()));
     }
+    bool CanWrite(const std::filesystem::path&) const override { return true; }
     std::optional<analysis::Settings> LastSettings() const override { return Last; }
 
     std::optional<analysis::Settings> Last;
