@@ -55,6 +55,29 @@ void bandwidth(benchmark::State& state, const Autocorrelation& model) {
     tell(state);
 }
 
+/// Every pair at every bandwidth of the search.
+void bandwidth_twin(benchmark::State& state, const Autocorrelation& model) {
+    const Track track = track_of(state);
+    const std::size_t n = track.Size();
+    const auto sum = [&](auto&& term) {
+        double all = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+            for (std::size_t j = 0; j < n; ++j)
+                all += term(i == j ? 0.0 : model.Semivariance(std::abs(track.Times[j] - track.Times[i])));
+        return all / (static_cast<double>(n) * static_cast<double>(n));
+    };
+    const auto error = [&](double h) {
+        return 0.5 * sum([h](double gamma) { return 1.0 / (gamma + h); }) - 2.0 / (2.0 + h) + 0.5;
+    };
+    const auto slope = [&](double h) {
+        return -0.5 * sum([h](double gamma) { return 1.0 / ((gamma + h) * (gamma + h)); }) +
+               2.0 / ((2.0 + h) * (2.0 + h));
+    };
+    for (auto _ : state)
+        benchmark::DoNotOptimize(best_bandwidth(independent_bandwidth(static_cast<double>(n)), error, slope));
+    tell(state);
+}
+
 void weights(benchmark::State& state, const Autocorrelation& model) {
     const Track track = track_of(state);
     for (auto _ : state) benchmark::DoNotOptimize(optimal_bandwidth(track, model).Squared);
@@ -75,6 +98,7 @@ BENCHMARK_CAPTURE(likelihood, OUF, kOuf)->Apply(sizes);
 BENCHMARK_CAPTURE(likelihood_twin, OUF, kOuf)->Arg(1000)->Arg(2000)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(choice)->Arg(3500)->Apply(once);
 BENCHMARK_CAPTURE(bandwidth, OUF, kOuf)->Arg(3500)->Apply(sizes);
+BENCHMARK_CAPTURE(bandwidth_twin, OUF, kOuf)->Arg(1000)->Arg(2000)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(weights, OU, kOu)->Arg(3500)->Apply(once);
 BENCHMARK_CAPTURE(weights, OUF, kOuf)->Arg(3500)->Apply(once);
 
