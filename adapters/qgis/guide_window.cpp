@@ -117,8 +117,12 @@ GuideOpener::GuideOpener(QWidget& window, std::function<QString()> page)
 }
 
 void GuideOpener::Open() {
+    OpenAt(m_page());
+}
+
+void GuideOpener::OpenAt(const QString& page) {
     if (!m_guide) m_guide = new GuideWindow(&m_window);
-    m_guide->ShowPage(m_page());
+    m_guide->ShowPage(page);
 }
 
 }  // namespace wxl::qgis

@@ -29,6 +29,9 @@ public:
     GuideOpener(QWidget& window, std::function<QString()> page);
     void Open();
 
+    /// The same at a page of the caller's.
+    void OpenAt(const QString& page);
+
 private:
     QWidget& m_window;
     std::function<QString()> m_page;

@@ -198,7 +198,17 @@ QWidget* KdeDialog::InputPage() {
     independence->addWidget(table, 1);
     independence->addWidget(schoener);
     independence->addWidget(swihart);
+    independence->addWidget(RemedyLink());
     return page_of({frame("Input", input), frame("Independence of observations", independence)}, false);
+}
+
+QLabel* KdeDialog::RemedyLink() {
+    auto* link = new QLabel(QStringLiteral("<a href=\"which-estimator\">%1</a>")
+                                .arg(tr("What to do with autocorrelated fixes: which estimator?")));
+    link->setObjectName(QStringLiteral("lblRemedy"));
+    link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    connect(link, &QLabel::linkActivated, this, [this](const QString& page) { m_guide->OpenAt(page); });
+    return link;
 }
 
 QWidget* KdeDialog::DegreesNotice() {
@@ -395,8 +405,8 @@ QLayout* KdeDialog::Footer() {
     auto* help = with_tip(new QPushButton(tr("Help")), "Opens the guide at what this page is about (F1)");
     help->setObjectName(QStringLiteral("btnHelp"));
     help->setAutoDefault(false);
-    auto* guide = new GuideOpener(*this, [this] { return GuidePage(); });
-    connect(help, &QPushButton::clicked, guide, [guide] { guide->Open(); });
+    m_guide = new GuideOpener(*this, [this] { return GuidePage(); });
+    connect(help, &QPushButton::clicked, m_guide, [this] { m_guide->Open(); });
     ok->setDefault(true);
     m_binder.Bind(*status, m_form.txtStatus, "txtStatus");
     m_binder.Bind(*progress, m_form.PBar, "PBar");

@@ -12,6 +12,7 @@ class QVBoxLayout;
 
 namespace wxl::qgis {
 
+class GuideOpener;
 class ResultPanelWidget;
 
 /// frmKDE on screen: four pages, and below them status, progress and the buttons.
@@ -56,6 +57,9 @@ private:
     QWidget* MarkOf(QWidget& field);
     void FitScreen();
     QString GuidePage() const;
+
+    /// Leads to the page of the guide on autocorrelated fixes.
+    QLabel* RemedyLink();
     bool Running() const { return !m_form.btnOK.Enabled; }
 
     kde_tool::frmKDE& m_form;
@@ -64,6 +68,7 @@ private:
     std::vector<QLabel*> m_unitLabels;
     QTabWidget* m_tabs = nullptr;
     ResultPanelWidget* m_panel = nullptr;
+    GuideOpener* m_guide = nullptr;
 };
 
 }  // namespace wxl::qgis

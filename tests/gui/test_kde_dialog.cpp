@@ -333,6 +333,19 @@ TEST_F(KdeDialogTest, F1_and_the_help_button_open_the_guide_at_the_page_on_scree
     guide->reject();
 }
 
+TEST_F(KdeDialogTest, Significant_autocorrelation_leads_to_its_remedy_in_the_guide) {
+    ShowPage(0);
+    auto& link = Find<QLabel>("lblRemedy");
+    EXPECT_TRUE(link.isVisible());
+    emit link.linkActivated(QStringLiteral("which-estimator"));
+    auto* guide = m_dialog->findChild<QDialog*>(QStringLiteral("guide"));
+    ASSERT_NE(guide, nullptr);
+    auto* text = guide->findChild<QTextBrowser*>();
+    EXPECT_EQ(text->source().toString(), "qrc:/wxl/guide/which-estimator.md");
+    EXPECT_TRUE(text->toPlainText().contains(QStringLiteral("AKDE")));
+    guide->reject();
+}
+
 TEST(CurveColours, Are_read_on_light_dark_and_high_contrast_grounds) {
     for (const QColor& ground :
          {QColor(Qt::white), QColor(0x2d, 0x2d, 0x2d), QColor(Qt::black), QColor(0xff, 0xff, 0xe0)})
