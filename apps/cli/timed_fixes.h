@@ -13,10 +13,10 @@ class App;
 
 namespace wxl::cli {
 
-/// Where animals and times of a layer stand.
+/// Where animals and times of a layer or a tracking file stand.
 struct TimedInputOptions {
     InputOptions Points;
-    akde::TimedFields Fields;
+    akde::TimedFields Fields;  ///< empty ones are found
     std::string Where;  ///< condition that the fixes meet; empty: none
 };
 
@@ -27,11 +27,12 @@ struct TimedLayer {
     akde::TimedAnimals Animals;
     ReadFiles Read;  ///< the files of the layer
     std::string Name;
-    std::string Source;  ///< what opens it again
+    std::string Source;        ///< what opens it again
+    akde::TimedFields Fields;  ///< that were read
 };
 
-/// Reads the layer. RuntimeError as open_measured_point_layer, 9 for a field that is not there, 5 when no fix meets
-/// the condition.
+/// Reads the layer; a tracking file is imported into memory, as wxl kde does. RuntimeError as
+/// open_measured_point_layer, 9 for a field that is not there or cannot be found, 5 when no fix meets the condition.
 TimedLayer read_timed_layer(const TimedInputOptions& options, Console& console);
 
 /// Tells the console how a run goes; Ctrl-C is a wish to stop.

@@ -152,8 +152,9 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
         "est, low or high: the estimate and its 95 % limits. WXL_AKDE_SUMMARY.csv lists all areas.\n"
         "Ctrl-C ends the run after the present animal and keeps what is done.\n"
         "\n"
-        "Example:\n"
+        "Examples:\n"
         "\n"
+        "  wxl akde wolves.csv --out akde --html\n"
         "  wxl akde wolves.shp --id-field animal --time-field Date,Time1 --out akde");
 }
 
@@ -161,6 +162,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     RangeSettings settings = settings_of(options);
     const TimedLayer layer = read_timed_layer(options.Input, console);
     settings.LayerName = layer.Name;
+    settings.Fields = layer.Fields;
     settings.Source = layer.Source;
     make_output_folder(options.Out);
     files::DiskServices disk;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -223,6 +224,42 @@ TEST(Akde, Page_of_another_program_stays) {
               std::string::npos)
         << ran.Err;
     EXPECT_EQ(read_file(folder / "out/WXL_AKDE_ANALYSIS.html"), "mine");
+}
+
+// The table, the layer that wxl import makes of it, and the same with its fields named are one analysis.
+TEST(Akde, A_tracking_file_is_imported_on_the_way) {
+    ScratchFolder folder;
+    std::string rows = "animal,lon,lat,timestamp\n";
+    for (int i = 0; i < 40; ++i)
+        rows += fmt::format("a,{},{},2020-01-{:02d} 0{}:00:00\n", 15.0 + 0.001 * ((i * 7) % 11),
+                            52.0 + 0.001 * ((i * 5) % 13), 1 + i / 4, 2 * (i % 4));
+    const std::string csv = write_file(folder, "track.csv", rows);
+    const std::string layer = (folder / "track.shp").string();
+    ASSERT_EQ(run_wxl({"import", csv, layer}).Code, 0);
+    const auto isopleths = [&](const std::string& input, const std::string& out, std::vector<std::string> more) {
+        std::vector<std::string> call{"akde", input, "--out", (folder / out).string(), "--json"};
+        call.insert(call.end(), more.begin(), more.end());
+        const Ran ran = run_wxl(call);
+        EXPECT_EQ(ran.Code, 0) << ran.Err;
+        return Json::parse(ran.Out)["animals"][0]["isopleths"];
+    };
+    const Json expected = isopleths(layer, "one", {"--id-field", "animal", "--time-field", "Date,Time1"});
+    EXPECT_EQ(isopleths(csv, "two", {}), expected);
+    EXPECT_EQ(isopleths(layer, "three", {}), expected);
+    EXPECT_EQ(isopleths(csv, "four", {"--id-field", "animal", "--time-field", "timestamp"}), expected);
+    EXPECT_EQ(Json::parse(run_wxl({"models", csv, "--json"}).Out)[0]["n"], 40);
+}
+
+TEST(Akde, Fields_that_cannot_be_found_are_asked_for) {
+    ScratchFolder folder;
+    const std::string file = write_file(
+        folder, "p.geojson",
+        R"({"type":"FeatureCollection","crs":{"type":"name","properties":{"name":"EPSG:32633"}},"features":[{"type":)"
+        R"("Feature","properties":{"animal":"a","when":"2020-01-01"},"geometry":{"type":"Point","coordinates":[5e5,5e6]}}]})");
+    const Ran ran = run_wxl({"akde", file, "--id-field", "animal", "--out", (folder / "out").string()});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err,
+              "wxl: " + file + ": which field holds the time? Name it by --time-field; the fields are: animal, when\n");
 }
 
 TEST(Akde, Outlines_have_the_areas_that_are_told) {
