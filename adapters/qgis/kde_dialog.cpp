@@ -203,9 +203,10 @@ QWidget* KdeDialog::InputPage() {
 }
 
 QLabel* KdeDialog::RemedyLink() {
-    auto* link = with_tip(new QLabel(QStringLiteral("<a href=\"which-estimator\">%1</a>")
-                                         .arg(tr("What to do with autocorrelated fixes: which estimator?"))),
-                          "Opens the guide at the page on estimators, and when each is right");
+    auto* link = with_tip(
+        new QLabel(
+            QStringLiteral("<a href=\"which-estimator\">%1</a>").arg(tr("What to do with autocorrelated fixes"))),
+        "Opens the guide at the page on estimators, and when each is right");
     link->setObjectName(QStringLiteral("lblRemedy"));
     link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     connect(link, &QLabel::linkActivated, this, [this](const QString& page) { m_guide->OpenAt(page); });

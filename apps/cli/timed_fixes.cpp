@@ -32,8 +32,8 @@ std::unique_ptr<ImportedLayer> import_where_needed(const TimedInputOptions& opti
     return imported;
 }
 
-[[noreturn]] void refuse_missing(const TimedInputOptions& options, platform::ITable& table, const char* option,
-                                 const char* purpose) {
+[[noreturn]] void ask_for_field(const TimedInputOptions& options, platform::ITable& table, const char* option,
+                                const char* purpose) {
     std::vector<std::string> names;
     for (const platform::Field& field : table.Fields()) names.push_back(field.Name);
     platform::Raise(platform::error_number::kSubscript,
@@ -45,10 +45,10 @@ std::unique_ptr<ImportedLayer> import_where_needed(const TimedInputOptions& opti
 akde::TimedFields fields_of(const TimedInputOptions& options, platform::ITable& table) {
     akde::TimedFields fields = options.Fields;
     if (fields.Id.empty()) fields.Id = guess_id_field(table.Fields());
-    if (fields.Id.empty()) refuse_missing(options, table, "--id-field", "names the animal");
+    if (fields.Id.empty()) ask_for_field(options, table, "--id-field", "names the animal");
     if (fields.Time.empty() && table.FindField("Date") >= 0 && table.FindField("Time1") >= 0)
         fields.Time = kImportedTimes;
-    if (fields.Time.empty()) refuse_missing(options, table, "--time-field", "holds the time");
+    if (fields.Time.empty()) ask_for_field(options, table, "--time-field", "holds the time");
     fields.Id = find_id_field(table, fields.Id, options.Points.Input);
     return fields;
 }

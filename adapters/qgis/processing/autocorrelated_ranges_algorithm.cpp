@@ -210,10 +210,11 @@ bool AutocorrelatedRangesAlgorithm::checkParameterValues(const QVariantMap& para
     const std::vector<double> percentages = percentages_of(text("ISOPLETHS"));
     if (std::find(percentages.begin(), percentages.end(), 100.0) != percentages.end())
         return refuse(QStringLiteral("Isopleths: 100 % has no outline."));
-    if (is_given(parameters, "MODEL") && !akde::parse_given_model(FromQString(text("MODEL").trimmed())))
+    const QString model = text("MODEL").trimmed();
+    if (!model.isEmpty() && !akde::parse_given_model(FromQString(model)))
         return refuse(QStringLiteral("The given model \"%1\" is none like IID, OU:TAU, OUf:TAU or OUF:TAU1,TAU2 with "
                                      "time scales in seconds, TAU2 below TAU1.")
-                          .arg(text("MODEL")));
+                          .arg(model));
     return QgsProcessingAlgorithm::checkParameterValues(parameters, context, message);
 }
 
