@@ -202,6 +202,9 @@ void Preparation::OpenReport() {
     m_view.ShowVariances(variances);
     m_report.Open(file_in_folder(m_frame.Folder, kReportFile));
     RunHeader header = header_of(m_frame.Wanted, m_animals, variances, m_view.Independence());
+    // Without a page beside it the report's form is fixed to the letter.
+    if (m_frame.Wanted.Html)
+        header.Remarks = remarks_of(m_frame.Wanted.IdField, m_animals.WithoutId, m_frame.Reference.IsGeographic);
     header.Start = m_services.Clock->Now();
     m_report.Write(header_lines(header));
     m_report.Write(kernel_settings_lines(m_frame.Wanted));

@@ -109,12 +109,24 @@ Lines separator_lines() {
     return {"", "", "", std::string(60, '='), "", "", ""};
 }
 
+std::vector<std::string> remarks_of(const std::string& idField, std::int64_t withoutId, bool inDegrees) {
+    std::vector<std::string> remarks;
+    if (withoutId == 1) remarks.push_back("1 point has no value in the field " + idField + " and was left out");
+    if (withoutId > 1)
+        remarks.push_back(std::to_string(withoutId) + " points have no value in the field " + idField +
+                          " and were left out");
+    if (inDegrees)
+        remarks.emplace_back("The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths");
+    return remarks;
+}
+
 Lines header_lines(const RunHeader& header) {
     Lines lines = {"WXL KERNEL DENSITY ANALYSIS", "", "Start time: " + DateTimeText(header.Start),
                    "Input data: " + header.InputName, "Unique ID field: " + header.IdField};
     if (header.TextIds)
         lines.emplace_back("(Text based unique ID field detected - unique numerical ID's generated automatically)");
     if (header.SelectedOnly) lines.emplace_back("(Using selected features only)");
+    for (const std::string& remark : header.Remarks) lines.push_back("(" + remark + ")");
     if (header.TextIds) append_name_remapping(lines, header);
     lines.emplace_back();
     if (header.Independence) {

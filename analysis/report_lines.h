@@ -23,6 +23,7 @@ struct RunHeader {
     std::string IdField = {};
     bool TextIds = false;
     bool SelectedOnly = false;
+    std::vector<std::string> Remarks = {};  ///< on the points; each becomes a line in brackets
     std::vector<std::string> Ids = {};
     std::vector<std::string> NamingIds = {};                 ///< one per ID
     std::string IndependenceField = {};                      ///< the ID field of the independence table
@@ -32,6 +33,9 @@ struct RunHeader {
 
 /// What separates a run from the one before it in the same file.
 Lines separator_lines();
+
+/// What is odd about the points of a run, in sentences without a full stop: some without an ID, a layer in degrees.
+std::vector<std::string> remarks_of(const std::string& idField, std::int64_t withoutId, bool inDegrees);
 
 /// From the title to the variances.
 Lines header_lines(const RunHeader& header);

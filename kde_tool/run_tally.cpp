@@ -3,6 +3,7 @@
 #include "analysis/animal_fixes.h"
 #include "analysis/diagnosis.h"
 #include "analysis/isopleth_failure.h"
+#include "analysis/report_lines.h"
 
 namespace wxl::kde_tool {
 namespace {
@@ -30,13 +31,9 @@ void RunTally::RunBegins(const analysis::RunFrame& frame, const analysis::Groupe
 }
 
 void RunTally::AddNotes(const analysis::GroupedFixes& animals) {
-    if (animals.WithoutId > 0)
-        m_notes.push_back(count_text(static_cast<std::size_t>(animals.WithoutId), " point has", " points have") +
-                          " no value in the field " + m_frame.Wanted.IdField + " and " +
-                          (animals.WithoutId == 1 ? "was" : "were") + " left out.");
-    if (m_frame.Reference.IsGeographic)
-        m_notes.emplace_back(
-            "The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths. Reproject it.");
+    for (const std::string& remark :
+         analysis::remarks_of(m_frame.Wanted.IdField, animals.WithoutId, m_frame.Reference.IsGeographic))
+        m_notes.push_back(remark + ".");
 }
 
 void RunTally::AnimalDone(const AnimalRecord& record) {

@@ -341,9 +341,12 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     session.Host().SetOnCancel([&form] {
         if (form.Running()) form.btnExit_Click();
     });
+    const std::string buffer = form.txtBuffer.Text;
+    if (form.optFull.Value) feedback->pushInfo(QStringLiteral("Buffer: %1").arg(ToQString(buffer)));
     if (!feedback->isCanceled()) form.btnOK_Click();
     session.Host().Watch(nullptr, nullptr);
-    if (form.optFull.Value) feedback->pushInfo(QStringLiteral("Buffer: %1").arg(ToQString(form.txtBuffer.Text)));
+    if (form.optFull.Value && form.txtBuffer.Text != buffer)
+        feedback->pushInfo(QStringLiteral("Buffer: %1").arg(ToQString(form.txtBuffer.Text)));
 
     const bool ended = form.LastRun() == RunOutcome::kComplete || feedback->isCanceled();
     if (!ended) Fail(session.Messages(), QStringLiteral("The analysis did not run."));

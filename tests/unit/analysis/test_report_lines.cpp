@@ -174,5 +174,21 @@ TEST(ReportLines, Finish_has_no_full_stop) {
                 ElementsAre("Finish time: 1/2/2026 12:05:09 AM", "Processing complete"));
 }
 
+TEST(ReportLines, Remarks_on_the_points_stand_in_brackets_below_the_input) {
+    RunHeader header;
+    header.InputName = "wolves";
+    header.IdField = "animal";
+    header.SelectedOnly = true;
+    header.Remarks = remarks_of("animal", 50, true);
+    const Lines lines = header_lines(header);
+    EXPECT_EQ(Lines(lines.begin() + 4, lines.begin() + 9),
+              (Lines{"Unique ID field: animal", "(Using selected features only)",
+                     "(50 points have no value in the field animal and were left out)",
+                     "(The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths)", ""}));
+    EXPECT_EQ(remarks_of("animal", 1, false),
+              (std::vector<std::string>{"1 point has no value in the field animal and was left out"}));
+    EXPECT_TRUE(remarks_of("animal", 0, false).empty());
+}
+
 }  // namespace
 }  // namespace wxl::analysis

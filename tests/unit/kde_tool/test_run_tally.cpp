@@ -140,8 +140,7 @@ TEST_F(RunTallyTest, Points_without_an_animal_degrees_and_remarks_are_told_once)
     EXPECT_THAT(tally.Panel(RunOutcome::kComplete).Lines,
                 ElementsAre("Remarks on 3 animals are in the summary of the folder.",
                             "50 points have no value in the field animal and were left out.",
-                            "The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths. "
-                            "Reproject it."));
+                            "The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths."));
 }
 
 // --- The form's panel ---
@@ -196,6 +195,22 @@ TEST_F(PanelOfTheForm, A_layer_that_left_the_map_is_told_once) {
     EXPECT_THAT(Form->Panel.Lines,
                 ElementsAre("The layer bears left the map during the run; its fixes had been read before."));
     EXPECT_THAT(Messages.Texts(), ElementsAre("Processing complete."));
+}
+
+TEST_F(PanelOfTheForm, Points_without_an_animal_are_in_the_panel_and_in_a_report_beside_a_page) {
+    AddTwoAnimals();
+    Points->AddPoint(1.0, 2.0, {std::string("?"), std::monostate{}});
+    Open();
+    Run();
+    const std::string remark = "1 point has no value in the field ID and was left out";
+    EXPECT_THAT(Form->Panel.Lines, ElementsAre(remark + "."));
+    EXPECT_EQ(Report().find(remark), std::string::npos) << "its form is fixed to the letter";
+    Form->txtR.Text = "L";
+    Form->chkHtml.Value = 1;
+    Run();
+    const std::size_t at = Report().find("(" + remark + ")\r\n");
+    EXPECT_NE(at, std::string::npos);
+    EXPECT_EQ(Report().find(remark, at + 2), std::string::npos) << "once";
 }
 
 }  // namespace
