@@ -55,6 +55,7 @@ void frmKDE::btnOK_Click() {
     m_running = false;
     btnOK.Enabled = true;
     btnLoadSettings.Enabled = true;
+    btnLastSettings.Enabled = Advice != nullptr && Advice->LastSettings().has_value();
 }
 
 void frmKDE::ShowEnd(analysis::RunOutcome outcome) {

@@ -4,6 +4,7 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <QStylePainter>
 
 namespace wxl::qgis {
 namespace {
@@ -35,6 +36,18 @@ protected:
 };
 
 }  // namespace
+
+void HintedComboBox::paintEvent(QPaintEvent* event) {
+    if (currentIndex() >= 0 || placeholderText().isEmpty()) return QComboBox::paintEvent(event);
+    QStylePainter painter(this);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    option.currentText = placeholderText();
+    const QColor grey = option.palette.color(QPalette::PlaceholderText);
+    for (const auto role : {QPalette::ButtonText, QPalette::Text}) option.palette.setColor(role, grey);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
 
 FieldMark::FieldMark(QWidget& field) : m_field(field), m_edge(new RedEdge(field)) {
     setObjectName(QStringLiteral("problem_") + field.objectName());

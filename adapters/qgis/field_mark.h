@@ -1,6 +1,7 @@
 #pragma once
 #include <algorithm>
 #include <QColor>
+#include <QComboBox>
 #include <QLabel>
 
 namespace wxl::qgis {
@@ -16,6 +17,12 @@ protected:
         QLabel::resizeEvent(event);
         NeedHeight();
     }
+};
+
+/// Shows its placeholder text in grey while nothing is chosen, which the toolkit's own box does not in every version.
+class HintedComboBox final : public QComboBox {
+protected:
+    void paintEvent(QPaintEvent* event) override;
 };
 
 /// A sentence below a field that says what is wrong with it, and a red edge around the field meanwhile. Not there while

@@ -164,7 +164,7 @@ QString KdeDialog::GuidePage() const {
 QWidget* KdeDialog::InputPage() {
     auto* layer = with_tip(new QComboBox, "Point layer with one feature per fix");
     auto* selected = with_tip(new QCheckBox, "Leave out the fixes that are not selected in the map");
-    auto* field = with_tip(new QComboBox, "Field that names the animal of each fix");
+    auto* field = with_tip(new HintedComboBox, "Field that names the animal of each fix");
     m_binder.Bind(*layer, m_form.cmbPntL, "cmbPntL", [this] { m_form.cmbPntL_Click(); });
     m_binder.Bind(*selected, m_form.chkUseSel, "chkUseSel", [this] { m_form.chkUseSel_Click(); });
     m_binder.Bind(*field, m_form.cmbUIDFLD, "cmbUIDFLD", [this] { m_form.cmbUIDFLD_Click(); });
@@ -376,6 +376,7 @@ QWidget* KdeDialog::OutputPage() {
     bufferRow->addStretch();
     auto* used = new WrappedLabel;
     m_binder.Bind(*used, m_form.lblBuffer, "lblBuffer");
+    m_binder.AlsoRefresh([this, used] { used->setVisible(!m_form.lblBuffer.Caption.empty()); });
     auto* usedRow = row({used});
     usedRow->setContentsMargins(24, 0, 0, 0);
     auto* rasterRow = row({rasters});

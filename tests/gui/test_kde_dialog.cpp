@@ -504,6 +504,9 @@ TEST_F(KdeDialogTest, Empty_fields_show_the_suggestions_in_grey) {
     m_dialog->show();
     EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").placeholderText(), "suggested: animal");
     EXPECT_EQ(Find<QComboBox>("cmbUIDFLD").currentIndex(), -1);
+    const QImage hinted = Find<QComboBox>("cmbUIDFLD").grab().toImage();
+    Find<QComboBox>("cmbUIDFLD").setPlaceholderText(QString());
+    EXPECT_NE(Find<QComboBox>("cmbUIDFLD").grab().toImage(), hinted) << "the hint is drawn";
     Find<QComboBox>("cmbUIDFLD").setCurrentIndex(0);
     ShowPage(3);
     // HREF of the narrower animal is 132.10: a tenth of it is nearest to 10.
@@ -601,6 +604,8 @@ TEST_F(KdeDialogTest, What_a_run_could_not_do_is_told_beside_the_field_while_typ
               "100 on every side; OK asks whether to use 1387 instead, 3.5 times the widest bandwidth");
     QTest::qWait(20);
     tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-problems"));
+    Find<QRadioButton>("optSmall").click();
+    EXPECT_TRUE(Find<QLabel>("lblBuffer").isHidden()) << "it leaves no gap";
     percentages.setText(QStringLiteral("95"));
     EXPECT_TRUE(sentence.isHidden());
     EXPECT_EQ(percentages.accessibleDescription(), "");
