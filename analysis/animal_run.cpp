@@ -35,6 +35,22 @@ void measure_losses(const engine::clsKernelCalculator& calculator, double radius
     if (record.LostAtEdge > kCutShare) record.CutTo = captured;
 }
 
+constexpr std::size_t kKeptSizes = 50;
+
+bool in_order_of_time(const AnimalFixes& animal) {
+    return !animal.Fixes.empty() && animal.Times.WithTime == animal.Fixes.size() && animal.StepsBack == 0;
+}
+
+/// A page draws no more points than these, and a batch need not carry them.
+comparison::AreaCurve kept_curve(comparison::AreaCurve curve) {
+    const std::size_t every = (curve.Sizes.size() + kKeptSizes - 1) / kKeptSizes;
+    std::vector<comparison::CurveSize> kept;
+    for (std::size_t i = 0; i < curve.Sizes.size(); ++i)
+        if (i % every == 0 || i + 1 == curve.Sizes.size()) kept.push_back(curve.Sizes[i]);
+    curve.Sizes = std::move(kept);
+    return curve;
+}
+
 AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const AnimalFixes& animal,
                        const Settings& settings) {
     AnimalRecord record;
@@ -57,6 +73,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.Volume = calculator.GetKernelVolume();
     record.Status = calculator.lErrorStatus;
     record.Warnings = calculator.WarningMessages();
+    if (in_order_of_time(animal)) record.Curve = kept_curve(comparison::area_curve(animal.Fixes, {}));
     for (const double percent : settings.ConvexPercentages.Values)
         record.ConvexPolygons.push_back(comparison::minimum_convex_polygon(animal.Fixes, percent));
     return record;

@@ -114,7 +114,9 @@ void MethodsParagraph::Add(const AnimalRecord& record) {
                       .Times = record.Times,
                       .Schoener = record.Schoener,
                       .SwihartSlade = record.SwihartSlade,
+                      .Levels = std::nullopt,
                       .PolygonAreas = {}};
+        if (record.Curve) animal.Levels = record.Curve->Levelling && record.Curve->Levelling->Reached;
         for (const auto& polygon : record.ConvexPolygons) animal.PolygonAreas.push_back(area_of(polygon));
         m_animals.push_back(std::move(animal));
     }
@@ -137,8 +139,7 @@ void MethodsParagraph::Add(const AnimalRecord& record) {
 std::string MethodsParagraph::Text() const {
     if (m_animals.empty()) return {};
     return SampleText() + ChoiceText() + TimesText() + KernelText() + BandwidthText() + FailureText() + ReachText() +
-           IsoplethText() + PolygonText() +
-           " Whether areas levelled off with the number of fixes was not examined in this run." + IndependenceText() +
+           IsoplethText() + PolygonText() + CurveText() + IndependenceText() +
            " Ranges were not divided by season or otherwise, and their overlap was not computed in this run. Computed "
            "with " +
            m_program + ".";
@@ -356,6 +357,20 @@ std::string MethodsParagraph::PolygonText() const {
     return text + ".";
 }
 
+bool MethodsParagraph::HasCurve() const {
+    return std::ranges::any_of(m_animals, [](const Animal& animal) { return animal.Levels.has_value(); });
+}
+
+std::string MethodsParagraph::CurveText() const {
+    if (!HasCurve()) return " Whether areas levelled off with the number of fixes was not examined in this run.";
+    const auto count = [&](auto&& is) { return static_cast<std::size_t>(std::ranges::count_if(m_animals, is)); };
+    return " The area of the minimum convex polygon against the number of fixes, in the order of time (Odum and "
+           "Kuenzler "
+           "1955), came to stay within 5 % of its last value, with a tenth of the fixes to follow, for " +
+           std::to_string(count([](const Animal& animal) { return animal.Levels.value_or(false); })) + " of " +
+           counted(count([](const Animal& animal) { return animal.Levels.has_value(); }), "animal", "animals") + ".";
+}
+
 bool MethodsParagraph::HasIndex() const {
     return std::ranges::any_of(m_animals, [](const Animal& a) { return a.Schoener || a.SwihartSlade; });
 }
@@ -394,6 +409,9 @@ std::vector<std::string> MethodsParagraph::References() const {
         {!m_wanted.ConvexPercentages.Values.empty(),
          "Mohr, C. O. 1947. Table of equivalent populations of North American small mammals. American Midland "
          "Naturalist 37: 223-249. doi:10.2307/2421652"},
+        {HasCurve(),
+         "Odum, E. P. and E. J. Kuenzler 1955. Measurement of territory and home range size in birds. Auk 72: 128-137. "
+         "doi:10.2307/4081419"},
         {method == BandwidthMethod::kLscv,
          "Rudemo, M. 1982. Empirical choice of histograms and kernel density estimators. Scandinavian Journal of "
          "Statistics 9: 65-78."},

@@ -37,6 +37,7 @@ private:
         tracking_times::TimeFacts Times;
         std::optional<double> Schoener;
         std::optional<double> SwihartSlade;
+        std::optional<bool> Levels;  ///< whether its area curve reached an asymptote; nothing where there is none
         std::vector<std::optional<double>> PolygonAreas;  ///< one for each percentage
     };
     struct Distribution {
@@ -62,10 +63,12 @@ private:
     std::string IsoplethText() const;
     std::string IsoplethAreas(double value) const;
     std::string PolygonText() const;
+    std::string CurveText() const;
     std::string IndependenceText() const;
     std::string AreaText(std::vector<double> areas) const;
     std::vector<double> Bandwidths() const;
     bool HasIndex() const;
+    bool HasCurve() const;
 
     std::string m_program;
     Settings m_wanted;

@@ -4,6 +4,7 @@
 #include "analysis/coincidence.h"
 #include "analysis/settings.h"
 #include "comparison/adhoc_bandwidth.h"
+#include "comparison/area_curve.h"
 #include "comparison/minimum_convex_polygon.h"
 #include "engine/search_profile.h"
 #include "platform/values.h"
@@ -49,7 +50,10 @@ struct AnimalRecord {
     std::string RasterName;
     std::vector<IsoplethRecord> Isopleths;
     std::vector<comparison::MinimumConvexPolygon> ConvexPolygons;  ///< one for each percentage asked for
-    std::optional<double> MaxEdgeValue;                            ///< absent when no isopleths were made
+    /// Area of the minimum convex polygon against the number of fixes, at some 50 numbers of those that were looked at;
+    /// absent where the fixes are not known to stand in the order of time.
+    std::optional<comparison::AreaCurve> Curve;
+    std::optional<double> MaxEdgeValue;  ///< absent when no isopleths were made
     bool EdgeWarning = false;
     std::optional<double> CutTo;      ///< share of the distribution on its raster, where the raster cuts it below 99 %
     std::int32_t Status = 0;          ///< the calculator's status, 0 when the distribution was computed

@@ -94,6 +94,29 @@ comparison::AdHocBandwidth adhoc_of(const Json& json) {
     return adhoc;
 }
 
+Json json_of_curve(const std::optional<comparison::AreaCurve>& curve) {
+    if (!curve) return nullptr;
+    Json sizes = Json::array();
+    for (const comparison::CurveSize& size : curve->Sizes)
+        sizes.push_back({size.N, json_of_optional(size.Area), json_of_optional(size.Low), json_of_optional(size.High)});
+    Json levelling = nullptr;
+    if (curve->Levelling) levelling = {curve->Levelling->N, curve->Levelling->Reached};
+    return {std::move(sizes), std::move(levelling), json_of_double(curve->CellSize)};
+}
+
+std::optional<comparison::AreaCurve> curve_of(const Json& json) {
+    if (json.is_null()) return std::nullopt;
+    const auto count = [](const Json& number) { return static_cast<std::size_t>(whole_of(number, 0, INT64_MAX)); };
+    comparison::AreaCurve curve;
+    for (const Json& size : json.at(0))
+        curve.Sizes.push_back(
+            {count(size.at(0)), optional_of(size.at(1)), optional_of(size.at(2)), optional_of(size.at(3))});
+    if (!json.at(1).is_null())
+        curve.Levelling = comparison::Asymptote{count(json.at(1).at(0)), json.at(1).at(1).get<bool>()};
+    curve.CellSize = double_of(json.at(2));
+    return curve;
+}
+
 Json json_of_polygons(const std::vector<comparison::MinimumConvexPolygon>& polygons) {
     Json json = Json::array();
     for (const comparison::MinimumConvexPolygon& polygon : polygons) {
@@ -181,7 +204,7 @@ tracking_times::TimeFacts times_of(const Json& json) {
 Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, adhoc, grid, volume, adaptive, reach, beyondReach,
-                 lostAtEdge, rasterName, isopleths, convexPolygons, maxEdgeValue, edgeWarning, cutTo, status,
+                 lostAtEdge, rasterName, isopleths, convexPolygons, curve, maxEdgeValue, edgeWarning, cutTo, status,
                  isoplethStatus, warnings, reason, files, times] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
@@ -212,6 +235,7 @@ Json json_of_record(const AnimalRecord& record) {
             {"raster", json_of_text(rasterName)},
             {"isopleths", json_of_isopleths(isopleths)},
             {"convex_polygons", json_of_polygons(convexPolygons)},
+            {"curve", json_of_curve(curve)},
             {"max_edge_value", json_of_optional(maxEdgeValue)},
             {"edge_warning", edgeWarning},
             {"cut_to", json_of_optional(cutTo)},
@@ -250,6 +274,7 @@ AnimalRecord record_of(const Json& json) {
     record.RasterName = text_of(json.at("raster"));
     record.Isopleths = isopleths_of(json.at("isopleths"));
     record.ConvexPolygons = polygons_of(json.at("convex_polygons"));
+    record.Curve = curve_of(json.at("curve"));
     record.MaxEdgeValue = optional_of(json.at("max_edge_value"));
     record.EdgeWarning = json.at("edge_warning").get<bool>();
     record.CutTo = optional_of(json.at("cut_to"));

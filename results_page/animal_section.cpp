@@ -2,6 +2,7 @@
 
 #include "analysis/diagnosis.h"
 #include "analysis/summary_rows.h"
+#include "pictures/area_curve_picture.h"
 #include "pictures/axis.h"
 #include "pictures/profile_picture.h"
 #include "pictures/xml_text.h"
@@ -153,6 +154,28 @@ std::string profile_figure(const PageRun& run, std::size_t number) {
            minima_caption(record, picture.Units) + "</figure>\n";
 }
 
+std::string curve_figure(const PageRun& run, std::size_t number) {
+    const AnimalRecord& record = run.Records[number];
+    if (!record.Curve || record.Curve->Sizes.size() < 2) return {};
+    pictures::AreaCurvePicture picture;
+    picture.Title = record_name(run, record);
+    picture.Of = "Minimum convex polygon of the first fixes";
+    picture.Units = area_unit(run);
+    const double unit = analysis::square_kilometres(1.0, run.Reference).value_or(1.0);
+    for (const comparison::CurveSize& size : record.Curve->Sizes)
+        picture.Points.push_back(
+            {size.N, size.Area ? std::optional(*size.Area * unit) : std::nullopt, std::nullopt, std::nullopt});
+    if (const auto& levelling = record.Curve->Levelling) {
+        picture.LevelsAt = levelling->N;
+        picture.Reached = levelling->Reached;
+    }
+    return "<figure class=\"profile\">" +
+           pictures::AreaCurveSvg(picture, "curve-" + std::to_string(number + 1), kProfileWidth) + "<figcaption>" +
+           XmlText(pictures::AsymptoteText(picture)) +
+           " Fixes that follow each other are seldom independent: a curve that is level by their number may still grow "
+           "with time.</figcaption></figure>\n";
+}
+
 /// The proportions that the ad hoc search tried, as a table to open.
 std::string adhoc_trace(const PageRun& run, const AnimalRecord& record) {
     if (record.AdHoc.Trace.empty()) return {};
@@ -184,7 +207,7 @@ std::string animal_section(const PageRun& run, std::size_t number, const Picture
     if (!record.Reason.empty()) html += "<p class=\"reason\">" + XmlText(record.Reason) + ".</p>\n";
     html += "<div class=\"columns\"><div>\n" + map_figure(run, number, size, services) + "</div><div>\n" +
             areas(run, record) + convex_polygons(run, record) + facts(run, record) + "</div></div>\n" +
-            profile_figure(run, number) + adhoc_trace(run, record);
+            profile_figure(run, number) + adhoc_trace(run, record) + curve_figure(run, number);
     return html + "<p class=\"back\"><a href=\"#results\">Back to the table<span class=\"hidden\"> from " +
            XmlText(record_name(run, record)) + "</span></a></p>\n</article>\n";
 }

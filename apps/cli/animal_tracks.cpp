@@ -219,10 +219,13 @@ void set_keys(std::vector<TimedFix>& fixes, const tracking_times::SplitRule& rul
 
 AnimalTrack track_of(const platform::FieldValue& id, std::string key, const std::vector<const TimedFix*>& fixes) {
     AnimalTrack track{id, std::move(key), {}, 0};
+    std::vector<std::int64_t> times;
     for (const TimedFix* fix : fixes) {
         track.Fixes.push_back(fix->Place);
-        if (fix->Seconds) ++track.Timed;
+        if (fix->Seconds) times.push_back(*fix->Seconds);
     }
+    track.Timed = times.size();
+    track.Times = tracking_times::facts_on_times(std::move(times), fixes.size() - track.Timed);
     return track;
 }
 
@@ -306,6 +309,10 @@ Json json_of(const tracking_times::TimeFacts& facts) {
             {"q3_s", quartile(intervals.Upper)},
             {"iqr_s", quartile(intervals.Range())},
             {"equal_times", facts.EqualTimes}};
+}
+
+void add_times(Json& json, const AnimalTracks& tracks, const AnimalTrack& track) {
+    if (!tracks.TimeField.empty()) json.update(json_of(track.Times));
 }
 
 std::string AnimalTrack::Name() const {

@@ -33,7 +33,8 @@ struct AnimalTrack {
     platform::FieldValue Id;
     std::string Key;  ///< of the group; empty without --split-by
     std::vector<platform::Point> Fixes;
-    std::size_t Timed = 0;  ///< how many of the first fixes have a time
+    std::size_t Timed = 0;                 ///< how many of the first fixes have a time
+    tracking_times::TimeFacts Times = {};  ///< where times were read
 
     std::string Name() const;  ///< "ID" or "ID KEY"
     Json IdJson() const;       ///< the ID as it is, or the name of the group
@@ -57,6 +58,9 @@ enum class Times {
 /// WrongCall for options that make no sense; RuntimeError with advice as open_measured_point_layer, 9 for a field that
 /// is not there, 5 when no fix is left.
 AnimalTracks read_tracks(const AnimalFixOptions& options, Times times, Console& console);
+
+/// Adds the facts on the times of one of the animals to its object, where times were read.
+void add_times(Json& json, const AnimalTracks& tracks, const AnimalTrack& track);
 
 /// Name of a field that looks like the time of the fix: Time2 of wxl import, timestamp and the like; empty: none.
 std::string guess_time_field(platform::ITable& table);

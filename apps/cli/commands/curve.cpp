@@ -95,7 +95,7 @@ std::vector<AnimalCurve> curves_of(const AnimalTracks& tracks, const CurveSettin
     return curves;
 }
 
-Json json_of(const std::vector<AnimalCurve>& curves, const CurveSettings& settings) {
+Json json_of(const AnimalTracks& tracks, const std::vector<AnimalCurve>& curves, const CurveSettings& settings) {
     const bool random = settings.Order == CurveOrder::kRandom;
     Json json = Json::array();
     for (const AnimalCurve& animal : curves) {
@@ -113,6 +113,7 @@ Json json_of(const std::vector<AnimalCurve>& curves, const CurveSettings& settin
              {"seed", random ? Json(settings.Seed) : Json(nullptr)},
              {"sizes", sizes},
              {"asymptote", levelling ? Json{{"n", levelling->N}, {"reached", levelling->Reached}} : Json(nullptr)}});
+        add_times(json.back(), tracks, *animal.Track);
     }
     return json;
 }
@@ -262,7 +263,7 @@ int run_curve(const CurveOptions& options, Console& console) {
     for (std::size_t i = 0; i < plots.size(); ++i)
         plots[i].Write(pictures::AreaCurveSvg(picture_of(curves[i], settings, tracks.Reference)));
     if (options.Json) {
-        console.Text(json_text(json_of(curves, settings)));
+        console.Text(json_text(json_of(tracks, curves, settings)));
     } else {
         print_table(summary_of(curves), console);
         for (const TextOutput& plot : plots) console.Result("plot: " + plot.Path());

@@ -63,6 +63,12 @@ Json adhoc_of(const AnimalRecord& record) {
             {"trace", std::move(trace)}};
 }
 
+/// Whether the area levels off with the number of fixes; null where that cannot be told.
+Json asymptote_of(const AnimalRecord& record) {
+    if (!record.Curve || !record.Curve->Levelling) return {};
+    return {{"n", record.Curve->Levelling->N}, {"reached", record.Curve->Levelling->Reached}};
+}
+
 Json levels_of(const AnimalRecord& record) {
     Json levels = Json::array();
     for (const analysis::IsoplethRecord& isopleth : record.Isopleths)
@@ -97,6 +103,7 @@ Json json_of(const AnimalRecord& record) {
             {"raster", record.RasterName},
             {"levels", levels_of(record)},
             {"mcp", json_of(record.ConvexPolygons)},
+            {"asymptote", asymptote_of(record)},
             {"max_edge_value", json_number(record.MaxEdgeValue)},
             {"edge_warning", record.EdgeWarning},
             {"status", record.Status},

@@ -21,9 +21,11 @@ using platform::NumberText;
 
 Json json_of(const AnimalTracks& tracks, const std::vector<AnimalPolygons>& animals) {
     Json json = Json::array();
-    for (std::size_t i = 0; i < animals.size(); ++i)
+    for (std::size_t i = 0; i < animals.size(); ++i) {
         json.push_back(
             {{"id", tracks.Animals[i].IdJson()}, {"n", animals[i].Fixes}, {"mcp", cli::json_of(animals[i].Polygons)}});
+        add_times(json.back(), tracks, tracks.Animals[i]);
+    }
     return json;
 }
 

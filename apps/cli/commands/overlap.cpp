@@ -107,6 +107,7 @@ ComparedRanges ranges_of_layer(const OverlapOptions& options, const DensitySetti
                               bandwidths[i].MapUnits > 0.0 ? std::optional(bandwidths[i].MapUnits) : std::nullopt,
                               0.0,
                               density.Reason.empty() ? "ok" : density.Reason};
+        add_times(animal.Times, tracks, track);
         add(ranges, std::move(animal), std::move(density.Cells), options.Normalise);
     }
     return ranges;

@@ -177,12 +177,14 @@ Json json_of_animal(const ComparedAnimal& animal, const comparison::TiledDensity
             density.IsAlive()
                 ? Json(static_cast<double>(density.Ranges()[p].Cells) * set.Grid.CellSize * set.Grid.CellSize)
                 : Json(nullptr);
-    return {{"id", animal.Id},
-            {"n", animal.Fixes ? Json(*animal.Fixes) : Json(nullptr)},
-            {"bandwidth", json_number(animal.Bandwidth)},
-            {"volume", density.IsAlive() ? json_number(animal.Volume) : Json(nullptr)},
-            {"area", areas},
-            {"status", animal.Status}};
+    Json json = {{"id", animal.Id},
+                 {"n", animal.Fixes ? Json(*animal.Fixes) : Json(nullptr)},
+                 {"bandwidth", json_number(animal.Bandwidth)},
+                 {"volume", density.IsAlive() ? json_number(animal.Volume) : Json(nullptr)},
+                 {"area", areas},
+                 {"status", animal.Status}};
+    json.update(animal.Times);
+    return json;
 }
 
 Json json_of_pair(const PairOverlap& pair, const ComparedRanges& ranges) {

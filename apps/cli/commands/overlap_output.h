@@ -18,8 +18,9 @@ struct ComparedAnimal {
     Json Id;
     std::optional<std::int64_t> Fixes;
     std::optional<double> Bandwidth;
-    double Volume = 0.0;  ///< of the distribution on the grid, as it was computed
-    std::string Status;   ///< "ok", or why there is no distribution
+    double Volume = 0.0;          ///< of the distribution on the grid, as it was computed
+    std::string Status;           ///< "ok", or why there is no distribution
+    Json Times = Json::object();  ///< facts on its times, where they were read
 };
 
 /// What wxl overlap found.

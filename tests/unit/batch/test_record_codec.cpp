@@ -43,6 +43,9 @@ AnimalRecord full_record() {
                               .Kept = 3,
                               .Corners = {{0.1, 0.2}, {1e6, 0.3}, {0.5, 7e6}}},
                              {.Percent = 50.0, .Status = comparison::PolygonStatus::kNoFix, .Corners = {}}};
+    record.Curve = comparison::AreaCurve{{{5, 0.1 + 0.2, std::nullopt, 0.5}, {77, std::nullopt, 1e-300, std::nullopt}},
+                                         comparison::Asymptote{60, true},
+                                         2.5};
     record.MaxEdgeValue = 1e-300;
     record.EdgeWarning = true;
     record.CutTo = 0.0167139261002523;
@@ -112,6 +115,19 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
         EXPECT_EQ(a.ConvexPolygons[i].Area, b.ConvexPolygons[i].Area);
         EXPECT_EQ(a.ConvexPolygons[i].Kept, b.ConvexPolygons[i].Kept);
         EXPECT_EQ(a.ConvexPolygons[i].Corners, b.ConvexPolygons[i].Corners);
+    }
+    ASSERT_EQ(a.Curve.has_value(), b.Curve.has_value());
+    if (a.Curve) {
+        ASSERT_EQ(a.Curve->Sizes.size(), b.Curve->Sizes.size());
+        for (std::size_t i = 0; i < a.Curve->Sizes.size(); ++i) {
+            EXPECT_EQ(a.Curve->Sizes[i].N, b.Curve->Sizes[i].N);
+            EXPECT_EQ(a.Curve->Sizes[i].Area, b.Curve->Sizes[i].Area);
+            EXPECT_EQ(a.Curve->Sizes[i].Low, b.Curve->Sizes[i].Low);
+            EXPECT_EQ(a.Curve->Sizes[i].High, b.Curve->Sizes[i].High);
+        }
+        EXPECT_EQ(a.Curve->Levelling->N, b.Curve->Levelling->N);
+        EXPECT_EQ(a.Curve->Levelling->Reached, b.Curve->Levelling->Reached);
+        EXPECT_EQ(a.Curve->CellSize, b.Curve->CellSize);
     }
     EXPECT_EQ(a.MaxEdgeValue, b.MaxEdgeValue);
     EXPECT_EQ(a.EdgeWarning, b.EdgeWarning);

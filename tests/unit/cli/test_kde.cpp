@@ -193,6 +193,33 @@ TEST_F(KdeCommand, Layer_of_polygons_is_neither_lost_nor_read_and_written) {
     EXPECT_EQ(content(Folder / "mcp.shp"), before);
 }
 
+// Four corners, then fixes inside: from the first number that is looked at, five, the area is that of the square. In
+// another order the fixes have no curve.
+TEST_F(KdeCommand, Area_curve_and_its_asymptote_are_told_where_fixes_are_in_the_order_of_time) {
+    std::string rows =
+        "animal,x,y,timestamp\na,1000,500,2024-01-01\na,1200,500,2024-01-02\na,1000,700,2024-01-03\n"
+        "a,1200,700,2024-01-04\n";
+    for (int day = 5; day < 30; ++day)
+        rows += "a," + std::to_string(1050 + 3 * day) + "," + std::to_string(600 + day % 7) + ",2024-01-" +
+                (day < 10 ? "0" : "") + std::to_string(day) + "\n";
+    std::ofstream(Folder / "timed.csv") << rows;
+    ASSERT_EQ(run_wxl({"import", Folder / "timed.csv", Folder / "timed.shp", "--from-crs", "EPSG:32633"}).Code, 0);
+    const Ran ran = KdeOf(Folder / "timed.shp", Out, {"--cell-size", "20", "--extent", "min", "--html", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json result = json::parse(ran.Out);
+    EXPECT_EQ(result["animals"][0]["asymptote"], json::parse(R"({"n":5,"reached":true})"));
+    const std::string page = content(fs::path(Out) / "WXL_KDE_ANALYSIS.html");
+    EXPECT_THAT(page,
+                HasSubstr("<figcaption>From 5 fixes on, every area lies within 5 % of the last. Fixes that follow each "
+                          "other are seldom independent"));
+    EXPECT_THAT(std::string(result["methods"]["text"]),
+                HasSubstr("with a tenth of the fixes to follow, for 1 of 1 animal."));
+    EXPECT_THAT(std::string(result["methods"]["text"]),
+                HasSubstr(" Tracking lasted from 2024-01-01 to 2024-01-29 (UTC), for 28 days per animal"));
+    const Ran untimed = Kde({"--cell-size", "20", "--extent", "min", "--json", "--prefix", "U"});
+    EXPECT_TRUE(json::parse(untimed.Out)["animals"][0]["asymptote"].is_null());
+}
+
 TEST_F(KdeCommand, Percentages_of_polygons_are_checked) {
     EXPECT_THAT(Kde({"--cell-size", "20", "--mcp", "95,x"}).Err, HasSubstr("--mcp: \"x\" is not a percentage above 0"));
     EXPECT_THAT(Kde({"--cell-size", "20", "--mcp", "101"}).Err, HasSubstr("--mcp: 101 is above 100 %"));

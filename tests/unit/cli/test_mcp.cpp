@@ -63,6 +63,24 @@ TEST(Mcp, One_fix_per_interval) {
     EXPECT_EQ(area({"--every", "4h", "--every-tolerance", "10min"}), 18.0);  // rows 1, 3, 5, 6
 }
 
+// Intervals of 6600, 7500, 600, 31500 and 11400 s: quartiles 6600, 7500 and 11400; 16 hours are 2/3 of a day.
+TEST(Mcp, Facts_on_times_where_a_time_column_is_given_as_in_overlap_and_curve) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder,
+                   "a,0,0,2024-01-01 00:10\na,90,90,2024-01-01 02:00\na,50,0,2024-01-01 04:05\n"
+                   "a,40,0,2024-01-01 04:15\na,40,40,2024-01-01 13:00\na,0,40,2024-01-01 16:10\n");
+    const std::string facts =
+        R"("first":"2024-01-01T00:10:00Z","last":"2024-01-01T16:10:00Z","days":0.6666666666666666,"distinct_days":1,)"
+        R"("median_s":7500.0,"q1_s":6600.0,"q3_s":11400.0,"iqr_s":4800.0,"equal_times":0}])";
+    for (const char* command : {"mcp", "curve", "overlap"}) {
+        const Ran ran = run_wxl({command, layer, "--id-field", "animal", "--time-field", "Time2", "--json", "-q"});
+        ASSERT_EQ(ran.Code, 0) << ran.Err;
+        EXPECT_NE(nlohmann::ordered_json::parse(ran.Out).dump().find(facts), std::string::npos) << ran.Out;
+    }
+    EXPECT_EQ(run_wxl({"mcp", layer, "--id-field", "animal", "--json"}).Out.find("median_s"), std::string::npos);
+}
+
 TEST(Mcp, What_is_left_out_is_told) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, kEight + "c,1,1,\n");
