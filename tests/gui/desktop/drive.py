@@ -2,7 +2,7 @@
 from desktop_support import SETUP, action, check, child, drive, iface, shoot, shoot_screen, when_dialog, when_file_dialog
 from qgis.core import QgsLayerTree, QgsPointXY, QgsProject
 from qgis.PyQt.QtGui import QColor
-from qgis.PyQt.QtWidgets import (QApplication, QCheckBox, QComboBox, QDialogButtonBox, QLineEdit, QPushButton,
+from qgis.PyQt.QtWidgets import (QApplication, QCheckBox, QComboBox, QDialogButtonBox, QLabel, QLineEdit, QPushButton,
                                  QRadioButton, QTabWidget)
 
 
@@ -34,10 +34,35 @@ def kernel_density():
         find(QPushButton, "btnFolder").click()
         check(find(QLineEdit, "txtOutFolder").text() == SETUP["output"], "the chosen folder is shown")
         check(find(QCheckBox, "chkAddToMap").isChecked(), "results are added to the map by default")
+        check(not find(QPushButton, "btnLastSettings").isEnabled(), "the project ran nothing before")
         find(QPushButton, "btnOK").click()
+        check(find(QLabel, "lblHeadline").text() == "4 of 4 animals done", find(QLabel, "lblHeadline").text())
+        check(find(QPushButton, "btnOpenPage").isEnabled(), "the page can be opened")
+        shoot(dialog, "desktop-kde-panel")
+        before = iface.mapCanvas().extent()
+        find(QPushButton, "btnZoom").click()
+        check(iface.mapCanvas().extent() != before, "zoomed to the results")
         find(QPushButton, "btnExit").click()
 
     when_file_dialog(SETUP["output"], QDialogButtonBox.Open)
+    when_dialog("frmKDE", fill)
+    action("OVI_KDE").trigger()
+
+
+def suggestions():
+    """What the project ran comes back, and what is suggested for the highlighted layer."""
+
+    def fill(dialog):
+        check(child(dialog, QComboBox, "cmbUIDFLD").currentIndex() == -1, "nothing is chosen by itself")
+        shoot(dialog, "desktop-kde-hints")
+        child(dialog, QPushButton, "btnLastSettings").click()
+        check(child(dialog, QComboBox, "cmbUIDFLD").currentText() == "animal", "the field of the last run")
+        check(child(dialog, QLineEdit, "txtCellSize").text() == "100", "its cells")
+        check(child(dialog, QLineEdit, "txtOutFolder").text() == SETUP["output"], "its folder")
+        child(dialog, QPushButton, "btnSuggest").click()
+        check(child(dialog, QLineEdit, "txtCellSize").text() == "50", "a tenth of the smallest bandwidth of 604 m")
+        child(dialog, QPushButton, "btnExit").click()
+
     when_dialog("frmKDE", fill)
     action("OVI_KDE").trigger()
 
@@ -142,6 +167,7 @@ def main():
     canvas_picture()
     shoot(iface.mainWindow(), "desktop-window")
     kernel_density()
+    suggestions()
     QApplication.processEvents()
     results_on_the_map()
 

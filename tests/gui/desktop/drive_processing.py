@@ -2,7 +2,9 @@
 import pathlib
 
 import processing
-from qgis.core import QgsApplication, QgsProject
+from qgis.core import (QgsApplication, QgsProcessingContext, QgsProcessingFeedback, QgsProcessingModelAlgorithm,
+                       QgsProcessingModelChildAlgorithm, QgsProcessingModelChildParameterSource,
+                       QgsProcessingModelParameter, QgsProcessingParameterVectorLayer, QgsProject)
 from qgis.PyQt.QtWidgets import QApplication, QTabWidget
 from qgis.utils import iface
 
@@ -39,6 +41,29 @@ def show_ranges_with_limits(fixes, root):
     shoot(iface.mainWindow(), "processing-limits")
 
 
+def run_model(fixes):
+    """Duplicates removed, then home ranges of what is left."""
+    model = QgsProcessingModelAlgorithm("ranges without duplicates", "test")
+    model.addModelParameter(QgsProcessingParameterVectorLayer("fixes", "fixes"), QgsProcessingModelParameter("fixes"))
+    source = QgsProcessingModelChildParameterSource
+    first = QgsProcessingModelChildAlgorithm("wxltools:removeduplicates")
+    first.setChildId("unique")
+    first.addParameterSources("INPUT", [source.fromModelParameter("fixes")])
+    first.addParameterSources("BY", [source.fromStaticValue(1)])
+    model.addChildAlgorithm(first)
+    then = QgsProcessingModelChildAlgorithm("wxltools:kerneldensity")
+    then.addParameterSources("INPUT", [source.fromChildOutput("unique", "OUTPUT")])
+    for name, value in (("ID_FIELD", "animal"), ("CELL_SIZE", 300), ("OUTPUT", SETUP["output"] + "-model")):
+        then.addParameterSources(name, [source.fromStaticValue(value)])
+    model.addChildAlgorithm(then)
+    context = QgsProcessingContext()
+    context.setProject(QgsProject.instance())
+    feedback = QgsProcessingFeedback()
+    _, done = model.run({"fixes": fixes.id()}, context, feedback)
+    check(done, feedback.textLog())
+    check((pathlib.Path(SETUP["output"] + "-model") / "WXL_KDE_SUMMARY.csv").is_file(), "results of the model")
+
+
 def main():
     registry = QgsApplication.processingRegistry()
     provider = registry.providerById("wxltools")
@@ -52,6 +77,7 @@ def main():
     check(result["DISTRIBUTIONS"] == 4, f"four wolves: {result}")
     check(all(pathlib.Path(raster).is_dir() for raster in result["RASTERS"]), "the rasters")
     check(iface.mainWindow() is not None, "the desktop goes on")
+    run_model(fixes)
     loaded = processing.runAndLoadResults("wxltools:kerneldensity",
                                           {"INPUT": fixes, "ID_FIELD": "animal", "CELL_SIZE": 300, "POLYGONS": True,
                                            "OUTPUT": SETUP["output"] + "-loaded"})
