@@ -84,7 +84,9 @@ double chi_square_quantile(double probability, double degrees) {
         const double error = excess(a, x, probability);
         if (error == 0.0) break;
         (error > 0.0 ? high : low) = x;
-        const double newton = x - error * x / density_times_x(a, x);
+        // Far from the quantile the density is too small for a number: there is no step.
+        const double slope = density_times_x(a, x);
+        const double newton = slope > 0.0 ? x - error * x / slope : high;
         const bool inside = newton > low && newton < high;
         // Near zero the quantile may be tiny: halving its logarithm is faster than halving the value.
         const double half = low > 0.0 ? 0.5 * (low + high) : high / 16.0;
