@@ -229,6 +229,7 @@ void AnimalRun::DrawIsopleths(const std::shared_ptr<platform::IRasterDataset>& r
     isopleths.SetCalculateLines(settings.Lines);
     isopleths.SetCalculatePolys(settings.Polygons);
     isopleths.SetCalculateDonuts(settings.Donuts);
+    isopleths.SetKeepPolygons(settings.GeoPackage);
     isopleths.SetIsoplethBoundaries(m_frame.Wanted.Percentages.Values);
     isopleths.SetOutputFolder(Folder(record));
     isopleths.SetOutputName(isopleth_stem(record.RasterName));
@@ -245,9 +246,11 @@ void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord&
     record.EdgeWarning = *record.MaxEdgeValue > edge_threshold(m_frame.Wanted.Method, m_frame.ScalingFactor());
     const std::vector<double>& levels = isopleths.GetLevels();
     const std::vector<std::optional<double>>& areas = isopleths.GetAreas();
+    const std::vector<platform::Geometry>& polygons = isopleths.GetPolygons();
     for (std::size_t i = 0; i < levels.size(); ++i)
-        record.Isopleths.push_back(
-            {m_frame.Wanted.Percentages.Values.at(i), levels[i], i < areas.size() ? areas[i] : std::nullopt});
+        record.Isopleths.push_back({m_frame.Wanted.Percentages.Values.at(i), levels[i],
+                                    i < areas.size() ? areas[i] : std::nullopt,
+                                    i < polygons.size() ? polygons[i] : platform::Geometry()});
     const auto add = [&](const auto& dataset, DatasetKind kind) {
         if (dataset)
             record.Files.push_back((Folder(record) / (isopleth_name(record.RasterName, kind) + ".shp")).string());

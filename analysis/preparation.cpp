@@ -1,6 +1,7 @@
 #include "analysis/preparation.h"
 
 #include "analysis/checks.h"
+#include "analysis/coincidence.h"
 #include "analysis/output_names.h"
 #include "analysis/questions.h"
 #include "analysis/settings_text.h"
@@ -51,6 +52,20 @@ std::string writing_fault(const platform::RuntimeError& error) {
     if (error.Number == platform::error_number::kPermissionDenied) return "you have no right to write there";
     if (error.Number == platform::error_number::kDiskFull) return "the disk is full";
     return error.Description;
+}
+
+std::vector<SharedPlaces> shared_places(std::span<const AnimalFixes* const> animals) {
+    std::vector<SharedPlaces> counts;
+    for (const AnimalFixes* animal : animals)
+        counts.push_back({platform::ValueText(animal->Id), coincidence_of(animal->Fixes).Fixes,
+                          static_cast<std::int64_t>(animal->Fixes.size())});
+    return counts;
+}
+
+std::vector<std::string> ids_of(std::span<const AnimalFixes* const> animals) {
+    std::vector<std::string> ids;
+    for (const AnimalFixes* animal : animals) ids.push_back(platform::ValueText(animal->Id));
+    return ids;
 }
 
 }  // namespace
@@ -251,16 +266,24 @@ Preparation::Outcome Preparation::AgreeOnBuffer() {
 }
 
 Preparation::Outcome Preparation::AgreeOnOverlaps() {
-    std::vector<std::string> ids;
+    if (m_frame.Wanted.AsksSearchesOnly && !is_search(m_frame.Wanted.Method)) return Outcome::kGoOn;
+    std::vector<const AnimalFixes*> sharing;
     for (const AnimalFixes& animal : m_animals.Animals)
-        if (has_overlap(animal.Fixes)) ids.push_back(platform::ValueText(animal.Id));
-    if (ids.empty()) return Outcome::kGoOn;
-    const auto answer = m_services.Messages->Show({.Text = overlap_question(ids),
-                                                   .Title = "Warning",
-                                                   .Sign = platform::Icon::kExclamation,
-                                                   .Choice = platform::Buttons::kYesNo,
-                                                   .About = platform::Topic::kOverlap,
-                                                   .Kind = platform::BoxKind::kQuestion});
+        if (has_overlap(animal.Fixes)) sharing.push_back(&animal);
+    if (sharing.empty()) return Outcome::kGoOn;
+    platform::MessageBox question{.Title = "Warning",
+                                  .Sign = platform::Icon::kExclamation,
+                                  .Choice = platform::Buttons::kYesNo,
+                                  .About = platform::Topic::kOverlap,
+                                  .Kind = platform::BoxKind::kQuestion};
+    if (m_frame.Wanted.AsksSearchesOnly) {
+        const std::vector<SharedPlaces> counts = shared_places(sharing);
+        question.Text = search_overlap_question(counts);
+        if (is_harmless(counts)) question.Advised = platform::Answer::kYes;
+    } else {
+        question.Text = overlap_question(ids_of(sharing));
+    }
+    const auto answer = m_services.Messages->Show(question);
     return answer == platform::Answer::kYes ? Outcome::kGoOn : Outcome::kCancelled;
 }
 

@@ -14,6 +14,14 @@ namespace {
 /// Recommended buffers are this many bandwidths.
 constexpr double kBufferFactor = 3.5;
 
+constexpr double kHarmlessShare = 0.01;
+
+/// "3.5 %", or "under 0.1 %".
+std::string percent_text(double share) {
+    const double percent = std::round(share * 1000.0) / 10.0;
+    return percent > 0.0 ? platform::NumberText(percent) + " %" : "under 0.1 %";
+}
+
 /// Equal places have one hash: adding 0 makes a plain 0 of a negative one.
 std::uint64_t place_hash(const platform::Point& point) {
     constexpr std::uint64_t kMix = 0x9e3779b97f4a7c15U;
@@ -73,6 +81,25 @@ std::string overlap_question(std::span<const std::string> ids) {
     for (std::size_t i = 0; i < ids.size(); ++i) list += (i == 0 ? "" : "  ") + in_one_line(ids[i]);
     return "Warning: overlapping points were detected for the following animals:\r\n" + list +
            "\r\nThis may prevent reasonable estimation of the bandwidth. Would you like to continue anyway?";
+}
+
+bool is_harmless(std::span<const SharedPlaces> animals) {
+    return std::ranges::all_of(animals, [](const SharedPlaces& animal) { return animal.Share() < kHarmlessShare; });
+}
+
+std::string search_overlap_question(std::span<const SharedPlaces> animals) {
+    std::string list;
+    for (const SharedPlaces& animal : animals)
+        list += (list.empty() ? "" : ", ") + in_one_line(animal.Id) + " (" + std::to_string(animal.Sharing) + " of " +
+                std::to_string(animal.Fixes) + " fixes, " + percent_text(animal.Share()) + ")";
+    return "Warning: LSCV and BCV take fixes at one place for a sign of a very small bandwidth, and these animals have "
+           "such fixes: " +
+           list +
+           (is_harmless(animals)
+                ? ". They are under 1 %, which hardly changes the search."
+                : ". The remedy: thin the fixes in time, delete those at the place of another, or take "
+                  "the reference bandwidth (HREF), which needs no places apart.") +
+           " Would you like to continue anyway?";
 }
 
 }  // namespace wxl::analysis

@@ -4,6 +4,7 @@
 #include "analysis/settings.h"
 #include "platform/values.h"
 
+#include <cstdint>
 #include <span>
 #include <string>
 
@@ -29,5 +30,20 @@ bool has_overlap(std::span<const platform::Point> points);
 
 /// The question whether to go on although animals have overlapping points.
 std::string overlap_question(std::span<const std::string> ids);
+
+/// An animal with overlapping points.
+struct SharedPlaces {
+    std::string Id;
+    std::int64_t Sharing = 0;  ///< fixes at the place of another
+    std::int64_t Fixes = 0;    ///< all
+
+    double Share() const { return static_cast<double>(Sharing) / static_cast<double>(Fixes); }
+};
+
+/// Whether so few fixes of every animal share a place that a search is hardly touched: under 1 %.
+bool is_harmless(std::span<const SharedPlaces> animals);
+
+/// The question with counts and the remedy, before a search.
+std::string search_overlap_question(std::span<const SharedPlaces> animals);
 
 }  // namespace wxl::analysis

@@ -20,8 +20,9 @@ namespace wxl::analysis {
 /// One isopleth: the density level that encloses a percentage of the volume.
 struct IsoplethRecord {
     double Percent = 0.0;
-    double Level = 0.0;          ///< density per square map unit x scaling factor
-    std::optional<double> Area;  ///< square map units; absent where the level has no contour
+    double Level = 0.0;             ///< density per square map unit x scaling factor
+    std::optional<double> Area;     ///< square map units; absent where the level has no contour
+    platform::Geometry Shape = {};  ///< the polygon, where a package of the ranges is written; null else
 };
 
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.

@@ -95,6 +95,8 @@ struct Settings {
     bool Html = false;                    ///< a page of the results is wanted
     std::string RasterFormat = "GRID";    ///< or "GTiff"
     std::size_t AnimalsPerSubfolder = 0;  ///< 0: no sub-folders of the output folder
+    bool GeoPackage = false;              ///< all ranges in one package are wanted
+    bool AsksSearchesOnly = false;        ///< fixes at one place are asked about where LSCV or BCV meets them only
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 

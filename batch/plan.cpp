@@ -77,8 +77,8 @@ analysis::TypedNumbers typed_list_of(const Json& json) {
 Json json_of_settings(const Settings& settings) {
     const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, adHocParts,
                  reach, outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages,
-                 lines, polygons, donuts, convexPercentages, silent, html, rasterFormat, animalsPerSubfolder] =
-        settings;
+                 lines, polygons, donuts, convexPercentages, silent, html, rasterFormat, animalsPerSubfolder,
+                 geoPackage, asksSearchesOnly] = settings;
     return {{"layer", json_of_text(layer)},
             {"where", json_of_text(where)},
             {"id_field", json_of_text(idField)},
@@ -107,7 +107,9 @@ Json json_of_settings(const Settings& settings) {
             {"silent", silent},
             {"html", html},
             {"raster_format", rasterFormat},
-            {"animals_per_subfolder", animalsPerSubfolder}};
+            {"animals_per_subfolder", animalsPerSubfolder},
+            {"geopackage", geoPackage},
+            {"asks_searches_only", asksSearchesOnly}};
 }
 
 Settings settings_of(const Json& json) {
@@ -145,6 +147,8 @@ Settings settings_of(const Json& json) {
     settings.Html = json.at("html").get<bool>();
     settings.RasterFormat = json.at("raster_format").get<std::string>();
     settings.AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX));
+    settings.GeoPackage = json.at("geopackage").get<bool>();
+    settings.AsksSearchesOnly = json.at("asks_searches_only").get<bool>();
     return settings;
 }
 

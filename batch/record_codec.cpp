@@ -28,18 +28,44 @@ std::optional<double> optional_of(const Json& json) {
     return json.is_null() ? std::nullopt : std::optional(double_of(json));
 }
 
+/// Rings as the coordinates of their points.
+Json json_of_shape(const platform::Geometry& shape) {
+    Json json = Json::array();
+    for (const std::vector<platform::Point>& ring : shape.Parts) {
+        Json points = Json::array();
+        for (const platform::Point& point : ring) {
+            points.push_back(json_of_double(point.X));
+            points.push_back(json_of_double(point.Y));
+        }
+        json.push_back(std::move(points));
+    }
+    return json;
+}
+
+platform::Geometry shape_of(const Json& json) {
+    platform::Geometry shape;
+    for (const Json& points : json) {
+        std::vector<platform::Point> ring;
+        for (std::size_t i = 0; i + 1 < points.size(); i += 2)
+            ring.push_back({double_of(points.at(i)), double_of(points.at(i + 1))});
+        shape.Parts.push_back(std::move(ring));
+    }
+    if (!shape.Parts.empty()) shape.Type = platform::ShapeType::kPolygon;
+    return shape;
+}
+
 Json json_of_isopleths(const std::vector<analysis::IsoplethRecord>& isopleths) {
     Json json = Json::array();
     for (const analysis::IsoplethRecord& isopleth : isopleths)
-        json.push_back(
-            {json_of_double(isopleth.Percent), json_of_double(isopleth.Level), json_of_optional(isopleth.Area)});
+        json.push_back({json_of_double(isopleth.Percent), json_of_double(isopleth.Level),
+                        json_of_optional(isopleth.Area), json_of_shape(isopleth.Shape)});
     return json;
 }
 
 std::vector<analysis::IsoplethRecord> isopleths_of(const Json& json) {
     std::vector<analysis::IsoplethRecord> isopleths;
     for (const Json& one : json)
-        isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2))});
+        isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2)), shape_of(one.at(3))});
     return isopleths;
 }
 

@@ -60,6 +60,14 @@ std::vector<std::optional<double>> areas_of(std::span<const Geometry> polygons, 
     return areas;
 }
 
+/// The polygon of each level; a level that repeats an earlier one has its polygon.
+std::vector<Geometry> polygons_of(std::span<const Geometry> polygons, std::span<const double> levels) {
+    const LevelIndex index(levels);
+    std::vector<Geometry> result;
+    for (const double level : levels) result.push_back(polygons[index.Nearest(level)]);
+    return result;
+}
+
 bool is_empty(const std::vector<std::vector<Ring>>& contours) {
     return std::ranges::all_of(contours, [](const auto& rings) { return rings.empty(); });
 }
@@ -108,7 +116,8 @@ bool clsHISO::IsReady() {
         return false;
     };
     if (!m_dataset && !m_band) return refuse(isopleth_status::kNoRaster);
-    if (!m_calculateLines && !m_calculatePolys && !m_calculateDonuts) return refuse(isopleth_status::kNothingWanted);
+    if (!m_calculateLines && !m_calculatePolys && !m_calculateDonuts && !m_keepPolygons)
+        return refuse(isopleth_status::kNothingWanted);
     if (m_outputFolder.empty() || m_outputName.empty()) return refuse(isopleth_status::kNoOutput);
     return true;
 }
@@ -135,6 +144,7 @@ void clsHISO::CreateIsopleths() {
 void clsHISO::FindLevels(platform::IRasterBand& band) {
     m_levels.clear();
     m_areas.clear();
+    m_polygons.clear();
     m_statistics = band.ComputeStatistics();
     VolumeHistogram histogram(m_statistics.Minimum, m_statistics.Maximum);
     scan_surface(band, m_services.Host, m_edge, histogram);
@@ -154,6 +164,7 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     // What is told is the area of what is drawn, and is told where only lines are drawn too.
     const std::vector<Geometry> polygons = Polygons(m_calculateLines ? contours : std::exchange(contours, {}));
     m_areas = areas_of(polygons, m_levels);
+    if (m_keepPolygons) m_polygons = polygons_of(polygons, m_levels);
 
     IsoplethOutputs outputs(*m_utilities);
     const OutputPlace place{m_outputFolder, m_outputName, dataset.Reference()};

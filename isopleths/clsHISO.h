@@ -49,6 +49,9 @@ public:
     void SetCalculatePolys(bool bCalculate) { m_calculatePolys = bCalculate; }
     void SetCalculateDonuts(bool bCalculate) { m_calculateDonuts = bCalculate; }
 
+    /// Whether GetPolygons is wanted, with outputs or without.
+    void SetKeepPolygons(bool bKeep) { m_keepPolygons = bKeep; }
+
     /// Percentages of the volume (0 to 100) in any order; they are neither sorted nor made unique, and donuts are rings
     /// only when they increase. More than 100, an empty list, or a lower bound other than 0 fails in CreateIsopleths
     /// with status 3001.
@@ -83,6 +86,9 @@ public:
     /// no contour.
     const std::vector<std::optional<double>>& GetAreas() const { return m_areas; }
 
+    /// Polygons of the levels of the last run, where they were wanted; null shapes where a level has no contour.
+    const std::vector<platform::Geometry>& GetPolygons() const { return m_polygons; }
+
     /// Minimum and maximum of the raster of the last run.
     platform::RasterStatistics GetStatistics() const { return m_statistics; }
 
@@ -113,6 +119,7 @@ private:
     bool m_calculateLines = false;
     bool m_calculatePolys = false;
     bool m_calculateDonuts = false;
+    bool m_keepPolygons = false;
     std::shared_ptr<platform::IFeatureClass> m_lines;
     std::shared_ptr<platform::IFeatureClass> m_polys;
     std::shared_ptr<platform::IFeatureClass> m_donuts;
@@ -121,6 +128,7 @@ private:
     SurfaceEdge m_edge;
     std::vector<double> m_levels;
     std::vector<std::optional<double>> m_areas;
+    std::vector<platform::Geometry> m_polygons;
     platform::RasterStatistics m_statistics;
     std::int32_t m_errorStatus = 0;
 };

@@ -69,9 +69,11 @@ void fill_output(frmKDE& form, const Settings& settings) {
     form.chkVerbose.Value = settings.Verbose ? 1 : 0;
     form.chkSilent.Value = settings.Silent ? 1 : 0;
     form.chkHtml.Value = settings.Html ? 1 : 0;
+    form.chkGpkg.Value = settings.GeoPackage ? 1 : 0;
     form.ConvexPercentages = settings.ConvexPercentages;
     form.RasterFormat = settings.RasterFormat;
     form.AnimalsPerSubfolder = settings.AnimalsPerSubfolder;
+    form.AsksSearchesOnly = settings.AsksSearchesOnly;
 }
 
 void fill_isopleths(frmKDE& form, const Settings& settings) {
@@ -135,9 +137,11 @@ Settings settings_of(const frmKDE& form) {
     settings.Donuts = form.chkDonuts.Value != 0;
     settings.Silent = form.chkSilent.Value != 0;
     settings.Html = form.chkHtml.Value != 0;
+    settings.GeoPackage = form.chkGpkg.Value != 0;
     settings.ConvexPercentages = form.ConvexPercentages;
     settings.RasterFormat = form.RasterFormat;
     settings.AnimalsPerSubfolder = form.AnimalsPerSubfolder;
+    settings.AsksSearchesOnly = form.AsksSearchesOnly;
     return settings;
 }
 

@@ -2,6 +2,7 @@
 #include "analysis/analysis.h"
 #include "analysis/animal_fixes.h"
 #include "analysis/convex_polygon_layer.h"
+#include "analysis/range_package.h"
 #include "analysis/record.h"
 #include "analysis/setting_problems.h"
 #include "analysis/statistics.h"
@@ -63,6 +64,9 @@ public:
 
     /// Percentages of the fixes, a minimum convex polygon for each; empty: none are wanted.
     analysis::TypedNumbers ConvexPercentages;
+
+    /// Fixes at one place are asked about only where a search needs them apart, with their numbers.
+    bool AsksSearchesOnly = false;
 
     /// The SQL condition by which the selected fixes were chosen; "" where there is none.
     std::string Where;
@@ -143,6 +147,7 @@ public:
     platform::CheckBox chkVerbose{"Write verbose analysis log file"};
     platform::CheckBox chkAddToMap{"Add results to map", 1};
     platform::CheckBox chkHtml{"Write an HTML page of the results"};
+    platform::CheckBox chkGpkg{"Write all ranges into one GeoPackage"};
     platform::CheckBox chkBnds{"Isopleths (%):"};
     platform::TextBox txtBnds{"95, 90, 50"};
     platform::CheckBox chkLines{"Lines"};
@@ -300,6 +305,7 @@ public:
     void ShowEnd(analysis::RunOutcome outcome);
     const analysis::SummaryTable& Summary() const { return m_summary; }
     const analysis::ConvexPolygonLayer& ConvexPolygons() const { return m_convexPolygons; }
+    const analysis::RangePackage& Ranges() const { return m_ranges; }
     const std::vector<analysis::IRunObserver*>& Observers() const { return m_observers; }
 
     /// How the last run ended.
@@ -382,8 +388,9 @@ private:
     analysis::RunOutcome m_lastRun = analysis::RunOutcome::kNone;
     analysis::SummaryTable m_summary{m_services};
     analysis::ConvexPolygonLayer m_convexPolygons{m_services};
+    analysis::RangePackage m_ranges{m_services};
     RunTally m_tally;
-    std::vector<analysis::IRunObserver*> m_observers = {&m_summary, &m_convexPolygons, &m_tally};
+    std::vector<analysis::IRunObserver*> m_observers = {&m_summary, &m_convexPolygons, &m_ranges, &m_tally};
     std::optional<platform::UtmTarget> m_utm;  ///< for the chosen layer when it is in degrees
     FixesChoice m_hrefChoice{};                ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;

@@ -29,6 +29,7 @@ struct MessageBox {
     Buttons Choice = Buttons::kOk;
     Topic About = Topic::kNotice;
     BoxKind Kind = BoxKind::kNote;
+    std::optional<Answer> Advised = {};  ///< to a question: what most would answer here
 };
 
 /// Message boxes of the host.

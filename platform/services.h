@@ -5,6 +5,7 @@
 #include "platform/geometry_operators.h"
 #include "platform/map.h"
 #include "platform/messages.h"
+#include "platform/packages.h"
 #include "platform/pictures.h"
 #include "platform/reprojection.h"
 #include "platform/workspaces.h"
@@ -22,6 +23,7 @@ struct Services {
     ITempPath* TempPath = nullptr;
     IRasterWorkspace* Rasters = nullptr;
     IShapefileWorkspace* Shapefiles = nullptr;
+    IPackages* Packages = nullptr;
     ITinWorkspace* Tins = nullptr;
     IGeometryOperators* Geometry = nullptr;
     IContourOperation* Contours = nullptr;

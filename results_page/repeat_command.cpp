@@ -52,6 +52,7 @@ std::vector<std::string> repeat_words(const PageRun& run) {
     add_flag(run.Reference.IsGeographic, "--degrees");
     add_flag(settings.Verbose, "--verbose-log");
     words.emplace_back("--html");
+    add_flag(settings.GeoPackage, "--gpkg");
     return words;
 }
 

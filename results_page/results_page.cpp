@@ -38,6 +38,8 @@ void ResultsPage::AnimalDone(const analysis::AnimalRecord& record) {
     if (!m_run.Wanted.Html) return;
     m_run.Records.push_back(record);
     m_run.Methods.Add(record);
+    // The map draws the raster's contours anew: shapes of thousands of animals need not wait in memory.
+    for (analysis::IsoplethRecord& isopleth : m_run.Records.back().Isopleths) isopleth.Shape = {};
 }
 
 void ResultsPage::RunEnds(RunOutcome outcome) {

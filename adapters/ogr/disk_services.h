@@ -3,6 +3,7 @@
 #include "adapters/disk/folder_lock.h"
 #include "adapters/disk/system_clock.h"
 #include "adapters/geos/geos_operators.h"
+#include "adapters/ogr/geo_packages.h"
 #include "adapters/ogr/shapefile_workspace.h"
 #include "adapters/raster/contour_operation.h"
 #include "adapters/raster/png_encoder.h"
@@ -26,6 +27,7 @@ public:
         services.TempPath = &m_tempPath;
         services.Rasters = &m_rasters;
         services.Shapefiles = &m_shapefiles;
+        services.Packages = &m_packages;
         services.Tins = &m_tins;
         services.Geometry = &m_geometry;
         services.Contours = &m_contours;
@@ -42,6 +44,7 @@ private:
     RasterWorkspace m_rasters{m_files, m_folders};
     TinWorkspace m_tins{m_files, m_folders};
     ShapefileWorkspace m_shapefiles;
+    GeoPackages m_packages{m_files};
     GeosOperators m_geometry;
     ContourOperation m_contours;
     FolderLocks m_locks{m_files, m_folders, m_clock};

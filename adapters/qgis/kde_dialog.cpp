@@ -325,6 +325,11 @@ QWidget* KdeDialog::OutputPage() {
     m_binder.Bind(*verbose, m_form.chkVerbose, "chkVerbose");
     m_binder.Bind(*addToMap, m_form.chkAddToMap, "chkAddToMap");
     m_binder.Bind(*html, m_form.chkHtml, "chkHtml");
+    auto* package =
+        with_tip(new QCheckBox,
+                 "Puts isopleths, fixes and a summary of all animals into the file RANGES.gpkg of the output "
+                 "folder; later runs add to it");
+    m_binder.Bind(*package, m_form.chkGpkg, "chkGpkg");
     auto* output = new QGridLayout;
     output->addWidget(caption(m_form.lblOutFolder, folder), 0, 0, 1, 3);
     output->addWidget(folder, 1, 0, 1, 2);
@@ -340,7 +345,8 @@ QWidget* KdeDialog::OutputPage() {
     output->addWidget(caption(m_form.lblScaling, scaling), 7, 0);
     output->addWidget(scaling, 7, 1);
     output->addWidget(MarkOf(*scaling), 8, 1, 1, 2);
-    output->addLayout(row({verbose, addToMap, html}), 9, 0, 1, 3);
+    output->addLayout(row({verbose, addToMap}), 9, 0, 1, 3);
+    output->addLayout(row({html, package}), 10, 0, 1, 3);
     output->setColumnStretch(1, 1);
 
     auto* bounds = with_tip(new QCheckBox, "Contours that enclose these percentages of the volume");

@@ -2,6 +2,7 @@
 
 #include "adapters/disk/disk_output_file.h"
 #include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/package_rows.h"
 #include "adapters/gdal/sqlite_fence.h"
 #include "adapters/shapefile/dbf_cells.h"
 #include "adapters/shapefile/dbf_file.h"
@@ -193,6 +194,73 @@ private:
     OGRFeature* m_feature = nullptr;
 };
 
+/// A GeoPackage: its table made by GDAL, filled by SQLite's prepared statements, indexed by GDAL when all rows stand.
+class GeoPackageWriter final : public ILayerWriter {
+public:
+    GeoPackageWriter(const fs::path& file, const std::vector<Field>& fields,
+                     const platform::SpatialReference& reference)
+        : m_file(file), m_table{file.stem().string(), platform::ShapeType::kPoint, fields}, m_writing(file) {
+        files::RegisterGdal();
+        GDALDriver* maker = GetGDALDriverManager()->GetDriverByName("GPKG");
+        if (maker == nullptr) platform::Raise(error_number::kInvalidCall, "this GDAL has no driver GPKG");
+        Make(*maker, reference);
+        m_rows.emplace(m_file, std::vector{m_table}, kGeometryColumn);
+    }
+
+    void Put(const Point& point, const std::vector<FieldValue>& values) override {
+        if (!m_rows->Put(0, point, values)) Fail();
+    }
+
+    void Close() override {
+        if (!m_rows->Finish()) Fail();
+        m_rows.reset();
+        MakeIndex();
+    }
+
+private:
+    static constexpr const char* kGeometryColumn = "geom";
+
+    void Make(GDALDriver& maker, const platform::SpatialReference& reference) {
+        CPLStringList options;
+        options.SetNameValue("ADD_GPKG_OGR_CONTENTS", "NO");
+        files::GdalDatasetPtr dataset(maker.Create(m_file.c_str(), 0, 0, 0, GDT_Unknown, options.List()));
+        if (!dataset) Fail();
+        OGRSpatialReference system = files::ToOgr(reference);
+        CPLStringList ofLayer;
+        ofLayer.SetNameValue("SPATIAL_INDEX", "NO");
+        ofLayer.SetNameValue("GEOMETRY_NAME", kGeometryColumn);
+        OGRLayer* layer =
+            dataset->CreateLayer(m_table.Name.c_str(), system.IsEmpty() ? nullptr : &system, wkbPoint, ofLayer.List());
+        if (layer == nullptr) Fail();
+        for (const Field& field : m_table.Fields) {
+            OGRFieldDefn definition(field.Name.c_str(), ogr_type(field.Type));
+            if (layer->CreateField(&definition) != OGRERR_NONE) Fail();
+        }
+        if (!files::CloseChecked(std::move(dataset), m_errors)) Fail();
+    }
+
+    void MakeIndex() {
+        const char* const drivers[] = {"GPKG", nullptr};
+        files::GdalDatasetPtr dataset(GDALDataset::Open(m_file.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, drivers));
+        if (!dataset) Fail();
+        const std::unique_ptr<char, decltype(&CPLFree)> name(CPLEscapeString(m_table.Name.c_str(), -1, CPLES_SQL),
+                                                             CPLFree);
+        const std::string statement = fmt::format("SELECT CreateSpatialIndex('{}', '{}')", name.get(), kGeometryColumn);
+        dataset->ReleaseResultSet(dataset->ExecuteSQL(statement.c_str(), nullptr, nullptr));
+        if (!files::CloseChecked(std::move(dataset), m_errors)) Fail();
+    }
+
+    [[noreturn]] void Fail() const {
+        m_errors.RaiseWriting("\"" + m_file.filename().string() + "\"", m_file.parent_path());
+    }
+
+    fs::path m_file;
+    platform::PackageTable m_table;
+    files::SqliteWriting m_writing;  ///< before the rows, which write until they are closed
+    files::GdalErrors m_errors;
+    std::optional<files::PackageRows> m_rows;
+};
+
 std::string lower(std::string text) {
     for (char& c : text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -270,7 +338,7 @@ std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const fs::pa
         case LayerFormat::kShapefile:
             return std::make_unique<ShapefileWriter>(file, fields, reference);
         case LayerFormat::kGeoPackage:
-            return std::make_unique<OgrWriter>("GPKG", file, fields, reference);
+            return std::make_unique<GeoPackageWriter>(file, fields, reference);
         default:
             return std::make_unique<OgrWriter>("FlatGeobuf", file, fields, reference);
     }

@@ -63,6 +63,7 @@ std::string option_that_answers(const platform::MessageBox& box) {
     std::string line = fmt::format(
         "wxl: stopped, because this question has no answer: give --answer {0}yes or --answer {0}no", prefix);
     if (box.Choice == Buttons::kYesNoCancel) line += fmt::format(" or --answer {}cancel", prefix);
+    if (box.Advised == Answer::kYes) line += fmt::format("; --answer {}yes is advised here", prefix);
     return line;
 }
 

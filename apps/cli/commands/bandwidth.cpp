@@ -1,7 +1,10 @@
 #include "apps/cli/commands/bandwidth.h"
 
+#include "analysis/advice.h"
 #include "analysis/animal_fixes.h"
 #include "analysis/diagnosis.h"
+#include "analysis/independence.h"
+#include "analysis/summary_rows.h"
 #include "apps/cli/console_messages.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/option_checks.h"
@@ -38,6 +41,7 @@ struct AnimalBandwidth {
     engine::SearchProfile Profile;  ///< without the rows that the search did not reach
     std::string Reason;             ///< why the search is not minimised, in one line
     std::string Warnings;
+    analysis::AdviceFacts Advice;
     std::string Plot;  ///< file of its picture; empty: none
 };
 
@@ -67,6 +71,31 @@ std::string reason_of(const analysis::AnimalFixes& animal, const BandwidthOption
          .Minimized = calculator.LSCVMinimized});
 }
 
+analysis::AdviceFacts advice_on(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
+                                const engine::clsKernelCalculator& calculator) {
+    analysis::AdviceFacts facts{.Count = static_cast<std::int32_t>(animal.Fixes.size()),
+                                .Schoener = analysis::Schoener(animal.Fixes),
+                                .SwihartSlade = analysis::SwihartSlade(animal.Fixes),
+                                .Coincident = analysis::coincidence_of(animal.Fixes)};
+    if (options.Method == "lscv") facts.LscvMinimized = calculator.LSCVMinimized;
+    return facts;
+}
+
+/// Which method the fixes allow, for those who do not know.
+void report_advice(const std::vector<AnimalBandwidth>& animals, Console& console) {
+    for (const AnimalBandwidth& animal : animals)
+        if (const std::string text = animal.Bandwidth ? analysis::advice_text(animal.Advice) : ""; !text.empty())
+            console.Note(fmt::format("{}: {}", platform::ValueText(animal.Id), text));
+}
+
+Json json_of(const analysis::AdviceFacts& advice) {
+    const std::string text = analysis::advice_text(advice);
+    if (text.empty()) return nullptr;
+    return {{"autocorrelated", analysis::is_autocorrelated(advice)},
+            {"method", analysis::method_name(analysis::advised_method(advice))},
+            {"text", text}};
+}
+
 AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
                              ConsoleMessages& messages) {
     engine::clsKernelCalculator calculator(messages);
@@ -84,6 +113,7 @@ AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const Bandwidt
     found.Count = animal.Fixes.size();
     if (has_spread(animal.Fixes)) found.Href = if_positive(calculator.GetHREF());
     found.Reason = reason_of(animal, options, calculator);
+    found.Advice = advice_on(animal, options, calculator);
     if (!found.Href) return found;
     found.Bandwidth = if_positive(calculator.GetBandwidth());
     found.MapUnits = if_positive(calculator.GetScaledBandwidth());
@@ -202,6 +232,7 @@ Json json_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions
         if (options.Rescale) one["bandwidth_map_units"] = json_number(animal.MapUnits);
         one["href"] = json_number(animal.Href);
         one["minimised"] = animal.Searched ? Json(animal.Minimised) : Json(nullptr);
+        one["advice"] = json_of(animal.Advice);
         one["reason"] = animal.Reason.empty() ? Json(nullptr) : Json(animal.Reason);
         const std::optional<engine::ProfileRow> minimum = engine::SmallestScore(animal.Profile);
         one["minimum"] = minimum ? Json{{"h", json_number(minimum->Bandwidth)}, {"score", json_number(minimum->Score)}}
@@ -266,6 +297,8 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
         "used and standard error says so. Local minima that are not taken are listed there\n"
         "with their scores, and all of them by --json.\n"
         "\n"
+        "Standard error and --json also say which method each animal's fixes allow, and why.\n"
+        "\n"
         "--plot marks the smallest score, HREF and the bandwidth in use. ID is the naming\n"
         "ID of wxl kde: the ID itself, or 1, 2, 3 ... where IDs are text. An animal\n"
         "without a search gets no file.\n"
@@ -288,6 +321,7 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
     const Plots plots(options, sample);
     std::vector<AnimalBandwidth> animals = find_bandwidths(sample.Groups, options, console);
     report_problems(animals, console);
+    report_advice(animals, console);
     if (profile) profile->Write(csv_text(profile_of(animals)));
     plots.Write(animals);
     if (options.Json) {

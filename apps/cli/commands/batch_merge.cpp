@@ -48,14 +48,15 @@ int run_batch_merge(const BatchMergeOptions& options, Console& console) {
     KdeOutput output = session.Output(options.Json);
     analysis::SummaryTable summary(services);
     analysis::ConvexPolygonLayer polygons(services);
+    analysis::RangePackage ranges(services);
     results_page::ResultsPage page(services);
-    const std::vector<analysis::IRunObserver*> observers = {&summary, &polygons, &output, &page};
+    const std::vector<analysis::IRunObserver*> observers = {&summary, &polygons, &ranges, &output, &page};
     batch::Merge(services, plan).Run(observers);
     analysis::show_ending(*services.Messages, false);
     output.Finish(analysis::RunOutcome::kComplete);
     if (options.Clean) batch::remove_batch(services, plan.Frame.Folder);
     const int code = exit_code_of(analysis::RunOutcome::kComplete, output, console);
-    return with_extras(code, summary, polygons, page, options.Json, console);
+    return with_extras(code, summary, polygons, ranges, page, options.Json, console);
 }
 
 }  // namespace wxl::cli

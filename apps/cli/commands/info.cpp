@@ -1,5 +1,6 @@
 #include "apps/cli/commands/info.h"
 
+#include "adapters/tracking/target_projection.h"
 #include "analysis/animal_fixes.h"
 #include "apps/cli/animal_tracks.h"
 #include "apps/cli/json_values.h"
@@ -30,17 +31,37 @@ struct LayerFacts {
     std::string IdField;  ///< empty: not known
     analysis::GroupedFixes Groups;
     std::vector<tracking_times::TimeFacts> Times;  ///< of the animals; empty: no times are known
+    std::optional<tracking::Distortion> Wrong;     ///< over the fixes; nothing in degrees and unknown systems
 };
+
+/// How far the projection changes sizes where the fixes lie.
+std::optional<tracking::Distortion> distortion_of(const analysis::GroupedFixes& groups,
+                                                  const platform::SpatialReference& reference) {
+    if (reference.IsGeographic || reference.Wkt.empty()) return std::nullopt;
+    std::vector<platform::Point> points;
+    for (const analysis::AnimalFixes& animal : groups.Animals)
+        points.insert(points.end(), animal.Fixes.begin(), animal.Fixes.end());
+    if (points.empty()) return std::nullopt;
+    return tracking::largest_distortion(points, reference);
+}
 
 LayerFacts facts_of(const InfoOptions& options) {
     const auto layer = open_point_layer(options.Points);
     platform::IFeatureClass& points = *layer->FeatureClass();
-    LayerFacts facts{
-        layer->Name(), points.FeatureCount(), points.Bounds(), points.Reference(), points.Table().Fields(), "", {}, {}};
+    LayerFacts facts{layer->Name(),
+                     points.FeatureCount(),
+                     points.Bounds(),
+                     points.Reference(),
+                     points.Table().Fields(),
+                     "",
+                     {},
+                     {},
+                     {}};
     facts.IdField = options.IdField.empty() ? guess_id_field(facts.Fields)
                                             : find_id_field(points.Table(), options.IdField, options.Points.Input);
     if (facts.IdField.empty()) return facts;
     facts.Groups = analysis::GroupFixes(*layer, facts.IdField, false);
+    facts.Wrong = distortion_of(facts.Groups, facts.Reference);
     const std::string time = options.Time.empty() ? guess_time_field(points.Table()) : options.Time;
     if (!time.empty()) facts.Times = time_facts_of(*layer, facts.IdField, time);
     return facts;
@@ -105,6 +126,7 @@ void report_text(const LayerFacts& facts, Console& console) {
     report_line(console, "points", std::to_string(facts.Points));
     report_line(console, "extent", extent_text(facts.Bounds));
     report_line(console, "crs", reference_text(facts.Reference));
+    if (facts.Wrong) report_line(console, "sizes", tracking::distortion_text(*facts.Wrong));
     std::vector<std::string> fields;
     for (const platform::Field& field : facts.Fields)
         fields.push_back(fmt::format("{} ({})", field.Name, type_name(field.Type)));
@@ -127,6 +149,7 @@ Json json_of(const LayerFacts& facts) {
     const platform::SpatialReference& crs = facts.Reference;
     json["crs"] = crs.Name.empty() ? Json(nullptr)
                                    : Json{{"name", crs.Name}, {"unit", crs.UnitName}, {"degrees", crs.IsGeographic}};
+    json["distortion"] = facts.Wrong ? Json{{"area", facts.Wrong->Area}, {"length", facts.Wrong->Length}} : Json();
     json["fields"] = Json::array();
     for (const platform::Field& field : facts.Fields)
         json["fields"].push_back({{"name", field.Name}, {"type", type_name(field.Type)}});
@@ -163,7 +186,8 @@ void register_info(CLI::App& command, InfoOptions& options) {
         "system, its fields, and each animal with the number of its fixes. Points without\n"
         "a location count as points but not as fixes. Where times are known, each animal's\n"
         "period is told, the days of UTC that have a fix, and the median interval between\n"
-        "fixes with its interquartile range (type 7).\n"
+        "fixes with its interquartile range (type 7). Sizes: how far areas and distances in\n"
+        "the layer's projection are from those on the ground, at most over the fixes.\n"
         "\n"
         "Example:\n"
         "\n"

@@ -93,6 +93,12 @@ void add_isopleth_options(CLI::App& command, KdeOptions& options) {
 void add_run_options(CLI::App& command, KdeOptions& options) {
     command.add_flag("--verbose-log", options.VerboseLog, "Put the search profiles into the report");
     command.add_flag("--html", options.Html, "Write WXL_KDE_ANALYSIS.html, a page of the results with maps");
+    command.add_flag_callback(
+        "--gpkg", [&options] { options.GeoPackage = true; },
+        "Write RANGES.gpkg: isopleths, fixes and a summary of all animals in one file; as usual where the program "
+        "chooses");
+    command.add_flag_callback(
+        "--no-gpkg", [&options] { options.GeoPackage = false; }, "Do not write it");
     command.add_option("--settings", options.Settings, "Settings file to start from; options given count more")
         ->type_name("FILE");
     command.add_option("--save-settings", options.SaveSettings, "Save the settings to this file")->type_name("FILE");
@@ -106,8 +112,11 @@ constexpr const char* kFooter =
     "(a table, GPX, KML, degrees; with the options of wxl import), finds the animals, and\n"
     "chooses what --id-field, --out and --cell-size do not say: the folder NAME_ranges, and\n"
     "for every animal cells that suit its bandwidth, with --extent min, --isopleths 95,50\n"
-    "--polygons --html. Options refine that. A call that gives all three is taken as it\n"
-    "stands: full extent, no isopleths and no page unless asked for.\n"
+    "--gpkg --html. Options refine that. A call that gives all three is taken as it\n"
+    "stands: full extent, no isopleths, no package and no page unless asked for.\n"
+    "\n"
+    "RANGES.gpkg holds the isopleths of all animals as one layer, their fixes, and a\n"
+    "summary; rows of earlier runs stay.\n"
     "\n"
     "Each distribution is a raster, with isopleths as shapefiles where asked for. The folder\n"
     "also gets WXL_KDE_ANALYSIS.txt, a report to which every run is appended, and\n"
@@ -137,10 +146,12 @@ constexpr int kMostJobs = 1024;
 }  // namespace
 
 int with_extras(int code, const analysis::SummaryTable& summary, const analysis::ConvexPolygonLayer& polygons,
-                const results_page::ResultsPage& page, bool json, Console& console) {
+                const analysis::RangePackage& ranges, const results_page::ResultsPage& page, bool json,
+                Console& console) {
     if (!json && !polygons.Written().empty()) console.Result("minimum convex polygons: " + polygons.Written().string());
+    if (!json && !ranges.Written().empty()) console.Result("ranges: " + ranges.Written().string());
     if (!json && !page.Written().empty()) console.Result("page: " + page.Written().string());
-    return summary.Failed() || polygons.Failed() || page.Failed() ? exit_code::kFailed : code;
+    return summary.Failed() || polygons.Failed() || ranges.Failed() || page.Failed() ? exit_code::kFailed : code;
 }
 
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console) {
@@ -239,7 +250,7 @@ int run_kde(const KdeOptions& given, Console& console) {
     form.AddObserver(page);
     const int code =
         options.Jobs > 1 ? run_in_processes(options, session, output, console) : run_here(session, output, console);
-    return with_extras(code, form.Summary(), form.ConvexPolygons(), page, options.Json, console);
+    return with_extras(code, form.Summary(), form.ConvexPolygons(), form.Ranges(), page, options.Json, console);
 }
 
 }  // namespace wxl::cli

@@ -1,5 +1,6 @@
 #pragma once
 #include "analysis/convex_polygon_layer.h"
+#include "analysis/range_package.h"
 #include "analysis/record.h"
 #include "analysis/summary_table.h"
 #include "apps/cli/console.h"
@@ -45,6 +46,7 @@ struct KdeOptions {
     bool Donuts = false;
     bool VerboseLog = false;
     bool Html = false;
+    std::optional<bool> GeoPackage;  ///< nothing: where the program chooses
     std::string Settings;
     std::string SaveSettings;
     std::size_t GroupBy = 0;
@@ -66,7 +68,8 @@ batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks);
 
 /// The exit code of a run whose own is `code`, with its summary, polygons and page; where those two stand is printed.
 int with_extras(int code, const analysis::SummaryTable& summary, const analysis::ConvexPolygonLayer& polygons,
-                const results_page::ResultsPage& page, bool json, Console& console);
+                const analysis::RangePackage& ranges, const results_page::ResultsPage& page, bool json,
+                Console& console);
 
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);

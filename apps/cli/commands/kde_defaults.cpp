@@ -30,7 +30,8 @@ KdeOptions completed(const KdeOptions& given) {
     if (!options.CellSize && !has_reference(options)) options.CellSize = analysis::kFittingCells;
     if (!options.Extent) options.Extent = "min";
     if (!options.Isopleths) options.Isopleths = "95,50";
-    if (!options.Lines && !options.Donuts) options.Polygons = true;
+    if (!options.GeoPackage) options.GeoPackage = true;
+    if (!*options.GeoPackage && !options.Lines && !options.Donuts) options.Polygons = true;
     options.Html = true;
     return options;
 }

@@ -4,6 +4,7 @@
 #include "analysis/diagnosis.h"
 #include "analysis/dry_run.h"
 #include "analysis/output_names.h"
+#include "analysis/range_package.h"
 #include "analysis/subfolders.h"
 #include "analysis/summary_rows.h"
 #include "apps/cli/json_values.h"
@@ -133,6 +134,7 @@ void refuse_read_outputs(frmKDE& form, const ReadFiles& read) {
     for (const char* file :
          {analysis::kReportFile, analysis::kSummaryFile, analysis::kSettingsRecordFile, results_page::kPageFile})
         read.Refuse(analysis::file_in_folder(filled.Folder, file));
+    if (filled.Wanted.GeoPackage) read.Refuse(analysis::file_in_folder(filled.Folder, analysis::kRangePackage));
 }
 
 void advise_on_names(Console& console) {

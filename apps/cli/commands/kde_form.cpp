@@ -114,8 +114,10 @@ void take_output(const KdeOptions& options, const GivenSettings& given, Settings
     if (given.ScalingFactor) settings.ScalingFactor = *given.ScalingFactor;
     if (options.VerboseLog) settings.Verbose = true;
     if (options.Html) settings.Html = true;
+    settings.GeoPackage = options.GeoPackage.value_or(false);
     settings.RasterFormat = options.RasterFormat;
     settings.AnimalsPerSubfolder = options.GroupBy;
+    settings.AsksSearchesOnly = true;
 }
 
 void take_isopleths(const KdeOptions& options, const GivenSettings& given, Settings& settings) {
@@ -125,8 +127,9 @@ void take_isopleths(const KdeOptions& options, const GivenSettings& given, Setti
     if (options.Polygons) settings.Polygons = true;
     if (options.Donuts) settings.Donuts = true;
     settings.ConvexPercentages = given.ConvexPercentages;
-    if (settings.Isopleths && !settings.Lines && !settings.Polygons && !settings.Donuts)
-        throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons or --donuts");
+    const bool files = settings.Lines || settings.Polygons || settings.Donuts;
+    if (settings.Isopleths && !files && !settings.GeoPackage)
+        throw WrongCall("isopleths are to be drawn, but as what? Add --lines, --polygons, --donuts or --gpkg");
 }
 
 void take_extent(const GivenSettings& given, Settings& settings) {

@@ -63,5 +63,16 @@ TEST(Questions, Overlap_question_joins_ids_with_two_blanks) {
               "reasonable estimation of the bandwidth. Would you like to continue anyway?");
 }
 
+TEST(Questions, A_search_is_hardly_touched_where_under_one_percent_share_a_place) {
+    const std::vector<SharedPlaces> few = {{"a", 2, 201}, {"b\nc", 2, 10000}};
+    EXPECT_TRUE(is_harmless(few));
+    EXPECT_EQ(
+        search_overlap_question(few),
+        "Warning: LSCV and BCV take fixes at one place for a sign of a very small bandwidth, and these animals "
+        "have such fixes: a (2 of 201 fixes, 1 %), b c (2 of 10000 fixes, under 0.1 %). They are under 1 %, which "
+        "hardly changes the search. Would you like to continue anyway?");
+    EXPECT_FALSE(is_harmless(std::vector<SharedPlaces>{{"a", 2, 201}, {"b", 2, 200}}));
+}
+
 }  // namespace
 }  // namespace wxl::analysis

@@ -19,6 +19,7 @@ TEST(Info, Layer_is_told_in_lines) {
               "points   3\n"
               "extent   x 1 to 5, y -6 to 4\n"
               "crs      WGS 84 / UTM zone 33N (metre)\n"
+              "sizes    areas are up to 0.5 % and distances up to 0.3 % wrong\n"
               "fields   animal (text), Time2 (whole number), Date (text), Time1 (text)\n"
               "animals  2 by animal\n"
               "  a: 2, 2018-05-09 to 2018-05-10, 1.0 days, 2 with a fix, every 24 h (IQR 0 s)\n"
@@ -37,6 +38,9 @@ TEST(Info, Layer_is_told_in_json) {
     EXPECT_EQ(json["crs"]["name"], "WGS 84 / UTM zone 33N");
     EXPECT_EQ(json["crs"]["unit"], "metre");
     EXPECT_EQ(json["crs"]["degrees"], false);
+    // 500 km from the middle of the zone on the equator: 0.9996 (1 + 1.00674 x 0.078424^2 / 2), and its square.
+    EXPECT_NEAR(json["distortion"]["length"].get<double>(), 0.002694, 4e-6);
+    EXPECT_NEAR(json["distortion"]["area"].get<double>(), 0.005396, 8e-6);
     EXPECT_EQ(json["fields"][1], (nlohmann::json{{"name", "Time2"}, {"type", "whole number"}}));
     EXPECT_EQ(json["id_field"], "Time2");
     EXPECT_EQ(json["animals"][0]["id"], 1525824000);

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <ogrsf_frmts.h>
 
 namespace wxl::cli {
 namespace {
@@ -469,14 +470,17 @@ TEST_F(KdeAlone, A_table_becomes_ranges_and_a_page_in_one_line) {
                                                "report: " +
                                                folder +
                                                "/WXL_KDE_ANALYSIS\\.txt\n"
+                                               "ranges: " +
+                                               folder +
+                                               "/RANGES\\.gpkg\n"
                                                "page: " +
                                                folder + "/WXL_KDE_ANALYSIS\\.html\n"));
-    EXPECT_TRUE(fs::exists("wolves_ranges/1/hdr.adf") && fs::exists("wolves_ranges/2_iso_poly.shp"));
-    EXPECT_FALSE(fs::exists("wolves_ranges/1_iso_line.shp"));
+    EXPECT_TRUE(fs::exists("wolves_ranges/1/hdr.adf") && fs::exists("wolves_ranges/RANGES.gpkg"));
+    EXPECT_FALSE(fs::exists("wolves_ranges/1_iso_poly.shp"));
     const std::string page = content("wolves_ranges/WXL_KDE_ANALYSIS.html");
-    EXPECT_THAT(page, HasSubstr("wxl kde " + (Folder.Path() / "wolves.csv").string() +
-                                " --id wolf --id-field animal --out " + folder +
-                                " --cell-size auto --bandwidth href --extent min --isopleths 95,50 --polygons --html"));
+    EXPECT_THAT(page,
+                HasSubstr("wxl kde " + (Folder.Path() / "wolves.csv").string() + " --id wolf --id-field animal --out " +
+                          folder + " --cell-size auto --bandwidth href --extent min --isopleths 95,50 --html --gpkg"));
 }
 
 TEST_F(KdeAlone, The_command_of_the_page_repeats_the_run) {
@@ -484,9 +488,9 @@ TEST_F(KdeAlone, The_command_of_the_page_repeats_the_run) {
     const Ran first = run_wxl({"kde", "wolves.csv", "--id-field", "wolf", "--json"});
     ASSERT_EQ(first.Code, 0) << first.Err;
     const Ran again =
-        run_wxl({"kde",           "wolves.csv",  "--id",       "wolf",        "--id-field",  "animal",   "--out",
-                 "wolves_ranges", "--cell-size", "auto",       "--bandwidth", "href",        "--extent", "min",
-                 "--isopleths",   "95,50",       "--polygons", "--html",      "--overwrite", "--json"});
+        run_wxl({"kde",           "wolves.csv",  "--id",   "wolf",        "--id-field",  "animal",   "--out",
+                 "wolves_ranges", "--cell-size", "auto",   "--bandwidth", "href",        "--extent", "min",
+                 "--isopleths",   "95,50",       "--html", "--gpkg",      "--overwrite", "--json"});
     ASSERT_EQ(again.Code, 0) << again.Err;
     EXPECT_EQ(first.Out, again.Out);
 }
@@ -512,6 +516,110 @@ TEST_F(KdeAlone, Cells_suit_the_bandwidth_that_leaves_a_range_whole) {
         EXPECT_GE(cells, 6.0);
         EXPECT_LE(cells, 15.0);
     }
+}
+
+/// What GDAL reads of a layer of the package: a line of all its fields for each row.
+std::vector<std::string> rows_of(const fs::path& package, const std::string& layer) {
+    files::RegisterGdal();
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    std::vector<std::string> rows;
+    if (!dataset || dataset->GetLayerByName(layer.c_str()) == nullptr) return rows;
+    for (const auto& feature : *dataset->GetLayerByName(layer.c_str())) {
+        std::string row;
+        for (int i = 0; i < feature->GetFieldCount(); ++i)
+            row += (i == 0 ? "" : "|") + std::string(feature->GetFieldAsString(i));
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+TEST_F(KdeAlone, All_ranges_stand_in_one_package) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json animals = json::parse(ran.Out)["animals"];
+    const fs::path package = "wolves_ranges/RANGES.gpkg";
+    const auto isopleths = rows_of(package, "isopleths");
+    ASSERT_EQ(isopleths.size(), 4U);
+    EXPECT_THAT(isopleths[0], StartsWith("Anna|95|"));
+    EXPECT_THAT(isopleths[1], StartsWith("Anna|50|"));
+    EXPECT_THAT(isopleths[0], testing::EndsWith("|href|4|2020-06-01T00:00:00Z|2020-06-02T00:00:00Z|1|1"));
+    EXPECT_THAT(isopleths[3], HasSubstr("|href|4|2020-06-01T00:00:00Z|2020-06-03T12:00:00Z|"));
+    EXPECT_EQ(rows_of(package, "fixes").size(), 8U);
+    EXPECT_EQ(rows_of(package, "fixes")[5], "Ben|2");
+    const auto summary = rows_of(package, "summary");
+    ASSERT_EQ(summary.size(), 2U);
+    EXPECT_THAT(summary[1],
+                StartsWith("Ben|4|2020-06-01T00:00:00Z|2020-06-03T12:00:00Z|2.5|2|3600|3600|106200|102600|0|"
+                           "href|"));
+
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    OGRLayer& layer = *dataset->GetLayerByName("isopleths");
+    EXPECT_STREQ(layer.GetSpatialRef()->GetName(), "WGS 84 / UTM zone 33N");
+    EXPECT_TRUE(layer.TestCapability(OLCFastSpatialFilter));
+    for (const auto& feature : layer)
+        EXPECT_EQ(feature->GetGeometryRef()->toMultiPolygon()->getNumGeometries(), feature->GetFieldAsInteger("parts"));
+    layer.ResetReading();
+    const OGRFeatureUniquePtr first(layer.GetNextFeature());
+    const double area = animals[0]["levels"][0]["area"].get<double>();
+    EXPECT_NEAR(first->GetGeometryRef()->toMultiPolygon()->get_Area(), area, 1e-6 * area);
+    EXPECT_NEAR(first->GetFieldAsDouble("area_m2"), area, 1e-9 * area);
+    EXPECT_NEAR(first->GetFieldAsDouble("area_ha"), area / 1e4, 1e-9 * area);
+    const auto styles = rows_of(package, "layer_styles");
+    ASSERT_EQ(styles.size(), 2U);
+    EXPECT_THAT(styles[0], HasSubstr("||isopleths|geom|isopleths|<!DOCTYPE qgis"));
+}
+
+TEST_F(KdeAlone, A_later_run_keeps_the_ranges_of_other_rasters) {
+    WriteTable("wolves.csv");
+    const auto kde = [](const std::vector<std::string>& more) {
+        std::vector<std::string> call = {"kde", "wolves.csv", "--id", "wolf", "--overwrite"};
+        call.insert(call.end(), more.begin(), more.end());
+        const Ran ran = run_wxl(call);
+        EXPECT_EQ(ran.Code, 0) << ran.Err;
+        return content("wolves_ranges/RANGES.gpkg");
+    };
+    const fs::path package = "wolves_ranges/RANGES.gpkg";
+    const std::string first = kde({});
+    EXPECT_EQ(rows_of(package, "isopleths").size(), 4U);
+    kde({"--prefix", "P", "--bandwidth", "prop:0.8,1", "--isopleths", "90"});
+    EXPECT_EQ(rows_of(package, "isopleths").size(), 8U);
+    EXPECT_EQ(rows_of(package, "fixes").size(), 8U);
+    kde({"--isopleths", "80"});
+    const auto isopleths = rows_of(package, "isopleths");
+    ASSERT_EQ(isopleths.size(), 6U);
+    EXPECT_THAT(isopleths[0], testing::EndsWith("|1|P1_b1"));
+    EXPECT_THAT(isopleths[4], StartsWith("Anna|80|"));
+    EXPECT_EQ(rows_of(package, "summary").size(), 6U);
+    fs::remove_all("wolves_ranges");
+    EXPECT_EQ(kde({}) == first, true);
+}
+
+TEST_F(KdeAlone, A_package_that_is_something_else_stays) {
+    WriteTable("wolves.csv");
+    fs::create_directory("wolves_ranges");
+    std::ofstream("wolves_ranges/RANGES.gpkg") << "my notes";
+    const Ran notes = run_wxl({"kde", "wolves.csv", "--id", "wolf"});
+    EXPECT_EQ(notes.Code, 0);
+    EXPECT_THAT(notes.Err,
+                HasSubstr("/wolves_ranges/RANGES.gpkg is not a package of this tool's ranges in the coordinate "
+                          "system of the points, and was left as it is; no package was written.\n"));
+    EXPECT_EQ(content("wolves_ranges/RANGES.gpkg"), "my notes");
+    ASSERT_EQ(run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "r"}).Code, 0);
+    const std::string before = content("r/RANGES.gpkg");
+    const Ran elsewhere =
+        run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "r", "--prefix", "E", "--to-crs", "EPSG:32632"});
+    EXPECT_THAT(elsewhere.Err, HasSubstr("and was left as it is"));
+    EXPECT_EQ(content("r/RANGES.gpkg") == before, true);
+}
+
+TEST_F(KdeAlone, No_package_is_written_where_none_is_wanted) {
+    WriteTable("wolves.csv");
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--no-gpkg"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_THAT(ran.Out, Not(HasSubstr("ranges: ")));
+    EXPECT_FALSE(fs::exists("wolves_ranges/RANGES.gpkg"));
+    EXPECT_TRUE(fs::exists("wolves_ranges/2_iso_poly.shp"));
 }
 
 TEST_F(KdeAlone, A_second_run_does_not_replace_the_first) {
@@ -563,6 +671,7 @@ TEST_F(KdeAlone, Processes_side_by_side_choose_the_same) {
     const Ran whole = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "whole", "--json"});
     EXPECT_EQ(json::parse(merged.Out)["animals"][1]["levels"], json::parse(whole.Out)["animals"][1]["levels"]);
     EXPECT_EQ(json::parse(merged.Out)["animals"][1]["cell_size"], 10.0);
+    EXPECT_EQ(content("wolves_ranges/RANGES.gpkg") == content("whole/RANGES.gpkg"), true);
 }
 
 TEST_F(KdeCommand, A_question_without_an_answer_stops_the_run_and_names_the_option) {
@@ -595,9 +704,9 @@ TEST_F(KdeCommand, A_question_without_an_answer_leaves_the_files_of_earlier_runs
         {"kde", Points, "--extent", "full:10"},
         {"kde", Points, "--extent", "full:10", "--jobs", "2"},
         {"batch", "plan", Points, "--extent", "full:10"},
-        {"kde", overlaps, "--extent", "min"},
-        {"kde", overlaps, "--extent", "min", "--jobs", "2"},
-        {"batch", "plan", overlaps, "--extent", "min"},
+        {"kde", overlaps, "--extent", "min", "--bandwidth", "lscv"},
+        {"kde", overlaps, "--extent", "min", "--bandwidth", "lscv", "--jobs", "2"},
+        {"batch", "plan", overlaps, "--extent", "min", "--bandwidth", "lscv"},
     };
     for (auto call : calls) {
         for (const char* more : {"--id-field", "animal", "--cell-size", "20", "--prefix", "L", "--out"})
@@ -620,15 +729,42 @@ TEST_F(KdeCommand, A_buffer_is_suggested_wide_enough_for_every_method) {
     }
 }
 
-TEST_F(KdeCommand, Overlapping_fixes_are_asked_about) {
+TEST_F(KdeCommand, Overlapping_fixes_are_asked_about_where_a_search_needs_them_apart) {
     Import("doubled", "a,x,y\n1,0,0\n1,0,0\n1,300,200\n1,100,900\n");
-    const auto run = [&](const std::string& answer) {
-        return run_wxl({"kde", Folder / "doubled.shp", "--id-field", "animal", "--out", Out, "--cell-size", "20",
-                        "--extent", "min", "--answer", answer});
+    const auto run = [&](const std::string& bandwidth, const std::vector<std::string>& more) {
+        std::vector<std::string> call = {
+            "kde", Folder / "doubled.shp", "--id-field", "animal",     "--out", Out, "--cell-size", "5", "--extent",
+            "min", "--bandwidth",          bandwidth,    "--overwrite"};
+        call.insert(call.end(), more.begin(), more.end());
+        return run_wxl(call);
     };
-    EXPECT_EQ(run("overlap=no").Code, 1);
-    EXPECT_TRUE(fs::is_empty(Out));
-    EXPECT_EQ(run("overlap=yes").Code, 0);
+    for (const char* search : {"lscv", "bcv"}) {
+        const Ran asked = run(search, {});
+        EXPECT_EQ(asked.Code, 1);
+        EXPECT_THAT(asked.Err, HasSubstr("these animals have such fixes: 1 (2 of 4 fixes, 50 %). The remedy: thin the "
+                                         "fixes in time, delete those at the place of another, or take the reference "
+                                         "bandwidth (HREF), which needs no places apart. Would you like to continue "
+                                         "anyway?\nwxl: stopped, because this question has no answer: give --answer "
+                                         "overlap=yes or --answer overlap=no\n"));
+        EXPECT_TRUE(fs::is_empty(Out));
+        EXPECT_EQ(run(search, {"--answer", "overlap=no"}).Code, 1);
+        EXPECT_TRUE(fs::is_empty(Out));
+        EXPECT_EQ(run(search, {"--answer", "overlap=yes"}).Code, 0);
+        fs::remove_all(Out);
+    }
+    for (const char* method : {"href", "50", "prop:0.5", "adhoc"}) EXPECT_EQ(run(method, {}).Code, 0) << method;
+}
+
+TEST_F(KdeCommand, A_few_overlapping_fixes_are_advised_to_be_taken) {
+    std::string csv = "a,x,y\n1,0,0\n1,0,0\n";
+    for (int i = 1; i < 250; ++i) csv += "1," + std::to_string(i * 37 % 500) + "," + std::to_string(i) + "\n";
+    Import("few", csv);
+    const Ran asked = run_wxl({"kde", Folder / "few.shp", "--id-field", "animal", "--out", Out, "--cell-size", "5",
+                               "--extent", "min", "--bandwidth", "lscv"});
+    EXPECT_EQ(asked.Code, 1);
+    EXPECT_THAT(asked.Err,
+                HasSubstr("1 (2 of 251 fixes, 0.8 %). They are under 1 %, which hardly changes the search."));
+    EXPECT_THAT(asked.Err, HasSubstr("--answer overlap=no; --answer overlap=yes is advised here\n"));
 }
 
 TEST_F(KdeCommand, A_dry_run_tells_the_plan_and_writes_nothing) {

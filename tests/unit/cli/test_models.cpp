@@ -138,7 +138,8 @@ TEST(Models, Degenerate_animals_have_a_sentence_each) {
     EXPECT_EQ(json[2]["verdict"], "There are 0 fixes of different times: at least 3 are needed.");
     EXPECT_EQ(
         json[3]["verdict"],
-        "3 fixes have the time of another fix at another place (the first: 2020-01-01T00:00:00Z): no model of movement has a likelihood. Remove "
+        "3 fixes have the time of another fix at another place (the first: 2020-01-01T00:00:00Z): no model of movement "
+        "has a likelihood. Remove "
         "duplicates in time first (wxl remove-duplicates --by time2), or name a field whose times tell them apart.");
     EXPECT_NE(ran.Err.find("timeless: 1 fix without a time left out\n"), std::string::npos) << ran.Err;
     EXPECT_NE(ran.Err.find("line: All fixes lie on one line: anisotropic models are out, isotropic ones hold.\n"),

@@ -1,0 +1,217 @@
+#include "adapters/gdal/package_rows.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace wxl::files {
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::FieldValue;
+using platform::PackageTable;
+using platform::ShapeType;
+
+constexpr std::size_t kHeader = 8;     ///< magic, version, flags, system
+constexpr std::size_t kEnvelope = 32;  ///< xmin, xmax, ymin, ymax
+
+struct StatementCloser {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementCloser>;
+
+std::string sql_name(const std::string& name) {
+    std::string text = "\"";
+    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
+    return text + "\"";
+}
+
+SqlitePtr open_for_writing(const fs::path& file) {
+    sqlite3* database = nullptr;
+    const int code = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    SqlitePtr opened(database);
+    return code == SQLITE_OK ? std::move(opened) : nullptr;
+}
+
+StatementPtr prepared(sqlite3* database, const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    const int code = sqlite3_prepare_v3(database, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    return StatementPtr(code == SQLITE_OK ? statement : nullptr);
+}
+
+/// Runs a statement that gives no rows, and makes it ready for the next time.
+bool ran(sqlite3_stmt* statement) {
+    const bool done = sqlite3_step(statement) == SQLITE_DONE;
+    return sqlite3_reset(statement) == SQLITE_OK && done;
+}
+
+bool bind_text(sqlite3_stmt* statement, int place, const std::string& text) {
+    return sqlite3_bind_text(statement, place, text.data(), static_cast<int>(text.size()), SQLITE_STATIC) == SQLITE_OK;
+}
+
+bool bind(sqlite3_stmt* statement, int place, const FieldValue& value) {
+    if (const auto* whole = std::get_if<std::int64_t>(&value))
+        return sqlite3_bind_int64(statement, place, *whole) == SQLITE_OK;
+    if (const auto* number = std::get_if<double>(&value))
+        return sqlite3_bind_double(statement, place, *number) == SQLITE_OK;
+    if (const auto* text = std::get_if<std::string>(&value)) return bind_text(statement, place, *text);
+    return sqlite3_bind_null(statement, place) == SQLITE_OK;
+}
+
+/// "INSERT INTO t (geom, a, b) VALUES (?, ?, ?)"
+std::string insertion(const PackageTable& table, const std::string& geometryColumn) {
+    std::string names;
+    std::string marks;
+    const auto add = [&](const std::string& name) {
+        names += (names.empty() ? "" : ", ") + sql_name(name);
+        marks += marks.empty() ? "?" : ", ?";
+    };
+    if (table.Shape != ShapeType::kNull) add(geometryColumn);
+    for (const platform::Field& field : table.Fields) add(field.Name);
+    return "INSERT INTO " + sql_name(table.Name) + " (" + names + ") VALUES (" + marks + ")";
+}
+
+/// The header of a shape in a GeoPackage: little-endian, with an envelope or without.
+void put_header(char* bytes, std::int32_t system, bool envelope) {
+    static_assert(std::endian::native == std::endian::little);
+    const std::array<char, 4> start = {'G', 'P', 0, static_cast<char>(envelope ? 3 : 1)};
+    std::memcpy(bytes, start.data(), start.size());
+    std::memcpy(bytes + 4, &system, 4);
+}
+
+}  // namespace
+
+struct PackageRows::Table {
+    std::string Name;
+    bool HasShapes = false;
+    std::string Key;
+    std::int32_t System = 0;
+    StatementPtr Insertion;
+    StatementPtr Deletion;
+    std::optional<std::multimap<std::string, std::int64_t>> Earlier;  ///< rows by their key, read when first asked for
+    platform::Extent Bounds;
+};
+
+PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& tables,
+                         const std::string& geometryColumn)
+    : m_database(open_for_writing(file)) {
+    m_good = m_database && Execute("PRAGMA journal_mode = OFF") && Execute("PRAGMA synchronous = OFF") &&
+             Execute("PRAGMA locking_mode = EXCLUSIVE") && Execute("BEGIN");
+    for (const PackageTable& given : tables) {
+        auto table = std::make_unique<Table>();
+        table->Name = given.Name;
+        table->HasShapes = given.Shape != ShapeType::kNull;
+        table->Key = given.Fields.at(given.Key).Name;
+        table->Insertion = prepared(m_database.get(), insertion(given, geometryColumn));
+        table->Deletion = prepared(m_database.get(), "DELETE FROM " + sql_name(given.Name) + " WHERE fid = ?");
+        const StatementPtr system =
+            prepared(m_database.get(), "SELECT srs_id FROM gpkg_geometry_columns WHERE table_name = ?");
+        m_good = m_good && table->Insertion && table->Deletion && system && bind_text(system.get(), 1, given.Name);
+        if (m_good && sqlite3_step(system.get()) == SQLITE_ROW) table->System = sqlite3_column_int(system.get(), 0);
+        m_tables.push_back(std::move(table));
+    }
+}
+
+PackageRows::~PackageRows() = default;
+
+bool PackageRows::Execute(const std::string& sql) {
+    return sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool PackageRows::ReadKeys(Table& table) {
+    table.Earlier.emplace();
+    const StatementPtr rows = prepared(
+        m_database.get(), "SELECT fid, " + sql_name(table.Key) + " FROM " + sql_name(table.Name) + " ORDER BY fid");
+    if (!rows) return false;
+    int code = sqlite3_step(rows.get());
+    for (; code == SQLITE_ROW; code = sqlite3_step(rows.get())) {
+        const auto* key = reinterpret_cast<const char*>(sqlite3_column_text(rows.get(), 1));
+        if (key != nullptr) table.Earlier->emplace(key, sqlite3_column_int64(rows.get(), 0));
+    }
+    return code == SQLITE_DONE;
+}
+
+bool PackageRows::Drop(std::size_t place, const std::string& key) {
+    Table& table = *m_tables.at(place);
+    if (!m_good || (!table.Earlier && !ReadKeys(table))) return m_good = false;
+    const auto [first, last] = table.Earlier->equal_range(key);
+    for (auto row = first; row != last && m_good; ++row)
+        m_good = sqlite3_bind_int64(table.Deletion.get(), 1, row->second) == SQLITE_OK && ran(table.Deletion.get());
+    table.Earlier->erase(first, last);
+    return m_good;
+}
+
+bool PackageRows::Insert(Table& table, std::span<const char> shape, std::span<const FieldValue> values) {
+    sqlite3_stmt* statement = table.Insertion.get();
+    int place = 1;
+    if (table.HasShapes) {
+        const int code = shape.empty()
+                             ? sqlite3_bind_null(statement, place)
+                             : sqlite3_bind_blob64(statement, place, shape.data(), shape.size(), SQLITE_STATIC);
+        m_good = m_good && code == SQLITE_OK;
+        ++place;
+    }
+    for (const FieldValue& value : values) m_good = m_good && bind(statement, place++, value);
+    m_good = m_good && ran(statement);
+    return m_good;
+}
+
+bool PackageRows::Put(std::size_t place, const OGRGeometry* shape, std::span<const FieldValue> values) {
+    if (!m_good) return false;
+    Table& table = *m_tables.at(place);
+    if (shape == nullptr) return Insert(table, {}, values);
+    OGREnvelope box;
+    shape->getEnvelope(&box);
+    table.Bounds.Include({box.MinX, box.MinY});
+    table.Bounds.Include({box.MaxX, box.MaxY});
+    m_bytes.resize(kHeader + kEnvelope + shape->WkbSize());
+    put_header(m_bytes.data(), table.System, true);
+    const std::array<double, 4> sides = {box.MinX, box.MaxX, box.MinY, box.MaxY};
+    std::memcpy(m_bytes.data() + kHeader, sides.data(), kEnvelope);
+    auto* wkb = reinterpret_cast<unsigned char*>(m_bytes.data() + kHeader + kEnvelope);
+    if (shape->exportToWkb(wkbNDR, wkb, wkbVariantIso) != OGRERR_NONE) return m_good = false;
+    return Insert(table, m_bytes, values);
+}
+
+bool PackageRows::Put(std::size_t place, const platform::Point& point, std::span<const FieldValue> values) {
+    if (!m_good) return false;
+    Table& table = *m_tables.at(place);
+    table.Bounds.Include(point);
+    std::array<char, kHeader + 21> bytes{};
+    put_header(bytes.data(), table.System, false);
+    bytes[kHeader] = 1;
+    bytes[kHeader + 1] = 1;
+    std::memcpy(bytes.data() + kHeader + 5, &point.X, 8);
+    std::memcpy(bytes.data() + kHeader + 13, &point.Y, 8);
+    return Insert(table, bytes, values);
+}
+
+bool PackageRows::Finish() {
+    // An extent that stands already is that of earlier rows.
+    const StatementPtr extent =
+        prepared(m_database.get(),
+                 "UPDATE gpkg_contents SET min_x = min(coalesce(min_x, ?1), ?1), min_y = min(coalesce(min_y, ?2), ?2), "
+                 "max_x = max(coalesce(max_x, ?3), ?3), max_y = max(coalesce(max_y, ?4), ?4) WHERE table_name = ?5");
+    m_good = m_good && extent;
+    for (const auto& table : m_tables) {
+        if (!m_good || !table->HasShapes || table->Bounds.IsEmpty()) continue;
+        const platform::Extent& box = table->Bounds;
+        int place = 1;
+        for (const double side : {box.XMin, box.YMin, box.XMax, box.YMax})
+            m_good = m_good && sqlite3_bind_double(extent.get(), place++, side) == SQLITE_OK;
+        m_good = m_good && bind_text(extent.get(), place, table->Name) && ran(extent.get());
+    }
+    m_good = m_good && Execute("COMMIT");
+    return m_good;
+}
+
+bool stamp_package(const fs::path& file, const std::string& moment) {
+    const SqlitePtr database = open_for_writing(file);
+    if (!database) return false;
+    sqlite3_exec(database.get(), "PRAGMA journal_mode = OFF", nullptr, nullptr, nullptr);
+    const StatementPtr change = prepared(database.get(), "UPDATE gpkg_contents SET last_change = ?");
+    return change && bind_text(change.get(), 1, moment) && ran(change.get());
+}
+
+}  // namespace wxl::files

@@ -1,0 +1,54 @@
+#pragma once
+#include "adapters/gdal/sqlite_fence.h"
+#include "platform/packages.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <ogr_geometry.h>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace wxl::files {
+
+/// Fills the tables of a GeoPackage through SQLite, in one transaction: several times as fast as through GDAL. For
+/// drafts: without a journal, a file whose transaction is cut short is none any more.
+///
+/// The tables have a first column "fid" and no index of places. Every call but the constructor says whether it worked.
+class PackageRows {
+public:
+    PackageRows(const std::filesystem::path& file, const std::vector<platform::PackageTable>& tables,
+                const std::string& geometryColumn);
+    ~PackageRows();
+    PackageRows(const PackageRows&) = delete;
+    PackageRows& operator=(const PackageRows&) = delete;
+
+    /// Deletes the rows that stood there before and have this key.
+    bool Drop(std::size_t table, const std::string& key);
+
+    /// `shape` may be null.
+    bool Put(std::size_t table, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
+    bool Put(std::size_t table, const platform::Point& point, std::span<const platform::FieldValue> values);
+
+    /// Writes extents and ends the transaction.
+    bool Finish();
+
+private:
+    struct Table;
+
+    bool Execute(const std::string& sql);
+    bool Insert(Table& table, std::span<const char> shape, std::span<const platform::FieldValue> values);
+    bool ReadKeys(Table& table);
+
+    SqlitePtr m_database;
+    bool m_good = true;
+    std::vector<std::unique_ptr<Table>> m_tables;
+    std::string m_bytes;
+};
+
+/// Gives all tables of a GeoPackage this moment as that of their last change. Whether it worked.
+bool stamp_package(const std::filesystem::path& file, const std::string& moment);
+
+}  // namespace wxl::files

@@ -1,0 +1,57 @@
+#pragma once
+// Several layers and tables in one file.
+
+#include "platform/values.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace wxl::platform {
+
+/// A table of a package, with shapes or without.
+struct PackageTable {
+    std::string Name;
+    ShapeType Shape = ShapeType::kNull;  ///< kPoint, kPolygon, or kNull: no shapes
+    std::vector<Field> Fields;           ///< whole numbers, numbers and texts
+    std::size_t Key = 0;                 ///< the field, a text, by whose values earlier rows are replaced
+    std::string Style = {};              ///< how a desktop GIS draws it (QML of QGIS); empty: as that likes
+};
+
+/// A file of tables in one coordinate system.
+struct Package {
+    std::filesystem::path File;
+    SpatialReference Reference;
+    std::vector<PackageTable> Tables;
+    std::string Changed;  ///< moment that the file tells as that of its last change: "2026-11-22T09:05:00.000Z"
+};
+
+/// Rows on their way into a package. They appear all at once when they are published, and not at all otherwise.
+class IPackageWriter {
+public:
+    virtual ~IPackageWriter() = default;
+
+    /// Takes the rows of earlier runs away whose key is `key`.
+    virtual void Drop(std::size_t table, const std::string& key) = 0;
+
+    /// `values` in the order of the table's fields; a null shape is stored as none.
+    virtual void Put(std::size_t table, const Geometry& shape, std::span<const FieldValue> values) = 0;
+
+    /// RuntimeError when the package cannot be written: what stood there stays.
+    virtual void Publish() = 0;
+};
+
+/// Packages on disk.
+class IPackages {
+public:
+    virtual ~IPackages() = default;
+
+    /// Begins new rows of a package, which keeps those that it has. Null where a file of that name is something else:
+    /// no package, other tables or fields, another coordinate system. RuntimeError where it cannot be written.
+    virtual std::unique_ptr<IPackageWriter> Open(const Package& package) = 0;
+};
+
+}  // namespace wxl::platform
