@@ -9,7 +9,7 @@ import re
 import sys
 
 # What tells no messages: programs for developers, and the words of pictures and pages.
-SILENT = ("tests", "bench", "fuzz", "build", "adapters/memory", "pictures", "results_page")
+SILENT = ("tests", "bench", "fuzz", "build", "adapters/memory", "pictures", "results_page", "analysis/methods_paragraph")
 
 # Procedures that take a message, and constants that hold one.
 TELLERS = re.compile(r"^(Raise|RaiseWriting|WrongCall|RuntimeError|Show|ShowWarning|ShowError|ShowUserError|Ask|Problem|Note|Fail"
