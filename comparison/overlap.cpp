@@ -88,7 +88,8 @@ std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapSettings& 
     const std::vector<PairSums> shared = pair_sums(set, settings.Conditional, progress);
     PairRecords records(set, settings);
     if (!settings.AllPairs) {
-        for (const PairSums& sums : shared) records.Append(sums.I, sums.J, sums);
+        for (const PairSums& sums : shared)
+            if (sums.I == sums.J || sums.Whole.Agreement.Affinity > 0.0) records.Append(sums.I, sums.J, sums);
         return records.Taken();
     }
     const std::vector<TiledDensity>& animals = set.Animals;

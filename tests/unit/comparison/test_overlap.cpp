@@ -109,11 +109,13 @@ TEST(Overlap, Disjoint_ranges_share_nothing_and_are_left_out_unless_asked_for) {
 
 TEST(Overlap, Densities_in_one_tile_that_share_no_cell_are_disjoint) {
     const DensitySet set = set_of({0.0, 0.0, 1.0, 4, 1}, {{0.5, 0.5, 0.0, 0.0}, {0.0, 0.0, 0.25, 0.75}}, {95.0});
-    const OverlapIndices indices = find(overlaps(set, {.Conditional = true}), 0, 1, 95.0, true).Indices.value();
+    const OverlapIndices indices =
+        find(overlaps(set, {.Conditional = true, .AllPairs = true}), 0, 1, 95.0, true).Indices.value();
     EXPECT_EQ(indices.HrIj, 0.0);
     EXPECT_EQ(indices.Ba, 0.0);
     EXPECT_EQ(indices.Udoi, 0.0);
     EXPECT_NEAR(indices.Hd, std::sqrt(2.0), 1e-7);
+    EXPECT_EQ(overlaps(set, {}).size(), 2U);  // each with itself
 }
 
 TEST(Overlap, An_animal_without_a_distribution_has_no_indices_and_leaves_the_others_alone) {
@@ -126,6 +128,27 @@ TEST(Overlap, An_animal_without_a_distribution_has_no_indices_and_leaves_the_oth
     EXPECT_FALSE(find(pairs, 1, 1, 80.0).Indices);
     EXPECT_FALSE(find(pairs, 1, 2, 80.0).Indices);
     EXPECT_EQ(find(pairs, 0, 2, 80.0).Indices, find(overlaps(two, {}), 0, 1, 80.0).Indices);
+}
+
+// Every animal has a cell of its own, but for the last, which lives where the first does: 10,000 pairs of an animal
+// with itself, and that one, of 50,005,000.
+TEST(Overlap, Of_ten_thousand_animals_of_which_two_meet) {
+    constexpr std::size_t kAnimals = 10000;
+    const platform::RasterGeometry grid{0.0, 0.0, 1.0, 128, 80};
+    DensitySet set{grid, {95.0}, {}};
+    std::vector<double> cells(kAnimals + 240, 0.0);
+    for (std::size_t i = 0; i < kAnimals; ++i) {
+        const std::size_t home = i + 1 == kAnimals ? 0 : i;
+        cells[home] = 1.0;
+        set.Animals.emplace_back(grid, cells, set.Percents);
+        cells[home] = 0.0;
+    }
+    const std::vector<PairOverlap> pairs = overlaps(set, {});
+    ASSERT_EQ(pairs.size(), kAnimals + 1);
+    EXPECT_EQ(pairs[1].First, 0U);
+    EXPECT_EQ(pairs[1].Second, kAnimals - 1);
+    EXPECT_EQ(pairs[1].Indices->HrIj, 1.0);
+    EXPECT_EQ(pairs[1].Indices->Hd, 0.0);
 }
 
 TEST(Overlap, Of_one_animal_and_of_none) {

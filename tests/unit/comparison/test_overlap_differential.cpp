@@ -127,7 +127,7 @@ TEST(OverlapDifferential, Many_animals_agree_with_plain_sums) {
         expect_near(pair.Indices.value(), twin.Indices(pair.First, pair.Second, 95.0, false));
 }
 
-// What is left out shares no tile, and what stays is what was there.
+// What is left out shares no cell, and what stays is what was there.
 TEST(OverlapDifferential, Pairs_that_meet_are_the_same_with_and_without_the_others) {
     const platform::RasterGeometry grid = square_grid(50, 4.0);
     const DensitySet set = set_of(grid, many(grid, 70), {95.0});
