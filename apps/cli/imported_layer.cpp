@@ -1,13 +1,16 @@
 #include "apps/cli/imported_layer.h"
 
+#include "adapters/gdal/source_rules.h"
 #include "adapters/ogr/ogr_source.h"
 #include "adapters/tracking/point_layer.h"
 #include "apps/cli/fix_rows.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
+#include <string_view>
 
 namespace wxl::cli {
 
@@ -23,10 +26,13 @@ bool is_import_format(const fs::path& file) {
     return std::find(kImportedFormats.begin(), kImportedFormats.end(), ending) != kImportedFormats.end();
 }
 
-/// The layer as OGR opens it; null where it does not.
+/// The layer of points as OGR opens it; null where it does not. RuntimeError for one that leads elsewhere.
 std::shared_ptr<files::FilesFeatureLayer> opened_or_null(const InputOptions& input) {
     try {
-        return open_point_layer(input);
+        auto layer = files::OpenFeatureLayer(input.Input, sources_of(input.AllowIndirect));
+        return layer->FeatureClass()->Shape() == platform::ShapeType::kPoint ? layer : nullptr;
+    } catch (const files::IndirectSource& refused) {
+        raise_with_option(refused);
     } catch (const platform::RuntimeError&) {
         return nullptr;
     }

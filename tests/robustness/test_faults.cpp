@@ -181,8 +181,10 @@ private:
         return run.Code == 1;
     }
 
-    /// Whether a message names the dataset of a file.
+    /// Whether a message names the dataset of a file, or the folder that was to be locked by it.
     bool Names(const std::string& message, const std::string& path) const {
+        const fs::path file = path;
+        if (file.filename() == ".wxl_run.lock") return message.find(file.parent_path()) != std::string::npos;
         const fs::path out = Work / "out";
         const std::string dataset = tests::dataset_of(path, path.starts_with(out.string() + "/") ? out : Work);
         return message.find(dataset) != std::string::npos;

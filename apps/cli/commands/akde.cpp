@@ -155,7 +155,7 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
         "Examples:\n"
         "\n"
         "  wxl akde wolves.csv --out akde --html\n"
-        "  wxl akde wolves.shp --id-field animal --time-field Date,Time1 --out akde");
+        "  wxl akde wolves.shp --id-field animal --time-field Date,Time1 --out ranges");
 }
 
 int run_akde(const AkdeOptions& options, Console& console) {

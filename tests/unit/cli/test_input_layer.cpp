@@ -97,7 +97,8 @@ TEST(InputLayer, Web_mercator_is_told_where_something_is_measured) {
     EXPECT_EQ(imported.Code, 0);
     EXPECT_TRUE(imported.Err.ends_with(told)) << imported.Err;
     EXPECT_EQ(run_wxl({"-q", "stats", layer, "--id-field", "animal"}).Err, told);
-    EXPECT_EQ(run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href"}).Err, told);
+    const Ran bandwidth = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "href"});
+    EXPECT_TRUE(bandwidth.Err.starts_with(told)) << bandwidth.Err;
     const Ran kde = run_wxl(
         {"kde", layer, "--id-field", "animal", "--out", (folder / "out").string(), "--cell-size", "10", "--dry-run"});
     EXPECT_TRUE(kde.Err.starts_with(told)) << kde.Err;
