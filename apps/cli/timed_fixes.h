@@ -17,7 +17,7 @@ namespace wxl::cli {
 struct TimedInputOptions {
     InputOptions Points;
     akde::TimedFields Fields;  ///< empty ones are found
-    std::string Where;  ///< condition that the fixes meet; empty: none
+    std::string Where;         ///< condition that the fixes meet; empty: none
 };
 
 /// Gives `command` INPUT, --id-field, --time-field and --where.

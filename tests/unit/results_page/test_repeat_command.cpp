@@ -50,12 +50,12 @@ TEST(RepeatCommand, Names_every_setting) {
     run.Wanted.Where = "sex = 'f'";
     run.Wanted.RasterFormat = "GTiff";
     run.Reference.IsGeographic = true;
-    EXPECT_THAT(repeat_words(run),
-                ElementsAre("wxl", "kde", "wolves", "--id-field", "animal", "--where", "sex = 'f'", "--out", "/out",
-                            "--prefix", "W", "--cell-size", "100", "--scaling", "1000", "--bandwidth", "prop:0.4,0.6",
-                            "--adaptive", "--rescale", "--extent", "full:2500.5", "--isopleths", "95,50", "--lines",
-                            "--polygons", "--donuts", "--mcp", "100,95", "--raster-format", "GTiff", "--degrees",
-                            "--verbose-log", "--html", "--gpkg"));
+    EXPECT_THAT(
+        repeat_words(run),
+        ElementsAre("wxl", "kde", "wolves", "--id-field", "animal", "--where", "sex = 'f'", "--out", "/out", "--prefix",
+                    "W", "--cell-size", "100", "--scaling", "1000", "--bandwidth", "prop:0.4,0.6", "--adaptive",
+                    "--rescale", "--extent", "full:2500.5", "--isopleths", "95,50", "--lines", "--polygons", "--donuts",
+                    "--mcp", "100,95", "--raster-format", "GTiff", "--degrees", "--verbose-log", "--html", "--gpkg"));
 }
 
 TEST(RepeatCommand, Is_quoted_for_a_shell) {
