@@ -15,7 +15,6 @@ namespace wxl::akde {
 
 namespace {
 
-using movement_models::FittedModel;
 using platform::NumberText;
 
 RangePlace place_of(const RangeSettings& settings, const std::string& namingId,

@@ -62,7 +62,7 @@ std::vector<std::string> names_of(const std::string& timeField) {
 /// The cells of one or two fields as one.
 FieldValue time_cell(const platform::IFeature& feature, const std::vector<int>& fields) {
     if (fields.size() == 1) return feature.Value(fields[0]);
-    const FieldValue date = feature.Value(fields[0]);
+    FieldValue date = feature.Value(fields[0]);
     if (platform::IsMissing(date)) return date;
     return platform::ValueText(date) + " " + platform::ValueText(feature.Value(fields[1]));
 }

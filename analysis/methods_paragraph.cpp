@@ -58,7 +58,7 @@ std::string duration_text(double seconds) {
 
 std::string durations_text(std::vector<double> seconds) {
     std::ranges::sort(seconds);
-    const std::string first = duration_text(seconds.front());
+    std::string first = duration_text(seconds.front());
     const std::string last = duration_text(seconds.back());
     if (first == last) return first;
     return "median " + duration_text(comparison::quantile(seconds, kHalf)) + ", range " + first + " to " + last;

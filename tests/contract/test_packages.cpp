@@ -1,0 +1,192 @@
+// One suite for the packages of every adapter.
+
+#include "adapters/disk/disk_file_system.h"
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/memory/memory_file_system.h"
+#include "adapters/memory/memory_packages.h"
+#include "adapters/ogr/geo_packages.h"
+#include "tests/support/scratch_folder.h"
+
+#include <gmock/gmock.h>
+#include <ogrsf_frmts.h>
+
+namespace wxl::tests {
+namespace {
+
+using platform::FieldType;
+using platform::FieldValue;
+using platform::Geometry;
+using platform::Package;
+using platform::ShapeType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Rows = std::vector<std::string>;
+
+/// An adapter, and what another reader finds in its packages: "x y|cell|cell" for every row.
+class PackageStage {
+public:
+    virtual ~PackageStage() = default;
+    virtual platform::IFileSystem& Files() = 0;
+    virtual platform::IPackages& Packages() = 0;
+    virtual std::filesystem::path Folder() const = 0;
+    virtual Rows Read(const Package& package, std::size_t table) = 0;
+};
+
+std::string place_text(double x, double y) {
+    return platform::ValueText(x) + " " + platform::ValueText(y);
+}
+
+class MemoryStage final : public PackageStage {
+public:
+    MemoryStage() { m_files.Disk().AddFolder("/data"); }
+
+    platform::IFileSystem& Files() override { return m_files; }
+    platform::IPackages& Packages() override { return m_packages; }
+    std::filesystem::path Folder() const override { return "/data"; }
+    Rows Read(const Package& package, std::size_t table) override {
+        Rows rows;
+        for (const auto& row : m_packages.Rows(package.File, table)) {
+            rows.push_back(row.Shape.IsNull() ? "" : place_text(row.Shape.Location.X, row.Shape.Location.Y));
+            for (const FieldValue& value : row.Values) rows.back() += "|" + platform::ValueText(value);
+        }
+        return rows;
+    }
+
+private:
+    memory::MemoryFileSystem m_files;
+    memory::MemoryPackages m_packages{m_files};
+};
+
+class FilesStage final : public PackageStage {
+public:
+    platform::IFileSystem& Files() override { return m_files; }
+    platform::IPackages& Packages() override { return m_packages; }
+    std::filesystem::path Folder() const override { return m_scratch.Path(); }
+    Rows Read(const Package& package, std::size_t table) override {
+        Rows rows;
+        const files::GdalErrors quiet;
+        const files::GdalDatasetPtr dataset(GDALDataset::Open(package.File.c_str(), GDAL_OF_VECTOR));
+        if (!dataset) return rows;
+        OGRLayer& layer = *dataset->GetLayerByName(package.Tables[table].Name.c_str());
+        for (const auto& row : layer) {
+            const OGRGeometry* shape = row->GetGeometryRef();
+            rows.push_back(shape == nullptr ? "" : place_text(shape->toPoint()->getX(), shape->toPoint()->getY()));
+            for (int field = 0; field < row->GetFieldCount(); ++field)
+                rows.back() +=
+                    std::string("|") + (row->IsFieldSetAndNotNull(field) ? row->GetFieldAsString(field) : "");
+        }
+        return rows;
+    }
+
+private:
+    ScratchFolder m_scratch;
+    files::DiskFileSystem m_files;
+    files::GeoPackages m_packages{m_files};
+};
+
+struct PackageStageChoice {
+    std::string Name;
+    std::unique_ptr<PackageStage> (*Make)();
+};
+
+template <class AnyStage>
+std::unique_ptr<PackageStage> made() {
+    return std::make_unique<AnyStage>();
+}
+
+class PackageContract : public testing::TestWithParam<PackageStageChoice> {
+protected:
+    void SetUp() override {
+        files::RegisterGdal();
+        Wanted.File = Stage->Folder() / "ranges.gpkg";
+        Wanted.Reference = files::ReferenceFromText("EPSG:32633");
+        Wanted.Tables = {{"fixes", ShapeType::kPoint, {{"animal", FieldType::kText}, {"n", FieldType::kInteger}}, 0},
+                         {"summary", ShapeType::kNull, {{"animal", FieldType::kText}, {"h", FieldType::kDouble}}, 0}};
+        Wanted.Changed = "2026-11-22T09:05:00.000Z";
+    }
+
+    static void PutFix(platform::IPackageWriter& writer, double x, const std::string& animal, FieldValue n) {
+        const std::array<FieldValue, 2> values = {animal, std::move(n)};
+        writer.Put(0, Geometry::OfPoint({x, 6000000.5}), values);
+    }
+
+    /// A package with a fix of Arn and two of Zoe.
+    void MakeThree() {
+        const auto writer = Stage->Packages().Open(Wanted);
+        ASSERT_NE(writer, nullptr);
+        PutFix(*writer, 500000.25, "Arn", std::int64_t{1});
+        PutFix(*writer, 500001.0, "Zoe", std::int64_t{2});
+        PutFix(*writer, 500002.0, "Zoe", FieldValue{});
+        const std::array<FieldValue, 2> summary = {std::string("Zoe"), 12.5};
+        writer->Put(1, {}, summary);
+        writer->Publish();
+    }
+
+    std::unique_ptr<PackageStage> Stage = GetParam().Make();
+    Package Wanted;
+};
+
+TEST_P(PackageContract, Rows_appear_in_their_order_with_what_is_missing) {
+    MakeThree();
+    EXPECT_THAT(Stage->Read(Wanted, 0),
+                ElementsAre("500000.25 6000000.5|Arn|1", "500001 6000000.5|Zoe|2", "500002 6000000.5|Zoe|"));
+    EXPECT_THAT(Stage->Read(Wanted, 1), ElementsAre("|Zoe|12.5"));
+}
+
+TEST_P(PackageContract, Nothing_appears_before_it_is_published) {
+    {
+        const auto writer = Stage->Packages().Open(Wanted);
+        PutFix(*writer, 500000.0, "Arn", std::int64_t{1});
+    }
+    EXPECT_FALSE(Stage->Files().FileExists(Wanted.File));
+    EXPECT_THAT(Stage->Read(Wanted, 0), IsEmpty());
+}
+
+TEST_P(PackageContract, Rows_that_are_not_published_leave_the_earlier_ones) {
+    MakeThree();
+    {
+        const auto writer = Stage->Packages().Open(Wanted);
+        writer->Drop(0, "Zoe");
+        PutFix(*writer, 1.0, "Zoe", std::int64_t{9});
+    }
+    EXPECT_EQ(Stage->Read(Wanted, 0).size(), 3U);
+}
+
+TEST_P(PackageContract, Rows_of_a_key_are_replaced_and_the_others_kept) {
+    MakeThree();
+    const auto writer = Stage->Packages().Open(Wanted);
+    ASSERT_NE(writer, nullptr);
+    writer->Drop(0, "Zoe");
+    PutFix(*writer, 500003.0, "Zoe", std::int64_t{3});
+    writer->Publish();
+    EXPECT_THAT(Stage->Read(Wanted, 0), ElementsAre("500000.25 6000000.5|Arn|1", "500003 6000000.5|Zoe|3"));
+    EXPECT_EQ(Stage->Read(Wanted, 1).size(), 1U);
+}
+
+TEST_P(PackageContract, A_file_that_is_something_else_stays) {
+    const auto file = Stage->Files().OpenForWriting(Wanted.File, platform::WriteMode::kReplace);
+    file->Write("my notes");
+    file->Close();
+    EXPECT_EQ(Stage->Packages().Open(Wanted), nullptr);
+    EXPECT_EQ(Stage->Files().ReadFile(Wanted.File, 100), "my notes");
+}
+
+TEST_P(PackageContract, A_package_of_other_fields_or_another_system_stays) {
+    MakeThree();
+    Package other = Wanted;
+    other.Tables[0].Fields[1].Type = FieldType::kDouble;
+    EXPECT_EQ(Stage->Packages().Open(other), nullptr);
+    other = Wanted;
+    other.Reference = files::ReferenceFromText("EPSG:32634");
+    EXPECT_EQ(Stage->Packages().Open(other), nullptr);
+    EXPECT_EQ(Stage->Read(Wanted, 0).size(), 3U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Adapters, PackageContract,
+                         testing::Values(PackageStageChoice{"Memory", made<MemoryStage>},
+                                         PackageStageChoice{"Files", made<FilesStage>}),
+                         [](const auto& choice) { return choice.param.Name; });
+
+}  // namespace
+}  // namespace wxl::tests
