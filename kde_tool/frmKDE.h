@@ -52,6 +52,12 @@ public:
     const std::string Caption = "Kernel Density Estimation";
     bool Visible = true;  ///< false after btnExit
 
+    /// Fixes at one place are asked about only where a search needs them apart, with their numbers.
+    bool AsksSearchesOnly = false;
+
+    /// The layer and its selection do not change while the form is open: the fixes that a page read serve the run too.
+    bool KeepsFixes = false;
+
     /// Format of the rasters that a run writes: "GRID" or "GTiff".
     std::string RasterFormat = "GRID";
 
@@ -65,14 +71,8 @@ public:
     /// Percentages of the fixes, a minimum convex polygon for each; empty: none are wanted.
     analysis::TypedNumbers ConvexPercentages;
 
-    /// Fixes at one place are asked about only where a search needs them apart, with their numbers.
-    bool AsksSearchesOnly = false;
-
     /// The SQL condition by which the selected fixes were chosen; "" where there is none.
     std::string Where;
-
-    /// The layer and its selection do not change while the form is open: the fixes that a page read serve the run too.
-    bool KeepsFixes = false;
 
     /// A run spreads its datasets over sub-folders of the output folder, one for every so many animals; 0: it does not.
     std::size_t AnimalsPerSubfolder = 0;
@@ -379,9 +379,10 @@ private:
     utilities::Utilities& m_geodata;
     std::string m_outFolder;
     std::string m_loadNote;
-    bool m_okPressed = false;
     std::string m_suggestedCells;  ///< for the fixes that the pages show; "" where there are none
     double m_largestHref = 0.0;
+    bool m_okPressed = false;
+    bool m_plotting = false;
     bool m_running = false;
     bool m_stopRequested = false;
     bool m_asksToStop = false;  ///< the question is on screen
@@ -394,7 +395,6 @@ private:
     std::optional<platform::UtmTarget> m_utm;  ///< for the chosen layer when it is in degrees
     FixesChoice m_hrefChoice{};                ///< for which the reference bandwidths were computed
     std::optional<PlottedSearch> m_plotted;
-    bool m_plotting = false;
     std::vector<analysis::IndependenceRow> m_independence;
     std::vector<analysis::VarianceRow> m_variances;
     std::vector<analysis::HrefRow> m_hrefs;

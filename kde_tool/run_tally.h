@@ -14,7 +14,7 @@ class RunTally final : public analysis::IRunObserver {
 public:
     void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override;
     void AnimalDone(const analysis::AnimalRecord& record) override;
-    void RunEnds(analysis::RunOutcome) override {}
+    void RunEnds(analysis::RunOutcome /*outcome*/) override {}
 
     /// What is to be told of the last run. A run that failed before its first distribution has computed nothing.
     ResultPanel Panel(analysis::RunOutcome outcome) const;
