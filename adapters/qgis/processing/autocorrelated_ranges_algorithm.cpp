@@ -114,10 +114,10 @@ QString AutocorrelatedRangesAlgorithm::helpUrl() const {
 void AutocorrelatedRangesAlgorithm::initAlgorithm(const QVariantMap&) {
     AddInput(QStringLiteral("Fixes (projected points)"));
     const auto field = [&](const char* name, const char* title, bool optional, const char* help) {
-        addParameter(with_help(
-            new QgsProcessingParameterField(QLatin1String(name), QLatin1String(title), QVariant(),
-                                            QStringLiteral("INPUT"), QgsProcessingParameterField::Any, false, optional),
-            help));
+        addParameter(
+            with_help(new QgsProcessingParameterField(QLatin1String(name), QLatin1String(title), QVariant(),
+                                                      QStringLiteral("INPUT"), kFieldOfAnyType, false, optional),
+                      help));
     };
     field("ID_FIELD", "Animal ID field", false, "The field that names the animal of each fix");
     field("TIME_FIELD", "Field of date and time", false, "A text, a date, or seconds");
