@@ -87,7 +87,7 @@ void frmKDE::Form_Load() {
         cmbKernelForm.Items = {kGaussianForm};
         cmbKernelForm.ListIndex = 0;
         DisableExtRef();
-        enable(btnLastSettings, Advice && Advice->LastSettings());
+        enable(btnLastSettings, Advice != nullptr && Advice->LastSettings());
     });
 }
 

@@ -26,7 +26,7 @@ int page_of(std::string_view control) {
 
 std::string buffer_text(const analysis::Settings& settings, double largestHref) {
     if (settings.Mode != analysis::ExtentMode::kFull || !settings.Buffer.Value) return {};
-    const std::string used = settings.Buffer.Text + " on every side";
+    std::string used = settings.Buffer.Text + " on every side";
     if (list_of(settings).NoNumber) return used;
     const double advised = analysis::recommended_buffer(settings, largestHref).Shown;
     if (!(advised > *settings.Buffer.Value)) return used;

@@ -298,7 +298,7 @@ RangePage::RangePage(const platform::Services& services, const akde::RangeSettin
 }
 
 std::filesystem::path RangePage::Write(const akde::RangeOutcome& outcome) {
-    const std::filesystem::path page = m_run.Wanted.Folder / kRangePageFile;
+    std::filesystem::path page = m_run.Wanted.Folder / kRangePageFile;
     if (!may_replace_page(*m_services.Files, page)) return {};
     m_run.Stopped = outcome.Stopped;
     m_run.Finish = m_services.Clock->Now();
