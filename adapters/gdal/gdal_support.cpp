@@ -10,6 +10,7 @@
 #include <cpl_conv.h>
 #include <cpl_error.h>
 #include <cpl_string.h>
+#include <cstddef>
 #include <map>
 #include <new>
 #include <unistd.h>
@@ -69,7 +70,10 @@ std::string wkt_in(const OGRSpatialReference& reference, const char* dialect) {
 }  // namespace
 
 void RegisterGdal() {
+    // A driver that cannot be allocated is used all the same by GDAL; registering takes less than 2 MB.
+    constexpr std::size_t kRegistrationBytes = 4 << 20;
     [[maybe_unused]] static const bool registered = [] {
+        ::operator delete(::operator new(kRegistrationBytes));
         GDALAllRegister();
         return true;
     }();

@@ -10,7 +10,7 @@
 
 namespace wxl::files {
 
-/// Makes GDAL's drivers known; any number of calls.
+/// Makes GDAL's drivers known; any number of calls. Throws std::bad_alloc where there is no memory for them.
 void RegisterGdal();
 
 /// Bounds GDAL's block cache and the length of a feature in GeoJSON for a program of its own, unless the user set
