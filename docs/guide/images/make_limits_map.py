@@ -5,47 +5,27 @@ QT_QPA_PLATFORM=offscreen make_limits_map.py FIXES ID_FIELD OUT.png ID AKDE_POLY
 """
 import sys
 
-from qgis.core import (QgsApplication, QgsFillSymbol, QgsMapRendererParallelJob, QgsMapSettings, QgsMarkerSymbol,
-                       QgsRectangle, QgsRuleBasedRenderer, QgsSingleSymbolRenderer, QgsVectorLayer)
+from map_parts import draw_scale_bar, drawn, fix_layer, painter_on, ruled_layer
+from qgis.core import QgsApplication, QgsRectangle
 from qgis.PyQt.QtCore import QPointF, QRectF, QSize, Qt
-from qgis.PyQt.QtGui import QColor, QFont, QImage, QPainter, QPen
+from qgis.PyQt.QtGui import QColor, QImage, QPen
 
 PANEL, HEAD, FOOT, GAP = 460, 40, 54, 16
 MARGIN = 1.1
-AKDE, HREF, FIX = "#0072b2", "#d55e00", QColor(30, 30, 30, 60)
-SCALE_BARS = [10, 20, 50, 100, 200, 500, 1000, 2000, 5000, 10000, 20000, 50000]  # metres
+AKDE, HREF, FIX_OPACITY = "#0072b2", "#d55e00", 60
 BOUNDS = {"high": ("dash", "no"), "est": ("solid", "solid"), "low": ("dot", "no")}
 
 
-def rules(layer, symbols):
-    root = QgsRuleBasedRenderer.Rule(None)
-    for expression, symbol in symbols:
-        rule = QgsRuleBasedRenderer.Rule(QgsFillSymbol.createSimple(symbol))
-        rule.setFilterExpression(expression)
-        root.appendChild(rule)
-    layer.setRenderer(QgsRuleBasedRenderer(root))
-    return layer
-
-
 def akde_layer(path):
-    return rules(QgsVectorLayer(path, "akde"),
-                 [(f'round("PERCENT") = 95 and "BOUND" = \'{bound}\'',
-                   {"style": fill, "color": "0,114,178,45", "outline_color": AKDE, "outline_style": line,
-                    "outline_width": "0.6" if bound == "est" else "0.35"}) for bound, (line, fill) in BOUNDS.items()])
+    return ruled_layer(path, "akde",
+                       [(f'round("PERCENT") = 95 and "BOUND" = \'{bound}\'',
+                         {"style": fill, "color": "0,114,178,45", "outline_color": AKDE, "outline_style": line,
+                          "outline_width": "0.6" if bound == "est" else "0.35"}) for bound, (line, fill) in BOUNDS.items()])
 
 
 def href_layer(path):
-    return rules(QgsVectorLayer(path, "href"),
-                 [('round("PERCENT") = 95', {"style": "no", "outline_color": HREF, "outline_width": "0.7"})])
-
-
-def fix_layer(path, condition):
-    layer = QgsVectorLayer(path, "fixes")
-    layer.setSubsetString(condition)
-    symbol = QgsMarkerSymbol.createSimple({"name": "circle", "size": "0.6", "outline_style": "no"})
-    symbol.setColor(FIX)
-    layer.setRenderer(QgsSingleSymbolRenderer(symbol))
-    return layer
+    return ruled_layer(path, "href",
+                       [('round("PERCENT") = 95', {"style": "no", "outline_color": HREF, "outline_width": "0.7"})])
 
 
 def ninety_five(layer):
@@ -60,34 +40,14 @@ def draw_panel(painter, left, animal, layers):
     extent.combineExtentWith(ninety_five(layers[1]))
     side = max(extent.width(), extent.height()) * MARGIN
     centre = extent.center()
-    settings = QgsMapSettings()
-    settings.setLayers(layers)
-    settings.setDestinationCrs(layers[0].crs())
-    settings.setOutputSize(QSize(PANEL, PANEL))
-    settings.setBackgroundColor(Qt.white)
-    settings.setExtent(QgsRectangle(centre.x() - side / 2, centre.y() - side / 2, centre.x() + side / 2, centre.y() + side / 2))
-    job = QgsMapRendererParallelJob(settings)
-    job.start()
-    job.waitForFinished()
-    painter.drawImage(left, HEAD, job.renderedImage())
+    square = QgsRectangle(centre.x() - side / 2, centre.y() - side / 2, centre.x() + side / 2, centre.y() + side / 2)
+    panel, metres_per_pixel = drawn(layers, QSize(PANEL, PANEL), square)
+    painter.drawImage(left, HEAD, panel)
     painter.setPen(QPen(QColor(120, 120, 120), 1))
     painter.drawRect(left, HEAD, PANEL - 1, PANEL - 1)
     painter.setPen(Qt.black)
     painter.drawText(QRectF(left, 0, PANEL, HEAD), Qt.AlignCenter, animal)
-    draw_scale_bar(painter, left, side / PANEL)
-
-
-def draw_scale_bar(painter, left, metres_per_pixel):
-    length = max(m for m in SCALE_BARS if m / metres_per_pixel <= PANEL / 3)
-    pixels = length / metres_per_pixel
-    left, base = left + 18, HEAD + PANEL - 16
-    painter.fillRect(QRectF(left - 8, base - 28, pixels + 16, 36), QColor(255, 255, 255, 220))
-    painter.setPen(QPen(Qt.black, 2))
-    painter.drawLine(QPointF(left, base), QPointF(left + pixels, base))
-    for x in (left, left + pixels):
-        painter.drawLine(QPointF(x, base - 6), QPointF(x, base))
-    painter.drawText(QRectF(left, base - 28, pixels, 22), Qt.AlignCenter,
-                     f"{length} m" if length < 1000 else f"{length // 1000} km")
+    draw_scale_bar(painter, left + 18, HEAD + PANEL - 20, PANEL / 3, metres_per_pixel)
 
 
 def draw_legend(painter, top):
@@ -108,17 +68,14 @@ def main():
     application.initQgis()
     picture = QImage(len(animals) * (PANEL + GAP) - GAP, HEAD + PANEL + FOOT, QImage.Format_RGB32)
     picture.fill(Qt.white)
-    painter = QPainter(picture)
-    painter.setRenderHint(QPainter.Antialiasing)
-    font = QFont("DejaVu Sans")
-    font.setPixelSize(16)
-    painter.setFont(font)
+    painter = painter_on(picture)
     for place, (animal, akde, href) in enumerate(animals):
-        layers = [href_layer(href), akde_layer(akde), fix_layer(fixes, f"\"{field}\" = '{animal}'")]
+        layers = [href_layer(href), akde_layer(akde), fix_layer(fixes, f"\"{field}\" = '{animal}'", FIX_OPACITY)]
         draw_panel(painter, place * (PANEL + GAP), animal, layers)
     draw_legend(painter, HEAD + PANEL + FOOT / 2)
     painter.end()
     picture.save(out)
+    del layers
     application.exitQgis()
 
 
