@@ -138,12 +138,13 @@ void FormBinder::Bind(QCheckBox& widget, platform::CheckBox& control, const char
 void FormBinder::Bind(QRadioButton& widget, platform::OptionButton& control, const char* name, Handler clicked) {
     widget.setObjectName(QLatin1String(name));
     widget.setText(ToQString(control.Caption));
-    // The form clears the siblings of a chosen button itself.
-    widget.setAutoExclusive(false);
     connect(&widget, &QRadioButton::clicked, this,
             [this, &control, clicked] { Run([&] { control.Value = true; }, clicked); });
     m_refreshers.push_back([&widget, &control] {
+        // Siblings exclude each other, as arrow keys need it, but for what the form has just cleared.
+        widget.setAutoExclusive(false);
         widget.setChecked(control.Value);
+        widget.setAutoExclusive(true);
         widget.setEnabled(control.Enabled);
     });
 }

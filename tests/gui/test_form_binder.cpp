@@ -1,6 +1,7 @@
 #include "adapters/qgis/form_binder.h"
 
 #include <gtest/gtest.h>
+#include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
@@ -12,6 +13,7 @@
 #include <QSlider>
 #include <QTableWidget>
 #include <QTest>
+#include <QVBoxLayout>
 
 namespace wxl::qgis {
 namespace {
@@ -79,6 +81,37 @@ TEST(FormBinder, Option_buttons_follow_the_form) {
     EXPECT_TRUE(buttonB.isChecked());
     buttonB.click();
     EXPECT_TRUE(buttonB.isChecked()) << "a chosen option stays chosen";
+}
+
+TEST(FormBinder, An_arrow_key_chooses_the_next_option_and_Tab_passes_all_of_them_at_once) {
+    platform::OptionButton a{"A"};
+    platform::OptionButton b{"B"};
+    QWidget window;
+    QVBoxLayout column(&window);
+    QRadioButton buttonA;
+    QRadioButton buttonB;
+    QLineEdit after;
+    FormBinder binder;
+    binder.Bind(buttonA, a, "optA", [&] { b.Value = false; });
+    binder.Bind(buttonB, b, "optB", [&] { a.Value = false; });
+    binder.Refresh();
+    for (QWidget* widget :
+         {static_cast<QWidget*>(&buttonA), static_cast<QWidget*>(&buttonB), static_cast<QWidget*>(&after)})
+        column.addWidget(widget);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    buttonA.setFocus();
+    QTest::keyClick(&buttonA, Qt::Key_Space);
+    EXPECT_TRUE(a.Value);
+    QTest::keyClick(&buttonA, Qt::Key_Down);
+    EXPECT_EQ(window.focusWidget(), &buttonB);
+    EXPECT_TRUE(b.Value);
+    EXPECT_FALSE(a.Value);
+    EXPECT_FALSE(buttonA.isChecked());
+    QTest::keyClick(&buttonB, Qt::Key_Up);
+    EXPECT_TRUE(a.Value);
+    QTest::keyClick(&buttonA, Qt::Key_Tab);
+    EXPECT_EQ(window.focusWidget(), &after);
 }
 
 TEST(FormBinder, List_shows_new_items_without_calling_the_handler) {

@@ -21,7 +21,9 @@ def check(condition, what):
 
 
 def shoot(widget, name):
-    """Keeps a picture of the widget among the screenshots."""
+    """Keeps a picture of the widget, laid out for what it shows now, among the screenshots."""
+    for _ in range(3):
+        QApplication.processEvents()
     widget.grab().save(str(SHOTS / f"{name}.png"))
 
 
@@ -103,13 +105,13 @@ def finish(code):
     os._exit(code)
 
 
-def drive(main):
+def drive(main, answer=answer_boxes):
     """Runs main() once the desktop is up, with all message boxes answered, and ends the desktop with its result."""
 
     def run():
         try:
             answering = QTimer(iface.mainWindow())
-            answering.timeout.connect(answer_boxes)
+            answering.timeout.connect(answer)
             answering.start(100)
             QTimer.singleShot(120000, give_up)
             # The same window in every version, without what QGIS says of itself over the map.

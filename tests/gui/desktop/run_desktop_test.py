@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """End to end in the real desktop under a virtual display: the plugin's outputs are those of the command line tool.
 
-run_desktop_test.py WXL PLUGIN_FOLDER SCREENSHOT_FOLDER
+run_desktop_test.py WXL PLUGIN_FOLDER SCREENSHOT_FOLDER [DRIVER]
 """
 import filecmp
 import pathlib
@@ -46,6 +46,7 @@ def compare(expected, actual):
 
 def main():
     wxl, plugins, shots = sys.argv[1:4]
+    driver = sys.argv[4] if len(sys.argv) > 4 else "drive.py"
     if not is_installed():
         print("skipped: QGIS or xvfb-run is not installed")
         return SKIPPED
@@ -58,7 +59,7 @@ def main():
         subprocess.run([wxl, "-q", "kde", str(fixes), "--id-field", "animal", "--out", str(expected), "--prefix", "W",
                         "--cell-size", "100", "--bandwidth", "href", "--extent", "min", "--isopleths", "95,50",
                         "--polygons", "--independence", "--html"], check=True, stdout=subprocess.DEVNULL)
-        boxes = run_in_desktop("drive.py", fixes, plugins, shots, scratch, name="desktop", output=str(actual))
+        boxes = run_in_desktop(driver, fixes, plugins, shots, scratch, name="desktop", output=str(actual))
         if boxes is None:
             return 1
         if boxes[-1:] != [["Status", "Processing complete."]]:
