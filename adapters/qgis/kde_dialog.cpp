@@ -1,5 +1,6 @@
 #include "adapters/qgis/kde_dialog.h"
 
+#include "adapters/qgis/curve_plot.h"
 #include "adapters/qgis/field_mark.h"
 #include "adapters/qgis/guide_window.h"
 #include "adapters/qgis/keyboard.h"
@@ -203,13 +204,16 @@ QWidget* KdeDialog::InputPage() {
 }
 
 QLabel* KdeDialog::RemedyLink() {
-    auto* link = with_tip(
-        new QLabel(
-            QStringLiteral("<a href=\"which-estimator\">%1</a>").arg(tr("What to do with autocorrelated fixes"))),
-        "Opens the guide at the page on estimators, and when each is right");
+    auto* link = with_tip(new QLabel, "Opens the guide at the page on estimators, and when each is right");
     link->setObjectName(QStringLiteral("lblRemedy"));
     link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     connect(link, &QLabel::linkActivated, this, [this](const QString& page) { m_guide->OpenAt(page); });
+    m_binder.AlsoRefresh([this, link] {
+        const QColor colour = ReadableOn(palette().color(QPalette::Window), palette().color(QPalette::Link));
+        const QString text = QStringLiteral("<a href=\"which-estimator\" style=\"color:%1\">%2</a>")
+                                 .arg(colour.name(), tr("What to do with autocorrelated fixes"));
+        if (link->text() != text) link->setText(text);
+    });
     return link;
 }
 

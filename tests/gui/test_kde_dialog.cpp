@@ -383,6 +383,8 @@ TEST_F(KdeDialogTest, The_plot_follows_the_palette) {
     tests::SaveScreenshot(*m_dialog, QStringLiteral("kde-bandwidth-dark"));
     EXPECT_EQ(Find<QLineEdit>("txtStatus").palette().color(QPalette::Base), QColor(0x20, 0x20, 0x20));
     EXPECT_EQ(Find<QLineEdit>("txtBW").palette().color(QPalette::Base), QColor(0x3a, 0x3a, 0x3a)) << "greyed";
+    const QColor link = ReadableOn(QColor(0x2d, 0x2d, 0x2d), dark.color(QPalette::Link));
+    EXPECT_TRUE(Find<QLabel>("lblRemedy").text().contains(link.name()));
     QApplication::setPalette(before);
     tests::SettleWindows();
     EXPECT_GT(ground, picture.width() * picture.height() / 4);

@@ -21,9 +21,10 @@ def check(condition, what):
 
 
 def shoot(widget, name):
-    """Keeps a picture of the widget, laid out for what it shows now, among the screenshots."""
+    """Keeps a picture of the widget, laid out and drawn for what it shows now, among the screenshots."""
     for _ in range(3):
         QApplication.processEvents()
+        iface.mapCanvas().waitWhileRendering()
     widget.grab().save(str(SHOTS / f"{name}.png"))
 
 
