@@ -233,4 +233,19 @@ std::string why_journal_blocks(const fs::path& path) {
            path.string() + " is as it should be";
 }
 
+void RefuseJournals(const fs::path& path) {
+    std::error_code none;
+    for (const char* ending : {"-journal", "-wal"}) {
+        const std::string side = path.string() + ending;
+        if (!fs::exists(fs::symlink_status(side, none))) continue;
+        const std::string why =
+            fs::exists(path, none)
+                ? path.string() + " is open in another program, or a change of it was cut short (" + side +
+                      " stands beside it): close it there, or open it in QGIS and save it, and do this again"
+                : side + " is left from another file, and would be taken for a part of " + path.string() +
+                      ": delete it, or choose another name";
+        platform::Raise(error_number::kPermissionDenied, why);
+    }
+}
+
 }  // namespace wxl::files

@@ -22,4 +22,9 @@ void CheckView(const std::filesystem::path& database, const std::string& layer);
 /// takes the change back. Empty: it may.
 std::string why_journal_blocks(const std::filesystem::path& database);
 
+/// Whoever replaces a database, or makes one, calls this before: RuntimeError 70 when a journal or a write-ahead log
+/// stands beside it, which SQLite would apply to the new file. What they hold belongs to another program that has the
+/// old one open, or to a change that was cut short.
+void RefuseJournals(const std::filesystem::path& database);
+
 }  // namespace wxl::files

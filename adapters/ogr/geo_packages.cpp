@@ -1,5 +1,6 @@
 #include "adapters/ogr/geo_packages.h"
 
+#include "adapters/gdal/database_check.h"
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/gdal/package_rows.h"
 #include "adapters/gdal/sqlite_fence.h"
@@ -107,6 +108,7 @@ public:
     }
 
     void Publish() {
+        RefuseJournals(m_file);
         m_files.Rename(m_draft, m_file);
         m_published = true;
     }
@@ -254,6 +256,7 @@ private:
 
 std::unique_ptr<platform::IPackageWriter> GeoPackages::Open(const Package& package) {
     RegisterGdal();
+    RefuseJournals(package.File);
     if (m_files.FileExists(package.File) && !is_package(package)) return nullptr;
     return std::make_unique<Writer>(m_files, package);
 }

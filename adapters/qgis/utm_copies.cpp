@@ -7,6 +7,8 @@
 #include "adapters/qgis/table_pass.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <QDir>
@@ -73,6 +75,9 @@ QString folder_for_copy(const QgsVectorLayer& layer) {
     return QDir::tempPath();
 }
 
+/// Of a GeoPackage, and of what stands beside one that is open or was cut short.
+constexpr std::array<const char*, 4> kEndings = {"", "-wal", "-shm", "-journal"};
+
 /// A name that no layer has, and no file in the folder either.
 QString free_name(const QString& wanted, const QDir& folder, QString& path) {
     QString name = wanted;
@@ -80,7 +85,10 @@ QString free_name(const QString& wanted, const QDir& folder, QString& path) {
         QString file = name;
         file.replace(QRegularExpression(QStringLiteral("[/\\\\:*?\"<>|\\x00-\\x1f]")), QStringLiteral("_"));
         path = folder.filePath(file + QStringLiteral(".gpkg"));
-        if (!QFileInfo::exists(path) && QgsProject::instance()->mapLayersByName(name).isEmpty()) return name;
+        const bool isTaken = std::any_of(kEndings.begin(), kEndings.end(), [&](const char* ending) {
+            return QFileInfo::exists(path + QLatin1String(ending));
+        });
+        if (!isTaken && QgsProject::instance()->mapLayersByName(name).isEmpty()) return name;
         name = QStringLiteral("%1 %2").arg(wanted).arg(number);
     }
 }
@@ -162,7 +170,7 @@ std::string UtmCopies::AddUtmCopy(const platform::Layer& layer, const platform::
         write_copy(source, crs, unfinished, name);
         std::filesystem::rename(FromQString(unfinished), FromQString(path));
     } catch (...) {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) QFile::remove(unfinished + QLatin1String(suffix));
+        for (const char* ending : kEndings) QFile::remove(unfinished + QLatin1String(ending));
         throw;
     }
     auto copy = std::make_unique<QgsVectorLayer>(path, name, QStringLiteral("ogr"));

@@ -2,9 +2,11 @@
 
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/sqlite_fence.h"
 #include "adapters/memory/memory_file_system.h"
 #include "adapters/memory/memory_packages.h"
 #include "adapters/ogr/geo_packages.h"
+#include "platform/runtime_error.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gmock/gmock.h>
@@ -187,6 +189,43 @@ INSTANTIATE_TEST_SUITE_P(Adapters, PackageContract,
                          testing::Values(PackageStageChoice{"Memory", made<MemoryStage>},
                                          PackageStageChoice{"Files", made<FilesStage>}),
                          [](const auto& choice) { return choice.param.Name; });
+
+TEST(GeoPackages, One_that_another_program_has_open_keeps_the_change_that_is_in_its_log) {
+    ScratchFolder folder;
+    files::DiskFileSystem disk;
+    files::GeoPackages packages(disk);
+    const Package wanted{folder / "ranges.gpkg",
+                         files::ReferenceFromText("EPSG:32633"),
+                         {{"fixes", ShapeType::kPoint, {{"animal", FieldType::kText}}, 0}},
+                         "2026-11-22T09:05:00.000Z"};
+    packages.Open(wanted)->Publish();
+    const auto writer = packages.Open(wanted);
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(wanted.File.c_str(), &other), SQLITE_OK);
+    const files::SqlitePtr database(other);
+    const char* const change = "PRAGMA journal_mode = WAL; CREATE TABLE mine (a); INSERT INTO mine VALUES (42)";
+    ASSERT_EQ(sqlite3_exec(other, change, nullptr, nullptr, nullptr), SQLITE_OK);
+    const auto expect_refused = [&](const auto& action) {
+        try {
+            action();
+            ADD_FAILURE() << "it was replaced";
+        } catch (const platform::RuntimeError& error) {
+            EXPECT_EQ(error.Number, platform::error_number::kPermissionDenied);
+            EXPECT_EQ(error.Description,
+                      wanted.File.string() + " is open in another program, or a change of it was cut short (" +
+                          wanted.File.string() +
+                          "-wal stands beside it): close it there, or open it in QGIS and save it, and do this again");
+        }
+    };
+    expect_refused([&] { packages.Open(wanted); });
+    expect_refused([&] { writer->Publish(); });
+    sqlite3_stmt* rows = nullptr;
+    ASSERT_EQ(sqlite3_prepare_v2(other, "SELECT a FROM mine", -1, &rows, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_step(rows), SQLITE_ROW);
+    EXPECT_EQ(sqlite3_column_int(rows, 0), 42);
+    sqlite3_finalize(rows);
+    EXPECT_EQ(sqlite3_exec(other, "PRAGMA integrity_check", nullptr, nullptr, nullptr), SQLITE_OK);
+}
 
 }  // namespace
 }  // namespace wxl::tests

@@ -508,6 +508,31 @@ TEST(Import, Systems_of_heights_and_of_distances_from_the_earths_centre_are_refu
     EXPECT_FALSE(std::filesystem::exists(out));
 }
 
+// What stands in them belongs to the old file, and would spoil the new one.
+TEST(Import, A_GeoPackage_that_another_program_has_open_is_not_replaced) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "animal,x,y\na,500000,5000000\na,500100,5000200\n");
+    const std::string out = folder / "o.gpkg";
+    for (const std::string ending : {"-wal", "-journal"}) {
+        const std::string side = write_file(folder, "o.gpkg" + ending, "");
+        const std::vector<std::string> call = {"import", csv, out, "--from-crs", "EPSG:32633", "--overwrite"};
+        std::filesystem::remove(out);
+        const Ran left = run_wxl(call);
+        EXPECT_EQ(left.Code, 1);
+        EXPECT_EQ(left.Err, "wxl: " + side + " is left from another file, and would be taken for a part of " + out +
+                                ": delete it, or choose another name\n");
+        EXPECT_FALSE(std::filesystem::exists(out));
+        write_file(folder, "o.gpkg", "old");
+        const Ran open = run_wxl(call);
+        EXPECT_EQ(open.Code, 1);
+        EXPECT_EQ(open.Err,
+                  "wxl: " + out + " is open in another program, or a change of it was cut short (" + side +
+                      " stands beside it): close it there, or open it in QGIS and save it, and do this again\n");
+        EXPECT_EQ(read_file(out), "old");
+        std::filesystem::remove(side);
+    }
+}
+
 TEST(Import, Two_columns_of_one_name_are_refused_where_they_are_read) {
     ScratchFolder folder;
     const std::string out = folder / "o.gpkg";
