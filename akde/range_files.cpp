@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace wxl::akde {
 
@@ -109,21 +110,22 @@ struct Outline {
     const RangeIsopleth* Isopleth;
     double Level;
     std::vector<Ring> Rings;
+    platform::Geometry Shape;  ///< what the rings surround; may be null
 };
 
 std::vector<Outline> outlines_of(const AnimalRange& range, const RangePlace& place, platform::IRasterDataset& raster,
-                                 platform::IContourOperation& contours) {
+                                 const platform::Services& services) {
     std::vector<Outline> outlines;
     std::vector<double> levels;
     for (const RangeIsopleth& isopleth : range.Isopleths) {
         if (!isopleth.Level) continue;
-        outlines.push_back({&isopleth, *isopleth.Level * place.Scaling, {}});
+        outlines.push_back({&isopleth, *isopleth.Level * place.Scaling, {}, {}});
         levels.push_back(outlines.back().Level);
     }
     std::sort(levels.begin(), levels.end());
     levels.erase(std::unique(levels.begin(), levels.end()), levels.end());
     const isopleths::OuterEdge edge(range.Geometry, edge_of(range, place.Scaling));
-    const std::vector<platform::ContourLine> lines = contours.Contours(raster, levels);
+    const std::vector<platform::ContourLine> lines = services.Contours->Contours(raster, levels);
     const double step = platform::ContourStep(levels);
     for (Outline& outline : outlines) {
         std::vector<platform::ContourLine> own;
@@ -134,6 +136,7 @@ std::vector<Outline> outlines_of(const AnimalRange& range, const RangePlace& pla
             if (*nearest == outline.Level) own.push_back(line);
         }
         outline.Rings = isopleths::closed_contours(std::move(own), outline.Level - step, edge);
+        outline.Shape = isopleths::level_polygon(outline.Rings, *services.Geometry);
     }
     return outlines;
 }
@@ -167,10 +170,8 @@ void write_polygons(const std::vector<Outline>& outlines, const RangePlace& plac
                      [](const Outline* a, const Outline* b) { return a->Isopleth->Area > b->Isopleth->Area; });
     write_shapefile(polygons_name(place), platform::ShapeType::kPolygon, place, folder, services,
                     [&](platform::IInsertCursor& cursor) {
-                        for (const Outline* outline : order) {
-                            const auto shape = isopleths::level_polygon(outline->Rings, *services.Geometry);
-                            if (!shape.IsNull()) cursor.Insert(shape, cells_of(*outline));
-                        }
+                        for (const Outline* outline : order)
+                            if (!outline->Shape.IsNull()) cursor.Insert(outline->Shape, cells_of(*outline));
                     });
 }
 
@@ -182,6 +183,13 @@ void write_lines(const std::vector<Outline>& outlines, const RangePlace& place, 
                             for (const Ring& ring : outline.Rings)
                                 cursor.Insert({platform::ShapeType::kPolyline, {}, {ring}}, cells_of(outline));
                     });
+}
+
+std::vector<platform::Geometry> shapes_of(const AnimalRange& range, std::vector<Outline>& outlines) {
+    std::vector<platform::Geometry> shapes(range.Isopleths.size());
+    for (Outline& outline : outlines)
+        shapes[static_cast<std::size_t>(outline.Isopleth - range.Isopleths.data())] = std::move(outline.Shape);
+    return shapes;
 }
 
 }  // namespace
@@ -199,24 +207,24 @@ std::vector<Path> standing_files(const RangePlace& place, const platform::Servic
     return standing;
 }
 
-std::vector<std::string> write_range(const AnimalRange& range, const RangePlace& place,
-                                     const platform::Services& services) {
+WrittenRange write_range(const AnimalRange& range, const RangePlace& place, const platform::Services& services) {
     const Stage stage(place, services);
     std::vector<Path> files{platform::RasterPlace(place.Folder, place.Name, place.Format)};
+    WrittenRange written;
     {
         const auto raster = write_raster(range, place, stage.Folder(), *services.Rasters);
-        const std::vector<Outline> outlines = outlines_of(range, place, *raster, *services.Contours);
+        std::vector<Outline> outlines = outlines_of(range, place, *raster, services);
         files.push_back(place.Folder / (polygons_name(place) + ".shp"));
         write_polygons(outlines, place, stage.Folder(), services);
         if (place.Lines) {
             files.push_back(place.Folder / (lines_name(place) + ".shp"));
             write_lines(outlines, place, stage.Folder(), services);
         }
+        written.Outlines = shapes_of(range, outlines);
     }
     stage.Publish(place);
-    std::vector<std::string> names;
-    for (const Path& file : files) names.push_back(file.string());
-    return names;
+    for (const Path& file : files) written.Files.push_back(file.string());
+    return written;
 }
 
 }  // namespace wxl::akde

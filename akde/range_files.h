@@ -23,12 +23,17 @@ struct RangePlace {
 /// What stands in the folder under the names that the animal's files are to have, in whatever raster format.
 std::vector<std::filesystem::path> standing_files(const RangePlace& place, const platform::Services& services);
 
+/// What stands on disk of a range.
+struct WrittenRange {
+    std::vector<std::string> Files;            ///< raster first
+    std::vector<platform::Geometry> Outlines;  ///< of the range's isopleths; null where one is not drawn
+};
+
 /// Writes the raster and the isopleths, polygons with the fields PERCENT, BOUND (low, est, high), LEVEL (of the raster)
-/// and AREA (corrected, square map units). The files, raster first.
+/// and AREA (corrected, square map units).
 ///
 /// All are written into a folder of their own beside those of the same names, which go when the new ones are complete
 /// and then at once. RuntimeError 70 when the old raster's folder holds other files.
-std::vector<std::string> write_range(const AnimalRange& range, const RangePlace& place,
-                                     const platform::Services& services);
+WrittenRange write_range(const AnimalRange& range, const RangePlace& place, const platform::Services& services);
 
 }  // namespace wxl::akde

@@ -1,7 +1,8 @@
 #include "akde/range_run.h"
 
 #include "akde/range_files.h"
-#include "akde/range_summary.h"
+#include "akde/range_results.h"
+#include "analysis/output_names.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -17,9 +18,13 @@ namespace {
 
 using platform::NumberText;
 
-RangePlace place_of(const RangeSettings& settings, const std::string& namingId,
+RangePlace place_of(const RangeSettings& settings, const std::string& namingId, const std::string& subfolder,
                     const platform::SpatialReference& reference) {
-    return {settings.Folder, settings.Prefix + namingId, settings.RasterFormat, settings.Scaling, settings.Lines,
+    return {analysis::subfolder_in(settings.Folder, subfolder),
+            settings.Prefix + namingId,
+            settings.RasterFormat,
+            settings.Scaling,
+            settings.Lines,
             reference};
 }
 
@@ -27,6 +32,7 @@ RangeRecord record_of(const AnimalModels& fitted, bool numberTimes) {
     RangeRecord record;
     record.Id = fitted.Animal->Id;
     record.NamingId = fitted.Animal->NamingId;
+    record.Subfolder = fitted.Animal->Subfolder;
     record.Given = fitted.FixesGiven();
     record.Used = fitted.Track.Fixes.Size();
     record.First = fitted.FirstTime(numberTimes);
@@ -51,11 +57,13 @@ void take_smoothing(const Smoothing& smoothing, RangeRecord& record) {
     record.ZeroWeights = smoothing.Bandwidth.ZeroWeights();
 }
 
-void take_range(AnimalRange& range, RangeRecord& record) {
+void take_range(AnimalRange& range, WrittenRange& written, bool outlines, RangeRecord& record) {
     record.Grid = range.Geometry;
     record.Volume = range.Volume;
     record.HighestAtEdge = range.HighestAtEdge;
     record.Isopleths = std::move(range.Isopleths);
+    record.Files = std::move(written.Files);
+    if (outlines) record.Outlines = std::move(written.Outlines);
 }
 
 void refuse_standing(const RangeSettings& settings, const TimedAnimals& animals, const platform::Services& services) {
@@ -67,14 +75,19 @@ void refuse_standing(const RangeSettings& settings, const TimedAnimals& animals,
                         standing.front().string() + " exists: choose another folder or prefix");
 }
 
-std::unique_ptr<platform::IFolderLock> locked(const std::filesystem::path& folder, platform::IFolderLocks& locks) {
+std::unique_ptr<platform::IFolderLock> locked(const RangeSettings& settings, const TimedAnimals& animals,
+                                              const platform::Services& services) {
     std::string holder;
-    auto lock = locks.Take(folder, holder);
+    auto lock = services.Locks->Take(settings.Folder, holder);
     if (!lock)
         platform::Raise(platform::error_number::kPermissionDenied,
                         "another analysis is writing into the output folder (" + holder +
                             "): wait until it has finished, or choose another folder");
     lock->RemoveLeftovers({});
+    for (const std::string& subfolder : subfolders_of(animals)) {
+        platform::RefuseLink(*services.Folders, settings.Folder / subfolder);
+        lock->RemoveLeftovers(subfolder);
+    }
     return lock;
 }
 
@@ -84,25 +97,13 @@ std::string percent_text(double share) {
 
 }  // namespace
 
-std::optional<double> RangeRecord::AreaAt(double percent, const std::string& bound) const {
-    for (const RangeIsopleth& isopleth : Isopleths)
-        if (isopleth.Percent == percent && isopleth.Bound == bound) return isopleth.Area;
-    return std::nullopt;
-}
-
-bool RangeRecord::IsCut() const {
-    return std::any_of(Isopleths.begin(), Isopleths.end(), [this](const RangeIsopleth& isopleth) {
-        return !isopleth.Level || *isopleth.Level < HighestAtEdge;
-    });
-}
-
 std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
                                                     const platform::Services& services) {
     std::vector<std::filesystem::path> standing;
     if (services.Files->FileExists(settings.Folder / kRangeSummary))
         standing.push_back(settings.Folder / kRangeSummary);
     for (const TimedAnimal& animal : animals.Animals) {
-        const auto files = standing_files(place_of(settings, animal.NamingId, {}), services);
+        const auto files = standing_files(place_of(settings, animal.NamingId, animal.Subfolder, {}), services);
         standing.insert(standing.end(), files.begin(), files.end());
     }
     return standing;
@@ -131,8 +132,10 @@ void RangeRun::Finish(Prepared& prepared, const platform::RasterGeometry* grid,
     if (!record.IsDone()) return;
     try {
         AnimalRange range = Smooth(prepared, grid);
-        record.Files = write_range(range, place_of(m_settings, record.NamingId, reference), m_services);
-        take_range(range, record);
+        const RangePlace place = place_of(m_settings, record.NamingId, record.Subfolder, reference);
+        if (!record.Subfolder.empty()) platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, place.Folder);
+        WrittenRange written = write_range(range, place, m_services);
+        take_range(range, written, m_settings.GeoPackage, record);
         ReportGrid(record);
     } catch (const platform::RuntimeError& error) {
         record.Reason = error.Description;
@@ -152,45 +155,48 @@ void RangeRun::ReportGrid(const RangeRecord& record) const {
                                " % has an area larger than the raster and is not drawn");
 }
 
-std::vector<RangeRun::Prepared> RangeRun::PrepareAll(const TimedAnimals& animals, RangeOutcome& outcome) const {
+const platform::RasterGeometry* RangeRun::GivenGrid() const {
+    return m_settings.Extent == RangeExtent::kReference ? &m_settings.Reference : nullptr;
+}
+
+RangeRecord RangeRun::Compute(const TimedAnimal& animal, const TimedAnimals& animals) {
+    Prepared prepared = Prepare(animal, animals.NumberTimes);
+    Finish(prepared, GivenGrid(), animals.Reference);
+    return std::move(prepared.Record);
+}
+
+std::vector<RangeRun::Prepared> RangeRun::PrepareAll(const TimedAnimals& animals, bool& stopped) const {
     std::vector<Prepared> all;
     for (const TimedAnimal& animal : animals.Animals) {
-        if ((outcome.Stopped = m_listener.IsStopped())) break;
+        if ((stopped = m_listener.IsStopped())) break;
         all.push_back(Prepare(animal, animals.NumberTimes));
     }
     return all;
 }
 
 RangeOutcome RangeRun::Run(const TimedAnimals& animals, const std::function<void(const RangeRecord&)>& met) {
-    const auto lock = locked(m_settings.Folder, *m_services.Locks);
+    const auto lock = locked(m_settings, animals, m_services);
     refuse_standing(m_settings, animals, m_services);
-    RangeOutcome outcome{.Summary = m_settings.Folder / kRangeSummary};
-    RangeSummary summary(m_settings);
-    const auto finish = [&](Prepared& prepared, const platform::RasterGeometry* grid) {
-        Finish(prepared, grid, animals.Reference);
-        summary.Add(prepared.Record);
-        ++outcome.Done;
-        if (!prepared.Record.IsDone()) ++outcome.Failed;
-        met(prepared.Record);
-    };
+    RangeResults results(m_settings, m_services, m_listener, animals);
+    bool stopped = false;
     if (m_settings.Extent == RangeExtent::kFull) {
-        std::vector<Prepared> all = PrepareAll(animals, outcome);
+        std::vector<Prepared> all = PrepareAll(animals, stopped);
         std::vector<const Smoothing*> kernels;
         for (const Prepared& prepared : all)
             if (prepared.Record.IsDone()) kernels.push_back(&prepared.Kernels);
         platform::RasterGeometry grid;
         if (!kernels.empty()) grid = common_grid(kernels, m_settings.Buffer, m_settings.CellSize.value_or(0.0));
-        for (Prepared& prepared : all) finish(prepared, &grid);
+        for (Prepared& prepared : all) {
+            Finish(prepared, &grid, animals.Reference);
+            met(results.Add(std::move(prepared.Record)));
+        }
     } else {
-        const bool given = m_settings.Extent == RangeExtent::kReference;
         for (const TimedAnimal& animal : animals.Animals) {
-            if ((outcome.Stopped = m_listener.IsStopped())) break;
-            Prepared prepared = Prepare(animal, animals.NumberTimes);
-            finish(prepared, given ? &m_settings.Reference : nullptr);
+            if ((stopped = m_listener.IsStopped())) break;
+            met(results.Add(Compute(animal, animals)));
         }
     }
-    platform::PublishFile(*m_services.Files, outcome.Summary, summary.Text());
-    return outcome;
+    return results.Publish(stopped);
 }
 
 }  // namespace wxl::akde

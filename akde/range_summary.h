@@ -1,5 +1,5 @@
 #pragma once
-#include "akde/range_run.h"
+#include "akde/range_record.h"
 
 #include <string>
 

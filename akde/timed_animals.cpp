@@ -2,6 +2,7 @@
 
 #include "analysis/animal_fixes.h"
 #include "analysis/naming_ids.h"
+#include "analysis/subfolders.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tracking_times/timestamps.h"
@@ -110,6 +111,19 @@ std::vector<double> TimedAnimal::Seconds() const {
                                })->Seconds;
     for (const Moment& moment : Times) seconds.push_back(static_cast<double>(moment.Seconds - first) + moment.Fraction);
     return seconds;
+}
+
+void spread_over_subfolders(TimedAnimals& animals, std::size_t every) {
+    const std::vector<std::string> names = analysis::subfolder_names(animals.Animals.size(), every);
+    for (std::size_t i = 0; i < names.size(); ++i) animals.Animals[i].Subfolder = names[i];
+}
+
+std::vector<std::string> subfolders_of(const TimedAnimals& animals) {
+    std::vector<std::string> folders;
+    for (const TimedAnimal& animal : animals.Animals)
+        if (!animal.Subfolder.empty() && (folders.empty() || folders.back() != animal.Subfolder))
+            folders.push_back(animal.Subfolder);
+    return folders;
 }
 
 TimedAnimals read_timed_animals(platform::IFeatureLayer& layer, const TimedFields& fields, bool selectedOnly,

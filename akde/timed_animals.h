@@ -32,6 +32,7 @@ struct TimedAnimal {
     std::vector<Moment> Times;    ///< one for each fix
     std::size_t WithoutTime = 0;  ///< fixes left out: their time is missing or none
     std::string FirstUnreadable;  ///< the first text that is no time; "" where there is none
+    std::string Subfolder = {};   ///< of the output folder, takes the animal's files; empty: the folder itself
 
     std::vector<double> Seconds() const;  ///< from the earliest fix
 };
@@ -41,6 +42,12 @@ struct TimedAnimals {
     platform::SpatialReference Reference;
     bool NumberTimes = false;  ///< times are numbers of a field, not moments of a calendar
 };
+
+/// Gives every animal its sub-folder: one for every `every` animals; none with 0.
+void spread_over_subfolders(TimedAnimals& animals, std::size_t every);
+
+/// The distinct sub-folders of the animals, in their order; empty when there are none.
+std::vector<std::string> subfolders_of(const TimedAnimals& animals);
 
 /// Where animals and times stand in a layer.
 struct TimedFields {

@@ -1,16 +1,11 @@
 #pragma once
+#include "analysis/package_draft.h"
 #include "analysis/record.h"
-#include "platform/packages.h"
 #include "platform/services.h"
 
 #include <filesystem>
-#include <memory>
-#include <string>
 
 namespace wxl::analysis {
-
-/// Name of the package, joined to the output folder as a file in it.
-inline constexpr const char* kRangePackage = "\\RANGES.gpkg";
 
 /// Writes all ranges of a run that asked for it into one GeoPackage at its end, complete or stopped: the layers
 /// "isopleths" and "fixes" and the table "summary". Rows of earlier runs stay, but for those of rasters that the run
@@ -19,7 +14,7 @@ inline constexpr const char* kRangePackage = "\\RANGES.gpkg";
 class RangePackage final : public IRunObserver {
 public:
     /// The services outlive the object.
-    explicit RangePackage(const platform::Services& services) : m_services(services) {}
+    explicit RangePackage(const platform::Services& services) : m_services(services), m_package(services) {}
 
     void RunBegins(const RunFrame& frame, const GroupedFixes& animals) override;
     void AnimalDone(const AnimalRecord& record) override;
@@ -34,21 +29,13 @@ public:
     const std::filesystem::path& Written() const { return m_written; }
 
 private:
-    template <class Work>
-    void Kept(Work&& work);
-    void PutFixes(const GroupedFixes& animals);
-    void PutIsopleths(const AnimalRecord& record);
-    void PutSummary(const AnimalRecord& record);
+    void PutIsopleths(const AnimalRecord& record, platform::IPackageWriter& package) const;
 
     const platform::Services& m_services;
     platform::SpatialReference m_reference;
-    std::filesystem::path m_file;
-    std::unique_ptr<platform::IPackageWriter> m_writer;
-    std::string m_fault;  ///< the first; the run goes on without a package
-    std::int32_t m_faultNumber = 0;
+    PackageDraft m_package;
     std::filesystem::path m_written;
     bool m_failed = false;
-    bool m_isForeign = false;  ///< the file there is something else
 };
 
 }  // namespace wxl::analysis

@@ -11,16 +11,9 @@ std::string option(const char* name, const char* value) {
     return std::string("<Option type=\"QString\" name=\"") + name + "\" value=\"" + value + "\"/>";
 }
 
-}  // namespace
-
-std::string isopleth_style() {
-    return std::string(kHead) +
-           "<renderer-v2 type=\"singleSymbol\" symbollevels=\"0\" enableorderby=\"1\" forceraster=\"0\">\n<symbols>"
-           "<symbol type=\"fill\" name=\"0\" alpha=\"1\" clip_to_extent=\"1\" force_rhr=\"0\">\n"
-           "<layer class=\"SimpleFill\" enabled=\"1\" locked=\"0\" pass=\"0\"><Option type=\"Map\">" +
-           option("color", "0,114,178,45") + option("outline_color", "0,114,178,255") +
-           option("outline_style", "solid") + option("outline_width", "0.46") + option("outline_width_unit", "MM") +
-           option("style", "solid") + "</Option>\n<data_defined_properties><Option type=\"Map\">" + option("name", "") +
+/// An outline that is darker the smaller the percentage.
+std::string darkening() {
+    return "<data_defined_properties><Option type=\"Map\">" + option("name", "") +
            "<Option type=\"Map\" name=\"properties\"><Option type=\"Map\" name=\"outlineColor\">"
            "<Option type=\"bool\" name=\"active\" value=\"true\"/>" +
            option(
@@ -28,9 +21,40 @@ std::string isopleth_style() {
                "color_rgb(scale_linear(&quot;percent&quot;, 0, 100, 0, 40), scale_linear(&quot;percent&quot;, 0, 100, "
                "45, 150), scale_linear(&quot;percent&quot;, 0, 100, 80, 215))") +
            "<Option type=\"int\" name=\"type\" value=\"3\"/></Option></Option>" + option("type", "collection") +
-           "</Option></data_defined_properties>\n</layer></symbol></symbols>\n"
-           "<orderby><orderByClause asc=\"0\" nullsFirst=\"0\">&quot;percent&quot;</orderByClause></orderby>\n"
-           "</renderer-v2>\n</qgis>\n";
+           "</Option></data_defined_properties>\n";
+}
+
+/// The symbol `name` of ranges.
+std::string range_symbol(const std::string& name, const char* fill, const char* line, const char* width) {
+    return "<symbol type=\"fill\" name=\"" + name +
+           "\" alpha=\"1\" clip_to_extent=\"1\" force_rhr=\"0\">\n"
+           "<layer class=\"SimpleFill\" enabled=\"1\" locked=\"0\" pass=\"0\"><Option type=\"Map\">" +
+           option("color", "0,114,178,45") + option("outline_color", "0,114,178,255") + option("outline_style", line) +
+           option("outline_width", width) + option("outline_width_unit", "MM") + option("style", fill) + "</Option>\n" +
+           darkening() + "</layer></symbol>";
+}
+
+std::string renderer(const char* type, const std::string& rules, const std::string& symbols, const char* order) {
+    return std::string("<renderer-v2 type=\"") + type +
+           "\" symbollevels=\"0\" enableorderby=\"1\" forceraster=\"0\">\n" + rules + "<symbols>" + symbols +
+           "</symbols>\n<orderby><orderByClause asc=\"0\" nullsFirst=\"0\">&quot;" + order +
+           "&quot;</orderByClause></orderby>\n</renderer-v2>\n</qgis>\n";
+}
+
+}  // namespace
+
+std::string isopleth_style() {
+    return kHead + renderer("singleSymbol", "", range_symbol("0", "solid", "solid", "0.46"), "percent");
+}
+
+std::string limits_style() {
+    const std::string rules =
+        "<rules key=\"ranges\"><rule key=\"estimate\" symbol=\"0\" label=\"Range\" filter=\"&quot;bound&quot; = "
+        "'est'\"/><rule key=\"limits\" symbol=\"1\" label=\"95 % limits of its area\" filter=\"&quot;bound&quot; "
+        "&lt;&gt; 'est'\"/></rules>\n";
+    return kHead + renderer("RuleRenderer", rules,
+                            range_symbol("0", "solid", "solid", "0.46") + range_symbol("1", "no", "dash", "0.3"),
+                            "area_m2");
 }
 
 std::string fix_style() {

@@ -279,12 +279,14 @@ std::vector<std::string> range_words(const RangePageRun& run) {
     if (wanted.Scaling != 1e6) add("--scaling", NumberText(wanted.Scaling));
     add("--extent", extent_word(run));
     if (wanted.RasterFormat != "GRID") add("--raster-format", wanted.RasterFormat);
+    if (wanted.AnimalsPerSubfolder > 0) add("--group-by", std::to_string(wanted.AnimalsPerSubfolder));
     add("--isopleths", percentages_text(run, ","));
     if (wanted.Optimal) add("--weights", "optimal");
     if (wanted.Fit.Given) add("--at", given_text(*wanted.Fit.Given));
     if (wanted.Fit.Method != Estimation::kPhreml) add("--method", method_name(wanted.Fit.Method));
     if (wanted.Lines) words.emplace_back("--lines");
     if (run.Units.Reference.IsGeographic) words.emplace_back("--degrees");
+    if (wanted.GeoPackage) words.emplace_back("--gpkg");
     words.emplace_back("--html");
     return words;
 }

@@ -1,6 +1,7 @@
 #include "results_page/range_section.h"
 
 #include "akde/variogram_view.h"
+#include "analysis/output_names.h"
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
 #include "platform/runtime_error.h"
@@ -100,7 +101,8 @@ std::shared_ptr<platform::IRasterDataset> shown_part(std::shared_ptr<platform::I
 std::string range_map(const RangePageRun& run, std::size_t number, const PictureSize& size,
                       const platform::Services& services) {
     const RangeRecord& record = run.Records[number];
-    const auto raster = services.Rasters->Open(run.Wanted.Folder, record.RasterName);
+    const auto raster =
+        services.Rasters->Open(analysis::subfolder_in(run.Wanted.Folder, record.Subfolder), record.RasterName);
     if (!raster) return {};
     const std::vector<Level> levels = levels_of(run, record);
     double maximum = 0.0;
@@ -193,7 +195,7 @@ std::string volume_of(const RangeRecord& record) {
 }
 
 std::string raster_text(const RangePageRun& run, const RangeRecord& record) {
-    return "<code>" + XmlText(record.RasterName) + "</code>, " + std::to_string(record.Grid.Columns) + " × " +
+    return "<code>" + XmlText(record.RasterPlace()) + "</code>, " + std::to_string(record.Grid.Columns) + " × " +
            std::to_string(record.Grid.Rows) + " cells of " + NumberText(record.Grid.CellSize) + " " +
            XmlText(length_unit(run.Units));
 }

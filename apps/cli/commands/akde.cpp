@@ -3,10 +3,13 @@
 #include "adapters/ogr/disk_services.h"
 #include "adapters/raster/raster_dataset.h"
 #include "akde/range_run.h"
+#include "analysis/output_names.h"
+#include "analysis/package_draft.h"
 #include "apps/cli/commands/akde_output.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/percentages.h"
 #include "apps/cli/stop_signals.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
@@ -25,17 +28,6 @@ namespace {
 namespace fs = std::filesystem;
 using akde::RangeExtent;
 using akde::RangeSettings;
-
-std::vector<double> percentages_of(const std::string& text) {
-    std::vector<double> percentages;
-    for (const std::string& piece : platform::Split(text, ',')) {
-        const double percent = platform::IsNumeric(piece) ? platform::NumberFromText(piece) : 0.0;
-        if (!(percent > 0.0 && percent < 100.0))
-            throw WrongCall(fmt::format("--isopleths: \"{}\" is no percentage above 0 and below 100", piece));
-        percentages.push_back(percent);
-    }
-    return percentages;
-}
 
 double buffer_of(const std::string& text) {
     const double buffer = platform::IsNumeric(text) ? platform::NumberFromText(text) : -1.0;
@@ -81,9 +73,11 @@ RangeSettings settings_of(const AkdeOptions& options) {
     settings.Scaling = options.Scaling;
     if (!(settings.Scaling > 0.0)) throw WrongCall("--scaling must be above 0");
     settings.RasterFormat = options.RasterFormat;
-    settings.Percentages = percentages_of(options.Isopleths);
+    settings.Percentages = percentages_of("--isopleths", options.Isopleths, Hundred::kRefused);
     settings.Optimal = options.Weights == "optimal";
     settings.Lines = options.Lines;
+    settings.GeoPackage = options.GeoPackage;
+    settings.AnimalsPerSubfolder = options.GroupBy;
     settings.Overwrite = options.Overwrite;
     settings.Where = options.Input.Where;
     take_extent(options, settings);
@@ -94,6 +88,7 @@ RangeSettings settings_of(const AkdeOptions& options) {
 void check_outputs(const RangeSettings& settings, const TimedLayer& layer, const platform::Services& services) {
     const auto standing = akde::standing_outputs(settings, layer.Animals, services);
     layer.Read.Refuse(standing);
+    if (settings.GeoPackage) layer.Read.Refuse(analysis::file_in_folder(settings.Folder, analysis::kRangePackage));
     if (!settings.Overwrite && !standing.empty())
         platform::Raise(platform::error_number::kFileExists,
                         standing.front().string() + " exists: choose another folder or prefix, or give --overwrite");
@@ -130,6 +125,11 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
         ->transform(one_of({"GRID", "GTiff"}))
         ->type_name("GRID|GTiff")
         ->capture_default_str();
+    command
+        .add_option("--group-by", options.GroupBy,
+                    "Put the rasters and isopleths of every N animals into a sub-folder of their own")
+        ->type_name("N")
+        ->check(whole_number_above_zero());
     command.add_option("--isopleths", options.Isopleths, "Percentages of the time")
         ->type_name("P[,P...]")
         ->capture_default_str();
@@ -142,6 +142,8 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
     add_fit_options(command, options.Fit);
     command.add_flag("--lines", options.Lines, "Isopleths as lines too");
     command.add_flag("--html", options.Html, "Write WXL_AKDE_ANALYSIS.html, a page of the results with maps");
+    command.add_flag("--gpkg", options.GeoPackage,
+                     "Write RANGES.gpkg: outlines, fixes and a summary of all animals in one file");
     command.add_flag("--overwrite", options.Overwrite, "Replace earlier results of the same names");
     command.add_flag("--json", options.Json, "Print one JSON object");
     command.footer(
@@ -150,6 +152,8 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
         "(wxl models), its area corrected for the width of the kernel. Per animal there is a\n"
         "raster, and a shapefile NAME_poly with an outline for every percentage, its field BOUND\n"
         "est, low or high: the estimate and its 95 % limits. WXL_AKDE_SUMMARY.csv lists all areas.\n"
+        "With --gpkg all outlines, fixes and areas stand in RANGES.gpkg too; rows of earlier runs\n"
+        "stay.\n"
         "Ctrl-C ends the run after the present animal and keeps what is done.\n"
         "\n"
         "Examples:\n"
@@ -160,7 +164,8 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
 
 int run_akde(const AkdeOptions& options, Console& console) {
     RangeSettings settings = settings_of(options);
-    const TimedLayer layer = read_timed_layer(options.Input, console);
+    TimedLayer layer = read_timed_layer(options.Input, console);
+    akde::spread_over_subfolders(layer.Animals, settings.AnimalsPerSubfolder);
     settings.LayerName = layer.Name;
     settings.Fields = layer.Fields;
     settings.Source = layer.Source;
@@ -170,7 +175,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     check_outputs(settings, layer, services);
 
     const bool metres = layer.Animals.Reference.MetersPerUnit == 1.0;
-    Json json{{"summary", ""}, {"page", nullptr}, {"animals", Json::array()}};
+    Json json{{"summary", ""}, {"package", nullptr}, {"page", nullptr}, {"animals", Json::array()}};
     results_page::RangePage page(services, settings, layer.Animals.Reference);
     const StopSignals signals;
     ConsoleListener listener(console);
@@ -185,15 +190,18 @@ int run_akde(const AkdeOptions& options, Console& console) {
     json["summary"] = outcome.Summary.string();
     const std::string written = options.Html ? write_page(page, outcome, settings, console) : std::string();
     if (!written.empty()) json["page"] = written;
+    if (!outcome.Package.empty()) json["package"] = outcome.Package.string();
     if (options.Json)
         console.Text(json_text(json));
     else
         console.Result("summary: " + outcome.Summary.string());
+    if (!options.Json && !outcome.Package.empty()) console.Result("ranges: " + outcome.Package.string());
     if (!options.Json && !written.empty()) console.Result("page: " + written);
     if (outcome.Failed > 0)
         console.Problem(fmt::format("wxl: {} of {} distributions could not be computed", outcome.Failed, outcome.Done));
     if (outcome.Stopped) console.Problem("wxl: stopped; what was done until then is kept");
-    const bool failed = outcome.Stopped || (outcome.Failed > 0 && outcome.Failed == outcome.Done);
+    const bool failed =
+        outcome.Stopped || outcome.PackageFailed || (outcome.Failed > 0 && outcome.Failed == outcome.Done);
     return failed ? exit_code::kFailed : exit_code::kDone;
 }
 

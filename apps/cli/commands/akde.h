@@ -3,6 +3,7 @@
 #include "apps/cli/movement_fit_options.h"
 #include "apps/cli/timed_fixes.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -22,6 +23,8 @@ struct AkdeOptions {
     std::string Weights = "uniform";  ///< "uniform", "optimal"
     bool Lines = false;
     bool Html = false;
+    bool GeoPackage = false;
+    std::size_t GroupBy = 0;
     bool Overwrite = false;
     bool Json = false;
 };

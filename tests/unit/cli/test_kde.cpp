@@ -5,6 +5,7 @@
 #include "adapters/raster/raster_dataset.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/cli/captured_console.h"
+#include "tests/unit/cli/package_rows.h"
 
 #include <array>
 #include <fstream>
@@ -516,21 +517,6 @@ TEST_F(KdeAlone, Cells_suit_the_bandwidth_that_leaves_a_range_whole) {
         EXPECT_GE(cells, 6.0);
         EXPECT_LE(cells, 15.0);
     }
-}
-
-/// What GDAL reads of a layer of the package: a line of all its fields for each row.
-std::vector<std::string> rows_of(const fs::path& package, const std::string& layer) {
-    files::RegisterGdal();
-    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
-    std::vector<std::string> rows;
-    if (!dataset || dataset->GetLayerByName(layer.c_str()) == nullptr) return rows;
-    for (const auto& feature : *dataset->GetLayerByName(layer.c_str())) {
-        std::string row;
-        for (int i = 0; i < feature->GetFieldCount(); ++i)
-            row += (i == 0 ? "" : "|") + std::string(feature->GetFieldAsString(i));
-        rows.push_back(row);
-    }
-    return rows;
 }
 
 TEST_F(KdeAlone, All_ranges_stand_in_one_package) {

@@ -1,0 +1,183 @@
+// What wxl akde writes besides rasters and shapefiles, and where.
+
+#include "tests/unit/cli/layer_files.h"
+#include "tests/unit/cli/package_rows.h"
+#include "tests/unit/cli/timed_rows.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace wxl::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using tests::ScratchFolder;
+
+Ran akde(const std::string& layer, const std::string& out, std::vector<std::string> more = {}) {
+    std::vector<std::string> arguments{"akde", layer, "--id-field", "animal", "--out", out, "--cell-size", "20"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return run_wxl(arguments);
+}
+
+TEST(AkdePackage, Holds_estimates_and_limits_of_all_animals) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder, fourteen_rows("a") + fourteen_rows("b") + "c,500000,5800000,2020-01-01T06:00:00Z\n");
+    const std::string out = (folder / "out").string();
+    const Ran ran = akde(layer, out, {"--gpkg", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const fs::path package = out + "/RANGES.gpkg";
+    EXPECT_EQ(Json::parse(ran.Out)["package"], package.string());
+
+    const auto isopleths = rows_of(package, "isopleths");
+    ASSERT_EQ(isopleths.size(), 12U);
+    EXPECT_THAT(isopleths[0], StartsWith("a|95|high|"));
+    EXPECT_THAT(isopleths[0], HasSubstr("|akde|OU isotropic|14|3.28296"));
+    EXPECT_THAT(isopleths[0], EndsWith("|2020-01-01T00:00:00Z|2020-01-02T02:00:00Z|1|1"));
+    EXPECT_THAT(isopleths[1], StartsWith("a|95|est|"));
+    EXPECT_THAT(isopleths[6], StartsWith("b|95|high|"));
+
+    const auto fixes = rows_of(package, "fixes");
+    ASSERT_EQ(fixes.size(), 29U);
+    EXPECT_EQ(fixes[1], "a|2|2020-01-01T02:00:00Z");
+    EXPECT_EQ(fixes[28], "c|1|2020-01-01T06:00:00Z");
+
+    // A row for each animal and percentage, and one that says why there is no range.
+    const auto summary = rows_of(package, "summary");
+    ASSERT_EQ(summary.size(), 5U);
+    EXPECT_THAT(summary[0], StartsWith("a|14|14|2020-01-01T00:00:00Z|2020-01-02T02:00:00Z|OU isotropic|22123.2"));
+    EXPECT_THAT(summary[0], EndsWith("||1|0"));
+    EXPECT_THAT(summary[4], StartsWith("c|1|1|2020-01-01T06:00:00Z|2020-01-01T06:00:00Z||"));
+    EXPECT_THAT(summary[4], EndsWith("|There is 1 fix of different times: at least 3 are needed.|3|1"));
+}
+
+// The areas are those of the worked example; outlines on cells of 20 m enclose them to 1e-3.
+TEST(AkdePackage, Outlines_enclose_the_areas_of_their_rows) {
+    ScratchFolder folder;
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(akde(make_layer(folder, fourteen_rows("a")), out, {"--gpkg", "--isopleths", "95"}).Code, 0);
+    files::RegisterGdal();
+    const fs::path package = out + "/RANGES.gpkg";
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    OGRLayer& layer = *dataset->GetLayerByName("isopleths");
+    EXPECT_STREQ(layer.GetSpatialRef()->GetName(), "WGS 84 / UTM zone 33N");
+    EXPECT_TRUE(layer.TestCapability(OLCFastSpatialFilter));
+    const std::vector<double> areas = {6471294, 2769916, 627897};
+    std::size_t row = 0;
+    for (const auto& feature : layer) {
+        ASSERT_LT(row, areas.size());
+        EXPECT_NEAR(feature->GetFieldAsDouble("area_m2") / areas[row], 1.0, 1e-3);
+        EXPECT_NEAR(feature->GetFieldAsDouble("area_ha") * 1e4 / areas[row], 1.0, 1e-3);
+        const auto& shape = *feature->GetGeometryRef()->toMultiPolygon();
+        EXPECT_NEAR(shape.get_Area() / areas[row], 1.0, 5e-3);
+        ++row;
+    }
+    EXPECT_EQ(row, 3U);
+    const auto styles = rows_of(package, "layer_styles");
+    ASSERT_EQ(styles.size(), 2U);
+    EXPECT_THAT(styles[0], HasSubstr("label=\"95 % limits of its area\""));
+    EXPECT_THAT(styles[0], HasSubstr("name=\"outline_style\" value=\"dash\""));
+}
+
+TEST(AkdePackage, A_later_run_keeps_the_ranges_of_other_rasters) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    const fs::path package = out + "/RANGES.gpkg";
+    const auto run = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> all{"--gpkg", "--overwrite"};
+        all.insert(all.end(), more.begin(), more.end());
+        const Ran ran = akde(layer, out, all);
+        EXPECT_EQ(ran.Code, 0) << ran.Err;
+        return read_file(package);
+    };
+    const std::string first = run({});
+    EXPECT_EQ(rows_of(package, "isopleths").size(), 6U);
+    run({"--prefix", "P", "--isopleths", "80"});
+    EXPECT_EQ(rows_of(package, "isopleths").size(), 9U);
+    EXPECT_EQ(rows_of(package, "fixes").size(), 14U);
+    run({"--isopleths", "90"});
+    const auto isopleths = rows_of(package, "isopleths");
+    ASSERT_EQ(isopleths.size(), 6U);
+    EXPECT_THAT(isopleths[0], EndsWith("|P1"));
+    EXPECT_THAT(isopleths[3], StartsWith("a|90|high|"));
+    EXPECT_EQ(rows_of(package, "summary").size(), 2U);
+    fs::remove_all(out);
+    EXPECT_EQ(run({}) == first, true);
+}
+
+TEST(AkdePackage, The_package_of_another_command_stays) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(run_wxl({"kde", layer, "--id-field", "animal", "--out", out, "--cell-size", "20", "--gpkg"}).Code, 0);
+    const std::string before = read_file(out + "/RANGES.gpkg");
+    const Ran ran = akde(layer, out, {"--gpkg", "--prefix", "K"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_THAT(ran.Err, HasSubstr("Warning: " + out +
+                                   "/RANGES.gpkg is not a package of ranges with limits in the coordinate system of "
+                                   "the points, and was left as it is; no package was written. Choose another output "
+                                   "folder for one.\n"));
+    EXPECT_EQ(read_file(out + "/RANGES.gpkg") == before, true);
+    EXPECT_THAT(ran.Out, Not(HasSubstr("ranges: ")));
+}
+
+TEST(AkdePackage, A_layer_of_the_package_is_never_written_over) {
+    ScratchFolder folder;
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(akde(make_layer(folder, fourteen_rows("a")), out, {"--gpkg"}).Code, 0);
+    const std::string before = read_file(out + "/RANGES.gpkg");
+    const Ran ran =
+        akde(out + "/RANGES.gpkg:fixes", out, {"--time-field", "time", "--gpkg", "--prefix", "K", "--overwrite"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(ran.Err, HasSubstr(out + "/RANGES.gpkg"));
+    EXPECT_EQ(read_file(out + "/RANGES.gpkg") == before, true);
+    const Ran again = akde(out + "/RANGES.gpkg:fixes", (folder / "two").string(), {"--time-field", "time", "--gpkg"});
+    EXPECT_EQ(again.Code, 0) << again.Err;
+    EXPECT_EQ(read_file(folder / "two/RANGES.gpkg") == before, true);
+}
+
+TEST(AkdeSubfolders, Take_the_rasters_of_every_so_many_animals) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + fourteen_rows("b") + fourteen_rows("c"));
+    const std::string out = (folder / "out").string();
+    const Ran ran = akde(layer, out, {"--group-by", "2", "--raster-format", "gtiff", "--gpkg", "--html", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(names_in(out), (std::set<std::string>{"animals_1-2", "animals_3-3", "RANGES.gpkg",
+                                                    "WXL_AKDE_ANALYSIS.html", "WXL_AKDE_SUMMARY.csv"}));
+    EXPECT_TRUE(fs::exists(out + "/animals_1-2/2.tif") && fs::exists(out + "/animals_3-3/3_poly.shp"));
+    EXPECT_EQ(Json::parse(ran.Out)["animals"][2]["files"][0], out + "/animals_3-3/3.tif");
+    EXPECT_THAT(rows_of(out + "/RANGES.gpkg", "isopleths").back(), EndsWith("|animals_3-3/3"));
+    const std::string page = read_file(out + "/WXL_AKDE_ANALYSIS.html");
+    EXPECT_THAT(page, HasSubstr("<code>animals_3-3/3</code>"));
+    EXPECT_THAT(page, HasSubstr(" --group-by 2 --isopleths 95,50 --gpkg --html"));
+    EXPECT_THAT(page, Not(HasSubstr("there is no map")));
+    const Ran again = akde(layer, out, {"--group-by", "2", "--raster-format", "gtiff"});
+    EXPECT_EQ(again.Code, 1);
+    EXPECT_THAT(again.Err, HasSubstr(" exists: choose another folder or prefix, or give --overwrite\n"));
+    EXPECT_EQ(akde(layer, out, {"--group-by", "2", "--raster-format", "gtiff", "--overwrite"}).Code, 0);
+}
+
+TEST(AkdeSubfolders, A_link_in_their_place_is_refused) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    fs::create_directories(out);
+    fs::create_directories(folder / "elsewhere");
+    fs::create_directory_symlink(folder / "elsewhere", out + "/animals_1-1");
+    const Ran ran = akde(layer, out, {"--group-by", "5"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_THAT(ran.Err, HasSubstr(out + "/animals_1-1 is a link, and nothing is written through links: delete it"));
+    EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
+}
+
+}  // namespace
+}  // namespace wxl::cli
