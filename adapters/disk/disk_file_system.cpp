@@ -140,7 +140,7 @@ std::filesystem::path find_from(const std::filesystem::path& parent, const std::
                                 std::size_t next) {
     if (next == names.size()) return parent;
     for (const auto& folder : folders_like(parent, names[next])) {
-        const auto found = find_from(folder, names, next + 1);
+        auto found = find_from(folder, names, next + 1);
         if (!found.empty()) return found;
     }
     return {};

@@ -102,7 +102,7 @@ void DiskOutputFile::Close() {
     // Pipes and devices cannot be flushed to a disk.
     if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != ENOTSUP && errno != EROFS) code = errno;
     if (::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR && code == 0) code = errno;
-    if (m_failure) throw *m_failure;
+    if (m_failure) throw platform::RuntimeError(*m_failure);
     if (code != 0) RaiseErrno(code, m_file);
 }
 

@@ -10,9 +10,9 @@
 
 namespace wxl::files {
 
-InputFile::InputFile(std::filesystem::path file) : m_file(std::move(file)) {
-    // A pipe would wait for a writer.
-    m_descriptor = ::open(m_file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+// A pipe would wait for a writer.
+InputFile::InputFile(std::filesystem::path file)
+    : m_file(std::move(file)), m_descriptor(::open(m_file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     if (m_descriptor < 0) RaiseErrno(errno, m_file);
     struct stat status = {};
     const int code = ::fstat(m_descriptor, &status) == 0 ? 0 : errno;

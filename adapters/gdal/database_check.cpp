@@ -233,7 +233,7 @@ std::string why_journal_blocks(const fs::path& path) {
            path.string() + " is as it should be";
 }
 
-void RefuseJournals(const fs::path& path) {
+void refuse_journals(const fs::path& path) {
     std::error_code none;
     for (const char* ending : {"-journal", "-wal"}) {
         const std::string side = path.string() + ending;

@@ -51,7 +51,7 @@ void CPL_STDCALL receive_unwatched(CPLErr severity, CPLErrorNum number, const ch
 }
 
 std::string take_text(char* text) {
-    const std::string copy = text == nullptr ? "" : text;
+    std::string copy = text == nullptr ? "" : text;
     CPLFree(text);
     return copy;
 }

@@ -26,11 +26,11 @@ public:
     PackageRows& operator=(const PackageRows&) = delete;
 
     /// Deletes the rows that stood there before and have this key.
-    bool Drop(std::size_t table, const std::string& key);
+    bool Drop(std::size_t place, const std::string& key);
 
     /// `shape` may be null.
-    bool Put(std::size_t table, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
-    bool Put(std::size_t table, const platform::Point& point, std::span<const platform::FieldValue> values);
+    bool Put(std::size_t place, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
+    bool Put(std::size_t place, const platform::Point& point, std::span<const platform::FieldValue> values);
 
     /// Writes extents and ends the transaction.
     bool Finish();

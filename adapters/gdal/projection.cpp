@@ -48,7 +48,7 @@ std::optional<Point> degrees_of(const OGRSpatialReference& reference, const Poin
     const std::unique_ptr<OGRCoordinateTransformation> transformation(
         OGRCreateCoordinateTransformation(&reference, degrees.get()));
     Point place = where;
-    if (!transformation || !transformation->Transform(1, &place.X, &place.Y)) return std::nullopt;
+    if (!transformation || transformation->Transform(1, &place.X, &place.Y) == 0) return std::nullopt;
     return std::isfinite(place.X) && std::abs(place.Y) < 90.0 ? std::optional(place) : std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #include "adapters/ogr/geo_packages.h"
 
+#include "adapters/disk/disk_file_system.h"
 #include "adapters/gdal/database_check.h"
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/gdal/package_rows.h"
@@ -108,7 +109,7 @@ public:
     }
 
     void Publish() {
-        RefuseJournals(m_file);
+        refuse_journals(m_file);
         m_files.Rename(m_draft, m_file);
         m_published = true;
     }
@@ -256,7 +257,8 @@ private:
 
 std::unique_ptr<platform::IPackageWriter> GeoPackages::Open(const Package& package) {
     RegisterGdal();
-    RefuseJournals(package.File);
+    CheckReplaceable(package.File);
+    refuse_journals(package.File);
     if (m_files.FileExists(package.File) && !is_package(package)) return nullptr;
     return std::make_unique<Writer>(m_files, package);
 }

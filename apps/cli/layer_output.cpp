@@ -55,7 +55,7 @@ LayerOutput::LayerOutput(std::string path, bool overwrite, const ReadFiles& read
                         fmt::format("{}: there is no such folder; make it first", m_folder.string()));
     if (!overwrite && disk.FileExists(m_path))
         platform::Raise(error_number::kFileExists, m_path + " exists: choose another name, or give --overwrite");
-    if (m_format == tracking::LayerFormat::kGeoPackage) files::RefuseJournals(m_path);
+    if (m_format == tracking::LayerFormat::kGeoPackage) files::refuse_journals(m_path);
 }
 
 void LayerOutput::Write(const std::vector<platform::Field>& fields, const platform::SpatialReference& reference,
@@ -71,7 +71,7 @@ void LayerOutput::Write(const std::vector<platform::Field>& fields, const platfo
 /// Side files first: without the file that was asked for, nobody takes them for a layer. Those of an old one go before.
 void LayerOutput::Publish(const fs::path& staging) const {
     files::DiskFileSystem disk;
-    if (m_format == tracking::LayerFormat::kGeoPackage) files::RefuseJournals(m_path);
+    if (m_format == tracking::LayerFormat::kGeoPackage) files::refuse_journals(m_path);
     if (m_format == tracking::LayerFormat::kShapefile)
         for (const fs::path& old : platform::FolderContents(disk, m_folder).Shapefile(m_file.stem().string()))
             disk.DeleteFile(old, true);

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <ogrsf_frmts.h>
+#include <sys/stat.h>
 
 namespace wxl::tests {
 namespace {
@@ -189,6 +190,26 @@ INSTANTIATE_TEST_SUITE_P(Adapters, PackageContract,
                          testing::Values(PackageStageChoice{"Memory", made<MemoryStage>},
                                          PackageStageChoice{"Files", made<FilesStage>}),
                          [](const auto& choice) { return choice.param.Name; });
+
+TEST(GeoPackages, Pipes_and_links_in_their_place_are_refused_at_once) {
+    ScratchFolder folder;
+    files::DiskFileSystem disk;
+    files::GeoPackages packages(disk);
+    const auto refusal_of = [&](const std::string& name) -> std::string {
+        try {
+            packages.Open({folder / name, {}, {{"fixes", ShapeType::kPoint, {{"animal", FieldType::kText}}, 0}}, ""});
+        } catch (const platform::RuntimeError& error) {
+            return error.Description;
+        }
+        return "";
+    };
+    ASSERT_EQ(::mkfifo((folder / "pipe.gpkg").c_str(), 0600), 0);
+    std::filesystem::create_symlink(folder / "elsewhere.gpkg", folder / "link.gpkg");
+    EXPECT_EQ(refusal_of("pipe.gpkg"),
+              (folder / "pipe.gpkg").string() + " is a pipe or a device and no file: choose another name");
+    EXPECT_EQ(refusal_of("link.gpkg"),
+              (folder / "link.gpkg").string() + " is a link, and nothing is written through links: delete it");
+}
 
 TEST(GeoPackages, One_that_another_program_has_open_keeps_the_change_that_is_in_its_log) {
     ScratchFolder folder;
