@@ -101,11 +101,16 @@ std::string AnimalModels::LastTime(bool number) const {
     return Track.Order.empty() ? "" : moment_text(Animal->Times[Track.Order.back()], number);
 }
 
+AnimalModels prepared_animal(const TimedAnimal& animal, bool numberTimes) {
+    AnimalModels prepared;
+    prepared.Animal = &animal;
+    prepared.Track = prepare_track(animal.Seconds(), animal.Fixes);
+    prepared.Verdict.Text = problem_text(prepared.Track, first_conflict(prepared, numberTimes));
+    return prepared;
+}
+
 AnimalModels fit_animal(const TimedAnimal& animal, bool numberTimes, const FitSettings& settings, IListener& listener) {
-    AnimalModels fitted;
-    fitted.Animal = &animal;
-    fitted.Track = prepare_track(animal.Seconds(), animal.Fixes);
-    fitted.Verdict.Text = problem_text(fitted.Track, first_conflict(fitted, numberTimes));
+    AnimalModels fitted = prepared_animal(animal, numberTimes);
     if (fitted.Track.Problem != TrackProblem::kNone) return fitted;
     if (settings.Given)
         take_given(fitted, *settings.Given);

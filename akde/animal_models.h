@@ -49,6 +49,10 @@ struct AnimalModels {
     std::string LastTime(bool number) const;
 };
 
+/// An animal before its models; the verdict's text says why it will have none, "" where nothing is known against them.
+/// `numberTimes` as TimedAnimals says.
+AnimalModels prepared_animal(const TimedAnimal& animal, bool numberTimes);
+
 /// Fits the models of an animal, or takes the given one. `numberTimes` as TimedAnimals says.
 AnimalModels fit_animal(const TimedAnimal& animal, bool numberTimes, const FitSettings& settings, IListener& listener);
 

@@ -56,6 +56,7 @@ WritablePlaces beside(const InputOptions& points) {
 }  // namespace
 
 Fence fence_of(const AkdeOptions& options) {
+    if (options.DryRun) return WritablePlaces();
     return WritablePlaces().Folder(options.Out);
 }
 

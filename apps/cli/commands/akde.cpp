@@ -5,6 +5,7 @@
 #include "akde/range_run.h"
 #include "analysis/output_names.h"
 #include "analysis/package_draft.h"
+#include "apps/cli/commands/akde_dry_run.h"
 #include "apps/cli/commands/akde_output.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/option_checks.h"
@@ -20,6 +21,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
+#include <vector>
 
 namespace wxl::cli {
 
@@ -84,12 +86,18 @@ RangeSettings settings_of(const AkdeOptions& options) {
     return settings;
 }
 
-/// Before anything is computed. What is read by the command is never written.
-void check_outputs(const RangeSettings& settings, const TimedLayer& layer, const platform::Services& services) {
+/// What keeps the run from starting. What is read by the command is never written.
+std::vector<fs::path> taken_outputs(const RangeSettings& settings, const TimedLayer& layer,
+                                    const platform::Services& services) {
     const auto standing = akde::standing_outputs(settings, layer.Animals, services);
     layer.Read.Refuse(standing);
     if (settings.GeoPackage) layer.Read.Refuse(analysis::file_in_folder(settings.Folder, analysis::kRangePackage));
-    if (!settings.Overwrite && !standing.empty())
+    return settings.Overwrite ? std::vector<fs::path>() : standing;
+}
+
+/// Before anything is computed.
+void check_outputs(const std::vector<fs::path>& standing) {
+    if (!standing.empty())
         platform::Raise(platform::error_number::kFileExists,
                         standing.front().string() + " exists: choose another folder or prefix, or give --overwrite");
 }
@@ -144,6 +152,7 @@ void register_akde(CLI::App& command, AkdeOptions& options) {
     command.add_flag("--html", options.Html, "Write WXL_AKDE_ANALYSIS.html, a page of the results with maps");
     command.add_flag("--gpkg", options.GeoPackage,
                      "Write RANGES.gpkg: outlines, fixes and a summary of all animals in one file");
+    command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");
     command.add_flag("--overwrite", options.Overwrite, "Replace earlier results of the same names");
     command.add_flag("--json", options.Json, "Print one JSON object");
     command.footer(
@@ -169,10 +178,12 @@ int run_akde(const AkdeOptions& options, Console& console) {
     settings.LayerName = layer.Name;
     settings.Fields = layer.Fields;
     settings.Source = layer.Source;
-    make_output_folder(options.Out);
     files::DiskServices disk;
     const platform::Services services = disk.Complete({});
-    check_outputs(settings, layer, services);
+    const std::vector<fs::path> taken = taken_outputs(settings, layer, services);
+    if (options.DryRun) return print_akde_dry_run(settings, layer.Animals, taken, options.Json, console);
+    make_output_folder(options.Out);
+    check_outputs(taken);
 
     const bool metres = layer.Animals.Reference.MetersPerUnit == 1.0;
     Json json{{"summary", ""}, {"package", nullptr}, {"page", nullptr}, {"animals", Json::array()}};

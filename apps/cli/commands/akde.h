@@ -25,6 +25,7 @@ struct AkdeOptions {
     bool Html = false;
     bool GeoPackage = false;
     std::size_t GroupBy = 0;
+    bool DryRun = false;
     bool Overwrite = false;
     bool Json = false;
 };

@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 using tests::ScratchFolder;
 
@@ -177,6 +178,46 @@ TEST(AkdeSubfolders, A_link_in_their_place_is_refused) {
     EXPECT_EQ(ran.Code, 1);
     EXPECT_THAT(ran.Err, HasSubstr(out + "/animals_1-1 is a link, and nothing is written through links: delete it"));
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
+}
+
+TEST(AkdeDryRun, Tells_what_would_be_computed_and_writes_nothing) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + "b,500000,5800000,2020-01-01T06:00:00Z\n");
+    const std::string out = (folder / "out").string();
+    const Ran ran = akde(layer, out, {"--dry-run", "--group-by", "1", "--prefix", "K"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_THAT(ran.Out, StartsWith("a: 14 fixes, 2020-01-01T00:00:00Z to 2020-01-02T02:00:00Z, about "));
+    EXPECT_THAT(ran.Out, HasSubstr(" s, raster animals_1-1/K1\nb: 1 fix, "));
+    EXPECT_THAT(ran.Out, EndsWith("raster animals_2-2/K2: will fail: There is 1 fix of different times: at least 3 are "
+                                  "needed.\n"));
+    EXPECT_FALSE(fs::exists(out));
+    const Json json = Json::parse(akde(layer, out, {"--dry-run", "--json"}).Out);
+    EXPECT_EQ(json["animals"][0]["n_used"], 14);
+    EXPECT_TRUE(json["animals"][0]["failure"].is_null());
+    EXPECT_EQ(json["names_taken"], Json::array());
+}
+
+TEST(AkdeDryRun, Of_animals_without_a_range_has_failed) {
+    ScratchFolder folder;
+    const Ran ran =
+        akde(make_layer(folder, "b,500000,5800000,2020-01-01T06:00:00Z\n"), (folder / "out").string(), {"--dry-run"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err, "wxl: no distribution can be computed in this way\n");
+}
+
+TEST(AkdeDryRun, Tells_what_keeps_the_run_from_starting) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(akde(layer, out, {"--raster-format", "gtiff"}).Code, 0);
+    fs::remove(out + "/WXL_AKDE_SUMMARY.csv");
+    for (const char* part : {"cpg", "dbf", "prj", "shx"}) fs::remove(out + "/1_poly." + part);
+    const Ran ran = akde(layer, out, {"--dry-run", "--raster-format", "gtiff"});
+    EXPECT_EQ(ran.Code, 1);
+    EXPECT_EQ(ran.Err,
+              "wxl: the run will be refused, because the output folder holds 1.tif, 1_poly.shp: --overwrite replaces "
+              "them, --out names another folder\n");
+    EXPECT_EQ(akde(layer, out, {"--dry-run", "--overwrite"}).Code, 0);
 }
 
 }  // namespace
