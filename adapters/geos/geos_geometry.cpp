@@ -189,9 +189,8 @@ void append_parts(const GEOSGeometry* geometry, Geometry& shape) {
         const int holes = GEOSGetNumInteriorRings_r(geos_context(), geometry);
         for (int i = 0; i < holes; ++i)
             shape.Parts.push_back(ring_of(GEOSGetInteriorRingN_r(geos_context(), geometry, i), false));
-    } else if (shape.Type == ShapeType::kPolyline && (type == GEOS_LINESTRING || type == GEOS_LINEARRING)) {
-        shape.Parts.push_back(points_of(geometry));
-    } else if (shape.Type == ShapeType::kPoint && type == GEOS_POINT) {
+    } else if ((shape.Type == ShapeType::kPolyline && (type == GEOS_LINESTRING || type == GEOS_LINEARRING)) ||
+               (shape.Type == ShapeType::kPoint && type == GEOS_POINT)) {
         shape.Parts.push_back(points_of(geometry));
     }
 }

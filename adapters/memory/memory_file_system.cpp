@@ -58,7 +58,7 @@ public:
     void Close() override {
         CheckOpen();
         m_open = false;
-        if (m_failure) throw *m_failure;
+        if (m_failure) throw platform::RuntimeError(*m_failure);
         m_disk->Meet(DiskStep::kClose, m_file);
     }
 
@@ -115,7 +115,7 @@ void MemoryDisk::AddFolder(const std::filesystem::path& folder) {
 
 void MemoryDisk::AddFile(const std::filesystem::path& file, std::string bytes) {
     const auto path = clean(file);
-    if (m_folders.count(path.parent_path()) == 0) raise_at(error_number::kPathNotFound, file);
+    if (!m_folders.contains(path.parent_path())) raise_at(error_number::kPathNotFound, file);
     m_files[path] = std::make_shared<std::string>(std::move(bytes));
 }
 
@@ -134,7 +134,7 @@ void MemoryDisk::SetReadOnly(const std::filesystem::path& file) {
 }
 
 bool MemoryDisk::Taken(const std::filesystem::path& path) const {
-    return m_files.count(clean(path)) != 0 || m_folders.count(clean(path)) != 0;
+    return m_files.contains(clean(path)) || m_folders.contains(clean(path));
 }
 
 void MemoryDisk::Meet(DiskStep step, const std::filesystem::path& path) {
@@ -154,11 +154,11 @@ std::uint64_t MemoryDisk::Used() const {
 MemoryFileSystem::MemoryFileSystem(std::shared_ptr<MemoryDisk> disk) : m_disk(std::move(disk)) {}
 
 bool MemoryFileSystem::FileExists(const std::filesystem::path& file) const {
-    return m_disk->m_files.count(clean(file)) != 0;
+    return m_disk->m_files.contains(clean(file));
 }
 
 bool MemoryFileSystem::FolderExists(const std::filesystem::path& folder) const {
-    return m_disk->m_folders.count(clean(folder)) != 0;
+    return m_disk->m_folders.contains(clean(folder));
 }
 
 std::string MemoryFileSystem::ReadFile(const std::filesystem::path& file, std::uint64_t limit) const {
@@ -192,7 +192,7 @@ std::unique_ptr<platform::IOutputFile> MemoryFileSystem::OpenForWriting(const st
     const auto path = clean(file);
     if (!FolderExists(path.parent_path())) raise_at(error_number::kPathNotFound, file);
     if (mode == platform::WriteMode::kNew && m_disk->Taken(path)) raise_at(error_number::kFileExists, file);
-    if (FolderExists(path) || m_disk->m_readOnly.count(path) != 0) raise_at(error_number::kPermissionDenied, file);
+    if (FolderExists(path) || m_disk->m_readOnly.contains(path)) raise_at(error_number::kPermissionDenied, file);
     auto& bytes = m_disk->m_files[path];
     if (!bytes) bytes = std::make_shared<std::string>();
     if (mode == platform::WriteMode::kReplace) bytes->clear();
@@ -230,7 +230,7 @@ void MemoryFileSystem::DeleteFile(const std::filesystem::path& file, bool forced
     const auto path = clean(file);
     if (!FolderExists(path.parent_path())) raise_at(error_number::kPathNotFound, file);
     if (!FileExists(path)) raise_at(error_number::kFileNotFound, file);
-    if (m_disk->m_readOnly.count(path) != 0 && !forced) raise_at(error_number::kPermissionDenied, file);
+    if (m_disk->m_readOnly.contains(path) && !forced) raise_at(error_number::kPermissionDenied, file);
     m_disk->m_files.erase(path);
     m_disk->m_readOnly.erase(path);
 }
@@ -251,21 +251,21 @@ MemoryFolders::MemoryFolders(std::shared_ptr<MemoryDisk> disk) : m_disk(std::mov
 void MemoryFolders::Create(const std::filesystem::path& folder) {
     const auto path = clean(folder);
     if (m_disk->Taken(path)) raise_at(error_number::kFileExists, folder);
-    if (m_disk->m_folders.count(path.parent_path()) == 0) raise_at(error_number::kPathNotFound, folder);
+    if (!m_disk->m_folders.contains(path.parent_path())) raise_at(error_number::kPathNotFound, folder);
     m_disk->m_folders.insert(path);
 }
 
 void MemoryFolders::DeleteTree(const std::filesystem::path& folder) {
     m_disk->Meet(DiskStep::kDelete, folder);
     const auto path = clean(folder);
-    if (m_disk->m_folders.count(path) == 0) raise_at(error_number::kPathNotFound, folder);
+    if (!m_disk->m_folders.contains(path)) raise_at(error_number::kPathNotFound, folder);
     std::erase_if(m_disk->m_files, [&](const auto& file) { return lies_below(file.first, path); });
     std::erase_if(m_disk->m_folders, [&](const auto& other) { return other == path || lies_below(other, path); });
 }
 
 std::filesystem::path MemoryFolders::FindIgnoringCase(const std::filesystem::path& folder) const {
     const auto path = clean(folder);
-    if (m_disk->m_folders.count(path) != 0) return folder;
+    if (m_disk->m_folders.contains(path)) return folder;
     const std::string upper = platform::UpperCase(path.string());
     const auto found = std::find_if(m_disk->m_folders.begin(), m_disk->m_folders.end(),
                                     [&](const auto& other) { return platform::UpperCase(other.string()) == upper; });

@@ -69,8 +69,7 @@ public:
 
     std::shared_ptr<platform::IRasterDataset> Publish() override {
         if (!IsWhole() || m_published) platform::Raise(error_number::kInvalidCall);
-        const auto raster =
-            MakeRaster(m_definition.Name, m_definition.Geometry, std::move(m_cells), m_definition.Reference);
+        auto raster = MakeRaster(m_definition.Name, m_definition.Geometry, std::move(m_cells), m_definition.Reference);
         m_shelve(raster);
         m_published = true;
         return raster;
@@ -160,7 +159,7 @@ void MemoryTinWorkspace::Add(const std::filesystem::path& folder, const std::str
 }
 
 bool MemoryTinWorkspace::Exists(const std::filesystem::path& folder, const std::string& name) const {
-    return m_tins.count(folder / name) != 0;
+    return m_tins.contains(folder / name);
 }
 
 void MemoryTinWorkspace::Delete(const std::filesystem::path& folder, const std::string& name) {

@@ -20,7 +20,7 @@ std::filesystem::path part_of(std::filesystem::path path, const char* extension)
 }  // namespace
 
 bool MemoryShapefileWorkspace::Stands(const std::filesystem::path& path) const {
-    return m_published.contains(path) && (!m_files || m_files->FileExists(part_of(path, ".shp")));
+    return m_published.contains(path) && (m_files == nullptr || m_files->FileExists(part_of(path, ".shp")));
 }
 
 std::shared_ptr<MemoryFeatureClass> MemoryShapefileWorkspace::Find(const std::filesystem::path& folder,
@@ -37,8 +37,8 @@ std::shared_ptr<IFeatureClass> MemoryShapefileWorkspace::Create(const std::files
                                                                 const FeatureClassDefinition& definition) {
     CheckDatasetName(definition.Name);
     const auto path = folder / definition.Name;
-    if (m_files && !m_files->FolderExists(folder)) Raise(error_number::kPathNotFound, folder.string());
-    if (Stands(path) || (m_files && m_files->FileExists(part_of(path, ".shp"))))
+    if (m_files != nullptr && !m_files->FolderExists(folder)) Raise(error_number::kPathNotFound, folder.string());
+    if (Stands(path) || (m_files != nullptr && m_files->FileExists(part_of(path, ".shp"))))
         Raise(error_number::kFileExists, path.string() + ".shp already exists.");
     auto created = std::make_shared<MemoryFeatureClass>(definition.Shape, definition.Fields, definition.Reference);
     m_waiting.push_back({path, created});
