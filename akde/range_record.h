@@ -41,8 +41,9 @@ struct RangeSettings {
 
     // Told on the page only:
     std::string LayerName;
-    std::string Source;  ///< of the layer; empty: no file that is known
-    std::string Where;   ///< the condition that the fixes meet; empty: none
+    std::string Source;                      ///< of the layer; empty: no file that is known
+    std::vector<std::string> SourceOptions;  ///< that make the layer of a tracking file
+    std::string Where;                       ///< the condition that the fixes meet; empty: none
     bool SelectedOnly = false;
 };
 

@@ -265,6 +265,7 @@ std::string lede(const RangePageRun& run) {
 std::vector<std::string> range_words(const RangePageRun& run) {
     const akde::RangeSettings& wanted = run.Wanted;
     std::vector<std::string> words = {"wxl", "akde", wanted.Source.empty() ? wanted.LayerName : wanted.Source};
+    words.insert(words.end(), wanted.SourceOptions.begin(), wanted.SourceOptions.end());
     const auto add = [&](const std::string& option, const std::string& value) {
         if (value.empty()) return;
         words.push_back(option);

@@ -19,14 +19,24 @@ namespace {
 /// Fields of date and time in layers that wxl import writes.
 constexpr const char* kImportedTimes = "Date,Time1";
 
-std::unique_ptr<ImportedLayer> import_where_needed(const TimedInputOptions& options, Console& console) {
-    if (!needs_import(options.Points)) return nullptr;
-    FixOptions fixes;
+bool is_tracking_file(const TimedInputOptions& options) {
+    return options.Fixes != FixOptions() || needs_import(options.Points);
+}
+
+/// How the file is read: names of the fields that imported layers have are none of columns.
+FixOptions fix_options_of(const TimedInputOptions& options) {
+    FixOptions fixes = options.Fixes;
     fixes.Inputs = {options.Points.Input};
     fixes.AllowIndirect = options.Points.AllowIndirect;
-    if (!platform::EqualNoCase(options.Fields.Id, kAnimalField)) fixes.Id = options.Fields.Id;
-    if (!platform::EqualNoCase(options.Fields.Time, kImportedTimes)) fixes.Time = options.Fields.Time;
-    auto imported = std::make_unique<ImportedLayer>(fixes, !options.Where.empty(), console);
+    if (fixes.Id.empty() && !platform::EqualNoCase(options.Fields.Id, kAnimalField)) fixes.Id = options.Fields.Id;
+    if (fixes.Time.empty() && !platform::EqualNoCase(options.Fields.Time, kImportedTimes))
+        fixes.Time = options.Fields.Time;
+    return fixes;
+}
+
+std::unique_ptr<ImportedLayer> import_where_needed(const TimedInputOptions& options, Console& console) {
+    if (!is_tracking_file(options)) return nullptr;
+    auto imported = std::make_unique<ImportedLayer>(fix_options_of(options), !options.Where.empty(), console);
     platform::IFeatureClass& points = *imported->Layer()->FeatureClass();
     report_mercator(options.Points.Input, points.Reference(), points.Bounds(), console);
     return imported;
@@ -74,9 +84,11 @@ void add_timed_input_options(CLI::App& command, TimedInputOptions& options) {
                     "that wxl import writes, or the time column of a tracking file)")
         ->type_name("FIELD[,FIELD]");
     command.add_option("--where", options.Where, "Use only the fixes that meet this condition")->type_name("SQL");
+    add_fix_options(command, options.Fixes);
 }
 
 TimedLayer read_timed_layer(const TimedInputOptions& options, Console& console) {
+    if (options.Fixes.NoTime) throw WrongCall("--no-time: movement models need the times of the fixes");
     const auto imported = import_where_needed(options, console);
     const auto layer = imported ? imported->Layer() : open_measured_point_layer(options.Points, console);
     const bool chosen = !options.Where.empty();
@@ -86,9 +98,11 @@ TimedLayer read_timed_layer(const TimedInputOptions& options, Console& console) 
     const akde::TimedFields fields =
         imported ? akde::TimedFields{kAnimalField, kImportedTimes} : fields_of(options, layer->FeatureClass()->Table());
     return {akde::read_timed_animals(*layer, fields, chosen, options.Points.Input),
-            read_files_of(options, imported != nullptr, *layer), layer->Name(),
+            read_files_of(options, imported != nullptr, *layer),
+            layer->Name(),
             imported ? std::filesystem::absolute(options.Points.Input).lexically_normal().string()
                      : files::layer_of(layer).Source,
+            imported ? words_of(fix_options_of(options)) : std::vector<std::string>(),
             fields};
 }
 

@@ -178,6 +178,7 @@ int run_akde(const AkdeOptions& options, Console& console) {
     settings.LayerName = layer.Name;
     settings.Fields = layer.Fields;
     settings.Source = layer.Source;
+    settings.SourceOptions = layer.SourceOptions;
     files::DiskServices disk;
     const platform::Services services = disk.Complete({});
     const std::vector<fs::path> taken = taken_outputs(settings, layer, services);

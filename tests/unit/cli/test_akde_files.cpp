@@ -180,6 +180,31 @@ TEST(AkdeSubfolders, A_link_in_their_place_is_refused) {
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
 }
 
+// Every second of the fixes is two hours after the one before it.
+TEST(AkdeImport, Options_of_import_say_how_a_tracking_file_is_read) {
+    ScratchFolder folder;
+    const std::string file = write_file(folder, "t.csv", "who,east,north,when\n" + fourteen_rows("a"));
+    const auto call = [&](const std::string& out, std::vector<std::string> more) {
+        std::vector<std::string> arguments{"akde",       file,         "--out",   (folder / out).string(),
+                                           "--id",       "who",        "--x",     "east",
+                                           "--y",        "north",      "--time",  "when",
+                                           "--from-crs", "EPSG:32633", "--every", "4h"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run_wxl(arguments);
+    };
+    const Ran ran = call("out", {"--json", "--html", "--cell-size", "50"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(Json::parse(ran.Out)["animals"][0]["n"], 7);
+    EXPECT_THAT(read_file(folder / "out/WXL_AKDE_ANALYSIS.html"),
+                HasSubstr(" --id who --x east --y north --time when --from-crs EPSG:32633 --every 4h --id-field animal "
+                          "--time-field Date,Time1 --out "));
+    const Ran split = call("two", {"--dry-run", "--split-by", "year-month"});
+    EXPECT_THAT(split.Out, StartsWith("a 2020-01: 7 fixes")) << split.Err;
+    const Ran timeless = run_wxl({"models", file, "--no-time"});
+    EXPECT_EQ(timeless.Code, 2);
+    EXPECT_EQ(timeless.Err, "wxl: --no-time: movement models need the times of the fixes\n");
+}
+
 TEST(AkdeDryRun, Tells_what_would_be_computed_and_writes_nothing) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, fourteen_rows("a") + "b,500000,5800000,2020-01-01T06:00:00Z\n");
