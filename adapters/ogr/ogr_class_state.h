@@ -182,7 +182,7 @@ platform::Extent bounds_of(const std::shared_ptr<Pass>& pass);
 /// Cursors over a state: all rows, or some.
 std::unique_ptr<platform::IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const platform::Search& search);
 std::unique_ptr<platform::IFeatureCursor> open_cursor(std::shared_ptr<Pass> pass, const platform::Search& search,
-                                                      const ChosenRows& rows);
+                                                      const ChosenRows& chosen);
 std::unique_ptr<platform::IInsertCursor> open_insert_cursor(std::shared_ptr<Pass> pass);
 
 }  // namespace wxl::files

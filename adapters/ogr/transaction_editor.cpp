@@ -113,7 +113,7 @@ void TransactionEditor::InTransaction(Action&& action) {
         const platform::RuntimeError fault = platform::CurrentError();
         dataset->RollbackTransaction();
         if (fault.Number == error_number::kDeviceIo) errors.RaiseWriting(m_path.string(), m_path.parent_path());
-        throw fault;
+        platform::Raise(fault.Number, fault.Description);
     }
     const bool committed = dataset->CommitTransaction() == OGRERR_NONE;
     if (!committed) dataset->RollbackTransaction();

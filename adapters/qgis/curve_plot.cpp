@@ -133,8 +133,8 @@ QWidget* NewCurvePlot(QWidget* parent) {
     return plot;
 }
 
-void ShowCurve(QWidget& widget, const CurvePicture& picture) {
-    auto& plot = static_cast<QwtPlot&>(widget);
+void ShowCurve(QWidget& plotWidget, const CurvePicture& picture) {
+    auto& plot = static_cast<QwtPlot&>(plotWidget);
     plot.detachItems();
     set_axis(plot, QwtPlot::xBottom, picture.X);
     set_axis(plot, QwtPlot::yLeft, picture.Y);

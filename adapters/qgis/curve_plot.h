@@ -49,6 +49,6 @@ QColor ReadableOn(const QColor& ground, const QColor& wanted);
 QWidget* NewCurvePlot(QWidget* parent);
 
 /// Replaces what a plot of NewCurvePlot shows.
-void ShowCurve(QWidget& plot, const CurvePicture& picture);
+void ShowCurve(QWidget& plotWidget, const CurvePicture& picture);
 
 }  // namespace wxl::qgis

@@ -24,7 +24,7 @@ void add_command(QMenu& menu, platform::ICommand& command, const std::function<v
 
 }  // namespace
 
-DesktopToolBar::DesktopToolBar(host::ToolBar definition, std::function<void(platform::ICommand&)> run)
+DesktopToolBar::DesktopToolBar(host::ToolBar definition, const std::function<void(platform::ICommand&)>& run)
     : m_definition(std::move(definition)), m_toolBar(new QToolBar(ToQString(m_definition.Caption))) {
     m_toolBar->setObjectName(ToQString(m_definition.Name));
     for (host::Menu& definedMenu : m_definition.Menus) {

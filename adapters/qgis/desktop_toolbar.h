@@ -13,7 +13,7 @@ namespace wxl::qgis {
 class DesktopToolBar {
 public:
     /// `run` is called for a command that is chosen; without it the command just gets its click.
-    explicit DesktopToolBar(host::ToolBar definition, std::function<void(platform::ICommand&)> run = {});
+    explicit DesktopToolBar(host::ToolBar definition, const std::function<void(platform::ICommand&)>& run = {});
 
     /// The toolbar widget, to be added to the main window; the window owns it from then on.
     QToolBar* Widget() const { return m_toolBar; }

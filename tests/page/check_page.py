@@ -92,7 +92,18 @@ class Browser:
         for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage"):
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-        self.driver = webdriver.Chrome(service=Service(chromedriver), options=options)
+        self.driver = self.started(lambda: webdriver.Chrome(service=Service(chromedriver), options=options))
+
+    @staticmethod
+    def started(start):
+        """Its driver waits half a minute for it, which a machine with much to do may need more than once."""
+        from selenium.common.exceptions import WebDriverException
+        for _ in range(2):
+            try:
+                return start()
+            except WebDriverException as fault:
+                print(f"the browser did not start: {fault}", file=sys.stderr)
+        return start()
 
     def show(self, page, width, scheme):
         self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",

@@ -80,8 +80,9 @@ class Cluster:
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.wait_for(lambda: (self.folder / "munge.sock").exists(), 10, "munged does not start")
         for daemon in ("slurmctld", "slurmd"):
-            if subprocess.run([daemon], env=self.environment, capture_output=True, check=False).returncode != 0:
-                raise Unavailable(f"{daemon} does not start")
+            begun = subprocess.run([daemon], env=self.environment, capture_output=True, text=True, check=False)
+            if begun.returncode != 0:
+                raise Unavailable(f"{daemon} does not start: {begun.stderr.strip()}")
         self.wait_for(lambda: self.said("sinfo", "-h", "-o", "%t").strip() == "idle", 30, "no node becomes idle")
 
     def said(self, *command):
