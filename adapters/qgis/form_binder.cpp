@@ -90,7 +90,7 @@ void show_table(QTableWidget& widget, const platform::DataGrid& grid) {
             widget.setItem(row, column, item);
         }
     }
-    if (headers.size() > 0) widget.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    if (!headers.isEmpty()) widget.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     widget.setVisible(grid.Visible);
 }
 
@@ -112,10 +112,11 @@ void FormBinder::Refresh() {
 
 void FormBinder::Bind(QLineEdit& widget, platform::TextBox& control, const char* name, Handler changed) {
     widget.setObjectName(QLatin1String(name));
-    connect(&widget, &QLineEdit::textChanged, this, [this, &control, changed](const QString& text) {
-        Run([&] { control.Text = FromQString(text); }, changed);
-    });
-    m_refreshers.push_back([&widget, &control] {
+    connect(&widget, &QLineEdit::textChanged, this,
+            [this, &control, changed = std::move(changed)](const QString& text) {
+                Run([&] { control.Text = FromQString(text); }, changed);
+            });
+    m_refreshers.emplace_back([&widget, &control] {
         // Setting an equal text would move the cursor of somebody who types.
         if (const QString text = ToQString(control.Text); widget.text() != text) widget.setText(text);
         widget.setEnabled(control.Enabled);
@@ -127,9 +128,10 @@ void FormBinder::Bind(QLineEdit& widget, platform::TextBox& control, const char*
 void FormBinder::Bind(QCheckBox& widget, platform::CheckBox& control, const char* name, Handler clicked) {
     widget.setObjectName(QLatin1String(name));
     widget.setText(ToQString(control.Caption).trimmed());
-    connect(&widget, &QCheckBox::toggled, this,
-            [this, &control, clicked](bool checked) { Run([&] { control.Value = checked ? 1 : 0; }, clicked); });
-    m_refreshers.push_back([&widget, &control] {
+    connect(&widget, &QCheckBox::toggled, this, [this, &control, clicked = std::move(clicked)](bool checked) {
+        Run([&] { control.Value = checked ? 1 : 0; }, clicked);
+    });
+    m_refreshers.emplace_back([&widget, &control] {
         widget.setChecked(control.Value == 1);
         widget.setEnabled(control.Enabled);
     });
@@ -139,8 +141,8 @@ void FormBinder::Bind(QRadioButton& widget, platform::OptionButton& control, con
     widget.setObjectName(QLatin1String(name));
     widget.setText(ToQString(control.Caption));
     connect(&widget, &QRadioButton::clicked, this,
-            [this, &control, clicked] { Run([&] { control.Value = true; }, clicked); });
-    m_refreshers.push_back([&widget, &control] {
+            [this, &control, clicked = std::move(clicked)] { Run([&] { control.Value = true; }, clicked); });
+    m_refreshers.emplace_back([&widget, &control] {
         // Siblings exclude each other, as arrow keys need it, but for what the form has just cleared.
         widget.setAutoExclusive(false);
         widget.setChecked(control.Value);
@@ -152,8 +154,10 @@ void FormBinder::Bind(QRadioButton& widget, platform::OptionButton& control, con
 void FormBinder::Bind(QComboBox& widget, platform::ComboBox& control, const char* name, Handler clicked) {
     widget.setObjectName(QLatin1String(name));
     connect(&widget, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            [this, &control, clicked](int index) { Run([&] { control.ListIndex = index; }, clicked); });
-    m_refreshers.push_back([&widget, &control] {
+            [this, &control, clicked = std::move(clicked)](int index) {
+                Run([&] { control.ListIndex = index; }, clicked);
+            });
+    m_refreshers.emplace_back([&widget, &control] {
         QStringList items;
         for (const std::string& item : control.Items) items << ToQString(item);
         QStringList shown;
@@ -172,14 +176,14 @@ void FormBinder::Bind(QComboBox& widget, platform::ComboBox& control, const char
 void FormBinder::Bind(QPushButton& widget, platform::Button& control, const char* name, Handler clicked) {
     widget.setObjectName(QLatin1String(name));
     widget.setText(ToQString(control.Caption));
-    connect(&widget, &QPushButton::clicked, this, [this, clicked] { Run([] {}, clicked); });
-    m_refreshers.push_back([&widget, &control] { widget.setEnabled(control.Enabled); });
+    connect(&widget, &QPushButton::clicked, this, [this, clicked = std::move(clicked)] { Run([] {}, clicked); });
+    m_refreshers.emplace_back([&widget, &control] { widget.setEnabled(control.Enabled); });
 }
 
 void FormBinder::Bind(QLabel& widget, platform::Label& control, const char* name) {
     widget.setObjectName(QLatin1String(name));
     widget.setTextFormat(Qt::PlainText);
-    m_refreshers.push_back([&widget, &control] {
+    m_refreshers.emplace_back([&widget, &control] {
         widget.setText(ToQString(control.Caption));
         widget.setEnabled(control.Enabled);
     });
@@ -200,7 +204,7 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
         widget.setSelectionBehavior(QAbstractItemView::SelectRows);
         widget.setSelectionMode(QAbstractItemView::SingleSelection);
         connect(&widget, &QTableWidget::currentCellChanged, this,
-                [this, &control, chosen](int row, int, int last, int) {
+                [this, &control, chosen = std::move(chosen)](int row, int, int last, int) {
                     if (row != last) Run([&] { control.CurrentRow = row; }, chosen);
                 });
     }
@@ -218,7 +222,7 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
 void FormBinder::Bind(QProgressBar& widget, platform::ProgressBar& control, const char* name) {
     widget.setObjectName(QLatin1String(name));
     widget.setRange(0, 1000);
-    m_refreshers.push_back([&widget, &control] {
+    m_refreshers.emplace_back([&widget, &control] {
         const double range = control.Maximum - control.Minimum;
         widget.setValue(range > 0.0 ? static_cast<int>(1000.0 * (control.Value - control.Minimum) / range) : 0);
     });
@@ -226,9 +230,10 @@ void FormBinder::Bind(QProgressBar& widget, platform::ProgressBar& control, cons
 
 void FormBinder::Bind(QSlider& widget, platform::Slider& control, const char* name, Handler changed) {
     widget.setObjectName(QLatin1String(name));
-    connect(&widget, &QSlider::valueChanged, this,
-            [this, &control, changed](int value) { Run([&] { control.Value = value; }, changed); });
-    m_refreshers.push_back([&widget, &control] {
+    connect(&widget, &QSlider::valueChanged, this, [this, &control, changed = std::move(changed)](int value) {
+        Run([&] { control.Value = value; }, changed);
+    });
+    m_refreshers.emplace_back([&widget, &control] {
         widget.setRange(control.Minimum, control.Maximum);
         widget.setValue(control.Value);
         widget.setEnabled(control.Enabled);
@@ -237,11 +242,11 @@ void FormBinder::Bind(QSlider& widget, platform::Slider& control, const char* na
 
 void FormBinder::Bind(QTabWidget& widget, platform::Tab& control, const char* name, std::function<void(int)> clicked) {
     widget.setObjectName(QLatin1String(name));
-    connect(&widget, &QTabWidget::currentChanged, this, [this, &control, clicked](int page) {
+    connect(&widget, &QTabWidget::currentChanged, this, [this, &control, clicked = std::move(clicked)](int page) {
         const int previous = control.Current;
         Run([&] { control.Current = page; }, [&] { clicked(previous); });
     });
-    m_refreshers.push_back([&widget, &control] { widget.setCurrentIndex(control.Current); });
+    m_refreshers.emplace_back([&widget, &control] { widget.setCurrentIndex(control.Current); });
 }
 
 }  // namespace wxl::qgis

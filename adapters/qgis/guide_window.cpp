@@ -99,7 +99,7 @@ bool write_pages(const QDir& folder) {
 
 }  // namespace
 
-QString GuideFile(const QString& page) {
+QString guide_file(const QString& page) {
     if (QGuiApplication::platformName().isEmpty()) return {};
     know_guide_pages();
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);

@@ -21,7 +21,7 @@ private:
 
 /// A page of the guide as an HTML file for a browser, as a URL; written into the user's cache with all other pages when
 /// it is not there yet. "" where there is no desktop or no place to write.
-QString GuideFile(const QString& page);
+QString guide_file(const QString& page);
 
 /// Opens the guide for a window, by F1 too; `page` tells which page belongs to what is on screen then.
 class GuideOpener final : public QObject {

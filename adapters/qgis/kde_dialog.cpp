@@ -95,14 +95,14 @@ QWidget* page_of(std::initializer_list<QWidget*> frames, bool stretchAtEnd) {
 
 }  // namespace
 
-KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent) : QDialog(parent), m_form(form) {
+KdeDialog::KdeDialog(kde_tool::frmKDE& form, QgisHost& host, QWidget* parent)
+    : QDialog(parent), m_form(form), m_tabs(new QTabWidget) {
     setObjectName(QStringLiteral("frmKDE"));
     setWindowTitle(ToQString(form.Caption));
     form.Form_Load();
     // Marks of the pages show what this finds.
     m_binder.AlsoRefresh([this] { m_form.CheckFields(); });
 
-    m_tabs = new QTabWidget;
     const std::vector<QWidget*> pages = {InputPage(), KernelPage(), BandwidthPage(), OutputPage()};
     for (std::size_t i = 0; i < pages.size(); ++i) m_tabs->addTab(pages[i], ToQString(form.SSTab1.Pages[i]));
     m_binder.Bind(*m_tabs, form.SSTab1, "SSTab1", [this](int previous) { m_form.SSTab1_Click(previous); });

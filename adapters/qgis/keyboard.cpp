@@ -102,11 +102,11 @@ void OrderTabKey(QWidget& window) {
 
 void NameForScreenReaders(QWidget& window) {
     for (const QLabel* label : window.findChildren<QLabel*>())
-        if (label->buddy() && label->buddy()->accessibleName().isEmpty())
+        if (label->buddy() != nullptr && label->buddy()->accessibleName().isEmpty())
             label->buddy()->setAccessibleName(QString(label->text()).remove(QLatin1Char('&')));
     for (QWidget* widget : window.findChildren<QWidget*>()) {
         if ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->accessibleName().isEmpty()) continue;
-        if (const auto* button = qobject_cast<QAbstractButton*>(widget); button && !button->text().isEmpty()) continue;
+        if (const auto* button = qobject_cast<QAbstractButton*>(widget); button != nullptr && !button->text().isEmpty()) continue;
         if (!widget->toolTip().isEmpty()) widget->setAccessibleName(widget->toolTip());
     }
 }

@@ -46,7 +46,7 @@ std::vector<QPolygonF> MapPlaces::LineOf(const platform::TrackLeg& leg) const {
     const Stop to = StopAt(leg.To);
     std::vector<QPolygonF> parts;
     if (!from.OnMap || !to.OnMap) return parts;
-    parts.push_back(QPolygonF() << from.OnMap->toQPointF());
+    parts.emplace_back(QPolygonF() << from.OnMap->toQPointF());
     if (m_transform.isShortCircuited())
         parts.back() << to.OnMap->toQPointF();
     else
@@ -67,7 +67,7 @@ void MapPlaces::Continue(std::vector<QPolygonF>& parts, const Stop& from, const 
         Continue(parts, from, middle, halvings - 1);
         Continue(parts, middle, to, halvings - 1);
     } else if (to.OnMap) {
-        parts.push_back(QPolygonF() << to.OnMap->toQPointF());
+        parts.emplace_back(QPolygonF() << to.OnMap->toQPointF());
     }
 }
 

@@ -188,7 +188,7 @@ QgsLayerTreeGroup& ResultCatalogue::Insert(std::unique_ptr<QgsLayerTreeGroup> gr
     return shown;
 }
 
-std::unique_ptr<QgsMapLayer> OpenResult(const ResultDataset& dataset) {
+std::unique_ptr<QgsMapLayer> open_result(const ResultDataset& dataset) {
     const QString path = ToQString(dataset.Path);
     if (dataset.IsRaster)
         return std::make_unique<QgsRasterLayer>(path, dataset.Name, QStringLiteral("gdal"),
@@ -198,7 +198,7 @@ std::unique_ptr<QgsMapLayer> OpenResult(const ResultDataset& dataset) {
         quick(QgsVectorLayer::LayerOptions(QgsProject::instance()->transformContext())));
 }
 
-void DressResult(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoordinateReferenceSystem& crs) {
+void dress_result(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoordinateReferenceSystem& crs) {
     layer.setName(dataset.Name);
     if (crs.isValid()) layer.setCrs(crs);
     const QColor hue = AnimalColour(dataset.Animal);

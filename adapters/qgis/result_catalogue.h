@@ -71,9 +71,9 @@ private:
 };
 
 /// Opens the dataset as a styled layer, which may be invalid.
-std::unique_ptr<QgsMapLayer> OpenResult(const ResultDataset& dataset);
+std::unique_ptr<QgsMapLayer> open_result(const ResultDataset& dataset);
 
 /// Name, style and, where it is known, the coordinate system.
-void DressResult(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoordinateReferenceSystem& crs);
+void dress_result(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoordinateReferenceSystem& crs);
 
 }  // namespace wxl::qgis

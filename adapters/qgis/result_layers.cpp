@@ -32,13 +32,13 @@ void ResultLayers::RunEnds(analysis::RunOutcome outcome) {
     QList<QgsMapLayer*> layers;
     std::string missing;
     for (const ResultDataset& dataset : datasets) {
-        auto layer = OpenResult(dataset);
+        auto layer = open_result(dataset);
         m_host.Yield();
         if (!layer->isValid()) {
             missing += "\n" + dataset.Path;
             continue;
         }
-        DressResult(*layer, dataset, m_catalogue.Crs());
+        dress_result(*layer, dataset, m_catalogue.Crs());
         layers << layer.release();
     }
     if (!layers.isEmpty()) Show(layers);

@@ -108,7 +108,7 @@ QStringList AutocorrelatedRangesAlgorithm::tags() const {
 }
 
 QString AutocorrelatedRangesAlgorithm::helpUrl() const {
-    return GuideFile(QStringLiteral("which-estimator"));
+    return guide_file(QStringLiteral("which-estimator"));
 }
 
 void AutocorrelatedRangesAlgorithm::initAlgorithm(const QVariantMap&) {

@@ -26,7 +26,7 @@ public:
 
     void postProcessLayer(QgsMapLayer* layer, QgsProcessingContext& context, QgsProcessingFeedback*) override {
         if (!layer) return;
-        DressResult(*layer, m_dataset, m_run->Results.Crs());
+        dress_result(*layer, m_dataset, m_run->Results.Crs());
         // Only the project on screen has a tree that is looked at.
         if (context.project() == QgsProject::instance()) MoveIntoGroup(*layer);
     }

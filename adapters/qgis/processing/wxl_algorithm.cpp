@@ -53,7 +53,7 @@ std::string ProcessingSession::Add(QgsMapLayer& layer) {
 }
 
 QString WxlAlgorithm::helpUrl() const {
-    return GuideFile(QStringLiteral("processing"));
+    return guide_file(QStringLiteral("processing"));
 }
 
 QIcon WxlAlgorithm::icon() const {
