@@ -200,7 +200,8 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
     widget.verticalHeader()->setMinimumSectionSize(rowHeight);
     widget.verticalHeader()->setDefaultSectionSize(rowHeight);
     widget.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    if (chosen) {
+    const bool hasSelection = chosen != nullptr;
+    if (hasSelection) {
         widget.setSelectionBehavior(QAbstractItemView::SelectRows);
         widget.setSelectionMode(QAbstractItemView::SingleSelection);
         connect(&widget, &QTableWidget::currentCellChanged, this,
@@ -209,14 +210,13 @@ void FormBinder::Bind(QTableWidget& widget, platform::DataGrid& control, const c
                 });
     }
     // A table of thousands of animals is laid out again only when it has changed.
-    m_refreshers.push_back(
-        [&widget, &control, selects = chosen != nullptr, shown = platform::DataGrid{}, first = true]() mutable {
-            const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;
-            if (!same) show_table(widget, control);
-            if (!same) shown = control;
-            first = false;
-            if (selects && widget.currentRow() != control.CurrentRow) widget.setCurrentCell(control.CurrentRow, 0);
-        });
+    m_refreshers.emplace_back([&widget, &control, hasSelection, shown = platform::DataGrid{}, first = true]() mutable {
+        const bool same = !first && shown.Columns == control.Columns && shown.Rows == control.Rows;
+        if (!same) show_table(widget, control);
+        if (!same) shown = control;
+        first = false;
+        if (hasSelection && widget.currentRow() != control.CurrentRow) widget.setCurrentCell(control.CurrentRow, 0);
+    });
 }
 
 void FormBinder::Bind(QProgressBar& widget, platform::ProgressBar& control, const char* name) {

@@ -300,8 +300,8 @@ QVariantMap AutocorrelatedRangesAlgorithm::processAlgorithm(const QVariantMap& p
         throw QgsProcessingException(
             QStringLiteral("None of the %1 distributions could be computed; the log above says why.")
                 .arg(outcome.Done));
-    if (context.project() && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
-        LoadOnCompletion(written.Catalogue, context);
+    if (context.project() != nullptr && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
+        load_on_completion(written.Catalogue, context);
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("SUMMARY"), ToQString(outcome.Summary.string())},
             {QStringLiteral("PAGE"), ToQString(written_page.string())},

@@ -358,8 +358,8 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
         throw QgsProcessingException(
             QStringLiteral("None of the %1 distributions could be computed; the report says why.")
                 .arg(written.Distributions));
-    if (context.project() && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
-        LoadOnCompletion(written.Catalogue, context);
+    if (context.project() != nullptr && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
+        load_on_completion(written.Catalogue, context);
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("REPORT"), report_of(folder)},
             {QStringLiteral("PAGE"), ToQString(page.Written().string())},

@@ -54,7 +54,7 @@ private:
 
 }  // namespace
 
-void LoadOnCompletion(const ResultCatalogue& results, QgsProcessingContext& context) {
+void load_on_completion(const ResultCatalogue& results, QgsProcessingContext& context) {
     const auto run = std::make_shared<RunGroup>(RunGroup{results});
     int rank = 0;
     for (const ResultDataset& dataset : results.Datasets()) {
