@@ -27,6 +27,7 @@ struct Package {
     SpatialReference Reference;
     std::vector<PackageTable> Tables;
     std::string Changed;  ///< moment that the file tells as that of its last change: "2026-11-22T09:05:00.000Z"
+    std::vector<PackageTable> Others = {};  ///< that other runs write into the same file
 };
 
 /// Rows on their way into a package. They appear all at once when they are published, and not at all otherwise.
@@ -36,6 +37,9 @@ public:
 
     /// Takes the rows of earlier runs away whose key is `key`.
     virtual void Drop(std::size_t table, const std::string& key) = 0;
+
+    /// Takes all rows of earlier runs away.
+    virtual void Clear(std::size_t table) = 0;
 
     /// `values` in the order of the table's fields; a null shape is stored as none.
     virtual void Put(std::size_t table, const Geometry& shape, std::span<const FieldValue> values) = 0;
@@ -49,9 +53,13 @@ class IPackages {
 public:
     virtual ~IPackages() = default;
 
-    /// Begins new rows of a package, which keeps those that it has. Null where a file of that name is something else:
-    /// no package, other tables or fields, another coordinate system. RuntimeError where it cannot be written.
+    /// Begins new rows of a package, which keeps those that it has, and all its other tables; tables that it lacks are
+    /// made. Null where a file of that name is something else: no package, none of Tables and Others in it, one of them
+    /// with other fields or in another coordinate system. RuntimeError where it cannot be written.
     virtual std::unique_ptr<IPackageWriter> Open(const Package& package) = 0;
+
+    /// Whether a package of that name has such a table with any rows.
+    virtual bool HasRows(const std::filesystem::path& file, const std::string& table) const = 0;
 };
 
 }  // namespace wxl::platform

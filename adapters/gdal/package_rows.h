@@ -28,6 +28,9 @@ public:
     /// Deletes the rows that stood there before and have this key.
     bool Drop(std::size_t place, const std::string& key);
 
+    /// Deletes the rows that stood there before.
+    bool Clear(std::size_t table);
+
     /// `shape` may be null.
     bool Put(std::size_t place, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
     bool Put(std::size_t place, const platform::Point& point, std::span<const platform::FieldValue> values);

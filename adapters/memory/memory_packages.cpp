@@ -16,25 +16,59 @@ bool are_alike(const PackageTable& a, const PackageTable& b) {
     return a.Name == b.Name && a.Shape == b.Shape && a.Fields == b.Fields;
 }
 
-bool are_alike(const Package& a, const Package& b) {
-    return a.Reference.Wkt == b.Reference.Wkt &&
-           std::ranges::equal(a.Tables, b.Tables, [](const auto& x, const auto& y) { return are_alike(x, y); });
+const PackageTable* table_of(const Package& package, const std::string& name) {
+    const auto found = std::ranges::find(package.Tables, name, &PackageTable::Name);
+    return found == package.Tables.end() ? nullptr : &*found;
+}
+
+/// Whether a package that stands takes these tables: it has one of them, and none differs.
+bool takes(const Package& standing, const Package& wanted) {
+    bool known = false;
+    for (const auto* tables : {&wanted.Tables, &wanted.Others})
+        for (const PackageTable& table : *tables) {
+            const PackageTable* there = table_of(standing, table.Name);
+            if (there == nullptr) continue;
+            known = true;
+            if (!are_alike(*there, table)) return false;
+        }
+    return known && standing.Reference.Wkt == wanted.Reference.Wkt;
+}
+
+/// Places of the wanted tables among those of a package, which gets those that it lacks.
+std::vector<std::size_t> places_in(MemoryPackages::Content& content, const Package& wanted) {
+    std::vector<std::size_t> places;
+    std::vector<PackageTable>& tables = content.Package.Tables;
+    for (const PackageTable& table : wanted.Tables) {
+        if (table_of(content.Package, table.Name) == nullptr) tables.push_back(table);
+        places.push_back(static_cast<std::size_t>(table_of(content.Package, table.Name) - tables.data()));
+    }
+    content.Rows.resize(tables.size());
+    return places;
 }
 
 class Writer final : public platform::IPackageWriter {
 public:
-    Writer(platform::IFileSystem& files, MemoryPackages::Content& published, MemoryPackages::Content content)
-        : m_files(files), m_published(published), m_content(std::move(content)) {}
+    Writer(platform::IFileSystem& files, MemoryPackages::Content& published, MemoryPackages::Content content,
+           const Package& wanted)
+        : m_files(files),
+          m_published(published),
+          m_content(std::move(content)),
+          m_places(places_in(m_content, wanted)) {
+        m_content.Package.File = wanted.File;
+        m_content.Package.Reference = wanted.Reference;
+    }
 
     void Drop(std::size_t table, const std::string& key) override {
-        const std::size_t field = m_content.Package.Tables[table].Key;
-        std::erase_if(m_content.Rows[table],
+        const std::size_t field = m_content.Package.Tables[m_places[table]].Key;
+        std::erase_if(m_content.Rows[m_places[table]],
                       [&](const auto& row) { return platform::ValueText(row.Values[field]) == key; });
     }
 
+    void Clear(std::size_t table) override { m_content.Rows[m_places[table]].clear(); }
+
     void Put(std::size_t table, const platform::Geometry& shape,
              std::span<const platform::FieldValue> values) override {
-        m_content.Rows[table].push_back({shape, {values.begin(), values.end()}});
+        m_content.Rows[m_places[table]].push_back({shape, {values.begin(), values.end()}});
     }
 
     void Publish() override {
@@ -48,25 +82,34 @@ private:
     platform::IFileSystem& m_files;
     MemoryPackages::Content& m_published;
     MemoryPackages::Content m_content;
+    std::vector<std::size_t> m_places;
 };
 
 }  // namespace
 
 std::unique_ptr<platform::IPackageWriter> MemoryPackages::Open(const Package& package) {
-    Content content{package, std::vector<std::vector<Row>>(package.Tables.size())};
+    Content content;
     if (m_files.FileExists(package.File)) {
         const auto known = m_packages.find(package.File);
         if (known == m_packages.end() || m_files.ReadFile(package.File, kBytes.size() + 1) != kBytes ||
-            !are_alike(known->second.Package, package))
+            !takes(known->second.Package, package))
             return nullptr;
-        content.Rows = known->second.Rows;
+        content = known->second;
     }
-    return std::make_unique<Writer>(m_files, m_packages[package.File], std::move(content));
+    return std::make_unique<Writer>(m_files, m_packages[package.File], std::move(content), package);
 }
 
-std::vector<MemoryPackages::Row> MemoryPackages::Rows(const std::filesystem::path& file, std::size_t table) const {
+std::vector<MemoryPackages::Row> MemoryPackages::Rows(const std::filesystem::path& file,
+                                                      const std::string& table) const {
     const auto known = m_packages.find(file);
-    return known == m_packages.end() || !m_files.FileExists(file) ? std::vector<Row>() : known->second.Rows[table];
+    if (known == m_packages.end() || !m_files.FileExists(file)) return {};
+    const PackageTable* there = table_of(known->second.Package, table);
+    if (there == nullptr) return {};
+    return known->second.Rows[static_cast<std::size_t>(there - known->second.Package.Tables.data())];
+}
+
+bool MemoryPackages::HasRows(const std::filesystem::path& file, const std::string& table) const {
+    return !Rows(file, table).empty();
 }
 
 }  // namespace wxl::memory

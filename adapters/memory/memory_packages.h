@@ -21,9 +21,10 @@ public:
     explicit MemoryPackages(platform::IFileSystem& files) : m_files(files) {}
 
     std::unique_ptr<platform::IPackageWriter> Open(const platform::Package& package) override;
+    bool HasRows(const std::filesystem::path& file, const std::string& table) const override;
 
     /// Rows of a table, in the order in which they came; empty where there is no such package.
-    std::vector<Row> Rows(const std::filesystem::path& file, std::size_t table) const;
+    std::vector<Row> Rows(const std::filesystem::path& file, const std::string& table) const;
 
 private:
     platform::IFileSystem& m_files;

@@ -25,6 +25,7 @@ using platform::PackageTable;
 using platform::ShapeType;
 
 constexpr const char* kGeometryColumn = "geom";
+constexpr const char* kStyles = "layer_styles";
 
 OGRwkbGeometryType ogr_shape(ShapeType shape) {
     if (shape == ShapeType::kPoint) return wkbPoint;
@@ -41,13 +42,12 @@ bool has_field(OGRLayer& layer, const platform::Field& field) {
     return place >= 0 && fields_of(layer)[static_cast<std::size_t>(place)].Type == field.Type;
 }
 
-bool is_table(GDALDataset& dataset, const PackageTable& table, const platform::SpatialReference& reference) {
-    OGRLayer* layer = dataset.GetLayerByName(table.Name.c_str());
-    if (layer == nullptr || layer->GetGeomType() != ogr_shape(table.Shape)) return false;
-    if (layer->GetLayerDefn()->GetFieldCount() != static_cast<int>(table.Fields.size())) return false;
-    if (!std::ranges::all_of(table.Fields, [&](const auto& field) { return has_field(*layer, field); })) return false;
+bool is_table(OGRLayer& layer, const PackageTable& table, const platform::SpatialReference& reference) {
+    if (layer.GetGeomType() != ogr_shape(table.Shape)) return false;
+    if (layer.GetLayerDefn()->GetFieldCount() != static_cast<int>(table.Fields.size())) return false;
+    if (!std::ranges::all_of(table.Fields, [&](const auto& field) { return has_field(layer, field); })) return false;
     if (table.Shape == ShapeType::kNull) return true;
-    const platform::SpatialReference own = FromOgr(layer->GetSpatialRef());
+    const platform::SpatialReference own = FromOgr(layer.GetSpatialRef());
     return own.Wkt.empty() == reference.Wkt.empty() && may_be_same(own, reference);
 }
 
@@ -59,9 +59,16 @@ GdalDatasetPtr opened_package(const fs::path& file, unsigned int access) {
 bool is_package(const Package& package) {
     const GdalErrors errors;
     const GdalDatasetPtr dataset = opened_package(package.File, GDAL_OF_READONLY);
-    return dataset && std::ranges::all_of(package.Tables, [&](const PackageTable& table) {
-               return is_table(*dataset, table, package.Reference);
-           });
+    if (!dataset) return false;
+    bool known = false;
+    for (const auto* tables : {&package.Tables, &package.Others})
+        for (const PackageTable& table : *tables) {
+            OGRLayer* layer = dataset->GetLayerByName(table.Name.c_str());
+            if (layer == nullptr) continue;
+            known = true;
+            if (!is_table(*layer, table, package.Reference)) return false;
+        }
+    return known;
 }
 
 /// A draft needs neither a journal nor the disk's word: cut short, it is swept away. GDAL takes the package's moment
@@ -138,6 +145,10 @@ public:
         Checked([&] { return m_rows->Drop(table, key); });
     }
 
+    void Clear(std::size_t table) override {
+        Checked([&] { return m_rows->Clear(table); });
+    }
+
     void Put(std::size_t table, const platform::Geometry& shape,
              std::span<const platform::FieldValue> values) override {
         if (shape.Type == ShapeType::kPoint) return Checked([&] { return m_rows->Put(table, shape.Location, values); });
@@ -163,7 +174,7 @@ private:
         GdalDatasetPtr dataset(maker->Create(m_draft.Path().c_str(), 0, 0, 0, GDT_Unknown, options.List()));
         if (!dataset) Fail();
         for (const PackageTable& table : m_package.Tables) MakeTable(*dataset, table);
-        MakeStyles(*dataset);
+        MakeStyles(*dataset, m_package.Tables);
         if (!CloseChecked(std::move(dataset), m_errors)) Fail();
     }
 
@@ -180,14 +191,20 @@ private:
             if (layer->CreateField(field_definition(field).get()) != OGRERR_NONE) Fail();
     }
 
+    void MakeStyles(GDALDataset& dataset, const std::vector<PackageTable>& tables) const {
+        if (std::ranges::all_of(tables, [](const PackageTable& table) { return table.Style.empty(); })) return;
+        OGRLayer* layer = dataset.GetLayerByName(kStyles);
+        if (layer == nullptr) layer = MakeStyleTable(dataset);
+        for (const PackageTable& table : tables)
+            if (!table.Style.empty()) AddStyle(*layer, table);
+    }
+
     /// The table in which QGIS looks for the styles of a package's layers.
-    void MakeStyles(GDALDataset& dataset) const {
-        if (std::ranges::all_of(m_package.Tables, [](const PackageTable& table) { return table.Style.empty(); }))
-            return;
+    OGRLayer* MakeStyleTable(GDALDataset& dataset) const {
         CPLStringList options;
         options.SetNameValue("FID", "id");
         options.SetNameValue("ASPATIAL_VARIANT", "GPKG_ATTRIBUTES");
-        OGRLayer* layer = dataset.CreateLayer("layer_styles", nullptr, wkbNone, options.List());
+        OGRLayer* layer = dataset.CreateLayer(kStyles, nullptr, wkbNone, options.List());
         if (layer == nullptr) Fail();
         for (const char* name : {"f_table_catalog", "f_table_schema", "f_table_name", "f_geometry_column", "styleName",
                                  "styleQML", "styleSLD", "useAsDefault", "description", "owner", "ui", "update_time"}) {
@@ -198,8 +215,7 @@ private:
             }
             if (layer->CreateField(&field) != OGRERR_NONE) Fail();
         }
-        for (const PackageTable& table : m_package.Tables)
-            if (!table.Style.empty()) AddStyle(*layer, table);
+        return layer;
     }
 
     void AddStyle(OGRLayer& layer, const PackageTable& table) const {
@@ -220,9 +236,16 @@ private:
         const DraftSetting setting(m_package.Changed);
         GdalDatasetPtr dataset = opened_package(m_draft.Path(), GDAL_OF_UPDATE);
         if (!dataset) Fail();
-        for (const PackageTable& table : m_package.Tables)
-            if (table.Shape != ShapeType::kNull)
+        std::vector<PackageTable> missing;
+        for (const PackageTable& table : m_package.Tables) {
+            if (dataset->GetLayerByName(table.Name.c_str()) == nullptr) {
+                missing.push_back(table);
+            } else if (table.Shape != ShapeType::kNull) {
                 execute(*dataset, "SELECT DisableSpatialIndex('" + table.Name + "', '" + kGeometryColumn + "')");
+            }
+        }
+        for (const PackageTable& table : missing) MakeTable(*dataset, table);
+        MakeStyles(*dataset, missing);
         if (!CloseChecked(std::move(dataset), m_errors)) Fail();
     }
 
@@ -261,6 +284,15 @@ std::unique_ptr<platform::IPackageWriter> GeoPackages::Open(const Package& packa
     refuse_journals(package.File);
     if (m_files.FileExists(package.File) && !is_package(package)) return nullptr;
     return std::make_unique<Writer>(m_files, package);
+}
+
+bool GeoPackages::HasRows(const fs::path& file, const std::string& table) const {
+    RegisterGdal();
+    if (!m_files.FileExists(file)) return false;
+    const GdalErrors errors;
+    const GdalDatasetPtr dataset = opened_package(file, GDAL_OF_READONLY);
+    OGRLayer* layer = dataset ? dataset->GetLayerByName(table.c_str()) : nullptr;
+    return layer != nullptr && layer->GetFeatureCount() > 0;
 }
 
 }  // namespace wxl::files

@@ -11,6 +11,7 @@ class GeoPackages final : public platform::IPackages {
 public:
     explicit GeoPackages(platform::IFileSystem& files) : m_files(files) {}
     std::unique_ptr<platform::IPackageWriter> Open(const platform::Package& package) override;
+    bool HasRows(const std::filesystem::path& file, const std::string& table) const override;
 
 private:
     platform::IFileSystem& m_files;

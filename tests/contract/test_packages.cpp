@@ -49,7 +49,7 @@ public:
     std::filesystem::path Folder() const override { return "/data"; }
     Rows Read(const Package& package, std::size_t table) override {
         Rows rows;
-        for (const auto& row : m_packages.Rows(package.File, table)) {
+        for (const auto& row : m_packages.Rows(package.File, package.Tables[table].Name)) {
             rows.push_back(row.Shape.IsNull() ? "" : place_text(row.Shape.Location.X, row.Shape.Location.Y));
             for (const FieldValue& value : row.Values) rows.back() += "|" + platform::ValueText(value);
         }
@@ -71,8 +71,9 @@ public:
         const files::GdalErrors quiet;
         const files::GdalDatasetPtr dataset(GDALDataset::Open(package.File.c_str(), GDAL_OF_VECTOR));
         if (!dataset) return rows;
-        OGRLayer& layer = *dataset->GetLayerByName(package.Tables[table].Name.c_str());
-        for (const auto& row : layer) {
+        OGRLayer* layer = dataset->GetLayerByName(package.Tables[table].Name.c_str());
+        if (layer == nullptr) return rows;
+        for (const auto& row : *layer) {
             const OGRGeometry* shape = row->GetGeometryRef();
             rows.push_back(shape == nullptr ? "" : place_text(shape->toPoint()->getX(), shape->toPoint()->getY()));
             for (int field = 0; field < row->GetFieldCount(); ++field)
@@ -184,6 +185,64 @@ TEST_P(PackageContract, A_package_of_other_fields_or_another_system_stays) {
     other.Reference = files::ReferenceFromText("EPSG:32634");
     EXPECT_EQ(Stage->Packages().Open(other), nullptr);
     EXPECT_EQ(Stage->Read(Wanted, 0).size(), 3U);
+}
+
+/// Another run's table for the package of MakeThree.
+Package with_pairs(const Package& wanted) {
+    Package pairs = wanted;
+    pairs.Tables = {
+        {"pairs", ShapeType::kPoint, {{"animal", FieldType::kText}, {"n", FieldType::kInteger}}, 0, "<qgis/>"}};
+    pairs.Others = wanted.Tables;
+    return pairs;
+}
+
+TEST_P(PackageContract, A_table_that_is_missing_joins_those_that_stand) {
+    MakeThree();
+    const Package pairs = with_pairs(Wanted);
+    EXPECT_FALSE(Stage->Packages().HasRows(pairs.File, "pairs"));
+    const auto writer = Stage->Packages().Open(pairs);
+    ASSERT_NE(writer, nullptr);
+    PutFix(*writer, 500004.0, "Arn", std::int64_t{4});
+    writer->Publish();
+    EXPECT_THAT(Stage->Read(pairs, 0), ElementsAre("500004 6000000.5|Arn|4"));
+    EXPECT_EQ(Stage->Read(Wanted, 0).size(), 3U);
+    EXPECT_EQ(Stage->Read(Wanted, 1).size(), 1U);
+    EXPECT_TRUE(Stage->Packages().HasRows(pairs.File, "pairs"));
+}
+
+TEST_P(PackageContract, The_first_table_is_joined_by_those_of_others) {
+    const Package pairs = with_pairs(Wanted);
+    const auto writer = Stage->Packages().Open(pairs);
+    ASSERT_NE(writer, nullptr);
+    PutFix(*writer, 500004.0, "Arn", std::int64_t{4});
+    writer->Publish();
+    Wanted.Others = pairs.Tables;
+    MakeThree();
+    EXPECT_EQ(Stage->Read(Wanted, 0).size(), 3U);
+    EXPECT_EQ(Stage->Read(pairs, 0).size(), 1U);
+}
+
+TEST_P(PackageContract, Cleared_rows_make_room_for_new_ones) {
+    MakeThree();
+    const auto writer = Stage->Packages().Open(Wanted);
+    ASSERT_NE(writer, nullptr);
+    writer->Clear(0);
+    PutFix(*writer, 500005.0, "Zoe", std::int64_t{5});
+    writer->Publish();
+    EXPECT_THAT(Stage->Read(Wanted, 0), ElementsAre("500005 6000000.5|Zoe|5"));
+    EXPECT_EQ(Stage->Read(Wanted, 1).size(), 1U);
+}
+
+TEST_P(PackageContract, A_package_with_none_of_the_tables_stays) {
+    MakeThree();
+    Package other = with_pairs(Wanted);
+    other.Others.clear();
+    EXPECT_EQ(Stage->Packages().Open(other), nullptr);
+    other = with_pairs(Wanted);
+    other.Others[1].Fields.pop_back();
+    EXPECT_EQ(Stage->Packages().Open(other), nullptr);
+    EXPECT_FALSE(Stage->Packages().HasRows(Wanted.File, "pairs"));
+    EXPECT_FALSE(Stage->Packages().HasRows(Stage->Folder() / "no.gpkg", "pairs"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Adapters, PackageContract,
