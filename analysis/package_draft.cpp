@@ -1,6 +1,7 @@
 #include "analysis/package_draft.h"
 
 #include "analysis/output_names.h"
+#include "analysis/range_tables.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -15,10 +16,6 @@ using platform::FieldType;
 using platform::FieldValue;
 
 constexpr double kSquareMetresPerHectare = 1e4;
-
-/// What the package tells as the moment of its last change: always the same, so that the same run gives the same bytes.
-/// The report has the time.
-constexpr const char* kChanged = "1970-01-01T00:00:00.000Z";
 
 /// Twice the area of a ring, positive where it turns like the hands of a clock: outer rings do.
 double clockwise(const std::vector<platform::Point>& ring) {
@@ -92,7 +89,8 @@ void PackageDraft::Begin(const std::filesystem::path& folder, const platform::Sp
     if (m_services.Packages == nullptr) return;
     m_file = file_in_folder(folder, kRangePackage);
     Keep([&] {
-        m_writer = m_services.Packages->Open({m_file, reference, std::move(tables), kChanged});
+        m_writer = m_services.Packages->Open(
+            {m_file, reference, std::move(tables), kPackageChanged, {convex_polygon_table(), overlap_table()}});
         m_isForeign = !m_writer;
     });
 }

@@ -2,6 +2,7 @@
 
 #include "analysis/animal_run.h"
 #include "analysis/range_styles.h"
+#include "analysis/range_tables.h"
 #include "analysis/summary_rows.h"
 #include "platform/boxes.h"
 #include "platform/text.h"
@@ -23,6 +24,7 @@ using platform::ShapeType;
 constexpr std::size_t kIsopleths = 0;
 constexpr std::size_t kFixes = 1;
 constexpr std::size_t kSummary = 2;
+constexpr std::size_t kConvexPolygons = 3;
 
 PackageTable isopleth_table() {
     return {"isopleths",
@@ -85,6 +87,14 @@ void put_fixes(const GroupedFixes& animals, platform::IPackageWriter& package) {
     }
 }
 
+/// A polygon as a shape; none where it has no area.
+Geometry shape_of(const comparison::MinimumConvexPolygon& polygon) {
+    if (polygon.Status != comparison::PolygonStatus::kGood) return {};
+    std::vector<platform::Point> ring(polygon.Corners.rbegin(), polygon.Corners.rend());
+    ring.push_back(ring.front());
+    return {ShapeType::kPolygon, {}, {std::move(ring)}};
+}
+
 void put_summary(const AnimalRecord& record, platform::IPackageWriter& package) {
     const std::string raster = raster_place(record);
     package.Drop(kSummary, raster);
@@ -122,13 +132,21 @@ void put_summary(const AnimalRecord& record, platform::IPackageWriter& package) 
 
 }  // namespace
 
+std::vector<PackageTable> package_tables() {
+    return {isopleth_table(), fix_table(), summary_table()};
+}
+
 void RangePackage::RunBegins(const RunFrame& frame, const GroupedFixes& animals) {
     m_written.clear();
     m_failed = false;
     m_package.Forget();
     if (!frame.Wanted.GeoPackage) return;
     m_reference = frame.Reference;
-    m_package.Begin(frame.Folder, m_reference, {isopleth_table(), fix_table(), summary_table()});
+    m_hasConvexPolygons = !frame.Wanted.ConvexPercentages.Values.empty();
+    m_lastConvex.clear();
+    std::vector<PackageTable> tables = package_tables();
+    if (m_hasConvexPolygons) tables.push_back(convex_polygon_table());
+    m_package.Begin(frame.Folder, m_reference, std::move(tables));
     m_package.Put([&](platform::IPackageWriter& package) { put_fixes(animals, package); });
 }
 
@@ -136,7 +154,26 @@ void RangePackage::AnimalDone(const AnimalRecord& record) {
     m_package.Put([&](platform::IPackageWriter& package) {
         PutIsopleths(record, package);
         put_summary(record, package);
+        PutConvexPolygons(record, package);
     });
+}
+
+/// They do not hang on the value that a distribution was computed with: the first of an animal has all.
+void RangePackage::PutConvexPolygons(const AnimalRecord& record, platform::IPackageWriter& package) {
+    if (!m_hasConvexPolygons || record.NamingId == m_lastConvex) return;
+    m_lastConvex = record.NamingId;
+    const FieldValue id = utf8_cell(platform::ValueText(record.Id));
+    package.Drop(kConvexPolygons, std::get<std::string>(id));
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
+        const std::optional<double> area = square_metres(area_of(polygon), m_reference);
+        const std::vector<FieldValue> cells = {id,
+                                               polygon.Percent,
+                                               cell_of(area),
+                                               cell_of(hectares_of(area)),
+                                               static_cast<std::int64_t>(polygon.Kept),
+                                               std::string(comparison::status_name(polygon.Status))};
+        package.Put(kConvexPolygons, shape_of(polygon), cells);
+    }
 }
 
 void RangePackage::PutIsopleths(const AnimalRecord& record, platform::IPackageWriter& package) const {

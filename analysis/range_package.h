@@ -4,11 +4,16 @@
 #include "platform/services.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace wxl::analysis {
 
+/// The tables that every run with a package writes.
+std::vector<platform::PackageTable> package_tables();
+
 /// Writes all ranges of a run that asked for it into one GeoPackage at its end, complete or stopped: the layers
-/// "isopleths" and "fixes" and the table "summary". Rows of earlier runs stay, but for those of rasters that the run
+/// "isopleths" and "fixes", the table "summary", and the layer "mcp" where minimum convex polygons are wanted. Rows of earlier runs stay, but for those of rasters that the run
 /// made anew and of animals whose fixes it read anew. The file appears whole or not at all; a file of that name that is
 /// something else stays as it is, and a message box says so.
 class RangePackage final : public IRunObserver {
@@ -30,12 +35,15 @@ public:
 
 private:
     void PutIsopleths(const AnimalRecord& record, platform::IPackageWriter& package) const;
+    void PutConvexPolygons(const AnimalRecord& record, platform::IPackageWriter& package);
 
     const platform::Services& m_services;
     platform::SpatialReference m_reference;
     PackageDraft m_package;
     std::filesystem::path m_written;
     bool m_failed = false;
+    bool m_hasConvexPolygons = false;
+    std::string m_lastConvex;  ///< naming ID of the animal whose polygons were put last
 };
 
 }  // namespace wxl::analysis

@@ -34,6 +34,15 @@ std::string range_symbol(const std::string& name, const char* fill, const char* 
            darkening() + "</layer></symbol>";
 }
 
+/// Symbols of one fill and outline.
+std::string plain_symbol(const char* fill, const char* outline, const char* width, const char* line) {
+    return std::string("<symbol type=\"fill\" name=\"0\" alpha=\"1\" clip_to_extent=\"1\" force_rhr=\"0\">\n"
+                       "<layer class=\"SimpleFill\" enabled=\"1\" locked=\"0\" pass=\"0\"><Option type=\"Map\">") +
+           option("color", fill) + option("outline_color", outline) + option("outline_style", line) +
+           option("outline_width", width) + option("outline_width_unit", "MM") + option("style", "solid") +
+           "</Option>\n</layer></symbol>";
+}
+
 std::string renderer(const char* type, const std::string& rules, const std::string& symbols, const char* order) {
     return std::string("<renderer-v2 type=\"") + type +
            "\" symbollevels=\"0\" enableorderby=\"1\" forceraster=\"0\">\n" + rules + "<symbols>" + symbols +
@@ -55,6 +64,14 @@ std::string limits_style() {
     return kHead + renderer("RuleRenderer", rules,
                             range_symbol("0", "solid", "solid", "0.46") + range_symbol("1", "no", "dash", "0.3"),
                             "area_m2");
+}
+
+std::string convex_polygon_style() {
+    return kHead + renderer("singleSymbol", "", plain_symbol("0,0,0,0", "60,60,60,255", "0.4", "dash"), "percent");
+}
+
+std::string overlap_style() {
+    return kHead + renderer("singleSymbol", "", plain_symbol("213,94,0,70", "150,60,0,255", "0.36", "solid"), "percent");
 }
 
 std::string fix_style() {

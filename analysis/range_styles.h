@@ -12,6 +12,12 @@ std::string isopleth_style();
 /// fill; the largest are drawn first.
 std::string limits_style();
 
+/// Dashed outlines without a fill.
+std::string convex_polygon_style();
+
+/// Light fills that darken where pairs lie above each other.
+std::string overlap_style();
+
 /// Small dots.
 std::string fix_style();
 

@@ -27,7 +27,7 @@ struct Package {
     SpatialReference Reference;
     std::vector<PackageTable> Tables;
     std::string Changed;  ///< moment that the file tells as that of its last change: "2026-11-22T09:05:00.000Z"
-    std::vector<PackageTable> Others = {};  ///< that other runs write into the same file
+    std::vector<PackageTable> Others = {};  ///< that other runs write into the same file, by which it is known
 };
 
 /// Rows on their way into a package. They appear all at once when they are published, and not at all otherwise.
@@ -54,8 +54,8 @@ public:
     virtual ~IPackages() = default;
 
     /// Begins new rows of a package, which keeps those that it has, and all its other tables; tables that it lacks are
-    /// made. Null where a file of that name is something else: no package, none of Tables and Others in it, one of them
-    /// with other fields or in another coordinate system. RuntimeError where it cannot be written.
+    /// made. Null where a file of that name is something else: no package, none of Tables and Others in it with their
+    /// fields and coordinate system, or one of Tables with others. RuntimeError where it cannot be written.
     virtual std::unique_ptr<IPackageWriter> Open(const Package& package) = 0;
 
     /// Whether a package of that name has such a table with any rows.

@@ -146,9 +146,9 @@ bool PackageRows::Drop(std::size_t place, const std::string& key) {
 bool PackageRows::Clear(std::size_t place) {
     Table& table = *m_tables.at(place);
     table.Earlier.emplace();
-    const StatementPtr extent =
-        prepared(m_database.get(),
-                 "UPDATE gpkg_contents SET min_x = NULL, min_y = NULL, max_x = NULL, max_y = NULL WHERE table_name = ?");
+    const StatementPtr extent = prepared(
+        m_database.get(),
+        "UPDATE gpkg_contents SET min_x = NULL, min_y = NULL, max_x = NULL, max_y = NULL WHERE table_name = ?");
     m_good = m_good && Execute("DELETE FROM " + sql_name(table.Name)) && extent &&
              bind_text(extent.get(), 1, table.Name) && ran(extent.get());
     return m_good;

@@ -21,17 +21,16 @@ const PackageTable* table_of(const Package& package, const std::string& name) {
     return found == package.Tables.end() ? nullptr : &*found;
 }
 
-/// Whether a package that stands takes these tables: it has one of them, and none differs.
+/// Whether a package that stands takes these tables: it has one of them, or of those of others, and none that differs.
 bool takes(const Package& standing, const Package& wanted) {
-    bool known = false;
-    for (const auto* tables : {&wanted.Tables, &wanted.Others})
-        for (const PackageTable& table : *tables) {
-            const PackageTable* there = table_of(standing, table.Name);
-            if (there == nullptr) continue;
-            known = true;
-            if (!are_alike(*there, table)) return false;
-        }
-    return known && standing.Reference.Wkt == wanted.Reference.Wkt;
+    if (standing.Reference.Wkt != wanted.Reference.Wkt) return false;
+    const auto stands = [&](const PackageTable& table) { return table_of(standing, table.Name) != nullptr; };
+    const auto fits = [&](const PackageTable& table) {
+        return stands(table) && are_alike(*table_of(standing, table.Name), table);
+    };
+    if (std::ranges::any_of(wanted.Tables, [&](const auto& table) { return stands(table) && !fits(table); }))
+        return false;
+    return std::ranges::any_of(wanted.Tables, fits) || std::ranges::any_of(wanted.Others, fits);
 }
 
 /// Places of the wanted tables among those of a package, which gets those that it lacks.

@@ -60,15 +60,15 @@ bool is_package(const Package& package) {
     const GdalErrors errors;
     const GdalDatasetPtr dataset = opened_package(package.File, GDAL_OF_READONLY);
     if (!dataset) return false;
-    bool known = false;
-    for (const auto* tables : {&package.Tables, &package.Others})
-        for (const PackageTable& table : *tables) {
-            OGRLayer* layer = dataset->GetLayerByName(table.Name.c_str());
-            if (layer == nullptr) continue;
-            known = true;
-            if (!is_table(*layer, table, package.Reference)) return false;
-        }
-    return known;
+    const auto stands = [&](const PackageTable& table) { return dataset->GetLayerByName(table.Name.c_str()); };
+    const auto fits = [&](const PackageTable& table) {
+        OGRLayer* layer = stands(table);
+        return layer != nullptr && is_table(*layer, table, package.Reference);
+    };
+    if (std::ranges::any_of(package.Tables,
+                            [&](const auto& table) { return stands(table) != nullptr && !fits(table); }))
+        return false;
+    return std::ranges::any_of(package.Tables, fits) || std::ranges::any_of(package.Others, fits);
 }
 
 /// A draft needs neither a journal nor the disk's word: cut short, it is swept away. GDAL takes the package's moment

@@ -86,7 +86,8 @@ void add_isopleth_options(CLI::App& command, KdeOptions& options) {
     command.add_flag("--donuts", options.Donuts, "Rings between consecutive isopleths");
     command
         .add_option("--mcp", options.ConvexPolygons,
-                    "Minimum convex polygons around these percentages of the fixes, as a shapefile PREFIXmcp.shp")
+                    "Minimum convex polygons around these percentages of the fixes, as a shapefile PREFIXmcp.shp "
+                    "and as a layer of RANGES.gpkg")
         ->type_name("P[,P...]");
 }
 

@@ -556,6 +556,29 @@ TEST_F(KdeAlone, All_ranges_stand_in_one_package) {
     EXPECT_THAT(styles[0], HasSubstr("||isopleths|geom|isopleths|<!DOCTYPE qgis"));
 }
 
+// The polygon of four corners is all of them; half of them, equally far from the middle, are all again.
+TEST_F(KdeAlone, Minimum_convex_polygons_are_a_layer_of_the_package) {
+    WriteTable("wolves.csv");
+    ASSERT_EQ(run_wxl({"kde", "wolves.csv", "--id", "wolf"}).Code, 0);
+    const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--overwrite", "--mcp", "100,50", "--json"});
+    ASSERT_EQ(ran.Code, 0) << ran.Err;
+    const json polygons = json::parse(ran.Out)["animals"][0]["mcp"];
+    const fs::path package = "wolves_ranges/RANGES.gpkg";
+    const auto rows = rows_of(package, "mcp");
+    ASSERT_EQ(rows.size(), 4U);
+    EXPECT_THAT(rows[0], StartsWith("Anna|100|"));
+    EXPECT_THAT(rows[0], testing::EndsWith("|4|ok"));
+    EXPECT_THAT(rows[3], StartsWith("Ben|50|"));
+    EXPECT_EQ(rows_of(package, "isopleths").size(), 4U);
+    EXPECT_THAT(rows_of(package, "layer_styles").back(), HasSubstr("||mcp|geom|mcp|<!DOCTYPE qgis"));
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    const OGRFeatureUniquePtr first(dataset->GetLayerByName("mcp")->GetNextFeature());
+    const double area = polygons[0]["area"].get<double>();
+    EXPECT_NEAR(first->GetFieldAsDouble("area_m2"), area, 1e-9 * area);
+    EXPECT_NEAR(first->GetGeometryRef()->toMultiPolygon()->get_Area(), area, 1e-6 * area);
+    EXPECT_NEAR(area, 71.6 * 111.2, 0.005 * area);
+}
+
 TEST_F(KdeAlone, A_later_run_keeps_the_ranges_of_other_rasters) {
     WriteTable("wolves.csv");
     const auto kde = [](const std::vector<std::string>& more) {
@@ -649,12 +672,12 @@ TEST_F(KdeAlone, Processes_side_by_side_choose_the_same) {
     const json plan = json::parse(one.Out);
     EXPECT_EQ(plan["animals"][0]["cell_size"], 5.0);
     EXPECT_EQ(plan["animals"][1]["cell_size"], 10.0);
-    ASSERT_EQ(run_wxl({"batch", "plan", "wolves.csv", "--id", "wolf", "--tasks", "2"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "plan", "wolves.csv", "--id", "wolf", "--tasks", "2", "--mcp", "100"}).Code, 0);
     ASSERT_EQ(run_wxl({"batch", "run", "wolves_ranges", "--task", "1"}).Code, 0);
     ASSERT_EQ(run_wxl({"batch", "run", "wolves_ranges", "--task", "2"}).Code, 0);
     const Ran merged = run_wxl({"batch", "merge", "wolves_ranges", "--json"});
     ASSERT_EQ(merged.Code, 0) << merged.Err;
-    const Ran whole = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "whole", "--json"});
+    const Ran whole = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--out", "whole", "--mcp", "100", "--json"});
     EXPECT_EQ(json::parse(merged.Out)["animals"][1]["levels"], json::parse(whole.Out)["animals"][1]["levels"]);
     EXPECT_EQ(json::parse(merged.Out)["animals"][1]["cell_size"], 10.0);
     EXPECT_EQ(content("wolves_ranges/RANGES.gpkg") == content("whole/RANGES.gpkg"), true);
