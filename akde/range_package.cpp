@@ -112,11 +112,15 @@ std::vector<std::size_t> largest_first(const RangeRecord& record) {
 
 }  // namespace
 
+std::vector<PackageTable> package_tables() {
+    return {isopleth_table(), fix_table(), summary_table()};
+}
+
 RangePackage::RangePackage(const RangeSettings& settings, const platform::Services& services,
                            const TimedAnimals& animals)
     : m_settings(settings), m_reference(animals.Reference), m_package(services) {
     if (!settings.GeoPackage) return;
-    m_package.Begin(settings.Folder, m_reference, {isopleth_table(), fix_table(), summary_table()});
+    m_package.Begin(settings.Folder, m_reference, package_tables());
     m_package.Put([&](platform::IPackageWriter& package) { put_fixes(animals, package); });
 }
 

@@ -5,8 +5,12 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace wxl::akde {
+
+/// The tables that it writes.
+std::vector<platform::PackageTable> package_tables();
 
 /// Writes all ranges of a run that asks for it into one GeoPackage: the layers "isopleths" (each estimate and its
 /// limits) and "fixes", and the table "summary" (a row for each animal and percentage; one of an animal without a

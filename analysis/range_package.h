@@ -13,9 +13,9 @@ namespace wxl::analysis {
 std::vector<platform::PackageTable> package_tables();
 
 /// Writes all ranges of a run that asked for it into one GeoPackage at its end, complete or stopped: the layers
-/// "isopleths" and "fixes", the table "summary", and the layer "mcp" where minimum convex polygons are wanted. Rows of earlier runs stay, but for those of rasters that the run
-/// made anew and of animals whose fixes it read anew. The file appears whole or not at all; a file of that name that is
-/// something else stays as it is, and a message box says so.
+/// "isopleths" and "fixes", the table "summary", and the layer "mcp" where minimum convex polygons are wanted. Rows of
+/// earlier runs stay, but for those of rasters that the run made anew and of animals whose fixes it read anew. The file
+/// appears whole or not at all; a file of that name that is something else stays as it is, and a message box says so.
 class RangePackage final : public IRunObserver {
 public:
     /// The services outlive the object.

@@ -36,8 +36,9 @@ std::string range_symbol(const std::string& name, const char* fill, const char* 
 
 /// Symbols of one fill and outline.
 std::string plain_symbol(const char* fill, const char* outline, const char* width, const char* line) {
-    return std::string("<symbol type=\"fill\" name=\"0\" alpha=\"1\" clip_to_extent=\"1\" force_rhr=\"0\">\n"
-                       "<layer class=\"SimpleFill\" enabled=\"1\" locked=\"0\" pass=\"0\"><Option type=\"Map\">") +
+    return std::string(
+               "<symbol type=\"fill\" name=\"0\" alpha=\"1\" clip_to_extent=\"1\" force_rhr=\"0\">\n"
+               "<layer class=\"SimpleFill\" enabled=\"1\" locked=\"0\" pass=\"0\"><Option type=\"Map\">") +
            option("color", fill) + option("outline_color", outline) + option("outline_style", line) +
            option("outline_width", width) + option("outline_width_unit", "MM") + option("style", "solid") +
            "</Option>\n</layer></symbol>";
@@ -71,7 +72,8 @@ std::string convex_polygon_style() {
 }
 
 std::string overlap_style() {
-    return kHead + renderer("singleSymbol", "", plain_symbol("213,94,0,70", "150,60,0,255", "0.36", "solid"), "percent");
+    return kHead +
+           renderer("singleSymbol", "", plain_symbol("213,94,0,70", "150,60,0,255", "0.36", "solid"), "percent");
 }
 
 std::string fix_style() {

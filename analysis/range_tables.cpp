@@ -15,14 +15,14 @@ platform::PackageTable convex_polygon_table() {
 }
 
 platform::PackageTable overlap_table() {
-    return {"overlap",
-            platform::ShapeType::kPolygon,
-            {text_column("range_of"), text_column("animal"), number_column("percent"), number_column("area_m2"),
-             number_column("area_ha"), number_column("hr_ij"), number_column("hr_ji"), number_column("phr_ij"),
-             number_column("phr_ji"), number_column("vi"), number_column("ba"), number_column("udoi"),
-             number_column("hd")},
-            0,
-            overlap_style()};
+    return {
+        "overlap",
+        platform::ShapeType::kPolygon,
+        {text_column("range_of"), text_column("animal"), number_column("percent"), number_column("area_m2"),
+         number_column("area_ha"), number_column("hr_ij"), number_column("hr_ji"), number_column("phr_ij"),
+         number_column("phr_ji"), number_column("vi"), number_column("ba"), number_column("udoi"), number_column("hd")},
+        0,
+        overlap_style()};
 }
 
 }  // namespace wxl::analysis

@@ -65,10 +65,15 @@ double depth(double value, double full) {
     return std::clamp(full > 0.0 ? value / full : 0.0, 0.0, 1.0);
 }
 
+/// Two digits; what is next to nothing is told so.
+std::string short_text(double value) {
+    return value > 0.0 && value < 0.001 ? "&lt;.001" : ShortNumber(value, 2);
+}
+
 std::string value_text(double value, double x, double y, bool deep) {
     return std::string("<text text-anchor=\"middle\" font-size=\"12\"") +
            (deep ? R"( class="deep" fill="#ffffff")" : "") + " x=\"" + at(x) + "\" y=\"" + at(y) + "\">" +
-           ShortNumber(value, 2) + "</text>";
+           short_text(value) + "</text>";
 }
 
 std::string cell(const HeatMapPicture& picture, const Layout& layout, std::size_t row, std::size_t column) {

@@ -121,6 +121,24 @@ std::string isopleths(const MapPicture& map) {
     return "<defs>" + paths + "</defs><g class=\"bands\">" + bands + "</g><g class=\"isopleths\">" + ink + "</g>\n";
 }
 
+std::string areas(const MapPicture& map) {
+    std::string paths;
+    for (const MapArea& area : map.Areas) {
+        if (area.Path.empty()) continue;
+        paths += "<path d=\"" + area.Path + "\" fill=\"" + area.Fill + "\" stroke=\"" + area.Stroke + "\">" +
+                 (area.Title.empty() ? std::string() : "<title>" + XmlText(area.Title) + "</title>") + "</path>\n";
+    }
+    return paths.empty() ? paths : "<g class=\"areas\">" + paths + "</g>\n";
+}
+
+std::string labels(const MapPicture& map) {
+    std::string texts;
+    for (const MapLabel& label : map.Labels)
+        texts += "<text" + attribute("x", label.Place.X) + attribute("y", label.Place.Y) + " text-anchor=\"middle\">" +
+                 XmlText(label.Text) + "</text>";
+    return texts.empty() ? texts : "<g class=\"names\">" + texts + "</g>\n";
+}
+
 std::string scale_mark(const MapPicture& map, const MapLayout& layout) {
     const ScaleBar bar = scale_bar(layout.Shown.Width(), map.Reference);
     const double x = kLeft + 12.0;
@@ -181,8 +199,9 @@ std::string map_svg(const MapPicture& map, const MapLayout& layout) {
     return "<svg class=\"map\" role=\"img\" aria-labelledby=\"" + map.Id + "-t " + map.Id + "-d\" viewBox=\"0 0 " +
            tenth(layout.Width) + " " + tenth(layout.Height) + "\">\n<title id=\"" + map.Id + "-t\">" +
            XmlText(map.Title) + "</title><desc id=\"" + map.Id + "-d\">" + XmlText(map.Description) +
-           "</desc>\n<rect class=\"paper\"" + frame + "/>\n" + image(map, layout) + graticule(layout) + isopleths(map) +
-           scale_mark(map, layout) + north_mark(layout) + "<rect class=\"frame\"" + frame + "/></svg>";
+           "</desc>\n<rect class=\"paper\"" + frame + "/>\n" + image(map, layout) + graticule(layout) + areas(map) +
+           isopleths(map) + labels(map) + scale_mark(map, layout) + north_mark(layout) + "<rect class=\"frame\"" +
+           frame + "/></svg>";
 }
 
 ScaleBar scale_bar(double width, const platform::SpatialReference& reference) {

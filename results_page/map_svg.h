@@ -43,6 +43,20 @@ struct MapLine {
     LineLook Look;
 };
 
+/// A coloured area of a map.
+struct MapArea {
+    std::string Path;  ///< svg_path with the layout's scale; what lies within an odd number of its rings is filled
+    const char* Fill = "none";  ///< colours of SVG
+    const char* Stroke = "none";
+    std::string Title = {};  ///< shown where a pointer rests; any text
+};
+
+/// A name in a map.
+struct MapLabel {
+    platform::Point Place;  ///< picture units
+    std::string Text;
+};
+
 /// What a map shows. Texts may be any.
 struct MapPicture {
     std::string Id;     ///< of the element; letters, digits and "-" only
@@ -52,6 +66,8 @@ struct MapPicture {
     platform::Extent Bounds;  ///< of the density picture
     std::vector<MapLine> Lines;
     platform::SpatialReference Reference;
+    std::vector<MapArea> Areas = {};    ///< below the lines
+    std::vector<MapLabel> Labels = {};  ///< above them
 };
 
 /// An SVG element for the inside of a page; its looks are the page's style sheet's.

@@ -3,7 +3,6 @@
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/shapefile/shapefile_parts.h"
 #include "platform/file_system.h"
-#include "platform/foreign_cell.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -16,13 +15,6 @@ namespace wxl::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string csv_line(const std::vector<std::string>& cells) {
-    std::string line;
-    for (const std::string& cell : cells)
-        line += (line.empty() && &cell == &cells.front() ? "" : ",") + platform::ForeignCell(cell);
-    return line + "\n";
-}
 
 /// Characters of a UTF-8 text.
 std::size_t width_of(const std::string& utf8) {
@@ -53,12 +45,6 @@ TextOutput::TextOutput(std::string path, bool overwrite) : m_path(std::move(path
 void TextOutput::Write(std::string_view text) const {
     files::DiskFileSystem disk;
     platform::PublishFile(disk, m_path, text);
-}
-
-std::string csv_text(const TextTable& table) {
-    std::string text = csv_line(table.Columns);
-    for (const auto& row : table.Rows) text += csv_line(row);
-    return text;
 }
 
 void print_table(const TextTable& table, Console& console) {

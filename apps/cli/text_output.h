@@ -1,9 +1,9 @@
 #pragma once
 #include "apps/cli/console.h"
+#include "platform/text_table.h"
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace wxl::cli {
 
@@ -20,14 +20,8 @@ private:
     std::string m_path;
 };
 
-/// Rows of text cells under column names.
-struct TextTable {
-    std::vector<std::string> Columns;
-    std::vector<std::vector<std::string>> Rows;  ///< as many cells as columns
-};
-
-/// Comma-separated text with a header row: LF line ends, quotes only where a cell needs them.
-std::string csv_text(const TextTable& table);
+using platform::csv_text;
+using platform::TextTable;
 
 /// Prints the table as results, columns two blanks apart, with "N/A" for an empty cell. The first column is aligned
 /// left, all others (numbers) right.

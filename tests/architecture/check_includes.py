@@ -33,7 +33,7 @@ MAY_INCLUDE = {
     "akde": {"platform", "engine", "pictures", "isopleths", "tracking_times", "utilities", "analysis", "movement_models"},
     "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
     "batch": {"platform", "engine", "analysis"},
-    "results_page": {"platform", "engine", "pictures", "akde", "movement_models", "analysis"},
+    "results_page": {"platform", "engine", "pictures", "comparison", "akde", "movement_models", "analysis"},
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},
 }
@@ -56,7 +56,7 @@ ADAPTERS = {
     "adapters/shapefile": {"platform", "adapters/disk"},
     "adapters/ogr": {"platform", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/geos", "adapters/shapefile"},
     "adapters/tracking": {"platform", "tracking_times", "adapters/disk", "adapters/gdal", "adapters/shapefile"},
-    "adapters/qgis": {"platform", "pictures", "akde", "analysis", "movement_models", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
+    "adapters/qgis": {"platform", "pictures", "comparison", "akde", "analysis", "movement_models", "kde_tool", "movement", "host", "results_page", "utilities", "adapters/disk", "adapters/gdal", "adapters/raster", "adapters/shapefile", "adapters/ogr", "adapters/tracking"},
 }
 SOURCES = {".h", ".cpp"}
 

@@ -1,11 +1,13 @@
 #include "apps/cli/commands/overlap.h"
 
+#include "adapters/ogr/disk_services.h"
 #include "apps/cli/commands/overlap_output.h"
 #include "apps/cli/density_rasters.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/percentages.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "results_page/overlap_files.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
@@ -19,58 +21,53 @@ namespace {
 
 namespace fs = std::filesystem;
 using comparison::AnimalBandwidth;
+using comparison::ComparedAnimal;
+using comparison::ComparedRanges;
 using comparison::DensitySettings;
-using comparison::TiledDensity;
-
-/// A grid that holds less of a distribution cuts it.
-constexpr double kWholeShare = 0.99;
-/// More of a distribution than there is: the scaling factor must be another.
-constexpr double kMoreThanWhole = 1.01;
-
-/// Up to this number all pairs are told, those that share nothing too.
-constexpr std::size_t kAllPairs = 200;
+using comparison::IndexKind;
+using results_page::OverlapFiles;
 
 /// The files of the results.
 class Outputs {
 public:
     /// Refuses what cannot be written, before anything is computed.
-    explicit Outputs(const OverlapOptions& options) {
-        if (!options.Csv.empty()) m_tables.emplace_back(options.Csv, options.Overwrite);
+    explicit Outputs(const OverlapOptions& options) : m_services(m_disk.Complete({})) {
+        if (!options.Csv.empty()) m_table.emplace(options.Csv, options.Overwrite);
         if (options.Out.empty()) return;
         make_output_folder(options.Out);
-        m_tables.emplace_back((fs::path(options.Out) / "WXL_OVERLAP.csv").string(), options.Overwrite);
-        m_picture.emplace((fs::path(options.Out) / "WXL_OVERLAP.svg").string(), options.Overwrite);
+        m_folder.emplace(m_services, options.Out);
+        if (!options.Overwrite) m_folder->RefuseStanding();
+        for (const fs::path& place : m_folder->Places()) const TextOutput checked(place.string(), true);
     }
 
     void Refuse(const ReadFiles& read) const {
-        for (const TextOutput& table : m_tables) read.Refuse(table.Path());
-        if (m_picture) read.Refuse(m_picture->Path());
+        if (m_table) read.Refuse(m_table->Path());
+        if (m_folder) read.Refuse(m_folder->Places());
     }
 
-    void Write(const ComparedRanges& ranges, const std::vector<std::string>& indices) const {
-        if (m_tables.empty()) return;
-        const std::string text = csv_text(long_table(ranges, indices));
-        for (const TextOutput& table : m_tables) table.Write(text);
-        if (m_picture && ranges.Animals.size() <= kAllPairs)
-            m_picture->Write(pictures::HeatMapSvg(heat_map(ranges, indices.front())));
+    void Write(const results_page::OverlapRun& run, Console& console) {
+        if (m_table) m_table->Write(csv_text(comparison::long_table(*run.Ranges, run.Indices)));
+        if (!m_folder) return;
+        m_written = m_folder->Write(run, [&](double done) { console.Progress(done, "common areas"); });
+        console.EndProgress();
+        for (const std::string& warning : m_written.Warnings) console.Problem(warning);
+    }
+
+    platform::DateTime Now() const { return m_services.Clock->Now(); }
+
+    /// Where page and package stand; nothing where no folder was asked for.
+    void Tell(Console& console) const {
+        if (!m_written.Page.empty()) console.Result("page: " + m_written.Page.string());
+        if (!m_written.Package.empty()) console.Result("ranges: " + m_written.Package.string());
     }
 
 private:
-    std::vector<TextOutput> m_tables;
-    std::optional<TextOutput> m_picture;
+    files::DiskServices m_disk;
+    platform::Services m_services;
+    std::optional<TextOutput> m_table;
+    std::optional<OverlapFiles> m_folder;
+    OverlapFiles::Written m_written;
 };
-
-/// Adds an animal with its density; no cells where it has none.
-void add(ComparedRanges& ranges, ComparedAnimal animal, std::vector<double> cells, bool normalise) {
-    const double cell = ranges.Densities.Grid.CellSize;
-    animal.Volume = comparison::total_density(cells) * cell * cell;
-    if (!cells.empty() && !(animal.Volume > 0.0) && animal.Status == "ok") animal.Status = "no volume in the grid";
-    if (normalise && animal.Volume > 0.0)
-        for (double& density : cells) density /= animal.Volume;
-    ranges.Densities.Animals.push_back(
-        animal.Volume > 0.0 ? TiledDensity(ranges.Densities.Grid, cells, ranges.Densities.Percents) : TiledDensity());
-    ranges.Animals.push_back(std::move(animal));
-}
 
 std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const DensitySettings& settings,
                                            Console& console) {
@@ -85,32 +82,39 @@ std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const Den
     return bandwidths;
 }
 
+/// Adds an animal with what JSON tells of it.
+void add(OverlapResult& result, ComparedAnimal animal, Json id, Json times, std::vector<double> cells, bool normalise) {
+    comparison::add_animal(result.Ranges, std::move(animal), std::move(cells), normalise);
+    result.Ids.push_back(std::move(id));
+    result.Times.push_back(std::move(times));
+}
+
 /// Densities of the fixes of a layer.
-ComparedRanges ranges_of_layer(const OverlapOptions& options, const DensitySettings& settings, const Outputs& outputs,
-                               const std::vector<double>& percents, Console& console) {
+OverlapResult ranges_of_layer(const OverlapOptions& options, const DensitySettings& settings, const Outputs& outputs,
+                              const std::vector<double>& percents, Console& console) {
     const AnimalTracks tracks = read_tracks(options.Tracks, Times::kNone, console);
     outputs.Refuse(tracks.Read);
     const std::vector<AnimalBandwidth> bandwidths = bandwidths_of(tracks, settings, console);
     std::vector<engine::PointSample> samples;
     for (const AnimalTrack& track : tracks.Animals) samples.push_back(track.Fixes);
-    ComparedRanges ranges;
-    ranges.Densities.Percents = percents;
-    ranges.Densities.Grid = comparison::shared_grid(samples, bandwidths, cell_size_of(options.Densities.CellSize));
+    OverlapResult result;
+    result.Reference = tracks.Reference;
+    result.Ranges.Densities.Percents = percents;
+    const platform::RasterGeometry grid =
+        comparison::shared_grid(samples, bandwidths, cell_size_of(options.Densities.CellSize));
+    result.Ranges.Densities.Grid = grid;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const AnimalTrack& track = tracks.Animals[i];
         console.Progress(static_cast<double>(i) / static_cast<double>(samples.size()), "density of " + track.Name());
-        comparison::AnimalDensity density =
-            comparison::density_of(samples[i], bandwidths[i], settings, ranges.Densities.Grid);
-        ComparedAnimal animal{track.Name(),
-                              track.IdJson(),
-                              static_cast<std::int64_t>(samples[i].size()),
-                              bandwidths[i].MapUnits > 0.0 ? std::optional(bandwidths[i].MapUnits) : std::nullopt,
-                              0.0,
-                              density.Reason.empty() ? "ok" : density.Reason};
-        add_times(animal.Times, tracks, track);
-        add(ranges, std::move(animal), std::move(density.Cells), options.Normalise);
+        comparison::AnimalDensity density = comparison::density_of(samples[i], bandwidths[i], settings, grid);
+        ComparedAnimal animal{.Name = track.Name(), .Fixes = static_cast<std::int64_t>(samples[i].size())};
+        if (bandwidths[i].MapUnits > 0.0) animal.Bandwidth = bandwidths[i].MapUnits;
+        if (!density.Reason.empty()) animal.Status = density.Reason;
+        Json times = Json::object();
+        add_times(times, tracks, track);
+        add(result, std::move(animal), track.IdJson(), std::move(times), std::move(density.Cells), options.Normalise);
     }
-    return ranges;
+    return result;
 }
 
 double scaling_of(const OverlapOptions& options) {
@@ -121,43 +125,30 @@ double scaling_of(const OverlapOptions& options) {
 }
 
 /// Densities of the rasters of an earlier run.
-ComparedRanges ranges_of_folder(const OverlapOptions& options, const Outputs& outputs,
-                                const std::vector<double>& percents, Console& console) {
+OverlapResult ranges_of_folder(const OverlapOptions& options, const Outputs& outputs,
+                               const std::vector<double>& percents, Console& console) {
     outputs.Refuse(tables_in(options.Tracks.Points.Input));
     const std::vector<DensityRaster> rasters = rasters_in(options.Tracks.Points.Input);
     const bool indirect = options.Tracks.Points.AllowIndirect;
     const double scaling = scaling_of(options);
-    ComparedRanges ranges;
-    ranges.Densities.Percents = percents;
-    ranges.Densities.Grid = common_frame(rasters, indirect).Grid;
+    const RasterFrame frame = common_frame(rasters, indirect);
+    OverlapResult result;
+    result.Reference = frame.Reference;
+    result.Ranges.Densities.Percents = percents;
+    result.Ranges.Densities.Grid = frame.Grid;
     for (const DensityRaster& raster : rasters) {
-        console.Progress(static_cast<double>(ranges.Animals.size()) / static_cast<double>(rasters.size()),
+        console.Progress(static_cast<double>(result.Ids.size()) / static_cast<double>(rasters.size()),
                          "density of " + raster.Name);
         const bool failed = !raster.Failure.empty();
-        ComparedAnimal animal{raster.Name,      raster.Name, raster.Fixes,
-                              raster.Bandwidth, 0.0,         failed ? raster.Failure : "ok"};
-        add(ranges, std::move(animal), failed ? std::vector<double>() : densities_of(raster, scaling, indirect),
+        add(result,
+            {.Name = raster.Name,
+             .Fixes = raster.Fixes,
+             .Bandwidth = raster.Bandwidth,
+             .Status = failed ? raster.Failure : "ok"},
+            raster.Name, Json::object(), failed ? std::vector<double>() : densities_of(raster, scaling, indirect),
             options.Normalise);
     }
-    return ranges;
-}
-
-void report_volumes(const ComparedRanges& ranges, Console& console) {
-    for (std::size_t i = 0; i < ranges.Animals.size(); ++i) {
-        const ComparedAnimal& animal = ranges.Animals[i];
-        if (!ranges.Densities.Animals[i].IsAlive()) {
-            console.Problem(fmt::format("{}: not compared: {}", animal.Name, animal.Status));
-        } else if (animal.Volume < kWholeShare) {
-            console.Problem(fmt::format(
-                "{}: the cells hold {:.1f} % of its distribution: the grid, or the reach of the kernels, cuts it",
-                animal.Name, 100.0 * animal.Volume));
-        } else if (animal.Volume > kMoreThanWhole) {
-            console.Problem(
-                fmt::format("{}: the raster holds {:.6g} times a whole distribution: give its scaling "
-                            "factor by --scaling S",
-                            animal.Name, animal.Volume));
-        }
-    }
+    return result;
 }
 
 bool reads_rasters(const OverlapOptions& options) {
@@ -165,8 +156,8 @@ bool reads_rasters(const OverlapOptions& options) {
     return options.Tracks.IdField.empty() && fs::is_directory(options.Tracks.Points.Input, unknown);
 }
 
-ComparedRanges read_ranges(const OverlapOptions& options, const Outputs& outputs, const std::vector<double>& percents,
-                           Console& console) {
+OverlapResult read_ranges(const OverlapOptions& options, const Outputs& outputs, const std::vector<double>& percents,
+                          Console& console) {
     if (reads_rasters(options)) return ranges_of_folder(options, outputs, percents, console);
     if (options.Tracks.IdField.empty())
         throw WrongCall("name the field of the animals by --id-field FIELD (only a folder of rasters needs none)");
@@ -175,7 +166,7 @@ ComparedRanges read_ranges(const OverlapOptions& options, const Outputs& outputs
 }
 
 void compare(ComparedRanges& ranges, const OverlapOptions& options, Console& console) {
-    const bool all = options.All || ranges.Animals.size() <= kAllPairs;
+    const bool all = options.All || ranges.Animals.size() <= comparison::kAllPairs;
     ranges.Pairs = comparison::overlaps(ranges.Densities, {.Conditional = options.Conditional, .AllPairs = all},
                                         [&](double done) { console.Progress(done, "overlap"); });
     console.EndProgress();
@@ -188,6 +179,70 @@ std::vector<double> distinct(const std::vector<double>& percents) {
     for (const double percent : percents)
         if (std::find(kept.begin(), kept.end(), percent) == kept.end()) kept.push_back(percent);
     return kept;
+}
+
+/// The words of the call, without those that have their usual values.
+std::vector<std::string> words_of(const OverlapOptions& options) {
+    const OverlapOptions usual;
+    std::vector<std::string> words = {"wxl", "overlap", options.Tracks.Points.Input};
+    const auto add = [&](const char* option, const std::string& value, const std::string& otherwise) {
+        if (value == otherwise) return;
+        words.emplace_back(option);
+        words.push_back(value);
+    };
+    const auto flag = [&](const char* option, bool given) {
+        if (given) words.emplace_back(option);
+    };
+    const AnimalFixOptions& fixes = options.Tracks;
+    add("--id-field", fixes.IdField, "");
+    add("--where", fixes.Where, "");
+    add("--time-field", fixes.Time, "");
+    add("--every", fixes.Every, "");
+    add("--every-tolerance", fixes.EveryTolerance, "");
+    add("--split-by", fixes.SplitBy, "");
+    add("--utc-offset", platform::NumberText(fixes.UtcOffset), "0");
+    add("--hemisphere", fixes.Hemisphere, usual.Tracks.Hemisphere);
+    add("--bandwidth", options.Densities.Bandwidth, usual.Densities.Bandwidth);
+    flag("--adaptive", options.Densities.Adaptive);
+    flag("--rescale", options.Densities.Rescale);
+    add("--cell-size", options.Densities.CellSize, "");
+    add("--percent", options.Percent, usual.Percent);
+    flag("--conditional", options.Conditional);
+    add("--index", options.Index, usual.Index);
+    flag("--normalise", options.Normalise);
+    add("--scaling", options.Scaling, "");
+    flag("--all", options.All);
+    flag("--degrees", fixes.Points.Degrees);
+    flag("--allow-indirect", fixes.Points.AllowIndirect);
+    add("--csv", options.Csv, "");
+    add("--out", options.Out, "");
+    return words;
+}
+
+/// What the page tells of the call.
+results_page::OverlapRun run_of(const OverlapOptions& options, const std::vector<const IndexKind*>& indices,
+                                const platform::DateTime& now) {
+    results_page::OverlapRun run;
+    run.Indices = indices;
+    run.Title = fs::path(options.Tracks.Points.Input).lexically_normal().stem().string();
+    if (run.Title.empty()) run.Title = options.Tracks.Points.Input;
+    run.Words = words_of(options);
+    run.Start = now;
+    const bool rasters = reads_rasters(options);
+    run.Settings = {{"Input", options.Tracks.Points.Input},
+                    {"Animal ID field", options.Tracks.IdField},
+                    {"Fixes", options.Tracks.Where.empty() ? "" : "where " + options.Tracks.Where},
+                    {"One fix every", options.Tracks.Every},
+                    {"Parts of animals by", options.Tracks.SplitBy},
+                    {"Bandwidth", rasters ? "that of the rasters" : options.Densities.Bandwidth},
+                    {"Kernel", rasters                      ? ""
+                               : options.Densities.Adaptive ? "bivariate normal, adaptive"
+                                                            : "bivariate normal, fixed"},
+                    {"Unit variance", options.Densities.Rescale ? "yes" : ""},
+                    {"Percentages", options.Percent},
+                    {"Conditional indices", options.Conditional ? "yes" : "no"},
+                    {"Divided by their volumes", options.Normalise ? "yes" : "no"}};
+    return run;
 }
 
 void add_result_options(CLI::App& command, OverlapOptions& options) {
@@ -203,7 +258,11 @@ void add_result_options(CLI::App& command, OverlapOptions& options) {
     command.add_option("--scaling", options.Scaling, "Factor of the densities of a folder of rasters")->type_name("S");
     command.add_flag("--all", options.All, "Tell every pair also of more than 200 animals");
     command.add_option("--csv", options.Csv, "Write every pair and index as CSV")->type_name("OUT.csv");
-    command.add_option("--out", options.Out, "Write WXL_OVERLAP.csv and a heat map, WXL_OVERLAP.svg, into this folder")
+    command
+        .add_option(
+            "--out", options.Out,
+            "Write into this folder: a page with maps, WXL_OVERLAP_ANALYSIS.html, the common areas as layer overlap "
+            "of RANGES.gpkg, the table WXL_OVERLAP.csv, and a heat map, WXL_OVERLAP.svg")
         ->type_name("DIR");
     command.add_flag("--overwrite", options.Overwrite, "Replace files of these names");
     command.add_flag("--json", options.Json, "Print one JSON object");
@@ -241,19 +300,25 @@ void register_overlap(CLI::App& command, OverlapOptions& options) {
 
 int run_overlap(const OverlapOptions& options, Console& console) {
     const std::vector<double> percents = distinct(percentages_of("--percent", options.Percent));
-    const std::vector<std::string> indices = index_names(options.Index);
-    const Outputs outputs(options);
-    ComparedRanges ranges = read_ranges(options, outputs, percents, console);
+    const std::vector<const IndexKind*> indices = indices_of(options.Index);
+    Outputs outputs(options);
+    results_page::OverlapRun run = run_of(options, indices, outputs.Now());
+    OverlapResult result = read_ranges(options, outputs, percents, console);
+    ComparedRanges& ranges = result.Ranges;
     console.EndProgress();
-    report_volumes(ranges, console);
+    run.Warnings = comparison::volume_warnings(ranges);
+    for (const std::string& warning : run.Warnings) console.Problem(warning);
     const bool any = std::any_of(ranges.Densities.Animals.begin(), ranges.Densities.Animals.end(),
-                                 [](const TiledDensity& density) { return density.IsAlive(); });
+                                 [](const comparison::TiledDensity& density) { return density.IsAlive(); });
     compare(ranges, options, console);
-    outputs.Write(ranges, indices);
+    run.Ranges = &ranges;
+    run.Units.Reference = result.Reference;
+    outputs.Write(run, console);
     if (options.Json) {
-        console.Text(json_text(json_of(ranges)));
+        console.Text(json_text(json_of(result)));
     } else {
         print_ranges(ranges, indices, console);
+        outputs.Tell(console);
     }
     return any ? exit_code::kDone : console.Fail(options.Tracks.Points.Input + ": no animal has a distribution");
 }

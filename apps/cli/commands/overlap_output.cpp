@@ -3,13 +3,16 @@
 #include "platform/text.h"
 
 #include <algorithm>
-#include <array>
 #include <fmt/format.h>
 
 namespace wxl::cli {
 
 namespace {
 
+using comparison::ComparedAnimal;
+using comparison::ComparedRanges;
+using comparison::IndexKind;
+using comparison::IndexSection;
 using comparison::OverlapIndices;
 using comparison::PairOverlap;
 using platform::NumberText;
@@ -18,118 +21,23 @@ using platform::NumberText;
 constexpr std::size_t kMatrixAnimals = 20;
 constexpr std::size_t kLargestPairs = 40;
 
-/// An index, from i to j and from j to i.
-struct IndexKind {
-    const char* Name;
-    const char* Title;
-    double OverlapIndices::*Forth;
-    double OverlapIndices::*Back;
-    bool OfRanges;  ///< depends on the percentage even for whole distributions
-};
-
-constexpr std::array<IndexKind, 6> kIndices = {{{"ba", "BA", &OverlapIndices::Ba, &OverlapIndices::Ba, false},
-                                                {"vi", "VI", &OverlapIndices::Vi, &OverlapIndices::Vi, false},
-                                                {"udoi", "UDOI", &OverlapIndices::Udoi, &OverlapIndices::Udoi, true},
-                                                {"phr", "PHR", &OverlapIndices::PhrIj, &OverlapIndices::PhrJi, true},
-                                                {"hr", "HR", &OverlapIndices::HrIj, &OverlapIndices::HrJi, true},
-                                                {"hd", "HD", &OverlapIndices::Hd, &OverlapIndices::Hd, false}}};
-
-const IndexKind& kind_of(const std::string& name) {
-    return *std::find_if(kIndices.begin(), kIndices.end(),
-                         [&](const IndexKind& kind) { return platform::EqualNoCase(kind.Name, name); });
-}
-
-bool is_known(const std::string& name) {
-    return std::any_of(kIndices.begin(), kIndices.end(),
-                       [&](const IndexKind& kind) { return platform::EqualNoCase(kind.Name, name); });
-}
-
-std::optional<double> value_of(const PairOverlap& pair, double OverlapIndices::*index) {
-    if (!pair.Indices) return std::nullopt;
-    return told((*pair.Indices).*index);
-}
-
-std::string text_of(const std::optional<double>& value) {
-    return value ? NumberText(*value) : "";
-}
-
-/// The same at every percentage, so that it is told once.
-bool is_repeated(const IndexKind& kind, const PairOverlap& pair, const ComparedRanges& ranges) {
-    return !kind.OfRanges && !pair.Conditional && pair.Percent != ranges.Densities.Percents.front();
-}
-
-/// One table: an index, at a percentage, of whole distributions or conditional.
-struct Section {
-    const IndexKind* Kind;
-    double Percent;
-    bool Conditional;
-
-    bool Holds(const PairOverlap& pair) const { return pair.Percent == Percent && pair.Conditional == Conditional; }
-    std::string Title() const {
-        std::string title = Kind->Title;
-        if (Kind->OfRanges || Conditional) title += " at " + NumberText(Percent) + " %";
-        return title + (Conditional ? ", conditional" : "");
-    }
-};
-
-std::vector<Section> sections_of(const ComparedRanges& ranges, const std::vector<std::string>& indices) {
-    const bool conditional =
-        std::any_of(ranges.Pairs.begin(), ranges.Pairs.end(), [](const PairOverlap& pair) { return pair.Conditional; });
-    std::vector<Section> sections;
-    for (const std::string& name : indices)
-        for (const double percent : ranges.Densities.Percents) {
-            const IndexKind& kind = kind_of(name);
-            if (kind.OfRanges || percent == ranges.Densities.Percents.front())
-                sections.push_back({&kind, percent, false});
-            if (conditional) sections.push_back({&kind, percent, true});
-        }
-    return sections;
-}
-
-void print_matrix(const ComparedRanges& ranges, const Section& section, Console& console) {
+void print_matrix(const ComparedRanges& ranges, const IndexSection& section, Console& console) {
     TextTable table{{section.Title()}, {}};
     for (const ComparedAnimal& animal : ranges.Animals) {
         table.Columns.push_back(animal.Name);
         table.Rows.emplace_back(ranges.Animals.size() + 1);
         table.Rows.back()[0] = animal.Name;
     }
-    const auto shown = [](const std::optional<double>& value) {
-        return value ? fmt::format("{:.4f}", *value) : std::string();
-    };
-    for (const PairOverlap& pair : ranges.Pairs) {
-        if (!section.Holds(pair)) continue;
-        table.Rows[pair.First][pair.Second + 1] = shown(value_of(pair, section.Kind->Forth));
-        table.Rows[pair.Second][pair.First + 1] = shown(value_of(pair, section.Kind->Back));
-    }
+    const std::size_t count = ranges.Animals.size();
+    const auto values = comparison::index_matrix(ranges, section, comparison::all_animals(ranges));
+    for (std::size_t at = 0; at < values.size(); ++at)
+        if (values[at]) table.Rows[at / count][at % count + 1] = fmt::format("{:.4f}", *values[at]);
     console.Result("");
     print_table(table, console);
 }
 
-/// A value and whose it is.
-struct RankedPair {
-    double Value;
-    std::uint32_t RangeOf;
-    std::uint32_t Animal;
-};
-
-std::vector<RankedPair> ranked(const ComparedRanges& ranges, const Section& section) {
-    std::vector<RankedPair> pairs;
-    for (const PairOverlap& pair : ranges.Pairs) {
-        if (!section.Holds(pair) || !pair.Indices || pair.First == pair.Second) continue;
-        pairs.push_back({*value_of(pair, section.Kind->Forth), pair.First, pair.Second});
-        if (section.Kind->Forth != section.Kind->Back)
-            pairs.push_back({*value_of(pair, section.Kind->Back), pair.Second, pair.First});
-    }
-    // The nearest pairs first: a distance is small there, the others are large.
-    const bool rising = section.Kind->Forth == &OverlapIndices::Hd;
-    std::stable_sort(pairs.begin(), pairs.end(), [rising](const RankedPair& a, const RankedPair& b) {
-        return rising ? a.Value < b.Value : a.Value > b.Value;
-    });
-    return pairs;
-}
-
-void print_largest(const ComparedRanges& ranges, const Section& section, Console& console) {
-    const std::vector<RankedPair> pairs = ranked(ranges, section);
+void print_largest(const ComparedRanges& ranges, const IndexSection& section, Console& console) {
+    const std::vector<comparison::RankedPair> pairs = comparison::ranked_pairs(ranges, section);
     TextTable table{{"range of", "animal", section.Title()}, {}};
     for (std::size_t i = 0; i < std::min(pairs.size(), kLargestPairs); ++i)
         table.Rows.push_back({ranges.Animals[pairs[i].RangeOf].Name, ranges.Animals[pairs[i].Animal].Name,
@@ -145,17 +53,16 @@ TextTable animals_table(const ComparedRanges& ranges) {
     for (const double percent : ranges.Densities.Percents)
         table.Columns.push_back("area " + NumberText(percent) + " %");
     table.Columns.emplace_back("status");
-    const double cell = ranges.Densities.Grid.CellSize;
     for (std::size_t i = 0; i < ranges.Animals.size(); ++i) {
         const ComparedAnimal& animal = ranges.Animals[i];
         const bool alive = ranges.Densities.Animals[i].IsAlive();
         std::vector<std::string> row{animal.Name, animal.Fixes ? std::to_string(*animal.Fixes) : "",
                                      animal.Bandwidth ? fmt::format("{:.6g}", *animal.Bandwidth) : "",
                                      alive ? fmt::format("{:.4f}", animal.Volume) : ""};
-        for (std::size_t p = 0; p < ranges.Densities.Percents.size(); ++p)
-            row.push_back(
-                alive ? NumberText(static_cast<double>(ranges.Densities.Animals[i].Ranges()[p].Cells) * cell * cell)
-                      : "");
+        for (std::size_t p = 0; p < ranges.Densities.Percents.size(); ++p) {
+            const auto area = comparison::area_of(ranges, i, p);
+            row.push_back(area ? NumberText(*area) : "");
+        }
         row.push_back(animal.Status);
         table.Rows.push_back(std::move(row));
     }
@@ -169,28 +76,26 @@ Json json_of_grid(const platform::RasterGeometry& grid) {
             {"origin", {json_number(grid.OriginX), json_number(grid.OriginY)}}};
 }
 
-Json json_of_animal(const ComparedAnimal& animal, const comparison::TiledDensity& density,
-                    const comparison::DensitySet& set) {
+Json json_of_animal(const OverlapResult& result, std::size_t i) {
+    const ComparedRanges& ranges = result.Ranges;
+    const ComparedAnimal& animal = ranges.Animals[i];
     Json areas = Json::object();
-    for (std::size_t p = 0; p < set.Percents.size(); ++p)
-        areas[NumberText(set.Percents[p])] =
-            density.IsAlive()
-                ? Json(static_cast<double>(density.Ranges()[p].Cells) * set.Grid.CellSize * set.Grid.CellSize)
-                : Json(nullptr);
-    Json json = {{"id", animal.Id},
+    for (std::size_t p = 0; p < ranges.Densities.Percents.size(); ++p)
+        areas[NumberText(ranges.Densities.Percents[p])] = json_number(comparison::area_of(ranges, i, p));
+    Json json = {{"id", result.Ids[i]},
                  {"n", animal.Fixes ? Json(*animal.Fixes) : Json(nullptr)},
                  {"bandwidth", json_number(animal.Bandwidth)},
-                 {"volume", density.IsAlive() ? json_number(animal.Volume) : Json(nullptr)},
+                 {"volume", ranges.Densities.Animals[i].IsAlive() ? json_number(animal.Volume) : Json(nullptr)},
                  {"area", areas},
                  {"status", animal.Status}};
-    json.update(animal.Times);
+    json.update(result.Times[i]);
     return json;
 }
 
-Json json_of_pair(const PairOverlap& pair, const ComparedRanges& ranges) {
-    const auto value = [&](double OverlapIndices::*index) { return json_number(value_of(pair, index)); };
-    return {{"i", ranges.Animals[pair.First].Id},
-            {"j", ranges.Animals[pair.Second].Id},
+Json json_of_pair(const OverlapResult& result, const PairOverlap& pair) {
+    const auto value = [&](double OverlapIndices::*index) { return json_number(comparison::told_value(pair, index)); };
+    return {{"i", result.Ids[pair.First]},
+            {"j", result.Ids[pair.Second]},
             {"percent", pair.Percent},
             {"conditional", pair.Conditional},
             {"hr_ij", value(&OverlapIndices::HrIj)},
@@ -205,65 +110,29 @@ Json json_of_pair(const PairOverlap& pair, const ComparedRanges& ranges) {
 
 }  // namespace
 
-std::vector<std::string> index_names(const std::string& option) {
-    std::vector<std::string> names;
+std::vector<const IndexKind*> indices_of(const std::string& option) {
+    std::vector<const IndexKind*> kinds;
     for (const std::string& piece : platform::Split(option, ',')) {
         const std::string name(platform::Trim(piece));
-        if (!is_known(name)) throw WrongCall(fmt::format("--index: \"{}\" is not ba, vi, udoi, phr, hr or hd", name));
-        names.emplace_back(kind_of(name).Name);
+        kinds.push_back(comparison::index_kind(name));
+        if (kinds.back() == nullptr)
+            throw WrongCall(fmt::format("--index: \"{}\" is not ba, vi, udoi, phr, hr or hd", name));
     }
-    return names;
+    return kinds;
 }
 
-double told(double value) {
-    return platform::NumberFromText(fmt::format("{:.6g}", value));
-}
-
-Json json_of(const ComparedRanges& ranges) {
+Json json_of(const OverlapResult& result) {
+    const ComparedRanges& ranges = result.Ranges;
     Json animals = Json::array();
-    for (std::size_t i = 0; i < ranges.Animals.size(); ++i)
-        animals.push_back(json_of_animal(ranges.Animals[i], ranges.Densities.Animals[i], ranges.Densities));
+    for (std::size_t i = 0; i < ranges.Animals.size(); ++i) animals.push_back(json_of_animal(result, i));
     Json pairs = Json::array();
-    for (const PairOverlap& pair : ranges.Pairs) pairs.push_back(json_of_pair(pair, ranges));
+    for (const PairOverlap& pair : ranges.Pairs) pairs.push_back(json_of_pair(result, pair));
     return {{"grid", json_of_grid(ranges.Densities.Grid)}, {"animals", animals}, {"pairs", pairs}};
 }
 
-TextTable long_table(const ComparedRanges& ranges, const std::vector<std::string>& indices) {
-    TextTable table{{"range_of", "animal", "index", "percent", "conditional", "value"}, {}};
-    for (const PairOverlap& pair : ranges.Pairs)
-        for (const std::string& name : indices) {
-            const IndexKind& kind = kind_of(name);
-            if (is_repeated(kind, pair, ranges)) continue;
-            const std::string& first = ranges.Animals[pair.First].Name;
-            const std::string& second = ranges.Animals[pair.Second].Name;
-            const std::string percent = kind.OfRanges || pair.Conditional ? NumberText(pair.Percent) : "";
-            const char* conditional = pair.Conditional ? "yes" : "no";
-            table.Rows.push_back({first, second, name, percent, conditional, text_of(value_of(pair, kind.Forth))});
-            if (pair.First != pair.Second)
-                table.Rows.push_back({second, first, name, percent, conditional, text_of(value_of(pair, kind.Back))});
-        }
-    return table;
-}
-
-pictures::HeatMapPicture heat_map(const ComparedRanges& ranges, const std::string& index) {
-    const Section section = sections_of(ranges, {index}).front();
-    const std::size_t count = ranges.Animals.size();
-    pictures::HeatMapPicture picture{"Overlap: " + section.Title(), {}, {}, 0.0};
-    for (const ComparedAnimal& animal : ranges.Animals) picture.Names.push_back(animal.Name);
-    picture.Values.resize(count * count);
-    for (const PairOverlap& pair : ranges.Pairs) {
-        if (!section.Holds(pair)) continue;
-        picture.Values[pair.First * count + pair.Second] = value_of(pair, section.Kind->Forth);
-        picture.Values[pair.Second * count + pair.First] = value_of(pair, section.Kind->Back);
-    }
-    for (const std::optional<double>& value : picture.Values)
-        picture.Full = std::max(picture.Full, value.value_or(0.0));
-    return picture;
-}
-
-void print_ranges(const ComparedRanges& ranges, const std::vector<std::string>& indices, Console& console) {
+void print_ranges(const ComparedRanges& ranges, const std::vector<const IndexKind*>& indices, Console& console) {
     print_table(animals_table(ranges), console);
-    for (const Section& section : sections_of(ranges, indices)) {
+    for (const IndexSection& section : comparison::index_sections(ranges, indices)) {
         if (ranges.Animals.size() > kMatrixAnimals) {
             print_largest(ranges, section, console);
         } else {

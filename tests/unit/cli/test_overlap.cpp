@@ -1,12 +1,16 @@
 #include "tests/unit/cli/layer_files.h"
+#include "tests/unit/cli/package_rows.h"
 #include "tests/unit/cli/raster_files.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 namespace wxl::cli {
 namespace {
 
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
 using tests::ScratchFolder;
 using Json = nlohmann::ordered_json;
 
@@ -96,6 +100,110 @@ TEST(Overlap, Long_csv_has_both_directions) {
     EXPECT_NE(read_file(out / "new/WXL_OVERLAP.svg").find("<title>f, g: 0.4</title>"), std::string::npos);
     EXPECT_EQ(run_wxl({"overlap", folder.Path().string(), "--csv", csv}).Err,
               "wxl: " + csv + " exists: choose another name, or give --overwrite\n");
+}
+
+/// The five cells compared at 80 % into the folder "new".
+Ran compare_five_cells(const ScratchFolder& folder, const std::vector<std::string>& more = {}) {
+    std::vector<std::string> call = {"overlap", folder.Path().string(),   "--percent", "80",
+                                     "--out",   (folder / "new").string()};
+    call.insert(call.end(), more.begin(), more.end());
+    return run_wxl(call);
+}
+
+constexpr const char* kCommonCell = "f|g|80|100|0.01|0.333333|0.5|0.7|0.3|0.4|0.661037|0.17|0.823363";
+
+TEST(Overlap, Common_areas_are_a_layer_of_the_package) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    const Ran ran = compare_five_cells(folder, {"--conditional"});
+    EXPECT_EQ(ran.Err, "");
+    EXPECT_THAT(ran.Out, testing::EndsWith("\npage: " + (folder / "new/WXL_OVERLAP_ANALYSIS.html").string() +
+                                           "\nranges: " + (folder / "new/RANGES.gpkg").string() + "\n"));
+    const fs::path package = folder / "new/RANGES.gpkg";
+    EXPECT_THAT(rows_of(package, "overlap"), ElementsAre(kCommonCell));
+    EXPECT_THAT(rows_of(package, "layer_styles"), ElementsAre(HasSubstr("||overlap|geom|overlap|<!DOCTYPE qgis")));
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(package.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    OGRLayer& layer = *dataset->GetLayerByName("overlap");
+    EXPECT_STREQ(layer.GetSpatialRef()->GetName(), "WGS 84 / UTM zone 33N");
+    const OGRFeatureUniquePtr common(layer.GetNextFeature());
+    OGREnvelope box;
+    common->GetGeometryRef()->getEnvelope(&box);
+    EXPECT_EQ(box.MinX, 500020.0);  // the third cell of the third row
+    EXPECT_EQ(box.MaxX, 500030.0);
+    EXPECT_EQ(box.MinY, 4649020.0);
+    EXPECT_EQ(box.MaxY, 4649030.0);
+}
+
+TEST(Overlap, Results_of_an_earlier_call_are_replaced_only_where_that_is_asked_for) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    ASSERT_EQ(compare_five_cells(folder).Code, 0);
+    const std::string page = read_file(folder / "new/WXL_OVERLAP_ANALYSIS.html");
+    for (const char* name : {"WXL_OVERLAP.csv", "WXL_OVERLAP.svg", "WXL_OVERLAP_ANALYSIS.html"}) {
+        EXPECT_EQ(compare_five_cells(folder).Err,
+                  "wxl: " + (folder / "new" / name).string() + " exists: choose another folder, or give --overwrite\n");
+        fs::remove(folder / "new" / name);
+    }
+    EXPECT_EQ(compare_five_cells(folder).Err,
+              "wxl: " + (folder / "new/RANGES.gpkg").string() +
+                  " has a layer overlap already: choose another folder, or give --overwrite\n");
+    const std::string package = read_file(folder / "new/RANGES.gpkg");
+    EXPECT_EQ(compare_five_cells(folder, {"--overwrite"}).Code, 0);
+    EXPECT_THAT(rows_of(folder / "new/RANGES.gpkg", "overlap"), ElementsAre(kCommonCell));
+    EXPECT_EQ(names_in(folder / "new").size(), 4U);
+}
+
+TEST(Overlap, The_package_of_an_analysis_keeps_its_tables) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, two_clusters_and_a_loner());
+    const std::string out = (folder / "kde").string();
+    ASSERT_EQ(run_wxl({"kde", layer, "--id-field", "animal", "--out", out, "--cell-size", "5", "--extent", "full:100",
+                       "--answer", "yes", "--gpkg", "--isopleths", "95,50", "--mcp", "100"})
+                  .Code,
+              0);
+    const auto isopleths = rows_of(out + "/RANGES.gpkg", "isopleths");
+    const Ran ran = run_wxl({"overlap", out, "--percent", "99.9", "--out", out});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    EXPECT_EQ(rows_of(out + "/RANGES.gpkg", "isopleths"), isopleths);
+    EXPECT_EQ(isopleths.size(), 4U);
+    EXPECT_EQ(rows_of(out + "/RANGES.gpkg", "mcp").size(), 3U);
+    EXPECT_EQ(rows_of(out + "/RANGES.gpkg", "summary").size(), 3U);
+    EXPECT_EQ(rows_of(out + "/RANGES.gpkg", "layer_styles").size(), 4U);
+}
+
+TEST(Overlap, Files_that_are_something_else_stay) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    fs::create_directory(folder / "new");
+    write_file(folder, "new/RANGES.gpkg", "my notes");
+    write_file(folder, "new/WXL_OVERLAP_ANALYSIS.html", "my page");
+    const Ran ran = compare_five_cells(folder, {"--overwrite"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_EQ(ran.Err,
+              "Warning: " + (folder / "new/RANGES.gpkg").string() +
+                  " is not a package of this tool's ranges in the coordinate system of the ranges, and was left as it "
+                  "is; no layer of common areas was written.\nWarning: " +
+                  (folder / "new/WXL_OVERLAP_ANALYSIS.html").string() +
+                  " is not a page of this tool and was left as it is; no page was written.\n");
+    EXPECT_EQ(read_file(folder / "new/RANGES.gpkg"), "my notes");
+    EXPECT_EQ(read_file(folder / "new/WXL_OVERLAP_ANALYSIS.html"), "my page");
+}
+
+TEST(Overlap, The_page_shows_pairs_maps_meanings_and_the_call) {
+    ScratchFolder folder;
+    make_five_cells(folder);
+    make_raster(folder, "h&i", middle_row({0.0F, 5000.0F, 0.0F, 0.0F, 0.0F}));
+    ASSERT_EQ(compare_five_cells(folder, {"--index", "ba,hr"}).Code, 0);
+    const std::string page = read_file(folder / "new/WXL_OVERLAP_ANALYSIS.html");
+    EXPECT_THAT(page, HasSubstr("<td class=\"num\" data-value=\"0.661037\">0.661</td>"));
+    EXPECT_THAT(page, HasSubstr("HR at 80 %, second"));
+    EXPECT_THAT(page, HasSubstr("<title>f and g: 0.0001 km², BA 0.661</title>"));
+    EXPECT_THAT(page, HasSubstr("<li>h&amp;i: the cells hold 50.0 % of its distribution"));
+    EXPECT_THAT(page, HasSubstr("Bhattacharyya 1943"));
+    EXPECT_THAT(page, testing::Not(HasSubstr("volume of intersection")));
+    EXPECT_THAT(page, testing::Not(HasSubstr("h&i")));
+    EXPECT_THAT(page, HasSubstr("wxl overlap " + folder.Path().string() + " --percent 80 --index ba,hr --out " +
+                                (folder / "new").string()));
 }
 
 TEST(Overlap, Rasters_on_different_grids_are_refused_with_both) {
