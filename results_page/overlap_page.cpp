@@ -20,7 +20,6 @@ namespace wxl::results_page {
 namespace {
 
 using comparison::ComparedAnimal;
-using comparison::ComparedRanges;
 using comparison::IndexKind;
 using comparison::IndexSection;
 using comparison::PairOverlap;

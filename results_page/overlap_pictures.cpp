@@ -317,7 +317,7 @@ private:
 }  // namespace
 
 std::vector<std::uint32_t> heat_order(const ComparedRanges& ranges, const IndexSection& section, std::size_t most) {
-    const std::vector<std::uint32_t> animals = nearest_animals(ranges, section, most);
+    std::vector<std::uint32_t> animals = nearest_animals(ranges, section, most);
     if (ranges.Animals.size() <= kOwnOrder) return animals;
     std::vector<std::uint32_t> order;
     for (const std::size_t place : chained(animals.size(), Nearness(ranges, section, animals)))
