@@ -32,6 +32,7 @@ make_root() {
   fi
   tar -C "$root" -xpf "$base"
   cp /etc/resolv.conf "$root/etc/resolv.conf"
+  printf '127.0.0.1 localhost %s\n' "$(hostname)" >"$root/etc/hosts"
   # The machine's way to the mirror (proxies, clocks), and no service may start.
   apt-config dump | grep -E '^Acquire::(http|https|Check)[^ ]* ".+"' >"$root/etc/apt/apt.conf.d/90this-machine" || true
   printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"

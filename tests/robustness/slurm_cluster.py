@@ -82,12 +82,17 @@ class Cluster:
         for daemon in ("slurmctld", "slurmd"):
             begun = subprocess.run([daemon], env=self.environment, capture_output=True, text=True, check=False)
             if begun.returncode != 0:
-                raise Unavailable(f"{daemon} does not start: {begun.stderr.strip()}")
+                raise Unavailable(f"{daemon} does not start: {begun.stderr.strip() or self.last_words_of(daemon)}")
         self.wait_for(lambda: self.said("sinfo", "-h", "-o", "%t").strip() == "idle", 30, "no node becomes idle")
 
     def said(self, *command):
         return subprocess.run(command, env=self.environment, capture_output=True, text=True, timeout=30,
                               check=False).stdout
+
+    def last_words_of(self, daemon):
+        log = self.folder / f"{daemon}.log"
+        lines = log.read_text(encoding="utf-8", errors="replace").splitlines() if log.exists() else []
+        return "; ".join(lines[-3:])
 
     @staticmethod
     def wait_for(condition, seconds, otherwise):
