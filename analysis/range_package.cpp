@@ -14,8 +14,6 @@
 namespace wxl::analysis {
 namespace {
 
-using platform::Field;
-using platform::FieldType;
 using platform::FieldValue;
 using platform::Geometry;
 using platform::PackageTable;

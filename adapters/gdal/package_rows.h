@@ -29,7 +29,7 @@ public:
     bool Drop(std::size_t place, const std::string& key);
 
     /// Deletes the rows that stood there before.
-    bool Clear(std::size_t table);
+    bool Clear(std::size_t place);
 
     /// `shape` may be null.
     bool Put(std::size_t place, const OGRGeometry* shape, std::span<const platform::FieldValue> values);

@@ -38,6 +38,7 @@ constexpr auto kPointGeometry = QgsWkbTypes::PointGeometry;
 constexpr auto kLineGeometry = QgsWkbTypes::LineGeometry;
 constexpr auto kPolygonGeometry = QgsWkbTypes::PolygonGeometry;
 constexpr auto kWithoutGeometry = QgsWkbTypes::NoGeometry;
+constexpr auto kPolygonShapes = QgsWkbTypes::Polygon;
 constexpr auto kMeshLayer = QgsMapLayerType::MeshLayer;
 constexpr auto kAnnotationLayer = QgsMapLayerType::AnnotationLayer;
 constexpr auto kMetres = QgsUnitTypes::DistanceMeters;
@@ -48,6 +49,7 @@ constexpr auto kPointGeometry = Qgis::GeometryType::Point;
 constexpr auto kLineGeometry = Qgis::GeometryType::Line;
 constexpr auto kPolygonGeometry = Qgis::GeometryType::Polygon;
 constexpr auto kWithoutGeometry = Qgis::WkbType::NoGeometry;
+constexpr auto kPolygonShapes = Qgis::WkbType::Polygon;
 constexpr auto kMeshLayer = Qgis::LayerType::Mesh;
 constexpr auto kAnnotationLayer = Qgis::LayerType::Annotation;
 constexpr auto kMetres = Qgis::DistanceUnit::Meters;
@@ -63,10 +65,12 @@ constexpr auto kAlgorithmCanCancel = QgsProcessingAlgorithm::FlagCanCancel;
 constexpr auto kAlgorithmNoThreading = QgsProcessingAlgorithm::FlagNoThreading;
 constexpr auto kParameterAdvanced = QgsProcessingParameterDefinition::FlagAdvanced;
 constexpr auto kNumberDouble = QgsProcessingParameterNumber::Double;
+constexpr auto kNumberInteger = QgsProcessingParameterNumber::Integer;
 constexpr auto kFieldOfAnyType = QgsProcessingParameterField::Any;
 constexpr auto kBandMaximum = QgsRasterBandStats::Max;
 constexpr auto kSourceVector = QgsProcessing::TypeVector;
 constexpr auto kSourceVectorPoint = QgsProcessing::TypeVectorPoint;
+constexpr auto kSourceVectorPolygon = QgsProcessing::TypeVectorPolygon;
 #else
 constexpr auto kRequestNoGeometry = Qgis::FeatureRequestFlag::NoGeometry;
 constexpr auto kPreferredWkt = Qgis::CrsWktVariant::Preferred;
@@ -75,10 +79,12 @@ constexpr auto kAlgorithmCanCancel = Qgis::ProcessingAlgorithmFlag::CanCancel;
 constexpr auto kAlgorithmNoThreading = Qgis::ProcessingAlgorithmFlag::NoThreading;
 constexpr auto kParameterAdvanced = Qgis::ProcessingParameterFlag::Advanced;
 constexpr auto kNumberDouble = Qgis::ProcessingNumberParameterType::Double;
+constexpr auto kNumberInteger = Qgis::ProcessingNumberParameterType::Integer;
 constexpr auto kFieldOfAnyType = Qgis::ProcessingFieldParameterDataType::Any;
 constexpr auto kBandMaximum = Qgis::RasterBandStatistic::Max;
 constexpr auto kSourceVector = Qgis::ProcessingSourceType::Vector;
 constexpr auto kSourceVectorPoint = Qgis::ProcessingSourceType::VectorPoint;
+constexpr auto kSourceVectorPolygon = Qgis::ProcessingSourceType::VectorPolygon;
 #endif
 
 // Types of fields, and where fields come from. Ends with QGIS 3.38.

@@ -29,6 +29,7 @@
 #include <qgsproject.h>
 #include <qgsrasterlayer.h>
 #include <qgsrenderer.h>
+#include <qgssinglesymbolrenderer.h>
 #include <qgssymbol.h>
 #include <qgsvectorlayer.h>
 #include <QIcon>
@@ -226,7 +227,8 @@ TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
     }
     names.sort();
     EXPECT_EQ(names.join(QLatin1Char(' ')),
-              "autocorrelatedranges kerneldensity observationfields removeduplicates statistics");
+              "areacurve autocorrelatedranges kerneldensity minimumconvexpolygons observationfields overlap "
+              "removeduplicates statistics");
     AddWxlProvider();  // a second time does nothing
     RemoveWxlProvider();
     EXPECT_EQ(QgsApplication::processingRegistry()->providerById(QStringLiteral("wxltools")), nullptr);
@@ -540,6 +542,146 @@ TEST_F(ProcessingTest, Overlapping_fixes_end_the_run_where_they_are_not_accepted
     parameters[QStringLiteral("ACCEPT_OVERLAPS")] = true;
     EXPECT_EQ(Failure("kerneldensity", parameters), "");
     EXPECT_TRUE(fs::exists(At("out") / "1"));
+}
+
+TEST_F(ProcessingTest, Overlap_is_the_bytes_of_the_command_line) {
+    std::vector<std::string> call = {"-q",          "overlap", Fixes(),         "--id-field",           "animal",
+                                     "--percent",   "95,50",   "--conditional", "--bandwidth",          "adhoc",
+                                     "--cell-size", "200",     "--out",         At("expected").string()};
+    Wxl(call);
+    QVariantMap parameters = {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                              {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                              {QStringLiteral("METHOD"), 5},
+                              {QStringLiteral("CELL_SIZE"), 200.0},
+                              {QStringLiteral("CONDITIONAL"), true},
+                              {QStringLiteral("OUTPUT"), text_of(At("actual"))}};
+    const QVariantMap results = Run("overlap", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(contents_of(At("actual")).size(), 4U);
+    EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), text_of(At("actual") / "WXL_OVERLAP_ANALYSIS.html"));
+    const QgsVectorLayer common(results.value(QStringLiteral("COMMON")).toString(), QStringLiteral("common"));
+    EXPECT_TRUE(common.isValid());
+    EXPECT_GT(common.featureCount(), 0);
+    EXPECT_THAT(Failure("overlap", parameters), HasSubstr("WXL_OVERLAP.csv exists: choose another folder"));
+    parameters[QStringLiteral("OVERWRITE")] = true;
+    EXPECT_EQ(Failure("overlap", parameters), "");
+    call.emplace_back("--overwrite");
+    Wxl(call);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    parameters[QStringLiteral("ADAPTIVE")] = true;
+    EXPECT_EQ(Failure("overlap", parameters), "The ad hoc bandwidth is for fixed kernels of coordinates as they are.");
+    parameters[QStringLiteral("METHOD")] = 4;
+    EXPECT_EQ(Failure("overlap", parameters), "Give the bandwidth or proportion, a number above 0.");
+}
+
+TEST_F(ProcessingTest, Loaded_common_areas_have_their_style) {
+    QgsProject::instance()->clear();
+    m_context.setProject(QgsProject::instance());
+    const QVariantMap results = Run("overlap", {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                                                {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                                                {QStringLiteral("OUTPUT"), text_of(At("out"))}});
+    const QString common = results.value(QStringLiteral("COMMON")).toString();
+    ASSERT_TRUE(m_context.willLoadLayerOnCompletion(common));
+    QgsVectorLayer layer(common, QStringLiteral("common"));
+    m_context.layerToLoadOnCompletionDetails(common).postProcessor()->postProcessLayer(&layer, m_context, &m_feedback);
+    const auto* renderer = dynamic_cast<const QgsSingleSymbolRenderer*>(layer.renderer());
+    ASSERT_NE(renderer, nullptr);
+    EXPECT_EQ(renderer->symbol()->color().name(), QStringLiteral("#d55e00"));
+    EXPECT_TRUE(renderer->orderByEnabled());
+}
+
+/// The rows of a table of an algorithm as comma-separated lines of its attributes, empty for none.
+std::vector<std::string> lines_of(const QgsVectorLayer& table) {
+    std::vector<std::string> lines;
+    QgsFeatureIterator rows = table.getFeatures();
+    QgsFeature row;
+    while (rows.nextFeature(row)) {
+        std::string line;
+        for (const QVariant& cell : row.attributes()) {
+            const bool number = type_of(cell) == QMetaType::Double;
+            line += (line.empty() ? "" : ",") + (cell.isNull() ? std::string()
+                                                 : number      ? platform::NumberText(cell.toDouble())
+                                                               : cell.toString().toStdString());
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::vector<std::string> csv_lines(const fs::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream source(file);
+    for (std::string line; std::getline(source, line);) lines.push_back(line);
+    lines.erase(lines.begin());
+    return lines;
+}
+
+TEST_F(ProcessingTest, Minimum_convex_polygons_are_those_of_the_command_line) {
+    Wxl({"-q", "mcp", Fixes(), "--id-field", "animal", "--percent", "100,50", "--csv", At("mcp.csv").string()});
+    const QVariantMap results =
+        Run("minimumconvexpolygons", {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                                      {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                                      {QStringLiteral("PERCENTAGES"), QStringLiteral("100, 50, 100")},
+                                      {QStringLiteral("OUTPUT"), QStringLiteral("memory:")}});
+    auto* layer =
+        qobject_cast<QgsVectorLayer*>(m_context.getMapLayer(results.value(QStringLiteral("OUTPUT")).toString()));
+    ASSERT_NE(layer, nullptr);
+    EXPECT_EQ(lines_of(*layer), csv_lines(At("mcp.csv")));
+    EXPECT_EQ(layer->featureCount(), 8);
+    QgsFeatureIterator rows = layer->getFeatures();
+    QgsFeature row;
+    while (rows.nextFeature(row)) {
+        const double area = row.attribute(QStringLiteral("area")).toDouble();
+        EXPECT_NEAR(row.geometry().area(), area, 1e-6 * area);
+    }
+    EXPECT_EQ(Failure("minimumconvexpolygons", {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                                                {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                                                {QStringLiteral("PERCENTAGES"), QStringLiteral("101")},
+                                                {QStringLiteral("OUTPUT"), QStringLiteral("memory:")}}),
+              "Percentages: \"101\" is not a number above 0 and at most 100");
+}
+
+TEST_F(ProcessingTest, Area_curves_are_those_of_the_command_line) {
+    for (const bool random : {false, true}) {
+        std::vector<std::string> call = {
+            "-q",           "curve", Fixes(),       "--id-field", "animal",
+            "--time-field", "Time2", "--overwrite", "--csv",      At("curve.csv").string()};
+        if (random) call.insert(call.end(), {"--order", "random", "--replicates", "5", "--seed", "7"});
+        if (!random) call.insert(call.end(), {"--of", "kernel:90"});
+        Wxl(call);
+        QVariantMap parameters = {{QStringLiteral("INPUT"), QString::fromStdString(Fixes())},
+                                  {QStringLiteral("ID_FIELD"), QStringLiteral("animal")},
+                                  {QStringLiteral("TIME_FIELD"), QStringLiteral("Time2")},
+                                  {QStringLiteral("ORDER"), random ? 1 : 0},
+                                  {QStringLiteral("OF"), random ? 0 : 1},
+                                  {QStringLiteral("REPLICATES"), 5},
+                                  {QStringLiteral("SEED"), 7},
+                                  {QStringLiteral("OUTPUT"), QStringLiteral("memory:")}};
+        if (!random) parameters[QStringLiteral("PERCENT")] = 90.0;
+        const QVariantMap results = Run("areacurve", parameters);
+        auto* table =
+            qobject_cast<QgsVectorLayer*>(m_context.getMapLayer(results.value(QStringLiteral("OUTPUT")).toString()));
+        ASSERT_NE(table, nullptr);
+        EXPECT_EQ(lines_of(*table), csv_lines(At("curve.csv")));
+        EXPECT_GT(table->featureCount(), 100);
+        EXPECT_THAT(m_feedback.Infos.toStdString(), HasSubstr("Freja: "));
+    }
+}
+
+TEST_F(ProcessingTest, Ad_hoc_bandwidths_are_those_of_the_command_line) {
+    Wxl({"-q", "kde", Fixes(), "--id-field", "animal", "--out", At("expected").string(), "--cell-size", "200",
+         "--bandwidth", "adhoc", "--extent", "min"});
+    QVariantMap parameters = KernelParameters("actual");
+    parameters[QStringLiteral("METHOD")] = 5;
+    parameters[QStringLiteral("CELL_SIZE")] = 200.0;
+    parameters[QStringLiteral("EXTENT_MODE")] = 1;
+    for (const char* name : {"LINES", "POLYGONS", "DONUTS", "HTML"}) parameters[QLatin1String(name)] = false;
+    Run("kerneldensity", parameters);
+    EXPECT_EQ(bytes_of(At("actual") / "1/w001001.adf"), bytes_of(At("expected") / "1/w001001.adf"));
+    EXPECT_FALSE(bytes_of(At("actual") / "1/w001001.adf").empty());
+    parameters[QStringLiteral("ADAPTIVE")] = true;
+    EXPECT_EQ(Failure("kerneldensity", parameters),
+              "The ad hoc bandwidth is for fixed kernels of coordinates as they are.");
 }
 
 TEST_F(ProcessingTest, Statistics_are_those_of_the_command_line) {

@@ -11,8 +11,6 @@
 #include "results_page/range_page.h"
 
 #include <algorithm>
-#include <QDir>
-#include <QFileInfo>
 #include <qgsprocessingoutputs.h>
 #include <qgsprocessingparameters.h>
 #include <qgsrasterlayer.h>
@@ -26,7 +24,6 @@ using movement_models::Estimation;
 
 // Values of the parameters EXTENT_MODE and METHOD.
 enum ExtentMode { kOwn, kFull, kReference };
-const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 constexpr Estimation kMethods[] = {Estimation::kPhreml, Estimation::kReml, Estimation::kMl};
 
 /// What a run tells goes to the algorithm's log and bar.
@@ -126,17 +123,7 @@ void AutocorrelatedRangesAlgorithm::initAlgorithm(const QVariantMap&) {
     AddModelParameters();
     AddRasterParameters();
     AddRunParameters();
-    addParameter(with_help(
-        new QgsProcessingParameterFolderDestination(QStringLiteral("OUTPUT"), QStringLiteral("Output folder")),
-        "A new or empty folder; made when it is not there"));
-    addOutput(new QgsProcessingOutputFile(QStringLiteral("SUMMARY"), QStringLiteral("Summary")));
-    addOutput(new QgsProcessingOutputHtml(QStringLiteral("PAGE"), QStringLiteral("HTML page of the results")));
-    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
-    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
-    addOutput(
-        new QgsProcessingOutputNumber(QStringLiteral("DISTRIBUTIONS"), QStringLiteral("Number of distributions")));
-    addOutput(new QgsProcessingOutputNumber(QStringLiteral("FAILED"),
-                                            QStringLiteral("Number of distributions that could not be computed")));
+    AddRunOutputs(QStringLiteral("SUMMARY"), QStringLiteral("Summary"));
 }
 
 void AutocorrelatedRangesAlgorithm::AddModelParameters() {
@@ -173,25 +160,14 @@ void AutocorrelatedRangesAlgorithm::AddRasterParameters() {
                                QStringLiteral("BUFFER"), QStringLiteral("Buffer (only for the extent of all animals)"),
                                QVariant(), QStringLiteral("INPUT"), true, 0.0),
                            "Without one, as far as the widest kernel reaches"));
-    addParameter(with_help(
-        new QgsProcessingParameterRasterLayer(
-            QStringLiteral("REFERENCE"), QStringLiteral("Reference raster (only for its extent)"), QVariant(), true),
-        "Its extent and cells are taken over where \"As a reference raster\" is chosen"));
-    addParameter(advanced(new QgsProcessingParameterString(
-        QStringLiteral("PREFIX"), QStringLiteral("Raster name prefix"), QVariant(), false, true)));
-    addParameter(
-        advanced(with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
-                                                            kNumberDouble, 1000000.0, false, 0.0),
-                           "The volume of a complete distribution")));
-    addParameter(advanced(new QgsProcessingParameterEnum(QStringLiteral("RASTER_FORMAT"),
-                                                         QStringLiteral("Raster format"), kFormats, false, 0)));
+    AddRasterFiles(QStringLiteral("Raster name prefix"));
 }
 
 void AutocorrelatedRangesAlgorithm::AddRunParameters() {
     addParameter(with_help(new QgsProcessingParameterBoolean(
                                QStringLiteral("HTML"), QStringLiteral("Write an HTML page of the results"), false),
                            "Puts a page with maps, models and variograms of all animals into the output folder"));
-    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LOAD"), QStringLiteral("Add results to map"), true));
+    AddLoad();
 }
 
 bool AutocorrelatedRangesAlgorithm::checkParameterValues(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -251,8 +227,7 @@ RangeSettings AutocorrelatedRangesAlgorithm::SettingsOf(const QVariantMap& param
         settings.Fit.Given = akde::parse_given_model(std::string(platform::Trim(text("MODEL"))));
     settings.Prefix = text("PREFIX");
     settings.Scaling = parameterAsDouble(parameters, QStringLiteral("SCALING"), context);
-    settings.RasterFormat =
-        FromQString(kFormats.at(parameterAsEnum(parameters, QStringLiteral("RASTER_FORMAT"), context)));
+    settings.RasterFormat = RasterFormatOf(parameters, context);
     settings.Percentages = percentages_of(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context));
     settings.Optimal = parameterAsBoolean(parameters, QStringLiteral("OPTIMAL_WEIGHTS"), context);
     settings.Lines = parameterAsBoolean(parameters, QStringLiteral("LINES"), context);
@@ -271,10 +246,7 @@ QVariantMap AutocorrelatedRangesAlgorithm::processAlgorithm(const QVariantMap& p
     const platform::Layer layer = session.Map().Layers().front();
     settings.Source = layer.Source;
     settings.SelectedOnly = input.SelectedOnly;
-    const QString folder =
-        QFileInfo(parameterAsString(parameters, QStringLiteral("OUTPUT"), context)).absoluteFilePath();
-    if (!QDir().mkpath(folder))
-        throw QgsProcessingException(QStringLiteral("The folder \"%1\" could not be made.").arg(folder));
+    const QString folder = FolderOf(parameters, context);
     settings.Folder = FromQString(folder);
     const akde::TimedAnimals animals = akde::read_timed_animals(*layer.Feature, settings.Fields, input.SelectedOnly,
                                                                 "The layer \"" + settings.LayerName + "\"");

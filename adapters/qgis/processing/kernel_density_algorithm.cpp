@@ -10,8 +10,6 @@
 #include "platform/text.h"
 #include "results_page/results_page.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <qgsprocessingoutputs.h>
 #include <qgsprocessingparameters.h>
 #include <qgsrasterlayer.h>
@@ -23,10 +21,8 @@ using analysis::RunOutcome;
 using kde_tool::frmKDE;
 
 // Values of the parameters METHOD and EXTENT_MODE.
-enum Method { kHref, kLscv, kBcv, kBandwidths, kProportions };
+enum Method { kHref, kLscv, kBcv, kBandwidths, kProportions, kAdHoc };
 enum ExtentMode { kFull, kMinimum, kReference };
-
-const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
 /// What a run wrote, as it tells it.
 class WrittenFiles final : public analysis::IRunObserver {
@@ -75,7 +71,9 @@ QString KernelDensityAlgorithm::shortHelpString() const {
         "command \"wxl kde\".\n\n"
         "The points must be projected: distances in degrees mean nothing.\n\n"
         "Bandwidth: the reference rule, least squares (LSCV) or biased (BCV) cross-validation, your own bandwidths in "
-        "map units, or proportions of the reference bandwidth.\n\n"
+        "map units, proportions of the reference bandwidth, or the smallest proportion that leaves a range in one "
+        "piece "
+        "(ad hoc, after Kie 2013).\n\n"
         "Rasters are named after the prefix and the animal: its number, or 1, 2, 3 ... where the ID is text. A raster "
         "that stands in the folder is not replaced: choose a new folder for every run.\n\n"
         "Cancel stops after the present animal; what was done is kept.");
@@ -88,25 +86,12 @@ QStringList KernelDensityAlgorithm::tags() const {
 
 void KernelDensityAlgorithm::initAlgorithm(const QVariantMap&) {
     AddInput(QStringLiteral("Fixes (projected points)"));
-    addParameter(
-        with_help(new QgsProcessingParameterField(QStringLiteral("ID_FIELD"), QStringLiteral("Animal ID field"),
-                                                  QVariant(), QStringLiteral("INPUT")),
-                  "The field that names the animal of each fix"));
+    AddIdField();
     AddRasterParameters();
     AddBandwidthParameters();
     AddIsoplethParameters();
     AddRunParameters();
-    addParameter(with_help(
-        new QgsProcessingParameterFolderDestination(QStringLiteral("OUTPUT"), QStringLiteral("Output folder")),
-        "A new or empty folder; made when it is not there"));
-    addOutput(new QgsProcessingOutputFile(QStringLiteral("REPORT"), QStringLiteral("Report")));
-    addOutput(new QgsProcessingOutputHtml(QStringLiteral("PAGE"), QStringLiteral("HTML page of the results")));
-    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
-    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
-    addOutput(
-        new QgsProcessingOutputNumber(QStringLiteral("DISTRIBUTIONS"), QStringLiteral("Number of distributions")));
-    addOutput(new QgsProcessingOutputNumber(QStringLiteral("FAILED"),
-                                            QStringLiteral("Number of distributions that could not be computed")));
+    AddRunOutputs(QStringLiteral("REPORT"), QStringLiteral("Report"));
 }
 
 void KernelDensityAlgorithm::AddBandwidthParameters() {
@@ -114,11 +99,12 @@ void KernelDensityAlgorithm::AddBandwidthParameters() {
         QStringLiteral("METHOD"), QStringLiteral("Bandwidth"),
         {QStringLiteral("Reference bandwidth (HREF)"), QStringLiteral("LSCV (Least Squares Cross Validation)"),
          QStringLiteral("BCV (Biased Cross Validation)"), QStringLiteral("User defined"),
-         QStringLiteral("Proportions of the reference bandwidth")},
+         QStringLiteral("Proportions of the reference bandwidth"),
+         QStringLiteral("Ad hoc: the smallest that leaves a range in one piece")},
         false, kHref));
     addParameter(
         with_help(new QgsProcessingParameterString(QStringLiteral("BANDWIDTHS"),
-                                                   QStringLiteral("Bandwidths or proportions (only for the last two)"),
+                                                   QStringLiteral("Bandwidths or proportions (only for these two)"),
                                                    QVariant(), false, true),
                   "For \"User defined\" bandwidths in map units, for \"Proportions\" numbers such as 0.5, 1; several "
                   "separated by "
@@ -149,19 +135,7 @@ void KernelDensityAlgorithm::AddRasterParameters() {
                                QStringLiteral("BUFFER"), QStringLiteral("Buffer (only for the extent of all fixes)"),
                                QVariant(), QStringLiteral("INPUT"), true, 0.0),
                            "Without one, a buffer that suits the bandwidths is used"));
-    addParameter(with_help(
-        new QgsProcessingParameterRasterLayer(
-            QStringLiteral("REFERENCE"), QStringLiteral("Reference raster (only for its extent)"), QVariant(), true),
-        "Its extent and cells are taken over where \"As a reference raster\" is chosen"));
-    addParameter(advanced(new QgsProcessingParameterString(QStringLiteral("PREFIX"),
-                                                           QStringLiteral("Raster name prefix (at most 6 characters)"),
-                                                           QVariant(), false, true)));
-    addParameter(
-        advanced(with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
-                                                            kNumberDouble, 1000000.0, false, 0.0),
-                           "The volume of a complete distribution")));
-    addParameter(advanced(new QgsProcessingParameterEnum(QStringLiteral("RASTER_FORMAT"),
-                                                         QStringLiteral("Raster format"), kFormats, false, 0)));
+    AddRasterFiles(QStringLiteral("Raster name prefix (at most 6 characters)"));
 }
 
 void KernelDensityAlgorithm::AddIsoplethParameters() {
@@ -194,7 +168,7 @@ void KernelDensityAlgorithm::AddRunParameters() {
         new QgsProcessingParameterBoolean(QStringLiteral("ACCEPT_OVERLAPS"),
                                           QStringLiteral("Go on when fixes of an animal share a location"), true),
         "The answer to the question that the dialog asks; without it the algorithm fails then")));
-    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LOAD"), QStringLiteral("Add results to map"), true));
+    AddLoad();
 }
 
 bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -215,6 +189,9 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
                                 parameterAsString(parameters, QStringLiteral("BANDWIDTHS"), context), false);
             !text.isEmpty())
             return refuse(text);
+    if (method == kAdHoc && (parameterAsBoolean(parameters, QStringLiteral("ADAPTIVE"), context) ||
+                             parameterAsBoolean(parameters, QStringLiteral("RESCALE"), context)))
+        return refuse(QStringLiteral("The ad hoc bandwidth is for fixed kernels of coordinates as they are."));
     const bool isopleths = parameterAsBoolean(parameters, QStringLiteral("LINES"), context) ||
                            parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context) ||
                            parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
@@ -265,6 +242,9 @@ void KernelDensityAlgorithm::TakeKernel(const QVariantMap& parameters, QgsProces
             settings.Method = analysis::BandwidthMethod::kProportion;
             settings.Proportions = analysis::typed_numbers(text("BANDWIDTHS"));
             break;
+        case kAdHoc:
+            settings.Method = analysis::BandwidthMethod::kAdHoc;
+            break;
         default:
             settings.Method = analysis::BandwidthMethod::kHref;
             break;
@@ -283,8 +263,7 @@ void KernelDensityAlgorithm::TakeOutput(const QVariantMap& parameters, QgsProces
     settings.ScalingFactor = analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
     settings.Verbose = parameterAsBoolean(parameters, QStringLiteral("VERBOSE"), context);
     settings.Html = parameterAsBoolean(parameters, QStringLiteral("HTML"), context);
-    settings.RasterFormat =
-        FromQString(kFormats.at(parameterAsEnum(parameters, QStringLiteral("RASTER_FORMAT"), context)));
+    settings.RasterFormat = RasterFormatOf(parameters, context);
 }
 
 void KernelDensityAlgorithm::TakeIsopleths(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -305,10 +284,7 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
     refuse_degrees(*input.Layer);
     session.Add(*input.Layer);
     const analysis::ExtentChoice extent = Extent(parameters, context, session);
-    const QString folder =
-        QFileInfo(parameterAsString(parameters, QStringLiteral("OUTPUT"), context)).absoluteFilePath();
-    if (!QDir().mkpath(folder))
-        throw QgsProcessingException(QStringLiteral("The folder \"%1\" could not be made.").arg(folder));
+    const QString folder = FolderOf(parameters, context);
     const auto answer = [&](const char* name) {
         return parameterAsBoolean(parameters, QLatin1String(name), context) ? platform::Answer::kYes
                                                                             : platform::Answer::kNo;

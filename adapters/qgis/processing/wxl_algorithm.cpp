@@ -2,11 +2,15 @@
 
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/qgis/guide_window.h"
+#include "adapters/qgis/processing/parameter_values.h"
 #include "adapters/qgis/processing/wxl_icon.h"
 #include "adapters/qgis/qgis_layers.h"
 #include "adapters/qgis/qgis_values.h"
 
 #include <algorithm>
+#include <QDir>
+#include <QFileInfo>
+#include <qgsprocessingoutputs.h>
 #include <qgsprocessingparameters.h>
 #include <qgsprocessingutils.h>
 #include <utility>
@@ -17,6 +21,8 @@ namespace {
 
 const QString kInput = QStringLiteral("INPUT");
 const QString kOutput = QStringLiteral("OUTPUT");
+const QString kRasterFormat = QStringLiteral("RASTER_FORMAT");
+const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
 /// The layer that the value of INPUT names, and how it restricts that layer.
 struct SourceChoice {
@@ -62,6 +68,59 @@ QIcon WxlAlgorithm::icon() const {
 
 void WxlAlgorithm::AddInput(const QString& description) {
     addParameter(new QgsProcessingParameterFeatureSource(kInput, description, {static_cast<int>(kSourceVectorPoint)}));
+}
+
+void WxlAlgorithm::AddIdField() {
+    addParameter(with_help(new QgsProcessingParameterField(QStringLiteral("ID_FIELD"),
+                                                           QStringLiteral("Animal ID field"), QVariant(), kInput),
+                           "The field that names the animal of each fix"));
+}
+
+void WxlAlgorithm::AddRasterFiles(const QString& prefixTitle) {
+    addParameter(with_help(
+        new QgsProcessingParameterRasterLayer(
+            QStringLiteral("REFERENCE"), QStringLiteral("Reference raster (only for its extent)"), QVariant(), true),
+        "Its extent and cells are taken over where \"As a reference raster\" is chosen"));
+    addParameter(
+        advanced(new QgsProcessingParameterString(QStringLiteral("PREFIX"), prefixTitle, QVariant(), false, true)));
+    addParameter(
+        advanced(with_help(new QgsProcessingParameterNumber(QStringLiteral("SCALING"), QStringLiteral("Scaling factor"),
+                                                            kNumberDouble, 1000000.0, false, 0.0),
+                           "The volume of a complete distribution")));
+    addParameter(
+        advanced(new QgsProcessingParameterEnum(kRasterFormat, QStringLiteral("Raster format"), kFormats, false, 0)));
+}
+
+void WxlAlgorithm::AddLoad() {
+    addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LOAD"), QStringLiteral("Add results to map"), true));
+}
+
+void WxlAlgorithm::AddFolder(const char* help) {
+    addParameter(
+        with_help(new QgsProcessingParameterFolderDestination(kOutput, QStringLiteral("Output folder")), help));
+}
+
+void WxlAlgorithm::AddRunOutputs(const QString& name, const QString& title) {
+    AddFolder("A new or empty folder; made when it is not there");
+    addOutput(new QgsProcessingOutputFile(name, title));
+    addOutput(new QgsProcessingOutputHtml(QStringLiteral("PAGE"), QStringLiteral("HTML page of the results")));
+    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
+    addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
+    addOutput(
+        new QgsProcessingOutputNumber(QStringLiteral("DISTRIBUTIONS"), QStringLiteral("Number of distributions")));
+    addOutput(new QgsProcessingOutputNumber(QStringLiteral("FAILED"),
+                                            QStringLiteral("Number of distributions that could not be computed")));
+}
+
+QString WxlAlgorithm::FolderOf(const QVariantMap& parameters, QgsProcessingContext& context) const {
+    QString folder = QFileInfo(parameterAsString(parameters, kOutput, context)).absoluteFilePath();
+    if (!QDir().mkpath(folder))
+        throw QgsProcessingException(QStringLiteral("The folder \"%1\" could not be made.").arg(folder));
+    return folder;
+}
+
+std::string WxlAlgorithm::RasterFormatOf(const QVariantMap& parameters, QgsProcessingContext& context) const {
+    return FromQString(kFormats.at(parameterAsEnum(parameters, kRasterFormat, context)));
 }
 
 WxlAlgorithm::ReadLayer WxlAlgorithm::LayerToRead(const QVariantMap& parameters, QgsProcessingContext& context,

@@ -76,6 +76,28 @@ protected:
     /// Adds the parameter INPUT for points, also of the selected ones alone.
     void AddInput(const QString& description);
 
+    /// Adds the parameter ID_FIELD.
+    void AddIdField();
+
+    /// Adds the parameters REFERENCE, PREFIX, SCALING and RASTER_FORMAT of a run that writes rasters.
+    void AddRasterFiles(const QString& prefixTitle);
+
+    /// Adds the parameter LOAD.
+    void AddLoad();
+
+    /// Adds the folder OUTPUT.
+    void AddFolder(const char* help);
+
+    /// Adds the folder OUTPUT and what a run into it gives: the file `name`, PAGE, RASTERS, ISOPLETHS, DISTRIBUTIONS
+    /// and FAILED.
+    void AddRunOutputs(const QString& name, const QString& title);
+
+    /// The folder of OUTPUT, which is made where it is not there. QgsProcessingException where it cannot be.
+    QString FolderOf(const QVariantMap& parameters, QgsProcessingContext& context) const;
+
+    /// The format of RASTER_FORMAT: "GRID" or "GTiff".
+    std::string RasterFormatOf(const QVariantMap& parameters, QgsProcessingContext& context) const;
+
     /// A layer to be read, and whether only its selected features are meant.
     struct ReadLayer {
         QgsVectorLayer* Layer = nullptr;

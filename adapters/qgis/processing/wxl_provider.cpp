@@ -1,8 +1,11 @@
 #include "adapters/qgis/processing/wxl_provider.h"
 
+#include "adapters/qgis/processing/area_curve_algorithm.h"
 #include "adapters/qgis/processing/autocorrelated_ranges_algorithm.h"
+#include "adapters/qgis/processing/convex_polygons_algorithm.h"
 #include "adapters/qgis/processing/kernel_density_algorithm.h"
 #include "adapters/qgis/processing/observation_fields_algorithm.h"
+#include "adapters/qgis/processing/overlap_algorithm.h"
 #include "adapters/qgis/processing/remove_duplicates_algorithm.h"
 #include "adapters/qgis/processing/statistics_algorithm.h"
 #include "adapters/qgis/processing/wxl_icon.h"
@@ -24,6 +27,9 @@ QIcon WxlProvider::icon() const {
 void WxlProvider::loadAlgorithms() {
     addAlgorithm(new KernelDensityAlgorithm);
     addAlgorithm(new AutocorrelatedRangesAlgorithm);
+    addAlgorithm(new OverlapAlgorithm);
+    addAlgorithm(new ConvexPolygonsAlgorithm);
+    addAlgorithm(new AreaCurveAlgorithm);
     addAlgorithm(new StatisticsAlgorithm);
     addAlgorithm(new ObservationFieldsAlgorithm);
     addAlgorithm(new RemoveDuplicatesAlgorithm);

@@ -5,6 +5,7 @@
 #include "apps/cli/density_rasters.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/percentages.h"
+#include "comparison/compare_fixes.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "results_page/overlap_files.h"
@@ -20,7 +21,6 @@ namespace wxl::cli {
 namespace {
 
 namespace fs = std::filesystem;
-using comparison::AnimalBandwidth;
 using comparison::ComparedAnimal;
 using comparison::ComparedRanges;
 using comparison::DensitySettings;
@@ -69,19 +69,6 @@ private:
     OverlapFiles::Written m_written;
 };
 
-std::vector<AnimalBandwidth> bandwidths_of(const AnimalTracks& tracks, const DensitySettings& settings,
-                                           Console& console) {
-    std::vector<AnimalBandwidth> bandwidths;
-    for (const AnimalTrack& track : tracks.Animals) {
-        console.Progress(static_cast<double>(bandwidths.size()) / static_cast<double>(tracks.Animals.size()),
-                         "bandwidth of " + track.Name());
-        bandwidths.push_back(comparison::bandwidth_of(track.Fixes, settings));
-        if (!bandwidths.back().Warning.empty())
-            console.Problem(fmt::format("{}: {}", track.Name(), bandwidths.back().Warning));
-    }
-    return bandwidths;
-}
-
 /// Adds an animal with what JSON tells of it.
 void add(OverlapResult& result, ComparedAnimal animal, Json id, Json times, std::vector<double> cells, bool normalise) {
     comparison::add_animal(result.Ranges, std::move(animal), std::move(cells), normalise);
@@ -94,26 +81,23 @@ OverlapResult ranges_of_layer(const OverlapOptions& options, const DensitySettin
                               const std::vector<double>& percents, Console& console) {
     const AnimalTracks tracks = read_tracks(options.Tracks, Times::kNone, console);
     outputs.Refuse(tracks.Read);
-    const std::vector<AnimalBandwidth> bandwidths = bandwidths_of(tracks, settings, console);
-    std::vector<engine::PointSample> samples;
-    for (const AnimalTrack& track : tracks.Animals) samples.push_back(track.Fixes);
+    std::vector<comparison::NamedFixes> animals;
     OverlapResult result;
     result.Reference = tracks.Reference;
-    result.Ranges.Densities.Percents = percents;
-    const platform::RasterGeometry grid =
-        comparison::shared_grid(samples, bandwidths, cell_size_of(options.Densities.CellSize));
-    result.Ranges.Densities.Grid = grid;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const AnimalTrack& track = tracks.Animals[i];
-        console.Progress(static_cast<double>(i) / static_cast<double>(samples.size()), "density of " + track.Name());
-        comparison::AnimalDensity density = comparison::density_of(samples[i], bandwidths[i], settings, grid);
-        ComparedAnimal animal{.Name = track.Name(), .Fixes = static_cast<std::int64_t>(samples[i].size())};
-        if (bandwidths[i].MapUnits > 0.0) animal.Bandwidth = bandwidths[i].MapUnits;
-        if (!density.Reason.empty()) animal.Status = density.Reason;
-        Json times = Json::object();
-        add_times(times, tracks, track);
-        add(result, std::move(animal), track.IdJson(), std::move(times), std::move(density.Cells), options.Normalise);
+    for (const AnimalTrack& track : tracks.Animals) {
+        animals.push_back({track.Name(), track.Fixes});
+        result.Ids.push_back(track.IdJson());
+        result.Times.push_back(Json::object());
+        add_times(result.Times.back(), tracks, track);
     }
+    result.Ranges = comparison::ranges_of_fixes(
+        animals,
+        {.Densities = settings,
+         .CellSize = cell_size_of(options.Densities.CellSize),
+         .Percents = percents,
+         .Normalise = options.Normalise},
+        {.Progress = [&](double share, std::string_view what) { console.Progress(share, std::string(what)); },
+         .Problem = [&](const std::string& line) { console.Problem(line); }});
     return result;
 }
 

@@ -69,7 +69,8 @@ def main():
     provider = registry.providerById("wxltools")
     check(provider is not None, "the provider is there")
     check(sorted(a.name() for a in provider.algorithms()) ==
-          ["autocorrelatedranges", "kerneldensity", "observationfields", "removeduplicates", "statistics"], "its algorithms")
+          ["areacurve", "autocorrelatedranges", "kerneldensity", "minimumconvexpolygons", "observationfields", "overlap",
+           "removeduplicates", "statistics"], "its algorithms")
     show_dialog()
     fixes = QgsProject.instance().mapLayersByName("fixes")[0]
     result = processing.run("wxltools:kerneldensity",

@@ -1,0 +1,25 @@
+#pragma once
+#include "adapters/qgis/processing/wxl_algorithm.h"
+
+namespace wxl::qgis {
+
+/// The areas of wxl curve as a table.
+class AreaCurveAlgorithm final : public WxlAlgorithm {
+public:
+    QString name() const override { return QStringLiteral("areacurve"); }
+    QString displayName() const override { return QStringLiteral("Area curve"); }
+    QString shortDescription() const override;
+    QString shortHelpString() const override;
+    QStringList tags() const override;
+    QString helpUrl() const override;
+    void initAlgorithm(const QVariantMap& configuration = {}) override;
+    bool checkParameterValues(const QVariantMap& parameters, QgsProcessingContext& context,
+                              QString* message = nullptr) const override;
+
+protected:
+    QgsProcessingAlgorithm* createInstance() const override { return new AreaCurveAlgorithm; }
+    QVariantMap processAlgorithm(const QVariantMap& parameters, QgsProcessingContext& context,
+                                 QgsProcessingFeedback* feedback) override;
+};
+
+}  // namespace wxl::qgis
