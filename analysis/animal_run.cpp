@@ -92,6 +92,8 @@ AnimalRecord AnimalRun::Compute(const AnimalFixes& animal, std::size_t index) {
     const auto raster = ComputeRaster(animal, index, record);
     m_report.Write(animal_lines(record, m_frame.Wanted, m_frame.TextIds));
     if (m_frame.Wanted.Isopleths && raster) DrawIsopleths(raster, record);
+    if (m_services.Distortions != nullptr)
+        record.Distorted = m_services.Distortions->Largest(animal.Fixes, m_frame.Reference);
     record.Reason = diagnosis(record);
     if (record.Schoener) add_remark(record, order_remark(animal.StepsBack));
     m_report.Write(animal_end_lines(record));

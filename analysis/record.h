@@ -7,6 +7,7 @@
 #include "comparison/area_curve.h"
 #include "comparison/minimum_convex_polygon.h"
 #include "engine/search_profile.h"
+#include "platform/distortion.h"
 #include "platform/values.h"
 #include "tracking_times/time_facts.h"
 
@@ -63,6 +64,8 @@ struct AnimalRecord {
     std::string Reason;               ///< what is wrong with the search, the distribution or its edge; one line
     std::vector<std::string> Files;   ///< datasets written, in the order of writing
     tracking_times::TimeFacts Times;  ///< of the animal's fixes
+    /// What the projection does to sizes, at most over the fixes; absent in degrees and where it is not known.
+    std::optional<platform::Distortion> Distorted;
 };
 
 struct RunFrame;

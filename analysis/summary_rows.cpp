@@ -3,9 +3,13 @@
 #include "analysis/diagnosis.h"
 #include "platform/foreign_cell.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 
 namespace wxl::analysis {
 namespace {
@@ -13,6 +17,11 @@ namespace {
 using platform::NumberText;
 
 constexpr std::size_t kRasterColumn = 14;
+constexpr double kHectaresPerSquareKilometre = 100.0;
+/// The header of before, and what its rows lack of the present one.
+constexpr std::string_view kShortHeader = kSummaryHeader.substr(0, kSummaryHeader.find(",area_ha"));
+constexpr auto kColumnsSince = std::ranges::count(kSummaryHeader.substr(kShortHeader.size()), ',');
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string number(std::optional<double> value) {
@@ -117,11 +126,38 @@ std::optional<double> square_kilometres(std::optional<double> area, const platfo
     return *area * metres * metres / 1e6;
 }
 
+namespace {
+
+std::string instant(const std::optional<std::int64_t>& seconds) {
+    return seconds ? tracking_times::instant_text(*seconds) : std::string();
+}
+
+/// The last columns of a row, from that of the area in hectares.
+std::vector<std::string> closing_cells(const AnimalRecord& record, std::optional<double> squareKilometres) {
+    const tracking_times::TimeFacts& times = record.Times;
+    const auto& distorted = record.Distorted;
+    return {number(squareKilometres ? std::optional(*squareKilometres * kHectaresPerSquareKilometre) : std::nullopt),
+            instant(times.First),
+            instant(times.Last),
+            number(times.First ? std::optional(times.Days) : std::nullopt),
+            number(times.Intervals ? std::optional(times.Intervals->Median) : std::nullopt),
+            number(distorted ? std::optional(distorted->Area) : std::nullopt),
+            number(distorted ? std::optional(distorted->Length) : std::nullopt)};
+}
+
+std::string row_of(std::vector<std::string> cells, const AnimalRecord& record, std::optional<double> squareKilometres) {
+    std::ranges::move(closing_cells(record, squareKilometres), std::back_inserter(cells));
+    return line_of(cells);
+}
+
+}  // namespace
+
 std::string summary_rows(const AnimalRecord& record, const platform::SpatialReference& reference) {
     const bool done = record.Status == 0;
     const auto row = [&](const IsoplethRecord* isopleth) {
         const std::optional<double> area = isopleth ? isopleth->Area : std::nullopt;
-        return line_of(
+        const std::optional<double> squareKilometres = square_kilometres(area, reference);
+        return row_of(
             {platform::ValueText(record.Id), record.NamingId, std::to_string(record.SampleSize),
              method_name(record.Method), record.BandwidthMapUnits > 0.0 ? number(record.BandwidthMapUnits) : "",
              number(href_in_map_units(record)),
@@ -129,11 +165,12 @@ std::string summary_rows(const AnimalRecord& record, const platform::SpatialRefe
              : record.Minimized        ? "yes"
                                        : "no",
              record.Reason, isopleth ? number(isopleth->Percent) : "", isopleth ? number(isopleth->Level) : "",
-             number(area), number(square_kilometres(area, reference)), done ? number(record.Volume) : "",
+             number(area), number(squareKilometres), done ? number(record.Volume) : "",
              !record.MaxEdgeValue ? ""
              : record.EdgeWarning ? "yes"
                                   : "no",
-             raster_place(record), std::to_string(record.Status)});
+             raster_place(record), std::to_string(record.Status)},
+            record, squareKilometres);
     };
     if (record.Isopleths.empty()) return row(nullptr);
     std::string rows;
@@ -146,9 +183,11 @@ std::string polygon_rows(const AnimalRecord& record, const platform::SpatialRefe
     for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
         const auto area = comparison::area_of(polygon);
         const bool good = polygon.Status == comparison::PolygonStatus::kGood;
-        rows += line_of({platform::ValueText(record.Id), record.NamingId, std::to_string(record.SampleSize), "mcp", "",
-                         "", "", good ? "" : std::string(status_name(polygon.Status)), number(polygon.Percent), "",
-                         number(area), number(square_kilometres(area, reference)), "", "", raster_place(record), "0"});
+        const auto squareKilometres = square_kilometres(area, reference);
+        rows += row_of({platform::ValueText(record.Id), record.NamingId, std::to_string(record.SampleSize), "mcp", "",
+                        "", "", good ? "" : std::string(status_name(polygon.Status)), number(polygon.Percent), "",
+                        number(area), number(squareKilometres), "", "", raster_place(record), "0"},
+                       record, squareKilometres);
     }
     return rows;
 }
@@ -159,11 +198,13 @@ std::optional<std::string> kept_summary(std::string_view earlier, const std::set
     RowReader reader(earlier);
     if (reader.AtEnd()) return text;
     const auto header = reader.Next();
-    if (!header || line_of(header->Cells) != text) return std::nullopt;
+    const bool isShort = header && line_of(header->Cells) == std::string(kShortHeader) + "\r\n";
+    if (!header || (!isShort && line_of(header->Cells) != text)) return std::nullopt;
+    const std::string since(isShort ? kColumnsSince : 0, ',');
     while (!reader.AtEnd()) {
         const auto row = reader.Next();
         if (!row) return std::nullopt;
-        if (!row->Text.empty() && !is_replaced(*row, replaced)) text += std::string(row->Text) + "\r\n";
+        if (!row->Text.empty() && !is_replaced(*row, replaced)) text += std::string(row->Text) + since + "\r\n";
     }
     return text;
 }

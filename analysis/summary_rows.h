@@ -13,10 +13,11 @@
 namespace wxl::analysis {
 
 /// The first line, without its line end. Bandwidths and HREF are in map units, `area` in square map units; `raster`
-/// names the distribution, the one row of a failed one too.
+/// names the distribution, the one row of a failed one too. `first` to `median_interval_s` tell when the fixes were
+/// taken, the distortions what the projection does to sizes, as shares: 0.02 is 2 %.
 inline constexpr std::string_view kSummaryHeader =
     "id,naming_id,n,method,bandwidth,href,minimised,reason,percent,level,area,area_km2,volume,edge_warning,raster,"
-    "status";
+    "status,area_ha,first,last,days,median_interval_s,area_distortion,length_distortion";
 
 /// Name of the record's raster below the output folder, as the report and the summary give it.
 std::string raster_place(const AnimalRecord& record);
@@ -38,7 +39,7 @@ std::string summary_rows(const AnimalRecord& record, const platform::SpatialRefe
 std::string polygon_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
 
 /// `earlier` without the rows of `replaced` rasters, ended by CR LF; the header alone for an empty text. Rows are kept
-/// to the byte. Nothing when the text is not a summary: another header, or a quote that is never closed.
+/// to the byte; those of a summary that ends at the column `status` get the other columns, empty. Nothing when the text is not a summary: another header, or a quote that is never closed.
 std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced);
 
 }  // namespace wxl::analysis

@@ -231,7 +231,7 @@ Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, adhoc, grid, volume, adaptive, reach, beyondReach,
                  lostAtEdge, rasterName, isopleths, convexPolygons, curve, maxEdgeValue, edgeWarning, cutTo, status,
-                 isoplethStatus, warnings, reason, files, times] = record;
+                 isoplethStatus, warnings, reason, files, times, distorted] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -270,7 +270,8 @@ Json json_of_record(const AnimalRecord& record) {
             {"warnings", json_of_text(warnings)},
             {"reason", json_of_text(reason)},
             {"files", json_of_texts(files)},
-            {"times", json_of_times(times)}};
+            {"times", json_of_times(times)},
+            {"distortion", distorted ? json_of_doubles({distorted->Area, distorted->Length}) : Json()}};
 }
 
 AnimalRecord record_of(const Json& json) {
@@ -310,6 +311,8 @@ AnimalRecord record_of(const Json& json) {
     record.Reason = text_of(json.at("reason"));
     record.Files = texts_of(json.at("files"));
     record.Times = times_of(json.at("times"));
+    if (const Json& shares = json.at("distortion"); !shares.is_null())
+        record.Distorted = platform::Distortion{double_of(shares.at(0)), double_of(shares.at(1))};
     return record;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/clock.h"
+#include "platform/distortion.h"
 #include "platform/file_system.h"
 #include "platform/folder_lock.h"
 #include "platform/geometry_operators.h"
@@ -30,6 +31,7 @@ struct Services {
     IFolderLocks* Locks = nullptr;
     IReprojection* Reprojection = nullptr;  ///< null where there is no map to add layers to
     IPictureEncoder* Pictures = nullptr;
+    IDistortions* Distortions = nullptr;  ///< null where nothing knows
 };
 
 }  // namespace wxl::platform

@@ -4,6 +4,7 @@
 #include "platform/text.h"
 #include "results_page/animal_table.h"
 #include "results_page/density_picture.h"
+#include "results_page/fix_dots.h"
 #include "results_page/raster_window.h"
 
 #include <algorithm>
@@ -67,6 +68,12 @@ std::string description(const PageRun& run, const AnimalRecord& record) {
     return text;
 }
 
+/// The map with a box that hides its dots, without a script.
+std::string with_switch(const std::string& id, const std::string& map, const std::string& text) {
+    return "<input type=\"checkbox\" class=\"shows-dots\" id=\"" + id + "-dots\" checked>" + map + "<label for=\"" +
+           id + "-dots\">" + text + "</label>";
+}
+
 }  // namespace
 
 std::string animal_map(const PageRun& run, std::size_t number, const PictureSize& size,
@@ -88,7 +95,10 @@ std::string animal_map(const PageRun& run, std::size_t number, const PictureSize
     map.Lines = map_lines(run, record, *part, layout.Scale, size, services);
     std::ranges::move(polygon_lines(record, layout.Scale, size), std::back_inserter(map.Lines));
     map.Reference = run.Reference;
-    return map_svg(map, layout);
+    const FixDots dots = fix_dots(fixes_of(run, record), layout, size.Dots);
+    map.Dots = dots.Path;
+    const std::string svg = map_svg(map, layout);
+    return dots.Path.empty() ? svg : with_switch(map.Id, svg, dots_text(dots));
 }
 
 }  // namespace wxl::results_page

@@ -22,6 +22,7 @@ using analysis::AnimalRecord;
 using pictures::XmlText;
 
 constexpr int kDigits = 5;
+constexpr int kShortDigits = 4;
 constexpr int kProfileWidth = 560;  ///< narrow, so that its text is readable on a telephone too
 
 std::string fact(const std::string& name, const std::string& html) {
@@ -89,11 +90,20 @@ std::string advice(const AnimalRecord& record) {
                         : "<p class=\"advice\">If you do not know which method to take, " + XmlText(text) + ".</p>\n";
 }
 
+std::string times(const tracking_times::TimeFacts& times) {
+    if (!times.First) return {};
+    const std::string days = pictures::ShortNumber(times.Days, kShortDigits) + " <span class=\"quiet\">(a fix on " +
+                             std::to_string(times.DaysWithFix) + ")</span>";
+    const std::string interval = times.Intervals ? interval_text(times.Intervals->Median) : std::string();
+    return fact("Period", period_text(times)) + fact("Days", days) + fact("Median interval", interval) +
+           fact("Fixes without a time", times.WithoutTime > 0 ? std::to_string(times.WithoutTime) : "");
+}
+
 std::string facts(const PageRun& run, const AnimalRecord& record) {
     const std::string grid = std::to_string(record.Grid.Columns) + " × " + std::to_string(record.Grid.Rows) +
                              " cells of " + platform::NumberText(record.Grid.CellSize) + " " +
                              XmlText(length_unit(run));
-    return "<dl class=\"facts\">" + fact("Fixes", std::to_string(record.SampleSize)) +
+    return "<dl class=\"facts\">" + fact("Fixes", std::to_string(record.SampleSize)) + times(record.Times) +
            fact("Bandwidth", bandwidth_text(run, record)) +
            fact("HREF", with_unit(analysis::href_in_map_units(record), length_unit(run))) +
            fact("Volume captured", volume_text(run, record)) + fact("Raster edge", edge_text(record)) +
@@ -101,18 +111,27 @@ std::string facts(const PageRun& run, const AnimalRecord& record) {
            fact("Raster", "<code>" + XmlText(analysis::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
 }
 
+/// Heads of the columns of an area: in square kilometres and in hectares, where its unit is known.
+std::string area_heads(const PageRun& run) {
+    return "<th scope=\"col\" class=\"num\">Area (" + XmlText(area_unit(run)) + ")</th>" +
+           (has_kilometres(run) ? "<th scope=\"col\" class=\"num\">Area (ha)</th>" : "");
+}
+
+std::string area_cells(const PageRun& run, std::optional<double> area) {
+    const auto cell = [](const std::string& text) {
+        return "<td class=\"num\">" + (text.empty() ? "–" : text) + "</td>";
+    };
+    return cell(area_text(run, area)) + (has_kilometres(run) ? cell(hectares_text(run, area)) : "");
+}
+
 std::string areas(const PageRun& run, const AnimalRecord& record) {
     const std::vector<double> percentages = falling_percentages(run);
     if (percentages.empty() || record.Isopleths.empty()) return {};
-    std::string html =
-        "<table class=\"areas\"><caption>Isopleths</caption><thead><tr><th scope=\"col\">Percent</th>"
-        "<th scope=\"col\" class=\"num\">Area (" +
-        XmlText(area_unit(run)) + ")</th></tr></thead><tbody>";
-    for (std::size_t i = 0; i < percentages.size(); ++i) {
-        const std::string area = area_text(run, area_at(record, percentages[i]));
-        html += "<tr><th scope=\"row\">" + line_sample(look_of(i)) + platform::NumberText(percentages[i]) +
-                " %</th><td class=\"num\">" + (area.empty() ? "–" : area) + "</td></tr>";
-    }
+    std::string html = "<table class=\"areas\"><caption>Isopleths</caption><thead><tr><th scope=\"col\">Percent</th>" +
+                       area_heads(run) + "</tr></thead><tbody>";
+    for (std::size_t i = 0; i < percentages.size(); ++i)
+        html += "<tr><th scope=\"row\">" + line_sample(look_of(i)) + platform::NumberText(percentages[i]) + " %</th>" +
+                area_cells(run, area_at(record, percentages[i])) + "</tr>";
     return html + "</tbody></table>\n";
 }
 
@@ -120,14 +139,12 @@ std::string convex_polygons(const PageRun& run, const AnimalRecord& record) {
     if (record.ConvexPolygons.empty()) return {};
     std::string html =
         "<table class=\"areas\"><caption>Minimum convex polygons</caption><thead><tr><th scope=\"col\">Percent of the "
-        "fixes</th><th scope=\"col\" class=\"num\">Fixes</th><th scope=\"col\" class=\"num\">Area (" +
-        XmlText(area_unit(run)) + ")</th></tr></thead><tbody>";
-    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons) {
-        const std::string area = area_text(run, comparison::area_of(polygon));
+        "fixes</th><th scope=\"col\" class=\"num\">Fixes</th>" +
+        area_heads(run) + "</tr></thead><tbody>";
+    for (const comparison::MinimumConvexPolygon& polygon : record.ConvexPolygons)
         html += "<tr><th scope=\"row\">" + line_sample(kPolygonLook) + platform::NumberText(polygon.Percent) +
-                " %</th><td class=\"num\">" + std::to_string(polygon.Kept) + "</td><td class=\"num\">" +
-                (area.empty() ? "–" : area) + "</td></tr>";
-    }
+                " %</th><td class=\"num\">" + std::to_string(polygon.Kept) + "</td>" +
+                area_cells(run, comparison::area_of(polygon)) + "</tr>";
     return html + "</tbody></table>\n";
 }
 
@@ -138,7 +155,7 @@ std::string map_figure(const PageRun& run, std::size_t number, const PictureSize
     try {
         const std::string map = animal_map(run, number, size, services);
         if (map.empty()) return "<p class=\"missing\">The raster is not in the folder, so there is no map.</p>\n";
-        return "<figure>" + map + "</figure>\n";
+        return "<figure class=\"mapped\">" + map + "</figure>\n";
     } catch (...) {
         return "<p class=\"missing\">There is no map: " + XmlText(platform::CurrentError().Description) + "</p>\n";
     }

@@ -5,10 +5,15 @@
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
 #include "platform/text.h"
+#include "results_page/result_table.h"
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace wxl::results_page {
 namespace {
@@ -18,16 +23,12 @@ using pictures::XmlText;
 using platform::NumberText;
 
 constexpr int kDigits = 5;
+constexpr int kShortDigits = 4;
 
-/// A cell: what it shows (HTML), and the number that it is sorted by where it is one.
-struct Cell {
-    std::string Html;
-    std::optional<double> Number = {};
-};
+using Cell = TableCell;
 
 struct Column {
-    std::string Title;
-    bool Numeric = false;
+    TableColumn Head;
     std::function<Cell(const AnimalRecord&)> Show;
 };
 
@@ -59,66 +60,93 @@ Cell edge_cell(const AnimalRecord& record) {
     return {"clear"};
 }
 
-/// The area of the polygon of the run's percentage at `index`.
-Cell polygon_cell(const PageRun& run, const AnimalRecord& record, std::size_t index) {
-    if (index >= record.ConvexPolygons.size()) return {""};
-    const auto area = comparison::area_of(record.ConvexPolygons[index]);
-    return {area_text(run, area), area};
-}
-
 bool is_lossy(const AnimalRecord& record) {
     return analysis::edge_verdict(record) != analysis::EdgeVerdict::kClear;
 }
 
-std::vector<Column> columns_of(const PageRun& run) {
+Column number_column(const std::string& title, std::function<Cell(const AnimalRecord&)> show) {
+    return {{title, ColumnLook::kNumber}, std::move(show)};
+}
+
+Column text_column(const std::string& title, std::function<Cell(const AnimalRecord&)> show) {
+    return {{title, ColumnLook::kText}, std::move(show)};
+}
+
+std::optional<double> positive(double value) {
+    return value > 0.0 ? std::optional(value) : std::nullopt;
+}
+
+Cell period_cell(const AnimalRecord& record) {
+    const std::string text = period_text(record.Times);
+    return {text.empty() ? text : "<span class=\"period\">" + text + "</span>"};
+}
+
+/// When the fixes were taken, where that is known of any animal.
+void add_times(const PageRun& run, std::vector<Column>& columns) {
+    if (!has_times(run)) return;
+    columns.push_back(text_column("Period", [](const AnimalRecord& r) { return period_cell(r); }));
+    columns.push_back(number_column("Days", [](const AnimalRecord& r) {
+        return r.Times.First ? Cell{pictures::ShortNumber(r.Times.Days, kShortDigits), r.Times.Days} : Cell();
+    }));
+    columns.push_back(number_column("Median interval", [](const AnimalRecord& r) {
+        const auto& intervals = r.Times.Intervals;
+        return intervals ? Cell{interval_text(intervals->Median), intervals->Median} : Cell();
+    }));
+}
+
+void add_bandwidths(const PageRun& run, std::vector<Column>& columns) {
     const std::string length = length_unit(run);
-    std::vector<Column> columns = {
-        {"Fixes", true,
-         [](const AnimalRecord& r) {
-             return Cell{std::to_string(r.SampleSize), r.SampleSize};
-         }},
-        {"Method", false, [](const AnimalRecord& r) { return Cell{method_text(r.Method)}; }},
-        {"Bandwidth (" + length + ")", true,
-         [](const AnimalRecord& r) {
-             return number_cell(r.BandwidthMapUnits > 0.0 ? std::optional(r.BandwidthMapUnits) : std::nullopt);
-         }},
-        {"HREF (" + length + ")", true,
-         [](const AnimalRecord& r) { return number_cell(analysis::href_in_map_units(r)); }},
-        {"Search", false, search_cell}};
+    columns.push_back(text_column("Method", [](const AnimalRecord& r) { return Cell{method_text(r.Method)}; }));
+    columns.push_back(number_column("Bandwidth (" + length + ")",
+                                    [](const AnimalRecord& r) { return number_cell(positive(r.BandwidthMapUnits)); }));
+    columns.push_back(number_column("HREF (" + length + ")",
+                                    [](const AnimalRecord& r) { return number_cell(analysis::href_in_map_units(r)); }));
+    if (std::ranges::any_of(run.Records, [](const auto& r) { return r.Status != 0 || analysis::is_search(r.Method); }))
+        columns.push_back(text_column("Search", search_cell));
+}
+
+Cell area_cell(const PageRun& run, std::optional<double> area) {
+    std::string html = area_text(run, area);
+    if (const std::string hectares = hectares_text(run, area); !hectares.empty())
+        html += "<br><span class=\"quiet\">" + hectares + " ha</span>";
+    return {html, area};
+}
+
+/// The area of the polygon of the run's percentage at `index`.
+Cell polygon_cell(const PageRun& run, const AnimalRecord& record, std::size_t index) {
+    if (index >= record.ConvexPolygons.size()) return {""};
+    const auto area = comparison::area_of(record.ConvexPolygons[index]);
+    return area_cell(run, area);
+}
+
+void add_areas(const PageRun& run, std::vector<Column>& columns) {
     for (const double percent : falling_percentages(run))
         columns.push_back(
-            {NumberText(percent) + " % area (" + area_unit(run) + ")", true, [&run, percent](const AnimalRecord& r) {
-                 const auto area = area_at(r, percent);
-                 return Cell{area_text(run, area), area};
-             }});
+            number_column(NumberText(percent) + " % area (" + area_unit(run) + ")",
+                          [&run, percent](const auto& r) { return area_cell(run, area_at(r, percent)); }));
     for (std::size_t i = 0; i < run.Wanted.ConvexPercentages.Values.size(); ++i)
-        columns.push_back({"MCP " + NumberText(run.Wanted.ConvexPercentages.Values[i]) + " % (" + area_unit(run) + ")",
-                           true, [&run, i](const AnimalRecord& r) { return polygon_cell(run, r, i); }});
-    columns.push_back({"Volume captured", true, [&run](const AnimalRecord& r) {
-                           const std::string text = volume_text(run, r);
-                           return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
-                       }});
+        columns.push_back(
+            number_column("MCP " + NumberText(run.Wanted.ConvexPercentages.Values[i]) + " % (" + area_unit(run) + ")",
+                          [&run, i](const AnimalRecord& r) { return polygon_cell(run, r, i); }));
+}
+
+std::vector<Column> columns_of(const PageRun& run) {
+    std::vector<Column> columns = {number_column("Fixes", [](const AnimalRecord& r) {
+        return Cell{std::to_string(r.SampleSize), r.SampleSize};
+    })};
+    add_areas(run, columns);
+    add_bandwidths(run, columns);
+    add_times(run, columns);
+    columns.push_back(number_column("Volume captured", [&run](const AnimalRecord& r) {
+        const std::string text = volume_text(run, r);
+        return Cell{text, text.empty() ? std::nullopt : std::optional(r.Volume)};
+    }));
     if (run.Wanted.Isopleths || std::any_of(run.Records.begin(), run.Records.end(), is_lossy))
-        columns.push_back({"Edge", false, edge_cell});
+        columns.push_back(text_column("Edge", edge_cell));
     // First, where it is seen in a narrow window too.
     if (std::any_of(run.Records.begin(), run.Records.end(), [](const auto& r) { return !r.Reason.empty(); }))
-        columns.insert(columns.begin(), Column{"Remarks", false, remark});
+        columns.insert(columns.begin(), Column{{"Remarks", ColumnLook::kRemark}, remark});
     return columns;
-}
-
-std::string head_cell(const std::string& title, bool numeric) {
-    return std::string("<th scope=\"col\"") + (numeric ? " class=\"num\"" : "") +
-           " aria-sort=\"none\"><button type=\"button\">" + XmlText(title) + "</button></th>";
-}
-
-std::string body_cell(const Cell& cell, const Column& column) {
-    const bool remarks = column.Title == "Remarks";
-    return std::string("<td") +
-           (column.Numeric ? " class=\"num\""
-            : remarks      ? " class=\"remark\""
-                           : "") +
-           (cell.Number ? " data-value=\"" + NumberText(*cell.Number) + "\"" : "") + ">" +
-           (cell.Html.empty() ? "<span class=\"none\">–</span>" : cell.Html) + "</td>";
 }
 
 }  // namespace
@@ -138,19 +166,14 @@ std::optional<double> area_at(const AnimalRecord& record, double percent) {
 
 std::string animal_table(const PageRun& run) {
     const std::vector<Column> columns = columns_of(run);
-    std::string html =
-        "<div class=\"scroll\" role=\"region\" aria-label=\"Table of results\" tabindex=\"0\">\n"
-        "<table id=\"results-table\"><thead><tr>" +
-        head_cell("Animal", false);
-    for (const Column& column : columns) html += head_cell(column.Title, column.Numeric);
-    html += "</tr></thead>\n<tbody>\n";
-    for (std::size_t i = 0; i < run.Records.size(); ++i) {
-        html += "<tr><th scope=\"row\"><a href=\"#" + section_id(i + 1) + "\"><bdi>" +
-                XmlText(record_name(run, run.Records[i])) + "</bdi></a></th>";
-        for (const Column& column : columns) html += body_cell(column.Show(run.Records[i]), column);
-        html += "</tr>\n";
+    std::vector<TableColumn> heads;
+    for (const Column& column : columns) heads.push_back(column.Head);
+    std::vector<TableRow> rows;
+    for (const AnimalRecord& record : run.Records) {
+        rows.push_back({record_name(run, record), {}});
+        for (const Column& column : columns) rows.back().Cells.push_back(column.Show(record));
     }
-    return html + "</tbody></table></div>\n<p id=\"sorted\" class=\"hidden\" role=\"status\"></p>\n";
+    return result_table(heads, rows);
 }
 
 }  // namespace wxl::results_page

@@ -3,6 +3,7 @@
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
 #include "platform/text.h"
+#include "results_page/fix_dots.h"
 
 #include <algorithm>
 #include <array>
@@ -139,6 +140,11 @@ std::string labels(const MapPicture& map) {
     return texts.empty() ? texts : "<g class=\"names\">" + texts + "</g>\n";
 }
 
+std::string dots(const MapPicture& map) {
+    if (map.Dots.empty()) return {};
+    return "<path class=\"dots\" transform=\"scale(" + NumberText(1.0 / kDotUnits) + ")\" d=\"" + map.Dots + "\"/>\n";
+}
+
 std::string scale_mark(const MapPicture& map, const MapLayout& layout) {
     const ScaleBar bar = scale_bar(layout.Shown.Width(), map.Reference);
     const double x = kLeft + 12.0;
@@ -199,9 +205,9 @@ std::string map_svg(const MapPicture& map, const MapLayout& layout) {
     return "<svg class=\"map\" role=\"img\" aria-labelledby=\"" + map.Id + "-t " + map.Id + "-d\" viewBox=\"0 0 " +
            tenth(layout.Width) + " " + tenth(layout.Height) + "\">\n<title id=\"" + map.Id + "-t\">" +
            XmlText(map.Title) + "</title><desc id=\"" + map.Id + "-d\">" + XmlText(map.Description) +
-           "</desc>\n<rect class=\"paper\"" + frame + "/>\n" + image(map, layout) + graticule(layout) + areas(map) +
-           isopleths(map) + labels(map) + scale_mark(map, layout) + north_mark(layout) + "<rect class=\"frame\"" +
-           frame + "/></svg>";
+           "</desc>\n<rect class=\"paper\"" + frame + "/>\n" + image(map, layout) + graticule(layout) + dots(map) +
+           areas(map) + isopleths(map) + labels(map) + scale_mark(map, layout) + north_mark(layout) +
+           "<rect class=\"frame\"" + frame + "/></svg>";
 }
 
 ScaleBar scale_bar(double width, const platform::SpatialReference& reference) {

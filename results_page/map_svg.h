@@ -65,6 +65,7 @@ struct MapPicture {
     std::string Png;          ///< bytes of the density picture
     platform::Extent Bounds;  ///< of the density picture
     std::vector<MapLine> Lines;
+    std::string Dots;  ///< FixDots::Path
     platform::SpatialReference Reference;
     std::vector<MapArea> Areas = {};    ///< below the lines
     std::vector<MapLabel> Labels = {};  ///< above them

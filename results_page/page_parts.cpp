@@ -18,6 +18,9 @@ using analysis::ExtentMode;
 using pictures::XmlText;
 using platform::NumberText;
 
+/// Above this share a projection is worth another: 2 %.
+constexpr double kMuchDistorted = 0.02;
+
 std::string counted(std::size_t count, const std::string& one, const std::string& many) {
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }
@@ -95,13 +98,27 @@ std::string reference_text(const PageRun& run) {
     return (name.empty() ? "unknown" : name) + ", coordinates in " + length_unit(run);
 }
 
+/// What the projection does to sizes.
+std::string sizes_text(const PageRun& run) {
+    const auto distorted = distortion_of(run);
+    return distorted ? platform::distortion_text(*distorted) : std::string();
+}
+
 /// Where "significant autocorrelation" leads to.
 std::string remedy(const PageRun& run) {
     const std::vector<std::string> words = {
         "wxl",         "akde", run.Source.empty() ? run.Wanted.LayerName : run.Source, "--id-field", run.Wanted.IdField,
         "--time-field"};
-    return "<dt id=\"autocorrelation\">Autocorrelated fixes</dt><dd>Fixes close in time say much the same, but the "
-           "bandwidths of this page take them for independent, and their ranges have no limits. The estimator for such "
+    return "<dt id=\"autocorrelation\">Significant autocorrelation</dt><dd>Each fix lies nearer to the one before than "
+           "two fixes of the animal do that are taken at random, by more than chance would have it: where the animal "
+           "is "
+           "tells where it will be next. It is no fault of the data. Most tracks of one fix an hour or more have it, "
+           "as "
+           "an animal cannot cross its range between two fixes. It means that many fixes say much the same: a thousand "
+           "of them may be worth a few dozen independent ones. The bandwidths of this page take all for independent, "
+           "so "
+           "that ranges come out too small, the more so the shorter the period, and they have no limits. Fewer fixes "
+           "do not mend that, a longer period does. The estimator for such "
            "fixes is AKDE: <code>" +
            XmlText(shell_text(words)) +
            " FIELD --out akde</code>, or in the toolbox of QGIS “Home ranges for autocorrelated tracks (AKDE)”. "
@@ -142,6 +159,10 @@ std::string problems(const PageRun& run) {
     if (lost > 0)
         texts.push_back(counted(lost, "raster holds", "rasters hold") +
                         " less than 99 % of the distribution: choose a larger extent.");
+    const auto distorted = distortion_of(run);
+    if (distorted && distorted->Area > kMuchDistorted)
+        texts.push_back("In " + XmlText(run.Reference.Name) + " " + platform::distortion_text(*distorted) +
+                        ": take an equal-area projection.");
     if (texts.empty()) return {};
     std::string html = "<div class=\"notice\"><p><strong>Please check:</strong></p><ul>";
     for (const std::string& text : texts) html += "<li>" + text + "</li>";
@@ -155,6 +176,9 @@ std::string reading_notes(const PageRun& run) {
            "<p>The maps show the density of use by the square root of its share of the highest value of the same "
            "animal: colours are not to be compared between animals. Lines are the isopleths; the line of 95 % encloses "
            "the densest part that holds 95 % of the raster’s volume. North is that of the map grid.</p>\n<dl>\n"
+           "<dt>Dots</dt><dd>are fixes. Those that would cover each other are one dot, and of many places only some "
+           "are drawn, "
+           "at equal steps in their order.</dd>\n"
            "<dt>Bandwidth and HREF</dt><dd>in map units (" +
            XmlText(length_unit(run)) +
            "); HREF is the reference bandwidth. A search that is not minimised ended at an end of its range, so HREF "
@@ -192,7 +216,7 @@ std::string settings_section(const PageRun& run) {
            settings_row("Fixes", !settings.Where.empty() ? "where " + settings.Where
                                  : settings.SelectedOnly ? "the selected ones"
                                                          : "all") +
-           settings_row("Coordinate system", reference_text(run)) +
+           settings_row("Coordinate system", reference_text(run)) + settings_row("Sizes on its map", sizes_text(run)) +
            settings_row("Kernel", std::string("bivariate normal, ") + (settings.FixedKernel ? "fixed" : "adaptive")) +
            settings_row("Bandwidth", estimator_text(settings)) +
            settings_row("Reach of the kernels", reach_text(settings)) +

@@ -2,8 +2,10 @@
 
 #include "analysis/diagnosis.h"
 #include "analysis/summary_rows.h"
+#include "movement_models/verdict.h"
 #include "pictures/axis.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +17,7 @@ using analysis::AnimalRecord;
 using analysis::BandwidthMethod;
 
 constexpr int kDigits = 4;
+constexpr double kHectaresPerSquareKilometre = 100.0;
 constexpr double kFullSize = 150.0;  ///< distributions up to which the pictures have their full size
 
 }  // namespace
@@ -23,7 +26,8 @@ PictureSize picture_size(std::size_t distributions) {
     const double share = std::min(1.0, kFullSize / static_cast<double>(std::max<std::size_t>(distributions, 1)));
     const PictureSize full;
     return {std::max(96, static_cast<std::int32_t>(full.Side * std::sqrt(share))),
-            std::max<std::size_t>(200, static_cast<std::size_t>(static_cast<double>(full.LinePoints) * share))};
+            std::max<std::size_t>(200, static_cast<std::size_t>(static_cast<double>(full.LinePoints) * share)),
+            std::max<std::size_t>(100, static_cast<std::size_t>(static_cast<double>(full.Dots) * share))};
 }
 
 std::string section_id(std::size_t number) {
@@ -48,6 +52,41 @@ std::string area_unit(const PageRun& run) {
 std::string area_text(const PageRun& run, std::optional<double> area) {
     if (has_kilometres(run)) area = analysis::square_kilometres(area, run.Reference);
     return area ? pictures::ShortNumber(*area, kDigits) : std::string();
+}
+
+std::string hectares_text(const PageRun& run, std::optional<double> area) {
+    area = analysis::square_kilometres(area, run.Reference);
+    return area ? pictures::ShortNumber(*area * kHectaresPerSquareKilometre, kDigits) : std::string();
+}
+
+bool has_times(const PageRun& run) {
+    return std::ranges::any_of(run.Records, [](const AnimalRecord& record) { return record.Times.First.has_value(); });
+}
+
+std::string period_text(const tracking_times::TimeFacts& times) {
+    if (!times.First || !times.Last) return {};
+    const std::string first = tracking_times::date_text(*times.First);
+    const std::string last = tracking_times::date_text(*times.Last);
+    return first == last ? first : first + " – " + last;
+}
+
+std::string interval_text(double seconds) {
+    return seconds > 0.0 ? movement_models::duration_text(seconds) : "0 s";
+}
+
+std::span<const platform::Point> fixes_of(const PageRun& run, const AnimalRecord& record) {
+    if (run.Animals == nullptr) return {};
+    const auto& animals = run.Animals->Animals;
+    const auto found = std::ranges::lower_bound(animals, record.Id, platform::ValueLess, &analysis::AnimalFixes::Id);
+    if (found == animals.end() || platform::ValueLess(record.Id, found->Id)) return {};
+    return found->Fixes;
+}
+
+std::optional<platform::Distortion> distortion_of(const PageRun& run) {
+    std::optional<platform::Distortion> worst;
+    for (const AnimalRecord& record : run.Records)
+        if (record.Distorted) worst = larger_of(worst.value_or(platform::Distortion{}), *record.Distorted);
+    return worst;
 }
 
 std::string length_unit(const PageRun& run) {

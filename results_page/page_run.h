@@ -1,6 +1,7 @@
 #pragma once
 // What a page is made from: values of the run and its records. The datasets are read back from the output folder.
 
+#include "analysis/animal_fixes.h"
 #include "analysis/methods_paragraph.h"
 #include "analysis/record.h"
 #include "analysis/settings.h"
@@ -8,7 +9,10 @@
 #include "platform/values.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,14 +29,16 @@ struct PageRun {
     platform::DateTime Start;
     platform::DateTime Finish;
     bool Stopped = false;
-    analysis::MethodsParagraph Methods = {};      ///< of all records
-    std::vector<analysis::AnimalRecord> Records;  ///< in the order of the run
+    analysis::MethodsParagraph Methods = {};          ///< of all records
+    std::vector<analysis::AnimalRecord> Records;      ///< in the order of the run
+    const analysis::GroupedFixes* Animals = nullptr;  ///< of the run; null where they are not known
 };
 
 /// How big the pictures of a page may be, so that a page of thousands of animals stays one that a browser opens.
 struct PictureSize {
     std::int32_t Side = 300;        ///< of the density pictures
     std::size_t LinePoints = 3000;  ///< of all isopleths of one map
+    std::size_t Dots = 1500;        ///< of fixes on one map
 };
 PictureSize picture_size(std::size_t distributions);
 
@@ -50,6 +56,24 @@ std::string area_unit(const PageRun& run);
 
 /// The area in area_unit, four digits; "" where there is none.
 std::string area_text(const PageRun& run, std::optional<double> area);
+
+/// The area in hectares, four digits; "" where there is none, or where its unit is not known.
+std::string hectares_text(const PageRun& run, std::optional<double> area);
+
+/// Whether the times of any animal's fixes are known.
+bool has_times(const PageRun& run);
+
+/// The days of the first and last fix: "2018-03-01 – 2018-05-01"; "" where they are not known.
+std::string period_text(const tracking_times::TimeFacts& times);
+
+/// "0 s", "14.9 min", "5.2 h".
+std::string interval_text(double seconds);
+
+/// The fixes of the record's animal; none where they are not known.
+std::span<const platform::Point> fixes_of(const PageRun& run, const analysis::AnimalRecord& record);
+
+/// What the projection does to sizes, at most over the fixes of all animals; nothing where it is not known.
+std::optional<platform::Distortion> distortion_of(const PageRun& run);
 
 /// "m" for metres, else the CRS's name of the unit, or "map units".
 std::string length_unit(const PageRun& run);

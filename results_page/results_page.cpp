@@ -29,6 +29,7 @@ void ResultsPage::RunBegins(const analysis::RunFrame& frame, const analysis::Gro
     m_run.SourceOptions = frame.SourceOptions;
     m_run.ManyValues = frame.Values.size() > 1;
     m_run.Reference = frame.Reference;
+    m_run.Animals = &animals;
     m_run.Folder = frame.Folder;
     m_run.Methods = analysis::MethodsParagraph(frame, animals, "WXL Tools " WXL_VERSION);
     m_run.Start = m_services.Clock->Now();
@@ -61,6 +62,7 @@ void ResultsPage::RunEnds(RunOutcome outcome) {
     m_written = file;
     m_failed = false;
     m_run.Records.clear();
+    m_run.Animals = nullptr;
 }
 
 void ResultsPage::Write(platform::IOutputFile& file) const {

@@ -2,6 +2,7 @@
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/disk/folder_lock.h"
 #include "adapters/disk/system_clock.h"
+#include "adapters/gdal/distortions.h"
 #include "adapters/geos/geos_operators.h"
 #include "adapters/ogr/geo_packages.h"
 #include "adapters/ogr/shapefile_workspace.h"
@@ -33,6 +34,7 @@ public:
         services.Contours = &m_contours;
         services.Locks = &m_locks;
         services.Pictures = &m_pictures;
+        services.Distortions = &m_distortions;
         return services;
     }
 
@@ -49,6 +51,7 @@ private:
     ContourOperation m_contours;
     FolderLocks m_locks{m_files, m_folders, m_clock};
     PngEncoder m_pictures;
+    Distortions m_distortions;
 };
 
 }  // namespace wxl::files

@@ -1,5 +1,6 @@
 #pragma once
 #include "adapters/tracking/tracking_file.h"
+#include "platform/distortion.h"
 
 #include <optional>
 #include <span>
@@ -33,18 +34,9 @@ platform::Point median_of(std::span<const TrackingFix> degrees);
 std::optional<std::size_t> project_fixes(std::span<TrackingFix> fixes, const platform::SpatialReference& from,
                                          const platform::SpatialReference& to);
 
-/// How far a projection changes sizes on the WGS 84 ellipsoid, as the largest deviation from 1 over places.
-struct Distortion {
-    double Area = 0.0;    ///< 0.02: areas up to 2 % too large or too small
-    double Length = 0.0;  ///< in the direction in which distances are changed most
-};
-
-/// The largest distortion over up to some 2,000 of the fixes, the outermost ones among them. `points` are in units of
-/// `reference`. Zero for unknown and geographic systems.
-Distortion largest_distortion(std::span<const TrackingFix> fixes, const platform::SpatialReference& reference);
-Distortion largest_distortion(std::span<const platform::Point> points, const platform::SpatialReference& reference);
-
-/// "areas are up to 0.3 % and distances up to 0.2 % wrong"
-std::string distortion_text(const Distortion& distortion);
+/// The largest distortion over some 2,000 of the fixes, the outermost ones among them (platform::IDistortions). Fixes are
+/// in units of `reference`.
+std::optional<platform::Distortion> largest_distortion(std::span<const TrackingFix> fixes,
+                                                      const platform::SpatialReference& reference);
 
 }  // namespace wxl::tracking

@@ -482,17 +482,17 @@ void note_far_fixes(const FixOptions& options, const NamedSystem& from, const Na
 }
 
 void report_distortion(const ImportedFixes& fixes, Console& console) {
-    if (fixes.System.Reference.IsGeographic) return;
+    if (!fixes.Wrong) return;
     constexpr double kMuch = 0.02;
-    const std::string advice = fixes.Wrong.Area > kMuch     ? "; --to-crs equal-area has true areas"
-                               : fixes.Wrong.Length > kMuch ? "; no projection of so wide a range keeps distances"
-                                                            : "";
+    const std::string advice = fixes.Wrong->Area > kMuch     ? "; --to-crs equal-area has true areas"
+                               : fixes.Wrong->Length > kMuch ? "; no projection of so wide a range keeps distances"
+                                                             : "";
     const std::string text =
-        fmt::format("in {}, {}{}", fixes.System.Reference.Name, distortion_text(fixes.Wrong), advice);
+        fmt::format("in {}, {}{}", fixes.System.Reference.Name, distortion_text(*fixes.Wrong), advice);
     // Mercator projections of the world are told with advice of their own, where the layer's name is known.
     const auto& first = fixes.Data.Fixes.front();
     const bool mercator = files::mercator_stretch(fixes.System.Reference, {first.X, first.Y}).has_value();
-    if (fixes.Wrong.Area > kMuch && !mercator) {
+    if (fixes.Wrong->Area > kMuch && !mercator) {
         console.Problem(text);
     } else {
         console.Note(text);

@@ -47,7 +47,7 @@ void add_fix_options(CLI::App& command, FixOptions& options);
 struct ImportedFixes {
     tracking::Tracking Data;  ///< positions of its fixes are in System
     tracking::NamedSystem System;
-    tracking::Distortion Wrong;
+    std::optional<platform::Distortion> Wrong;  ///< nothing in degrees
     std::vector<std::string> Groups;      ///< names of what each animal's fixes are split into; empty: not split
     std::vector<std::uint32_t> GroupOf;   ///< of each fix, index into Groups
     std::vector<std::string> Individual;  ///< of each group

@@ -1,6 +1,6 @@
 #include "apps/cli/commands/info.h"
 
-#include "adapters/tracking/target_projection.h"
+#include "adapters/gdal/distortions.h"
 #include "analysis/animal_fixes.h"
 #include "apps/cli/animal_tracks.h"
 #include "apps/cli/json_values.h"
@@ -31,18 +31,16 @@ struct LayerFacts {
     std::string IdField;  ///< empty: not known
     analysis::GroupedFixes Groups;
     std::vector<tracking_times::TimeFacts> Times;  ///< of the animals; empty: no times are known
-    std::optional<tracking::Distortion> Wrong;     ///< over the fixes; nothing in degrees and unknown systems
+    std::optional<platform::Distortion> Wrong;     ///< over the fixes; nothing in degrees and unknown systems
 };
 
 /// How far the projection changes sizes where the fixes lie.
-std::optional<tracking::Distortion> distortion_of(const analysis::GroupedFixes& groups,
+std::optional<platform::Distortion> distortion_of(const analysis::GroupedFixes& groups,
                                                   const platform::SpatialReference& reference) {
-    if (reference.IsGeographic || reference.Wkt.empty()) return std::nullopt;
     std::vector<platform::Point> points;
     for (const analysis::AnimalFixes& animal : groups.Animals)
         points.insert(points.end(), animal.Fixes.begin(), animal.Fixes.end());
-    if (points.empty()) return std::nullopt;
-    return tracking::largest_distortion(points, reference);
+    return files::Distortions().Largest(points, reference);
 }
 
 LayerFacts facts_of(const InfoOptions& options) {
@@ -126,7 +124,7 @@ void report_text(const LayerFacts& facts, Console& console) {
     report_line(console, "points", std::to_string(facts.Points));
     report_line(console, "extent", extent_text(facts.Bounds));
     report_line(console, "crs", reference_text(facts.Reference));
-    if (facts.Wrong) report_line(console, "sizes", tracking::distortion_text(*facts.Wrong));
+    if (facts.Wrong) report_line(console, "sizes", platform::distortion_text(*facts.Wrong));
     std::vector<std::string> fields;
     for (const platform::Field& field : facts.Fields)
         fields.push_back(fmt::format("{} ({})", field.Name, type_name(field.Type)));

@@ -8,9 +8,13 @@
 #include "apps/cli/size_text.h"
 #include "isopleths/clsHISO.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <cmath>
+#include <cstdint>
 #include <fmt/format.h>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace wxl::cli {
@@ -78,6 +82,19 @@ Json levels_of(const AnimalRecord& record) {
     return levels;
 }
 
+Json instant(const std::optional<std::int64_t>& seconds) {
+    return seconds ? Json(tracking_times::instant_text(*seconds)) : Json();
+}
+
+Json distortion_of(const AnimalRecord& record) {
+    if (!record.Distorted) return {};
+    return {{"area", json_number(record.Distorted->Area)}, {"length", json_number(record.Distorted->Length)}};
+}
+
+std::optional<double> median_interval(const AnimalRecord& record) {
+    return record.Times.Intervals ? std::optional(record.Times.Intervals->Median) : std::nullopt;
+}
+
 }  // namespace
 
 Json json_of(const AnimalRecord& record) {
@@ -109,7 +126,12 @@ Json json_of(const AnimalRecord& record) {
             {"status", record.Status},
             {"isopleth_status", record.IsoplethStatus},
             {"warnings", warnings_of(record)},
-            {"files", record.Files}};
+            {"files", record.Files},
+            {"first", instant(record.Times.First)},
+            {"last", instant(record.Times.Last)},
+            {"days", record.Times.First ? json_number(record.Times.Days) : Json()},
+            {"median_interval_s", json_number(median_interval(record))},
+            {"distortion", distortion_of(record)}};
 }
 
 KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres)

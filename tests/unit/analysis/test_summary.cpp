@@ -38,8 +38,8 @@ TEST(SummaryRows, One_row_for_each_isopleth) {
     record.EdgeWarning = true;
     record.Reason = "why";
     EXPECT_EQ(summary_rows(record, kMetres),
-              "Bo,4,120,lscv,250.5,300,yes,why,95,0.25,12500000,12.5,999900.5,yes,K4,0\r\n"
-              "Bo,4,120,lscv,250.5,300,yes,why,50,2,,,999900.5,yes,K4,0\r\n");
+              "Bo,4,120,lscv,250.5,300,yes,why,95,0.25,12500000,12.5,999900.5,yes,K4,0,1250,,,,,,\r\n"
+              "Bo,4,120,lscv,250.5,300,yes,why,50,2,,,999900.5,yes,K4,0,,,,,,,\r\n");
 }
 
 // Two polygons of one animal: 2,500,000 square metres, and fixes on a line.
@@ -49,17 +49,35 @@ TEST(SummaryRows, One_row_for_each_minimum_convex_polygon) {
         {.Percent = 100.0, .Status = comparison::PolygonStatus::kGood, .Area = 2.5e6, .Kept = 120, .Corners = {}},
         {.Percent = 50.0, .Status = comparison::PolygonStatus::kNoArea, .Kept = 60, .Corners = {}}};
     EXPECT_EQ(polygon_rows(record, kMetres),
-              "Bo,4,120,mcp,,,,,100,,2500000,2.5,,,K4,0\r\n"
-              "Bo,4,120,mcp,,,,no area,50,,0,0,,,K4,0\r\n");
+              "Bo,4,120,mcp,,,,,100,,2500000,2.5,,,K4,0,250,,,,,,\r\n"
+              "Bo,4,120,mcp,,,,no area,50,,0,0,,,K4,0,0,,,,,,\r\n");
 }
 
 TEST(SummaryRows, One_row_without_isopleths_and_for_failures) {
-    EXPECT_EQ(summary_rows(record_of("Bo"), kMetres), "Bo,4,120,lscv,250.5,300,yes,,,,,,999900.5,,K4,0\r\n");
+    EXPECT_EQ(summary_rows(record_of("Bo"), kMetres), "Bo,4,120,lscv,250.5,300,yes,,,,,,999900.5,,K4,0,,,,,,,\r\n");
     AnimalRecord failed = record_of("Bo");
     failed.Method = BandwidthMethod::kManual;
     failed.Href = 0;
     failed.Status = 5002;
-    EXPECT_EQ(summary_rows(failed, kMetres), "Bo,4,120,manual,250.5,,,,,,,,,,K4,5002\r\n");
+    EXPECT_EQ(summary_rows(failed, kMetres), "Bo,4,120,manual,250.5,,,,,,,,,,K4,5002,,,,,,,\r\n");
+}
+
+// Two fixes a day apart, from 2018-05-09 14:59:05 on.
+TEST(SummaryRows, Times_and_distortions_stand_last) {
+    AnimalRecord record = record_of("Bo");
+    record.Times = tracking_times::facts_on_times({1525877945, 1525964345});
+    record.Distorted = platform::Distortion{0.0054, 0.0027};
+    EXPECT_THAT(summary_rows(record, kMetres),
+                HasSubstr(",K4,0,,2018-05-09T14:59:05Z,2018-05-10T14:59:05Z,1,86400,0.0054,0.0027\r\n"));
+}
+
+TEST(SummaryRows, Rows_of_a_summary_with_fewer_columns_get_the_others_empty) {
+    const std::string header =
+        "id,naming_id,n,method,bandwidth,href,minimised,reason,percent,level,area,area_km2,volume,edge_warning,raster,"
+        "status\r\n";
+    EXPECT_EQ(kept_summary(header + "x,1,2,href,3,4,,,,,,,5,,K9,0\r\n", {}),
+              kHeader + "x,1,2,href,3,4,,,,,,,5,,K9,0,,,,,,,\r\n");
+    EXPECT_EQ(kept_summary(header, {}), kHeader);
 }
 
 TEST(SummaryRows, Bandwidths_of_rescaled_samples_are_in_map_units) {

@@ -64,6 +64,7 @@ AnimalRecord full_record() {
                     .DaysWithFix = 1,
                     .EqualTimes = 2,
                     .Intervals = tracking_times::Quartiles{0.5, 1800.0, 1800.25}};
+    record.Distorted = platform::Distortion{0.0054, 1.0 / 3.0};
     record.Files = {"/out/K12_b2", "/out/\xFFK12_iso_poly.shp"};
     return record;
 }
@@ -140,6 +141,7 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
     EXPECT_EQ(a.IsoplethStatus, b.IsoplethStatus);
     EXPECT_EQ(a.Warnings, b.Warnings);
     EXPECT_EQ(a.Files, b.Files);
+    EXPECT_EQ(a.Distorted, b.Distorted);
 }
 
 TEST(RecordCodec, A_full_record_comes_back_equal) {

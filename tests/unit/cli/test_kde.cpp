@@ -160,9 +160,9 @@ TEST_F(KdeCommand, Minimum_convex_polygons_stand_in_one_layer_in_json_and_in_the
     EXPECT_EQ(result["animals"][2]["mcp"][0], json::parse(R"({"percent":100.0,"area":33500.0,"n":5,"status":"ok"})"));
     EXPECT_EQ(result["animals"][2]["mcp"][1], json::parse(R"({"percent":60.0,"area":3500.0,"n":3,"status":"ok"})"));
     const std::string summary = content(fs::path(Out) / "WXL_KDE_SUMMARY.csv");
-    EXPECT_THAT(summary,
-                HasSubstr("\r\n3,1,4,mcp,,,,,100,,40000,0.04,,,K1_b1,0\r\n3,1,4,mcp,,,,,60,,40000,0.04,,,K1_b1,0\r\n"
-                          "3,1,4,manual,100,"));
+    EXPECT_THAT(summary, HasSubstr("\r\n3,1,4,mcp,,,,,100,,40000,0.04,,,K1_b1,0,4,,,,,0.005375,0.002684\r\n3,1,4,mcp,,,"
+                                   ",,60,,40000,0.04,,,K1_b1,0,4,,,,,0.005375,0.002684\r\n"
+                                   "3,1,4,manual,100,"));
     const Ran mcp =
         run_wxl({"mcp", Points, "--id-field", "animal", "--percent", "100,60", "--out", Folder / "mcp.shp"});
     ASSERT_EQ(mcp.Code, 0) << mcp.Err;

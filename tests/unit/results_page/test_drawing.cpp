@@ -5,10 +5,12 @@
 #include "platform/runtime_error.h"
 #include "results_page/colour_ramp.h"
 #include "results_page/density_picture.h"
+#include "results_page/fix_dots.h"
 #include "results_page/isopleth_paths.h"
 #include "results_page/map_svg.h"
 #include "results_page/raster_window.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -142,6 +144,29 @@ TEST(IsoplethPaths, Too_many_points_are_thinned_out) {
     const std::string path = svg_path(std::vector{zigzag}, {0, 0, 0, 0, 1}, 0.35, 200);
     EXPECT_LT(path.size(), 2000U);
     EXPECT_TRUE(path.starts_with("M0 0l"));
+}
+
+// 0 to 100 on both axes; the plot of 440 x 440 has its origin at 26, 8, and a margin of 3 % around: 106 units wide.
+// (50, 50) lies in the middle, at 246 x 228 picture units, 492 x 456 dot units.
+TEST(FixDots, One_dot_for_each_place_that_the_map_tells_apart) {
+    const MapLayout layout = layout_of({0.0, 0.0, 100.0, 100.0});
+    const std::vector<Point> fixes = {{50.0, 50.0}, {50.01, 50.0}, {500.0, 50.0}, {50.0, 50.0}};
+    const FixDots dots = fix_dots(fixes, layout, 1500);
+    EXPECT_EQ(dots.Path, "M492 456h0");
+    EXPECT_EQ(dots.Fixes, 3U) << "one lies beside the map";
+    EXPECT_EQ(dots.Places, 1U);
+    EXPECT_EQ(dots_text(dots), "Dots: its 3 fixes");
+    EXPECT_EQ(fix_dots({}, layout, 10).Path, "");
+}
+
+TEST(FixDots, Many_places_are_thinned_at_equal_steps) {
+    const MapLayout layout = layout_of({0.0, 0.0, 100.0, 100.0});
+    std::vector<Point> fixes;
+    for (int i = 0; i < 10; ++i) fixes.push_back({10.0 * i, 50.0});
+    const FixDots dots = fix_dots(fixes, layout, 4);
+    EXPECT_EQ(dots.Every, 3U);
+    EXPECT_EQ(std::ranges::count(dots.Path, 'M'), 4) << "the first, fourth, seventh and tenth";
+    EXPECT_EQ(dots_text(dots), "Dots: one of 3 of the 10 places of its 10 fixes");
 }
 
 TEST(MapSvg, Scale_bars_are_round) {

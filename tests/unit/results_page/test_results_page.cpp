@@ -3,6 +3,7 @@
 #include "analysis/settings_text.h"
 #include "platform/runtime_error.h"
 #include "results_page/animal_table.h"
+#include "results_page/page_parts.h"
 #include "results_page/results_page.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 
@@ -90,10 +91,10 @@ TEST_F(ResultsPageTest, Table_tells_areas_by_falling_percentage_and_has_buttons_
     const std::string html = Html();
     const std::size_t first = html.find("95 % area");
     EXPECT_LT(first, html.find("50 % area"));
-    EXPECT_EQ(count_of(html, "aria-sort=\"none\"><button type=\"button\">"), 10U);
+    EXPECT_EQ(count_of(html, "aria-sort=\"none\"><button type=\"button\">"), 9U);
     EXPECT_THAT(html, HasSubstr("<th scope=\"row\"><a href=\"#animal-1\"><bdi>3</bdi></a></th>"
-                                "<td class=\"num\" data-value=\"4\">4</td><td>user-defined</td>"
-                                "<td class=\"num\" data-value=\"100\">100</td>"));
+                                "<td class=\"num\" data-value=\"4\">4</td>"));
+    EXPECT_THAT(html, HasSubstr("<td>user-defined</td><td class=\"num\" data-value=\"100\">100</td>"));
 }
 
 // The corners of a square of side 200; two fixes have no area, and the raster's CRS no name for its unit.
@@ -109,7 +110,7 @@ TEST_F(ResultsPageTest, Tells_and_draws_minimum_convex_polygons) {
     EXPECT_EQ(count_of(html, "<caption>Minimum convex polygons</caption>"), 2U);
     EXPECT_THAT(html, HasSubstr("100 %</th><td class=\"num\">4</td><td class=\"num\">40000</td></tr>"));
     EXPECT_THAT(html, HasSubstr("100 %</th><td class=\"num\">2</td><td class=\"num\">0</td></tr>"));
-    EXPECT_EQ(count_of(html, "<figure><svg class=\"map\""), 2U);
+    EXPECT_EQ(count_of(html, "<svg class=\"map\""), 2U);
     EXPECT_THAT(html,
                 HasSubstr("<tr><th scope=\"row\">Minimum convex polygons</th><td>100,50 % of the fixes</td></tr>"));
     EXPECT_THAT(html, HasSubstr(" --mcp 100,50 "));
@@ -226,12 +227,16 @@ TEST_F(ResultsPageTest, A_full_disk_leaves_no_half_page) {
     EXPECT_TRUE(Files.List("/out").empty());
 }
 
-TEST_F(ResultsPageTest, Is_the_same_from_records_alone) {
+TEST_F(ResultsPageTest, Is_the_same_from_records_and_fixes) {
     AddTwoAnimals();
     OpenWithPage();
     struct FrameKeeper final : analysis::IRunObserver {
         analysis::RunFrame Frame;
-        void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes&) override { Frame = frame; }
+        analysis::GroupedFixes Animals;
+        void RunBegins(const analysis::RunFrame& frame, const analysis::GroupedFixes& animals) override {
+            Frame = frame;
+            Animals = animals;
+        }
         void AnimalDone(const analysis::AnimalRecord&) override {}
         void RunEnds(analysis::RunOutcome) override {}
     } frames;
@@ -239,10 +244,53 @@ TEST_F(ResultsPageTest, Is_the_same_from_records_alone) {
     Run();
     const std::string live = Html();
     ResultsPage later(Services);
-    later.RunBegins(frames.Frame, {});
+    later.RunBegins(frames.Frame, frames.Animals);
     for (const auto& record : Keeper.Records) later.AnimalDone(record);
     later.RunEnds(analysis::RunOutcome::kComplete);
     EXPECT_EQ(Html(), live);
+}
+
+// Four corners of a square, and two fixes.
+TEST_F(ResultsPageTest, Draws_the_fixes_with_a_box_that_hides_them) {
+    AddTwoAnimals();
+    OpenWithPage();
+    Run();
+    const std::string html = Html();
+    EXPECT_THAT(html, HasSubstr("<input type=\"checkbox\" class=\"shows-dots\" id=\"map-1-dots\" checked><svg"));
+    EXPECT_THAT(html, HasSubstr("</svg><label for=\"map-1-dots\">Dots: its 4 fixes</label></figure>"));
+    EXPECT_EQ(count_of(html, "h0"), 4U + 2U);
+}
+
+TEST(PageParts, Times_and_sizes_are_told) {
+    PageRun run;
+    run.Reference = {.Name = "U", .Wkt = "w", .UnitName = "metre", .MetersPerUnit = 1.0, .IsGeographic = false};
+    run.Wanted.Isopleths = true;
+    run.Wanted.Percentages = analysis::typed_numbers("95");
+    analysis::AnimalRecord record;
+    record.Id = std::string("Bo");
+    record.SampleSize = 3;
+    record.Isopleths = {{95.0, 0.5, 25000.0}};
+    record.Times = tracking_times::facts_on_times({1525000000, 1525003600, 1525014400});
+    record.Distorted = platform::Distortion{0.031, 0.0002};
+    run.Records = {record, record};
+    run.Records.back().Distorted = platform::Distortion{0.01, 0.004};
+    const std::string table = animal_table(run);
+    EXPECT_THAT(table,
+                HasSubstr("<td class=\"num\" data-value=\"25000\">0.025<br><span class=\"quiet\">2.5 ha</span>"));
+    EXPECT_THAT(table, HasSubstr("<span class=\"period\">2018-04-29</span>"));
+    EXPECT_THAT(table, HasSubstr("data-value=\"0.166666666666667\">0.1667</td>"));
+    EXPECT_THAT(table, HasSubstr("<td class=\"num\" data-value=\"7200\">2 h</td>"));
+    EXPECT_THAT(settings_section(run), HasSubstr("<th scope=\"row\">Sizes on its map</th><td>areas are up to 3.1 % and "
+                                                 "distances up to 0.4 % wrong</td>"));
+    EXPECT_THAT(problems(run), HasSubstr("<li>In U areas are up to 3.1 % and distances up to 0.4 % wrong: take an "
+                                         "equal-area projection.</li>"));
+}
+
+TEST(PageParts, What_significant_autocorrelation_means_is_told) {
+    EXPECT_THAT(
+        reading_notes(PageRun{}),
+        HasSubstr("<dt id=\"autocorrelation\">Significant autocorrelation</dt><dd>Each fix lies nearer to the one "
+                  "before than two fixes of the animal do that are taken at random"));
 }
 
 TEST(PictureSize, Shrinks_with_the_number_of_distributions) {

@@ -44,37 +44,22 @@ TEST(TargetProjection, Nothing_tears_at_180_degrees) {
     EXPECT_NEAR(std::abs(fixes[0].X - fixes[1].X), 13728.0, 50.0);
 }
 
-// UTM on its middle: the scale is 0.9996 in all directions. 4.5 degrees beside it on the equator: 0.9996 x (1 + a^2/2)
-// along the meridian, a = 4.5 degrees in radians (Snyder 1987, eq. 8-11), that is 1.0027.
+// 4.5 degrees beside the middle of a zone on the equator: 0.9996 x (1 + a^2/2) along the meridian, a = 4.5 degrees in
+// radians (Snyder 1987, eq. 8-11), that is 1.0027.
 TEST(TargetProjection, Distortion_of_utm) {
     const auto utm = files::ReferenceFromText("EPSG:32632");
-    const Distortion middle = largest_distortion(std::vector<platform::Point>{{500000.0, 5500000.0}}, utm);
-    EXPECT_NEAR(middle.Length, 0.0004, 1e-6);
-    EXPECT_NEAR(middle.Area, 0.0008, 2e-6);
     auto fixes = fixes_at({{9, 0}, {13.5, 0}});
     project_fixes(fixes, files::ReferenceFromText("EPSG:4326"), utm);
-    EXPECT_NEAR(largest_distortion(fixes, utm).Length, 0.0027, 0.0001);
+    EXPECT_NEAR(largest_distortion(fixes, utm)->Length, 0.0027, 0.0001);
 }
 
 TEST(TargetProjection, Equal_area_keeps_areas_and_bends_distances) {
     auto fixes = fixes_at({{-30, 50}, {30, 50}, {0, 20}, {0, 70}});
     const auto system = equal_area_of(fixes);
     project_fixes(fixes, files::ReferenceFromText("EPSG:4326"), system.Reference);
-    const Distortion wrong = largest_distortion(fixes, system.Reference);
+    const platform::Distortion wrong = largest_distortion(fixes, system.Reference).value();
     EXPECT_LT(wrong.Area, 1e-5);
     EXPECT_GT(wrong.Length, 0.01);
-}
-
-// Web Mercator at 60 degrees: lengths by 1 / cos 60 = 2.
-TEST(TargetProjection, Distortion_of_web_mercator) {
-    const Distortion wrong =
-        largest_distortion(std::vector<platform::Point>{{0.0, 8399737.89}}, files::ReferenceFromText("EPSG:3857"));
-    EXPECT_NEAR(wrong.Length, 1.0, 0.01);
-    EXPECT_NEAR(wrong.Area, 3.0, 0.03);
-}
-
-TEST(TargetProjection, Text_of_a_distortion) {
-    EXPECT_EQ(distortion_text({0.0263, 0.0001}), "areas are up to 2.6 % and distances less than 0.05 % wrong");
 }
 
 }  // namespace
