@@ -39,7 +39,8 @@ std::string summary_rows(const AnimalRecord& record, const platform::SpatialRefe
 std::string polygon_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
 
 /// `earlier` without the rows of `replaced` rasters, ended by CR LF; the header alone for an empty text. Rows are kept
-/// to the byte; those of a summary that ends at the column `status` get the other columns, empty. Nothing when the text is not a summary: another header, or a quote that is never closed.
+/// to the byte; those of a summary that ends at the column `status` get the other columns, empty. Nothing when the text
+/// is not a summary: another header, or a quote that is never closed.
 std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced);
 
 }  // namespace wxl::analysis

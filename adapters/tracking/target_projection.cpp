@@ -91,7 +91,7 @@ NamedSystem best_projection(std::span<const TrackingFix> degrees) {
 }
 
 std::optional<platform::Distortion> largest_distortion(std::span<const TrackingFix> fixes,
-                                                      const platform::SpatialReference& reference) {
+                                                       const platform::SpatialReference& reference) {
     return files::Distortions().Over(files::told_places(fixes), reference);
 }
 

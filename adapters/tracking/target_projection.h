@@ -34,9 +34,9 @@ platform::Point median_of(std::span<const TrackingFix> degrees);
 std::optional<std::size_t> project_fixes(std::span<TrackingFix> fixes, const platform::SpatialReference& from,
                                          const platform::SpatialReference& to);
 
-/// The largest distortion over some 2,000 of the fixes, the outermost ones among them (platform::IDistortions). Fixes are
-/// in units of `reference`.
+/// The largest distortion over some 2,000 of the fixes, the outermost ones among them (platform::IDistortions). Fixes
+/// are in units of `reference`.
 std::optional<platform::Distortion> largest_distortion(std::span<const TrackingFix> fixes,
-                                                      const platform::SpatialReference& reference);
+                                                       const platform::SpatialReference& reference);
 
 }  // namespace wxl::tracking

@@ -48,10 +48,10 @@ struct ImportedFixes {
     tracking::Tracking Data;  ///< positions of its fixes are in System
     tracking::NamedSystem System;
     std::optional<platform::Distortion> Wrong;  ///< nothing in degrees
-    std::vector<std::string> Groups;      ///< names of what each animal's fixes are split into; empty: not split
-    std::vector<std::uint32_t> GroupOf;   ///< of each fix, index into Groups
-    std::vector<std::string> Individual;  ///< of each group
-    std::vector<std::string> Key;         ///< of each group
+    std::vector<std::string> Groups;            ///< names of what each animal's fixes are split into; empty: not split
+    std::vector<std::uint32_t> GroupOf;         ///< of each fix, index into Groups
+    std::vector<std::string> Individual;        ///< of each group
+    std::vector<std::string> Key;               ///< of each group
 
     bool HasTimes() const;
 };
