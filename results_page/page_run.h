@@ -38,7 +38,7 @@ struct PageRun {
 struct PictureSize {
     std::int32_t Side = 300;        ///< of the density pictures
     std::size_t LinePoints = 3000;  ///< of all isopleths of one map
-    std::size_t Dots = 1500;        ///< of fixes on one map
+    std::size_t Dots = 2000;        ///< of fixes on one map
 };
 PictureSize picture_size(std::size_t distributions);
 
