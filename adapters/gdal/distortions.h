@@ -3,8 +3,10 @@
 #include "platform/distortion.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <numbers>
 #include <optional>
@@ -13,25 +15,51 @@
 
 namespace wxl::files {
 
+/// The outermost of the places that it is shown, in sixteen directions.
+class OutermostPlaces {
+public:
+    static constexpr std::size_t kDirections = 16;
+
+    OutermostPlaces() {
+        for (std::size_t i = 0; i < kDirections; ++i) {
+            const double angle = 2.0 * std::numbers::pi * static_cast<double>(i) / kDirections;
+            m_directions[i] = {std::cos(angle), std::sin(angle)};
+        }
+        m_reach.fill(-std::numeric_limits<double>::infinity());
+    }
+
+    void Look(const platform::Point& place) {
+        for (std::size_t i = 0; i < kDirections; ++i) {
+            const double reach = place.X * m_directions[i].X + place.Y * m_directions[i].Y;
+            if (!(reach > m_reach[i])) continue;
+            m_reach[i] = reach;
+            m_places[i] = place;
+        }
+    }
+
+    const std::array<platform::Point, kDirections>& Places() const { return m_places; }
+
+private:
+    std::array<platform::Point, kDirections> m_directions;
+    std::array<double, kDirections> m_reach;
+    std::array<platform::Point, kDirections> m_places;
+};
+
 /// The outermost places in sixteen directions, and others at equal steps: some 2,000, or every fiftieth of fewer than
 /// 100,000. A place is anything with X and Y.
 template <class Place>
 std::vector<platform::Point> told_places(std::span<const Place> places) {
     constexpr std::size_t kAbout = 2000;
     constexpr std::size_t kEvery = 50;
-    constexpr int kDirections = 16;
-    if (places.empty()) return {};
-    std::vector<platform::Point> told;
-    const auto tell = [&](const Place& place) { told.push_back({place.X, place.Y}); };
-    for (int direction = 0; direction < kDirections; ++direction) {
-        const double angle = 2.0 * std::numbers::pi * direction / kDirections;
-        const double x = std::cos(angle);
-        const double y = std::sin(angle);
-        const auto farther = [&](const Place& a, const Place& b) { return a.X * x + a.Y * y < b.X * x + b.Y * y; };
-        tell(*std::max_element(places.begin(), places.end(), farther));
-    }
     const std::size_t step = std::max(places.size() / kAbout, kEvery);
-    for (std::size_t i = 0; i < places.size(); i += step) tell(places[i]);
+    std::vector<platform::Point> told;
+    OutermostPlaces outermost;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const platform::Point place{places[i].X, places[i].Y};
+        outermost.Look(place);
+        if (i % step == 0) told.push_back(place);
+    }
+    if (!places.empty()) told.insert(told.end(), outermost.Places().begin(), outermost.Places().end());
     return told;
 }
 

@@ -1,5 +1,8 @@
 #include "adapters/gdal/package_rows.h"
 
+#include "adapters/gdal/place_index.h"
+#include "adapters/gdal/sqlite_statements.h"
+
 #include <array>
 #include <bit>
 #include <cstring>
@@ -16,38 +19,11 @@ using platform::ShapeType;
 constexpr std::size_t kHeader = 8;     ///< magic, version, flags, system
 constexpr std::size_t kEnvelope = 32;  ///< xmin, xmax, ymin, ymax
 
-struct StatementCloser {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementCloser>;
-
-std::string sql_name(const std::string& name) {
-    std::string text = "\"";
-    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
-    return text + "\"";
-}
-
 SqlitePtr open_for_writing(const fs::path& file) {
     sqlite3* database = nullptr;
-    const int code = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    const int code = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     SqlitePtr opened(database);
     return code == SQLITE_OK ? std::move(opened) : nullptr;
-}
-
-StatementPtr prepared(sqlite3* database, const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    const int code = sqlite3_prepare_v3(database, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-    return StatementPtr(code == SQLITE_OK ? statement : nullptr);
-}
-
-/// Runs a statement that gives no rows, and makes it ready for the next time.
-bool ran(sqlite3_stmt* statement) {
-    const bool done = sqlite3_step(statement) == SQLITE_DONE;
-    return sqlite3_reset(statement) == SQLITE_OK && done;
-}
-
-bool bind_text(sqlite3_stmt* statement, int place, const std::string& text) {
-    return sqlite3_bind_text(statement, place, text.data(), static_cast<int>(text.size()), SQLITE_STATIC) == SQLITE_OK;
 }
 
 bool bind(sqlite3_stmt* statement, int place, const FieldValue& value) {
@@ -91,10 +67,11 @@ struct PackageRows::Table {
     StatementPtr Deletion;
     std::optional<std::multimap<std::string, std::int64_t>> Earlier;  ///< rows by their key, read when first asked for
     platform::Extent Bounds;
+    std::optional<PlaceIndex> Places;
 };
 
 PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& tables,
-                         const std::string& geometryColumn)
+                         const std::string& geometryColumn, Places places)
     : m_database(open_for_writing(file)) {
     m_good = m_database && Execute("PRAGMA journal_mode = OFF") && Execute("PRAGMA synchronous = OFF") &&
              Execute("PRAGMA locking_mode = EXCLUSIVE") && Execute("BEGIN");
@@ -103,6 +80,9 @@ PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& 
         table->Name = given.Name;
         table->HasShapes = given.Shape != ShapeType::kNull;
         table->Key = given.Fields.at(given.Key).Name;
+        // The triggers of an index know functions of GDAL's: with them no insertion can be prepared.
+        if (m_good && table->HasShapes && places == Places::kIndexed)
+            table->Places.emplace(m_database.get(), given.Name, geometryColumn);
         table->Insertion = prepared(m_database.get(), insertion(given, geometryColumn));
         table->Deletion = prepared(m_database.get(), "DELETE FROM " + sql_name(given.Name) + " WHERE fid = ?");
         const StatementPtr system =
@@ -116,7 +96,7 @@ PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& 
 PackageRows::~PackageRows() = default;
 
 bool PackageRows::Execute(const std::string& sql) {
-    return sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    return executed(m_database.get(), sql);
 }
 
 bool PackageRows::ReadKeys(Table& table) {
@@ -175,28 +155,33 @@ bool PackageRows::Put(std::size_t place, const OGRGeometry* shape, std::span<con
     if (shape == nullptr) return Insert(table, {}, values);
     OGREnvelope box;
     shape->getEnvelope(&box);
-    table.Bounds.Include({box.MinX, box.MinY});
-    table.Bounds.Include({box.MaxX, box.MaxY});
     m_bytes.resize(kHeader + kEnvelope + shape->WkbSize());
     put_header(m_bytes.data(), table.System, true);
     const std::array<double, 4> sides = {box.MinX, box.MaxX, box.MinY, box.MaxY};
     std::memcpy(m_bytes.data() + kHeader, sides.data(), kEnvelope);
     auto* wkb = reinterpret_cast<unsigned char*>(m_bytes.data() + kHeader + kEnvelope);
     if (shape->exportToWkb(wkbNDR, wkb, wkbVariantIso) != OGRERR_NONE) return m_good = false;
-    return Insert(table, m_bytes, values);
+    return Insert(table, m_bytes, values) && Place(table, {box.MinX, box.MinY, box.MaxX, box.MaxY});
 }
 
 bool PackageRows::Put(std::size_t place, const platform::Point& point, std::span<const FieldValue> values) {
     if (!m_good) return false;
     Table& table = *m_tables.at(place);
-    table.Bounds.Include(point);
     std::array<char, kHeader + 21> bytes{};
     put_header(bytes.data(), table.System, false);
     bytes[kHeader] = 1;
     bytes[kHeader + 1] = 1;
     std::memcpy(bytes.data() + kHeader + 5, &point.X, 8);
     std::memcpy(bytes.data() + kHeader + 13, &point.Y, 8);
-    return Insert(table, bytes, values);
+    return Insert(table, bytes, values) && Place(table, {point.X, point.Y, point.X, point.Y});
+}
+
+/// Of the row that was inserted last.
+bool PackageRows::Place(Table& table, const platform::Extent& box) {
+    table.Bounds.Include({box.XMin, box.YMin});
+    table.Bounds.Include({box.XMax, box.YMax});
+    if (table.Places) m_good = table.Places->Add(sqlite3_last_insert_rowid(m_database.get()), box);
+    return m_good;
 }
 
 bool PackageRows::Finish() {
@@ -214,6 +199,8 @@ bool PackageRows::Finish() {
             m_good = m_good && sqlite3_bind_double(extent.get(), place++, side) == SQLITE_OK;
         m_good = m_good && bind_text(extent.get(), place, table->Name) && ran(extent.get());
     }
+    for (const auto& table : m_tables)
+        if (table->Places) m_good = m_good && table->Places->Finish();
     m_good = m_good && Execute("COMMIT");
     return m_good;
 }

@@ -16,11 +16,15 @@ namespace wxl::files {
 /// Fills the tables of a GeoPackage through SQLite, in one transaction: several times as fast as through GDAL. For
 /// drafts: without a journal, a file whose transaction is cut short is none any more.
 ///
-/// The tables have a first column "fid" and no index of places. Every call but the constructor says whether it worked.
+/// The tables have a first column "fid". Those with an index of places are new and empty. Every call but the
+/// constructor says whether it worked.
 class PackageRows {
 public:
+    /// Whether the tables that have shapes have an index of places.
+    enum class Places { kNoIndex, kIndexed };
+
     PackageRows(const std::filesystem::path& file, const std::vector<platform::PackageTable>& tables,
-                const std::string& geometryColumn);
+                const std::string& geometryColumn, Places places = Places::kNoIndex);
     ~PackageRows();
     PackageRows(const PackageRows&) = delete;
     PackageRows& operator=(const PackageRows&) = delete;
@@ -35,7 +39,7 @@ public:
     bool Put(std::size_t place, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
     bool Put(std::size_t place, const platform::Point& point, std::span<const platform::FieldValue> values);
 
-    /// Writes extents and ends the transaction.
+    /// Writes extents and indexes, and ends the transaction.
     bool Finish();
 
 private:
@@ -43,6 +47,7 @@ private:
 
     bool Execute(const std::string& sql);
     bool Insert(Table& table, std::span<const char> shape, std::span<const platform::FieldValue> values);
+    bool Place(Table& table, const platform::Extent& box);
     bool ReadKeys(Table& table);
 
     SqlitePtr m_database;

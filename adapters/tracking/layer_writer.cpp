@@ -124,13 +124,10 @@ OGRFieldType ogr_type(FieldType type) {
     return type == FieldType::kDouble ? OFTReal : OFTString;
 }
 
-/// Whether a layer gets an index of places.
-enum class Index { kWanted, kNone };
-
 class OgrWriter final : public ILayerWriter {
 public:
     OgrWriter(const char* driver, const fs::path& file, const std::vector<Field>& fields,
-              const platform::SpatialReference& reference, Index index = Index::kWanted)
+              const platform::SpatialReference& reference)
         : m_file(file), m_writing(file) {
         files::RegisterGdal();
         GDALDriver* maker = GetGDALDriverManager()->GetDriverByName(driver);
@@ -140,7 +137,7 @@ public:
         if (!m_dataset) Fail();
         OGRSpatialReference system = files::ToOgr(reference);
         CPLStringList options;
-        if (index == Index::kNone) options.SetNameValue("SPATIAL_INDEX", "NO");
+        options.SetNameValue("SPATIAL_INDEX", "NO");
         m_layer =
             m_dataset->CreateLayer(file.stem().c_str(), system.IsEmpty() ? nullptr : &system, wkbPoint, options.List());
         if (m_layer == nullptr) Fail();
@@ -194,7 +191,7 @@ private:
     OGRFeature* m_feature = nullptr;
 };
 
-/// A GeoPackage: its table made by GDAL, filled by SQLite's prepared statements, indexed by GDAL when all rows stand.
+/// A GeoPackage: its table and the index of it made by GDAL, both filled by SQLite's prepared statements.
 class GeoPackageWriter final : public ILayerWriter {
 public:
     GeoPackageWriter(const fs::path& file, const std::vector<Field>& fields,
@@ -204,7 +201,7 @@ public:
         GDALDriver* maker = GetGDALDriverManager()->GetDriverByName("GPKG");
         if (maker == nullptr) platform::Raise(error_number::kInvalidCall, "this GDAL has no driver GPKG");
         Make(*maker, reference);
-        m_rows.emplace(m_file, std::vector{m_table}, kGeometryColumn);
+        m_rows.emplace(m_file, std::vector{m_table}, kGeometryColumn, files::PackageRows::Places::kIndexed);
     }
 
     void Put(const Point& point, const std::vector<FieldValue>& values) override {
@@ -214,7 +211,6 @@ public:
     void Close() override {
         if (!m_rows->Finish()) Fail();
         m_rows.reset();
-        MakeIndex();
     }
 
 private:
@@ -227,7 +223,6 @@ private:
         if (!dataset) Fail();
         OGRSpatialReference system = files::ToOgr(reference);
         CPLStringList ofLayer;
-        ofLayer.SetNameValue("SPATIAL_INDEX", "NO");
         ofLayer.SetNameValue("GEOMETRY_NAME", kGeometryColumn);
         OGRLayer* layer =
             dataset->CreateLayer(m_table.Name.c_str(), system.IsEmpty() ? nullptr : &system, wkbPoint, ofLayer.List());
@@ -236,17 +231,6 @@ private:
             OGRFieldDefn definition(field.Name.c_str(), ogr_type(field.Type));
             if (layer->CreateField(&definition) != OGRERR_NONE) Fail();
         }
-        if (!files::CloseChecked(std::move(dataset), m_errors)) Fail();
-    }
-
-    void MakeIndex() {
-        const char* const drivers[] = {"GPKG", nullptr};
-        files::GdalDatasetPtr dataset(GDALDataset::Open(m_file.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, drivers));
-        if (!dataset) Fail();
-        const std::unique_ptr<char, decltype(&CPLFree)> name(CPLEscapeString(m_table.Name.c_str(), -1, CPLES_SQL),
-                                                             CPLFree);
-        const std::string statement = fmt::format("SELECT CreateSpatialIndex('{}', '{}')", name.get(), kGeometryColumn);
-        dataset->ReleaseResultSet(dataset->ExecuteSQL(statement.c_str(), nullptr, nullptr));
         if (!files::CloseChecked(std::move(dataset), m_errors)) Fail();
     }
 
@@ -328,7 +312,7 @@ MemoryFile::~MemoryFile() {
 
 std::unique_ptr<ILayerWriter> make_memory_writer(const MemoryFile& file, const std::vector<Field>& fields,
                                                  const platform::SpatialReference& reference) {
-    return std::make_unique<OgrWriter>("FlatGeobuf", file.Path(), fields, reference, Index::kNone);
+    return std::make_unique<OgrWriter>("FlatGeobuf", file.Path(), fields, reference);
 }
 
 std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const fs::path& file,
