@@ -60,4 +60,11 @@ std::string order_remark(std::int64_t stepsBack) {
                "them by time");
 }
 
+std::string period_text(const tracking_times::TimeFacts& times) {
+    if (!times.First || !times.Last) return {};
+    const std::string first = tracking_times::date_text(*times.First);
+    const std::string last = tracking_times::date_text(*times.Last);
+    return first == last ? first : first + " – " + last;
+}
+
 }  // namespace wxl::analysis

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/features.h"
 #include "platform/values.h"
+#include "tracking_times/time_facts.h"
 
 #include <cstdint>
 #include <optional>
@@ -30,5 +31,8 @@ private:
 
 /// What is to be said of fixes of which `stepsBack` are earlier than the one before them; "" when none is.
 std::string order_remark(std::int64_t stepsBack);
+
+/// The days of the first and last fix: "2018-03-01 – 2018-05-01", or the one day; "" where they are not known.
+std::string period_text(const tracking_times::TimeFacts& times);
 
 }  // namespace wxl::analysis

@@ -2,6 +2,7 @@
 
 #include "analysis/advice.h"
 #include "analysis/diagnosis.h"
+#include "analysis/fix_times.h"
 #include "analysis/summary_rows.h"
 #include "pictures/area_curve_picture.h"
 #include "pictures/axis.h"
@@ -95,7 +96,7 @@ std::string times(const tracking_times::TimeFacts& times) {
     const std::string days = pictures::ShortNumber(times.Days, kShortDigits) + " <span class=\"quiet\">(a fix on " +
                              std::to_string(times.DaysWithFix) + ")</span>";
     const std::string interval = times.Intervals ? interval_text(times.Intervals->Median) : std::string();
-    return fact("Period", period_text(times)) + fact("Days", days) + fact("Median interval", interval) +
+    return fact("Period", analysis::period_text(times)) + fact("Days", days) + fact("Median interval", interval) +
            fact("Fixes without a time", times.WithoutTime > 0 ? std::to_string(times.WithoutTime) : "");
 }
 

@@ -1,6 +1,7 @@
 #include "results_page/animal_table.h"
 
 #include "analysis/diagnosis.h"
+#include "analysis/fix_times.h"
 #include "analysis/summary_rows.h"
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
@@ -77,7 +78,7 @@ std::optional<double> positive(double value) {
 }
 
 Cell period_cell(const AnimalRecord& record) {
-    const std::string text = period_text(record.Times);
+    const std::string text = analysis::period_text(record.Times);
     return {text.empty() ? text : "<span class=\"period\">" + text + "</span>"};
 }
 

@@ -5,7 +5,6 @@
 #include "movement_models/verdict.h"
 #include "pictures/axis.h"
 #include "platform/text.h"
-#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,13 +60,6 @@ std::string hectares_text(const PageRun& run, std::optional<double> area) {
 
 bool has_times(const PageRun& run) {
     return std::ranges::any_of(run.Records, [](const AnimalRecord& record) { return record.Times.First.has_value(); });
-}
-
-std::string period_text(const tracking_times::TimeFacts& times) {
-    if (!times.First || !times.Last) return {};
-    const std::string first = tracking_times::date_text(*times.First);
-    const std::string last = tracking_times::date_text(*times.Last);
-    return first == last ? first : first + " – " + last;
 }
 
 std::string interval_text(double seconds) {

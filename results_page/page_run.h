@@ -63,9 +63,6 @@ std::string hectares_text(const PageRun& run, std::optional<double> area);
 /// Whether the times of any animal's fixes are known.
 bool has_times(const PageRun& run);
 
-/// The days of the first and last fix: "2018-03-01 – 2018-05-01"; "" where they are not known.
-std::string period_text(const tracking_times::TimeFacts& times);
-
 /// "0 s", "14.9 min", "5.2 h".
 std::string interval_text(double seconds);
 
