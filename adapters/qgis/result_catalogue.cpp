@@ -80,7 +80,7 @@ bool same_system(platform::SpatialReference a, const platform::SpatialReference&
 
 /// The coordinate system of the point layer as QGIS has it: read back from the text in a dataset it may lose its code.
 QgsCoordinateReferenceSystem crs_of(const QgsMapLayer* layer, const platform::SpatialReference& reference) {
-    if (layer && same_system(FromCrs(layer->crs()), reference)) return layer->crs();
+    if (layer != nullptr && same_system(FromCrs(layer->crs()), reference)) return layer->crs();
     return QgsCoordinateReferenceSystem::fromWkt(ToQString(reference.Wkt));
 }
 
@@ -180,7 +180,7 @@ QgsLayerTreeGroup& ResultCatalogue::Insert(std::unique_ptr<QgsLayerTreeGroup> gr
     for (int i = 0; m_fixes && i < nodes.size() && place == 0; ++i) {
         const bool isLayer = QgsLayerTree::isLayer(nodes[i]) && QgsLayerTree::toLayer(nodes[i])->layer() == m_fixes;
         const bool isAround =
-            QgsLayerTree::isGroup(nodes[i]) && QgsLayerTree::toGroup(nodes[i])->findLayer(m_fixes->id());
+            QgsLayerTree::isGroup(nodes[i]) && QgsLayerTree::toGroup(nodes[i])->findLayer(m_fixes->id()) != nullptr;
         if (isLayer || isAround) place = i + 1;
     }
     QgsLayerTreeGroup& shown = *group.release();
@@ -201,12 +201,12 @@ std::unique_ptr<QgsMapLayer> open_result(const ResultDataset& dataset) {
 void dress_result(QgsMapLayer& layer, const ResultDataset& dataset, const QgsCoordinateReferenceSystem& crs) {
     layer.setName(dataset.Name);
     if (crs.isValid()) layer.setCrs(crs);
-    const QColor hue = AnimalColour(dataset.Animal);
+    const QColor hue = animal_colour(dataset.Animal);
     if (auto* raster = qobject_cast<QgsRasterLayer*>(&layer)) StyleDensity(*raster, dataset.Maximum, hue);
     if (auto* isopleths = qobject_cast<QgsVectorLayer*>(&layer)) {
         const IsoplethKind& kind = kind_of(dataset.Path);
         if (dataset.Bounded)
-            return StyleLimits(*isopleths, QLatin1String(kind.Field), classes_of(dataset.Percentages, false), hue);
+            return style_limits(*isopleths, QLatin1String(kind.Field), classes_of(dataset.Percentages, false), hue);
         StyleIsopleths(*isopleths, QLatin1String(kind.Field), classes_of(dataset.Percentages, kind.Donuts), hue);
     }
 }

@@ -80,7 +80,7 @@ void show_categories(QgsVectorLayer& layer, const QString& expression, const QSt
 
 }  // namespace
 
-QColor AnimalColour(std::size_t number) {
+QColor animal_colour(std::size_t number) {
     const QColor& hue = kHues[number % kHues.size()];
     const std::size_t round = number / kHues.size();
     if (round == 0) return hue;
@@ -115,7 +115,7 @@ void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<Iso
     show_categories(layer, field, field, categories);
 }
 
-void StyleLimits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue) {
+void style_limits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue) {
     sort_falling(classes);
     const bool areas = layer.geometryType() == kPolygonGeometry;
     QgsCategoryList categories;

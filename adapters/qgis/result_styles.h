@@ -9,7 +9,7 @@ namespace wxl::qgis {
 
 /// The hue of the animal of that running number: twelve that are told apart by the colour-blind too, then lighter and
 /// darker ones of the same.
-QColor AnimalColour(std::size_t number);
+QColor animal_colour(std::size_t number);
 
 /// Density from 0 to `maximum` from light to dark in one hue. Zero is transparent, the outermost twentieth of the range
 /// fades into it, and what lies beneath shows through.
@@ -27,6 +27,6 @@ void StyleIsopleths(QgsVectorLayer& layer, const QString& field, std::vector<Iso
 
 /// The same for isopleths with their limits, told apart by the field BOUND: the estimate unbroken, areas with a
 /// see-through fill; the lower limit dotted and the upper one dashed, without a fill.
-void StyleLimits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue);
+void style_limits(QgsVectorLayer& layer, const QString& field, std::vector<IsoplethClass> classes, const QColor& hue);
 
 }  // namespace wxl::qgis

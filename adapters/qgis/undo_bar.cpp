@@ -83,9 +83,9 @@ void UndoBar::Run(platform::ICommand& command) {
     const QString told = !change->Scope.Rows ? tr("Travel times and distances written into \"%1\".").arg(name)
                          : gone == 1         ? tr("1 duplicate fix removed from \"%1\".").arg(name)
                                              : tr("%1 duplicate fixes removed from \"%2\".").arg(gone).arg(name);
-    const QString back = change->Scope.Rows ? tr("The removed fixes are back in \"%1\".").arg(name)
-                                            : tr("The earlier values are back in \"%1\".").arg(name);
-    Offer(*layer, told + mixed, [undo, back] {
+    QString back = change->Scope.Rows ? tr("The removed fixes are back in \"%1\".").arg(name)
+                                      : tr("The earlier values are back in \"%1\".").arg(name);
+    Offer(*layer, told + mixed, [undo, back = std::move(back)] {
         undo->PutBack();
         return back;
     });

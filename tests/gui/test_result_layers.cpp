@@ -202,10 +202,10 @@ TEST_F(ResultLayersTest, Every_animal_has_a_hue_of_its_own) {
 
 TEST(AnimalColours, Twelve_hues_and_then_their_lighter_and_darker_ones) {
     std::set<QRgb> colours;
-    for (std::size_t i = 0; i < 60; ++i) colours.insert(AnimalColour(i).rgb());
+    for (std::size_t i = 0; i < 60; ++i) colours.insert(animal_colour(i).rgb());
     EXPECT_EQ(colours.size(), 60U);
-    EXPECT_GT(AnimalColour(12).lightness(), AnimalColour(0).lightness());
-    EXPECT_LT(AnimalColour(24).lightness(), AnimalColour(0).lightness());
+    EXPECT_GT(animal_colour(12).lightness(), animal_colour(0).lightness());
+    EXPECT_LT(animal_colour(24).lightness(), animal_colour(0).lightness());
 }
 
 TEST_F(ResultLayersTest, A_coordinate_system_without_a_code_is_kept) {
