@@ -78,8 +78,7 @@ public:
         const auto geometry = source.Geometry();
         nRasterXSize = geometry.Columns;
         nRasterYSize = geometry.Rows;
-        m_band = new ScaledBand(*this, source, scale);
-        SetBand(1, m_band);  // owns it from here
+        SetBand(1, new ScaledBand(*this, source, scale));  // owns it from here
     }
 
     CPLErr GetGeoTransform(double* transform) override {
@@ -88,10 +87,7 @@ public:
         return CE_None;
     }
 
-    ScaledBand& Band() { return *m_band; }
-
-private:
-    ScaledBand* m_band = nullptr;
+    ScaledBand& Band() { return *static_cast<ScaledBand*>(GetRasterBand(1)); }
 };
 
 /// Takes contour lines as GDAL makes them, straight into the result.

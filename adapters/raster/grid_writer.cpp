@@ -150,7 +150,8 @@ void GridWriter::WriteTilePart(std::int32_t tile, std::span<const std::span<cons
     const auto columns = static_cast<std::size_t>(m_definition.Geometry.Columns);
     m_bytes.clear();
     for (std::int32_t block = 0; block < grid::kTileBlocks; ++block) {
-        const auto first = static_cast<std::size_t>(tile * grid::kTileCells + block * grid::kBlockColumns);
+        const auto first =
+            static_cast<std::size_t>(std::int64_t{tile} * grid::kTileCells + block * grid::kBlockColumns);
         if (first < columns)
             grid::append_block(m_bytes, rows, first);
         else
