@@ -151,7 +151,7 @@ void GridWriter::WriteTilePart(std::int32_t tile, std::span<const std::span<cons
     m_bytes.clear();
     for (std::int32_t block = 0; block < grid::kTileBlocks; ++block) {
         const auto first =
-            static_cast<std::size_t>(std::int64_t{tile} * grid::kTileCells + block * grid::kBlockColumns);
+            static_cast<std::size_t>(std::int64_t{tile} * grid::kTileCells + std::int64_t{block} * grid::kBlockColumns);
         if (first < columns)
             grid::append_block(m_bytes, rows, first);
         else

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace wxl::files {
 
@@ -20,8 +21,8 @@ void DbfReader::ForEach(const std::function<void(std::uint32_t, std::span<char>)
     }
 }
 
-DbfWriter::DbfWriter(const std::filesystem::path& file, const DbfLayout& layout)
-    : m_file(file, platform::WriteMode::kReplace), m_layout(layout) {
+DbfWriter::DbfWriter(const std::filesystem::path& file, DbfLayout layout)
+    : m_file(file, platform::WriteMode::kReplace), m_layout(std::move(layout)) {
     m_file.Write(m_layout.Header(0));
 }
 

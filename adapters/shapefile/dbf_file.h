@@ -26,7 +26,7 @@ private:
 /// A new .dbf file, written record by record.
 class DbfWriter {
 public:
-    DbfWriter(const std::filesystem::path& file, const DbfLayout& layout);
+    DbfWriter(const std::filesystem::path& file, DbfLayout layout);
     void Append(std::string_view record);
 
     /// Writes the number of records and closes, checked.

@@ -130,7 +130,7 @@ const DbfColumn& ShapefileEditor::Column(int field) const {
 
 std::string ShapefileEditor::Cell(int field, const FieldValue& value) const {
     const DbfColumn& column = Column(field);
-    return dbf_cell(column, value, m_encoding, column.Descriptor.c_str());
+    return dbf_cell(column, value, m_encoding, column.Descriptor);
 }
 
 void ShapefileEditor::Check(int field, const FieldValue& value) const {
@@ -282,7 +282,9 @@ void ShapefileEditor::Replace(const fs::path& other) {
 
 std::int64_t ShapefileEditor::CountRows() const {
     std::int64_t count = 0;
-    DbfReader(m_table).ForEach([&](std::uint32_t, std::span<char> record) { count += record[0] != kDeletedMark; });
+    DbfReader(m_table).ForEach([&](std::uint32_t, std::span<char> record) {
+        if (record[0] != kDeletedMark) ++count;
+    });
     return count;
 }
 

@@ -44,9 +44,9 @@ private:
 /// Makes renames in a folder last through a power failure.
 void sync_folder(const std::filesystem::path& folder);
 
-/// Not writable for this user, or protected by its owner against writing (renaming over it would get round that, and
-/// root may do anything).
-bool is_protected(const std::filesystem::path& fileOrFolder);
+/// A file or folder that is not writable for this user, or protected by its owner against writing (renaming over it
+/// would get round that, and root may do anything).
+bool is_protected(const std::filesystem::path& path);
 
 /// rename(2); RuntimeError with the number of its failure.
 void rename_file(const std::filesystem::path& from, const std::filesystem::path& to);

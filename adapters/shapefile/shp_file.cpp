@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace wxl::files {
 
@@ -75,7 +76,7 @@ bool is_point_type(std::uint32_t type) {
 /// Extent of a record's shape; empty for a null shape.
 Extent record_extent(std::string_view record) {
     Extent extent;
-    const std::uint32_t type = load_little<std::uint32_t>(record, 0);
+    const auto type = load_little<std::uint32_t>(record, 0);
     if (type == kNull) return extent;
     extent.Include({load_little<double>(record, 4), load_little<double>(record, 12)});
     if (!is_point_type(type)) extent.Include({load_little<double>(record, 20), load_little<double>(record, 28)});
@@ -123,7 +124,7 @@ std::string shp_header(ShapeType type) {
 }
 
 bool holds_plane_shapes(const std::string& header) {
-    const std::uint32_t type = load_little<std::uint32_t>(header, 32);
+    const auto type = load_little<std::uint32_t>(header, 32);
     return type == kPoint || type == kPolyline || type == kPolygon;
 }
 
@@ -148,14 +149,16 @@ std::string ShpReader::Record(std::uint32_t row) const {
         raise_damaged(m_shapes.Path(), "record " + std::to_string(row) + " lies outside the file");
     std::string record(length, '\0');
     m_shapes.Read(offset + 8, record);
-    const std::uint32_t type = load_little<std::uint32_t>(record, 0);
+    const auto type = load_little<std::uint32_t>(record, 0);
     if (type != kNull && record.size() < (is_point_type(type) ? 20U : 36U))
         raise_damaged(m_shapes.Path(), "record " + std::to_string(row) + " is too short");
     return record;
 }
 
-ShpWriter::ShpWriter(const std::filesystem::path& shp, const std::filesystem::path& shx, const std::string& header)
-    : m_shapes(shp, platform::WriteMode::kReplace), m_index(shx, platform::WriteMode::kReplace), m_header(header) {
+ShpWriter::ShpWriter(const std::filesystem::path& shp, const std::filesystem::path& shx, std::string header)
+    : m_shapes(shp, platform::WriteMode::kReplace),
+      m_index(shx, platform::WriteMode::kReplace),
+      m_header(std::move(header)) {
     m_shapes.Write(m_header);
     m_index.Write(m_header);
 }

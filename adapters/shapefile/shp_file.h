@@ -38,7 +38,7 @@ private:
 class ShpWriter {
 public:
     /// `header` is that of another file whose shape type and height and measure ranges are taken over.
-    ShpWriter(const std::filesystem::path& shp, const std::filesystem::path& shx, const std::string& header);
+    ShpWriter(const std::filesystem::path& shp, const std::filesystem::path& shx, std::string header);
 
     /// RuntimeError 6 when the file would grow beyond 4 GB, the most that its format can hold.
     void Append(std::string_view record);
