@@ -29,13 +29,14 @@ struct RangeSettings {
     double Scaling = 1e6;            ///< above 0
     RangeExtent Extent = RangeExtent::kMinimum;
     std::optional<double> Buffer;        ///< of the full extent, map units; nothing: as far as the widest kernel
-    platform::RasterGeometry Reference;  ///< of the reference
+    platform::RasterGeometry Reference;  ///< of the reference; of the full extent where animals are computed alone
     std::string ReferenceName;           ///< how the user called it
     std::string RasterFormat = "GRID";   ///< "GRID", "GTiff"
     std::vector<double> Percentages = {95.0, 50.0};  ///< above 0, below 100
     bool Optimal = false;                            ///< weights
     bool Lines = false;                              ///< isopleths as lines too
     bool GeoPackage = false;                         ///< RANGES.gpkg
+    bool Html = false;                               ///< a page, by whoever makes the run
     std::size_t AnimalsPerSubfolder = 0;             ///< 0: no sub-folders of the output folder
     bool Overwrite = false;
 

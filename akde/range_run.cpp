@@ -75,8 +75,32 @@ void refuse_standing(const RangeSettings& settings, const TimedAnimals& animals,
                         standing.front().string() + " exists: choose another folder or prefix");
 }
 
-std::unique_ptr<platform::IFolderLock> locked(const RangeSettings& settings, const TimedAnimals& animals,
-                                              const platform::Services& services) {
+std::string percent_text(double share) {
+    return NumberText(std::round(share * 10000.0) / 100.0);
+}
+
+}  // namespace
+
+std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
+                                                    const platform::Services& services) {
+    std::vector<std::filesystem::path> standing = standing_ranges(settings, animals, services);
+    if (services.Files->FileExists(settings.Folder / kRangeSummary))
+        standing.insert(standing.begin(), settings.Folder / kRangeSummary);
+    return standing;
+}
+
+std::vector<std::filesystem::path> standing_ranges(const RangeSettings& settings, const TimedAnimals& animals,
+                                                   const platform::Services& services) {
+    std::vector<std::filesystem::path> standing;
+    for (const TimedAnimal& animal : animals.Animals) {
+        const auto files = standing_files(place_of(settings, animal.NamingId, animal.Subfolder, {}), services);
+        standing.insert(standing.end(), files.begin(), files.end());
+    }
+    return standing;
+}
+
+std::unique_ptr<platform::IFolderLock> lock_output(const RangeSettings& settings, const TimedAnimals& animals,
+                                                   const platform::Services& services) {
     std::string holder;
     auto lock = services.Locks->Take(settings.Folder, holder);
     if (!lock)
@@ -89,24 +113,6 @@ std::unique_ptr<platform::IFolderLock> locked(const RangeSettings& settings, con
         lock->RemoveLeftovers(subfolder);
     }
     return lock;
-}
-
-std::string percent_text(double share) {
-    return NumberText(std::round(share * 10000.0) / 100.0);
-}
-
-}  // namespace
-
-std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
-                                                    const platform::Services& services) {
-    std::vector<std::filesystem::path> standing;
-    if (services.Files->FileExists(settings.Folder / kRangeSummary))
-        standing.push_back(settings.Folder / kRangeSummary);
-    for (const TimedAnimal& animal : animals.Animals) {
-        const auto files = standing_files(place_of(settings, animal.NamingId, animal.Subfolder, {}), services);
-        standing.insert(standing.end(), files.begin(), files.end());
-    }
-    return standing;
 }
 
 RangeRun::Prepared RangeRun::Prepare(const TimedAnimal& animal, bool numberTimes) const {
@@ -156,7 +162,20 @@ void RangeRun::ReportGrid(const RangeRecord& record) const {
 }
 
 const platform::RasterGeometry* RangeRun::GivenGrid() const {
-    return m_settings.Extent == RangeExtent::kReference ? &m_settings.Reference : nullptr;
+    return m_settings.Extent == RangeExtent::kMinimum ? nullptr : &m_settings.Reference;
+}
+
+platform::RasterGeometry RangeRun::GridOf(const std::vector<Prepared>& all) const {
+    std::vector<const Smoothing*> kernels;
+    for (const Prepared& prepared : all)
+        if (prepared.Record.IsDone()) kernels.push_back(&prepared.Kernels);
+    return kernels.empty() ? platform::RasterGeometry{0.0, 0.0, 1.0, 1, 1}
+                           : common_grid(kernels, m_settings.Buffer, m_settings.CellSize.value_or(0.0));
+}
+
+platform::RasterGeometry RangeRun::CommonGrid(const TimedAnimals& animals) {
+    bool stopped = false;
+    return GridOf(PrepareAll(animals, stopped));
 }
 
 RangeRecord RangeRun::Compute(const TimedAnimal& animal, const TimedAnimals& animals) {
@@ -175,17 +194,13 @@ std::vector<RangeRun::Prepared> RangeRun::PrepareAll(const TimedAnimals& animals
 }
 
 RangeOutcome RangeRun::Run(const TimedAnimals& animals, const std::function<void(const RangeRecord&)>& met) {
-    const auto lock = locked(m_settings, animals, m_services);
+    const auto lock = lock_output(m_settings, animals, m_services);
     refuse_standing(m_settings, animals, m_services);
     RangeResults results(m_settings, m_services, m_listener, animals);
     bool stopped = false;
     if (m_settings.Extent == RangeExtent::kFull) {
         std::vector<Prepared> all = PrepareAll(animals, stopped);
-        std::vector<const Smoothing*> kernels;
-        for (const Prepared& prepared : all)
-            if (prepared.Record.IsDone()) kernels.push_back(&prepared.Kernels);
-        platform::RasterGeometry grid;
-        if (!kernels.empty()) grid = common_grid(kernels, m_settings.Buffer, m_settings.CellSize.value_or(0.0));
+        const platform::RasterGeometry grid = GridOf(all);
         for (Prepared& prepared : all) {
             Finish(prepared, &grid, animals.Reference);
             met(results.Add(std::move(prepared.Record)));

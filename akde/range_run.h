@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace wxl::akde {
@@ -14,6 +15,15 @@ namespace wxl::akde {
 /// What stands in the output folder under the names of the files that a run would write for these animals.
 std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
                                                     const platform::Services& services);
+
+/// The same without what all animals have in common.
+std::vector<std::filesystem::path> standing_ranges(const RangeSettings& settings, const TimedAnimals& animals,
+                                                   const platform::Services& services);
+
+/// Takes the output folder for a run, and sweeps what killed runs left half-written. RuntimeError 70 while another run
+/// writes into it, and where a link stands in the place of a sub-folder.
+std::unique_ptr<platform::IFolderLock> lock_output(const RangeSettings& settings, const TimedAnimals& animals,
+                                                   const platform::Services& services);
 
 /// Fits, smooths and writes animal by animal, and the summary at the end, of a stopped run too.
 class RangeRun {
@@ -26,8 +36,12 @@ public:
     /// run writes into the folder; nothing is written then. A fault of one animal is its Reason.
     RangeOutcome Run(const TimedAnimals& animals, const std::function<void(const RangeRecord&)>& met);
 
-    /// Fits, smooths and writes one of the animals alone, whose raster does not depend on the others. With the outlines
-    /// where the settings ask for a package.
+    /// The grid of the full extent, which is that of all animals together: fits them all. One cell where none has a
+    /// range.
+    platform::RasterGeometry CommonGrid(const TimedAnimals& animals);
+
+    /// Fits, smooths and writes one of the animals alone, of the full extent on the grid of the settings. With the
+    /// outlines where the settings ask for a package.
     RangeRecord Compute(const TimedAnimal& animal, const TimedAnimals& animals);
 
 private:
@@ -42,6 +56,7 @@ private:
                 const platform::SpatialReference& reference) const;
     const platform::RasterGeometry* GivenGrid() const;
     void ReportGrid(const RangeRecord& record) const;
+    platform::RasterGeometry GridOf(const std::vector<Prepared>& all) const;
     std::vector<Prepared> PrepareAll(const TimedAnimals& animals, bool& stopped) const;
 
     const RangeSettings& m_settings;

@@ -123,6 +123,43 @@ std::vector<double> doubles_of(const Json& json) {
     return values;
 }
 
+Json json_of_optional(const std::optional<double>& value) {
+    return value ? json_of_double(*value) : Json(nullptr);
+}
+
+std::optional<double> optional_of(const Json& json) {
+    return json.is_null() ? std::nullopt : std::optional(double_of(json));
+}
+
+Json json_of_shape(const platform::Geometry& shape) {
+    Json json = Json::array();
+    for (const std::vector<platform::Point>& ring : shape.Parts) {
+        Json points = Json::array();
+        for (const platform::Point& point : ring) {
+            points.push_back(json_of_double(point.X));
+            points.push_back(json_of_double(point.Y));
+        }
+        json.push_back(std::move(points));
+    }
+    return json;
+}
+
+platform::Geometry shape_of(const Json& json) {
+    platform::Geometry shape;
+    for (const Json& points : json) {
+        std::vector<platform::Point> ring;
+        for (std::size_t i = 0; i + 1 < points.size(); i += 2)
+            ring.push_back({double_of(points.at(i)), double_of(points.at(i + 1))});
+        shape.Parts.push_back(std::move(ring));
+    }
+    if (!shape.Parts.empty()) shape.Type = platform::ShapeType::kPolygon;
+    return shape;
+}
+
+std::int32_t int32_of(const Json& json) {
+    return static_cast<std::int32_t>(whole_of(json, INT32_MIN, INT32_MAX));
+}
+
 void read_json(const platform::IFileSystem& files, const std::filesystem::path& file, const std::string& advice,
                const std::function<void(const Json&)>& read) {
     const std::string text = files.ReadFile(file, kLargestFile);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,27 @@ std::vector<std::string> texts_of(const Json& json);
 
 Json json_of_doubles(const std::vector<double>& values);
 std::vector<double> doubles_of(const Json& json);
+
+/// A number that may be missing.
+Json json_of_optional(const std::optional<double>& value);
+std::optional<double> optional_of(const Json& json);
+
+/// A polygon that comes back with the same corners; a null shape as one.
+Json json_of_shape(const platform::Geometry& shape);
+platform::Geometry shape_of(const Json& json);
+
+std::int32_t int32_of(const Json& json);
+
+template <class Enumeration>
+Json json_of_enumeration(Enumeration value) {
+    return static_cast<std::int64_t>(value);
+}
+
+/// One of the enumeration's values from the first to `last`.
+template <class Enumeration>
+Enumeration enumeration_of(const Json& json, Enumeration last) {
+    return static_cast<Enumeration>(whole_of(json, 0, static_cast<std::int64_t>(last)));
+}
 
 /// Reads the JSON file `file` and hands it to `read`. What is no JSON, or lacks something, or holds something of
 /// another type, is RuntimeError 57 that names the file and says what to do about it.

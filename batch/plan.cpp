@@ -1,6 +1,7 @@
 #include "batch/plan.h"
 
 #include "analysis/settings_text.h"
+#include "batch/plan_codec.h"
 #include "batch/record_codec.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -13,26 +14,6 @@ namespace {
 
 using analysis::RunFrame;
 using analysis::Settings;
-
-constexpr std::int64_t kFormat = 3;
-constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
-
-constexpr double kLargest = 1e15;  // of any length, factor, time or size in a plan
-
-/// A number that a run can work with; any text could stand in the file.
-double number_of(const Json& json, double least = -kLargest, double most = kLargest) {
-    const double number = double_of(json);
-    if (!(number >= least && number <= most))
-        platform::Raise(platform::error_number::kInvalidCall,
-                        "the number " + platform::NumberText(number) + ", which cannot be");
-    return number;
-}
-
-std::vector<double> numbers_of(const Json& json, double least = -kLargest) {
-    std::vector<double> numbers = doubles_of(json);
-    for (const double number : numbers) number_of(json_of_double(number), least);
-    return numbers;
-}
 
 /// The grid of a reference raster; the raster itself is not needed again.
 class PlannedRaster final : public platform::IRasterLayer {
@@ -152,37 +133,16 @@ Settings settings_of(const Json& json) {
     return settings;
 }
 
-Json json_of_reference(const platform::SpatialReference& reference) {
-    return {{"name", json_of_text(reference.Name)},
-            {"wkt", json_of_text(reference.Wkt)},
-            {"unit", json_of_text(reference.UnitName)},
-            {"metres_per_unit", json_of_double(reference.MetersPerUnit)},
-            {"geographic", reference.IsGeographic}};
-}
-
-platform::SpatialReference reference_of(const Json& json) {
-    return {text_of(json.at("name")), text_of(json.at("wkt")), text_of(json.at("unit")),
-            number_of(json.at("metres_per_unit"), 0.0), json.at("geographic").get<bool>()};
-}
-
 Json json_of_raster(const std::shared_ptr<platform::IRasterLayer>& raster) {
     if (!raster) return nullptr;
-    const platform::RasterGeometry grid = raster->Geometry();
-    return {{"name", json_of_text(raster->Name())},
-            {"origin_x", json_of_double(grid.OriginX)},
-            {"origin_y", json_of_double(grid.OriginY)},
-            {"cell_size", json_of_double(grid.CellSize)},
-            {"columns", grid.Columns},
-            {"rows", grid.Rows}};
+    Json json = json_of_grid(raster->Geometry());
+    json["name"] = json_of_text(raster->Name());
+    return json;
 }
 
 std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
     if (json.is_null()) return nullptr;
-    const platform::RasterGeometry grid = {number_of(json.at("origin_x")), number_of(json.at("origin_y")),
-                                           number_of(json.at("cell_size"), 0.0),
-                                           static_cast<std::int32_t>(whole_of(json.at("columns"), 0, INT32_MAX)),
-                                           static_cast<std::int32_t>(whole_of(json.at("rows"), 0, INT32_MAX))};
-    return std::make_shared<PlannedRaster>(text_of(json.at("name")), grid);
+    return std::make_shared<PlannedRaster>(text_of(json.at("name")), grid_of(json));
 }
 
 /// The output folder is where the plan is found.
@@ -231,24 +191,6 @@ RunFrame frame_of(const Json& json) {
     return frame;
 }
 
-Json json_of_input(const std::vector<InputFile>& input) {
-    Json json = Json::array();
-    for (const InputFile& file : input)
-        json.push_back({{"path", json_of_text(file.Path)},
-                        {"bytes", file.Bytes},
-                        {"modified", file.Modified},
-                        {"sha256", file.Sha256}});
-    return json;
-}
-
-std::vector<InputFile> input_of(const Json& json) {
-    std::vector<InputFile> input;
-    for (const Json& file : json)
-        input.push_back({text_of(file.at("path")), static_cast<std::uint64_t>(whole_of(file.at("bytes"), 0, INT64_MAX)),
-                         whole_of(file.at("modified"), INT64_MIN, INT64_MAX), file.at("sha256").get<std::string>()});
-    return input;
-}
-
 Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
     Json json = Json::array();
     for (const PlannedAnimal& animal : animals)
@@ -269,64 +211,11 @@ std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefi
     return animals;
 }
 
-/// Runs of consecutive numbers as first and last.
-Json json_of_work(const TaskWork& work) {
-    Json json = Json::array();
-    for (std::size_t i = 0; i < work.size();) {
-        std::size_t end = i + 1;
-        while (end < work.size() && work[end] == work[end - 1] + 1) ++end;
-        json.push_back({work[i], work[end - 1]});
-        i = end;
-    }
-    return json;
-}
-
-TaskWork work_of(const Json& json, std::size_t distributions) {
-    TaskWork work;
-    std::int64_t next = 0;
-    for (const Json& run : json) {
-        const std::int64_t last = static_cast<std::int64_t>(distributions) - 1;
-        const std::int64_t first = whole_of(run.at(0), next, last);
-        const std::int64_t end = whole_of(run.at(1), first, last);
-        for (std::int64_t i = first; i <= end; ++i) work.push_back(static_cast<std::size_t>(i));
-        next = end + 1;
-    }
-    return work;
-}
-
-Json json_of_tasks(const std::vector<PlannedTask>& tasks) {
-    Json json = Json::array();
-    for (const PlannedTask& task : tasks)
-        json.push_back({{"distributions", json_of_work(task.Work)},
-                        {"seconds", json_of_double(task.Seconds)},
-                        {"megabytes", json_of_double(task.Megabytes)}});
-    return json;
-}
-
-std::vector<PlannedTask> tasks_of(const Json& json, std::size_t distributions) {
-    std::vector<PlannedTask> tasks;
-    std::vector<bool> met(distributions, false);
-    for (const Json& one : json) {
-        tasks.push_back({work_of(one.at("distributions"), distributions), number_of(one.at("seconds"), 0.0),
-                         number_of(one.at("megabytes"), 0.0)});
-        for (const std::size_t distribution : tasks.back().Work) {
-            if (met[distribution]) platform::Raise(platform::error_number::kSubscript, "work that is planned twice");
-            met[distribution] = true;
-        }
-    }
-    for (const bool one : met)
-        if (!one) platform::Raise(platform::error_number::kSubscript, "work that is in no task");
-    return tasks;
-}
-
 Plan plan_of(const Json& json) {
-    if (whole_of(json.at("format"), 0, INT64_MAX) != kFormat)
-        platform::Raise(platform::error_number::kInvalidCall, "another version of wxl wrote it");
+    if (estimator_of(json) != kKernelEstimator)
+        platform::Raise(platform::error_number::kInvalidCall, "it plans other estimates");
     Plan plan;
-    plan.Id = json.at("id").get<std::string>();
-    plan.Program = json.at("program").get<std::string>();
-    plan.Planned = json.at("planned").get<std::string>();
-    plan.Input = input_of(json.at("input"));
+    take_head(json, plan);
     plan.Frame = frame_of(json.at("frame"));
     plan.Animals = animals_of(json.at("animals"), plan.Frame.Wanted.Prefix);
     plan.Tasks = tasks_of(json.at("tasks"), plan.DistributionCount());
@@ -337,34 +226,43 @@ Plan plan_of(const Json& json) {
 }  // namespace
 
 void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan) {
-    write_json(files, batch.Plan(),
-               {{"format", kFormat},
-                {"id", plan.Id},
-                {"program", plan.Program},
-                {"planned", plan.Planned},
-                {"input", json_of_input(plan.Input)},
-                {"frame", json_of_frame(plan.Frame)},
-                {"tasks", json_of_tasks(plan.Tasks)},
-                {"animals", json_of_animals(plan.Animals)},
-                {"report_head", json_of_texts(plan.ReportHead)}});
+    Json json = json_of_head(plan, kKernelEstimator);
+    json["frame"] = json_of_frame(plan.Frame);
+    json["tasks"] = json_of_tasks(plan.Tasks);
+    json["animals"] = json_of_animals(plan.Animals);
+    json["report_head"] = json_of_texts(plan.ReportHead);
+    write_json(files, batch.Plan(), json);
+}
+
+std::size_t PlanHead::Distributions() const {
+    std::size_t count = 0;
+    for (const PlannedTask& task : Tasks) count += task.Work.size();
+    return count;
+}
+
+std::vector<std::string> subfolders_of(const Plan& plan) {
+    std::vector<std::string> subfolders;
+    for (const PlannedAnimal& animal : plan.Animals)
+        if (!animal.Subfolder.empty() && (subfolders.empty() || subfolders.back() != animal.Subfolder))
+            subfolders.push_back(animal.Subfolder);
+    return subfolders;
+}
+
+void refuse_links(const platform::IFolders& folders, const PlanHead& plan, const std::vector<std::string>& subfolders) {
+    const BatchFiles batch(plan.Folder);
+    for (const auto& folder : {batch.Folder, batch.Tasks(), batch.Logs()}) platform::RefuseLink(folders, folder);
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) platform::RefuseLink(folders, batch.Task(task));
+    for (const std::string& subfolder : subfolders) platform::RefuseLink(folders, plan.Folder / subfolder);
 }
 
 void refuse_links(const platform::IFolders& folders, const Plan& plan) {
-    const BatchFiles batch(plan.Frame.Folder);
-    for (const auto& folder : {batch.Folder, batch.Tasks(), batch.Logs()}) platform::RefuseLink(folders, folder);
-    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) platform::RefuseLink(folders, batch.Task(task));
-    std::string last;
-    for (const PlannedAnimal& animal : plan.Animals)
-        if (animal.Subfolder != last) platform::RefuseLink(folders, plan.Frame.Folder / (last = animal.Subfolder));
+    refuse_links(folders, plan, subfolders_of(plan));
 }
 
 Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& output) {
-    const BatchFiles batch(output);
-    if (!files.FileExists(batch.Plan()))
-        platform::Raise(platform::error_number::kFileNotFound,
-                        output.string() + " holds no planned batch: plan one with wxl batch plan");
     Plan plan;
-    read_json(files, batch.Plan(), kAdvice, [&](const Json& json) { plan = plan_of(json); });
+    read_plan_file(files, output, [&](const Json& json) { plan = plan_of(json); });
+    plan.Folder = output;
     plan.Frame.Folder = output;
     return plan;
 }

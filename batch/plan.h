@@ -21,6 +21,7 @@ struct BatchFiles {
 
     std::filesystem::path Plan() const { return Folder / "plan.json"; }
     std::filesystem::path Points() const { return Folder / "points.bin"; }
+    std::filesystem::path Times() const { return Folder / "times.bin"; }  ///< of the points, where they count
     std::filesystem::path Merge() const { return Folder / "merge.json"; }
     std::filesystem::path Tasks() const { return Folder / "tasks"; }
     std::filesystem::path Logs() const { return Folder / "logs"; }
@@ -56,15 +57,23 @@ struct PlannedTask {
     double Megabytes = 0.0;  ///< estimated, of its largest grid or search, and sample
 };
 
-/// All that is decided once, so that tasks need neither the input nor a question answered.
-struct Plan {
-    std::string Id;       ///< tells this batch from every other
-    std::string Program;  ///< version of the program that planned it
-    std::string Planned;  ///< date and time
+/// What the plan of every batch tells, whatever its tasks compute.
+struct PlanHead {
+    std::string Id;                ///< tells this batch from every other
+    std::string Program;           ///< version of the program that planned it
+    std::string Planned;           ///< date and time
+    std::filesystem::path Folder;  ///< the output folder
     std::vector<InputFile> Input;
-    analysis::RunFrame Frame;
-    std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
     std::vector<PlannedTask> Tasks;
+
+    /// The distributions of all tasks.
+    std::size_t Distributions() const;
+};
+
+/// All that is decided once of a run of kernel densities, so that tasks need neither the input nor a question answered.
+struct Plan : PlanHead {
+    analysis::RunFrame Frame;            ///< writes into Folder
+    std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
     analysis::Lines ReportHead;
 
     std::size_t ValueCount() const { return Frame.Values.size(); }
@@ -80,6 +89,10 @@ Plan read_plan(const platform::IFileSystem& files, const std::filesystem::path& 
 
 /// RuntimeError 70 when a link stands where the batch or its animals have a folder in the output folder, so that what
 /// is written there would go elsewhere.
+void refuse_links(const platform::IFolders& folders, const PlanHead& plan, const std::vector<std::string>& subfolders);
 void refuse_links(const platform::IFolders& folders, const Plan& plan);
+
+/// The distinct sub-folders of the output folder, in the order of the animals.
+std::vector<std::string> subfolders_of(const Plan& plan);
 
 }  // namespace wxl::batch

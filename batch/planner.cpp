@@ -2,7 +2,6 @@
 
 #include "analysis/dry_run.h"
 #include "analysis/output_names.h"
-#include "analysis/subfolders.h"
 #include "batch/point_store.h"
 #include "batch/sha256.h"
 #include "platform/runtime_error.h"
@@ -55,9 +54,9 @@ std::vector<PlannedTask> tasks_of(const analysis::PreparedRun& run, std::size_t 
 }
 
 /// Digest over when, where and what, so that results of another plan are recognised.
-std::string id_of(const Plan& plan, const platform::IClock& clock) {
+std::string id_of(const PlanHead& plan, const platform::IClock& clock) {
     Sha256 hash;
-    hash.Add(plan.Frame.Folder.string() + plan.Planned);
+    hash.Add(plan.Folder.string() + plan.Planned);
     hash.Add(std::to_string(clock.Steady().count()));
     for (const InputFile& file : plan.Input) hash.Add(file.Sha256);
     return hash.Digest().substr(0, 16);
@@ -75,14 +74,6 @@ void check_names_are_free(const platform::Services& services, const analysis::Pr
 
 void make_folder(const platform::Services& services, const std::filesystem::path& folder) {
     platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
-}
-
-void make_folders(const platform::Services& services, const BatchFiles& batch, const analysis::PreparedRun& run) {
-    make_folder(services, batch.Folder);
-    make_folder(services, batch.Tasks());
-    make_folder(services, batch.Logs());
-    for (const std::string& subfolder : analysis::subfolders_of(run.Animals.Animals))
-        make_folder(services, run.Frame.Folder / subfolder);
 }
 
 InputFile described(const platform::IFileSystem& files, const std::filesystem::path& file,
@@ -135,21 +126,36 @@ void remove_batch(const platform::Services& services, const std::filesystem::pat
     if (services.Files->FolderExists(batch.Folder)) services.Folders->DeleteTree(batch.Folder);
 }
 
-Plan plan_batch(const platform::Services& services, const analysis::PreparedRun& run, const PlanWishes& wishes) {
-    const BatchFiles batch(run.Frame.Folder);
-    Plan plan;
+void begin_plan(const platform::Services& services, const std::filesystem::path& folder, const PlanWishes& wishes,
+                PlanHead& plan) {
+    plan.Folder = folder;
     plan.Program = wishes.Program;
     plan.Planned = platform::DateTimeText(services.Clock->Now());
     plan.Input = input_files(*services.Files, wishes.Input);
-    plan.Frame = run.Frame;
     plan.Id = id_of(plan, *services.Clock);
+}
+
+void make_folders(const platform::Services& services, const PlanHead& plan,
+                  const std::vector<std::string>& subfolders) {
+    const BatchFiles batch(plan.Folder);
+    make_folder(services, batch.Folder);
+    make_folder(services, batch.Tasks());
+    make_folder(services, batch.Logs());
+    for (const std::string& subfolder : subfolders) make_folder(services, plan.Folder / subfolder);
+}
+
+Plan plan_batch(const platform::Services& services, const analysis::PreparedRun& run, const PlanWishes& wishes) {
+    const BatchFiles batch(run.Frame.Folder);
+    Plan plan;
+    begin_plan(services, run.Frame.Folder, wishes, plan);
+    plan.Frame = run.Frame;
     for (const analysis::AnimalFixes& animal : run.Animals.Animals)
         plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack, animal.Times});
     check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;
     remove_batch(services, run.Frame.Folder);
-    make_folders(services, batch, run);
+    make_folders(services, plan, subfolders_of(plan));
     write_point_store(*services.Files, batch.Points(), run.Animals.Animals);
     write_plan(*services.Files, batch, plan);
     return plan;

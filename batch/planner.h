@@ -22,6 +22,13 @@ struct PlanWishes {
 /// the run's names stand in the output folder.
 Plan plan_batch(const platform::Services& services, const analysis::PreparedRun& run, const PlanWishes& wishes);
 
+/// Fills what every plan tells; its tasks are for the caller.
+void begin_plan(const platform::Services& services, const std::filesystem::path& folder, const PlanWishes& wishes,
+                PlanHead& plan);
+
+/// The folders that tasks write into.
+void make_folders(const platform::Services& services, const PlanHead& plan, const std::vector<std::string>& subfolders);
+
 /// Deletes the batch in the folder with all its results, not its datasets. Nothing when there is none.
 void remove_batch(const platform::Services& services, const std::filesystem::path& output);
 

@@ -41,11 +41,18 @@ std::uint64_t fnv1a(std::string_view bytes) {
 
 void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
                        std::span<const analysis::AnimalFixes> animals) {
+    std::vector<std::span<const platform::Point>> fixes;
+    for (const analysis::AnimalFixes& animal : animals) fixes.emplace_back(animal.Fixes);
+    write_points(files, file, fixes);
+}
+
+void write_points(platform::IFileSystem& files, const std::filesystem::path& file,
+                  std::span<const std::span<const platform::Point>> animals) {
     Header header;
     std::vector<PointStore::Entry> index;
-    for (const analysis::AnimalFixes& animal : animals) {
-        const std::size_t count = animal.Fixes.size();
-        index.push_back({header.Fixes, count, fnv1a(bytes_of(animal.Fixes.data(), count))});
+    for (const std::span<const platform::Point>& fixes : animals) {
+        const std::size_t count = fixes.size();
+        index.push_back({header.Fixes, count, fnv1a(bytes_of(fixes.data(), count))});
         header.Fixes += count;
     }
     header.Animals = index.size();
@@ -55,7 +62,7 @@ void write_point_store(platform::IFileSystem& files, const std::filesystem::path
     const auto out = files.OpenForWriting(temporary, platform::WriteMode::kReplace);
     out->Write(bytes_of(&header, 1));
     out->Write(bytes_of(index.data(), index.size()));
-    for (const analysis::AnimalFixes& animal : animals) out->Write(bytes_of(animal.Fixes.data(), animal.Fixes.size()));
+    for (const std::span<const platform::Point>& fixes : animals) out->Write(bytes_of(fixes.data(), fixes.size()));
     out->Close();
     files.Rename(temporary, file);
 }

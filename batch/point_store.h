@@ -21,6 +21,8 @@ namespace wxl::batch {
 /// Publishes the file; RuntimeError when it cannot be written.
 void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
                        std::span<const analysis::AnimalFixes> animals);
+void write_points(platform::IFileSystem& files, const std::filesystem::path& file,
+                  std::span<const std::span<const platform::Point>> animals);
 
 /// A store that is read animal by animal.
 class PointStore {
@@ -40,8 +42,8 @@ private:
         std::uint64_t Count = 0;
         std::uint64_t Checksum = 0;
     };
-    friend void write_point_store(platform::IFileSystem& files, const std::filesystem::path& file,
-                                  std::span<const analysis::AnimalFixes> animals);
+    friend void write_points(platform::IFileSystem& files, const std::filesystem::path& file,
+                             std::span<const std::span<const platform::Point>> animals);
 
     void ReadBytes(std::uint64_t offset, void* into, std::uint64_t count) const;
     [[noreturn]] void Refuse(const std::string& why) const;

@@ -20,40 +20,6 @@ constexpr std::array<std::pair<const char*, BandwidthMethod>, 6> kMethods = {
      {"proportion", BandwidthMethod::kProportion},
      {"adhoc", BandwidthMethod::kAdHoc}}};
 
-Json json_of_optional(const std::optional<double>& value) {
-    return value ? json_of_double(*value) : Json(nullptr);
-}
-
-std::optional<double> optional_of(const Json& json) {
-    return json.is_null() ? std::nullopt : std::optional(double_of(json));
-}
-
-/// Rings as the coordinates of their points.
-Json json_of_shape(const platform::Geometry& shape) {
-    Json json = Json::array();
-    for (const std::vector<platform::Point>& ring : shape.Parts) {
-        Json points = Json::array();
-        for (const platform::Point& point : ring) {
-            points.push_back(json_of_double(point.X));
-            points.push_back(json_of_double(point.Y));
-        }
-        json.push_back(std::move(points));
-    }
-    return json;
-}
-
-platform::Geometry shape_of(const Json& json) {
-    platform::Geometry shape;
-    for (const Json& points : json) {
-        std::vector<platform::Point> ring;
-        for (std::size_t i = 0; i + 1 < points.size(); i += 2)
-            ring.push_back({double_of(points.at(i)), double_of(points.at(i + 1))});
-        shape.Parts.push_back(std::move(ring));
-    }
-    if (!shape.Parts.empty()) shape.Type = platform::ShapeType::kPolygon;
-    return shape;
-}
-
 Json json_of_isopleths(const std::vector<analysis::IsoplethRecord>& isopleths) {
     Json json = Json::array();
     for (const analysis::IsoplethRecord& isopleth : isopleths)
@@ -83,21 +49,6 @@ engine::SearchProfile profile_of(const Json& json) {
     for (std::size_t i = 0; i < json.size(); i += 2)
         profile.push_back({double_of(json.at(i)), double_of(json.at(i + 1))});
     return profile;
-}
-
-template <class Enumeration>
-Json json_of_enumeration(Enumeration value) {
-    return static_cast<std::int64_t>(value);
-}
-
-std::int32_t int32_of(const Json& json) {
-    return static_cast<std::int32_t>(whole_of(json, INT32_MIN, INT32_MAX));
-}
-
-/// One of the enumeration's values from the first to `last`.
-template <class Enumeration>
-Enumeration enumeration_of(const Json& json, Enumeration last) {
-    return static_cast<Enumeration>(whole_of(json, 0, static_cast<std::int64_t>(last)));
 }
 
 Json json_of_adhoc(const comparison::AdHocBandwidth& adhoc) {

@@ -45,7 +45,7 @@ std::vector<TaskWork> pack_tasks(std::span<const double> seconds, std::size_t wa
     for (const std::size_t i : small) {
         open.push_back(i);
         begun += costs[i];
-        if (begun < goal) continue;
+        if (begun < goal || !(smallShare > 0.0)) continue;
         tasks.push_back(std::exchange(open, {}));
         while (goal <= begun) goal += smallShare;
     }

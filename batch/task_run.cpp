@@ -16,9 +16,6 @@
 namespace wxl::batch {
 namespace {
 
-constexpr int kLockAttempts = 40;
-constexpr std::chrono::milliseconds kLockPause{50};
-
 /// Shows the boxes of a task and keeps them for the merge.
 class KeptMessages final : public platform::IMessages {
 public:
@@ -63,32 +60,6 @@ bool is_own_leftover(const std::string& entry, const std::set<std::string>& name
     return names.contains(stem) && (behind == "tif" || (shapefile && stem.find("_iso_") != std::string::npos));
 }
 
-/// Whoever lists the tasks holds a lock for a moment.
-std::unique_ptr<platform::IFolderLock> lock_task(const platform::Services& services,
-                                                 const std::filesystem::path& folder, std::size_t number) {
-    std::string holder;
-    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
-        if (auto lock = services.Locks->Take(folder, holder)) return lock;
-        services.Clock->Wait(kLockPause);
-    }
-    platform::Raise(platform::error_number::kPermissionDenied,
-                    "task " + std::to_string(number) + " runs already (" + holder + ")");
-}
-
-std::unique_ptr<platform::IFolderLock> share_folder(platform::IFolderLocks& locks,
-                                                    const std::filesystem::path& folder) {
-    std::string holder;
-    auto lock = locks.Share(folder, holder);
-    if (!lock)
-        platform::Raise(platform::error_number::kPermissionDenied,
-                        "another analysis is writing into the output folder (" + holder + ")");
-    return lock;
-}
-
-std::string now_of(const platform::Services& services) {
-    return platform::DateTimeText(services.Clock->Now());
-}
-
 }  // namespace
 
 std::filesystem::path TaskRun::FolderOf(std::size_t distribution) const {
@@ -97,24 +68,8 @@ std::filesystem::path TaskRun::FolderOf(std::size_t distribution) const {
 
 TaskOutcome TaskRun::Run(std::size_t number, bool again,
                          const std::function<void(const analysis::AnimalRecord&)>& met) {
-    if (number == 0 || number > m_plan.Tasks.size())
-        platform::Raise(
-            platform::error_number::kSubscript,
-            "the batch has the tasks 1 to " + std::to_string(m_plan.Tasks.size()) + ", not " + std::to_string(number));
-    platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, m_batch.Task(number));
-    const auto own = lock_task(m_services, m_batch.Task(number), number);
-    const auto shared = share_folder(*m_services.Locks, m_plan.Frame.Folder);
-    if (!again && IsDone(number)) return TaskOutcome::kWasDone;
-    try {
-        Clear(number);
-        Compute(number, met);
-    } catch (...) {
-        const platform::RuntimeError fault = platform::CurrentError();
-        write_json(*m_services.Files, m_batch.Failure(number),
-                   {{"finished", now_of(m_services)}, {"fault", json_of_text(fault.Description)}});
-        throw platform::RuntimeError(fault);
-    }
-    return TaskOutcome::kDone;
+    m_met = met;
+    return run_task(m_services, m_plan, number, m_host, again, *this);
 }
 
 bool TaskRun::IsDone(std::size_t number) const {
@@ -127,17 +82,6 @@ bool TaskRun::IsDone(std::size_t number) const {
         return false;
     }
     return true;
-}
-
-/// The mark of a start stands before the first dataset does: without it, what stands is not this batch's.
-void TaskRun::Clear(std::size_t number) {
-    platform::IFileSystem& files = *m_services.Files;
-    const bool begun = files.FileExists(m_batch.Started(number));
-    for (const std::filesystem::path& mark : {m_batch.Result(number), m_batch.Failure(number)})
-        if (files.FileExists(mark)) files.DeleteFile(mark, true);
-    if (!begun) CheckNothingStands(number);
-    write_json(files, m_batch.Started(number), {{"started", now_of(m_services)}, {"host", json_of_text(m_host)}});
-    if (begun) RemoveOwnDatasets(number);
 }
 
 void TaskRun::CheckNothingStands(std::size_t number) const {
@@ -178,7 +122,7 @@ void TaskRun::RemoveOwnDatasets(std::size_t number) {
         }
 }
 
-void TaskRun::Compute(std::size_t number, const std::function<void(const analysis::AnimalRecord&)>& met) {
+void TaskRun::Compute(std::size_t number) {
     const auto begin = m_services.Clock->Steady();
     TaskResult result;
     result.Batch = m_plan.Id;
@@ -210,7 +154,7 @@ void TaskRun::Compute(std::size_t number, const std::function<void(const analysi
         entry.Record = run.Compute(animal, distribution % m_plan.ValueCount());
         entry.Report = std::exchange(report.Taken, {});
         entry.Messages = messages.Take();
-        met(entry.Record);
+        m_met(entry.Record);
         result.Entries.push_back(std::move(entry));
     }
     result.Finished = now_of(m_services);

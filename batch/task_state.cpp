@@ -2,6 +2,8 @@
 
 #include "platform/runtime_error.h"
 
+#include <utility>
+
 namespace wxl::batch {
 namespace {
 
@@ -30,32 +32,45 @@ bool is_held(platform::IFolderLocks& locks, const std::filesystem::path& folder)
 
 }  // namespace
 
+void write_entries(platform::IFileSystem& files, const BatchFiles& batch, std::size_t task, const TaskHead& head,
+                   Json entries) {
+    write_json(files, batch.Result(task),
+               {{"batch", head.Batch},
+                {"started", head.Started},
+                {"finished", head.Finished},
+                {"seconds", json_of_double(head.Seconds)},
+                {"host", json_of_text(head.Host)},
+                {"entries", std::move(entries)}});
+}
+
+TaskHead read_entries(const platform::IFileSystem& files, const BatchFiles& batch, const PlanHead& plan,
+                      std::size_t task, const std::function<std::size_t(const Json&)>& take) {
+    TaskHead head;
+    read_json(files, batch.Result(task), advice_for(task), [&](const Json& json) {
+        head.Batch = json.at("batch").get<std::string>();
+        head.Started = json.at("started").get<std::string>();
+        head.Finished = json.at("finished").get<std::string>();
+        head.Seconds = double_of(json.at("seconds"));
+        head.Host = text_of(json.at("host"));
+        TaskWork work;
+        for (const Json& entry : json.at("entries")) work.push_back(take(entry));
+        if (head.Batch != plan.Id || work != plan.Tasks.at(task - 1).Work)
+            platform::Raise(platform::error_number::kInvalidCall, "it belongs to another plan");
+    });
+    return head;
+}
+
 void write_result(platform::IFileSystem& files, const BatchFiles& batch, std::size_t task, const TaskResult& result) {
     Json entries = Json::array();
     for (const TaskEntry& entry : result.Entries) entries.push_back(json_of_entry(entry));
-    write_json(files, batch.Result(task),
-               {{"batch", result.Batch},
-                {"started", result.Started},
-                {"finished", result.Finished},
-                {"seconds", json_of_double(result.Seconds)},
-                {"host", json_of_text(result.Host)},
-                {"entries", std::move(entries)}});
+    write_entries(files, batch, task, result, std::move(entries));
 }
 
 TaskResult read_result(const platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan,
                        std::size_t task) {
     TaskResult result;
-    read_json(files, batch.Result(task), advice_for(task), [&](const Json& json) {
-        result.Batch = json.at("batch").get<std::string>();
-        result.Started = json.at("started").get<std::string>();
-        result.Finished = json.at("finished").get<std::string>();
-        result.Seconds = double_of(json.at("seconds"));
-        result.Host = text_of(json.at("host"));
-        for (const Json& entry : json.at("entries")) result.Entries.push_back(entry_of(entry));
-        const TaskWork& work = plan.Tasks.at(task - 1).Work;
-        bool same = result.Batch == plan.Id && result.Entries.size() == work.size();
-        for (std::size_t i = 0; same && i < work.size(); ++i) same = result.Entries[i].Distribution == work[i];
-        if (!same) platform::Raise(platform::error_number::kInvalidCall, "it belongs to another plan");
+    static_cast<TaskHead&>(result) = read_entries(files, batch, plan, task, [&](const Json& json) {
+        return result.Entries.emplace_back(entry_of(json)).Distribution;
     });
     return result;
 }

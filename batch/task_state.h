@@ -1,9 +1,12 @@
 #pragma once
+#include "batch/json_codec.h"
 #include "batch/plan.h"
 #include "batch/record_codec.h"
 #include "platform/folder_lock.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,13 +29,17 @@ struct TaskState {
     std::string Host;      ///< machine of the last start
 };
 
-/// What a task leaves when it is done.
-struct TaskResult {
+/// When and where a task was done.
+struct TaskHead {
     std::string Batch;  ///< the plan's ID
     std::string Started;
     std::string Finished;
     double Seconds = 0.0;
     std::string Host;
+};
+
+/// What a task of kernel densities leaves when it is done.
+struct TaskResult : TaskHead {
     std::vector<TaskEntry> Entries;  ///< in the order of the task's work
 };
 
@@ -41,6 +48,12 @@ void write_result(platform::IFileSystem& files, const BatchFiles& batch, std::si
 /// The result of a task that is done. RuntimeError 53 when there is none, 76 when the task was never begun, 57 for one
 /// that cannot be used, or that does not hold what the plan wants of the task.
 TaskResult read_result(const platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan, std::size_t task);
+
+/// The same of entries of any kind. `take` keeps an entry and returns its distribution.
+void write_entries(platform::IFileSystem& files, const BatchFiles& batch, std::size_t task, const TaskHead& head,
+                   Json entries);
+TaskHead read_entries(const platform::IFileSystem& files, const BatchFiles& batch, const PlanHead& plan,
+                      std::size_t task, const std::function<std::size_t(const Json&)>& take);
 
 /// Where the task `number` (from 1) stands. Looks at its lock only when it was begun and did not end.
 TaskState state_of(const platform::IFileSystem& files, platform::IFolderLocks& locks, const BatchFiles& batch,

@@ -1,5 +1,8 @@
 #include "apps/cli/batch_session.h"
 
+#include "batch/task_state.h"
+#include "platform/runtime_error.h"
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 
@@ -15,19 +18,45 @@ fs::path folder_of(const std::string& folder) {
     return path.has_filename() ? path : path.parent_path();
 }
 
+std::variant<batch::Plan, batch::RangePlan> plan_in(const platform::IFileSystem& files, const fs::path& folder) {
+    if (batch::is_range_plan(files, folder)) return batch::read_range_plan(files, folder);
+    return batch::read_plan(files, folder);
+}
+
 }  // namespace
 
 void add_batch_folder(CLI::App& command, std::string& folder) {
     command.add_option("DIR", folder, "Output folder of the batch")->required();
 }
 
-BatchSession::BatchSession(const std::string& folder, Console& console)
-    : m_console(console), m_session(console, {}), m_plan(batch::read_plan(*Services().Files, folder_of(folder))) {
-    batch::refuse_links(*Services().Folders, m_plan);
+void refuse_open_batch(const platform::IFileSystem& files, const fs::path& folder) {
+    if (batch::has_open_batch(files, folder))
+        platform::Raise(platform::error_number::kPermissionDenied,
+                        folder.string() +
+                            " holds a planned batch that is not merged yet: finish it (wxl batch status tells how it "
+                            "stands), choose another folder, or give --overwrite");
 }
 
-KdeOutput BatchSession::Output(bool json) {
-    return {m_console, m_plan.Frame.Folder, json, m_plan.Frame.Reference.MetersPerUnit == 1.0};
+BatchSession::BatchSession(const std::string& folder, Console& console)
+    : m_console(console), m_session(console, {}), m_plan(plan_in(*Services().Files, folder_of(folder))) {
+    if (const batch::RangePlan* ranges = Ranges())
+        batch::refuse_links(*Services().Folders, *ranges, akde::subfolders_of(ranges->Animals));
+    else
+        batch::refuse_links(*Services().Folders, *Kernels());
+}
+
+const batch::PlanHead& BatchSession::Head() const {
+    return std::visit([](const batch::PlanHead& plan) -> const batch::PlanHead& { return plan; }, m_plan);
+}
+
+bool BatchSession::IsMerged() const {
+    if (!batch::is_merged(*Services().Files, batch::BatchFiles(Head().Folder))) return false;
+    m_console.Note("this batch is merged already");
+    return true;
+}
+
+KdeOutput output_of(const batch::Plan& plan, bool json, Console& console) {
+    return {console, plan.Frame.Folder, json, plan.Frame.Reference.MetersPerUnit == 1.0};
 }
 
 }  // namespace wxl::cli

@@ -1,9 +1,11 @@
 #include "apps/cli/batch_tasks.h"
 
 #include "apps/cli/child_processes.h"
+#include "apps/cli/option_checks.h"
 #include "batch/task_state.h"
 
 #include <algorithm>
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <numeric>
@@ -15,21 +17,21 @@ namespace {
 using batch::TaskStage;
 
 /// Largest first, so that no long task is left over at the end.
-void sort_by_cost(std::vector<std::size_t>& tasks, const batch::Plan& plan) {
+void sort_by_cost(std::vector<std::size_t>& tasks, const batch::PlanHead& plan) {
     std::stable_sort(tasks.begin(), tasks.end(), [&](std::size_t a, std::size_t b) {
         return plan.Tasks.at(a - 1).Seconds > plan.Tasks.at(b - 1).Seconds;
     });
 }
 
-std::size_t distributions_of(const std::vector<std::size_t>& tasks, const batch::Plan& plan) {
+std::size_t distributions_of(const std::vector<std::size_t>& tasks, const batch::PlanHead& plan) {
     return std::accumulate(tasks.begin(), tasks.end(), std::size_t{0}, [&](std::size_t sum, std::size_t task) {
         return sum + plan.Tasks.at(task - 1).Work.size();
     });
 }
 
-void report_how_to_go_on(const batch::Plan& plan, std::size_t jobs, Console& console) {
+void report_how_to_go_on(const batch::PlanHead& plan, std::size_t jobs, Console& console) {
     console.Problem(fmt::format("wxl: what is done is kept; wxl batch submit \"{}\" --engine local --jobs {} goes on",
-                                plan.Frame.Folder.string(), jobs));
+                                plan.Folder.string(), jobs));
 }
 
 /// A task that ended badly has mostly said why.
@@ -39,10 +41,19 @@ std::string why(const platform::Services& services, const batch::BatchFiles& fil
     return ending_text(status) + "; see " + (files.Logs() / fmt::format("task-{}.log", task)).string();
 }
 
+constexpr int kMostJobs = 1024;
+
 }  // namespace
 
-std::vector<std::size_t> open_tasks(const platform::Services& services, const batch::Plan& plan) {
-    const batch::BatchFiles files(plan.Frame.Folder);
+void add_jobs_option(CLI::App& command, std::size_t& jobs) {
+    command.add_option("--jobs", jobs, "Compute in N processes side by side; the results are the same")
+        ->type_name("N")
+        ->check(whole_number_between(1, kMostJobs))
+        ->capture_default_str();
+}
+
+std::vector<std::size_t> open_tasks(const platform::Services& services, const batch::PlanHead& plan) {
+    const batch::BatchFiles files(plan.Folder);
     std::vector<std::size_t> open;
     for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) {
         const TaskStage stage = batch::state_of(*services.Files, *services.Locks, files, task).Stage;
@@ -51,9 +62,9 @@ std::vector<std::size_t> open_tasks(const platform::Services& services, const ba
     return open;
 }
 
-bool run_tasks_here(const platform::Services& services, const batch::Plan& plan, std::vector<std::size_t> tasks,
+bool run_tasks_here(const platform::Services& services, const batch::PlanHead& plan, std::vector<std::size_t> tasks,
                     std::size_t jobs, Console& console) {
-    const batch::BatchFiles files(plan.Frame.Folder);
+    const batch::BatchFiles files(plan.Folder);
     const std::string program = this_program().string();
     const double total = static_cast<double>(std::max<std::size_t>(distributions_of(tasks, plan), 1));
     sort_by_cost(tasks, plan);
@@ -62,8 +73,7 @@ bool run_tasks_here(const platform::Services& services, const batch::Plan& plan,
     std::size_t met = 0;
     for (auto next = tasks.begin(); next != tasks.end() || children.Running() > 0;) {
         for (; next != tasks.end() && children.Running() < jobs; ++next)
-            children.Start(*next,
-                           {program, "batch", "run", plan.Frame.Folder.string(), "--task", std::to_string(*next)},
+            children.Start(*next, {program, "batch", "run", plan.Folder.string(), "--task", std::to_string(*next)},
                            files.Logs() / fmt::format("task-{}.log", *next));
         for (const ChildProcesses::News& news : children.Wait()) {
             met += news.Lines;
@@ -86,8 +96,8 @@ bool run_tasks_here(const platform::Services& services, const batch::Plan& plan,
     return true;
 }
 
-std::string unfinished_text(const platform::Services& services, const batch::Plan& plan) {
-    const batch::BatchFiles files(plan.Frame.Folder);
+std::string unfinished_text(const platform::Services& services, const batch::PlanHead& plan) {
+    const batch::BatchFiles files(plan.Folder);
     std::vector<std::size_t> missing;
     std::vector<std::size_t> running;
     std::vector<std::string> parts;

@@ -27,6 +27,7 @@ void add_batch(std::vector<Command>& commands, CLI::App& program) {
     batch.footer(
         "The work of wxl kde cut into tasks that run side by side: plan, run every task, merge. The\n"
         "results are those of wxl kde, whatever the tasks. wxl kde --jobs N does all three at once.\n"
+        "plan-akde plans the work of wxl akde.\n"
         "\n"
         "Example:\n"
         "\n"
@@ -34,6 +35,8 @@ void add_batch(std::vector<Command>& commands, CLI::App& program) {
         "  wxl batch submit study --dry-run\n"
         "  wxl batch status study");
     add(commands, batch, "plan", "Read the layer and cut the work into tasks", register_batch_plan, run_batch_plan);
+    add(commands, batch, "plan-akde", "Do so for ranges of fixes that depend on each other", register_batch_plan_akde,
+        run_batch_plan_akde);
     add(commands, batch, "run", "Compute one task", register_batch_run, run_batch_run);
     add(commands, batch, "merge", "Write the report when all tasks are done", register_batch_merge, run_batch_merge);
     add(commands, batch, "status", "List the tasks and how they stand", register_batch_status, run_batch_status);

@@ -78,7 +78,7 @@ void refuse_line_breaks(const SlurmSettings& settings) {
 
 }  // namespace
 
-std::string array_script(const batch::Plan& plan, const SlurmSettings& settings) {
+std::string array_script(const batch::PlanHead& plan, const SlurmSettings& settings) {
     refuse_line_breaks(settings);
     double seconds = 0.0;
     double megabytes = 0.0;
@@ -86,21 +86,21 @@ std::string array_script(const batch::Plan& plan, const SlurmSettings& settings)
         seconds = std::max(seconds, plan.Tasks.at(task - 1).Seconds);
         megabytes = std::max(megabytes, plan.Tasks.at(task - 1).Megabytes);
     }
-    const batch::BatchFiles files(plan.Frame.Folder);
+    const batch::BatchFiles files(plan.Folder);
     std::string script =
         head("wxl-task", directive_path(files.Logs() / "task-") + "%a.log",
              settings.Memory.empty() ? memory_text(megabytes * kMemoryFactor + kMemoryBase) : settings.Memory,
              settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
     script +=
         "#SBATCH --array=" + batch::number_ranges(settings.Tasks) + "\n#SBATCH --requeue\n#SBATCH --open-mode=append\n";
-    return script + "exec " + quoted(settings.Program.string()) + " -q batch run " +
-           quoted(plan.Frame.Folder.string()) + "\n";
+    return script + "exec " + quoted(settings.Program.string()) + " -q batch run " + quoted(plan.Folder.string()) +
+           "\n";
 }
 
-std::string merge_script(const batch::Plan& plan, const SlurmSettings& settings) {
+std::string merge_script(const batch::PlanHead& plan, const SlurmSettings& settings) {
     refuse_line_breaks(settings);
-    const batch::BatchFiles files(plan.Frame.Folder);
-    const auto results = static_cast<double>(plan.DistributionCount());
+    const batch::BatchFiles files(plan.Folder);
+    const auto results = static_cast<double>(plan.Distributions());
     const double seconds = results * kMergeSecondsPerResult;
     std::error_code gone;  // the merge itself says so
     const auto points = fs::file_size(files.Points(), gone);
@@ -112,7 +112,7 @@ std::string merge_script(const batch::Plan& plan, const SlurmSettings& settings)
                  : settings.Memory,
              settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
     return script + "#SBATCH --open-mode=append\nexec " + quoted(settings.Program.string()) + " batch merge " +
-           quoted(plan.Frame.Folder.string()) + "\n";
+           quoted(plan.Folder.string()) + "\n";
 }
 
 std::string submit_script(const fs::path& script, const std::vector<std::string>& options) {

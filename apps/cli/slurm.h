@@ -19,11 +19,11 @@ struct SlurmSettings {
 
 /// The script of the job array: one task for each index. Memory is one and a half times the estimate and 256 MB, time
 /// four times the estimate and ten minutes. A job that is requeued starts its task anew.
-std::string array_script(const batch::Plan& plan, const SlurmSettings& settings);
+std::string array_script(const batch::PlanHead& plan, const SlurmSettings& settings);
 
 /// The script of the job that merges. Memory is one and a half times that of the batch's points, 20 kB for every
 /// distribution, and 256 MB.
-std::string merge_script(const batch::Plan& plan, const SlurmSettings& settings);
+std::string merge_script(const batch::PlanHead& plan, const SlurmSettings& settings);
 
 /// Hands the script file to sbatch with `options` and returns the job's number. RuntimeError 53 when there is no sbatch
 /// on this machine, 5 with sbatch's own words when it refuses.

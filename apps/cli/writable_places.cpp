@@ -57,7 +57,12 @@ WritablePlaces beside(const InputOptions& points) {
 
 Fence fence_of(const AkdeOptions& options) {
     if (options.DryRun) return WritablePlaces();
-    return WritablePlaces().Folder(options.Out);
+    WritablePlaces places = WritablePlaces().Folder(options.Out);
+    return options.Jobs > 1 ? places.Programs() : places;
+}
+
+Fence fence_of(const BatchPlanAkdeOptions& options) {
+    return fence_of(options.Run);
 }
 
 Fence fence_of(const ImportOptions& options) {

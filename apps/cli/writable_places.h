@@ -31,6 +31,7 @@ Fence fence_of(const ImportOptions& options);
 Fence fence_of(const InfoOptions& options);
 Fence fence_of(const KdeOptions& options);
 Fence fence_of(const BatchPlanOptions& options);
+Fence fence_of(const BatchPlanAkdeOptions& options);
 Fence fence_of(const BatchRunOptions& options);
 Fence fence_of(const BatchMergeOptions& options);
 Fence fence_of(const BatchStatusOptions& options);

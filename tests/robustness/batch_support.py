@@ -43,11 +43,26 @@ def make_study(folder, name, animals, fixes, text_ids=False, lonely=()):
     return layer
 
 
+def make_tracks(folder, name, animals, fixes, lonely=()):
+    """Tracks that come back to where they began, in a table. Those in `lonely` have one fix. Returns its path."""
+    chance = random.Random(29)
+    table = pathlib.Path(folder) / f"{name}.csv"
+    with open(table, "w", encoding="utf-8") as out:
+        out.write("animal,x,y,timestamp\n")
+        for animal in range(animals):
+            x = y = 0.0
+            for fix in range(1 if animal in lonely else fixes):
+                x, y = 0.8 * x + chance.gauss(0, 200), 0.8 * y + chance.gauss(0, 120)
+                out.write(f"T{animal},{500000 + 700 * animal + x:.2f},{6000000 + y:.2f},"
+                          f"2020-01-{1 + fix // 12:02d}T{2 * (fix % 12):02d}:00:00Z\n")
+    return table
+
+
 def timeless(name, text):
     """A report, or its page, without the times of the run."""
     if name == "WXL_KDE_ANALYSIS.txt":
         return re.sub(rb"(Start|Finish) time: [^\r]*", rb"\1 time:", text)
-    if name == "WXL_KDE_ANALYSIS.html":
+    if name.endswith("_ANALYSIS.html"):
         return re.sub(rb"(begun|finished) \d+/\d+/\d+ \d+:\d+:\d+ [AP]M", rb"\1", text)
     return text
 

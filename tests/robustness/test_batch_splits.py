@@ -10,7 +10,7 @@ import subprocess
 import time
 import unittest
 
-from batch_support import WXL, differences, make_study, scratch_folder, snapshot, wxl
+from batch_support import WXL, differences, make_study, make_tracks, scratch_folder, snapshot, wxl
 
 SMALL = ["--id-field", "animal", "--cell-size", "60", "--prefix", "K"]
 ISOPLETHS = ["--isopleths", "95,50", "--lines", "--polygons"]
@@ -178,6 +178,105 @@ class Folders(BatchTest):
         absent = wxl("batch", "submit", self.out, env={"PATH": "/nonexistent"})
         self.assertEqual(absent.returncode, 1)
         self.assertIn("there is no sbatch on this machine", absent.stderr)
+
+
+class Ranges(unittest.TestCase):
+    """The same of wxl akde."""
+    OPTIONS = ["--from-crs", "EPSG:32633", "--prefix", "K", "--cell-size", "40"]
+
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = scratch_folder()
+        cls.folder = pathlib.Path(cls.scratch.name)
+        cls.tracks = make_tracks(cls.folder, "tracks", 6, 60, lonely=(3,))
+        cls.out = cls.folder / "out"
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.scratch.cleanup()
+
+    def run_anew(self, *arguments):
+        shutil.rmtree(self.out, ignore_errors=True)
+        return wxl(*arguments, "--out", self.out)
+
+    def plan(self, options, tasks):
+        done = self.run_anew("batch", "plan-akde", self.tracks, *self.OPTIONS, *options, "--tasks", tasks)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.asked = done.stderr
+        return len(json.loads(wxl("batch", "status", self.out, "--json").stdout)["tasks"])
+
+    def check(self, options, told=()):
+        whole = self.run_anew("akde", self.tracks, *self.OPTIONS, *options, *told)
+        self.assertEqual(whole.returncode, 0, whole.stderr)
+        wanted = snapshot(self.out)
+        jobs = self.run_anew("akde", self.tracks, *self.OPTIONS, *options, *told, "--jobs", 2)
+        self.assertEqual(differences(wanted, snapshot(self.out)), [])
+        self.assertEqual((jobs.stdout, sorted(jobs.stderr), jobs.returncode), (whole.stdout, sorted(whole.stderr), 0))
+        self.assertFalse((self.out / "wxl_batch").exists())
+        for tasks in (1, 4):
+            numbers = list(range(1, self.plan(options, tasks) + 1))
+            random.Random(tasks).shuffle(numbers)
+            for number in numbers:
+                done = wxl("batch", "run", self.out, "--task", number)
+                self.assertEqual(done.returncode, 0, done.stderr)
+            merged = wxl("batch", "merge", self.out, *told)
+            self.assertEqual(differences(wanted, snapshot(self.out)), [])
+            self.assertEqual((merged.stdout, sorted(self.asked + merged.stderr)), (whole.stdout, sorted(whole.stderr)))
+
+    def test_rasters_of_their_own_with_package_and_page(self):
+        self.check(["--gpkg", "--html", "--lines", "--group-by", "2", "--weights", "optimal"])
+
+    def test_one_grid_for_all_animals(self):
+        self.check(["--extent", "full", "--raster-format", "GTiff"], told=["--json"])
+
+    def test_a_given_model_on_the_grid_of_a_raster(self):
+        self.run_anew("akde", self.tracks, *self.OPTIONS, "--raster-format", "GTiff")
+        reference = self.folder / "reference.tif"
+        shutil.copy(self.out / "K1.tif", reference)
+        self.check(["--extent", f"ref:{reference}", "--at", "OUF:isotropic:20000,3000"])
+
+    def test_tasks_need_no_input_and_leave_what_is_done(self):
+        self.run_anew("akde", self.tracks, *self.OPTIONS)
+        wanted = snapshot(self.out)
+        self.plan([], 2)
+        away = self.tracks.with_suffix(".away")
+        self.tracks.rename(away)
+        try:
+            self.assertEqual(wxl("batch", "run", self.out, "--task", 1).returncode, 0)
+            self.assertIn("task 1 is done already", wxl("batch", "run", self.out, "--task", 1).stderr)
+            self.assertIn("the batch is not finished: missing 2", wxl("batch", "merge", self.out).stderr)
+            self.assertEqual(wxl("batch", "submit", self.out, "--engine", "local", "-q").returncode, 0)
+        finally:
+            away.rename(self.tracks)
+        self.assertEqual(differences(wanted, snapshot(self.out)), [])
+        self.assertIn("merged already", wxl("batch", "merge", self.out).stderr)
+
+    def test_killed_tasks_are_run_again(self):
+        chance = random.Random(7)
+        self.run_anew("akde", self.tracks, *self.OPTIONS, "--gpkg")
+        wanted = snapshot(self.out)
+        count = self.plan(["--gpkg"], 3)
+        for _ in range(5):
+            for number in range(1, count + 1):
+                task = subprocess.Popen([WXL, "batch", "run", self.out, "--task", str(number)],
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                time.sleep(chance.uniform(0, 0.4))
+                task.kill()
+                task.wait()
+        self.assertEqual(wxl("batch", "submit", self.out, "--engine", "local", "-q").returncode, 0)
+        self.assertEqual(differences(wanted, snapshot(self.out)), [])
+
+    def test_what_somebody_else_made_is_not_replaced(self):
+        self.plan([], 1)
+        (self.out / "K2_poly.dbf").write_bytes(b"")
+        refused = wxl("batch", "run", self.out, "--task", 1)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("K2_poly.dbf was made by another program since the batch was planned", refused.stderr)
+        (self.out / "K2_poly.dbf").unlink()
+        waiting = wxl("akde", self.tracks, *self.OPTIONS, "--out", self.out)
+        self.assertIn("holds a planned batch that is not merged yet", waiting.stderr)
+        self.assertEqual(wxl("akde", self.tracks, *self.OPTIONS, "--overwrite", "--out", self.out).returncode, 0)
+        self.assertFalse((self.out / "wxl_batch").exists())
 
 
 class Kills(BatchTest):

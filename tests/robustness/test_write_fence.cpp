@@ -397,6 +397,10 @@ TEST_F(WatchedCommands, Of_a_batch_write_into_its_folder) {
         write_bytes(out / "wxl_batch/plan.json", text.replace(text.find(old), old.size(), subfolder));
         all();
     }
+    Watch({"batch", "plan-akde", In("good.shp"), "--id-field", "animal", "--time-field", "Time2", "--out", out,
+           "--html", "--gpkg", "--overwrite"},
+          {out});
+    all();
     Watch({"kde", In("good.shp"), "--id-field", "animal", "--out", m_folder / "out2", "--cell-size", "50", "--extent",
            "full:900", "--answer", "yes", "--jobs", "2"},
           {m_folder / "out2"}, true);

@@ -25,10 +25,14 @@ struct AkdeOptions {
     bool Html = false;
     bool GeoPackage = false;
     std::size_t GroupBy = 0;
+    std::size_t Jobs = 1;
     bool DryRun = false;
     bool Overwrite = false;
     bool Json = false;
 };
+
+/// What describes a run: input, output, model, isopleths.
+void add_akde_options(CLI::App& command, AkdeOptions& options);
 
 void register_akde(CLI::App& command, AkdeOptions& options);
 int run_akde(const AkdeOptions& options, Console& console);

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fmt/format.h>
+#include <utility>
 
 namespace wxl::cli {
 
@@ -113,19 +115,73 @@ Json json_of(const RangeRecord& record, const RangeSettings& settings) {
     return json;
 }
 
-void print_range(const RangeRecord& record, bool metres, Console& console) {
+std::string range_line(const RangeRecord& record) {
     const std::string name = platform::ValueText(record.Id);
-    if (!record.IsDone()) return console.Result(fmt::format("{}: failed ({})", name, record.Reason));
+    if (!record.IsDone()) return fmt::format("{}: failed ({})", name, record.Reason);
     const FittedModel& model = *record.Chosen;
-    console.Result(fmt::format("{}: {} fixes, {}, worth {:.4g} fixes, h {:.4g}, {} x {} cells: {}", name, record.Used,
-                               model_title(model.Model.Kind, model.Shape), model.DofArea, record.H, record.Grid.Columns,
-                               record.Grid.Rows, record.Files.front()));
+    return fmt::format("{}: {} fixes, {}, worth {:.4g} fixes, h {:.4g}, {} x {} cells: {}", name, record.Used,
+                       model_title(model.Model.Kind, model.Shape), model.DofArea, record.H, record.Grid.Columns,
+                       record.Grid.Rows, record.Files.front());
+}
+
+void print_range(const RangeRecord& record, bool metres, Console& console) {
+    console.Result(range_line(record));
     for (const RangeIsopleth& isopleth : record.Isopleths)
         if (isopleth.Bound == "est")
             console.Result(fmt::format("  {} %: {}{} ({} to {})", NumberText(isopleth.Percent),
                                        area_text(isopleth.Area, metres), metres ? " km2" : "",
                                        area_text(record.AreaAt(isopleth.Percent, "low"), metres),
                                        area_text(record.AreaAt(isopleth.Percent, "high"), metres)));
+}
+
+AkdeOutput::AkdeOutput(const RangeSettings& settings, const platform::SpatialReference& reference,
+                       const platform::Services& services, bool json, Console& console)
+    : m_settings(settings),
+      m_console(console),
+      m_asJson(json),
+      m_metres(reference.MetersPerUnit == 1.0),
+      m_page(services, settings, reference) {}
+
+void AkdeOutput::Add(const RangeRecord& record) {
+    if (m_settings.Html) m_page.Add(record);
+    if (m_asJson)
+        m_animals.push_back(json_of(record, m_settings));
+    else
+        print_range(record, m_metres, m_console);
+}
+
+/// Where the page stands; "" where there is none.
+std::string AkdeOutput::WritePage(const akde::RangeOutcome& outcome) {
+    if (!m_settings.Html) return {};
+    const std::filesystem::path written = m_page.Write(outcome);
+    if (written.empty())
+        m_console.Problem(
+            fmt::format("Warning: {} is not a page of this tool and was left as it is; no page was written.",
+                        (m_settings.Folder / results_page::kRangePageFile).string()));
+    return written.string();
+}
+
+void AkdeOutput::PrintPlaces(const akde::RangeOutcome& outcome, const std::string& page) {
+    const std::string package = outcome.Package.string();
+    if (m_asJson)
+        return m_console.Text(json_text(Json{{"summary", outcome.Summary.string()},
+                                             {"package", package.empty() ? Json() : Json(package)},
+                                             {"page", page.empty() ? Json() : Json(page)},
+                                             {"animals", std::move(m_animals)}}));
+    m_console.Result("summary: " + outcome.Summary.string());
+    if (!package.empty()) m_console.Result("ranges: " + package);
+    if (!page.empty()) m_console.Result("page: " + page);
+}
+
+int AkdeOutput::Finish(const akde::RangeOutcome& outcome) {
+    PrintPlaces(outcome, WritePage(outcome));
+    if (outcome.Failed > 0)
+        m_console.Problem(
+            fmt::format("wxl: {} of {} distributions could not be computed", outcome.Failed, outcome.Done));
+    if (outcome.Stopped) m_console.Problem("wxl: stopped; what was done until then is kept");
+    const bool failed =
+        outcome.Stopped || outcome.PackageFailed || (outcome.Failed > 0 && outcome.Failed == outcome.Done);
+    return failed ? exit_code::kFailed : exit_code::kDone;
 }
 
 }  // namespace wxl::cli

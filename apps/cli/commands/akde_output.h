@@ -1,7 +1,8 @@
 #pragma once
-#include "akde/range_run.h"
+#include "akde/range_record.h"
 #include "apps/cli/console.h"
 #include "apps/cli/json_values.h"
+#include "results_page/range_page.h"
 
 namespace wxl::cli {
 
@@ -12,5 +13,32 @@ Json json_of(const akde::RangeRecord& record, const akde::RangeSettings& setting
 /// A line for the animal, and one for each percentage. `metres`: map units are metres, so that areas can be told in
 /// square kilometres.
 void print_range(const akde::RangeRecord& record, bool metres, Console& console);
+
+/// The first of these lines.
+std::string range_line(const akde::RangeRecord& record);
+
+/// Tells of a run, animal by animal and at its end, and makes its page.
+class AkdeOutput {
+public:
+    /// All outlive the object. `reference`: coordinate system of the animals.
+    AkdeOutput(const akde::RangeSettings& settings, const platform::SpatialReference& reference,
+               const platform::Services& services, bool json, Console& console);
+
+    void Add(const akde::RangeRecord& record);
+
+    /// The exit code.
+    int Finish(const akde::RangeOutcome& outcome);
+
+private:
+    std::string WritePage(const akde::RangeOutcome& outcome);
+    void PrintPlaces(const akde::RangeOutcome& outcome, const std::string& page);
+
+    const akde::RangeSettings& m_settings;
+    Console& m_console;
+    bool m_asJson;
+    bool m_metres;
+    Json m_animals = Json::array();
+    results_page::RangePage m_page;
+};
 
 }  // namespace wxl::cli

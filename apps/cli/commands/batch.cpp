@@ -1,11 +1,14 @@
 #include "apps/cli/commands/batch.h"
 
 #include "apps/cli/batch_session.h"
+#include "apps/cli/commands/akde_output.h"
+#include "apps/cli/commands/akde_session.h"
 #include "apps/cli/commands/kde_defaults.h"
 #include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
+#include "batch/range_task.h"
 #include "batch/task_run.h"
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
@@ -37,6 +40,17 @@ constexpr const char* kPlanFooter =
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons --tasks 4\n"
     "  wxl batch submit wolves --dry-run";
 
+constexpr const char* kPlanAkdeFooter =
+    "As wxl batch plan, for the work of wxl akde and with its options: the other commands of a batch\n"
+    "take this one too, and the results are those of wxl akde. The fixes with their times are in\n"
+    "points.bin and times.bin. --extent full fits all animals at once, as their grid depends on all\n"
+    "models; a task does so again for its own.\n"
+    "\n"
+    "Example:\n"
+    "\n"
+    "  wxl batch plan-akde wolves.csv --out wolves --gpkg --tasks 4\n"
+    "  wxl batch submit wolves --dry-run";
+
 constexpr const char* kRunFooter =
     "Computes one task of the batch planned in the folder DIR: reads the fixes of its own animals,\n"
     "writes their datasets, and last its result. A task that is done is left alone; one that was\n"
@@ -62,7 +76,7 @@ std::string duration_text(double seconds) {
     return fmt::format("{:.3g} h", seconds / 3600.0);
 }
 
-void report_plan(const batch::Plan& plan, Console& console) {
+void report_plan(const batch::PlanHead& plan, std::size_t animals, Console& console) {
     double total = 0.0;
     double longest = 0.0;
     double megabytes = 0.0;
@@ -71,9 +85,9 @@ void report_plan(const batch::Plan& plan, Console& console) {
         longest = std::max(longest, task.Seconds);
         megabytes = std::max(megabytes, task.Megabytes);
     }
-    console.Result("batch: " + batch::BatchFiles(plan.Frame.Folder).Folder.string());
-    console.Result(fmt::format("animals: {}, distributions: {}, tasks: {}", plan.Animals.size(),
-                               plan.DistributionCount(), plan.Tasks.size()));
+    console.Result("batch: " + batch::BatchFiles(plan.Folder).Folder.string());
+    console.Result(
+        fmt::format("animals: {}, distributions: {}, tasks: {}", animals, plan.Distributions(), plan.Tasks.size()));
     console.Result(fmt::format("estimated: {} on one core, {} for the longest task, {:.3g} MB for the largest",
                                duration_text(total), duration_text(longest), megabytes));
 }
@@ -138,14 +152,52 @@ void add_task(StatusList& list, std::size_t number, const batch::PlannedTask& ta
     if (!state.Fault.empty()) list.Faults.push_back(fmt::format("task {}: {}", number, state.Fault));
 }
 
+void add_tasks_option(CLI::App& command, std::size_t& tasks) {
+    command.add_option("--tasks", tasks, "About how many tasks; without it, of about ten minutes each")
+        ->type_name("N")
+        ->check(whole_number_between(1, 1'000'000));
+}
+
+batch::TaskOutcome run_kernels(BatchSession& session, const batch::Plan& plan, std::size_t number, bool again,
+                               Console& console) {
+    KdeOutput output = output_of(plan, false, console);
+    batch::TaskRun task(session.Services(), session.Geodata(), plan, host_name());
+    return task.Run(number, again, [&](const analysis::AnimalRecord& record) {
+        output.AnimalDone(record);
+        console.Finish();
+    });
+}
+
+batch::TaskOutcome run_ranges(const BatchSession& session, const batch::RangePlan& plan, std::size_t number, bool again,
+                              Console& console) {
+    ConsoleListener listener(console);
+    batch::RangeTask task(session.Services(), plan, listener, host_name());
+    return task.Run(number, again, [&](const akde::RangeRecord& record) {
+        console.Result(range_line(record));
+        console.Finish();
+    });
+}
+
 }  // namespace
 
 void register_batch_plan(CLI::App& command, BatchPlanOptions& options) {
     add_kde_options(command, options.Run);
-    command.add_option("--tasks", options.Tasks, "About how many tasks; without it, of about ten minutes each")
-        ->type_name("N")
-        ->check(whole_number_between(1, 1'000'000));
+    add_tasks_option(command, options.Tasks);
     command.footer(kPlanFooter);
+}
+
+void register_batch_plan_akde(CLI::App& command, BatchPlanAkdeOptions& options) {
+    add_akde_options(command, options.Run);
+    add_tasks_option(command, options.Tasks);
+    command.footer(kPlanAkdeFooter);
+}
+
+int run_batch_plan_akde(const BatchPlanAkdeOptions& options, Console& console) {
+    AkdeSession session(options.Run, console);
+    session.PrepareOutput();
+    const batch::RangePlan plan = session.Plan(options.Tasks);
+    report_plan(plan, plan.Animals.Animals.size(), console);
+    return exit_code::kDone;
 }
 
 int run_batch_plan(const BatchPlanOptions& given, Console& console) {
@@ -160,7 +212,7 @@ int run_batch_plan(const BatchPlanOptions& given, Console& console) {
     });
     console.EndProgress();
     if (!plan) return exit_code::kFailed;
-    report_plan(*plan, console);
+    report_plan(*plan, plan->Animals.size(), console);
     return exit_code::kDone;
 }
 
@@ -174,12 +226,9 @@ void register_batch_run(CLI::App& command, BatchRunOptions& options) {
 int run_batch_run(const BatchRunOptions& options, Console& console) {
     const std::size_t number = task_of(options);
     BatchSession session(options.Folder, console);
-    KdeOutput output = session.Output(false);
-    batch::TaskRun task(session.Services(), session.Geodata(), session.Plan(), host_name());
-    const auto outcome = task.Run(number, options.Again, [&](const analysis::AnimalRecord& record) {
-        output.AnimalDone(record);
-        console.Finish();
-    });
+    const batch::RangePlan* ranges = session.Ranges();
+    const auto outcome = ranges != nullptr ? run_ranges(session, *ranges, number, options.Again, console)
+                                           : run_kernels(session, *session.Kernels(), number, options.Again, console);
     if (outcome == batch::TaskOutcome::kWasDone) console.Note(fmt::format("task {} is done already", number));
     return exit_code::kDone;
 }
@@ -192,8 +241,8 @@ void register_batch_status(CLI::App& command, BatchStatusOptions& options) {
 
 int run_batch_status(const BatchStatusOptions& options, Console& console) {
     BatchSession session(options.Folder, console);
-    const batch::Plan& plan = session.Plan();
-    const batch::BatchFiles files(plan.Frame.Folder);
+    const batch::PlanHead& plan = session.Head();
+    const batch::BatchFiles files(plan.Folder);
     const platform::Services& services = session.Services();
     StatusList list;
     for (std::size_t number = 1; number <= plan.Tasks.size(); ++number)

@@ -1,5 +1,6 @@
 #pragma once
 #include "apps/cli/commands.h"
+#include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/kde.h"
 #include "apps/cli/console.h"
 
@@ -21,6 +22,14 @@ struct BatchPlanOptions {
 };
 void register_batch_plan(CLI::App& command, BatchPlanOptions& options);
 int run_batch_plan(const BatchPlanOptions& options, Console& console);
+
+/// wxl batch plan-akde: the same for a run of wxl akde.
+struct BatchPlanAkdeOptions {
+    AkdeOptions Run;
+    std::size_t Tasks = 0;
+};
+void register_batch_plan_akde(CLI::App& command, BatchPlanAkdeOptions& options);
+int run_batch_plan_akde(const BatchPlanAkdeOptions& options, Console& console);
 
 /// wxl batch run: one task.
 struct BatchRunOptions {

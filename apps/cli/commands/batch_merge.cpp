@@ -2,10 +2,12 @@
 #include "analysis/summary_table.h"
 #include "apps/cli/batch_session.h"
 #include "apps/cli/batch_tasks.h"
+#include "apps/cli/commands/akde_output.h"
 #include "apps/cli/commands/batch.h"
+#include "apps/cli/timed_fixes.h"
 #include "batch/merge.h"
 #include "batch/planner.h"
-#include "batch/task_state.h"
+#include "batch/range_merge.h"
 #include "results_page/results_page.h"
 
 #include <CLI/CLI.hpp>
@@ -18,8 +20,9 @@ namespace {
 
 constexpr const char* kFooter =
     "Ends the batch in the folder DIR when all its tasks are done: writes the report in the order\n"
-    "of the animals, with the messages and results on the terminal, as wxl kde would have. A merge\n"
-    "that was killed may be repeated.\n"
+    "of the animals, with the messages and results on the terminal, as wxl kde would have; of a\n"
+    "batch of wxl akde the summary, the package and the page. A merge that was killed may be\n"
+    "repeated.\n"
     "\n"
     "Example:\n"
     "\n"
@@ -34,18 +37,12 @@ void register_batch_merge(CLI::App& command, BatchMergeOptions& options) {
     command.footer(kFooter);
 }
 
-int run_batch_merge(const BatchMergeOptions& options, Console& console) {
-    BatchSession session(options.Folder, console);
+namespace {
+
+int merge_kernels(const BatchSession& session, const batch::Plan& plan, const BatchMergeOptions& options,
+                  Console& console) {
     const platform::Services& services = session.Services();
-    const batch::Plan& plan = session.Plan();
-    if (batch::is_merged(*services.Files, batch::BatchFiles(plan.Frame.Folder))) {
-        console.Note("this batch is merged already");
-        return exit_code::kDone;
-    }
-    if (const std::string unfinished = unfinished_text(services, plan); !unfinished.empty())
-        return console.Fail(
-            fmt::format("the batch is not finished: {}; wxl batch submit sends what is missing", unfinished));
-    KdeOutput output = session.Output(options.Json);
+    KdeOutput output = output_of(plan, options.Json, console);
     analysis::SummaryTable summary(services);
     analysis::ConvexPolygonLayer polygons(services);
     analysis::RangePackage ranges(services);
@@ -54,9 +51,31 @@ int run_batch_merge(const BatchMergeOptions& options, Console& console) {
     batch::Merge(services, plan).Run(observers);
     analysis::show_ending(*services.Messages, false);
     output.Finish(analysis::RunOutcome::kComplete);
-    if (options.Clean) batch::remove_batch(services, plan.Frame.Folder);
+    if (options.Clean) batch::remove_batch(services, plan.Folder);
     const int code = exit_code_of(analysis::RunOutcome::kComplete, output, console);
     return with_extras(code, summary, polygons, ranges, page, options.Json, console);
+}
+
+int merge_ranges(const BatchSession& session, const batch::RangePlan& plan, const BatchMergeOptions& options,
+                 Console& console) {
+    AkdeOutput output(plan.Wanted, plan.Animals.Reference, session.Services(), options.Json, console);
+    ConsoleListener listener(console);
+    const akde::RangeOutcome outcome = batch::merge_ranges(
+        session.Services(), plan, listener, [&](const akde::RangeRecord& record) { output.Add(record); });
+    if (options.Clean) batch::remove_batch(session.Services(), plan.Folder);
+    return output.Finish(outcome);
+}
+
+}  // namespace
+
+int run_batch_merge(const BatchMergeOptions& options, Console& console) {
+    const BatchSession session(options.Folder, console);
+    if (session.IsMerged()) return exit_code::kDone;
+    if (const std::string unfinished = unfinished_text(session.Services(), session.Head()); !unfinished.empty())
+        return console.Fail(
+            fmt::format("the batch is not finished: {}; wxl batch submit sends what is missing", unfinished));
+    if (const batch::RangePlan* ranges = session.Ranges()) return merge_ranges(session, *ranges, options, console);
+    return merge_kernels(session, *session.Kernels(), options, console);
 }
 
 }  // namespace wxl::cli

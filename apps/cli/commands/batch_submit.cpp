@@ -33,9 +33,9 @@ constexpr const char* kFooter =
     "  wxl batch submit wolves --engine local --jobs 4";
 
 int submit_here(BatchSession& session, const std::vector<std::size_t>& tasks, std::size_t jobs, Console& console) {
-    if (!run_tasks_here(session.Services(), session.Plan(), tasks, jobs, console)) return exit_code::kFailed;
+    if (!run_tasks_here(session.Services(), session.Head(), tasks, jobs, console)) return exit_code::kFailed;
     BatchMergeOptions merge;
-    merge.Folder = session.Plan().Frame.Folder.string();
+    merge.Folder = session.Head().Folder.string();
     return run_batch_merge(merge, console);
 }
 
@@ -49,7 +49,7 @@ SlurmSettings settings_of(const BatchSubmitOptions& options, const std::vector<s
     return settings;
 }
 
-int print_scripts(const batch::Plan& plan, const SlurmSettings& settings, Console& console) {
+int print_scripts(const batch::PlanHead& plan, const SlurmSettings& settings, Console& console) {
     for (std::string script :
          {settings.Tasks.empty() ? std::string() : array_script(plan, settings), merge_script(plan, settings)}) {
         if (script.empty()) continue;
@@ -59,9 +59,9 @@ int print_scripts(const batch::Plan& plan, const SlurmSettings& settings, Consol
     return exit_code::kDone;
 }
 
-int submit_to_slurm(const platform::Services& services, const batch::Plan& plan, const SlurmSettings& settings,
+int submit_to_slurm(const platform::Services& services, const batch::PlanHead& plan, const SlurmSettings& settings,
                     Console& console) {
-    const batch::BatchFiles files(plan.Frame.Folder);
+    const batch::BatchFiles files(plan.Folder);
     std::vector<std::string> after;
     if (!settings.Tasks.empty()) {
         platform::PublishFile(*services.Files, files.Folder / "tasks.sh", array_script(plan, settings));
@@ -101,11 +101,8 @@ void register_batch_submit(CLI::App& command, BatchSubmitOptions& options) {
 int run_batch_submit(const BatchSubmitOptions& options, Console& console) {
     BatchSession session(options.Folder, console);
     const platform::Services& services = session.Services();
-    const batch::Plan& plan = session.Plan();
-    if (batch::is_merged(*services.Files, batch::BatchFiles(plan.Frame.Folder))) {
-        console.Note("this batch is merged already");
-        return exit_code::kDone;
-    }
+    const batch::PlanHead& plan = session.Head();
+    if (session.IsMerged()) return exit_code::kDone;
     const std::vector<std::size_t> tasks = open_tasks(services, plan);
     if (options.Engine == "local") return submit_here(session, tasks, options.Jobs, console);
     const SlurmSettings settings = settings_of(options, tasks);

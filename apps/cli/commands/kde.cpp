@@ -140,10 +140,6 @@ constexpr const char* kFooter =
     "  wxl kde wolves.shp --id-field animal --out kde --cell-size 100 \\\n"
     "      --bandwidth lscv --extent min --isopleths 95,50 --polygons";
 
-/// Enough tasks for each process that all end at about the same time.
-constexpr std::size_t kTasksPerJob = 8;
-constexpr int kMostJobs = 1024;
-
 }  // namespace
 
 int with_extras(int code, const analysis::SummaryTable& summary, const analysis::ConvexPolygonLayer& polygons,
@@ -221,10 +217,7 @@ void add_kde_options(CLI::App& command, KdeOptions& options) {
 
 void register_kde(CLI::App& command, KdeOptions& options) {
     add_kde_options(command, options);
-    command.add_option("--jobs", options.Jobs, "Compute in N processes side by side; the results are the same")
-        ->type_name("N")
-        ->check(whole_number_between(1, kMostJobs))
-        ->capture_default_str();
+    add_jobs_option(command, options.Jobs);
     command.add_flag("--json", options.Json, "One JSON object on standard output");
     command.add_flag("--dry-run", options.DryRun, "Print what would be computed, and write nothing");
     command.footer(kFooter);

@@ -4,12 +4,12 @@
 #include "adapters/ogr/ogr_source.h"
 #include "adapters/raster/raster_dataset.h"
 #include "adapters/shapefile/shapefile_parts.h"
+#include "apps/cli/batch_session.h"
 #include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_form.h"
 #include "apps/cli/output_folder.h"
 #include "apps/cli/stop_signals.h"
 #include "batch/planner.h"
-#include "batch/task_state.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -153,11 +153,7 @@ void prepare_output(const KdeOptions& options, kde_tool::frmKDE& form) {
     if (!std::filesystem::is_directory(folder)) make_output_folder(folder);
     if (files::is_protected(folder))
         platform::Raise(platform::error_number::kPermissionDenied, "The folder " + folder.string() + " is read-only.");
-    if (!options.Overwrite && batch::has_open_batch(*form.Services().Files, folder))
-        platform::Raise(platform::error_number::kPermissionDenied,
-                        folder.string() +
-                            " holds a planned batch that is not merged yet: finish it (wxl batch status tells how it "
-                            "stands), choose another folder, or give --overwrite");
+    if (!options.Overwrite) refuse_open_batch(*form.Services().Files, folder);
     if (!options.Overwrite) return;
     delete_outputs(form);
     batch::remove_batch(form.Services(), folder);

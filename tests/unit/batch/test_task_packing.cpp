@@ -35,6 +35,11 @@ TEST(TaskPacking, Work_without_a_cost_is_shared_by_number) {
     EXPECT_THAT(pack_tasks(std::vector<double>(4, 0.0), 2), ElementsAre(TaskWork{0, 1}, TaskWork{2, 3}));
 }
 
+TEST(TaskPacking, Work_without_a_cost_beside_whole_tasks_is_one_task) {
+    EXPECT_THAT(pack_tasks(std::vector{1.0, 0.0, 1.0, 0.0}, 2), ElementsAre(TaskWork{0}, TaskWork{1, 3}, TaskWork{2}));
+    EXPECT_THAT(pack_tasks(std::vector{1.0, 0.0}, 16), ElementsAre(TaskWork{0}, TaskWork{1}));
+}
+
 TEST(TaskPacking, Costs_that_are_no_numbers_count_as_nothing) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinity = std::numeric_limits<double>::infinity();

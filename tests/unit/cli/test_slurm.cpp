@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 /// Three tasks, four distributions; the points are a file of 3,000,000 bytes.
 batch::Plan plan_in(const fs::path& output) {
     batch::Plan plan;
-    plan.Frame.Folder = output;
+    plan.Folder = output;
     plan.Frame.Values = {0.5, 1.0};
     plan.Animals = {{std::int64_t{1}, "1", ""}, {std::int64_t{2}, "2", ""}};
     plan.Tasks = {{{0}, 30.0, 1000.0}, {{1, 2}, 100.0, 10.0}, {{3}, 7.0, 20.0}};

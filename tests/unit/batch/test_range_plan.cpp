@@ -1,0 +1,140 @@
+#include "batch/json_codec.h"
+#include "batch/range_plan.h"
+#include "platform/runtime_error.h"
+#include "tests/unit/kde_tool/run_fixture.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace wxl::batch {
+namespace {
+
+using testing::HasSubstr;
+
+struct RangePlanTest : kde_tool::RunTest {
+    const BatchFiles Batch{"/out"};
+    akde::RangeSettings Wanted;
+    akde::TimedAnimals Animals;
+
+    RangePlanTest() {
+        Disk->AddFolder("/data");
+        Disk->AddFile("/data/wolves.csv", "abc");
+        Wanted.Folder = "/out";
+        Wanted.Fields = {"animal", "Date,Time1"};
+        Wanted.Fit.Given = akde::parse_given_model("OUF:isotropic:86400,3600");
+        Wanted.Prefix = "K";
+        Wanted.Buffer = 0.1 + 0.2;
+        Wanted.Extent = akde::RangeExtent::kFull;
+        Wanted.Reference = {1.5, -2.5, 30.0, 12, 7};
+        Wanted.Percentages = {95.0, 12.5};
+        Wanted.SourceOptions = {"--every", "4h"};
+        Wanted.GeoPackage = true;
+        Wanted.AnimalsPerSubfolder = 1;
+        Animals.Reference = {"UTM", "PROJCS[...]", "metre", 1.0, false};
+        akde::TimedAnimal wolf;
+        wolf.Id = std::string("wolf");
+        wolf.NamingId = "1";
+        wolf.Fixes = {{1.25, 2.5}, {3.0, 4.0}, {7.0, 1.0}};
+        // Nanoseconds are beyond the whole numbers that a double has.
+        wolf.Times = {{1600000000000000001, 0.0}, {1600000000000000002, 0.25}, {-5, 0.5}};
+        wolf.WithoutTime = 2;
+        wolf.FirstUnreadable = "noon";
+        Animals.Animals = {wolf};
+        akde::spread_over_subfolders(Animals, 1);
+    }
+
+    RangePlan Planned() { return plan_ranges(Services, Wanted, Animals, {"wxl 1", "/data/wolves.csv", 2}); }
+
+    std::string FaultAfter(const std::function<void(Json&)>& change) {
+        Planned();
+        Json json;
+        read_json(Files, Batch.Plan(), {}, [&](const Json& read) { json = read; });
+        change(json);
+        write_json(Files, Batch.Plan(), json);
+        try {
+            read_range_plan(Files, "/out");
+        } catch (const platform::RuntimeError& fault) {
+            return fault.Description;
+        }
+        return {};
+    }
+};
+
+TEST_F(RangePlanTest, Settings_animals_and_tasks_come_back) {
+    const RangePlan made = Planned();
+    EXPECT_TRUE(is_range_plan(Files, "/out"));
+    const RangePlan read = read_range_plan(Files, "/out");
+    EXPECT_EQ(read.Id, made.Id);
+    EXPECT_EQ(read.Folder, "/out");
+    EXPECT_EQ(read.Input.at(0).Path, "/data/wolves.csv");
+    EXPECT_EQ(read.Tasks.size(), 1U);
+    EXPECT_EQ(read.Tasks.at(0).Work, TaskWork{0});
+    EXPECT_EQ(read.Wanted.Fields.Time, "Date,Time1");
+    EXPECT_EQ(read.Wanted.Fit.Given->Model.Scales.Velocity, 3600.0);
+    EXPECT_EQ(read.Wanted.Fit.Given->Shape, movement_models::RangeShape::kIsotropic);
+    EXPECT_EQ(*read.Wanted.Buffer, 0.1 + 0.2);
+    EXPECT_FALSE(read.Wanted.CellSize);
+    EXPECT_EQ(read.Wanted.Reference.Columns, 12);
+    EXPECT_EQ(read.Wanted.Percentages, Wanted.Percentages);
+    EXPECT_EQ(read.Wanted.SourceOptions, Wanted.SourceOptions);
+    EXPECT_TRUE(read.Wanted.GeoPackage);
+    EXPECT_FALSE(read.Wanted.Html);
+    EXPECT_EQ(read.Animals.Reference.Name, "UTM");
+    EXPECT_EQ(read.Animals.Animals.at(0).Subfolder, "animals_1-1");
+    EXPECT_EQ(read.Animals.Animals.at(0).FirstUnreadable, "noon");
+    EXPECT_TRUE(read.Animals.Animals.at(0).Fixes.empty());
+}
+
+TEST_F(RangePlanTest, Fixes_and_times_come_back_to_the_last_bit) {
+    const RangePlan plan = Planned();
+    const akde::TimedAnimal wolf = TimedStore(Files, plan).Read(0);
+    ASSERT_EQ(wolf.Fixes.size(), 3U);
+    EXPECT_EQ(wolf.Fixes[0].X, 1.25);
+    EXPECT_EQ(wolf.Times.at(0).Seconds, 1600000000000000001);
+    EXPECT_EQ(wolf.Times.at(1).Fraction, 0.25);
+    EXPECT_EQ(wolf.Times.at(2).Seconds, -5);
+    EXPECT_EQ(wolf.WithoutTime, 2U);
+    EXPECT_EQ(TimedStore(Files, plan).ReadAll().Animals.size(), 1U);
+}
+
+TEST_F(RangePlanTest, What_no_run_could_have_planned_is_refused) {
+    EXPECT_THAT(FaultAfter([](Json& json) { json["estimator"] = "kde"; }), HasSubstr("it plans other estimates"));
+    EXPECT_THAT(FaultAfter([](Json& json) { json["format"] = 3; }), HasSubstr("another version of wxl wrote it"));
+    EXPECT_NE(FaultAfter([](Json& json) { json["animals"]["list"][0][1] = "../1"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["animals"]["list"][0][4] = "/etc"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["settings"]["prefix"] = "a/b"; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["settings"]["percentages"] = {100.0}; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["settings"]["scaling"] = 0.0; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["settings"]["reference"]["cell_size"] = 0.0; }), "");
+    EXPECT_NE(FaultAfter([](Json& json) { json["tasks"] = Json::array(); }), "");
+    Planned();
+    Json whole;
+    read_json(Files, Batch.Plan(), {}, [&](const Json& read) { whole = read; });
+    for (const auto& [key, value] : whole.items()) {
+        const std::string name = key;
+        EXPECT_THAT(FaultAfter([&](Json& json) { json.erase(name); }),
+                    HasSubstr("Plan the batch anew with --overwrite."))
+            << name;
+    }
+    for (const auto& [key, value] : whole["settings"].items()) {
+        const std::string name = key;
+        EXPECT_NE(FaultAfter([&](Json& json) { json["settings"].erase(name); }), "") << name;
+    }
+}
+
+TEST_F(RangePlanTest, The_plan_of_kernel_densities_is_no_plan_of_ranges_nor_the_other_way_round) {
+    Planned();
+    EXPECT_THROW(read_plan(Files, "/out"), platform::RuntimeError);
+}
+
+TEST_F(RangePlanTest, Stores_of_another_batch_are_refused) {
+    const RangePlan plan = Planned();
+    Animals.Animals.push_back(Animals.Animals.front());
+    Planned();
+    EXPECT_THROW(TimedStore(Files, plan), platform::RuntimeError);
+}
+
+}  // namespace
+}  // namespace wxl::batch
