@@ -42,6 +42,17 @@ std::string bytes_of_hex(const std::string& hex) {
     return bytes;
 }
 
+/// What is wrong with a text of JSON, without the words of its parser.
+std::string plain_fault(const Json::exception& fault) {
+    constexpr int kKeyNotFound = 403;
+    if (dynamic_cast<const Json::parse_error*>(&fault) != nullptr) return "it is no JSON, or was cut short";
+    const std::string_view words = fault.what();
+    const std::size_t first = words.find('\'');
+    const std::size_t last = words.rfind('\'');
+    if (fault.id != kKeyNotFound || first >= last) return "a value of another kind than is expected";
+    return "it lacks \"" + std::string(words.substr(first + 1, last - first - 1)) + "\"";
+}
+
 std::string described(const std::filesystem::path& file, const std::string& why, const std::string& advice) {
     return file.string() + " cannot be used (" + why + "). " + advice;
 }
@@ -166,7 +177,7 @@ void read_json(const platform::IFileSystem& files, const std::filesystem::path& 
     try {
         read(Json::parse(text));
     } catch (const Json::exception& fault) {
-        platform::Raise(platform::error_number::kDeviceIo, described(file, fault.what(), advice));
+        platform::Raise(platform::error_number::kDeviceIo, described(file, plain_fault(fault), advice));
     } catch (...) {
         platform::Raise(platform::error_number::kDeviceIo,
                         described(file, platform::CurrentError().Description, advice));

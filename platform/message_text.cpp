@@ -6,8 +6,18 @@ bool is_failure(const MessageBox& box) {
     return box.Kind == BoxKind::kFault || box.Kind == BoxKind::kRefusal;
 }
 
+namespace {
+
+/// Whether the text says its title itself, one "Warning:" of several "Warnings" too.
+bool is_told(const std::string& title, const std::string& text) {
+    if (title.empty() || text.starts_with(title + ":")) return true;
+    return title.ends_with('s') && text.starts_with(title.substr(0, title.size() - 1) + ":");
+}
+
+}  // namespace
+
 std::string PlainText(const MessageBox& box) {
-    const bool isTold = box.Title.empty() || box.Text.starts_with(box.Title + ":");
+    const bool isTold = is_told(box.Title, box.Text);
     const std::string text = isTold ? box.Text : box.Title + ": " + box.Text;
     std::string lines;
     for (std::size_t i = 0; i < text.size(); ++i) {

@@ -1,5 +1,6 @@
 #include "adapters/gdal/database_check.h"
 
+#include "adapters/gdal/plain_words.h"
 #include "adapters/gdal/source_rules.h"
 #include "adapters/gdal/sqlite_fence.h"
 #include "platform/text.h"
@@ -45,7 +46,8 @@ std::string column_text(sqlite3_stmt& statement, int column) {
                     "), and commands that read leave it alone: make the change again (wxl obs-fields and "
                     "wxl remove-duplicates first take back what was cut short), or open the file in QGIS and save it");
     }
-    platform::Raise(error_number::kDeviceIo, path.string() + " could not be read: " + sqlite3_errmsg(&database));
+    platform::Raise(error_number::kDeviceIo,
+                    path.string() + " could not be read: " + plain_words(sqlite3_errmsg(&database)));
 }
 
 SqlitePtr opened(const fs::path& path) {

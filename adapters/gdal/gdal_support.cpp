@@ -2,6 +2,7 @@
 
 #include "adapters/disk/disk_output_file.h"
 #include "adapters/disk/posix_error.h"
+#include "adapters/gdal/plain_words.h"
 #include "platform/file_system.h"
 #include "platform/runtime_error.h"
 
@@ -108,7 +109,7 @@ void GdalErrors::Receive(CPLErr severity, CPLErrorNum number, const char* messag
     auto& self = *static_cast<GdalErrors*>(CPLGetErrorHandlerUserData());
     if (severity < CE_Failure || self.m_failed) return;
     self.m_failed = true;
-    self.m_text = message == nullptr ? "" : message;
+    self.m_text = plain_words(message == nullptr ? "" : message);
 }
 
 void GdalErrors::Clear() {

@@ -3,6 +3,7 @@
 #include "adapters/disk/posix_error.h"
 #include "adapters/gdal/gdal_support.h"
 #include "adapters/gdal/grid_fence.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -74,13 +75,31 @@ void refuse_special_companions(const fs::path& path) {
     if (isFolder) refuse_special(path.string() + ".aux.xml");
 }
 
-void refuse_archive(const fs::path& file) {
+/// Up to four.
+std::string first_bytes(const fs::path& file) {
     std::ifstream source(file, std::ios::binary);
     std::array<char, 4> start{};
     source.read(start.data(), start.size());
-    const std::string_view magic(start.data(), static_cast<std::size_t>(source.gcount()));
+    return {start.data(), static_cast<std::size_t>(source.gcount())};
+}
+
+/// Workbooks are archives, too.
+void refuse_archive(const fs::path& file) {
+    const std::string magic = first_bytes(file);
+    if (magic == "PK\x03\x04" && has_ending_of_workbook(file))
+        throw IndirectSource(file.string() + " is a workbook",
+                             "make a layer of it by wxl import, or save its table as CSV (in a spreadsheet: Save as, "
+                             "CSV UTF-8) and import that");
     if (magic == "PK\x03\x04" || begins_with(magic, "\x1F\x8B"))
         throw IndirectSource(file.string() + " is an archive", "unpack it and name the file in it");
+}
+
+void refuse_old_workbook(const fs::path& file) {
+    if (first_bytes(file) == "\xD0\xCF\x11\xE0")
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        file.string() +
+                            " is an old Excel workbook or Word document: save the table as CSV (in a "
+                            "spreadsheet: Save as, CSV UTF-8), and import that");
 }
 
 /// Whether a driver knows the file by its first bytes or its name, without opening it.
@@ -125,8 +144,14 @@ void CheckPlainFile(const fs::path& path) {
     if (S_ISREG(status.st_mode)) refuse_archive(path);
 }
 
+bool has_ending_of_workbook(const fs::path& file) {
+    const std::string ending = platform::UpperCase(file.extension().string());
+    return ending == ".XLSX" || ending == ".XLSM" || ending == ".ODS";
+}
+
 void CheckPlain(const fs::path& path) {
     CheckPlainFile(path);
+    refuse_old_workbook(path);
     refuse_special_companions(path);
 }
 

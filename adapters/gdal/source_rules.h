@@ -28,6 +28,9 @@ inline constexpr const char* kNameTheFile = "name the file that holds them";
 /// What is read of a dataset.
 enum class DataKind { kVector, kRaster };
 
+/// Whether its name says that a file is an Excel or OpenDocument workbook of today.
+bool has_ending_of_workbook(const std::filesystem::path& file);
+
 /// IndirectSource when `path` is an address, an archive, a pipe or a device; RuntimeError 53 or 76 when nothing stands
 /// there. Nothing but the first bytes of the file is read.
 void CheckPlainFile(const std::filesystem::path& path);

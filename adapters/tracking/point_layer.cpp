@@ -2,6 +2,7 @@
 
 #include "adapters/gdal/database_check.h"
 #include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/source_rules.h"
 #include "adapters/gdal/text_lengths.h"
 #include "adapters/tracking/text_file.h"
 #include "platform/runtime_error.h"
@@ -47,6 +48,11 @@ GdalDatasetPtr open_dataset(const fs::path& file) {
     files::CheckXmlTexts(file);
     const GdalErrors errors;
     GdalDatasetPtr dataset(GDALDataset::Open(file.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, kDrivers.data()));
+    if (!dataset && files::has_ending_of_workbook(file))
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        file.string() +
+                            " could not be read as a workbook: save its table as CSV (in a spreadsheet: Save as, CSV "
+                            "UTF-8), and import that");
     if (!dataset) errors.RaiseReading(file);
     return dataset;
 }

@@ -69,9 +69,7 @@ SpatialReference reference_of(const std::string& text, const std::string& option
 void check_plain_file(const std::string& input) {
     std::error_code ignored;
     const bool isThere = fs::exists(input, ignored);
-    const std::string ending = platform::UpperCase(fs::path(input).extension().string());
-    if (isThere && fs::is_regular_file(input, ignored) && (ending == ".XLSX" || ending == ".ODS" || ending == ".XLSM"))
-        return;
+    if (isThere && fs::is_regular_file(input, ignored) && files::has_ending_of_workbook(input)) return;
     try {
         if (isThere) files::CheckPlainFile(input);
     } catch (const files::IndirectSource& refused) {

@@ -91,6 +91,24 @@ std::string no_command(const CLI::App& command, const std::string& given) {
     return fmt::format("there is no command \"{}\"{}", given, name ? fmt::format("; is it {}?", *name) : "");
 }
 
+/// The parser's words for a value that is none of its option's, and for one that is not there, as a sentence.
+std::string plain_refusal(const CLI::App& command, const CLI::ParseError& refusal) {
+    const std::string words = refusal.what();
+    constexpr std::string_view kNoValue = "Could not convert: ";
+    if (const std::size_t equals = words.find(" = "); words.starts_with(kNoValue) && equals != std::string::npos) {
+        const std::string name = words.substr(kNoValue.size(), equals - kNoValue.size());
+        const CLI::Option* option = command.get_option_no_throw(name);
+        if (option != nullptr && option->get_items_expected_max() == 0) return name + " takes no value";
+        return fmt::format("{}: \"{}\" is no number", name, words.substr(equals + 3));
+    }
+    const std::size_t colon = words.find(": 1 required ");
+    constexpr std::string_view kMissing = " missing";
+    if (colon == std::string::npos || !words.ends_with(kMissing)) return words;
+    const std::size_t kind = colon + std::string_view(": 1 required ").size();
+    return fmt::format("{} needs a value: {}", words.substr(0, colon),
+                       words.substr(kind, words.size() - kMissing.size() - kind));
+}
+
 std::string problem_of(const CLI::App& program, const CLI::App& command, const CLI::ParseError& refusal) {
     const Names unknown = program.remaining(true);
     const bool hasCommands = !commands_of(command).empty();
@@ -100,7 +118,7 @@ std::string problem_of(const CLI::App& program, const CLI::App& command, const C
         if (const std::string option = option_name(argument); !option.empty()) return no_option(command, option);
     if (!unknown.empty()) return fmt::format("\"{}\" is one argument too many", unknown.front());
     if (hasCommands) return fmt::format("name a command of it: {}", fmt::join(commands_of(command), ", "));
-    return refusal.what();
+    return plain_refusal(command, refusal);
 }
 
 }  // namespace

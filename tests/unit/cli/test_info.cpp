@@ -1,7 +1,9 @@
 #include "tests/unit/cli/layer_files.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace wxl::cli {
 namespace {
@@ -88,6 +90,27 @@ TEST(Info, Unknown_field_is_told_with_the_fields_there_are) {
     EXPECT_EQ(ran.Code, 1);
     EXPECT_EQ(ran.Out, "");
     EXPECT_EQ(ran.Err, "wxl: " + layer + " has no field \"wolf\"; its fields are: animal, Time2, Date, Time1\n");
+}
+
+TEST(Info, Workbooks_and_damaged_databases_are_told_with_the_way_on) {
+    ScratchFolder folder;
+    const auto told = [&](const char* name, const std::string& bytes) {
+        const std::string file = folder / name;
+        std::ofstream(file, std::ios::binary) << bytes;
+        const Ran ran = run_wxl({"info", file});
+        EXPECT_EQ(ran.Code, 1);
+        return ran.Err.substr(std::string("wxl: " + file).size());
+    };
+    EXPECT_EQ(
+        told("a.xlsx", "PK\x03\x04 and so on"),
+        " is a workbook: make a layer of it by wxl import, or save its table as CSV (in a spreadsheet: Save as, CSV "
+        "UTF-8) and import that, or give --allow-indirect\n");
+    EXPECT_EQ(
+        told("a.xls", "\xD0\xCF\x11\xE0 and so on"),
+        " is an old Excel workbook or Word document: save the table as CSV (in a spreadsheet: Save as, CSV UTF-8), and "
+        "import that\n");
+    EXPECT_EQ(told("a.gpkg", "SQLite format 3" + std::string(2000, '\0')),
+              " could not be read: the file is no database, or a damaged one\n");
 }
 
 }  // namespace

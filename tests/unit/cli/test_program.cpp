@@ -65,6 +65,9 @@ TEST(Program, Misspelled_option_is_told_with_the_nearest) {
     EXPECT_EQ(kde({"-x"}), "wxl: there is no option -x; is it --x?" + more);
     EXPECT_EQ(kde({"-7"}), "wxl: there is no option -7;" + more);
     EXPECT_EQ(kde({"more.shp"}), "wxl: \"more.shp\" is one argument too many;" + more);
+    EXPECT_EQ(kde({"--json=abc"}), "wxl: --json takes no value;" + more);
+    EXPECT_EQ(kde({"--out"}), "wxl: --out needs a value: DIR;" + more);
+    EXPECT_EQ(kde({"--max-dop", "high"}), "wxl: --max-dop: \"high\" is no number;" + more);
     EXPECT_EQ(problem({"kde", "x.shp", "--idfield", "animal"}),
               "wxl: there is no option --idfield; is it --id-field?" + more);
     EXPECT_EQ(problem({"bandwidth", "x.shp"}), "wxl: --id-field is required; wxl bandwidth --help tells more\n");
