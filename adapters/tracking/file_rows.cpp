@@ -215,9 +215,9 @@ bool FileRows::NextRow() {
 
 /// Rows of nothing, or of dashes, as reports have them between groups and at their ends.
 bool FileRows::IsBlankRow() const {
-    for (const std::string_view cell : m_reader.Cells())
-        if (cell.find_first_not_of(" -=\t\"") != std::string_view::npos) return false;
-    return true;
+    return std::ranges::all_of(m_reader.Cells(), [](std::string_view cell) {
+        return cell.find_first_not_of(" -=\t\"") == std::string_view::npos;
+    });
 }
 
 std::string_view FileRows::Cell(std::size_t column) const {

@@ -104,11 +104,11 @@ private:
             return;
         }
         if (const auto* text = std::get_if<std::string>(&value); text != nullptr && column.Type == 'C') {
-            std::memcpy(cell, text->data(), std::min(text->size(), column.Width));
+            std::copy_n(text->data(), std::min(text->size(), column.Width), cell);
             return;
         }
         const std::string made = files::dbf_cell(column, value, kEncoding, field);
-        std::memcpy(cell, made.data(), made.size());
+        std::ranges::copy(made, cell);
     }
 
     std::vector<Field> m_fields;

@@ -184,10 +184,10 @@ std::optional<std::size_t> letters(const ColumnHeader& header, const std::vector
 }
 
 bool names_direction(const std::string& all, std::string_view letter, std::string_view word) {
-    for (const std::string_view start : {"lon", "long", "longitude", "lat", "latitude"})
-        if (all == std::string(start) + std::string(letter) || all == std::string(start) + std::string(word))
-            return true;
-    return false;
+    const auto starts = {"lon", "long", "longitude", "lat", "latitude"};
+    return std::ranges::any_of(starts, [&](std::string_view start) {
+        return all == std::string(start) + std::string(letter) || all == std::string(start) + std::string(word);
+    });
 }
 
 }  // namespace
