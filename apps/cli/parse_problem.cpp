@@ -94,12 +94,14 @@ std::string no_command(const CLI::App& command, const std::string& given) {
 /// The parser's words for a value that is none of its option's, and for one that is not there, as a sentence.
 std::string plain_refusal(const CLI::App& command, const CLI::ParseError& refusal) {
     const std::string words = refusal.what();
-    constexpr std::string_view kNoValue = "Could not convert: ";
-    if (const std::size_t equals = words.find(" = "); words.starts_with(kNoValue) && equals != std::string::npos) {
-        const std::string name = words.substr(kNoValue.size(), equals - kNoValue.size());
-        const CLI::Option* option = command.get_option_no_throw(name);
-        if (option != nullptr && option->get_items_expected_max() == 0) return name + " takes no value";
-        return fmt::format("{}: \"{}\" is no number", name, words.substr(equals + 3));
+    const std::size_t name = words.find(": ") + 2;
+    const std::size_t equals = words.find(" = ");
+    if (dynamic_cast<const CLI::ConversionError*>(&refusal) != nullptr && equals != std::string::npos &&
+        name < equals) {
+        const std::string given = words.substr(name, equals - name);
+        const CLI::Option* option = command.get_option_no_throw(given);
+        if (option != nullptr && option->get_items_expected_max() == 0) return given + " takes no value";
+        return fmt::format("{}: \"{}\" is no number", given, words.substr(equals + 3));
     }
     const std::size_t colon = words.find(": 1 required ");
     constexpr std::string_view kMissing = " missing";

@@ -154,6 +154,39 @@ TEST_F(FullDisk, Leaves_whole_datasets_of_a_run_with_geotiffs) {
     FillUp(call);
 }
 
+// The package holds the ranges of an earlier run: it stays as it was, or has those of both.
+TEST_F(FullDisk, Leaves_the_package_of_ranges_as_it_was_or_whole) {
+    Prepare({"kde", Before / "fixes.shp", "--id-field", "animal", "--out", Before / "out", "--cell-size", "40",
+             "--extent", "min", "--isopleths", "95", "--polygons", "--prefix", "F", "--gpkg"});
+    std::vector<std::string> call = Kde();
+    call.emplace_back("--gpkg");
+    FillUp(call);
+}
+
+TEST_F(FullDisk, Leaves_no_half_geopackage_of_an_import) {
+    // Its bytes hold the time of the import, so that two are never the same.
+    const std::vector<std::string> call = {"import", Work / "table.csv", Work / "new.gpkg", "--from-crs", "EPSG:32633"};
+    int refused = 0;
+    int code = 1;
+    for (std::uintmax_t room = 0; code != 0 && room < 1500000; room = room * 3 / 2 + 4096) {
+        SCOPED_TRACE(std::to_string(room) + " bytes free");
+        Restore();
+        const Files old = datasets_in(Work);
+        LeaveFree(room);
+        const tests::FaultyRun run = Run(call);
+        code = run.Code;
+        if (code == 0) break;
+        ++refused;
+        EXPECT_TRUE(IsFullDisk(run.Err)) << run.Err;
+        fs::remove(Work / "ballast");
+        EXPECT_TRUE(datasets_in(Work) == old);
+    }
+    EXPECT_EQ(code, 0);
+    EXPECT_GT(refused, 0);
+    const cli::Ran info = cli::run_wxl({"info", Work / "new.gpkg"});
+    EXPECT_EQ(info.Code, 0) << info.Err;
+}
+
 TEST_F(FullDisk, Leaves_whole_isopleths) {
     FillUp(Isopleths());
 }

@@ -186,6 +186,46 @@ TEST_F(KilledRun, Leaves_whole_datasets_and_the_beginning_of_the_report) {
     for (const auto& entry : fs::directory_iterator(Out)) EXPECT_NE(entry.path().filename().string().front(), '.');
 }
 
+TEST_F(KilledRun, Leaves_the_package_of_ranges_as_it_was_or_whole) {
+    const fs::path package = Out / "RANGES.gpkg";
+    const fs::path saved = Folder / "saved";
+    Call.emplace_back("--gpkg");
+    std::string& prefix = Call.at(Call.size() - 2);
+    prefix = "E";
+    RunWhole();
+    fs::rename(Out, saved);
+    const std::string old = content(saved / "RANGES.gpkg");
+    const auto restore = [&] {
+        fs::remove_all(Out);
+        fs::copy(saved, Out, fs::copy_options::recursive);
+    };
+    prefix = "K";
+    restore();
+    const auto duration = RunWhole();
+    const std::string whole = content(package);
+    ASSERT_NE(whole, old);
+
+    const char* wanted = std::getenv("WXL_KILLS");
+    const int kills = wanted != nullptr ? std::atoi(wanted) : 10;
+    std::mt19937 random(13);
+    std::uniform_int_distribution<std::int64_t> moment(0, duration.count());
+    int midway = 0;
+    for (int i = 0; i < kills; ++i) {
+        restore();
+        RunAndKill(std::chrono::microseconds(moment(random)));
+        const std::string left = content(package);
+        EXPECT_TRUE(left == old || left == whole) << "after kill " << i;
+        if (left == old && fs::exists(Out / "K1")) ++midway;
+    }
+    EXPECT_GT(midway, 0) << "no kill met the batch at work";
+
+    // The next run takes what a killed one left for what it is.
+    Call.emplace_back("--overwrite");
+    RunWhole();
+    EXPECT_EQ(content(package) == whole, true);
+    for (const auto& entry : fs::directory_iterator(Out)) EXPECT_NE(entry.path().filename().string().front(), '.');
+}
+
 /// A run that is asked to stop, politely.
 struct StoppedRun : KilledRun, testing::WithParamInterface<int> {};
 
