@@ -2,7 +2,10 @@
 #include "tests/unit/cli/package_rows.h"
 #include "tests/unit/cli/raster_files.h"
 
+#include <array>
+#include <fstream>
 #include <gmock/gmock.h>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace wxl::cli {
@@ -295,6 +298,47 @@ TEST(Overlap, Groups_of_one_animal_are_compared) {
     EXPECT_EQ(json["animals"][1]["id"], "a 2019");
     EXPECT_EQ(json["pairs"][1]["hr_ij"], 1.0);  // the same fixes in both years
     EXPECT_EQ(json["pairs"][1]["hd"], 0.0);
+}
+
+/// Gives the row `row` of a shapefile of points other coordinates.
+void move_point(const std::string& shapefile, std::size_t row, double x, double y) {
+    std::fstream file(shapefile, std::ios::binary | std::ios::in | std::ios::out);
+    const std::array<double, 2> place = {x, y};
+    file.seekp(static_cast<std::streamoff>(100 + 28 * row + 12));
+    file.write(reinterpret_cast<const char*>(place.data()), 16);
+}
+
+// Places that are none count in no command; places that are absurd leave their own animal without a range.
+TEST(Overlap, Fixes_at_no_place_or_an_absurd_one_leave_the_others_as_they_are) {
+    ScratchFolder folder;
+    std::string rows;
+    for (int i = 0; i < 4; ++i) rows += "z,500000,4649000,2018-05-1" + std::to_string(i) + "\n";
+    const std::string good = make_layer(folder, two_clusters_and_a_loner());
+    const Json expected = Json::parse(
+        run_wxl({"overlap", good, "--id-field", "animal", "--where", "animal < 'c'", "--cell-size", "4", "--json"})
+            .Out);
+    ScratchFolder hostile;
+    const std::string layer = make_layer(hostile, two_clusters_and_a_loner() + rows);
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    move_point(layer, 40, kNan, 4649000.0);
+    move_point(layer, 41, 1e308, -1e308);
+    move_point(layer, 42, -1e308, 1e308);
+    move_point(layer, 43, 500000.0, -kInfinity);
+    const Ran ran = run_wxl(
+        {"overlap", layer, "--id-field", "animal", "--cell-size", "4", "--json", "--out", (folder / "out").string()});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_THAT(ran.Err, HasSubstr("2 points left out: no location\n"));
+    EXPECT_THAT(ran.Err, HasSubstr("c: not compared: no fix\n"));
+    EXPECT_THAT(ran.Err, HasSubstr("z: not compared: the fixes have no spread\n"));
+    const Json json = Json::parse(ran.Out);
+    EXPECT_EQ(json["pairs"][1], expected["pairs"][1]);
+    EXPECT_TRUE(json["pairs"][3]["ba"].is_null());
+    for (const char* command : {"mcp", "curve"}) {
+        const Ran other = run_wxl({command, layer, "--id-field", "animal"});
+        EXPECT_EQ(other.Code, 0) << other.Err;
+        EXPECT_THAT(other.Err, HasSubstr("2 points left out: no location\n"));
+    }
 }
 
 TEST(Overlap, Without_any_distribution_the_call_fails) {
