@@ -85,7 +85,11 @@ private:
 
 std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapSettings& settings,
                                   const ProgressSink& progress) {
-    const std::vector<PairSums> shared = pair_sums(set, settings.Conditional, progress);
+    return overlaps_from(set, settings, pair_sums(set, settings.Conditional, progress));
+}
+
+std::vector<PairOverlap> overlaps_from(const DensitySet& set, const OverlapSettings& settings,
+                                       const std::vector<PairSums>& shared) {
     PairRecords records(set, settings);
     if (!settings.AllPairs) {
         for (const PairSums& sums : shared)

@@ -1,6 +1,7 @@
 #pragma once
 // Overlap of utilization distributions: every pair of animals on one grid.
 
+#include "comparison/pair_table.h"
 #include "comparison/tiled_density.h"
 
 #include <cstdint>
@@ -52,5 +53,9 @@ using ProgressSink = std::function<void(double)>;
 /// to 1E-6 where one cell holds nearly all of a distribution.
 std::vector<PairOverlap> overlaps(const DensitySet& set, const OverlapSettings& settings,
                                   const ProgressSink& progress = nullptr);
+
+/// The same from sums that were made before.
+std::vector<PairOverlap> overlaps_from(const DensitySet& set, const OverlapSettings& settings,
+                                       const std::vector<PairSums>& shared);
 
 }  // namespace wxl::comparison

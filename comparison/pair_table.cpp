@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -104,13 +105,22 @@ struct Block {
     std::vector<LiveTile> Tiles;
 };
 
-Block block_from(std::span<const TiledDensity> animals, std::size_t first) {
+/// Rows of tiles from First to before End.
+struct TileRows {
+    std::uint32_t PerRow = 1;  ///< tiles in a row
+    std::uint32_t First = 0;
+    std::uint32_t End = std::numeric_limits<std::uint32_t>::max();
+
+    bool Hold(std::uint32_t tile) const { return tile / PerRow >= First && tile / PerRow < End; }
+};
+
+Block block_from(std::span<const TiledDensity> animals, std::size_t first, const TileRows& rows) {
     Block block{
         static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(animals.size(), first + kBlock)), {}};
     for (std::uint32_t animal = block.First; animal < block.End; ++animal) {
         const auto& tiles = animals[animal].Tiles();
         for (std::uint32_t place = 0; place < tiles.size(); ++place)
-            block.Tiles.push_back({tiles[place], animal, place});
+            if (rows.Hold(tiles[place])) block.Tiles.push_back({tiles[place], animal, place});
     }
     std::sort(block.Tiles.begin(), block.Tiles.end(), [](const LiveTile& a, const LiveTile& b) {
         return a.Tile != b.Tile ? a.Tile < b.Tile : a.Animal < b.Animal;
@@ -179,8 +189,13 @@ void add_tile(PairSums& sums, const SpreadTile& i, const SpreadTile& j, bool con
 /// Sums of the pairs of two blocks.
 class BlockSums {
 public:
-    BlockSums(std::size_t percents, bool conditional)
-        : m_conditional(conditional), m_row(kBlock * kBlock), m_total(kBlock * kBlock), m_met(kBlock * kBlock) {
+    /// @param rows gets the sums of each row where it is given; the totals are not made then
+    BlockSums(std::size_t percents, bool conditional, std::vector<RowSums>* rows)
+        : m_conditional(conditional),
+          m_rows(rows),
+          m_row(kBlock * kBlock),
+          m_total(kBlock * kBlock),
+          m_met(kBlock * kBlock) {
         for (auto* sums : {&m_row, &m_total})
             for (PairSums& pair : *sums) pair.Ranges.resize(percents);
     }
@@ -196,9 +211,13 @@ public:
                 if (i.Animal <= j.Animal) add_tile(RowOf(i.Animal, j.Animal), i, j, m_conditional);
     }
 
-    void EndRow() {
+    void EndRow(std::uint32_t row) {
         for (const std::size_t pair : m_touched) {
-            add(m_total[pair], m_row[pair]);
+            if (m_rows == nullptr) {
+                add(m_total[pair], m_row[pair]);
+            } else {
+                m_rows->push_back({row, Named(pair, m_row[pair])});
+            }
             clear(m_row[pair]);
             m_met[pair] |= kMet;
             m_met[pair] &= static_cast<char>(~kInRow);
@@ -209,11 +228,8 @@ public:
     void TakeInto(std::vector<PairSums>& pairs) {
         for (std::size_t pair = 0; pair < m_total.size(); ++pair) {
             if (m_met[pair] == 0) continue;
-            PairSums& sums = m_total[pair];
-            sums.I = m_first + static_cast<std::uint32_t>(pair / kBlock);
-            sums.J = m_second + static_cast<std::uint32_t>(pair % kBlock);
-            pairs.push_back(sums);
-            clear(sums);
+            pairs.push_back(Named(pair, m_total[pair]));
+            clear(m_total[pair]);
             m_met[pair] = 0;
         }
     }
@@ -221,6 +237,12 @@ public:
 private:
     static constexpr char kMet = 1;
     static constexpr char kInRow = 2;
+
+    PairSums Named(std::size_t pair, PairSums sums) const {
+        sums.I = m_first + static_cast<std::uint32_t>(pair / kBlock);
+        sums.J = m_second + static_cast<std::uint32_t>(pair % kBlock);
+        return sums;
+    }
 
     PairSums& RowOf(std::uint32_t i, std::uint32_t j) {
         const std::size_t pair = (i - m_first) * kBlock + (j - m_second);
@@ -232,6 +254,7 @@ private:
     }
 
     bool m_conditional;
+    std::vector<RowSums>* m_rows;
     std::uint32_t m_first = 0;
     std::uint32_t m_second = 0;
     std::vector<PairSums> m_row;    ///< of the present row of tiles
@@ -252,13 +275,13 @@ void add_blocks(std::span<const TiledDensity> animals, const Block& first, const
         } else if (ofSecond.Tile() < ofFirst.Tile()) {
             ofSecond.Skip();
         } else {
-            if (ofFirst.Tile() / tilesPerRow != row) sums.EndRow();
+            if (ofFirst.Tile() / tilesPerRow != row) sums.EndRow(row);
             row = ofFirst.Tile() / tilesPerRow;
             const auto tilesOfFirst = ofFirst.Take();
             sums.AddTile(tilesOfFirst, ofSecond.Take());
         }
     }
-    sums.EndRow();
+    sums.EndRow(row);
 }
 
 /// The volumes of one animal, row of tiles by row of tiles.
@@ -291,25 +314,72 @@ std::vector<TileVolumes> tile_volumes(const DensitySet& set) {
     return volumes;
 }
 
-std::vector<PairSums> pair_sums(const DensitySet& set, bool conditional, const std::function<void(double)>& progress) {
+namespace {
+
+/// Goes through all pairs of blocks; `taken` is called after each.
+void sum_pairs(const DensitySet& set, const TileRows& rows, BlockSums& sums, const std::function<void()>& taken,
+               const std::function<void(double)>& progress) {
     const std::span<const TiledDensity> animals = set.Animals;
-    const std::size_t percents = set.Percents.size();
-    const std::uint32_t tilesPerRow = tiles_per_row(set.Grid);
     std::vector<Block> blocks;
-    for (std::size_t first = 0; first < animals.size(); first += kBlock) blocks.push_back(block_from(animals, first));
-    std::vector<PairSums> pairs;
-    BlockSums sums(percents, conditional);
+    for (std::size_t first = 0; first < animals.size(); first += kBlock)
+        blocks.push_back(block_from(animals, first, rows));
     const std::size_t all = blocks.size() * (blocks.size() + 1) / 2;
     std::size_t done = 0;
     for (std::size_t first = 0; first < blocks.size(); ++first)
         for (std::size_t second = first; second < blocks.size(); ++second) {
             sums.Begin(blocks[first], blocks[second]);
-            add_blocks(animals, blocks[first], blocks[second], percents, tilesPerRow, sums);
-            sums.TakeInto(pairs);
+            add_blocks(animals, blocks[first], blocks[second], set.Percents.size(), rows.PerRow, sums);
+            taken();
             if (progress) progress(static_cast<double>(++done) / static_cast<double>(all));
         }
-    std::sort(pairs.begin(), pairs.end(),
-              [](const PairSums& a, const PairSums& b) { return a.I != b.I ? a.I < b.I : a.J < b.J; });
+}
+
+bool is_before(const PairSums& a, const PairSums& b) {
+    return a.I != b.I ? a.I < b.I : a.J < b.J;
+}
+
+bool is_earlier(const RowSums& a, const RowSums& b) {
+    if (is_before(a.Sums, b.Sums) || is_before(b.Sums, a.Sums)) return is_before(a.Sums, b.Sums);
+    return a.Row < b.Row;
+}
+
+}  // namespace
+
+std::vector<PairSums> pair_sums(const DensitySet& set, bool conditional, const std::function<void(double)>& progress) {
+    std::vector<PairSums> pairs;
+    BlockSums sums(set.Percents.size(), conditional, nullptr);
+    sum_pairs(
+        set, {.PerRow = tiles_per_row(set.Grid)}, sums, [&] { sums.TakeInto(pairs); }, progress);
+    std::sort(pairs.begin(), pairs.end(), is_before);
+    return pairs;
+}
+
+std::vector<RowSums> row_sums(const DensitySet& set, bool conditional, std::uint32_t firstRow, std::uint32_t endRow,
+                              const std::function<void(double)>& progress) {
+    std::vector<RowSums> rows;
+    std::vector<PairSums> totals;
+    BlockSums sums(set.Percents.size(), conditional, &rows);
+    sum_pairs(
+        set, {tiles_per_row(set.Grid), firstRow, endRow}, sums,
+        [&] {
+            sums.TakeInto(totals);
+            totals.clear();
+        },
+        progress);
+    std::sort(rows.begin(), rows.end(), is_earlier);
+    return rows;
+}
+
+std::vector<PairSums> added_rows(std::vector<RowSums> rows) {
+    std::sort(rows.begin(), rows.end(), is_earlier);
+    std::vector<PairSums> pairs;
+    for (const RowSums& row : rows) {
+        if (pairs.empty() || is_before(pairs.back(), row.Sums)) {
+            pairs.push_back({.I = row.Sums.I, .J = row.Sums.J, .Whole = {}, .Ranges = {}});
+            pairs.back().Ranges.resize(row.Sums.Ranges.size());
+        }
+        add(pairs.back(), row.Sums);
+    }
     return pairs;
 }
 

@@ -48,4 +48,18 @@ std::vector<TileVolumes> tile_volumes(const DensitySet& set);
 /// @param progress told now and then how much is done, 0 to 1; may be null
 std::vector<PairSums> pair_sums(const DensitySet& set, bool conditional, const std::function<void(double)>& progress);
 
+/// The sums of a pair over one row of tiles.
+struct RowSums {
+    std::uint32_t Row = 0;
+    PairSums Sums;
+};
+
+/// The part of pair_sums that the rows of tiles from `firstRow` to before `endRow` make: a record for each pair and row
+/// that it shares a tile in, ascending by pair, then row.
+std::vector<RowSums> row_sums(const DensitySet& set, bool conditional, std::uint32_t firstRow, std::uint32_t endRow,
+                              const std::function<void(double)>& progress);
+
+/// What pair_sums gives, bit by bit, from the records of all rows, in any order.
+std::vector<PairSums> added_rows(std::vector<RowSums> rows);
+
 }  // namespace wxl::comparison

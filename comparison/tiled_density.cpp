@@ -52,6 +52,10 @@ std::uint32_t tiles_per_row(const platform::RasterGeometry& grid) {
     return static_cast<std::uint32_t>(tiles_along(grid.Columns, kTileColumns));
 }
 
+std::uint32_t tile_rows(const platform::RasterGeometry& grid) {
+    return static_cast<std::uint32_t>(tiles_along(grid.Rows, kTileRows));
+}
+
 TiledDensity::TiledDensity(const platform::RasterGeometry& grid, std::span<const double> cells,
                            std::span<const double> percents)
     : m_volume(total_density(cells) * grid.CellSize * grid.CellSize),

@@ -61,6 +61,9 @@ private:
 /// Tiles in one row of tiles of a grid.
 std::uint32_t tiles_per_row(const platform::RasterGeometry& grid);
 
+/// Rows of tiles of a grid.
+std::uint32_t tile_rows(const platform::RasterGeometry& grid);
+
 /// Densities on one grid, with ranges at the same percentages.
 struct DensitySet {
     platform::RasterGeometry Grid;

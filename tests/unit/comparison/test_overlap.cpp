@@ -1,9 +1,11 @@
 #include "comparison/overlap.h"
 #include "tests/unit/comparison/density_scenes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <utility>
 
 namespace wxl::comparison {
 namespace {
@@ -38,6 +40,24 @@ TEST(Overlap, Five_cells_by_hand) {
 
 // f and g round Gaussians of standard deviations s and t at distance D, S = s^2 + t^2: BA = 2 s t / S exp(-D^2 / 4 S),
 // sum of f g = exp(-D^2 / 2 S) / (2 pi S); equal standard deviations: VI = 2 Phi(-D / 2 s).
+TEST(Overlap, Rows_of_tiles_apart_are_the_whole_bit_by_bit) {
+    const platform::RasterGeometry grid = square_grid(200, 1.0);
+    std::vector<std::vector<double>> densities;
+    for (int i = 0; i < 40; ++i) densities.push_back(gaussian(grid, 20.0 + 4.0 * i, 30.0 + 3.5 * i, 9.0 + i % 5));
+    const DensitySet set = set_of(grid, densities, {95.0, 50.0});
+    for (const std::uint32_t size : {1U, 4U, 100U}) {
+        std::vector<RowSums> rows;
+        for (std::uint32_t first = tile_rows(grid); first > 0;) {
+            const std::uint32_t end = first;
+            first -= std::min(first, size);
+            for (RowSums& row : row_sums(set, true, first, end, nullptr)) rows.push_back(std::move(row));
+        }
+        EXPECT_EQ(overlaps_from(set, {.Conditional = true, .AllPairs = true}, added_rows(std::move(rows))),
+                  overlaps(set, {.Conditional = true, .AllPairs = true}));
+    }
+    EXPECT_EQ(tile_rows(grid), 13U);
+}
+
 TEST(Overlap, Gaussians_in_closed_form) {
     const platform::RasterGeometry grid = square_grid(400, 1.0);
     constexpr double kS = 20.0;
