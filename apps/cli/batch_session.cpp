@@ -3,8 +3,13 @@
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
 
+#include <array>
+#include <charconv>
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <filesystem>
+#include <system_error>
+#include <unistd.h>
 
 namespace wxl::cli {
 
@@ -27,6 +32,23 @@ std::variant<batch::Plan, batch::RangePlan> plan_in(const platform::IFileSystem&
 
 void add_batch_folder(CLI::App& command, std::string& folder) {
     command.add_option("DIR", folder, "Output folder of the batch")->required();
+}
+
+std::size_t task_number(const std::optional<std::size_t>& given) {
+    if (given) return *given;
+    const char* index = std::getenv("SLURM_ARRAY_TASK_ID");
+    if (index == nullptr) throw WrongCall("say which task by --task K; there is no SLURM_ARRAY_TASK_ID");
+    const std::string text = index;
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw WrongCall("SLURM_ARRAY_TASK_ID is no number: " + text);
+    return number;
+}
+
+std::string host_name() {
+    std::array<char, 256> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string("?");
 }
 
 void refuse_open_batch(const platform::IFileSystem& files, const fs::path& folder) {

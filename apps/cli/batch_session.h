@@ -5,7 +5,9 @@
 #include "batch/plan.h"
 #include "batch/range_plan.h"
 
+#include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -20,6 +22,12 @@ void add_batch_folder(CLI::App& command, std::string& folder);
 
 /// RuntimeError 70 where a batch waits in the output folder to be finished.
 void refuse_open_batch(const platform::IFileSystem& files, const std::filesystem::path& folder);
+/// The task that is meant: the one given, else that of the environment variable SLURM_ARRAY_TASK_ID. WrongCall where
+/// there is neither.
+std::size_t task_number(const std::optional<std::size_t>& given);
+
+/// Name of this machine.
+std::string host_name();
 
 /// A planned batch and the services to work on it. No question can be asked.
 class BatchSession {

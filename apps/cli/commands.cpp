@@ -42,6 +42,8 @@ void add_batch(std::vector<Command>& commands, CLI::App& program) {
     add(commands, batch, "status", "List the tasks and how they stand", register_batch_status, run_batch_status);
     add(commands, batch, "submit", "Send the tasks to Slurm, or compute them here", register_batch_submit,
         run_batch_submit);
+    add(commands, batch, "overlap", "Compare the ranges of a folder of rasters in tasks", register_batch_overlap,
+        run_batch_overlap);
 }
 
 }  // namespace

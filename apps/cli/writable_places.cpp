@@ -131,6 +131,15 @@ Fence fence_of(const OverlapOptions& options) {
     return places;
 }
 
+/// Whether a task is at work is found out by its lock.
+Fence fence_of(const BatchOverlapOptions& options) {
+    WritablePlaces places;
+    places.Folder(options.Overlap.Tracks.Points.Input);
+    add_text_file(places, options.Overlap.Csv);
+    if (!options.Overlap.Out.empty()) places.Folder(options.Overlap.Out);
+    return places;
+}
+
 Fence fence_of(const McpOptions& options) {
     WritablePlaces places;
     add_text_file(places, options.Csv);

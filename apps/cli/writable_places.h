@@ -36,6 +36,7 @@ Fence fence_of(const BatchRunOptions& options);
 Fence fence_of(const BatchMergeOptions& options);
 Fence fence_of(const BatchStatusOptions& options);
 Fence fence_of(const BatchSubmitOptions& options);
+Fence fence_of(const BatchOverlapOptions& options);
 Fence fence_of(const BandwidthOptions& options);
 Fence fence_of(const StatsOptions& options);
 Fence fence_of(const OverlapOptions& options);

@@ -32,7 +32,7 @@ MAY_INCLUDE = {
     "analysis": {"platform", "engine", "isopleths", "comparison", "tracking_times", "utilities"},
     "akde": {"platform", "engine", "pictures", "isopleths", "tracking_times", "utilities", "analysis", "movement_models"},
     "kde_tool": {"platform", "engine", "pictures", "analysis", "utilities"},
-    "batch": {"platform", "engine", "analysis", "akde", "movement_models"},
+    "batch": {"platform", "engine", "comparison", "analysis", "akde", "movement_models"},
     "results_page": {"platform", "engine", "pictures", "comparison", "akde", "movement_models", "analysis"},
     "movement": {"platform", "utilities"},
     "host": {"platform", "engine", "isopleths", "utilities", "kde_tool", "results_page", "movement"},

@@ -384,6 +384,9 @@ TEST_F(WatchedCommands, Of_a_batch_write_into_its_folder) {
         Watch({"batch", "run", out, "--task", "1"}, {out});
         Watch({"batch", "merge", out}, {out});
         Watch({"batch", "submit", out, "--engine", "local"}, {out}, true);
+        Watch({"batch", "overlap", out, "--tasks", "2"}, {out});
+        Watch({"batch", "overlap", out, "--task", "1"}, {out});
+        Watch({"batch", "overlap", out, "--merge", "--out", out, "--overwrite"}, {out});
     };
     Watch(plan, {out});
     all();

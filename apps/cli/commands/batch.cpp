@@ -15,13 +15,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <optional>
-#include <system_error>
-#include <unistd.h>
 
 namespace wxl::cli {
 
@@ -90,23 +86,6 @@ void report_plan(const batch::PlanHead& plan, std::size_t animals, Console& cons
         fmt::format("animals: {}, distributions: {}, tasks: {}", animals, plan.Distributions(), plan.Tasks.size()));
     console.Result(fmt::format("estimated: {} on one core, {} for the longest task, {:.3g} MB for the largest",
                                duration_text(total), duration_text(longest), megabytes));
-}
-
-std::size_t task_of(const BatchRunOptions& options) {
-    if (options.Task) return *options.Task;
-    const char* index = std::getenv("SLURM_ARRAY_TASK_ID");
-    if (index == nullptr) throw WrongCall("say which task by --task K; there is no SLURM_ARRAY_TASK_ID");
-    const std::string text = index;
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
-        throw WrongCall("SLURM_ARRAY_TASK_ID is no number: " + text);
-    return number;
-}
-
-std::string host_name() {
-    std::array<char, 256> name{};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string("?");
 }
 
 const char* stage_text(batch::TaskStage stage) {
@@ -224,7 +203,7 @@ void register_batch_run(CLI::App& command, BatchRunOptions& options) {
 }
 
 int run_batch_run(const BatchRunOptions& options, Console& console) {
-    const std::size_t number = task_of(options);
+    const std::size_t number = task_number(options.Task);
     BatchSession session(options.Folder, console);
     const batch::RangePlan* ranges = session.Ranges();
     const auto outcome = ranges != nullptr ? run_ranges(session, *ranges, number, options.Again, console)

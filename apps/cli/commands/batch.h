@@ -2,6 +2,7 @@
 #include "apps/cli/commands.h"
 #include "apps/cli/commands/akde.h"
 #include "apps/cli/commands/kde.h"
+#include "apps/cli/commands/overlap.h"
 #include "apps/cli/console.h"
 
 #include <cstddef>
@@ -69,5 +70,16 @@ struct BatchSubmitOptions {
 };
 void register_batch_submit(CLI::App& command, BatchSubmitOptions& options);
 int run_batch_submit(const BatchSubmitOptions& options, Console& console);
+
+/// wxl batch overlap: the comparison of the ranges of a folder of rasters in tasks.
+struct BatchOverlapOptions {
+    OverlapOptions Overlap;  ///< the folder is its input
+    std::optional<std::size_t> Tasks;
+    std::optional<std::size_t> Task;
+    bool Again = false;
+    bool Merge = false;
+};
+void register_batch_overlap(CLI::App& command, BatchOverlapOptions& options);
+int run_batch_overlap(const BatchOverlapOptions& options, Console& console);
 
 }  // namespace wxl::cli

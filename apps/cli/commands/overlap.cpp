@@ -101,20 +101,19 @@ OverlapResult ranges_of_layer(const OverlapOptions& options, const DensitySettin
     return result;
 }
 
-double scaling_of(const OverlapOptions& options) {
+}  // namespace
+
+double overlap_scaling(const OverlapOptions& options) {
     if (options.Scaling.empty()) return scaling_in(options.Tracks.Points.Input);
     if (!platform::IsNumeric(options.Scaling) || !(platform::NumberFromText(options.Scaling) > 0.0))
         throw WrongCall(fmt::format("--scaling: \"{}\" is not a number above 0", options.Scaling));
     return platform::NumberFromText(options.Scaling);
 }
 
-/// Densities of the rasters of an earlier run.
-OverlapResult ranges_of_folder(const OverlapOptions& options, const Outputs& outputs,
-                               const std::vector<double>& percents, Console& console) {
-    outputs.Refuse(tables_in(options.Tracks.Points.Input));
+OverlapResult ranges_of_folder(const OverlapOptions& options, const std::vector<double>& percents, Console& console) {
     const std::vector<DensityRaster> rasters = rasters_in(options.Tracks.Points.Input);
     const bool indirect = options.Tracks.Points.AllowIndirect;
-    const double scaling = scaling_of(options);
+    const double scaling = overlap_scaling(options);
     const RasterFrame frame = common_frame(rasters, indirect);
     OverlapResult result;
     result.Reference = frame.Reference;
@@ -135,6 +134,8 @@ OverlapResult ranges_of_folder(const OverlapOptions& options, const Outputs& out
     return result;
 }
 
+namespace {
+
 bool reads_rasters(const OverlapOptions& options) {
     std::error_code unknown;
     return options.Tracks.IdField.empty() && fs::is_directory(options.Tracks.Points.Input, unknown);
@@ -142,17 +143,19 @@ bool reads_rasters(const OverlapOptions& options) {
 
 OverlapResult read_ranges(const OverlapOptions& options, const Outputs& outputs, const std::vector<double>& percents,
                           Console& console) {
-    if (reads_rasters(options)) return ranges_of_folder(options, outputs, percents, console);
+    if (reads_rasters(options)) {
+        outputs.Refuse(tables_in(options.Tracks.Points.Input));
+        return ranges_of_folder(options, percents, console);
+    }
     if (options.Tracks.IdField.empty())
         throw WrongCall("name the field of the animals by --id-field FIELD (only a folder of rasters needs none)");
     if (!options.Scaling.empty()) throw WrongCall("--scaling is for a folder of rasters");
     return ranges_of_layer(options, density_settings(options.Densities), outputs, percents, console);
 }
 
-void compare(ComparedRanges& ranges, const OverlapOptions& options, Console& console) {
+void compare(ComparedRanges& ranges, const OverlapOptions& options, const PairMaker& pairs, Console& console) {
     const bool all = options.All || ranges.Animals.size() <= comparison::kAllPairs;
-    ranges.Pairs = comparison::overlaps(ranges.Densities, {.Conditional = options.Conditional, .AllPairs = all},
-                                        [&](double done) { console.Progress(done, "overlap"); });
+    ranges.Pairs = pairs(ranges, {.Conditional = options.Conditional, .AllPairs = all});
     console.EndProgress();
     if (!all) console.Note("wxl: pairs that share nothing are left out; --all tells them too");
 }
@@ -229,7 +232,9 @@ results_page::OverlapRun run_of(const OverlapOptions& options, const std::vector
     return run;
 }
 
-void add_result_options(CLI::App& command, OverlapOptions& options) {
+}  // namespace
+
+void add_overlap_result_options(CLI::App& command, OverlapOptions& options) {
     command.add_option("--percent", options.Percent, "Percentages of the volume that make the ranges")
         ->type_name("P[,P...]")
         ->capture_default_str();
@@ -251,6 +256,8 @@ void add_result_options(CLI::App& command, OverlapOptions& options) {
     command.add_flag("--overwrite", options.Overwrite, "Replace files of these names");
     command.add_flag("--json", options.Json, "Print one JSON object");
 }
+
+namespace {
 
 constexpr const char* kFooter =
     "Compares the home ranges of all pairs of animals: of a point layer, or of the output\n"
@@ -278,12 +285,24 @@ constexpr const char* kFooter =
 void register_overlap(CLI::App& command, OverlapOptions& options) {
     add_fix_options(command, options.Tracks, false);
     add_density_options(command, options.Densities);
-    add_result_options(command, options);
+    add_overlap_result_options(command, options);
     command.footer(kFooter);
 }
 
+std::vector<double> overlap_percents(const OverlapOptions& options) {
+    return distinct(percentages_of("--percent", options.Percent));
+}
+
 int run_overlap(const OverlapOptions& options, Console& console) {
-    const std::vector<double> percents = distinct(percentages_of("--percent", options.Percent));
+    const auto pairs = [&](const ComparedRanges& ranges, const comparison::OverlapSettings& settings) {
+        return comparison::overlaps(ranges.Densities, settings,
+                                    [&](double done) { console.Progress(done, "overlap"); });
+    };
+    return tell_overlap(options, pairs, console);
+}
+
+int tell_overlap(const OverlapOptions& options, const PairMaker& pairs, Console& console) {
+    const std::vector<double> percents = overlap_percents(options);
     const std::vector<const IndexKind*> indices = indices_of(options.Index);
     Outputs outputs(options);
     results_page::OverlapRun run = run_of(options, indices, outputs.Now());
@@ -294,7 +313,7 @@ int run_overlap(const OverlapOptions& options, Console& console) {
     for (const std::string& warning : run.Warnings) console.Problem(warning);
     const bool any = std::any_of(ranges.Densities.Animals.begin(), ranges.Densities.Animals.end(),
                                  [](const comparison::TiledDensity& density) { return density.IsAlive(); });
-    compare(ranges, options, console);
+    compare(ranges, options, pairs, console);
     run.Ranges = &ranges;
     run.Units.Reference = result.Reference;
     outputs.Write(run, console);

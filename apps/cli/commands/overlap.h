@@ -1,8 +1,11 @@
 #pragma once
 #include "apps/cli/animal_tracks.h"
+#include "apps/cli/commands/overlap_output.h"
 #include "apps/cli/density_options.h"
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace wxl::cli {
 
@@ -21,6 +24,25 @@ struct OverlapOptions {
     bool Json = false;
     bool Overwrite = false;
 };
+
+/// What a folder of rasters is compared by: percentages, scaling factor, outputs.
+void add_overlap_result_options(CLI::App& command, OverlapOptions& options);
+
+/// The percentages, each once. WrongCall for what is none.
+std::vector<double> overlap_percents(const OverlapOptions& options);
+
+/// The scaling factor of the folder's rasters. WrongCall for what is none.
+double overlap_scaling(const OverlapOptions& options);
+
+/// The distributions of a folder of rasters; no pairs yet.
+OverlapResult ranges_of_folder(const OverlapOptions& options, const std::vector<double>& percents, Console& console);
+
+/// Makes the pairs of distributions.
+using PairMaker = std::function<std::vector<comparison::PairOverlap>(const comparison::ComparedRanges& ranges,
+                                                                     const comparison::OverlapSettings& settings)>;
+
+/// Compares, writes and tells; the pairs are those of `pairs`.
+int tell_overlap(const OverlapOptions& options, const PairMaker& pairs, Console& console);
 
 void register_overlap(CLI::App& command, OverlapOptions& options);
 int run_overlap(const OverlapOptions& options, Console& console);

@@ -1,0 +1,133 @@
+#include "apps/cli/batch_session.h"
+#include "apps/cli/commands/batch.h"
+#include "apps/cli/option_checks.h"
+#include "batch/overlap_stage.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fmt/format.h>
+
+namespace wxl::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+using comparison::ComparedRanges;
+
+constexpr const char* kFooter =
+    "The last stage of a large study: compares the rasters in the folder DIR as wxl overlap DIR\n"
+    "does, in tasks that run side by side. Each sums all pairs over some rows of the common grid.\n"
+    "The rasters must lie on one grid (--extent full).\n"
+    "\n"
+    "First --tasks N with percentages plans. Then every task runs, anywhere and in any order; one\n"
+    "that is done is left alone, one that was killed starts anew. Without --task the number is\n"
+    "taken from SLURM_ARRAY_TASK_ID. --merge adds the sums up, and prints and writes what wxl\n"
+    "overlap would, byte for byte. Each task reads all rasters and needs the memory of wxl overlap.\n"
+    "\n"
+    "Example:\n"
+    "\n"
+    "  wxl batch overlap study --tasks 2 --percent 95,50\n"
+    "  wxl batch overlap study --task 1\n"
+    "  wxl batch overlap study --task 2\n"
+    "  wxl batch overlap study --merge --out compared";
+
+std::string percents_text(const std::vector<double>& percents) {
+    std::string text;
+    for (const double percent : percents) text += (text.empty() ? "" : ",") + platform::NumberText(percent);
+    return text;
+}
+
+/// The options of wxl overlap that the plan stands for.
+OverlapOptions planned(const BatchOverlapOptions& options, const batch::OverlapPlan& plan) {
+    OverlapOptions overlap = options.Overlap;
+    overlap.Percent = percents_text(plan.Percents);
+    overlap.Conditional = plan.Conditional;
+    overlap.Normalise = plan.Normalise;
+    overlap.Scaling.clear();
+    if (overlap_scaling(overlap) != plan.Scaling) overlap.Scaling = platform::NumberText(plan.Scaling);
+    return overlap;
+}
+
+int plan_overlap(const BatchOverlapOptions& options, const ToolSession& session, const batch::BatchFiles& stage,
+                 Console& console) {
+    const std::vector<double> percents = overlap_percents(options.Overlap);
+    const ComparedRanges ranges = ranges_of_folder(options.Overlap, percents, console).Ranges;
+    console.EndProgress();
+    batch::OverlapPlan plan;
+    plan.Program = WXL_VERSION;
+    plan.Planned = platform::DateTimeText(session.Services().Clock->Now());
+    plan.Percents = percents;
+    plan.Conditional = options.Overlap.Conditional;
+    plan.Normalise = options.Overlap.Normalise;
+    plan.Scaling = overlap_scaling(options.Overlap);
+    plan.Grid = ranges.Densities.Grid;
+    for (const comparison::ComparedAnimal& animal : ranges.Animals) {
+        plan.Animals.push_back(animal.Name);
+        plan.Volumes.push_back(animal.Volume);
+    }
+    plan.Tasks = batch::row_tasks(plan.Grid, *options.Tasks);
+    batch::write_plan(session.Services(), stage, plan);
+    console.Result("comparison: " + stage.Folder.string());
+    console.Result(fmt::format("animals: {}, tasks: {}", plan.Animals.size(), plan.Tasks.size()));
+    return exit_code::kDone;
+}
+
+int run_task(const BatchOverlapOptions& options, const ToolSession& session, const batch::BatchFiles& stage,
+             Console& console) {
+    const std::size_t number = task_number(options.Task);
+    const batch::OverlapPlan plan = batch::read_overlap_plan(*session.Services().Files, stage, WXL_VERSION);
+    const auto ranges = [&] { return ranges_of_folder(planned(options, plan), plan.Percents, console).Ranges; };
+    const auto outcome = batch::run_overlap_task(session.Services(), stage, plan, number, options.Again, host_name(),
+                                                 ranges, [&](double done) { console.Progress(done, "overlap"); });
+    console.EndProgress();
+    if (outcome == batch::TaskOutcome::kWasDone) console.Note(fmt::format("task {} is done already", number));
+    return exit_code::kDone;
+}
+
+int merge_tasks(const BatchOverlapOptions& options, const ToolSession& session, const batch::BatchFiles& stage,
+                Console& console) {
+    const platform::Services& services = session.Services();
+    const batch::OverlapPlan plan = batch::read_overlap_plan(*services.Files, stage, WXL_VERSION);
+    if (const std::string unfinished = batch::unfinished_overlap(services, stage, plan); !unfinished.empty())
+        return console.Fail(
+            fmt::format("the comparison is not finished: {}; wxl batch overlap DIR --task K runs one", unfinished));
+    return tell_overlap(
+        planned(options, plan),
+        [&](const ComparedRanges& ranges, const comparison::OverlapSettings& settings) {
+            batch::check_rasters(plan, ranges);
+            return comparison::overlaps_from(ranges.Densities, settings,
+                                             batch::added_tasks(*services.Files, stage, plan));
+        },
+        console);
+}
+
+}  // namespace
+
+void register_batch_overlap(CLI::App& command, BatchOverlapOptions& options) {
+    command.add_option("DIR", options.Overlap.Tracks.Points.Input, "Folder of the rasters")->required();
+    command.add_option("--tasks", options.Tasks, "Plan about so many tasks")
+        ->type_name("N")
+        ->check(whole_number_between(1, 1'000'000));
+    command.add_option("--task", options.Task, "Compute this task, from 1")->type_name("K");
+    command.add_flag("--again", options.Again, "Compute it also when it is done");
+    command.add_flag("--merge", options.Merge, "Add the tasks up, and tell and write the results");
+    add_overlap_result_options(command, options.Overlap);
+    command.footer(kFooter);
+}
+
+int run_batch_overlap(const BatchOverlapOptions& options, Console& console) {
+    if (static_cast<int>(options.Tasks.has_value()) + static_cast<int>(options.Task.has_value()) +
+            static_cast<int>(options.Merge) >
+        1)
+        throw WrongCall("give one of --tasks, --task and --merge");
+    const ToolSession session(console, {});
+    const batch::BatchFiles stage =
+        batch::overlap_files(fs::absolute(options.Overlap.Tracks.Points.Input).lexically_normal());
+    if (options.Tasks) return plan_overlap(options, session, stage, console);
+    if (options.Merge) return merge_tasks(options, session, stage, console);
+    return run_task(options, session, stage, console);
+}
+
+}  // namespace wxl::cli
