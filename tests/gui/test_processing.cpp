@@ -182,11 +182,12 @@ TEST_F(ProcessingTest, A_layer_of_delimited_text_gives_the_rasters_of_the_same_f
     {
         std::ofstream table(At("fixes.csv"));
         table.precision(17);
-        table << "animal,x,y\n";
+        table << "animal,x,y,Time2\n";
         QgsFeatureIterator rows = shapefile.getFeatures();
         for (QgsFeature row; rows.nextFeature(row);)
             table << row.attribute(QStringLiteral("animal")).toString().toStdString() << ','
-                  << row.geometry().asPoint().x() << ',' << row.geometry().asPoint().y() << '\n';
+                  << row.geometry().asPoint().x() << ',' << row.geometry().asPoint().y() << ','
+                  << row.attribute(QStringLiteral("Time2")).toLongLong() << '\n';
     }
     auto* text = new QgsVectorLayer(
         QStringLiteral("file://") + text_of(At("fixes.csv")) + QStringLiteral("?xField=x&yField=y&crs=EPSG:32633"),
