@@ -63,7 +63,8 @@ struct RangeRecord {
     std::vector<movement_models::VariogramPoint> Variogram;
     movement_models::Verdict Verdict;
     std::vector<std::string> Notes;
-    std::string Reason;  ///< why there is no range; "" where there is one
+    std::string Reason;       ///< why there is no range; "" where there is one
+    bool NotWritten = false;  ///< there is one, and its files could not be written
 
     // Of a range:
     movement_models::Matrix2 Matrix;  ///< of the kernel, square map units
@@ -103,7 +104,7 @@ struct RangeOutcome {
     bool Stopped = false;
     std::filesystem::path Summary;
     std::filesystem::path Package;  ///< empty without one
-    bool PackageFailed = false;     ///< one was asked for and could not be written
+    bool NotWritten = false;        ///< something that was to be written could not be
 };
 
 }  // namespace wxl::akde

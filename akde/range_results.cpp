@@ -19,6 +19,7 @@ RangeRecord RangeResults::Add(RangeRecord record) {
     record.Outlines.clear();
     ++m_outcome.Done;
     if (!record.IsDone()) ++m_outcome.Failed;
+    if (record.NotWritten) m_outcome.NotWritten = true;
     return record;
 }
 
@@ -29,12 +30,14 @@ RangeOutcome RangeResults::Publish(bool stopped) {
     return m_outcome;
 }
 
+/// A package that lacks what could not be written would not be whole.
 void RangeResults::PublishPackage() {
+    if (m_outcome.NotWritten) return;
     if (m_package.IsForeign()) return m_listener.Problem(m_package.ForeignText());
     try {
         m_outcome.Package = m_package.Publish();
     } catch (...) {
-        m_outcome.PackageFailed = true;
+        m_outcome.NotWritten = true;
         m_listener.Problem(platform::CurrentError().Description);
     }
 }

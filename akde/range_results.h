@@ -19,8 +19,8 @@ public:
     /// Takes the record of the next animal; it comes back without its outlines.
     RangeRecord Add(RangeRecord record);
 
-    /// Writes the files; the listener hears what becomes of the package. RuntimeError when the summary cannot be
-    /// written.
+    /// Writes the files; the listener hears what becomes of the package, which stays as it was where files of an animal
+    /// could not be written. RuntimeError when the summary cannot be written.
     RangeOutcome Publish(bool stopped);
 
 private:

@@ -132,21 +132,35 @@ AnimalRange RangeRun::Smooth(const Prepared& prepared, const platform::RasterGeo
     return range_of(prepared.Kernels, dof, m_settings.CellSize.value_or(0.0), m_settings.Percentages, m_listener);
 }
 
+void RangeRun::Fail(RangeRecord& record, const std::string& reason) const {
+    record.Reason = reason;
+    m_listener.Problem(platform::ValueText(record.Id) + ": " + reason);
+}
+
+void RangeRun::Write(AnimalRange& range, RangeRecord& record, const platform::SpatialReference& reference) const {
+    const RangePlace place = place_of(m_settings, record.NamingId, record.Subfolder, reference);
+    if (!record.Subfolder.empty()) platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, place.Folder);
+    WrittenRange written = write_range(range, place, m_services);
+    take_range(range, written, m_settings.GeoPackage, record);
+}
+
 void RangeRun::Finish(Prepared& prepared, const platform::RasterGeometry* grid,
                       const platform::SpatialReference& reference) const {
     RangeRecord& record = prepared.Record;
     if (!record.IsDone()) return;
+    AnimalRange range;
     try {
-        AnimalRange range = Smooth(prepared, grid);
-        const RangePlace place = place_of(m_settings, record.NamingId, record.Subfolder, reference);
-        if (!record.Subfolder.empty()) platform::MakeOwnFolder(*m_services.Files, *m_services.Folders, place.Folder);
-        WrittenRange written = write_range(range, place, m_services);
-        take_range(range, written, m_settings.GeoPackage, record);
-        ReportGrid(record);
+        range = Smooth(prepared, grid);
     } catch (const platform::RuntimeError& error) {
-        record.Reason = error.Description;
-        m_listener.Problem(platform::ValueText(record.Id) + ": " + error.Description);
+        return Fail(record, error.Description);
     }
+    try {
+        Write(range, record, reference);
+    } catch (const platform::RuntimeError& error) {
+        record.NotWritten = true;
+        return Fail(record, error.Description);
+    }
+    ReportGrid(record);
 }
 
 void RangeRun::ReportGrid(const RangeRecord& record) const {

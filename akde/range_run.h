@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace wxl::akde {
@@ -52,6 +53,8 @@ private:
     };
     Prepared Prepare(const TimedAnimal& animal, bool numberTimes) const;
     AnimalRange Smooth(const Prepared& prepared, const platform::RasterGeometry* grid) const;
+    void Fail(RangeRecord& record, const std::string& reason) const;
+    void Write(AnimalRange& range, RangeRecord& record, const platform::SpatialReference& reference) const;
     void Finish(Prepared& prepared, const platform::RasterGeometry* grid,
                 const platform::SpatialReference& reference) const;
     const platform::RasterGeometry* GivenGrid() const;

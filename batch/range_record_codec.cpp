@@ -92,7 +92,7 @@ Json json_of_verdict(const movement_models::Verdict& verdict) {
 /// Bound by name and number: a member that is new in the record does not compile until it is kept here too.
 Json json_of_record(const RangeRecord& record) {
     const auto& [id, namingId, given, used, first, last, duration, models, chosen, givenModel, variogram, verdict,
-                 notes, reason, matrix, h, dofBandwidth, bias, effectiveWeights, zeroWeights, grid, volume,
+                 notes, reason, notWritten, matrix, h, dofBandwidth, bias, effectiveWeights, zeroWeights, grid, volume,
                  highestAtEdge, isopleths, subfolder, rasterName, files, outlines] = record;
     Json shapes = Json::array();
     for (const platform::Geometry& outline : outlines) shapes.push_back(json_of_shape(outline));
@@ -110,6 +110,7 @@ Json json_of_record(const RangeRecord& record) {
             {"verdict", json_of_verdict(verdict)},
             {"notes", json_of_texts(notes)},
             {"reason", json_of_text(reason)},
+            {"not_written", notWritten},
             {"matrix", json_of_matrix(matrix)},
             {"kernel", json_of_doubles({h, dofBandwidth, bias, effectiveWeights})},
             {"zero_weights", zeroWeights},
@@ -141,6 +142,7 @@ RangeRecord range_record_of(const Json& json) {
     record.Verdict = {verdict.at(0).get<bool>(), text_of(verdict.at(1)), texts_of(verdict.at(2))};
     record.Notes = texts_of(json.at("notes"));
     record.Reason = text_of(json.at("reason"));
+    record.NotWritten = json.at("not_written").get<bool>();
     record.Matrix = matrix_of(json.at("matrix"));
     const std::vector<double> kernel = doubles_of(json.at("kernel"));
     record.H = kernel.at(0);

@@ -249,7 +249,10 @@ private:
         Files expected = m_after;
         Files found = datasets_in(Work);
         for (Files* files : {&expected, &found})
-            std::erase_if(*files, [](const auto& file) { return file.first.ends_with("ANALYSIS.txt"); });
+            std::erase_if(*files, [](const auto& file) {
+                // A package of the same rows has other bytes where it was made in other steps.
+                return file.first.ends_with("ANALYSIS.txt") || file.first.ends_with("RANGES.gpkg");
+            });
         CheckMade(scenario, expected, found, "the next run did not make what an undisturbed one makes");
     }
 
@@ -283,6 +286,21 @@ TEST_F(Faults, Of_a_run_over_earlier_outputs) {
              "--isopleths", "90", "--polygons", "--prefix", "K"});
     CountUp({.Call = {"kde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
                       "--extent", "min", "--isopleths", "95,50", "--polygons", "--prefix", "K", "--overwrite"},
+             .Replaced = "out/K",
+             .Kinds = tests::kWritingCalls | tests::kRemovingCalls});
+}
+
+TEST_F(Faults, Of_ranges_with_limits_and_their_package_in_a_new_folder) {
+    CountUp({.Call = {"akde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
+                      "--raster-format", "GTiff", "--lines", "--gpkg"},
+             .Again = {"--overwrite"}});
+}
+
+TEST_F(Faults, Of_ranges_with_limits_over_earlier_ones) {
+    Prepare({"akde", "fixes.shp", "--id-field", "animal", "--out", "out", "--cell-size", "40", "--isopleths", "90",
+             "--prefix", "K", "--gpkg"});
+    CountUp({.Call = {"akde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
+                      "--prefix", "K", "--gpkg", "--overwrite"},
              .Replaced = "out/K",
              .Kinds = tests::kWritingCalls | tests::kRemovingCalls});
 }

@@ -179,8 +179,7 @@ int AkdeOutput::Finish(const akde::RangeOutcome& outcome) {
         m_console.Problem(
             fmt::format("wxl: {} of {} distributions could not be computed", outcome.Failed, outcome.Done));
     if (outcome.Stopped) m_console.Problem("wxl: stopped; what was done until then is kept");
-    const bool failed =
-        outcome.Stopped || outcome.PackageFailed || (outcome.Failed > 0 && outcome.Failed == outcome.Done);
+    const bool failed = outcome.Stopped || outcome.NotWritten || (outcome.Failed > 0 && outcome.Failed == outcome.Done);
     return failed ? exit_code::kFailed : exit_code::kDone;
 }
 

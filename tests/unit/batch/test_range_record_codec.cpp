@@ -43,6 +43,7 @@ RangeRecord full_record() {
     record.Verdict = {true, "Resident.", {"One.", "Two."}};
     record.Notes = {"Sorted."};
     record.Reason = "Why \"not\".";
+    record.NotWritten = true;
     record.Matrix = {4.0, 0.5, 1.0 / 7.0};
     record.H = 0.95;
     record.DofBandwidth = 3.5;
