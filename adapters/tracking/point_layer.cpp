@@ -98,7 +98,7 @@ OGRLayer* choose_layer(GDALDataset& dataset, const std::string& input, const std
 
 std::string time_text(const OGRField& field, OGRFieldType type) {
     const auto& date = field.Date;
-    const double seconds = static_cast<double>(date.Second);
+    const auto seconds = static_cast<double>(date.Second);
     const int whole = static_cast<int>(seconds);
     if (type == OFTTime) return fmt::format("{:02}:{:02}:{:02}", date.Hour, date.Minute, whole);
     std::string text = fmt::format("{:04}-{:02}-{:02}", date.Year, date.Month, date.Day);
