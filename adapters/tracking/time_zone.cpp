@@ -37,7 +37,7 @@ std::unique_ptr<icu::BasicTimeZone> zone_named(const std::string& name) {
     }
     auto* basic = dynamic_cast<icu::BasicTimeZone*>(zone.get());
     if (basic == nullptr) return nullptr;
-    zone.release();
+    static_cast<void>(zone.release());
     return std::unique_ptr<icu::BasicTimeZone>(basic);
 }
 
