@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <numeric>
 #include <utility>
@@ -24,6 +25,17 @@ constexpr int kDigits = 6;
 
 std::string text_of(const std::optional<double>& value) {
     return value ? NumberText(*value) : "";
+}
+
+/// The value of a pair that is not told because it shares nothing; nothing where it is not known.
+std::optional<double> disjoint_value(const ComparedRanges& ranges, const IndexSection& section, std::uint32_t i,
+                                     std::uint32_t j) {
+    const TiledDensity& first = ranges.Densities.Animals[i];
+    const TiledDensity& second = ranges.Densities.Animals[j];
+    if (!first.IsAlive() || !second.IsAlive()) return std::nullopt;
+    if (!section.Kind->IsDistance()) return 0.0;
+    if (section.Conditional) return std::nullopt;
+    return told(std::sqrt(first.Volume() + second.Volume()));
 }
 
 /// The same at every percentage, so that it is told once.
@@ -124,6 +136,10 @@ std::vector<std::optional<double>> index_matrix(const ComparedRanges& ranges, co
         values[*places[pair.First] * count + *places[pair.Second]] = told_value(pair, section.Kind->Forth);
         values[*places[pair.Second] * count + *places[pair.First]] = told_value(pair, section.Kind->Back);
     }
+    for (std::size_t row = 0; row < count; ++row)
+        for (std::size_t column = 0; column < count; ++column)
+            if (auto& value = values[row * count + column]; !value && row != column)
+                value = disjoint_value(ranges, section, animals[row], animals[column]);
     return values;
 }
 

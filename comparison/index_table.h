@@ -70,6 +70,7 @@ struct RankedPair {
 std::vector<RankedPair> ranked_pairs(const ComparedRanges& ranges, const IndexSection& section);
 
 /// The table of a section for some animals, row by row in their order; nothing where there is no value.
+/// A pair without a record shares nothing.
 std::vector<std::optional<double>> index_matrix(const ComparedRanges& ranges, const IndexSection& section,
                                                 std::span<const std::uint32_t> animals);
 

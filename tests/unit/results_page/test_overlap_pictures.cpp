@@ -57,6 +57,20 @@ TEST(OverlapPictures, Of_too_many_animals_those_of_the_nearest_pairs_are_shown) 
     EXPECT_EQ(order.back(), 79U);
 }
 
+// Beyond 200 animals, pairs that share nothing have no record: 0, or the distance of two whole volumes.
+TEST(OverlapPictures, Pairs_that_are_left_out_share_nothing) {
+    ComparedRanges ranges;
+    ranges.Densities.Grid = {0.0, 0.0, 1.0, 3, 1};
+    ranges.Densities.Percents = {95.0};
+    const std::vector<std::vector<double>> cells = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}, {}};
+    for (const std::vector<double>& density : cells) comparison::add_animal(ranges, {.Name = "a"}, density, false);
+    ranges.Pairs = comparison::overlaps(ranges.Densities, {});
+    ASSERT_EQ(ranges.Pairs.size(), 2U);
+    EXPECT_THAT(heat_map(ranges, section("ba"), {0, 1, 2}).Values,
+                ElementsAre(1.0, 0.0, std::nullopt, 0.0, 1.0, std::nullopt, std::nullopt, std::nullopt, std::nullopt));
+    EXPECT_THAT(heat_map(ranges, section("hd"), {0, 1}).Values, ElementsAre(0.0, 1.41421, 1.41421, 0.0));
+}
+
 TEST(OverlapPictures, A_heat_map_has_the_values_of_its_animals) {
     const pictures::HeatMapPicture picture = heat_map(in_a_row(4, 2), section("ba"), {3, 1});
     EXPECT_THAT(picture.Names, ElementsAre("a3", "a1"));
