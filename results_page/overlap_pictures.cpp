@@ -32,6 +32,7 @@ constexpr std::size_t kNamedAnimals = 30;  ///< more names hide the map
 constexpr std::size_t kShownName = 16;
 constexpr double kLetter = 6.2;
 constexpr double kLine = 13.0;
+constexpr double kBelowMap = 30.0;  ///< coordinates stand there; a range without room for its name has it as a title
 constexpr int kDigits = 4;
 
 /// Colours that people tell apart whatever they see of red and green (Okabe and Ito 2008).
@@ -256,7 +257,7 @@ private:
         return areas;
     }
 
-    /// Names at the middles of the ranges, one below the other where they would meet.
+    /// Names at the middles of the ranges, one below the other where they would meet, as long as there is room.
     std::vector<MapLabel> Names() const {
         std::vector<MapLabel> labels;
         if (m_drawn.size() > kNamedAnimals) return labels;
@@ -272,7 +273,7 @@ private:
                        std::abs(other.Place.Y - label.Place.Y) < kLine;
             };
             for (int moved = 0; moved < 12 && std::ranges::any_of(labels, meets); ++moved) label.Place.Y += kLine;
-            labels.push_back(std::move(label));
+            if (label.Place.Y < m_layout.Height - kBelowMap) labels.push_back(std::move(label));
         }
         return labels;
     }
