@@ -6,6 +6,7 @@
 #include "results_page/document.h"
 #include "results_page/range_section.h"
 #include "results_page/repeat_command.h"
+#include "results_page/result_table.h"
 
 #include <algorithm>
 #include <functional>
@@ -27,11 +28,7 @@ std::string counted(std::size_t count, const std::string& one, const std::string
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-/// A cell: what it shows (HTML), and the number that it is sorted by where it is one.
-struct Cell {
-    std::string Html;
-    std::optional<double> Number = {};
-};
+using Cell = TableCell;
 
 struct Column {
     std::string Title;
@@ -110,32 +107,21 @@ std::vector<Column> columns_of(const RangePageRun& run) {
     return columns;
 }
 
-std::string head_cell(const std::string& title, bool numeric) {
-    return std::string("<th scope=\"col\"") + (numeric ? " class=\"num\"" : "") +
-           " aria-sort=\"none\"><button type=\"button\">" + XmlText(title) + "</button></th>";
-}
-
-std::string body_cell(const Cell& cell, const Column& column) {
-    const char* look = column.Numeric ? " class=\"num\"" : column.Title == "Remarks" ? " class=\"remark\"" : "";
-    return std::string("<td") + look + (cell.Number ? " data-value=\"" + NumberText(*cell.Number) + "\"" : "") + ">" +
-           (cell.Html.empty() ? "<span class=\"none\">–</span>" : cell.Html) + "</td>";
+TableColumn head_of(const Column& column) {
+    if (column.Numeric) return {column.Title, ColumnLook::kNumber};
+    return {column.Title, column.Title == "Remarks" ? ColumnLook::kRemark : ColumnLook::kText};
 }
 
 std::string table(const RangePageRun& run) {
     const std::vector<Column> columns = columns_of(run);
-    std::string html =
-        "<div class=\"scroll\" role=\"region\" aria-label=\"Table of results\" tabindex=\"0\">\n"
-        "<table id=\"results-table\"><thead><tr>" +
-        head_cell("Animal", false);
-    for (const Column& column : columns) html += head_cell(column.Title, column.Numeric);
-    html += "</tr></thead>\n<tbody>\n";
-    for (std::size_t i = 0; i < run.Records.size(); ++i) {
-        html += "<tr><th scope=\"row\"><a href=\"#" + section_id(i + 1) + "\"><bdi>" +
-                XmlText(platform::ValueText(run.Records[i].Id)) + "</bdi></a></th>";
-        for (const Column& column : columns) html += body_cell(column.Show(run.Records[i]), column);
-        html += "</tr>\n";
+    std::vector<TableColumn> heads;
+    for (const Column& column : columns) heads.push_back(head_of(column));
+    std::vector<TableRow> rows;
+    for (const RangeRecord& record : run.Records) {
+        rows.push_back({platform::ValueText(record.Id), {}});
+        for (const Column& column : columns) rows.back().Cells.push_back(column.Show(record));
     }
-    return html + "</tbody></table></div>\n<p id=\"sorted\" class=\"hidden\" role=\"status\"></p>\n";
+    return result_table(heads, rows);
 }
 
 std::string problems(const RangePageRun& run) {
