@@ -44,8 +44,8 @@ constexpr const char* kPlanAkdeFooter =
     "\n"
     "Example:\n"
     "\n"
-    "  wxl batch plan-akde wolves.csv --out wolves --gpkg --tasks 4\n"
-    "  wxl batch submit wolves --dry-run";
+    "  wxl batch plan-akde wolves.csv --out wolf_ranges --gpkg --tasks 4\n"
+    "  wxl batch submit wolf_ranges --dry-run";
 
 constexpr const char* kRunFooter =
     "Computes one task of the batch planned in the folder DIR: reads the fixes of its own animals,\n"
