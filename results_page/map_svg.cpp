@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -142,7 +143,10 @@ std::string labels(const MapPicture& map) {
 
 std::string dots(const MapPicture& map) {
     if (map.Dots.empty()) return {};
-    return "<path class=\"dots\" transform=\"scale(" + NumberText(1.0 / kDotUnits) + ")\" d=\"" + map.Dots + "\"/>\n";
+    constexpr std::ptrdiff_t kFew = 300;
+    const char* look = std::ranges::count(map.Dots, 'M') > kFew ? "dots" : "dots few";
+    return std::string("<path class=\"") + look + "\" transform=\"scale(" + NumberText(1.0 / kDotUnits) + ")\" d=\"" +
+           map.Dots + "\"/>\n";
 }
 
 std::string scale_mark(const MapPicture& map, const MapLayout& layout) {

@@ -259,6 +259,7 @@ TEST_F(ResultsPageTest, Draws_the_fixes_with_a_box_that_hides_them) {
     EXPECT_THAT(html, HasSubstr("<input type=\"checkbox\" class=\"shows-dots\" id=\"map-1-dots\" checked><svg"));
     EXPECT_THAT(html, HasSubstr("</svg><label for=\"map-1-dots\">Dots: its 4 fixes</label></figure>"));
     EXPECT_EQ(count_of(html, "h0"), 4U + 2U);
+    EXPECT_EQ(count_of(html, "<path class=\"dots few\" transform=\"scale(0.5)\""), 2U) << "few are drawn larger";
 }
 
 TEST(PageParts, Times_and_sizes_are_told) {
