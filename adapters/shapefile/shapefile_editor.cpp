@@ -130,7 +130,8 @@ const DbfColumn& ShapefileEditor::Column(int field) const {
 
 std::string ShapefileEditor::Cell(int field, const FieldValue& value) const {
     const DbfColumn& column = Column(field);
-    return dbf_cell(column, value, m_encoding, column.Descriptor);
+    // The name fills its place with null bytes.
+    return dbf_cell(column, value, m_encoding, column.Descriptor.substr(0, column.Descriptor.find('\0')));
 }
 
 void ShapefileEditor::Check(int field, const FieldValue& value) const {
