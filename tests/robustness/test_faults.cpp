@@ -290,6 +290,14 @@ TEST_F(Faults, Of_a_run_over_earlier_outputs) {
              .Kinds = tests::kWritingCalls | tests::kRemovingCalls});
 }
 
+TEST_F(Faults, Of_a_run_that_adds_to_a_package) {
+    Prepare({"kde", "fixes.shp", "--id-field", "animal", "--out", "out", "--cell-size", "40", "--extent", "min",
+             "--isopleths", "90", "--polygons", "--prefix", "E", "--gpkg"});
+    CountUp({.Call = {"kde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
+                      "--extent", "min", "--isopleths", "95,50", "--polygons", "--prefix", "K", "--gpkg"},
+             .Again = {"--overwrite"}});
+}
+
 TEST_F(Faults, Of_ranges_with_limits_and_their_package_in_a_new_folder) {
     CountUp({.Call = {"akde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
                       "--raster-format", "GTiff", "--lines", "--gpkg"},
