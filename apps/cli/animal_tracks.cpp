@@ -71,7 +71,7 @@ bool needs_times(const AnimalFixOptions& options) {
 std::string time_field_of(const AnimalFixOptions& options, platform::ITable& table, Times times) {
     if (!options.Time.empty()) return find_id_field(table, options.Time, options.Points.Input);
     if (times == Times::kNone && !needs_times(options)) return "";
-    const std::string found = guess_time_field(table);
+    std::string found = guess_time_field(table);
     if (found.empty() && (times == Times::kRequired || needs_times(options)))
         platform::Raise(error_number::kSubscript, options.Points.Input +
                                                       " has no field of the time that is known by its name: give it "
