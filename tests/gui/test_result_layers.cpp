@@ -22,7 +22,9 @@
 #include <qgsrastershader.h>
 #include <qgsrendercontext.h>
 #include <qgssinglebandpseudocolorrenderer.h>
+#include <qgssinglesymbolrenderer.h>
 #include <qgssymbol.h>
+#include <qgssymbollayer.h>
 #include <qgsvectordataprovider.h>
 #include <qgsvectorlayer.h>
 #include <QLineEdit>
@@ -166,6 +168,36 @@ TEST_F(ResultLayersTest, A_run_becomes_one_group_with_isopleths_above_rasters) {
     EXPECT_THAT(LegendOf(0), ElementsAre("PERCENT", "95 %", "50 %"));
     EXPECT_THAT(LegendOf(1), ElementsAre("PERCENT", "95 %", "50 %"));
     EXPECT_THAT(LegendOf(2), ElementsAre("PERCENT2", "50 to 95 %", "50 %"));
+}
+
+// Anybody who opens the package sees it so, without the plugin.
+TEST_F(ResultLayersTest, The_package_of_ranges_brings_its_styles_into_the_desktop) {
+    Open(2);
+    Find<QCheckBox>("chkPolys").click();
+    Find<QCheckBox>("chkGpkg").click();
+    Run("out");
+    const auto opened = [&](const char* name) {
+        const QString source = QString::fromStdString((m_folder / "out" / "RANGES.gpkg").string());
+        return std::make_unique<QgsVectorLayer>(source + QStringLiteral("|layername=") + QLatin1String(name),
+                                                QLatin1String(name), QStringLiteral("ogr"));
+    };
+    const auto ranges = opened("isopleths");
+    ASSERT_TRUE(ranges->isValid());
+    EXPECT_EQ(ranges->featureCount(), 4);
+    const auto* range = dynamic_cast<const QgsSingleSymbolRenderer*>(ranges->renderer());
+    ASSERT_NE(range, nullptr);
+    EXPECT_EQ(range->symbol()->color(), QColor(0, 114, 178, 45));
+    EXPECT_TRUE(range->orderByEnabled()) << "the largest first";
+    EXPECT_TRUE(range->symbol()->symbolLayer(0)->dataDefinedProperties().hasActiveProperties())
+        << "darker towards the core";
+    const auto fixes = opened("fixes");
+    ASSERT_TRUE(fixes->isValid());
+    EXPECT_EQ(fixes->featureCount(), 30);
+    const auto* fix = dynamic_cast<const QgsSingleSymbolRenderer*>(fixes->renderer());
+    ASSERT_NE(fix, nullptr);
+    EXPECT_EQ(fix->symbol()->color(), QColor(40, 40, 40));
+    EXPECT_EQ(fix->symbol()->opacity(), 0.7);
+    EXPECT_TRUE(opened("summary")->isValid());
 }
 
 TEST_F(ResultLayersTest, Results_stand_below_the_fixes_and_above_the_base_map) {
