@@ -131,14 +131,17 @@ private:
 class Writer final : public platform::IPackageWriter {
 public:
     Writer(platform::IFileSystem& files, const Package& package)
-        : m_package(package), m_draft(files, package.File), m_writing(m_draft.Path()) {
-        if (files.FileExists(package.File)) {
+        : m_package(package),
+          m_places(files.FileExists(package.File) ? PackageRows::Places::kNoIndex : PackageRows::Places::kIndexed),
+          m_draft(files, package.File),
+          m_writing(m_draft.Path()) {
+        if (IsNew()) {
+            Make();
+        } else {
             m_draft.CopyFrom(package.File);
             Prepare();
-        } else {
-            Make();
         }
-        m_rows.emplace(m_draft.Path(), m_package.Tables, kGeometryColumn);
+        m_rows.emplace(m_draft.Path(), m_package.Tables, kGeometryColumn, m_places);
     }
 
     void Drop(std::size_t table, const std::string& key) override {
@@ -159,12 +162,14 @@ public:
     void Publish() override {
         Checked([&] { return m_rows->Finish(); });
         m_rows.reset();
-        Complete();
+        if (!IsNew()) Complete();
         Checked([&] { return stamp_package(m_draft.Path(), m_package.Changed); });
         m_draft.Publish();
     }
 
 private:
+    bool IsNew() const { return m_places == PackageRows::Places::kIndexed; }
+
     void Make() {
         const DraftSetting setting(m_package.Changed);
         CPLStringList options;
@@ -181,7 +186,7 @@ private:
     void MakeTable(GDALDataset& dataset, const PackageTable& table) const {
         OGRSpatialReference system = ToOgr(m_package.Reference);
         CPLStringList options;
-        options.SetNameValue("SPATIAL_INDEX", "NO");
+        if (!IsNew()) options.SetNameValue("SPATIAL_INDEX", "NO");
         options.SetNameValue("GEOMETRY_NAME", kGeometryColumn);
         options.SetNameValue("ASPATIAL_VARIANT", "GPKG_ATTRIBUTES");
         OGRLayer* layer = dataset.CreateLayer(table.Name.c_str(), system.IsEmpty() ? nullptr : &system,
@@ -231,7 +236,7 @@ private:
         if (layer.CreateFeature(style.get()) != OGRERR_NONE) Fail();
     }
 
-    /// An index of places is kept by functions of GDAL's: it goes while SQLite alone writes.
+    /// The index of places of a table that has rows is kept by functions of GDAL's: it goes while SQLite alone writes.
     void Prepare() {
         const DraftSetting setting(m_package.Changed);
         GdalDatasetPtr dataset = opened_package(m_draft.Path(), GDAL_OF_UPDATE);
@@ -270,6 +275,7 @@ private:
     }
 
     Package m_package;
+    PackageRows::Places m_places;  ///< new tables are indexed as they are filled
     Draft m_draft;
     SqliteWriting m_writing;
     GdalErrors m_errors;
