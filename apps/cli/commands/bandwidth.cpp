@@ -250,14 +250,14 @@ std::string text_of(const std::optional<double>& value) {
 
 TextTable table_of(const std::vector<AnimalBandwidth>& animals, const BandwidthOptions& options) {
     TextTable table{{"id", "n", "bandwidth", "href"}, {}};
-    if (options.Rescale) table.Columns.push_back("bandwidth_map_units");
+    if (options.Rescale) table.Columns.emplace_back("bandwidth_map_units");
     const bool searches = options.Method != "href";
-    if (searches) table.Columns.push_back("minimised");
+    if (searches) table.Columns.emplace_back("minimised");
     for (const AnimalBandwidth& animal : animals) {
         std::vector<std::string> row{platform::ValueText(animal.Id), std::to_string(animal.Count),
                                      text_of(animal.Bandwidth), text_of(animal.Href)};
         if (options.Rescale) row.push_back(text_of(animal.MapUnits));
-        if (searches) row.push_back(!animal.Searched ? "" : animal.Minimised ? "yes" : "no");
+        if (searches) row.emplace_back(!animal.Searched ? "" : animal.Minimised ? "yes" : "no");
         table.Rows.push_back(std::move(row));
     }
     return table;

@@ -22,7 +22,7 @@ struct BatchPlanOptions {
     std::size_t Tasks = 0;
 };
 void register_batch_plan(CLI::App& command, BatchPlanOptions& options);
-int run_batch_plan(const BatchPlanOptions& options, Console& console);
+int run_batch_plan(const BatchPlanOptions& given, Console& console);
 
 /// wxl batch plan-akde: the same for a run of wxl akde.
 struct BatchPlanAkdeOptions {

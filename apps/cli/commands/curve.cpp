@@ -86,7 +86,7 @@ std::vector<AnimalCurve> curves_of(const AnimalTracks& tracks, const CurveSettin
         if (fixes.size() < track.Fixes.size())
             console.Problem(
                 fmt::format("{}: {} without a time left out", track.Name(), track.Fixes.size() - fixes.size()));
-        const double done = static_cast<double>(curves.size());
+        const auto done = static_cast<double>(curves.size());
         curves.push_back({&track, comparison::area_curve(fixes, settings, [&](double share) {
                               console.Progress((done + share) / all, "curve of " + track.Name());
                           })});
