@@ -106,7 +106,8 @@ void NameForScreenReaders(QWidget& window) {
             label->buddy()->setAccessibleName(QString(label->text()).remove(QLatin1Char('&')));
     for (QWidget* widget : window.findChildren<QWidget*>()) {
         if ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->accessibleName().isEmpty()) continue;
-        if (const auto* button = qobject_cast<QAbstractButton*>(widget); button != nullptr && !button->text().isEmpty()) continue;
+        if (const auto* button = qobject_cast<QAbstractButton*>(widget); button != nullptr && !button->text().isEmpty())
+            continue;
         if (!widget->toolTip().isEmpty()) widget->setAccessibleName(widget->toolTip());
     }
 }

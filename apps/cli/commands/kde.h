@@ -75,6 +75,6 @@ int with_extras(int code, const analysis::SummaryTable& summary, const analysis:
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);
 
 /// Completes the options, fills the analysis form, presses OK and writes what came of it.
-int run_kde(const KdeOptions& options, Console& console);
+int run_kde(const KdeOptions& given, Console& console);
 
 }  // namespace wxl::cli

@@ -28,7 +28,7 @@ private:
 class KdeSession {
 public:
     /// WrongCall for options that make no sense, RuntimeError for an input that cannot be used.
-    KdeSession(const KdeOptions& options, Console& console);
+    KdeSession(const KdeOptions& given, Console& console);
 
     kde_tool::frmKDE& Form() { return *m_form; }
     const platform::Services& Services() const { return m_services; }

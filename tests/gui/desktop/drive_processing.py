@@ -34,11 +34,32 @@ def show_ranges_with_limits(fixes, root):
     check(legend == ["95 % high", "95 %", "95 % low", "50 % high", "50 %", "50 % low"], str(legend))
     root.findGroup("Home ranges: fixes, reference bandwidth").setItemVisibilityChecked(False)
     root.findLayer(fixes.id()).setItemVisibilityChecked(False)
+    settle()
+    shoot(iface.mainWindow(), "processing-limits")
+
+
+def show_comparisons(fixes, root):
+    """What pairs have in common over the minimum convex polygons, and what overlaps nothing is not drawn."""
+    fields = {"INPUT": fixes, "ID_FIELD": "animal"}
+    polygons = processing.runAndLoadResults("wxltools:minimumconvexpolygons",
+                                            {**fields, "PERCENTAGES": "95", "OUTPUT": "TEMPORARY_OUTPUT"})
+    check(polygons["ANIMALS"] == 4, f"minimum convex polygons: {polygons}")
+    common = processing.runAndLoadResults("wxltools:overlap",
+                                          {**fields, "PERCENTAGES": "95", "OUTPUT": SETUP["output"] + "-overlap"})
+    check(common["ANIMALS"] == 4, f"overlap: {common}")
+    curve = processing.runAndLoadResults("wxltools:areacurve",
+                                         {**fields, "TIME_FIELD": "Time2", "OUTPUT": "TEMPORARY_OUTPUT"})
+    check(curve["ANIMALS"] == 4, f"area curve: {curve}")
+    root.findGroup("Home ranges: fixes, AKDE").setItemVisibilityChecked(False)
+    settle()
+    shoot(iface.mainWindow(), "processing-comparisons")
+
+
+def settle():
     for _ in range(30):
         QApplication.processEvents()
     iface.mapCanvas().refresh()
     iface.mapCanvas().waitWhileRendering()
-    shoot(iface.mainWindow(), "processing-limits")
 
 
 def run_model(fixes):
@@ -91,6 +112,7 @@ def main():
           [f"{a}: isopleth polygons" for a in animals] + [f"{a}: density" for a in animals], "the dialog's names")
     shoot(iface.mainWindow(), "processing-loaded")
     show_ranges_with_limits(fixes, root)
+    show_comparisons(fixes, root)
 
 
 drive(main)

@@ -49,7 +49,8 @@ TEST(Program, Misspelled_command_is_told_with_the_nearest) {
     EXPECT_EQ(problem({"batch", "stat"}),
               "wxl: there is no command \"stat\"; is it status? wxl batch --help tells more\n");
     EXPECT_EQ(problem({"batch"}),
-              "wxl: name a command of it: plan, plan-akde, run, merge, status, submit, overlap; wxl batch --help tells more\n");
+              "wxl: name a command of it: plan, plan-akde, run, merge, status, submit, overlap; wxl batch --help tells "
+              "more\n");
 }
 
 TEST(Program, Misspelled_option_is_told_with_the_nearest) {
