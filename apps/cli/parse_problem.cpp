@@ -93,7 +93,7 @@ std::string no_command(const CLI::App& command, const std::string& given) {
 
 /// The parser's words for a value that is none of its option's, and for one that is not there, as a sentence.
 std::string plain_refusal(const CLI::App& command, const CLI::ParseError& refusal) {
-    const std::string words = refusal.what();
+    std::string words = refusal.what();
     const std::size_t name = words.find(": ") + 2;
     const std::size_t equals = words.find(" = ");
     if (dynamic_cast<const CLI::ConversionError*>(&refusal) != nullptr && equals != std::string::npos &&

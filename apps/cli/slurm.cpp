@@ -132,7 +132,7 @@ std::string submit_script(const fs::path& script, const std::vector<std::string>
                         "--dry-run, or compute here with --engine local --jobs N");
     if (status != 0)
         platform::Raise(platform::error_number::kInvalidCall, fmt::format("sbatch {}: {}", ending_text(status), said));
-    const std::string job = said.substr(0, said.find(';'));
+    std::string job = said.substr(0, said.find(';'));
     if (job.empty() || job.find_first_not_of("0123456789") != std::string::npos)
         platform::Raise(platform::error_number::kInvalidCall,
                         fmt::format("sbatch was started and gave no number of a job, but \"{}\": see by squeue whether "

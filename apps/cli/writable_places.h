@@ -29,7 +29,7 @@ using Fence = std::optional<files::WritablePlaces>;
 Fence fence_of(const AkdeOptions& options);
 Fence fence_of(const ImportOptions& options);
 Fence fence_of(const InfoOptions& options);
-Fence fence_of(const KdeOptions& options);
+Fence fence_of(const KdeOptions& given);
 Fence fence_of(const BatchPlanOptions& options);
 Fence fence_of(const BatchPlanAkdeOptions& options);
 Fence fence_of(const BatchRunOptions& options);
