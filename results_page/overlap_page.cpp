@@ -6,6 +6,7 @@
 #include "results_page/document.h"
 #include "results_page/overlap_pictures.h"
 #include "results_page/repeat_command.h"
+#include "results_page/result_table.h"
 
 #include <algorithm>
 #include <array>
@@ -31,29 +32,18 @@ constexpr int kDigits = 4;
 constexpr std::size_t kTablePairs = 40;
 constexpr std::size_t kMaps = 3;
 constexpr std::size_t kTableAnimals = 1000;
-constexpr const char* kNone = "<span class=\"none\">–</span>";
 
 std::string counted(std::size_t count, const char* one, const char* many) {
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-/// A column head that sorts.
-std::string head_cell(const std::string& title, bool numeric) {
-    return std::string("<th scope=\"col\"") + (numeric ? " class=\"num\"" : "") +
-           " aria-sort=\"none\"><button type=\"button\">" + XmlText(title) + "</button></th>";
+/// A dash where there is no value.
+TableCell number_cell(const std::optional<double>& value, const std::string& text) {
+    return {value ? text : "", value};
 }
 
-std::string number_cell(const std::optional<double>& value, const std::string& text) {
-    if (!value) return std::string("<td class=\"num\">") + kNone + "</td>";
-    return "<td class=\"num\" data-value=\"" + NumberText(*value) + "\">" + text + "</td>";
-}
-
-std::string name_cell(const std::string& name) {
-    return "<td><bdi>" + XmlText(name) + "</bdi></td>";
-}
-
-std::string scroll_opening(const char* label) {
-    return std::string("<div class=\"scroll\" role=\"region\" aria-label=\"") + label + "\" tabindex=\"0\">\n";
+std::string number_html(const std::optional<double>& value, const std::string& text) {
+    return body_cell(number_cell(value, text), ColumnLook::kNumber);
 }
 
 std::string problems(const OverlapRun& run) {
@@ -108,8 +98,8 @@ std::vector<std::pair<std::uint32_t, std::uint32_t>> nearest_pairs(const Overlap
     return pairs;
 }
 
-std::string value_cell(const PairRecords& records, const IndexSection& section,
-                       double comparison::OverlapIndices::*index) {
+TableCell value_cell(const PairRecords& records, const IndexSection& section,
+                     double comparison::OverlapIndices::*index) {
     for (const PairOverlap* record : records)
         if (section.Holds(*record)) {
             const auto value = told_value(*record, index);
@@ -123,7 +113,7 @@ IndexSection common_section(double percent) {
     return {comparison::index_kind("hr"), percent, false};
 }
 
-std::string common_cell(const OverlapRun& run, const PairRecords& records, std::size_t percent) {
+TableCell common_cell(const OverlapRun& run, const PairRecords& records, std::size_t percent) {
     const double value = run.Ranges->Densities.Percents[percent];
     for (const PairOverlap* record : records) {
         if (!common_section(value).Holds(*record) || !record->Indices) continue;
@@ -133,18 +123,29 @@ std::string common_cell(const OverlapRun& run, const PairRecords& records, std::
     return number_cell(std::nullopt, "");
 }
 
-std::string pair_head(const OverlapRun& run, const std::vector<IndexSection>& sections) {
-    std::string html = head_cell("First", false) + head_cell("Second", false);
+std::vector<TableColumn> pair_columns(const OverlapRun& run, const std::vector<IndexSection>& sections) {
+    std::vector<TableColumn> columns = {{"Second"}};
     for (const IndexSection& section : sections) {
-        if (section.Kind->IsSymmetric()) {
-            html += head_cell(section.Title(), true);
-        } else {
-            html += head_cell(section.Title() + ", first", true) + head_cell(section.Title() + ", second", true);
-        }
+        const std::string title = section.Title();
+        columns.push_back({section.Kind->IsSymmetric() ? title : title + ", first", ColumnLook::kNumber});
+        if (!section.Kind->IsSymmetric()) columns.push_back({title + ", second", ColumnLook::kNumber});
     }
     for (const double percent : run.Ranges->Densities.Percents)
-        html += head_cell("In common at " + NumberText(percent) + " % (" + area_unit(run.Units) + ")", true);
-    return html;
+        columns.push_back(
+            {"In common at " + NumberText(percent) + " % (" + area_unit(run.Units) + ")", ColumnLook::kNumber});
+    return columns;
+}
+
+TableRow pair_row(const OverlapRun& run, const std::vector<IndexSection>& sections, std::uint32_t second,
+                  const std::string& first, const PairRecords& records) {
+    TableRow row{first, {{"<bdi>" + XmlText(run.Ranges->Animals[second].Name) + "</bdi>"}}};
+    for (const IndexSection& section : sections) {
+        row.Cells.push_back(value_cell(records, section, section.Kind->Forth));
+        if (!section.Kind->IsSymmetric()) row.Cells.push_back(value_cell(records, section, section.Kind->Back));
+    }
+    for (std::size_t p = 0; p < run.Ranges->Densities.Percents.size(); ++p)
+        row.Cells.push_back(common_cell(run, records, p));
+    return row;
 }
 
 std::string pair_table(const OverlapRun& run) {
@@ -156,21 +157,11 @@ std::string pair_table(const OverlapRun& run) {
     for (const PairOverlap& pair : run.Ranges->Pairs)
         if (const auto found = records.find({pair.First, pair.Second}); found != records.end())
             found->second.push_back(&pair);
+    std::vector<TableRow> rows;
+    for (const auto& pair : pairs)
+        rows.push_back(pair_row(run, sections, pair.second, run.Ranges->Animals[pair.first].Name, records[pair]));
     std::string html = "<h3>" + std::string(pairs.size() == kTablePairs ? "The nearest pairs" : "Pairs") + "</h3>\n" +
-                       scroll_opening("Table of pairs") + "<table id=\"results-table\"><thead><tr>" +
-                       pair_head(run, sections) + "</tr></thead>\n<tbody>\n";
-    for (const auto& pair : pairs) {
-        html += "<tr><th scope=\"row\"><bdi>" + XmlText(run.Ranges->Animals[pair.first].Name) + "</bdi></th>" +
-                name_cell(run.Ranges->Animals[pair.second].Name);
-        for (const IndexSection& section : sections) {
-            html += value_cell(records[pair], section, section.Kind->Forth);
-            if (!section.Kind->IsSymmetric()) html += value_cell(records[pair], section, section.Kind->Back);
-        }
-        for (std::size_t p = 0; p < run.Ranges->Densities.Percents.size(); ++p)
-            html += common_cell(run, records[pair], p);
-        html += "</tr>\n";
-    }
-    html += "</tbody></table></div>\n<p id=\"sorted\" class=\"hidden\" role=\"status\"></p>\n";
+                       sorted_table("Table of pairs", "First", RowNames::kPlain, pair_columns(run, sections), rows);
     if (pairs.size() == kTablePairs)
         html += "<p class=\"quiet\">The " + std::to_string(kTablePairs) + " nearest by " +
                 XmlText(sections.front().Title()) + "; <code>WXL_OVERLAP.csv</code> has all.</p>\n";
@@ -181,14 +172,14 @@ std::string animal_row(const OverlapRun& run, std::size_t i) {
     const ComparedAnimal& animal = run.Ranges->Animals[i];
     const bool alive = run.Ranges->Densities.Animals[i].IsAlive();
     std::string html = "<tr><th scope=\"row\"><bdi>" + XmlText(animal.Name) + "</bdi></th>" +
-                       number_cell(animal.Fixes ? std::optional(static_cast<double>(*animal.Fixes)) : std::nullopt,
+                       number_html(animal.Fixes ? std::optional(static_cast<double>(*animal.Fixes)) : std::nullopt,
                                    animal.Fixes ? std::to_string(*animal.Fixes) : "") +
-                       number_cell(animal.Bandwidth, animal.Bandwidth ? ShortNumber(*animal.Bandwidth, kDigits) : "") +
-                       number_cell(alive ? std::optional(animal.Volume) : std::nullopt,
+                       number_html(animal.Bandwidth, animal.Bandwidth ? ShortNumber(*animal.Bandwidth, kDigits) : "") +
+                       number_html(alive ? std::optional(animal.Volume) : std::nullopt,
                                    ShortNumber(100.0 * animal.Volume, kDigits) + " %");
     for (std::size_t p = 0; p < run.Ranges->Densities.Percents.size(); ++p) {
         const auto area = area_of(*run.Ranges, i, p);
-        html += number_cell(area, area_text(run.Units, area));
+        html += number_html(area, area_text(run.Units, area));
     }
     return html + "<td>" + (alive ? "ok" : "<strong class=\"bad\">not compared</strong>: " + XmlText(animal.Status)) +
            "</td></tr>\n";
@@ -196,10 +187,11 @@ std::string animal_row(const OverlapRun& run, std::size_t i) {
 
 std::string animal_table(const OverlapRun& run) {
     const std::size_t shown = std::min(run.Ranges->Animals.size(), kTableAnimals);
-    std::string html = scroll_opening("Table of animals") +
-                       "<table class=\"animals\"><thead><tr><th scope=\"col\">Animal</th><th scope=\"col\" "
-                       "class=\"num\">Fixes</th><th scope=\"col\" class=\"num\">Bandwidth (" +
-                       XmlText(length_unit(run.Units)) + ")</th><th scope=\"col\" class=\"num\">On the grid</th>";
+    std::string html =
+        "<div class=\"scroll\" role=\"region\" aria-label=\"Table of animals\" tabindex=\"0\">\n"
+        "<table class=\"animals\"><thead><tr><th scope=\"col\">Animal</th><th scope=\"col\" "
+        "class=\"num\">Fixes</th><th scope=\"col\" class=\"num\">Bandwidth (" +
+        XmlText(length_unit(run.Units)) + ")</th><th scope=\"col\" class=\"num\">On the grid</th>";
     for (const double percent : run.Ranges->Densities.Percents)
         html += "<th scope=\"col\" class=\"num\">" + NumberText(percent) + " % area (" + XmlText(area_unit(run.Units)) +
                 ")</th>";

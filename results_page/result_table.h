@@ -1,5 +1,5 @@
 #pragma once
-// The table of all animals that a page opens with.
+// The tables of pages: of all animals, and others that are sorted.
 
 #include <optional>
 #include <string>
@@ -25,14 +25,25 @@ struct TableColumn {
     ColumnLook Look = ColumnLook::kText;
 };
 
-/// The row of the record whose section is section_id(number of the row, from 1).
+/// A row, and what stands in its first column.
 struct TableRow {
     std::string Name;  ///< any text
     std::vector<TableCell> Cells;
 };
 
-/// The table as HTML, in a region of its own that scrolls sideways, with the names as links to the sections in its
-/// first column. Its head holds buttons by which the page's script sorts the rows.
+/// A cell of a row as HTML.
+std::string body_cell(const TableCell& cell, ColumnLook look);
+
+/// Whether the name of a row is a link to the section of its record: section_id(number of the row, from 1).
+enum class RowNames { kLinks, kPlain };
+
+/// A page's sorted table as HTML, in a region of its own that scrolls sideways: the names of the rows below
+/// `nameTitle`, then the columns. Its head holds buttons by which the page's script sorts the rows. `label` tells a
+/// screen reader what it is.
+std::string sorted_table(const std::string& label, const std::string& nameTitle, RowNames names,
+                         const std::vector<TableColumn>& columns, const std::vector<TableRow>& rows);
+
+/// The sorted table of all animals, whose names lead to their sections.
 std::string result_table(const std::vector<TableColumn>& columns, const std::vector<TableRow>& rows);
 
 }  // namespace wxl::results_page
