@@ -31,29 +31,51 @@ def task_processes(out):
     return found
 
 
+def stopped_task(out, chance):
+    """A process of one of the batch's tasks, stopped at a moment of chance in its work, and its job; none where none is met."""
+    for process in task_processes(out):
+        time.sleep(chance.uniform(0, 0.02))
+        try:
+            words = pathlib.Path(f"/proc/{process}/environ").read_bytes().split(b"\0")
+            os.kill(process, signal.SIGSTOP)
+        except OSError:
+            continue
+        jobs = [os.fsdecode(word.partition(b"=")[2]) for word in words if word.startswith(b"SLURM_JOB_ID=")]
+        if jobs:
+            return process, jobs[0]
+        os.kill(process, signal.SIGCONT)
+    return None
+
+
 def disturb(cluster, out, chance, kills, requeues):
-    """Kills and requeues tasks at random, so often at most, until the queue is empty; how often each was done."""
-    killed = requeued = 0
+    """Kills and requeues tasks met at work, so often at most, until the queue is empty; how often each was done."""
+    ends = ["kill"] * kills + ["requeue"] * requeues
+    chance.shuffle(ends)
+    done = {"kill": 0, "requeue": 0}
+    looked = 0.0
     end = time.monotonic() + PATIENCE
     while time.monotonic() < end:
-        jobs = [line.split() for line in cluster.said("squeue", "-h", "-r", "-o", "%i %t %r").splitlines()]
-        if not jobs:
-            return killed, requeued
-        running = [job for job, state, *_ in jobs if state == "R" and "_" in job]
-        if running and requeued < requeues and chance.random() < 0.3:
-            cluster.said("scontrol", "requeue", chance.choice(running))
-            requeued += 1
-        for job in (line[0] for line in jobs if line[2] == "BeginTime"):
-            # Slurm holds a requeued job for two minutes.
-            cluster.said("scontrol", "update", f"JobId={job}", "StartTime=now")
-        processes = task_processes(out)
-        if processes and killed < kills and chance.random() < 0.5:
+        met = stopped_task(out, chance) if ends and chance.random() < 0.5 else None
+        if met:
+            process, job = met
+            how = ends.pop()
+            if how == "requeue":
+                # Stopped, the task is still at work when Slurm is asked, however busy the machine is.
+                cluster.said("scontrol", "requeue", job)
             try:
-                os.kill(chance.choice(processes), signal.SIGKILL)
-                killed += 1
+                os.kill(process, signal.SIGKILL if how == "kill" else signal.SIGCONT)
             except ProcessLookupError:
                 pass
-        time.sleep(chance.uniform(0.02, 0.3))
+            done[how] += 1
+        if time.monotonic() - looked > 0.3:
+            looked = time.monotonic()
+            jobs = [line.split() for line in cluster.said("squeue", "-h", "-r", "-o", "%i %t %r").splitlines()]
+            if not jobs:
+                return done["kill"], done["requeue"]
+            for job in (line[0] for line in jobs if line[2] == "BeginTime"):
+                # Slurm holds a requeued job for two minutes.
+                cluster.said("scontrol", "update", f"JobId={job}", "StartTime=now")
+        time.sleep(0.002)
     raise AssertionError("the queue does not become empty:\n" + cluster.said("squeue"))
 
 
