@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <qgsexpressioncontextutils.h>
 #include <qgsfillsymbollayer.h>
 #include <qgslayertree.h>
@@ -91,6 +92,13 @@ std::map<std::string, std::string> contents_of(const fs::path& folder) {
         contents[name] = bytes;
     }
     return contents;
+}
+
+/// A layer of the package that a run gives.
+std::unique_ptr<QgsVectorLayer> layer_of(const QVariantMap& results, const char* name) {
+    return std::make_unique<QgsVectorLayer>(
+        results.value(QStringLiteral("PACKAGE")).toString() + QStringLiteral("|layername=") + QLatin1String(name),
+        QLatin1String(name), QStringLiteral("ogr"));
 }
 
 class ProcessingTest : public testing::Test {
@@ -239,7 +247,7 @@ TEST_F(ProcessingTest, Provider_offers_its_algorithms_until_it_is_removed) {
 TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     auto call = KernelCall("expected");
     call.insert(call.end(), {"--prefix", "W", "--bandwidth", "lscv", "--isopleths", "95,50", "--polygons", "--lines",
-                             "--independence", "--html", "--answer", "yes"});
+                             "--independence", "--html", "--gpkg", "--answer", "yes"});
     Wxl(call);
     auto parameters = KernelParameters("actual");
     parameters[QStringLiteral("PREFIX")] = QStringLiteral("W");
@@ -249,6 +257,7 @@ TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     parameters[QStringLiteral("LINES")] = true;
     parameters[QStringLiteral("INDEPENDENCE")] = true;
     parameters[QStringLiteral("HTML")] = true;
+    parameters[QStringLiteral("GPKG")] = true;
     const QVariantMap results = Run("kerneldensity", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
     EXPECT_GT(contents_of(At("actual")).size(), 10U);
@@ -260,6 +269,8 @@ TEST_F(ProcessingTest, Kernel_run_writes_the_bytes_of_the_command_line) {
     EXPECT_EQ(results.value(QStringLiteral("OUTPUT")).toString(), text_of(At("actual")));
     EXPECT_TRUE(fs::exists(results.value(QStringLiteral("REPORT")).toString().toStdString()));
     EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), text_of(At("actual") / "WXL_KDE_ANALYSIS.html"));
+    EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), text_of(At("actual") / "RANGES.gpkg"));
+    EXPECT_EQ(contents_of(At("actual")).count("RANGES.gpkg"), 1U);
     EXPECT_EQ(contents_of(At("actual")).count("WXL_KDE_ANALYSIS.html"), 1U);
     EXPECT_EQ(contents_of(At("actual")).count("WXL_KDE_SUMMARY.csv"), 1U);
     EXPECT_GT(m_feedback.Progress, 50.0);
@@ -285,6 +296,29 @@ TEST_F(ProcessingTest, Kernel_run_with_other_choices_writes_the_bytes_of_the_com
     const QVariantMap results = Run("kerneldensity", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
     EXPECT_EQ(results.value(QStringLiteral("PAGE")).toString(), "");
+    EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), "");
+}
+
+// Isopleths that are in no shapefile are in the package.
+TEST_F(ProcessingTest, Kernel_run_of_a_package_alone_writes_the_bytes_of_the_command_line) {
+    auto call = KernelCall("expected");
+    call.insert(call.end(), {"--isopleths", "95, 90, 50", "--gpkg", "--answer", "yes"});
+    Wxl(call);
+    auto parameters = KernelParameters("actual");
+    parameters[QStringLiteral("GPKG")] = true;
+    parameters[QStringLiteral("ISOPLETHS")] = QStringLiteral("95, 101");
+    EXPECT_EQ(Failure("kerneldensity", parameters), "Isopleths: \"101\" is not a number above 0 and at most 100");
+    parameters.remove(QStringLiteral("ISOPLETHS"));
+    const QVariantMap results = Run("kerneldensity", parameters);
+    EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(results.value(QStringLiteral("ISOPLETHS")).toStringList().size(), 0);
+    EXPECT_EQ(layer_of(results, "isopleths")->featureCount(), 4 * 3);
+    parameters = KernelParameters("fixes_alone");
+    parameters[QStringLiteral("GPKG")] = true;
+    parameters[QStringLiteral("ISOPLETHS")] = QString();
+    const QVariantMap fixes = Run("kerneldensity", parameters);
+    EXPECT_EQ(layer_of(fixes, "isopleths")->featureCount(), 0);
+    EXPECT_EQ(layer_of(fixes, "fixes")->featureCount(), 1001);
 }
 
 TEST_F(ProcessingTest, Autocorrelated_ranges_are_the_bytes_of_the_command_line) {
@@ -296,7 +330,7 @@ TEST_F(ProcessingTest, Autocorrelated_ranges_are_the_bytes_of_the_command_line) 
                                            "--cell-size", "100",       "--extent",
                                            "full:3000",   "--prefix",  "A",
                                            "--scaling",   "1000",      "--raster-format",
-                                           "GTiff"};
+                                           "GTiff",       "--gpkg"};
     Wxl(call);
     QVariantMap parameters = RangeParameters("actual");
     parameters[QStringLiteral("LINES")] = true;
@@ -308,9 +342,11 @@ TEST_F(ProcessingTest, Autocorrelated_ranges_are_the_bytes_of_the_command_line) 
     parameters[QStringLiteral("PREFIX")] = QStringLiteral("A");
     parameters[QStringLiteral("SCALING")] = 1000.0;
     parameters[QStringLiteral("RASTER_FORMAT")] = 1;
+    parameters[QStringLiteral("GPKG")] = true;
     const QVariantMap results = Run("autocorrelatedranges", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
-    EXPECT_EQ(contents_of(At("actual")).size(), 4U * 11U + 2U);
+    EXPECT_EQ(contents_of(At("actual")).size(), 4U * 11U + 3U);
+    EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), text_of(At("actual") / "RANGES.gpkg"));
     EXPECT_EQ(results.value(QStringLiteral("DISTRIBUTIONS")).toInt(), 4);
     EXPECT_EQ(results.value(QStringLiteral("RASTERS")).toStringList().size(), 4);
     EXPECT_EQ(results.value(QStringLiteral("ISOPLETHS")).toStringList().size(), 8);
@@ -324,8 +360,9 @@ TEST_F(ProcessingTest, Autocorrelated_ranges_with_a_given_model_and_a_grid_of_th
          "--at", "OU:isotropic:86400"});
     QVariantMap parameters = RangeParameters("actual");
     parameters[QStringLiteral("MODEL")] = QStringLiteral("OU:isotropic:86400");
-    Run("autocorrelatedranges", parameters);
+    const QVariantMap results = Run("autocorrelatedranges", parameters);
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
+    EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), "");
     // Names that are taken are told, and nothing is changed.
     EXPECT_EQ(Failure("autocorrelatedranges", parameters),
               (At("actual") / "WXL_AKDE_SUMMARY.csv").string() + " exists: choose another folder or prefix");
@@ -349,6 +386,73 @@ TEST_F(ProcessingTest, Mistakes_in_autocorrelated_ranges_are_told_before_the_run
     EXPECT_THAT(Failure("autocorrelatedranges", parameters),
                 HasSubstr("has no field \"when\" for the time of its fixes; its fields are: "));
     EXPECT_FALSE(fs::exists(At("out") / "WXL_AKDE_SUMMARY.csv"));
+}
+
+// Anybody who opens the package sees estimates and limits apart, without the plugin.
+TEST_F(ProcessingTest, The_package_of_autocorrelated_ranges_brings_its_styles) {
+    QVariantMap parameters = RangeParameters("out");
+    parameters[QStringLiteral("GPKG")] = true;
+    const QVariantMap results = Run("autocorrelatedranges", parameters);
+    const auto ranges = layer_of(results, "isopleths");
+    ASSERT_TRUE(ranges->isValid());
+    EXPECT_EQ(ranges->featureCount(), 4 * 6);
+    EXPECT_TRUE(ranges->renderer()->orderByEnabled()) << "the largest first";
+    const std::map<QString, Qt::BrushStyle> fills = {{QStringLiteral("est"), Qt::SolidPattern},
+                                                     {QStringLiteral("low"), Qt::NoBrush},
+                                                     {QStringLiteral("high"), Qt::NoBrush}};
+    QgsRenderContext render;
+    render.expressionContext().appendScope(QgsExpressionContextUtils::layerScope(ranges.get()));
+    ranges->renderer()->startRender(render, ranges->fields());
+    QgsFeatureIterator rows = ranges->getFeatures();
+    for (QgsFeature row; rows.nextFeature(row);) {
+        render.expressionContext().setFeature(row);
+        const QString bound = row.attribute(QStringLiteral("bound")).toString();
+        const QgsSymbolList symbols = ranges->renderer()->originalSymbolsForFeature(row, render);
+        ASSERT_EQ(symbols.size(), 1) << bound.toStdString();
+        const auto* fill = dynamic_cast<const QgsSimpleFillSymbolLayer*>(symbols.front()->symbolLayer(0));
+        ASSERT_NE(fill, nullptr);
+        EXPECT_EQ(fill->brushStyle(), fills.at(bound));
+        EXPECT_EQ(fill->strokeStyle() == Qt::SolidLine, bound == QLatin1String("est"));
+    }
+    ranges->renderer()->stopRender(render);
+    EXPECT_EQ(layer_of(results, "fixes")->featureCount(), 1001);
+    EXPECT_EQ(layer_of(results, "summary")->featureCount(), 4 * 2);
+}
+
+TEST_F(ProcessingTest, A_package_of_other_ranges_stays_as_it_is) {
+    QVariantMap kernels = KernelParameters("out");
+    kernels[QStringLiteral("GPKG")] = true;
+    Run("kerneldensity", kernels);
+    const std::string before = bytes_of(At("out") / "RANGES.gpkg");
+    QVariantMap parameters = RangeParameters("out");
+    parameters[QStringLiteral("GPKG")] = true;
+    parameters[QStringLiteral("PREFIX")] = QStringLiteral("A");
+    parameters[QStringLiteral("MODEL")] = QStringLiteral("OU:isotropic:86400");
+    const QVariantMap results = Run("autocorrelatedranges", parameters);
+    EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), "");
+    EXPECT_THAT(m_feedback.Warnings.toStdString(),
+                HasSubstr("RANGES.gpkg is not a package of ranges with limits in the coordinate system of the points, "
+                          "and was left as it is; no package was written. Choose another output folder for one."));
+    EXPECT_TRUE(bytes_of(At("out") / "RANGES.gpkg") == before);
+}
+
+// Its journal tells that another program writes into it.
+TEST_F(ProcessingTest, A_package_that_cannot_be_written_is_a_failure) {
+    fs::create_directories(At("out"));
+    std::ofstream(At("out") / "RANGES.gpkg-journal") << "another program's";
+    QVariantMap parameters = RangeParameters("out");
+    parameters[QStringLiteral("GPKG")] = true;
+    parameters[QStringLiteral("MODEL")] = QStringLiteral("OU:isotropic:86400");
+    EXPECT_EQ(Failure("autocorrelatedranges", parameters),
+              "Not all could be written; the log above says what and why.");
+    EXPECT_THAT(m_feedback.Warnings.toStdString(), HasSubstr("RANGES.gpkg"));
+    EXPECT_TRUE(fs::exists(At("out") / "WXL_AKDE_SUMMARY.csv")) << "what was done is kept";
+    QVariantMap kernels = KernelParameters("out");
+    kernels[QStringLiteral("GPKG")] = true;
+    kernels[QStringLiteral("PREFIX")] = QStringLiteral("K");
+    EXPECT_THAT(Failure("kerneldensity", kernels), HasSubstr("RANGES.gpkg"));
+    EXPECT_TRUE(fs::exists(At("out") / "WXL_KDE_SUMMARY.csv"));
+    EXPECT_FALSE(fs::exists(At("out") / "RANGES.gpkg"));
 }
 
 // Every outline has a symbol of its percentage and bound; limits have no fill.

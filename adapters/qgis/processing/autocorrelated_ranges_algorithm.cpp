@@ -90,8 +90,8 @@ QString AutocorrelatedRangesAlgorithm::shortHelpString() const {
         "have 95 % limits.\n\n"
         "For every animal there is a raster of the density, and a shapefile with an outline for every percentage; its "
         "field BOUND says which: est (the estimate), low or high (its limits). The folder also gets a summary table "
-        "and, where asked for, an HTML page with maps and variograms. The files are those of the command \"wxl "
-        "akde\".\n\n"
+        "and, where asked for, an HTML page with maps and variograms, and a GeoPackage of all ranges. The files are "
+        "those of the command \"wxl akde\".\n\n"
         "The points must be projected: distances in degrees mean nothing. An animal that is not shown to be resident "
         "has a warning in the log: look at its variogram before using the area.\n\n"
         "Cancel stops after the present animal; what was done is kept.");
@@ -167,6 +167,7 @@ void AutocorrelatedRangesAlgorithm::AddRunParameters() {
     addParameter(with_help(new QgsProcessingParameterBoolean(
                                QStringLiteral("HTML"), QStringLiteral("Write an HTML page of the results"), false),
                            "Puts a page with maps, models and variograms of all animals into the output folder"));
+    AddPackage();
     AddLoad();
 }
 
@@ -231,6 +232,7 @@ RangeSettings AutocorrelatedRangesAlgorithm::SettingsOf(const QVariantMap& param
     settings.Percentages = percentages_of(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context));
     settings.Optimal = parameterAsBoolean(parameters, QStringLiteral("OPTIMAL_WEIGHTS"), context);
     settings.Lines = parameterAsBoolean(parameters, QStringLiteral("LINES"), context);
+    settings.GeoPackage = WantsPackage(parameters, context);
     TakeExtent(parameters, context, settings);
     return settings;
 }
@@ -272,11 +274,14 @@ QVariantMap AutocorrelatedRangesAlgorithm::processAlgorithm(const QVariantMap& p
         throw QgsProcessingException(
             QStringLiteral("None of the %1 distributions could be computed; the log above says why.")
                 .arg(outcome.Done));
+    if (outcome.NotWritten)
+        throw QgsProcessingException(QStringLiteral("Not all could be written; the log above says what and why."));
     if (context.project() != nullptr && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
         load_on_completion(written.Catalogue, context);
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("SUMMARY"), ToQString(outcome.Summary.string())},
             {QStringLiteral("PAGE"), ToQString(written_page.string())},
+            {QStringLiteral("PACKAGE"), ToQString(outcome.Package.lexically_normal().string())},
             {QStringLiteral("RASTERS"), written.Rasters},
             {QStringLiteral("ISOPLETHS"), written.Isopleths},
             {QStringLiteral("DISTRIBUTIONS"), static_cast<int>(outcome.Done)},

@@ -67,8 +67,8 @@ QString KernelDensityAlgorithm::shortHelpString() const {
         "Estimates a utilization distribution for every animal of a point layer by a bivariate normal kernel, fixed or "
         "adaptive, and writes it as a raster into the output folder, with isopleths as shapefiles where asked for. The "
         "folder also gets a report, a summary table, a record of the settings and, where asked for, an HTML page with "
-        "maps. The files are those of the analysis dialog and of the "
-        "command \"wxl kde\".\n\n"
+        "maps, and a GeoPackage of all ranges. The files are those of the analysis dialog and of the command \"wxl "
+        "kde\".\n\n"
         "The points must be projected: distances in degrees mean nothing.\n\n"
         "Bandwidth: the reference rule, least squares (LSCV) or biased (BCV) cross-validation, your own bandwidths in "
         "map units, proportions of the reference bandwidth, or the smallest proportion that leaves a range in one "
@@ -140,7 +140,8 @@ void KernelDensityAlgorithm::AddRasterParameters() {
 
 void KernelDensityAlgorithm::AddIsoplethParameters() {
     addParameter(new QgsProcessingParameterString(QStringLiteral("ISOPLETHS"),
-                                                  QStringLiteral("Isopleths (percentages; only with a kind below)"),
+                                                  QStringLiteral("Isopleths (percentages; only with a kind below or "
+                                                                 "the GeoPackage)"),
                                                   QStringLiteral("95, 90, 50"), false, true));
     addParameter(
         new QgsProcessingParameterBoolean(QStringLiteral("LINES"), QStringLiteral("Isopleths as lines"), false));
@@ -155,6 +156,7 @@ void KernelDensityAlgorithm::AddRunParameters() {
     addParameter(with_help(new QgsProcessingParameterBoolean(
                                QStringLiteral("HTML"), QStringLiteral("Write an HTML page of the results"), false),
                            "Puts a page with tables and pictures of all animals into the output folder"));
+    AddPackage();
     addParameter(advanced(new QgsProcessingParameterBoolean(
         QStringLiteral("INDEPENDENCE"), QStringLiteral("Put the indices of independence into the report"), false)));
     addParameter(advanced(new QgsProcessingParameterBoolean(
@@ -192,10 +194,7 @@ bool KernelDensityAlgorithm::checkParameterValues(const QVariantMap& parameters,
     if (method == kAdHoc && (parameterAsBoolean(parameters, QStringLiteral("ADAPTIVE"), context) ||
                              parameterAsBoolean(parameters, QStringLiteral("RESCALE"), context)))
         return refuse(QStringLiteral("The ad hoc bandwidth is for fixed kernels of coordinates as they are."));
-    const bool isopleths = parameterAsBoolean(parameters, QStringLiteral("LINES"), context) ||
-                           parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context) ||
-                           parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
-    if (isopleths)
+    if (WantsIsopleths(parameters, context))
         if (const QString text = problem_of_list(
                 QStringLiteral("Isopleths"), parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context), true);
             !text.isEmpty())
@@ -263,7 +262,14 @@ void KernelDensityAlgorithm::TakeOutput(const QVariantMap& parameters, QgsProces
     settings.ScalingFactor = analysis::typed_number(parameterAsDouble(parameters, QStringLiteral("SCALING"), context));
     settings.Verbose = parameterAsBoolean(parameters, QStringLiteral("VERBOSE"), context);
     settings.Html = parameterAsBoolean(parameters, QStringLiteral("HTML"), context);
+    settings.GeoPackage = WantsPackage(parameters, context);
     settings.RasterFormat = RasterFormatOf(parameters, context);
+}
+
+bool KernelDensityAlgorithm::WantsIsopleths(const QVariantMap& parameters, QgsProcessingContext& context) const {
+    const auto flag = [&](const char* name) { return parameterAsBoolean(parameters, QLatin1String(name), context); };
+    const bool named = !parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context).trimmed().isEmpty();
+    return flag("LINES") || flag("POLYGONS") || flag("DONUTS") || (named && WantsPackage(parameters, context));
 }
 
 void KernelDensityAlgorithm::TakeIsopleths(const QVariantMap& parameters, QgsProcessingContext& context,
@@ -271,7 +277,7 @@ void KernelDensityAlgorithm::TakeIsopleths(const QVariantMap& parameters, QgsPro
     settings.Lines = parameterAsBoolean(parameters, QStringLiteral("LINES"), context);
     settings.Polygons = parameterAsBoolean(parameters, QStringLiteral("POLYGONS"), context);
     settings.Donuts = parameterAsBoolean(parameters, QStringLiteral("DONUTS"), context);
-    settings.Isopleths = settings.Lines || settings.Polygons || settings.Donuts;
+    settings.Isopleths = WantsIsopleths(parameters, context);
     if (settings.Isopleths)
         settings.Percentages =
             analysis::typed_numbers(FromQString(parameterAsString(parameters, QStringLiteral("ISOPLETHS"), context)));
@@ -334,11 +340,13 @@ QVariantMap KernelDensityAlgorithm::processAlgorithm(const QVariantMap& paramete
         throw QgsProcessingException(
             QStringLiteral("None of the %1 distributions could be computed; the report says why.")
                 .arg(written.Distributions));
+    if (form.Ranges().Failed()) Fail(session.Messages(), QStringLiteral("The GeoPackage could not be written."));
     if (context.project() != nullptr && parameterAsBoolean(parameters, QStringLiteral("LOAD"), context))
         load_on_completion(written.Catalogue, context);
     return {{QStringLiteral("OUTPUT"), folder},
             {QStringLiteral("REPORT"), report_of(folder)},
             {QStringLiteral("PAGE"), ToQString(page.Written().string())},
+            {QStringLiteral("PACKAGE"), ToQString(form.Ranges().Written().lexically_normal().string())},
             {QStringLiteral("RASTERS"), written.Rasters},
             {QStringLiteral("ISOPLETHS"), written.Isopleths},
             {QStringLiteral("DISTRIBUTIONS"), written.Distributions},

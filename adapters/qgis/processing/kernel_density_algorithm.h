@@ -32,6 +32,7 @@ private:
                                   ProcessingSession& session) const;
     void TakeKernel(const QVariantMap& parameters, QgsProcessingContext& context, analysis::Settings& settings) const;
     void TakeOutput(const QVariantMap& parameters, QgsProcessingContext& context, analysis::Settings& settings) const;
+    bool WantsIsopleths(const QVariantMap& parameters, QgsProcessingContext& context) const;
     void TakeIsopleths(const QVariantMap& parameters, QgsProcessingContext& context,
                        analysis::Settings& settings) const;
 };

@@ -21,6 +21,7 @@ namespace {
 
 const QString kInput = QStringLiteral("INPUT");
 const QString kOutput = QStringLiteral("OUTPUT");
+const QString kPackage = QStringLiteral("GPKG");
 const QString kRasterFormat = QStringLiteral("RASTER_FORMAT");
 const QStringList kFormats = {QStringLiteral("GRID"), QStringLiteral("GTiff")};
 
@@ -91,6 +92,17 @@ void WxlAlgorithm::AddRasterFiles(const QString& prefixTitle) {
         advanced(new QgsProcessingParameterEnum(kRasterFormat, QStringLiteral("Raster format"), kFormats, false, 0)));
 }
 
+void WxlAlgorithm::AddPackage() {
+    addParameter(with_help(
+        new QgsProcessingParameterBoolean(kPackage, QStringLiteral("Write all ranges into one GeoPackage"), false),
+        "Puts isopleths, fixes and a summary of all animals into the file RANGES.gpkg of the output folder, with "
+        "styles; later runs add to it"));
+}
+
+bool WxlAlgorithm::WantsPackage(const QVariantMap& parameters, QgsProcessingContext& context) const {
+    return parameterAsBoolean(parameters, kPackage, context);
+}
+
 void WxlAlgorithm::AddLoad() {
     addParameter(new QgsProcessingParameterBoolean(QStringLiteral("LOAD"), QStringLiteral("Add results to map"), true));
 }
@@ -104,6 +116,7 @@ void WxlAlgorithm::AddRunOutputs(const QString& name, const QString& title) {
     AddFolder("A new or empty folder; made when it is not there");
     addOutput(new QgsProcessingOutputFile(name, title));
     addOutput(new QgsProcessingOutputHtml(QStringLiteral("PAGE"), QStringLiteral("HTML page of the results")));
+    addOutput(new QgsProcessingOutputFile(QStringLiteral("PACKAGE"), QStringLiteral("GeoPackage of all ranges")));
     addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("RASTERS"), QStringLiteral("Rasters")));
     addOutput(new QgsProcessingOutputMultipleLayers(QStringLiteral("ISOPLETHS"), QStringLiteral("Isopleths")));
     addOutput(

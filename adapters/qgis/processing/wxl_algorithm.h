@@ -82,14 +82,20 @@ protected:
     /// Adds the parameters REFERENCE, PREFIX, SCALING and RASTER_FORMAT of a run that writes rasters.
     void AddRasterFiles(const QString& prefixTitle);
 
+    /// Adds the parameter GPKG of a run that can write all its ranges into one file.
+    void AddPackage();
+
+    /// Whether GPKG is ticked.
+    bool WantsPackage(const QVariantMap& parameters, QgsProcessingContext& context) const;
+
     /// Adds the parameter LOAD.
     void AddLoad();
 
     /// Adds the folder OUTPUT.
     void AddFolder(const char* help);
 
-    /// Adds the folder OUTPUT and what a run into it gives: the file `name`, PAGE, RASTERS, ISOPLETHS, DISTRIBUTIONS
-    /// and FAILED.
+    /// Adds the folder OUTPUT and what a run into it gives: the file `name`, PAGE, PACKAGE, RASTERS, ISOPLETHS,
+    /// DISTRIBUTIONS and FAILED.
     void AddRunOutputs(const QString& name, const QString& title);
 
     /// The folder of OUTPUT, which is made where it is not there. QgsProcessingException where it cannot be.
