@@ -1,6 +1,7 @@
 #include "akde/range_package.h"
 
 #include "analysis/range_styles.h"
+#include "isopleths/rings.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -150,7 +151,7 @@ void RangePackage::PutIsopleths(const RangeRecord& record, platform::IPackageWri
                                                if_positive(model.DofArea),
                                                text_or_none(record.First),
                                                text_or_none(record.Last),
-                                               analysis::parts_of(record.Outlines[place]),
+                                               std::int64_t{isopleths::outer_rings_of(record.Outlines[place])},
                                                utf8_cell(raster)};
         package.Put(kIsopleths, record.Outlines[place], cells);
     }

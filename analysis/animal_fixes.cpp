@@ -63,11 +63,19 @@ public:
         return m_times[m_last];
     }
 
-    std::vector<AnimalFixes> Sorted() && {
+    /// Errors of the positions of the animal that Of gave.
+    PositionErrors& Errors() {
+        m_errors.resize(m_animals.size());
+        return m_errors[m_last];
+    }
+
+    std::vector<AnimalFixes> Sorted(const PositionErrorFields& errors) && {
         m_seconds.resize(m_animals.size());
+        m_errors.resize(m_animals.size());
         for (std::size_t i = 0; i < m_animals.size(); ++i) {
             const std::size_t without = m_animals[i].Fixes.size() - m_seconds[i].size();
             m_animals[i].Times = tracking_times::facts_on_times(std::move(m_seconds[i]), without);
+            m_animals[i].Error = errors.Median(std::move(m_errors[i]), m_animals[i].Fixes.size());
         }
         std::sort(m_animals.begin(), m_animals.end(),
                   [](const AnimalFixes& a, const AnimalFixes& b) { return platform::ValueLess(a.Id, b.Id); });
@@ -78,20 +86,27 @@ private:
     std::vector<AnimalFixes> m_animals;
     std::vector<std::optional<double>> m_times;
     std::vector<std::vector<std::int64_t>> m_seconds;
+    std::vector<PositionErrors> m_errors;
     std::unordered_map<FieldValue, std::size_t, IdHash, IdEqual> m_places;
     std::size_t m_last = 0;  ///< rows of one animal mostly follow one another
 };
 
 std::unique_ptr<platform::IFeatureCursor> points_of(platform::IFeatureLayer& layer, platform::IFeatureClass& points,
-                                                    std::string_view idField, const std::string& timeField,
-                                                    bool selectedOnly) {
+                                                    std::vector<std::string> fields, bool selectedOnly) {
     platform::Search search;
-    search.Fields = {std::string(idField)};
-    if (!timeField.empty()) search.Fields.push_back(timeField);
+    search.Fields = std::move(fields);
     if (!selectedOnly) return points.Find(search);
     const auto selection = layer.Selection();
     if (!selection) platform::Raise(platform::error_number::kObjectNotSet);
     return selection->Find(search);
+}
+
+std::vector<std::string> fields_read(std::string_view idField, const FixTimes& times,
+                                     const PositionErrorFields& errors) {
+    std::vector<std::string> fields = errors.Names();
+    fields.emplace(fields.begin(), idField);
+    if (!times.Field().empty()) fields.push_back(times.Field());
+    return fields;
 }
 
 void name_animals(GroupedFixes& groups) {
@@ -120,7 +135,8 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
     result.TextIds = IsTextId(fields.at(static_cast<std::size_t>(field)).Type);
     Groups groups;
     const FixTimes times(fields);
-    const auto cursor = points_of(layer, *points, idField, times.Field(), selectedOnly);
+    const PositionErrorFields errors(fields);
+    const auto cursor = points_of(layer, *points, fields_read(idField, times, errors), selectedOnly);
     while (const auto feature = cursor->NextFeature()) {
         const platform::Geometry shape = feature->Shape();
         const bool located = has_location(shape);
@@ -133,6 +149,7 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
         AnimalFixes& animal = groups.Of(std::move(id));
         if (!located) continue;
         animal.Fixes.push_back(shape.Location);
+        errors.Take(*feature, groups.Errors());
         const std::optional<double> time = times.Of(*feature);
         if (!time) continue;
         std::vector<std::int64_t>& seconds = groups.Times();
@@ -141,7 +158,7 @@ GroupedFixes GroupFixes(platform::IFeatureLayer& layer, std::string_view idField
         last = time;
         if (std::abs(*time) < kFarthestTime) seconds.push_back(static_cast<std::int64_t>(std::floor(*time)));
     }
-    result.Animals = std::move(groups).Sorted();
+    result.Animals = std::move(groups).Sorted(errors);
     name_animals(result);
     return result;
 }

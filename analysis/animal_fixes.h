@@ -1,9 +1,11 @@
 #pragma once
+#include "analysis/position_error.h"
 #include "platform/map.h"
 #include "platform/values.h"
 #include "tracking_times/time_facts.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +19,8 @@ struct AnimalFixes {
     std::vector<platform::Point> Fixes;
     std::string Subfolder = {};  ///< of the output folder, takes the animal's datasets; empty: the folder itself
     std::int64_t StepsBack = 0;  ///< fixes earlier than the one before them, as far as a field of the layer tells
-    tracking_times::TimeFacts Times = {};  ///< as far as a field of the layer tells
+    tracking_times::TimeFacts Times = {};     ///< as far as a field of the layer tells
+    std::optional<PositionError> Error = {};  ///< of the positions; as far as fields of the layer tell
 };
 
 /// The points of a layer, grouped by animal.

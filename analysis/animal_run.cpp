@@ -60,6 +60,7 @@ AnimalRecord record_of(const engine::clsKernelCalculator& calculator, const Anim
     record.SampleSize = static_cast<std::int32_t>(animal.Fixes.size());
     record.Coincident = coincidence_of(animal.Fixes);
     record.Times = animal.Times;
+    record.Error = animal.Error;
     record.Schoener = Schoener(animal.Fixes);
     record.SwihartSlade = SwihartSlade(animal.Fixes);
     record.Method = settings.Method;
@@ -249,10 +250,11 @@ void AnimalRun::TakeIsopleths(const isopleths::clsHISO& isopleths, AnimalRecord&
     const std::vector<double>& levels = isopleths.GetLevels();
     const std::vector<std::optional<double>>& areas = isopleths.GetAreas();
     const std::vector<platform::Geometry>& polygons = isopleths.GetPolygons();
+    const std::vector<std::int32_t>& parts = isopleths.GetParts();
     for (std::size_t i = 0; i < levels.size(); ++i)
-        record.Isopleths.push_back({m_frame.Wanted.Percentages.Values.at(i), levels[i],
-                                    i < areas.size() ? areas[i] : std::nullopt,
-                                    i < polygons.size() ? polygons[i] : platform::Geometry()});
+        record.Isopleths.push_back(
+            {m_frame.Wanted.Percentages.Values.at(i), levels[i], i < areas.size() ? areas[i] : std::nullopt,
+             i < polygons.size() ? polygons[i] : platform::Geometry(), i < parts.size() ? parts[i] : 0});
     const auto add = [&](const auto& dataset, DatasetKind kind) {
         if (dataset)
             record.Files.push_back((Folder(record) / (isopleth_name(record.RasterName, kind) + ".shp")).string());

@@ -17,15 +17,6 @@ using platform::FieldValue;
 
 constexpr double kSquareMetresPerHectare = 1e4;
 
-/// Twice the area of a ring, positive where it turns like the hands of a clock: outer rings do.
-double clockwise(const std::vector<platform::Point>& ring) {
-    double sum = 0.0;
-    for (std::size_t i = 1; i < ring.size(); ++i)
-        sum += (ring[i].X - ring[0].X) * (ring[i - 1].Y - ring[0].Y) -
-               (ring[i - 1].X - ring[0].X) * (ring[i].Y - ring[0].Y);
-    return sum;
-}
-
 }  // namespace
 
 Field text_column(const char* name) {
@@ -50,10 +41,6 @@ FieldValue cell_of(std::size_t count) {
 
 FieldValue utf8_cell(const std::string& text) {
     return platform::IsUtf8(text) ? text : platform::FromWindows1252(text);
-}
-
-std::int64_t parts_of(const platform::Geometry& shape) {
-    return std::ranges::count_if(shape.Parts, [](const auto& ring) { return clockwise(ring) > 0.0; });
 }
 
 std::optional<double> square_metres(const std::optional<double>& area, const platform::SpatialReference& reference) {

@@ -34,9 +34,6 @@ platform::FieldValue cell_of(std::size_t count);
 /// A text of any encoding as UTF-8.
 platform::FieldValue utf8_cell(const std::string& text);
 
-/// Outer rings of a polygon.
-std::int64_t parts_of(const platform::Geometry& shape);
-
 /// Square metres; nothing where the length of a map unit is not known.
 std::optional<double> square_metres(const std::optional<double>& area, const platform::SpatialReference& reference);
 std::optional<double> hectares_of(const std::optional<double>& squareMetres);

@@ -188,7 +188,7 @@ void RangePackage::PutIsopleths(const AnimalRecord& record, platform::IPackageWr
                                                std::int64_t{record.SampleSize},
                                                instant(record.Times.First),
                                                instant(record.Times.Last),
-                                               parts_of(isopleth->Shape),
+                                               std::int64_t{isopleth->Parts},
                                                utf8_cell(raster)};
         package.Put(kIsopleths, isopleth->Shape, cells);
     }

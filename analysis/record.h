@@ -2,6 +2,7 @@
 // What an analysis run tells whoever started it, one animal at a time.
 
 #include "analysis/coincidence.h"
+#include "analysis/position_error.h"
 #include "analysis/settings.h"
 #include "comparison/adhoc_bandwidth.h"
 #include "comparison/area_curve.h"
@@ -21,9 +22,10 @@ namespace wxl::analysis {
 /// One isopleth: the density level that encloses a percentage of the volume.
 struct IsoplethRecord {
     double Percent = 0.0;
-    double Level = 0.0;             ///< density per square map unit x scaling factor
-    std::optional<double> Area;     ///< square map units; absent where the level has no contour
-    platform::Geometry Shape = {};  ///< the polygon, where a package of the ranges is written; null else
+    double Level = 0.0;               ///< density per square map unit x scaling factor
+    std::optional<double> Area = {};  ///< square map units; absent where the level has no contour
+    platform::Geometry Shape = {};    ///< the polygon, where a package of the ranges is written; null else
+    std::int32_t Parts = 0;           ///< polygons that the area lies in; 0 where the level has no contour
 };
 
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.
@@ -66,6 +68,7 @@ struct AnimalRecord {
     tracking_times::TimeFacts Times;  ///< of the animal's fixes
     /// What the projection does to sizes, at most over the fixes; absent in degrees and where it is not known.
     std::optional<platform::Distortion> Distorted;
+    std::optional<PositionError> Error;  ///< of the positions, where the table tells it
 };
 
 struct RunFrame;

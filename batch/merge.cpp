@@ -20,8 +20,8 @@ analysis::GroupedFixes animals_of(const platform::IFileSystem& files, const Plan
     fixes.TextIds = plan.Frame.TextIds;
     for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
         const PlannedAnimal& animal = plan.Animals[i];
-        fixes.Animals.push_back(
-            {animal.Id, animal.NamingId, points.Read(i), animal.Subfolder, animal.StepsBack, animal.Times});
+        fixes.Animals.push_back({animal.Id, animal.NamingId, points.Read(i), animal.Subfolder, animal.StepsBack,
+                                 animal.Times, animal.Error});
     }
     return fixes;
 }

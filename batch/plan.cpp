@@ -195,7 +195,7 @@ Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
     Json json = Json::array();
     for (const PlannedAnimal& animal : animals)
         json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder),
-                        animal.StepsBack, json_of_times(animal.Times)});
+                        animal.StepsBack, json_of_times(animal.Times), json_of_error(animal.Error)});
     return json;
 }
 
@@ -204,7 +204,7 @@ std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefi
     std::vector<PlannedAnimal> animals;
     for (const Json& one : json) {
         animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2)),
-                           whole_of(one.at(3), 0, INT64_MAX), times_of(one.at(4))});
+                           whole_of(one.at(3), 0, INT64_MAX), times_of(one.at(4)), error_of(one.at(5))});
         platform::CheckDatasetName(prefix + animals.back().NamingId);
         if (!animals.back().Subfolder.empty()) platform::CheckDatasetName(animals.back().Subfolder);
     }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,8 +48,9 @@ struct PlannedAnimal {
     platform::FieldValue Id;
     std::string NamingId;
     std::string Subfolder;
-    std::int64_t StepsBack = 0;            ///< as AnimalFixes::StepsBack
-    tracking_times::TimeFacts Times = {};  ///< as AnimalFixes::Times
+    std::int64_t StepsBack = 0;                         ///< as AnimalFixes::StepsBack
+    tracking_times::TimeFacts Times = {};               ///< as AnimalFixes::Times
+    std::optional<analysis::PositionError> Error = {};  ///< as AnimalFixes::Error
 };
 
 struct PlannedTask {

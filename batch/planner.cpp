@@ -150,7 +150,8 @@ Plan plan_batch(const platform::Services& services, const analysis::PreparedRun&
     begin_plan(services, run.Frame.Folder, wishes, plan);
     plan.Frame = run.Frame;
     for (const analysis::AnimalFixes& animal : run.Animals.Animals)
-        plan.Animals.push_back({animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack, animal.Times});
+        plan.Animals.push_back(
+            {animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack, animal.Times, animal.Error});
     check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);
     plan.ReportHead = run.ReportHead;

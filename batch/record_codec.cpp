@@ -24,14 +24,15 @@ Json json_of_isopleths(const std::vector<analysis::IsoplethRecord>& isopleths) {
     Json json = Json::array();
     for (const analysis::IsoplethRecord& isopleth : isopleths)
         json.push_back({json_of_double(isopleth.Percent), json_of_double(isopleth.Level),
-                        json_of_optional(isopleth.Area), json_of_shape(isopleth.Shape)});
+                        json_of_optional(isopleth.Area), json_of_shape(isopleth.Shape), isopleth.Parts});
     return json;
 }
 
 std::vector<analysis::IsoplethRecord> isopleths_of(const Json& json) {
     std::vector<analysis::IsoplethRecord> isopleths;
     for (const Json& one : json)
-        isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2)), shape_of(one.at(3))});
+        isopleths.push_back({double_of(one.at(0)), double_of(one.at(1)), optional_of(one.at(2)), shape_of(one.at(3)),
+                             int32_of(one.at(4))});
     return isopleths;
 }
 
@@ -152,6 +153,17 @@ BandwidthMethod method_of_text(const std::string& text) {
     return found->second;
 }
 
+Json json_of_error(const std::optional<analysis::PositionError>& error) {
+    if (!error) return nullptr;
+    const auto& [metres, field, ofArgosClasses] = *error;
+    return {json_of_double(metres), json_of_text(field), ofArgosClasses};
+}
+
+std::optional<analysis::PositionError> error_of(const Json& json) {
+    if (json.is_null()) return std::nullopt;
+    return analysis::PositionError{double_of(json.at(0)), text_of(json.at(1)), json.at(2).get<bool>()};
+}
+
 /// Bound by name and number, as the record below.
 Json json_of_times(const tracking_times::TimeFacts& facts) {
     const auto& [withTime, withoutTime, first, last, days, daysWithFix, equalTimes, intervals] = facts;
@@ -182,7 +194,7 @@ Json json_of_record(const AnimalRecord& record) {
     const auto& [id, namingId, subfolder, sampleSize, coincident, schoener, swihartSlade, method, value, bandwidth,
                  bandwidthMapUnits, href, minimized, profile, adhoc, grid, volume, adaptive, reach, beyondReach,
                  lostAtEdge, rasterName, isopleths, convexPolygons, curve, maxEdgeValue, edgeWarning, cutTo, status,
-                 isoplethStatus, warnings, reason, files, times, distorted] = record;
+                 isoplethStatus, warnings, reason, files, times, distorted, error] = record;
     return {{"id", json_of_value(id)},
             {"naming_id", json_of_text(namingId)},
             {"subfolder", json_of_text(subfolder)},
@@ -222,7 +234,8 @@ Json json_of_record(const AnimalRecord& record) {
             {"reason", json_of_text(reason)},
             {"files", json_of_texts(files)},
             {"times", json_of_times(times)},
-            {"distortion", distorted ? json_of_doubles({distorted->Area, distorted->Length}) : Json()}};
+            {"distortion", distorted ? json_of_doubles({distorted->Area, distorted->Length}) : Json()},
+            {"position_error", json_of_error(error)}};
 }
 
 AnimalRecord record_of(const Json& json) {
@@ -264,6 +277,7 @@ AnimalRecord record_of(const Json& json) {
     record.Times = times_of(json.at("times"));
     if (const Json& shares = json.at("distortion"); !shares.is_null())
         record.Distorted = platform::Distortion{double_of(shares.at(0)), double_of(shares.at(1))};
+    record.Error = error_of(json.at("position_error"));
     return record;
 }
 

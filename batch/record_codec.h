@@ -14,6 +14,8 @@ analysis::AnimalRecord record_of(const Json& json);
 
 /// Facts on times that come back equal.
 Json json_of_times(const tracking_times::TimeFacts& facts);
+Json json_of_error(const std::optional<analysis::PositionError>& error);
+std::optional<analysis::PositionError> error_of(const Json& json);
 tracking_times::TimeFacts times_of(const Json& json);
 
 /// One distribution as a task leaves it: what a single run would have written, shown and told at this place.

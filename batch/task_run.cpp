@@ -145,8 +145,8 @@ void TaskRun::Compute(std::size_t number) {
         const std::size_t place = distribution / m_plan.ValueCount();
         if (place != present) {
             const PlannedAnimal& planned = m_plan.Animals.at(place);
-            animal = {planned.Id,        planned.NamingId,  points.Read(place),
-                      planned.Subfolder, planned.StepsBack, planned.Times};
+            animal = {planned.Id,        planned.NamingId, points.Read(place), planned.Subfolder,
+                      planned.StepsBack, planned.Times,    planned.Error};
             present = place;
         }
         TaskEntry entry;

@@ -60,6 +60,13 @@ std::vector<std::optional<double>> areas_of(std::span<const Geometry> polygons, 
     return areas;
 }
 
+std::vector<std::int32_t> parts_of(std::span<const Geometry> polygons, std::span<const double> levels) {
+    const LevelIndex index(levels);
+    std::vector<std::int32_t> parts;
+    for (const double level : levels) parts.push_back(outer_rings_of(polygons[index.Nearest(level)]));
+    return parts;
+}
+
 /// The polygon of each level; a level that repeats an earlier one has its polygon.
 std::vector<Geometry> polygons_of(std::span<const Geometry> polygons, std::span<const double> levels) {
     const LevelIndex index(levels);
@@ -144,6 +151,7 @@ void clsHISO::CreateIsopleths() {
 void clsHISO::FindLevels(platform::IRasterBand& band) {
     m_levels.clear();
     m_areas.clear();
+    m_parts.clear();
     m_polygons.clear();
     m_statistics = band.ComputeStatistics();
     VolumeHistogram histogram(m_statistics.Minimum, m_statistics.Maximum);
@@ -158,12 +166,14 @@ void clsHISO::Produce(platform::IRasterDataset& dataset) {
     Contours contours = contours_of(m_services.Contours->Contours(dataset, m_levels), m_levels, edge);
     if (is_empty(contours)) {
         m_areas.resize(m_levels.size());
+        m_parts.resize(m_levels.size());
         m_errorStatus = isopleth_status::kNoContours;
         return;
     }
     // What is told is the area of what is drawn, and is told where only lines are drawn too.
     const std::vector<Geometry> polygons = Polygons(m_calculateLines ? contours : std::exchange(contours, {}));
     m_areas = areas_of(polygons, m_levels);
+    m_parts = parts_of(polygons, m_levels);
     if (m_keepPolygons) m_polygons = polygons_of(polygons, m_levels);
 
     IsoplethOutputs outputs(*m_utilities);

@@ -86,6 +86,9 @@ public:
     /// no contour.
     const std::vector<std::optional<double>>& GetAreas() const { return m_areas; }
 
+    /// In how many polygons the areas of GetAreas lie; 0 where a level has no contour.
+    const std::vector<std::int32_t>& GetParts() const { return m_parts; }
+
     /// Polygons of the levels of the last run, where they were wanted; null shapes where a level has no contour.
     const std::vector<platform::Geometry>& GetPolygons() const { return m_polygons; }
 
@@ -128,6 +131,7 @@ private:
     SurfaceEdge m_edge;
     std::vector<double> m_levels;
     std::vector<std::optional<double>> m_areas;
+    std::vector<std::int32_t> m_parts;
     std::vector<platform::Geometry> m_polygons;
     platform::RasterStatistics m_statistics;
     std::int32_t m_errorStatus = 0;

@@ -218,6 +218,11 @@ double area_of(const Geometry& polygon) {
     return area;
 }
 
+std::int32_t outer_rings_of(const Geometry& polygon) {
+    return static_cast<std::int32_t>(
+        std::ranges::count_if(polygon.Parts, [](const Ring& ring) { return clockwise_area(ring) > 0.0; }));
+}
+
 std::vector<Geometry> polygons_of(std::vector<Ring> rings) {
     const std::vector<Nesting> nesting = nesting_of(rings);
     std::vector<Geometry> polygons;

@@ -4,6 +4,7 @@
 #include "platform/values.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -40,6 +41,9 @@ std::vector<platform::Geometry> polygons_of(std::vector<Ring> rings);
 
 /// Area in square map units of a polygon whose outer rings run clockwise and whose holes the other way.
 double area_of(const platform::Geometry& polygon);
+
+/// How many outer rings a shape of polygons has: those that run clockwise.
+std::int32_t outer_rings_of(const platform::Geometry& polygon);
 
 /// One shape of several polygons; a null shape of none.
 platform::Geometry collected(std::vector<platform::Geometry> polygons);

@@ -75,18 +75,11 @@ std::string edge_text(const AnimalRecord& record) {
 }
 
 /// Which method the fixes allow, for those who do not know.
-std::string advice(const AnimalRecord& record) {
-    if (record.Status != 0) return {};
-    analysis::AdviceFacts facts{.Count = record.SampleSize,
-                                .Schoener = record.Schoener,
-                                .SwihartSlade = record.SwihartSlade,
-                                .Coincident = record.Coincident,
-                                .CellSize = record.Grid.CellSize};
-    if (record.Method == analysis::BandwidthMethod::kLscv) {
-        facts.LscvMinimized = record.Minimized;
-        facts.LscvBandwidth = record.BandwidthMapUnits;
-    }
-    const std::string text = analysis::advice_text(facts);
+std::string advice(const PageRun& run, const AnimalRecord& record) {
+    const bool searchBelowCell =
+        analysis::is_search(record.Method) && analysis::failure_of(record) == analysis::Failure::kBelowCell;
+    if (record.Status != 0 && !searchBelowCell) return {};
+    const std::string text = analysis::advice_text(analysis::advice_facts(record, run.Reference));
     return text.empty() ? text
                         : "<p class=\"advice\">If you do not know which method to take, " + XmlText(text) + ".</p>\n";
 }
@@ -242,8 +235,8 @@ std::string animal_section(const PageRun& run, std::size_t number, const Picture
                        id + "-name\"><bdi>" + XmlText(record_name(run, record)) + "</bdi></h3>\n";
     if (!record.Reason.empty()) html += "<p class=\"reason\">" + XmlText(record.Reason) + ".</p>\n";
     html += "<div class=\"columns\"><div>\n" + map_figure(run, number, size, services) + "</div><div>\n" +
-            areas(run, record) + convex_polygons(run, record) + facts(run, record) + advice(record) + "</div></div>\n" +
-            profile_figure(run, number) + adhoc_trace(run, record) + curve_figure(run, number);
+            areas(run, record) + convex_polygons(run, record) + facts(run, record) + advice(run, record) +
+            "</div></div>\n" + profile_figure(run, number) + adhoc_trace(run, record) + curve_figure(run, number);
     return html + "<p class=\"back\"><a href=\"#results\">Back to the table<span class=\"hidden\"> from " +
            XmlText(record_name(run, record)) + "</span></a></p>\n</article>\n";
 }

@@ -1,5 +1,6 @@
 #include "apps/cli/fix_rows.h"
 
+#include "analysis/position_error.h"
 #include "tracking_times/timestamps.h"
 
 #include <algorithm>
@@ -44,12 +45,10 @@ bool cut_text(std::string& text) {
 }  // namespace
 
 FixRows::FixRows(ImportedFixes& fixes, tracking::LayerFormat format, Columns columns)
-    : m_fixes(fixes),
-      m_format(format),
-      m_hasTimes(fixes.HasTimes()),
-      m_hasOthers(columns == Columns::kAll && !fixes.Data.Others.empty()) {
+    : m_fixes(fixes), m_format(format), m_hasTimes(fixes.HasTimes()) {
     AddOwnFields();
-    if (m_hasOthers) AddOtherFields();
+    if (columns != Columns::kOwn) AddOtherFields(columns);
+    m_hasOthers = !m_taken.empty();
     m_values.resize(m_fields.size());
 }
 
@@ -69,11 +68,14 @@ void FixRows::AddOwnFields() {
     m_own = m_fields.size();
 }
 
-void FixRows::AddOtherFields() {
+void FixRows::AddOtherFields(Columns columns) {
     for (const Field& field : m_fields) m_wantedNames.push_back(field.Name);
-    for (const tracking::OtherColumn& column : m_fixes.Data.Others) {
-        m_wantedNames.push_back(column.Name);
-        m_fields.push_back(FieldOf(column));
+    for (std::size_t i = 0; i < m_fixes.Data.Others.size(); ++i) {
+        const Field field = FieldOf(m_fixes.Data.Others[i]);
+        if (columns == Columns::kErrors && !analysis::tells_position_error(field)) continue;
+        m_taken.push_back(i);
+        m_wantedNames.push_back(field.Name);
+        m_fields.push_back(field);
     }
     const auto names = tracking::field_names_for(m_format, m_wantedNames);
     for (std::size_t i = 0; i < m_fields.size(); ++i) m_fields[i].Name = names[i];
@@ -125,9 +127,9 @@ void FixRows::SetOwnValues(std::size_t i) {
 
 void FixRows::SetOtherValues(const TrackingFix& fix) {
     m_fixes.Data.ReadRow(fix, m_others);
-    for (std::size_t i = 0; i < m_others.size(); ++i) {
+    for (std::size_t i = 0; i < m_taken.size(); ++i) {
         FieldValue& value = m_values[m_own + i];
-        value = std::move(m_others[i]);
+        value = std::move(m_others[m_taken[i]]);
         if (m_format != tracking::LayerFormat::kShapefile) continue;
         if (auto* text = std::get_if<std::string>(&value); text != nullptr && cut_text(*text)) ++m_cut;
     }

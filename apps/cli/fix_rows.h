@@ -8,9 +8,12 @@ namespace wxl::cli {
 /// columns.
 class FixRows {
 public:
-    enum class Columns { kAll, kOwn };
+    enum class Columns {
+        kAll,
+        kErrors,  ///< of the other columns those that tell the errors of positions
+        kOwn      ///< none of the other columns
+    };
 
-    /// `columns`: kOwn leaves the other columns out.
     FixRows(ImportedFixes& fixes, tracking::LayerFormat format, Columns columns = Columns::kAll);
 
     const std::vector<platform::Field>& Fields() const { return m_fields; }
@@ -25,7 +28,7 @@ public:
 
 private:
     void AddOwnFields();
-    void AddOtherFields();
+    void AddOtherFields(Columns columns);
     platform::Field FieldOf(const tracking::OtherColumn& column) const;
     void SetOwnValues(std::size_t i);
     void SetOtherValues(const tracking::TrackingFix& fix);
@@ -33,10 +36,11 @@ private:
     ImportedFixes& m_fixes;
     tracking::LayerFormat m_format;
     bool m_hasTimes;
-    bool m_hasOthers;
+    bool m_hasOthers = false;
     std::vector<platform::Field> m_fields;
     std::vector<std::string> m_wantedNames;
     std::size_t m_own = 0;
+    std::vector<std::size_t> m_taken;  ///< places of the other columns that are taken
     std::vector<platform::FieldValue> m_values;
     std::vector<platform::FieldValue> m_others;
     std::int64_t m_cut = 0;

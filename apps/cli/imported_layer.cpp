@@ -3,7 +3,6 @@
 #include "adapters/gdal/source_rules.h"
 #include "adapters/ogr/ogr_source.h"
 #include "adapters/tracking/point_layer.h"
-#include "apps/cli/fix_rows.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
@@ -50,14 +49,13 @@ bool needs_import(const InputOptions& input) {
     return !input.Degrees && layer->FeatureClass()->Reference().IsGeographic;
 }
 
-ImportedLayer::ImportedLayer(const FixOptions& options, bool otherColumns, Console& console)
+ImportedLayer::ImportedLayer(const FixOptions& options, FixRows::Columns columns, Console& console)
     : m_file(fs::path(files::split_input(options.Inputs.front(), sources_of(options.AllowIndirect)).first)
                  .stem()
                  .string() +
              ".fgb") {
     ImportedFixes fixes = import_fixes(options, {}, console);
-    FixRows rows(fixes, tracking::LayerFormat::kFlatGeobuf,
-                 otherColumns ? FixRows::Columns::kAll : FixRows::Columns::kOwn);
+    FixRows rows(fixes, tracking::LayerFormat::kFlatGeobuf, columns);
     const auto writer = tracking::make_memory_writer(m_file, rows.Fields(), fixes.System.Reference);
     rows.PutAll(*writer);
     writer->Close();

@@ -2,6 +2,7 @@
 #include "adapters/ogr/files_map.h"
 #include "adapters/tracking/layer_writer.h"
 #include "apps/cli/fix_import.h"
+#include "apps/cli/fix_rows.h"
 #include "apps/cli/input_layer.h"
 
 #include <memory>
@@ -19,8 +20,8 @@ bool needs_import(const InputOptions& input);
 /// A tracking file imported into memory: a layer of points as wxl import writes it.
 class ImportedLayer {
 public:
-    /// `columns`: whether the file's other columns are kept. Tells what was found; errors as import_fixes.
-    ImportedLayer(const FixOptions& options, bool otherColumns, Console& console);
+    /// `columns`: which of the file's other columns are kept. Tells what was found; errors as import_fixes.
+    ImportedLayer(const FixOptions& options, FixRows::Columns columns, Console& console);
 
     const std::shared_ptr<files::FilesFeatureLayer>& Layer() const { return m_layer; }
 

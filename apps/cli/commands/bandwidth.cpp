@@ -9,14 +9,18 @@
 #include "apps/cli/json_values.h"
 #include "apps/cli/option_checks.h"
 #include "apps/cli/text_output.h"
+#include "comparison/animal_density.h"
+#include "comparison/range_parts.h"
 #include "engine/clsKernelCalculator.h"
 #include "pictures/profile_picture.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
 #include <CLI/CLI.hpp>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
@@ -59,26 +63,56 @@ bool has_spread(const std::vector<platform::Point>& fixes) {
     return !extent.IsEmpty() && std::max(extent.Width(), extent.Height()) > kRounding * size;
 }
 
+analysis::BandwidthMethod method_of(const BandwidthOptions& options) {
+    if (options.Method == "lscv") return analysis::BandwidthMethod::kLscv;
+    return options.Method == "bcv" ? analysis::BandwidthMethod::kBcv : analysis::BandwidthMethod::kHref;
+}
+
 std::string reason_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
                       const engine::clsKernelCalculator& calculator) {
     if (options.Method == "href") return {};
     const engine::SearchProfile rows = calculator.GetLSCVProfile().value_or(engine::SearchProfile{});
-    return analysis::search_reason(
-        {.Method = options.Method == "lscv" ? analysis::BandwidthMethod::kLscv : analysis::BandwidthMethod::kBcv,
-         .Count = static_cast<std::int32_t>(animal.Fixes.size()),
-         .Coincident = analysis::coincidence_of(animal.Fixes),
-         .Profile = rows,
-         .Minimized = calculator.LSCVMinimized});
+    return analysis::search_reason({.Method = method_of(options),
+                                    .Count = static_cast<std::int32_t>(animal.Fixes.size()),
+                                    .Coincident = analysis::coincidence_of(animal.Fixes),
+                                    .Profile = rows,
+                                    .Minimized = calculator.LSCVMinimized});
 }
 
-analysis::AdviceFacts advice_on(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
-                                const engine::clsKernelCalculator& calculator) {
-    analysis::AdviceFacts facts{.Count = static_cast<std::int32_t>(animal.Fixes.size()),
-                                .Schoener = analysis::Schoener(animal.Fixes),
-                                .SwihartSlade = analysis::SwihartSlade(animal.Fixes),
-                                .Coincident = analysis::coincidence_of(animal.Fixes)};
-    if (options.Method == "lscv") facts.LscvMinimized = calculator.LSCVMinimized;
-    return facts;
+/// The parts of the 95 % range with that bandwidth, as contours of a raster would have them; nothing where its raster
+/// would be large.
+std::optional<analysis::RangeInParts> range_with(double bandwidth, const analysis::AnimalFixes& animal,
+                                                 const BandwidthOptions& options) {
+    constexpr std::int64_t kMostCells = 4'000'000;
+    constexpr std::array<double, 1> kPercents = {95.0};
+    const std::array<engine::PointSample, 1> samples = {animal.Fixes};
+    const std::array<comparison::AnimalBandwidth, 1> bandwidths = {comparison::AnimalBandwidth{.MapUnits = bandwidth}};
+    const platform::RasterGeometry grid = comparison::shared_grid(samples, bandwidths, 0.0);
+    if (std::int64_t{grid.Columns} * grid.Rows > kMostCells || bandwidth < grid.CellSize) return std::nullopt;
+    const comparison::AnimalDensity density =
+        comparison::density_of(samples.front(), bandwidths.front(), {.Rescale = options.Rescale}, grid);
+    if (density.Cells.empty()) return std::nullopt;
+    const comparison::VolumeRange range = comparison::ranges_by_volume(density.Cells, kPercents).front();
+    return analysis::RangeInParts{kPercents.front(), comparison::range_parts(density.Cells, grid.Columns, range).Parts};
+}
+
+analysis::AdviceFacts advice_on(const analysis::AnimalFixes& animal, double metresPerUnit) {
+    return {.Count = static_cast<std::int32_t>(animal.Fixes.size()),
+            .Schoener = analysis::Schoener(animal.Fixes),
+            .SwihartSlade = analysis::SwihartSlade(animal.Fixes),
+            .Coincident = analysis::coincidence_of(animal.Fixes),
+            .Error = animal.Error,
+            .MetresPerUnit = metresPerUnit};
+}
+
+void add_found(const AnimalBandwidth& found, const analysis::AnimalFixes& animal, const BandwidthOptions& options,
+               analysis::AdviceFacts& facts) {
+    if (!found.Bandwidth || !found.MapUnits) return;
+    facts.Href = *found.Href * (*found.MapUnits / *found.Bandwidth);
+    facts.Given = analysis::GivenBandwidth{.Method = method_of(options),
+                                           .Minimized = found.Minimised,
+                                           .MapUnits = *found.MapUnits,
+                                           .Range = range_with(*found.MapUnits, animal, options)};
 }
 
 /// Which method the fixes allow, for those who do not know.
@@ -88,15 +122,25 @@ void report_advice(const std::vector<AnimalBandwidth>& animals, Console& console
             console.Note(fmt::format("{}: {}", platform::ValueText(animal.Id), text));
 }
 
+Json json_of(const std::optional<analysis::PositionError>& error) {
+    if (!error) return nullptr;
+    return {{"median_metres", json_number(error->Metres)},
+            {"field", error->Field},
+            {"from", error->OfArgosClasses ? "argos classes" : "metres"}};
+}
+
 Json json_of(const analysis::AdviceFacts& advice) {
     const std::string text = analysis::advice_text(advice);
     if (text.empty()) return nullptr;
+    const bool hasRange = advice.Given && advice.Given->Range;
     return {{"autocorrelated", analysis::is_autocorrelated(advice)},
             {"method", analysis::method_name(analysis::advised_method(advice))},
+            {"position_error", json_of(advice.Error)},
+            {"range_parts", hasRange ? Json(advice.Given->Range->Parts) : Json(nullptr)},
             {"text", text}};
 }
 
-AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options,
+AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options, double metresPerUnit,
                              ConsoleMessages& messages) {
     engine::clsKernelCalculator calculator(messages);
     calculator.SetInputCoords(animal.Fixes);
@@ -113,7 +157,7 @@ AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const Bandwidt
     found.Count = animal.Fixes.size();
     if (has_spread(animal.Fixes)) found.Href = if_positive(calculator.GetHREF());
     found.Reason = reason_of(animal, options, calculator);
-    found.Advice = advice_on(animal, options, calculator);
+    found.Advice = advice_on(animal, metresPerUnit);
     if (!found.Href) return found;
     found.Bandwidth = if_positive(calculator.GetBandwidth());
     found.MapUnits = if_positive(calculator.GetScaledBandwidth());
@@ -121,6 +165,7 @@ AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const Bandwidt
     found.Minimised = calculator.LSCVMinimized;
     found.Profile = engine::ReachedRows(calculator.GetLSCVProfile().value_or(engine::SearchProfile{}));
     found.Warnings = calculator.WarningMessages();
+    add_found(found, animal, options, found.Advice);
     return found;
 }
 
@@ -128,6 +173,7 @@ AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const Bandwidt
 struct Sample {
     analysis::GroupedFixes Groups;
     std::string Units;
+    double MetresPerUnit = 0.0;  ///< 0: unknown or degrees
     ReadFiles Read;
 };
 
@@ -136,7 +182,9 @@ Sample read_sample(const BandwidthOptions& options, Console& console) {
     const ReadFiles read = files_read(*layer);
     if (!options.Profile.empty()) read.Refuse(options.Profile);
     const std::string idField = find_id_field(layer->FeatureClass()->Table(), options.IdField, options.Points.Input);
-    return {analysis::GroupFixes(*layer, idField, false), layer->FeatureClass()->Reference().UnitName, read};
+    const platform::SpatialReference reference = layer->FeatureClass()->Reference();
+    return {analysis::GroupFixes(*layer, idField, false), reference.UnitName,
+            reference.IsGeographic ? 0.0 : reference.MetersPerUnit, read};
 }
 
 /// The pictures of a search: one file for one animal, and for several one file each, with the naming ID that wxl kde
@@ -182,14 +230,14 @@ private:
     std::vector<TextOutput> m_files;
 };
 
-std::vector<AnimalBandwidth> find_bandwidths(const analysis::GroupedFixes& groups, const BandwidthOptions& options,
-                                             Console& console) {
+std::vector<AnimalBandwidth> find_bandwidths(const Sample& sample, const BandwidthOptions& options, Console& console) {
+    const analysis::GroupedFixes& groups = sample.Groups;
     ConsoleMessages messages(console, {});
     std::vector<AnimalBandwidth> found;
     for (const analysis::AnimalFixes& animal : groups.Animals) {
         console.Progress(static_cast<double>(found.size()) / static_cast<double>(groups.Animals.size()),
                          platform::ValueText(animal.Id));
-        found.push_back(bandwidth_of(animal, options, messages));
+        found.push_back(bandwidth_of(animal, options, sample.MetresPerUnit, messages));
     }
     console.EndProgress();
     return found;
@@ -297,7 +345,9 @@ void register_bandwidth(CLI::App& command, BandwidthOptions& options) {
         "used and standard error says so. Local minima that are not taken are listed there\n"
         "with their scores, and all of them by --json.\n"
         "\n"
-        "Standard error and --json also say which method each animal's fixes allow, and why.\n"
+        "Standard error and --json also say which method each animal's fixes allow, and why:\n"
+        "for its number, the indices of independence, places that fixes share, the error of\n"
+        "the positions where a column tells it, and the parts that the 95 % range is in.\n"
         "\n"
         "--plot marks the smallest score, HREF and the bandwidth in use. ID is the naming\n"
         "ID of wxl kde: the ID itself, or 1, 2, 3 ... where IDs are text. An animal\n"
@@ -319,7 +369,7 @@ int run_bandwidth(const BandwidthOptions& options, Console& console) {
     if (!options.Profile.empty()) profile.emplace(options.Profile, options.Overwrite);
     const Sample sample = read_sample(options, console);
     const Plots plots(options, sample);
-    std::vector<AnimalBandwidth> animals = find_bandwidths(sample.Groups, options, console);
+    std::vector<AnimalBandwidth> animals = find_bandwidths(sample, options, console);
     report_problems(animals, console);
     report_advice(animals, console);
     if (profile) profile->Write(csv_text(profile_of(animals)));

@@ -47,7 +47,8 @@ FixOptions fix_options_of(const KdeOptions& options) {
 
 std::unique_ptr<ImportedLayer> import_where_needed(const KdeOptions& options, Console& console) {
     if (!is_tracking_file(options)) return nullptr;
-    auto imported = std::make_unique<ImportedLayer>(fix_options_of(options), !options.Where.empty(), console);
+    const auto columns = options.Where.empty() ? FixRows::Columns::kErrors : FixRows::Columns::kAll;
+    auto imported = std::make_unique<ImportedLayer>(fix_options_of(options), columns, console);
     platform::IFeatureClass& points = *imported->Layer()->FeatureClass();
     report_mercator(options.Points.Input, points.Reference(), points.Bounds(), console);
     return imported;

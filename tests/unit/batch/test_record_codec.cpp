@@ -36,7 +36,8 @@ AnimalRecord full_record() {
     record.Grid = {-100.5, 6e6, 20.0, 33, 44};
     record.Volume = 999999.99999999988;
     record.RasterName = "K12_b2";
-    record.Isopleths = {{95.0, 0.0625, 1234.5}, {50.0, 0.25, std::nullopt}};
+    record.Isopleths = {{95.0, 0.0625, 1234.5, {}, 7}, {50.0, 0.25, std::nullopt}};
+    record.Error = analysis::PositionError{0.1 + 0.2, "lc", true};
     record.ConvexPolygons = {{.Percent = 95.0,
                               .Status = comparison::PolygonStatus::kGood,
                               .Area = 0.1 + 0.2,
@@ -101,6 +102,7 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
         EXPECT_EQ(a.AdHoc.Trace[i].Range.Holes, b.AdHoc.Trace[i].Range.Holes);
     }
     EXPECT_EQ(a.Grid, b.Grid);
+    EXPECT_EQ(a.Error, b.Error);
     EXPECT_EQ(a.Volume, b.Volume);
     EXPECT_EQ(a.RasterName, b.RasterName);
     ASSERT_EQ(a.Isopleths.size(), b.Isopleths.size());
@@ -108,6 +110,7 @@ void expect_equal(const AnimalRecord& a, const AnimalRecord& b) {
         EXPECT_EQ(a.Isopleths[i].Percent, b.Isopleths[i].Percent);
         EXPECT_EQ(a.Isopleths[i].Level, b.Isopleths[i].Level);
         EXPECT_EQ(a.Isopleths[i].Area, b.Isopleths[i].Area);
+        EXPECT_EQ(a.Isopleths[i].Parts, b.Isopleths[i].Parts);
     }
     ASSERT_EQ(a.ConvexPolygons.size(), b.ConvexPolygons.size());
     for (std::size_t i = 0; i < a.ConvexPolygons.size(); ++i) {

@@ -9,6 +9,9 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace wxl::cli {
 namespace {
@@ -34,6 +37,78 @@ std::string two_clusters() {
     for (int i = 0; i < 120; ++i)
         rows << "c," << (i % 2) * 1500 + 100.0 * normal() << "," << 100.0 * normal() << ",2018-05-09\n";
     return rows.str();
+}
+
+/// Six places 600 apart with 36 fixes each, no two at one spot, in an order of no meaning. Each row ends in `more`.
+std::string six_places(const std::string& header, const std::string& more) {
+    std::mt19937 random(11);
+    std::vector<std::string> rows;
+    const auto shift = [&] { return static_cast<double>(random() % 3000) / 100.0 - 15.0; };
+    for (int i = 0; i < 216; ++i) {
+        const int place = i / 36;
+        const double x = place * 600 + i % 6 * 40 + shift();
+        const double y = place % 2 * 600 + i % 36 / 6 * 40 + shift();
+        rows.push_back("a," + std::to_string(x) + "," + std::to_string(y) + more + "\n");
+    }
+    for (std::size_t i = rows.size() - 1; i > 0; --i) std::swap(rows[i], rows[random() % (i + 1)]);
+    std::string text = "animal,x,y" + header + "\n";
+    for (const std::string& row : rows) text += row;
+    return text;
+}
+
+std::string layer_of(const ScratchFolder& folder, const std::string& rows) {
+    const std::string csv = write_file(folder, "six.csv", rows);
+    const std::string layer = (folder / "six.gpkg").string();
+    const Ran ran = run_wxl({"import", csv, layer, "--from-crs", "EPSG:32633", "--no-time"});
+    EXPECT_EQ(ran.Code, 0) << ran.Err;
+    return layer;
+}
+
+TEST(Bandwidth, A_range_in_many_parts_is_told) {
+    const ScratchFolder folder;
+    const std::string layer = layer_of(folder, six_places("", ""));
+    const std::string text =
+        "advised: adhoc, as with the bandwidth of LSCV its 95 % range is in 6 parts, often a sign of too small a "
+        "bandwidth (Hemson et al. 2005): the smallest proportion of HREF that leaves the range whole (Kie 2013)";
+    EXPECT_EQ(run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv"}).Err, "a: " + text + "\n");
+    for (const char* rescale : {"--json", "--rescale"}) {
+        const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv", "--json", rescale});
+        const auto advice = nlohmann::json::parse(ran.Out)[0]["advice"];
+        EXPECT_EQ(advice["text"], text);
+        EXPECT_EQ(advice["method"], "adhoc");
+        EXPECT_EQ(advice["range_parts"], 6);
+        EXPECT_TRUE(advice["position_error"].is_null());
+    }
+}
+
+TEST(Bandwidth, A_bandwidth_below_the_error_of_the_positions_is_told) {
+    const ScratchFolder folder;
+    const std::string layer = layer_of(folder, six_places(",location-error-numerical", ",90.5"));
+    const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", "lscv", "--json"});
+    const auto advice = nlohmann::json::parse(ran.Out)[0]["advice"];
+    EXPECT_EQ(advice["position_error"]["median_metres"], 90.5);
+    EXPECT_EQ(advice["position_error"]["field"], "location-error-numerical");
+    EXPECT_EQ(advice["position_error"]["from"], "metres");
+    EXPECT_THAT(
+        advice["text"].get<std::string>(),
+        testing::MatchesRegex(
+            "advised: adhoc, as the bandwidth of LSCV, 6[0-9]\\.[0-9]+ m, is smaller than the error of its "
+            "positions \\(median 90.5 m, from location-error-numerical\\), and finer detail is error, not use of "
+            "space \\(Moser and Garton 2007\\): the smallest proportion of HREF that leaves the range whole "
+            "\\(Kie 2013\\), and not below that error"));
+}
+
+// 36 fixes of a square lattice of 100: the variances are 100^2 x 3, and HREF is 173.2051 x 36^(-1/6) = 95.32.
+TEST(Bandwidth, Classes_of_Argos_tell_the_error_of_the_positions) {
+    const ScratchFolder folder;
+    std::string rows = "animal,x,y,lc\n";
+    for (int i = 0; i < 36; ++i)
+        rows += "a," + std::to_string(i % 6 * 100) + "," + std::to_string(i / 6 * 100) + (i % 3 == 0 ? ",3\n" : ",B\n");
+    const Ran ran = run_wxl({"bandwidth", layer_of(folder, rows), "--id-field", "animal", "--method", "href"});
+    EXPECT_THAT(ran.Err, testing::EndsWith(
+                             "HREF, as even that, 95.32 m, is smaller than the error of its positions (median 10280 m, "
+                             "from the Argos classes of lc after Costa et al. 2010): the range tells of the error as "
+                             "much as of the animal (Moser and Garton 2007)\n"));
 }
 
 TEST(Bandwidth, Reference_bandwidth_of_a_square) {

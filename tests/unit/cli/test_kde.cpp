@@ -323,6 +323,30 @@ TEST_F(KdeCommand, Ad_hoc_bandwidth_is_for_fixed_kernels_and_whole_numbers_of_pa
     EXPECT_THAT(dry.Out, HasSubstr("bandwidth by a search (planned with HREF)"));
 }
 
+// Eight places 1,000 apart with four fixes each; 17 of the 32 fixes are 12.5 m off.
+TEST_F(KdeCommand, The_page_advises_by_the_parts_of_the_range_and_the_error_of_the_positions) {
+    const std::string table = Folder / "places.csv";
+    std::ofstream file(table);
+    file << "animal,x,y,eobs:horizontal-accuracy-estimate\n";
+    for (int i = 0; i < 32; ++i)
+        file << "a," << i % 8 * 1000 + i / 8 * 13 << "," << i % 2 * 1000 + i / 8 * 7 << "," << (i < 17 ? 12.5 : 3)
+             << "\n";
+    file.close();
+    const auto advice = [&](const std::string& bandwidth) {
+        run_wxl({"kde", table, "--from-crs", "EPSG:32633", "--no-time", "--out", Out, "--bandwidth", bandwidth,
+                 "--cell-size", "5", "--isopleths", "50,95", "--overwrite"});
+        return content(fs::path(Out) / "WXL_KDE_ANALYSIS.html");
+    };
+    EXPECT_THAT(advice("20"),
+                HasSubstr("; with the bandwidth of this run its 95 % range is in 8 parts, often a sign of "
+                          "too small a bandwidth (Kie 2013).</p>"));
+    EXPECT_THAT(
+        advice("10"),
+        HasSubstr("; the bandwidth of this run, 10 m, is smaller than the error of its positions (median 12.5 m, "
+                  "from eobs:horizontal-accuracy-estimate), and finer detail is error, not use of space (Moser "
+                  "and Garton 2007).</p>"));
+}
+
 TEST_F(KdeCommand, Search_results_say_whether_they_were_minimised) {
     const Ran ran = Kde({"--cell-size", "5", "--bandwidth", "lscv", "--extent", "min", "--json"});
     ASSERT_EQ(ran.Code, 0) << ran.Err;

@@ -159,6 +159,7 @@ TEST(clsHISO, Areas_are_known_without_polygons) {
     EXPECT_EQ(lines.GetAreas()[2], lines.GetAreas()[0]) << "a repeated level has the area of its first place";
     EXPECT_EQ(lines.GetAreas()[3], std::nullopt) << "the level of 0 % lies above every cell";
     EXPECT_EQ(lines.GetAreas(), polygons.GetAreas());
+    EXPECT_EQ(lines.GetParts(), (std::vector<std::int32_t>{1, 1, 1, 0}));
 }
 
 TEST(clsHISO, Lines_follow_the_percentages_and_polygons_run_from_the_last_to_the_first) {

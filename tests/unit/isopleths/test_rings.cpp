@@ -102,6 +102,14 @@ TEST(Rings, A_polygon_has_its_outer_ring_clockwise_and_first_and_its_holes_the_o
     EXPECT_EQ(clockwise_area(polygons[1].Parts[0]), 16);
 }
 
+TEST(Rings, Outer_rings_are_counted_without_holes) {
+    // Two islands, one of them with a lake and an islet in it.
+    EXPECT_EQ(outer_rings_of(collected(polygons_of(
+                  sorted({square(0, 0, 100), square(10, 10, 40), square(20, 20, 10), square(200, 0, 30)})))),
+              3);
+    EXPECT_EQ(outer_rings_of({}), 0);
+}
+
 TEST(Rings, Nothing_gives_nothing) {
     EXPECT_TRUE(polygons_of({}).empty());
     EXPECT_TRUE(collected({}).IsNull());
