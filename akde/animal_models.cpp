@@ -4,6 +4,8 @@
 #include "platform/text.h"
 
 #include <cmath>
+#include <cstdint>
+#include <string>
 
 namespace wxl::akde {
 
@@ -126,6 +128,13 @@ AnimalModels fit_animal(const TimedAnimal& animal, bool numberTimes, const FitSe
         verdict_of(fitted.Track, *fitted.Chosen, still_rises(fitted.Variogram, fitted.Track.Fixes.Duration()));
     fitted.Notes = notes_on(fitted.Track, *fitted.Chosen, settings.Given ? fitted.Chosen->Used : settings.Method);
     return fitted;
+}
+
+void report_without_id(const TimedAnimals& animals, const std::string& idField, IListener& listener) {
+    const std::int64_t count = animals.WithoutId;
+    if (count > 0)
+        listener.Problem("Warning: " + analysis::without_id_text(count, idField) +
+                         (count == 1 ? " and is left out." : " and are left out."));
 }
 
 void report_animal(const AnimalModels& fitted, bool verdicts, IListener& listener) {

@@ -56,6 +56,9 @@ AnimalModels prepared_animal(const TimedAnimal& animal, bool numberTimes);
 /// Fits the models of an animal, or takes the given one. `numberTimes` as TimedAnimals says.
 AnimalModels fit_animal(const TimedAnimal& animal, bool numberTimes, const FitSettings& settings, IListener& listener);
 
+/// Tells the listener of points that belong to no animal.
+void report_without_id(const TimedAnimals& animals, const std::string& idField, IListener& listener);
+
 /// Tells the listener what was left out and what asks for care; with `verdicts` also why there is no model.
 void report_animal(const AnimalModels& fitted, bool verdicts, IListener& listener);
 

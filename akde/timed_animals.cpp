@@ -155,7 +155,10 @@ TimedAnimals read_timed_animals(platform::IFeatureLayer& layer, const TimedField
     while (const auto feature = cursor->NextFeature()) {
         const platform::Geometry shape = feature->Shape();
         FieldValue name = feature->Value(id);
-        if (!utilities::names_an_animal(name)) continue;
+        if (!utilities::names_an_animal(name)) {
+            ++result.WithoutId;
+            continue;
+        }
         TimedAnimal& animal = animals[name];
         animal.Id = std::move(name);
         if (has_place(shape)) add_fix(animal, shape.Location, time_cell(*feature, times));

@@ -40,7 +40,8 @@ struct TimedAnimal {
 struct TimedAnimals {
     std::vector<TimedAnimal> Animals;  ///< ascending by ID
     platform::SpatialReference Reference;
-    bool NumberTimes = false;  ///< times are numbers of a field, not moments of a calendar
+    std::int64_t WithoutId = 0;  ///< points without a value in the ID field; they belong to no animal
+    bool NumberTimes = false;    ///< times are numbers of a field, not moments of a calendar
 };
 
 /// Gives every animal its sub-folder: one for every `every` animals; none with 0.

@@ -160,6 +160,10 @@ std::string fixes_text(std::int64_t count) {
     return std::to_string(count) + (count == 1 ? " fix" : " fixes");
 }
 
+std::string without_id_text(std::int64_t count, const std::string& idField) {
+    return (count == 1 ? "1 point has" : std::to_string(count) + " points have") + " no value in the field " + idField;
+}
+
 std::string short_number(double value) {
     if (value == 0.0 || !std::isfinite(value)) return NumberText(value);
     const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 3.0);

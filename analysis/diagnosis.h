@@ -46,6 +46,9 @@ std::string share_left_text(double share);
 /// "1 fix", "2 fixes".
 std::string fixes_text(std::int64_t count);
 
+/// "1 point has no value in the field ID", "2 points have ...".
+std::string without_id_text(std::int64_t count, const std::string& idField);
+
 /// A number in four digits, which is what a reader compares.
 std::string short_number(double value);
 

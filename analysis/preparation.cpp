@@ -2,6 +2,7 @@
 
 #include "analysis/checks.h"
 #include "analysis/coincidence.h"
+#include "analysis/diagnosis.h"
 #include "analysis/output_names.h"
 #include "analysis/questions.h"
 #include "analysis/settings_text.h"
@@ -154,11 +155,8 @@ bool Preparation::DescribeLayer() {
 void Preparation::WarnOfMissingIds() const {
     const std::int64_t count = m_animals.WithoutId;
     if (count == 0) return;
-    const std::string& field = m_frame.Wanted.IdField;
-    platform::ShowWarning(*m_services.Messages,
-                          count == 1 ? "Warning: 1 point has no value in the field " + field + " and is left out."
-                                     : "Warning: " + std::to_string(count) + " points have no value in the field " +
-                                           field + " and are left out.");
+    platform::ShowWarning(*m_services.Messages, "Warning: " + without_id_text(count, m_frame.Wanted.IdField) +
+                                                    (count == 1 ? " and is left out." : " and are left out."));
 }
 
 bool Preparation::TakeFolder() {

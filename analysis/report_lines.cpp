@@ -111,10 +111,9 @@ Lines separator_lines() {
 
 std::vector<std::string> remarks_of(const std::string& idField, std::int64_t withoutId, bool inDegrees) {
     std::vector<std::string> remarks;
-    if (withoutId == 1) remarks.push_back("1 point has no value in the field " + idField + " and was left out");
-    if (withoutId > 1)
-        remarks.push_back(std::to_string(withoutId) + " points have no value in the field " + idField +
-                          " and were left out");
+    if (withoutId > 0)
+        remarks.push_back(without_id_text(withoutId, idField) +
+                          (withoutId == 1 ? " and was left out" : " and were left out"));
     if (inDegrees)
         remarks.emplace_back("The layer is in degrees: cell size, bandwidths and areas mean nothing as lengths");
     return remarks;

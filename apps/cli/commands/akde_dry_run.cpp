@@ -2,6 +2,7 @@
 
 #include "akde/dry_run.h"
 #include "analysis/diagnosis.h"
+#include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/json_values.h"
 #include "platform/text.h"
 
@@ -60,7 +61,10 @@ int print_akde_dry_run(const akde::RangeSettings& settings, const akde::TimedAni
         else
             console.Result(line_of(range));
     }
-    if (json) console.Text(json_text(Json{{"animals", list}, {"names_taken", taken}}));
+    if (json)
+        console.Text(
+            json_text(Json{{"animals", list}, {"points_without_id", animals.WithoutId}, {"names_taken", taken}}));
+    report_coming_without_id(animals.WithoutId, settings.Fields.Id, console);
     if (!taken.empty())
         console.Problem(fmt::format(
             "wxl: the run will be refused, because the output folder holds {}: --overwrite replaces them, --out names "

@@ -2,6 +2,7 @@
 
 #include "adapters/ogr/ogr_source.h"
 #include "adapters/raster/raster_dataset.h"
+#include "akde/animal_models.h"
 #include "akde/range_run.h"
 #include "analysis/output_names.h"
 #include "analysis/package_draft.h"
@@ -132,6 +133,8 @@ void AkdeSession::PrepareOutput() const {
 }
 
 batch::RangePlan AkdeSession::Plan(std::size_t tasks) const {
+    ConsoleListener told(m_console);
+    akde::report_without_id(m_layer.Animals, m_settings.Fields.Id, told);
     RangeSettings settings = m_settings;
     if (settings.Extent == RangeExtent::kFull) {
         ProgressOnly listener(m_console);

@@ -81,12 +81,6 @@ Json json_of(const ComingDistribution& coming, BandwidthMethod method) {
             {"failure", coming.Failure.empty() ? Json() : Json(coming.Failure)}};
 }
 
-void report_without_id(std::int64_t count, const std::string& field, Console& console) {
-    if (count == 0) return;
-    console.Problem(fmt::format("wxl: {} no value in the field {} and will be left out",
-                                count == 1 ? "1 point has" : fmt::format("{} points have", count), field));
-}
-
 void report_taken(const std::vector<std::string>& names, Console& console) {
     if (names.empty()) return;
     console.Problem(
@@ -109,6 +103,10 @@ std::string line_of(const ComingDistribution& coming, BandwidthMethod method) {
 }
 
 }  // namespace
+
+void report_coming_without_id(std::int64_t count, const std::string& idField, Console& console) {
+    if (count > 0) console.Problem("wxl: " + analysis::without_id_text(count, idField) + " and will be left out");
+}
 
 std::vector<std::string> taken_names(frmKDE& form) {
     const FilledForm filled(form);
@@ -157,7 +155,7 @@ int print_dry_run(frmKDE& form, const DryRunOptions& options, Console& console) 
     if (options.Json)
         console.Text(
             json_text(Json{{"animals", animals}, {"points_without_id", fixes.WithoutId}, {"names_taken", taken}}));
-    report_without_id(fixes.WithoutId, settings.IdField, console);
+    report_coming_without_id(fixes.WithoutId, settings.IdField, console);
     report_taken(taken, console);
     const bool hopeless =
         std::ranges::all_of(distributions, [](const auto& coming) { return !coming.Failure.empty(); });

@@ -3,6 +3,7 @@
 #include "apps/cli/read_files.h"
 #include "kde_tool/frmKDE.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct DryRunOptions {
 /// Prints what the filled form would compute; exit_code::kFailed when a setting keeps the run from starting, or no
 /// distribution can be computed.
 int print_dry_run(kde_tool::frmKDE& form, const DryRunOptions& options, Console& console);
+
+/// Says of a run to come that points without an ID will be left out.
+void report_coming_without_id(std::int64_t count, const std::string& idField, Console& console);
 
 /// Names of datasets and side files in the output folder, for which the run is refused.
 std::vector<std::string> taken_names(kde_tool::frmKDE& form);

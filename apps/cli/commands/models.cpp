@@ -278,6 +278,7 @@ int run_models(const ModelsOptions& options, Console& console) {
     if (csv) layer.Read.Refuse(csv->Path());
     const std::vector<TextOutput> plots = plots_of(options, layer);
     ConsoleListener listener(console);
+    report_without_id(animals, layer.Fields.Id, listener);
     const Units units{animals.Reference.MetersPerUnit == 1.0};
 
     Json json = Json::array();
