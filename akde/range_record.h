@@ -102,7 +102,7 @@ struct RangeOutcome {
     std::size_t Done = 0;  ///< animals met
     std::size_t Failed = 0;
     bool Stopped = false;
-    std::filesystem::path Summary;
+    std::filesystem::path Summary;  ///< empty where something else has its name
     std::filesystem::path Package;  ///< empty without one
     bool NotWritten = false;        ///< something that was to be written could not be
 };

@@ -1,6 +1,6 @@
 #include "akde/range_results.h"
 
-#include "platform/file_system.h"
+#include "akde/range_summary.h"
 #include "platform/runtime_error.h"
 
 #include <utility>
@@ -9,12 +9,15 @@ namespace wxl::akde {
 
 RangeResults::RangeResults(const RangeSettings& settings, const platform::Services& services, IListener& listener,
                            const TimedAnimals& animals)
-    : m_services(services), m_listener(listener), m_summary(settings), m_package(settings, services, animals) {
-    m_outcome.Summary = settings.Folder / kRangeSummary;
+    : m_settings(settings),
+      m_listener(listener),
+      m_summary(services, kSummaryColumns),
+      m_package(settings, services, animals) {
+    m_summary.Begin(settings.Folder / kRangeSummary);
 }
 
 RangeRecord RangeResults::Add(RangeRecord record) {
-    m_summary.Add(record);
+    m_summary.Add(summary_rows(record, m_settings), record.RasterPlace());
     m_package.Add(record);
     record.Outlines.clear();
     ++m_outcome.Done;
@@ -25,9 +28,14 @@ RangeRecord RangeResults::Add(RangeRecord record) {
 
 RangeOutcome RangeResults::Publish(bool stopped) {
     m_outcome.Stopped = stopped;
-    platform::PublishFile(*m_services.Files, m_outcome.Summary, m_summary.Text());
+    PublishSummary();
     PublishPackage();
     return m_outcome;
+}
+
+void RangeResults::PublishSummary() {
+    if (!m_summary.Publish()) return m_listener.Problem(m_summary.ForeignText());
+    m_outcome.Summary = m_summary.File();
 }
 
 /// A package that lacks what could not be written would not be whole.

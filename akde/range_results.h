@@ -2,10 +2,8 @@
 #include "akde/listener.h"
 #include "akde/range_package.h"
 #include "akde/range_record.h"
-#include "akde/range_summary.h"
+#include "analysis/summary_file.h"
 #include "platform/services.h"
-
-#include <filesystem>
 
 namespace wxl::akde {
 
@@ -19,16 +17,18 @@ public:
     /// Takes the record of the next animal; it comes back without its outlines.
     RangeRecord Add(RangeRecord record);
 
-    /// Writes the files; the listener hears what becomes of the package, which stays as it was where files of an animal
-    /// could not be written. RuntimeError when the summary cannot be written.
+    /// Writes the files. Rows of earlier runs stay, but for those of rasters that the run made anew. The listener hears
+    /// of files that are something else and stay, and what becomes of the package, which stays as it was where files of
+    /// an animal could not be written. RuntimeError when the summary cannot be read or written.
     RangeOutcome Publish(bool stopped);
 
 private:
+    void PublishSummary();
     void PublishPackage();
 
-    const platform::Services& m_services;
+    const RangeSettings& m_settings;
     IListener& m_listener;
-    RangeSummary m_summary;
+    analysis::SummaryFile m_summary;
     RangePackage m_package;
     RangeOutcome m_outcome;
 };

@@ -83,14 +83,6 @@ std::string percent_text(double share) {
 
 std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
                                                     const platform::Services& services) {
-    std::vector<std::filesystem::path> standing = standing_ranges(settings, animals, services);
-    if (services.Files->FileExists(settings.Folder / kRangeSummary))
-        standing.insert(standing.begin(), settings.Folder / kRangeSummary);
-    return standing;
-}
-
-std::vector<std::filesystem::path> standing_ranges(const RangeSettings& settings, const TimedAnimals& animals,
-                                                   const platform::Services& services) {
     std::vector<std::filesystem::path> standing;
     for (const TimedAnimal& animal : animals.Animals) {
         const auto files = standing_files(place_of(settings, animal.NamingId, animal.Subfolder, {}), services);
@@ -210,6 +202,7 @@ std::vector<RangeRun::Prepared> RangeRun::PrepareAll(const TimedAnimals& animals
 RangeOutcome RangeRun::Run(const TimedAnimals& animals, const std::function<void(const RangeRecord&)>& met) {
     const auto lock = lock_output(m_settings, animals, m_services);
     refuse_standing(m_settings, animals, m_services);
+    report_without_id(animals, m_settings.Fields.Id, m_listener);
     RangeResults results(m_settings, m_services, m_listener, animals);
     bool stopped = false;
     if (m_settings.Extent == RangeExtent::kFull) {

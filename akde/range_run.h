@@ -13,13 +13,10 @@
 
 namespace wxl::akde {
 
-/// What stands in the output folder under the names of the files that a run would write for these animals.
+/// What stands in the output folder under the names of the files that a run would write for these animals. Not what
+/// all runs in it add to.
 std::vector<std::filesystem::path> standing_outputs(const RangeSettings& settings, const TimedAnimals& animals,
                                                     const platform::Services& services);
-
-/// The same without what all animals have in common.
-std::vector<std::filesystem::path> standing_ranges(const RangeSettings& settings, const TimedAnimals& animals,
-                                                   const platform::Services& services);
 
 /// Takes the output folder for a run, and sweeps what killed runs left half-written. RuntimeError 70 while another run
 /// writes into it, and where a link stands in the place of a sub-folder.

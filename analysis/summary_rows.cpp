@@ -1,7 +1,6 @@
 #include "analysis/summary_rows.h"
 
 #include "analysis/diagnosis.h"
-#include "platform/foreign_cell.h"
 #include "platform/text.h"
 #include "tracking_times/timestamps.h"
 
@@ -10,84 +9,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
+#include <vector>
 
 namespace wxl::analysis {
 namespace {
 
 using platform::NumberText;
 
-constexpr std::size_t kRasterColumn = 14;
 constexpr double kHectaresPerSquareKilometre = 100.0;
-/// The header of before, and what its rows lack of the present one.
-constexpr std::string_view kShortHeader = kSummaryHeader.substr(0, kSummaryHeader.find(",area_ha"));
-constexpr auto kColumnsSince = std::ranges::count(kSummaryHeader.substr(kShortHeader.size()), ',');
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string number(std::optional<double> value) {
     return value && std::isfinite(*value) ? NumberText(*value) : std::string();
-}
-
-std::string utf8(const std::string& text) {
-    return platform::IsUtf8(text) ? text : platform::FromWindows1252(text);
-}
-
-std::string line_of(const std::vector<std::string>& cells) {
-    std::string line;
-    for (std::size_t i = 0; i < cells.size(); ++i) line += (i == 0 ? "" : ",") + platform::ForeignCell(utf8(cells[i]));
-    return line + "\r\n";
-}
-
-/// One row of comma-separated text as it stands there, and its cells.
-struct Row {
-    std::string_view Text;  ///< without the line end
-    std::vector<std::string> Cells;
-};
-
-/// Takes rows off the front of a text.
-class RowReader {
-public:
-    explicit RowReader(std::string_view text) : m_text(text) {}
-    bool AtEnd() const { return m_text.empty(); }
-
-    /// The next row; nothing when it ends within quotes.
-    std::optional<Row> Next() {
-        Row row;
-        row.Cells.emplace_back();
-        bool quoted = false;
-        std::size_t at = 0;
-        for (; at < m_text.size() && (quoted || (m_text[at] != '\n' && m_text[at] != '\r')); ++at) {
-            const char c = m_text[at];
-            const bool doubled = quoted && c == '"' && at + 1 < m_text.size() && m_text[at + 1] == '"';
-            if (c == ',' && !quoted)
-                row.Cells.emplace_back();
-            else if (c != '"')
-                row.Cells.back() += c;
-            else if (doubled)
-                row.Cells.back() += m_text[++at];
-            else
-                quoted = !quoted;
-        }
-        if (quoted) return std::nullopt;
-        row.Text = m_text.substr(0, at);
-        m_text.remove_prefix(at);
-        SkipLineEnd();
-        return row;
-    }
-
-private:
-    void SkipLineEnd() {
-        if (m_text.starts_with('\r')) m_text.remove_prefix(1);
-        if (m_text.starts_with('\n')) m_text.remove_prefix(1);
-    }
-
-    std::string_view m_text;
-};
-
-bool is_replaced(const Row& row, const std::set<std::string>& replaced) {
-    if (row.Cells.size() <= kRasterColumn) return false;
-    const std::string& raster = row.Cells[kRasterColumn];
-    return replaced.contains(raster) || (raster.starts_with('\'') && replaced.contains(raster.substr(1)));
 }
 
 }  // namespace
@@ -147,7 +80,7 @@ std::vector<std::string> closing_cells(const AnimalRecord& record, std::optional
 
 std::string row_of(std::vector<std::string> cells, const AnimalRecord& record, std::optional<double> squareKilometres) {
     std::ranges::move(closing_cells(record, squareKilometres), std::back_inserter(cells));
-    return line_of(cells);
+    return summary_line(cells);
 }
 
 }  // namespace
@@ -190,23 +123,6 @@ std::string polygon_rows(const AnimalRecord& record, const platform::SpatialRefe
                        record, squareKilometres);
     }
     return rows;
-}
-
-std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced) {
-    std::string text = std::string(kSummaryHeader) + "\r\n";
-    if (earlier.starts_with(kByteOrderMark)) earlier.remove_prefix(kByteOrderMark.size());
-    RowReader reader(earlier);
-    if (reader.AtEnd()) return text;
-    const auto header = reader.Next();
-    const bool isShort = header && line_of(header->Cells) == std::string(kShortHeader) + "\r\n";
-    if (!header || (!isShort && line_of(header->Cells) != text)) return std::nullopt;
-    const std::string since(isShort ? kColumnsSince : 0, ',');
-    while (!reader.AtEnd()) {
-        const auto row = reader.Next();
-        if (!row) return std::nullopt;
-        if (!row->Text.empty() && !is_replaced(*row, replaced)) text += std::string(row->Text) + since + "\r\n";
-    }
-    return text;
 }
 
 }  // namespace wxl::analysis

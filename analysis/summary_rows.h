@@ -1,14 +1,13 @@
 #pragma once
-// The summary of results as comma-separated text (RFC 4180, UTF-8): a row for each animal, value and percentage.
+// Rows of the summary of a run: one for each animal, value and percentage.
 
 #include "analysis/record.h"
+#include "analysis/summary_file.h"
 #include "platform/values.h"
 
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace wxl::analysis {
 
@@ -18,6 +17,10 @@ namespace wxl::analysis {
 inline constexpr std::string_view kSummaryHeader =
     "id,naming_id,n,method,bandwidth,href,minimised,reason,percent,level,area,area_km2,volume,edge_warning,raster,"
     "status,area_ha,first,last,days,median_interval_s,area_distortion,length_distortion";
+
+/// Summaries of before ended at the column `status`.
+inline constexpr SummaryColumns kSummaryColumns = {kSummaryHeader,
+                                                   kSummaryHeader.substr(0, kSummaryHeader.find(",area_ha"))};
 
 /// Name of the record's raster below the output folder, as the report and the summary give it.
 std::string raster_place(const AnimalRecord& record);
@@ -37,10 +40,5 @@ std::string summary_rows(const AnimalRecord& record, const platform::SpatialRefe
 /// A row of method "mcp" for each minimum convex polygon of the record, with percentage and area alone; its raster is
 /// the record's, so that a later run replaces it with that.
 std::string polygon_rows(const AnimalRecord& record, const platform::SpatialReference& reference);
-
-/// `earlier` without the rows of `replaced` rasters, ended by CR LF; the header alone for an empty text. Rows are kept
-/// to the byte; those of a summary that ends at the column `status` get the other columns, empty. Nothing when the text
-/// is not a summary: another header, or a quote that is never closed.
-std::optional<std::string> kept_summary(std::string_view earlier, const std::set<std::string>& replaced);
 
 }  // namespace wxl::analysis

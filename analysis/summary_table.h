@@ -1,9 +1,9 @@
 #pragma once
 #include "analysis/record.h"
+#include "analysis/summary_file.h"
+#include "analysis/summary_rows.h"
 #include "platform/services.h"
 
-#include <filesystem>
-#include <set>
 #include <string>
 
 namespace wxl::analysis {
@@ -17,7 +17,8 @@ inline constexpr const char* kSummaryFile = "\\WXL_KDE_SUMMARY.csv";
 class SummaryTable final : public IRunObserver {
 public:
     /// The services outlive the object.
-    explicit SummaryTable(const platform::Services& services) : m_services(services) {}
+    explicit SummaryTable(const platform::Services& services)
+        : m_services(services), m_summary(services, kSummaryColumns) {}
 
     void RunBegins(const RunFrame& frame, const GroupedFixes& animals) override;
     void AnimalDone(const AnimalRecord& record) override;
@@ -29,14 +30,10 @@ public:
     bool Failed() const { return m_failed; }
 
 private:
-    std::string Earlier() const;
-
     const platform::Services& m_services;
-    std::filesystem::path m_file;
+    SummaryFile m_summary;
     platform::SpatialReference m_reference;
-    std::string m_rows;
     std::string m_animal;  ///< naming ID of the last distribution
-    std::set<std::string> m_rasters;
     bool m_failed = false;
 };
 

@@ -59,7 +59,7 @@ void RangeTask::CheckNothingStands(std::size_t number) const {
     akde::TimedAnimals own;
     for (const std::size_t animal : m_plan.Tasks.at(number - 1).Work)
         own.Animals.push_back(m_plan.Animals.Animals.at(animal));
-    const auto standing = akde::standing_ranges(m_plan.Wanted, own, m_services);
+    const auto standing = akde::standing_outputs(m_plan.Wanted, own, m_services);
     if (!standing.empty())
         platform::Raise(platform::error_number::kFileExists,
                         standing.front().string() + " was made by another program since the batch was planned");

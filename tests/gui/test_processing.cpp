@@ -365,7 +365,7 @@ TEST_F(ProcessingTest, Autocorrelated_ranges_with_a_given_model_and_a_grid_of_th
     EXPECT_EQ(results.value(QStringLiteral("PACKAGE")).toString(), "");
     // Names that are taken are told, and nothing is changed.
     EXPECT_EQ(Failure("autocorrelatedranges", parameters),
-              (At("actual") / "WXL_AKDE_SUMMARY.csv").string() + " exists: choose another folder or prefix");
+              (At("actual") / "1").string() + " exists: choose another folder or prefix");
     EXPECT_EQ(contents_of(At("actual")), contents_of(At("expected")));
 }
 

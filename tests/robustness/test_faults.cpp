@@ -175,6 +175,7 @@ private:
             EXPECT_TRUE(Names(run.Err, run.Path) || Names(run.Err, run.LastPath)) << "the message names no file";
         }
         CheckWhole(scenario);
+        CheckKeptRows();
         CheckNextRun(scenario);
         // What could not be deleted stays, under a name that tells what it is.
         if (run.Kind != tests::kRemovingCalls && !killed) CheckTidy();
@@ -211,6 +212,20 @@ private:
             const bool kept = made != after.end() && made->second == files;
             if (!kept || (!scenario.Replaced.empty() && name.starts_with(scenario.Replaced))) continue;
             EXPECT_TRUE(now.contains(name) && now.at(name) == files) << name << " was to stay as it is";
+        }
+    }
+
+    /// Rows of a summary that a whole run keeps are never lost.
+    void CheckKeptRows() const {
+        for (const auto& [name, text] : m_before) {
+            const auto made = m_after.find(name);
+            if (!name.ends_with("SUMMARY.csv") || made == m_after.end()) continue;
+            const auto lines = [](const std::string& rows) { return platform::Split(rows, '\n'); };
+            const std::vector<std::string> whole = lines(made->second);
+            const std::vector<std::string> now = lines(bytes_of(Work / name));
+            for (const std::string& row : lines(text))
+                EXPECT_TRUE(std::ranges::count(whole, row) == 0 || std::ranges::count(now, row) > 0)
+                    << name << " lost " << row;
         }
     }
 
@@ -301,6 +316,14 @@ TEST_F(Faults, Of_a_run_that_adds_to_a_package) {
 TEST_F(Faults, Of_ranges_with_limits_and_their_package_in_a_new_folder) {
     CountUp({.Call = {"akde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
                       "--raster-format", "GTiff", "--lines", "--gpkg"},
+             .Again = {"--overwrite"}});
+}
+
+TEST_F(Faults, Of_ranges_with_limits_beside_earlier_ones) {
+    Prepare({"akde", "fixes.shp", "--id-field", "animal", "--out", "out", "--cell-size", "40", "--isopleths", "90",
+             "--prefix", "E"});
+    CountUp({.Call = {"akde", Work / "fixes.shp", "--id-field", "animal", "--out", Work / "out", "--cell-size", "40",
+                      "--prefix", "K"},
              .Again = {"--overwrite"}});
 }
 

@@ -162,13 +162,14 @@ std::string AkdeOutput::WritePage(const akde::RangeOutcome& outcome) {
 }
 
 void AkdeOutput::PrintPlaces(const akde::RangeOutcome& outcome, const std::string& page) {
+    const std::string summary = outcome.Summary.string();
     const std::string package = outcome.Package.string();
     if (m_asJson)
-        return m_console.Text(json_text(Json{{"summary", outcome.Summary.string()},
+        return m_console.Text(json_text(Json{{"summary", summary.empty() ? Json() : Json(summary)},
                                              {"package", package.empty() ? Json() : Json(package)},
                                              {"page", page.empty() ? Json() : Json(page)},
                                              {"animals", std::move(m_animals)}}));
-    m_console.Result("summary: " + outcome.Summary.string());
+    if (!summary.empty()) m_console.Result("summary: " + summary);
     if (!package.empty()) m_console.Result("ranges: " + package);
     if (!page.empty()) m_console.Result("page: " + page);
 }

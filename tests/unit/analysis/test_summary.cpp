@@ -1,10 +1,14 @@
 #include "analysis/animal_run.h"
+#include "analysis/summary_file.h"
 #include "analysis/summary_rows.h"
 #include "analysis/summary_table.h"
 #include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
+#include <set>
+#include <string>
 
 namespace wxl::analysis {
 namespace {
@@ -12,6 +16,10 @@ namespace {
 using testing::HasSubstr;
 
 const std::string kHeader = std::string(kSummaryHeader) + "\r\n";
+
+std::optional<std::string> kept(const std::string& earlier, const std::set<std::string>& replaced) {
+    return kept_summary(kSummaryColumns, earlier, replaced);
+}
 
 const platform::SpatialReference kMetres = {
     .Name = "UTM", .Wkt = "", .UnitName = "metre", .MetersPerUnit = 1.0, .IsGeographic = false};
@@ -75,9 +83,9 @@ TEST(SummaryRows, Rows_of_a_summary_with_fewer_columns_get_the_others_empty) {
     const std::string header =
         "id,naming_id,n,method,bandwidth,href,minimised,reason,percent,level,area,area_km2,volume,edge_warning,raster,"
         "status\r\n";
-    EXPECT_EQ(kept_summary(header + "x,1,2,href,3,4,,,,,,,5,,K9,0\r\n", {}),
+    EXPECT_EQ(kept(header + "x,1,2,href,3,4,,,,,,,5,,K9,0\r\n", {}),
               kHeader + "x,1,2,href,3,4,,,,,,,5,,K9,0,,,,,,,\r\n");
-    EXPECT_EQ(kept_summary(header, {}), kHeader);
+    EXPECT_EQ(kept(header, {}), kHeader);
 }
 
 TEST(SummaryRows, Bandwidths_of_rescaled_samples_are_in_map_units) {
@@ -108,22 +116,22 @@ TEST(SummaryRows, Hostile_texts_are_quoted) {
 TEST(SummaryRows, Rows_of_replaced_rasters_leave_the_earlier_text) {
     const std::string mine = summary_rows(record_of("a,\"b\"\nc"), kMetres);
     const std::string other = "x,1,2,href,3,4,,,,,,,5,,\"K,9\",0\r\n";
-    EXPECT_EQ(kept_summary(kHeader + mine + other, {"K4"}), kHeader + other);
-    EXPECT_EQ(kept_summary(kHeader + mine + other, {"K,9"}), kHeader + mine);
-    EXPECT_EQ(kept_summary(kHeader + mine + other, {}), kHeader + mine + other);
-    EXPECT_EQ(kept_summary("", {}), kHeader);
+    EXPECT_EQ(kept(kHeader + mine + other, {"K4"}), kHeader + other);
+    EXPECT_EQ(kept(kHeader + mine + other, {"K,9"}), kHeader + mine);
+    EXPECT_EQ(kept(kHeader + mine + other, {}), kHeader + mine + other);
+    EXPECT_EQ(kept("", {}), kHeader);
 }
 
 TEST(SummaryRows, Summaries_saved_by_other_programs_are_still_ours) {
     const std::string row = "x,1,2,href,3,4,,,,,,,5,,K9,0";
-    EXPECT_EQ(kept_summary("\xEF\xBB\xBF" + std::string(kSummaryHeader) + "\n" + row, {}), kHeader + row + "\r\n");
-    EXPECT_EQ(kept_summary(kHeader + "short,row\r\n\r\n", {"K9"}), kHeader + "short,row\r\n");
+    EXPECT_EQ(kept("\xEF\xBB\xBF" + std::string(kSummaryHeader) + "\n" + row, {}), kHeader + row + "\r\n");
+    EXPECT_EQ(kept(kHeader + "short,row\r\n\r\n", {"K9"}), kHeader + "short,row\r\n");
 }
 
 TEST(SummaryRows, Other_texts_are_not_ours) {
-    EXPECT_EQ(kept_summary("id,area\r\n1,2\r\n", {}), std::nullopt);
-    EXPECT_EQ(kept_summary("my notes", {}), std::nullopt);
-    EXPECT_EQ(kept_summary(kHeader + "\"never closed", {}), std::nullopt);
+    EXPECT_EQ(kept("id,area\r\n1,2\r\n", {}), std::nullopt);
+    EXPECT_EQ(kept("my notes", {}), std::nullopt);
+    EXPECT_EQ(kept(kHeader + "\"never closed", {}), std::nullopt);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // What wxl akde writes besides rasters and shapefiles, and where.
 
+#include "platform/text.h"
 #include "tests/unit/cli/layer_files.h"
 #include "tests/unit/cli/package_rows.h"
 #include "tests/unit/cli/timed_rows.h"
@@ -205,6 +206,87 @@ TEST(AkdeImport, Options_of_import_say_how_a_tracking_file_is_read) {
     EXPECT_EQ(timeless.Err, "wxl: --no-time: movement models need the times of the fixes\n");
 }
 
+std::vector<std::string> summary_lines(const fs::path& folder) {
+    std::vector<std::string> lines = platform::Split(read_file(folder / "WXL_AKDE_SUMMARY.csv"), '\n');
+    EXPECT_EQ(lines.back(), "");
+    lines.pop_back();
+    for (std::string& line : lines) {
+        EXPECT_THAT(line, EndsWith("\r"));
+        line.pop_back();
+    }
+    return lines;
+}
+
+TEST(AkdeSummary, Rows_name_their_rasters) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + "c,500000,5800000,2020-01-01T06:00:00Z\n");
+    const fs::path out = folder / "out";
+    ASSERT_EQ(akde(layer, out, {"--group-by", "1", "--prefix", "K"}).Code, 0);
+    const auto lines = summary_lines(out);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0],
+              "id,n,model,tau_position_s,tau_velocity_s,dof_area,h,dof_bandwidth,bias,weights,cell_size,volume,percent,"
+              "area_low,area,area_high,reason,raster");
+    EXPECT_THAT(lines[1], StartsWith("a,14,OU isotropic,22123.2"));
+    EXPECT_THAT(lines[1], EndsWith(",,animals_1-1/K1"));
+    EXPECT_THAT(lines[2], EndsWith(",,animals_1-1/K1"));
+    EXPECT_EQ(lines[3], "c,1,,,,,,,,,,,,,,,There is 1 fix of different times: at least 3 are needed.,animals_2-2/K2");
+}
+
+TEST(AkdeSummary, A_later_run_keeps_the_rows_of_other_rasters) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + fourteen_rows("b"));
+    const fs::path out = folder / "out";
+    ASSERT_EQ(akde(layer, out).Code, 0);
+    const auto first = summary_lines(out);
+    ASSERT_EQ(first.size(), 5U);
+    // Other names are no reason to refuse a run.
+    ASSERT_EQ(akde(layer, out, {"--prefix", "P", "--isopleths", "80", "--where", "animal = 'b'"}).Code, 0);
+    auto expected = first;
+    expected.push_back(summary_lines(out).back());
+    EXPECT_THAT(expected.back(), EndsWith(",,P1"));
+    EXPECT_EQ(summary_lines(out), expected);
+    // The raster "1" is made anew, of another animal: rows stand in the order in which they came.
+    ASSERT_EQ(akde(layer, out, {"--overwrite", "--isopleths", "90", "--where", "animal = 'b'"}).Code, 0);
+    const auto last = summary_lines(out);
+    ASSERT_EQ(last.size(), 5U);
+    EXPECT_EQ((std::vector(last.begin(), last.begin() + 4)),
+              (std::vector<std::string>{first[0], first[3], first[4], expected[5]}));
+    EXPECT_THAT(last[4], StartsWith("b,14,"));
+    EXPECT_THAT(last[4], EndsWith(",,1"));
+}
+
+TEST(AkdeSummary, A_batch_keeps_the_rows_that_a_run_keeps) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + fourteen_rows("b"));
+    const std::string batch = (folder / "batch").string();
+    for (const std::string& out : {(folder / "run").string(), batch}) ASSERT_EQ(akde(layer, out).Code, 0);
+    ASSERT_EQ(akde(layer, folder / "run", {"--prefix", "P"}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "plan-akde", layer, "--id-field", "animal", "--out", batch, "--cell-size", "20",
+                       "--prefix", "P", "--tasks", "2"})
+                  .Code,
+              0);
+    for (const char* task : {"1", "2"}) ASSERT_EQ(run_wxl({"batch", "run", batch, "--task", task}).Code, 0);
+    ASSERT_EQ(run_wxl({"batch", "merge", batch}).Code, 0);
+    EXPECT_EQ(summary_lines(batch).size(), 9U);
+    EXPECT_EQ(summary_lines(batch), summary_lines(folder / "run"));
+}
+
+TEST(AkdeSummary, A_file_that_is_none_stays_as_it_is) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a"));
+    const fs::path out = folder / "out";
+    fs::create_directories(out);
+    write_file(folder, "out/WXL_AKDE_SUMMARY.csv", "my notes\n");
+    const Ran ran = akde(layer, out, {"--overwrite"});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_THAT(ran.Err, HasSubstr("Warning: " + (out / "WXL_AKDE_SUMMARY.csv").string() +
+                                   " is not a summary of this tool and was left as it is; no summary was written.\n"));
+    EXPECT_THAT(ran.Out, Not(HasSubstr("summary: ")));
+    EXPECT_EQ(read_file(out / "WXL_AKDE_SUMMARY.csv"), "my notes\n");
+    EXPECT_TRUE(Json::parse(akde(layer, out, {"--json", "--prefix", "P"}).Out)["summary"].is_null());
+}
+
 TEST(AkdeDryRun, Tells_what_would_be_computed_and_writes_nothing) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, fourteen_rows("a") + "b,500000,5800000,2020-01-01T06:00:00Z\n");
@@ -222,6 +304,41 @@ TEST(AkdeDryRun, Tells_what_would_be_computed_and_writes_nothing) {
     EXPECT_EQ(json["names_taken"], Json::array());
 }
 
+/// The fixes of an animal belong to none from now on.
+void forget_animal(const std::string& layer, const std::string& animal) {
+    files::RegisterGdal();
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(layer.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+    OGRLayer& rows = *dataset->GetLayer(0);
+    for (const auto& row : rows) {
+        if (row->GetFieldAsString("animal") != animal) continue;
+        row->SetField("animal", "");
+        ASSERT_EQ(rows.SetFeature(row.get()), OGRERR_NONE);
+    }
+}
+
+TEST(AkdeDryRun, Tells_of_points_without_an_animal_as_that_of_kde_does) {
+    ScratchFolder folder;
+    const std::string layer = make_layer(folder, fourteen_rows("a") + "x,500000,5800000,2020-01-01T06:00:00Z\n" +
+                                                     "x,500000,5800001,2020-01-01T07:00:00Z\n");
+    forget_animal(layer, "x");
+    const std::string out = (folder / "out").string();
+    const Ran ran = akde(layer, out, {"--dry-run", "--json"});
+    EXPECT_EQ(Json::parse(ran.Out)["points_without_id"], 2);
+    EXPECT_EQ(ran.Err, "wxl: 2 points have no value in the field animal and will be left out\n");
+    const Ran kde =
+        run_wxl({"kde", layer, "--id-field", "animal", "--out", out, "--cell-size", "20", "--dry-run", "--json"});
+    EXPECT_EQ(kde.Err, ran.Err);
+    EXPECT_EQ(Json::parse(kde.Out)["points_without_id"], 2);
+    EXPECT_EQ(
+        Json::parse(akde(layer, out, {"--dry-run", "--json", "--where", "animal = 'a'"}).Out)["points_without_id"], 0);
+    // The run says so too, and wxl models, and whoever plans a batch.
+    const std::string warning = "Warning: 2 points have no value in the field animal and are left out.\n";
+    EXPECT_THAT(akde(layer, out).Err, StartsWith(warning));
+    EXPECT_THAT(run_wxl({"batch", "plan-akde", layer, "--id-field", "animal", "--out", out, "--overwrite"}).Err,
+                StartsWith(warning));
+    EXPECT_THAT(run_wxl({"models", layer, "--id-field", "animal"}).Err, StartsWith(warning));
+}
+
 TEST(AkdeDryRun, Of_animals_without_a_range_has_failed) {
     ScratchFolder folder;
     const Ran ran =
@@ -235,7 +352,6 @@ TEST(AkdeDryRun, Tells_what_keeps_the_run_from_starting) {
     const std::string layer = make_layer(folder, fourteen_rows("a"));
     const std::string out = (folder / "out").string();
     ASSERT_EQ(akde(layer, out, {"--raster-format", "gtiff"}).Code, 0);
-    fs::remove(out + "/WXL_AKDE_SUMMARY.csv");
     for (const char* part : {"cpg", "dbf", "prj", "shx"}) fs::remove(out + "/1_poly." + part);
     const Ran ran = akde(layer, out, {"--dry-run", "--raster-format", "gtiff"});
     EXPECT_EQ(ran.Code, 1);
