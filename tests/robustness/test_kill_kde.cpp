@@ -159,7 +159,7 @@ TEST_F(KilledRun, Leaves_whole_datasets_and_the_beginning_of_the_report) {
     std::mt19937 random(11);
     std::uniform_int_distribution<std::int64_t> moment(0, duration.count());
     int midway = 0;
-    for (int i = 0; i < kills; ++i) {
+    for (int i = 0; i < kills || (midway == 0 && i < 20 * kills); ++i) {
         fs::remove_all(Out);
         RunAndKill(std::chrono::microseconds(moment(random)));
         if (!fs::exists(Out)) continue;
@@ -210,7 +210,7 @@ TEST_F(KilledRun, Leaves_the_package_of_ranges_as_it_was_or_whole) {
     std::mt19937 random(13);
     std::uniform_int_distribution<std::int64_t> moment(0, duration.count());
     int midway = 0;
-    for (int i = 0; i < kills; ++i) {
+    for (int i = 0; i < kills || (midway == 0 && i < 20 * kills); ++i) {
         restore();
         RunAndKill(std::chrono::microseconds(moment(random)));
         const std::string left = content(package);
