@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 
 namespace wxl::comparison {
 namespace {
@@ -50,6 +52,21 @@ std::string reason_of(const engine::clsKernelCalculator& calculator) {
                ") is smaller than the cell size (" + platform::NumberText(calculator.GetCellSize()) + ")";
     if (calculator.lErrorStatus == engine::kernel_status::kGridTooLarge) return "the grid has too many cells";
     return "the density could not be computed (code " + std::to_string(calculator.lErrorStatus) + ")";
+}
+
+PartOfGrid part_of(const engine::KernelGrid& grid, const engine::SearchSquare& square) {
+    PartOfGrid part{square.FirstColumn,
+                    square.FirstRow,
+                    square.LastColumn - square.FirstColumn + 1,
+                    square.LastRow - square.FirstRow + 1,
+                    {}};
+    part.Cells.reserve(static_cast<std::size_t>(part.Columns) * static_cast<std::size_t>(part.Rows));
+    for (std::int32_t row = square.FirstRow; row <= square.LastRow; ++row) {
+        const auto cells =
+            grid.Row(row).subspan(static_cast<std::size_t>(square.FirstColumn), static_cast<std::size_t>(part.Columns));
+        part.Cells.insert(part.Cells.end(), cells.begin(), cells.end());
+    }
+    return part;
 }
 
 }  // namespace
@@ -117,8 +134,7 @@ AnimalDensity density_of(const engine::PointSample& fixes, const AnimalBandwidth
     const engine::KernelGrid* kernel = calculator.GetKernel();
     if (kernel == nullptr) return {{}, reason_of(calculator)};
     if (!(calculator.GetKernelVolume() > 0.0)) return {{}, "no volume in the grid"};
-    const auto* first = kernel->Row(0).data();
-    return {{first, first + static_cast<std::size_t>(grid.Columns) * static_cast<std::size_t>(grid.Rows)}, {}};
+    return {part_of(*kernel, calculator.GetReachedCells()), {}};
 }
 
 }  // namespace wxl::comparison

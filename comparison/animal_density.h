@@ -40,8 +40,8 @@ platform::RasterGeometry shared_grid(std::span<const engine::PointSample> animal
 
 /// The density of an animal on a grid, or why there is none.
 struct AnimalDensity {
-    std::vector<double> Cells;  ///< per square map unit, row by row from the north; empty: none
-    std::string Reason;         ///< in a few words; empty: there is a density
+    PartOfGrid Part;     ///< the cells that the kernels reach; none where there is no density
+    std::string Reason;  ///< in a few words; empty: there is a density
 };
 
 /// As an analysis with a bandwidth in map units computes it.

@@ -38,7 +38,7 @@ ComparedRanges ranges_of_fixes(const std::vector<NamedFixes>& animals, const Fix
         animal.Fixes = static_cast<std::int64_t>(samples[i].size());
         if (bandwidths[i].MapUnits > 0.0) animal.Bandwidth = bandwidths[i].MapUnits;
         if (!density.Reason.empty()) animal.Status = density.Reason;
-        add_animal(ranges, std::move(animal), std::move(density.Cells), wanted.Normalise);
+        add_animal(ranges, std::move(animal), std::move(density.Part), wanted.Normalise);
     }
     return ranges;
 }

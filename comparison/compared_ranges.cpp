@@ -24,14 +24,15 @@ std::string tenth_text(double percent) {
 
 }  // namespace
 
-void add_animal(ComparedRanges& ranges, ComparedAnimal animal, std::vector<double> cells, bool normalise) {
+void add_animal(ComparedRanges& ranges, ComparedAnimal animal, PartOfGrid density, bool normalise) {
     const double cell = ranges.Densities.Grid.CellSize;
-    animal.Volume = total_density(cells) * cell * cell;
-    if (!cells.empty() && !(animal.Volume > 0.0) && animal.Status == "ok") animal.Status = "no volume in the grid";
+    animal.Volume = total_density(density.Cells) * cell * cell;
+    if (!density.Cells.empty() && !(animal.Volume > 0.0) && animal.Status == "ok")
+        animal.Status = "no volume in the grid";
     if (normalise && animal.Volume > 0.0)
-        for (double& density : cells) density /= animal.Volume;
+        for (double& value : density.Cells) value /= animal.Volume;
     ranges.Densities.Animals.push_back(
-        animal.Volume > 0.0 ? TiledDensity(ranges.Densities.Grid, cells, ranges.Densities.Percents) : TiledDensity());
+        animal.Volume > 0.0 ? TiledDensity(ranges.Densities.Grid, density, ranges.Densities.Percents) : TiledDensity());
     ranges.Animals.push_back(std::move(animal));
 }
 

@@ -28,10 +28,10 @@ struct ComparedRanges {
     std::vector<PairOverlap> Pairs;
 };
 
-/// Adds an animal with its density on the set's grid, and sets its volume; an animal without cells, or with cells of no
-/// volume, has no distribution.
+/// Adds an animal with its density on a part of the set's grid, and sets its volume; an animal without cells, or with
+/// cells of no volume, has no distribution.
 /// @param normalise divide the density by its volume
-void add_animal(ComparedRanges& ranges, ComparedAnimal animal, std::vector<double> cells, bool normalise);
+void add_animal(ComparedRanges& ranges, ComparedAnimal animal, PartOfGrid density, bool normalise);
 
 /// One line for each animal that has no distribution, or whose grid holds less or more than all of it.
 std::vector<std::string> volume_warnings(const ComparedRanges& ranges);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <utility>
 
 namespace wxl::comparison {
 namespace {
@@ -16,33 +18,23 @@ float root_of(double share) {
     return share < kSmallestShare ? 0.0F : static_cast<float>(std::sqrt(share));
 }
 
-/// The part of a grid under one tile.
-struct Window {
-    std::size_t Row;
-    std::size_t Column;
-    std::size_t Rows;
-    std::size_t Columns;
-};
-
-Window window_of(const platform::RasterGeometry& grid, std::uint32_t tile) {
-    const std::size_t perRow = tiles_per_row(grid);
-    const std::size_t row = tile / perRow * kTileRows;
-    const std::size_t column = tile % perRow * kTileColumns;
-    return {row, column, std::min(kTileRows, static_cast<std::size_t>(grid.Rows) - row),
-            std::min(kTileColumns, static_cast<std::size_t>(grid.Columns) - column)};
-}
-
 /// The tiles with a cell above 0, ascending.
-std::vector<std::uint32_t> live_tiles(const platform::RasterGeometry& grid, std::span<const double> cells) {
+std::vector<std::uint32_t> live_tiles(const platform::RasterGeometry& grid, const PartOfGrid& part) {
     const std::size_t perRow = tiles_per_row(grid);
-    std::vector<char> alive(perRow * tiles_along(grid.Rows, kTileRows), 0);
-    const auto columns = static_cast<std::size_t>(grid.Columns);
-    for (std::size_t row = 0; row < static_cast<std::size_t>(grid.Rows); ++row)
-        for (std::size_t column = 0; column < columns; ++column)
-            if (cells[row * columns + column] > 0.0) alive[row / kTileRows * perRow + column / kTileColumns] = 1;
     std::vector<std::uint32_t> tiles;
-    for (std::size_t tile = 0; tile < alive.size(); ++tile)
-        if (alive[tile] != 0) tiles.push_back(static_cast<std::uint32_t>(tile));
+    std::vector<char> alive(perRow);
+    const auto keep = [&](std::size_t tileRow) {
+        for (std::size_t tile = 0; tile < perRow; ++tile)
+            if (alive[tile] != 0) tiles.push_back(static_cast<std::uint32_t>(tileRow * perRow + tile));
+        std::fill(alive.begin(), alive.end(), 0);
+    };
+    const std::int32_t end = part.FirstRow + part.Rows;
+    for (std::int32_t row = part.FirstRow; row < end; ++row) {
+        for (std::int32_t column = part.FirstColumn; column < part.FirstColumn + part.Columns; ++column)
+            if (part(column, row) > 0.0) alive[static_cast<std::size_t>(column) / kTileColumns] = 1;
+        const std::size_t tileRow = static_cast<std::size_t>(row) / kTileRows;
+        if (row + 1 == end || static_cast<std::size_t>(row + 1) / kTileRows != tileRow) keep(tileRow);
+    }
     return tiles;
 }
 
@@ -56,26 +48,36 @@ std::uint32_t tile_rows(const platform::RasterGeometry& grid) {
     return static_cast<std::uint32_t>(tiles_along(grid.Rows, kTileRows));
 }
 
-TiledDensity::TiledDensity(const platform::RasterGeometry& grid, std::span<const double> cells,
-                           std::span<const double> percents)
-    : m_volume(total_density(cells) * grid.CellSize * grid.CellSize),
-      m_ranges(ranges_by_volume(cells, percents)),
-      m_tiles(live_tiles(grid, cells)) {
-    m_roots.reserve(m_tiles.size() * kTileCells);
-    m_masks.resize(m_tiles.size() * m_ranges.size());
-    for (const std::uint32_t tile : m_tiles) AddTile(grid, cells, tile);
+PartOfGrid whole_of(const platform::RasterGeometry& grid, std::vector<double> cells) {
+    if (cells.empty()) return {};
+    return {0, 0, grid.Columns, grid.Rows, std::move(cells)};
 }
 
-void TiledDensity::AddTile(const platform::RasterGeometry& grid, std::span<const double> cells, std::uint32_t tile) {
-    const Window window = window_of(grid, tile);
+TiledDensity::TiledDensity(const platform::RasterGeometry& grid, const PartOfGrid& part,
+                           std::span<const double> percents)
+    : m_volume(total_density(part.Cells) * grid.CellSize * grid.CellSize),
+      m_ranges(ranges_by_volume(part.Cells, percents)),
+      m_tiles(live_tiles(grid, part)) {
+    m_roots.reserve(m_tiles.size() * kTileCells);
+    m_masks.resize(m_tiles.size() * m_ranges.size());
+    for (const std::uint32_t tile : m_tiles) AddTile(grid, part, tile);
+}
+
+void TiledDensity::AddTile(const platform::RasterGeometry& grid, const PartOfGrid& part, std::uint32_t tile) {
+    const std::uint32_t perRow = tiles_per_row(grid);
+    const auto north = static_cast<std::int32_t>(tile / perRow * kTileRows);
+    const auto west = static_cast<std::int32_t>(tile % perRow * kTileColumns);
+    const std::int32_t endRow = std::min(north + static_cast<std::int32_t>(kTileRows), part.FirstRow + part.Rows);
+    const std::int32_t endColumn =
+        std::min(west + static_cast<std::int32_t>(kTileColumns), part.FirstColumn + part.Columns);
     const std::size_t place = m_roots.size() / kTileCells;
     const double area = grid.CellSize * grid.CellSize;
     m_roots.resize(m_roots.size() + kTileCells, 0.0F);
-    for (std::size_t row = 0; row < window.Rows; ++row)
-        for (std::size_t column = 0; column < window.Columns; ++column) {
-            const double density =
-                cells[(window.Row + row) * static_cast<std::size_t>(grid.Columns) + window.Column + column];
-            const std::size_t bit = row * kTileColumns + column;
+    for (std::int32_t row = std::max(north, part.FirstRow); row < endRow; ++row)
+        for (std::int32_t column = std::max(west, part.FirstColumn); column < endColumn; ++column) {
+            const double density = part(column, row);
+            const std::size_t bit =
+                static_cast<std::size_t>(row - north) * kTileColumns + static_cast<std::size_t>(column - west);
             m_roots[place * kTileCells + bit] = root_of(density * area);
             for (std::size_t percent = 0; percent < m_ranges.size(); ++percent)
                 if (belongs(m_ranges[percent], density))

@@ -15,6 +15,24 @@ namespace wxl::comparison {
 /// Which cells of a tile belong to a range: cell (row, column) of the tile is bit 32 row + column.
 using TileMask = std::array<std::uint64_t, kTileCells / 64>;
 
+/// Densities per square map unit of a part of a grid, row by row from the north: finite and not negative. Beyond the
+/// part there is none.
+struct PartOfGrid {
+    std::int32_t FirstColumn = 0;
+    std::int32_t FirstRow = 0;
+    std::int32_t Columns = 0;
+    std::int32_t Rows = 0;
+    std::vector<double> Cells;
+
+    double operator()(std::int32_t column, std::int32_t row) const {
+        return Cells[static_cast<std::size_t>(row - FirstRow) * static_cast<std::size_t>(Columns) +
+                     static_cast<std::size_t>(column - FirstColumn)];
+    }
+};
+
+/// All cells of a grid as a part of it; nothing where there are no cells.
+PartOfGrid whole_of(const platform::RasterGeometry& grid, std::vector<double> cells);
+
 /// A density cut into tiles of kTileRows x kTileColumns cells, numbered row by row from the north-west; the last row
 /// and column of tiles may reach beyond the grid, with empty cells. Only live tiles, those with any density, are kept.
 class TiledDensity {
@@ -23,9 +41,9 @@ public:
     TiledDensity() = default;
 
     /// @param grid the grid of all densities that will be compared
-    /// @param cells densities per square map unit, row by row from the north: finite and not negative
+    /// @param part what of it holds the density
     /// @param percents of the ranges, above 0 and up to 100
-    TiledDensity(const platform::RasterGeometry& grid, std::span<const double> cells, std::span<const double> percents);
+    TiledDensity(const platform::RasterGeometry& grid, const PartOfGrid& part, std::span<const double> percents);
 
     /// Whether there is any density.
     bool IsAlive() const { return !m_tiles.empty(); }
@@ -49,7 +67,7 @@ public:
     }
 
 private:
-    void AddTile(const platform::RasterGeometry& grid, std::span<const double> cells, std::uint32_t tile);
+    void AddTile(const platform::RasterGeometry& grid, const PartOfGrid& part, std::uint32_t tile);
 
     double m_volume = 0.0;
     std::vector<VolumeRange> m_ranges;

@@ -135,6 +135,9 @@ public:
     /// The grid, valid until the next call that changes the object; null before a successful CalculateKernel.
     const KernelGrid* GetKernel() const { return m_kernelCalculated ? &m_kernel : nullptr; }
 
+    /// The cells around all search squares: beyond them the grid is 0. Empty while no kernel is calculated.
+    SearchSquare GetReachedCells() const { return m_kernelCalculated ? m_reached : SearchSquare(); }
+
     /// The scores of the last search; nothing before one.
     std::optional<SearchProfile> GetLSCVProfile() const;
 
@@ -158,6 +161,7 @@ private:
     void ComputeLocalFactors(std::string& workingValues);
     void AccumulateFixes(std::int32_t reach);
     void Normalise();
+    std::span<double> Reached(std::int32_t row);
 
     platform::IMessages* m_messages;
     platform::CreateRaster m_createRaster;
@@ -170,6 +174,7 @@ private:
     double m_originY = 0.0;
     double m_topY = 0.0;
     KernelGrid m_kernel;
+    SearchSquare m_reached;
     double m_bandwidth = 0.0;
     double m_href = 0.0;
     PointSample m_points;

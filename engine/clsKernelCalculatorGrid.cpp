@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <span>
 
 namespace wxl::engine {
 namespace {
@@ -49,6 +51,19 @@ double share_between(double from, double to, double sd, double cell) {
         return -place / (sd * sd) * std::exp(-0.5 * place * place / (sd * sd)) / (sd * std::sqrt(6.28318530717958));
     };
     return below(to) - below(from) + cell * cell / 24.0 * (slope(from) - slope(to));
+}
+
+/// The smallest square that holds all squares of the kernels; empty where all are.
+SearchSquare around(const std::vector<FixKernel>& kernels) {
+    SearchSquare all;
+    for (const FixKernel& kernel : kernels) {
+        const SearchSquare& square = kernel.Square;
+        if (square.IsEmpty()) continue;
+        if (all.IsEmpty()) all = square;
+        all = {std::min(all.FirstColumn, square.FirstColumn), std::max(all.LastColumn, square.LastColumn),
+               std::min(all.FirstRow, square.FirstRow), std::max(all.LastRow, square.LastRow)};
+    }
+    return all;
 }
 
 float single_precision(double value) {
@@ -204,18 +219,26 @@ void clsKernelCalculator::AccumulateFixes(std::int32_t reach) {
         lErrorStatus = kernel_status::kNextPoint;
     }
     lErrorStatus = kernel_status::kAccumulation;
+    m_reached = around(kernels);
     WorkClock clock(m_turns);
     accumulate(kernels, centres, m_kernel, clock);
+}
+
+std::span<double> clsKernelCalculator::Reached(std::int32_t row) {
+    const auto first = static_cast<std::size_t>(m_reached.FirstColumn);
+    const auto last = static_cast<std::size_t>(m_reached.LastColumn);
+    return m_kernel.Row(row).subspan(first, last - first + 1);
 }
 
 void clsKernelCalculator::Normalise() {
     const double perFix = static_cast<double>(m_points.size()) * m_bandwidth * m_bandwidth;
     require_finite(perFix);
     const double scale = platform::quotient(platform::quotient(m_scalingFactor, perFix), m_sdY * m_sdX);
+    require_finite(scale);
     double sum = 0.0;
-    for (std::int32_t row = 0; row < m_rows; ++row) {
+    for (std::int32_t row = m_reached.FirstRow; row <= m_reached.LastRow; ++row) {
         double sumOfRow = 0.0;
-        for (double& value : m_kernel.Row(row)) {
+        for (double& value : Reached(row)) {
             value *= scale;
             sumOfRow += value;
         }

@@ -131,12 +131,6 @@ private:
 
 }  // namespace
 
-double SearchSquare::Area() const {
-    return IsEmpty() ? 0.0
-                     : (static_cast<double>(LastColumn) - FirstColumn + 1.0) *
-                           (static_cast<double>(LastRow) - FirstRow + 1.0);
-}
-
 void accumulate(std::vector<FixKernel>& kernels, const CellCentres& centres, KernelGrid& grid, WorkClock& clock,
                 const VectorMath& math) {
     for (FixKernel& kernel : kernels)

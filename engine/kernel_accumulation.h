@@ -18,17 +18,6 @@ struct CellCentres {
     std::vector<double> Y;
 };
 
-/// Inclusive ranges of cells within the grid; empty where First > Last.
-struct SearchSquare {
-    std::int32_t FirstColumn = 0;
-    std::int32_t LastColumn = -1;
-    std::int32_t FirstRow = 0;
-    std::int32_t LastRow = -1;
-
-    bool IsEmpty() const { return FirstColumn > LastColumn || FirstRow > LastRow; }
-    double Area() const;
-};
-
 /// The kernel of one fix: Weight x exp(-(distance / Bandwidth)^2 / 2) on the cells of its square.
 struct FixKernel {
     platform::Point Centre;

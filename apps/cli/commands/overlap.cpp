@@ -71,7 +71,8 @@ private:
 
 /// Adds an animal with what JSON tells of it.
 void add(OverlapResult& result, ComparedAnimal animal, Json id, Json times, std::vector<double> cells, bool normalise) {
-    comparison::add_animal(result.Ranges, std::move(animal), std::move(cells), normalise);
+    comparison::add_animal(result.Ranges, std::move(animal),
+                           comparison::whole_of(result.Ranges.Densities.Grid, std::move(cells)), normalise);
     result.Ids.push_back(std::move(id));
     result.Times.push_back(std::move(times));
 }

@@ -31,7 +31,7 @@ inline DensitySet set_of(const platform::RasterGeometry& grid, const std::vector
                          const std::vector<double>& percents) {
     DensitySet set{grid, percents, {}};
     for (const std::vector<double>& cells : densities)
-        set.Animals.push_back(cells.empty() ? TiledDensity() : TiledDensity(grid, cells, percents));
+        set.Animals.push_back(cells.empty() ? TiledDensity() : TiledDensity(grid, whole_of(grid, cells), percents));
     return set;
 }
 

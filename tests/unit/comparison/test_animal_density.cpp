@@ -43,7 +43,7 @@ TEST(AnimalDensity, Grid_holds_every_kernel) {
     for (const std::size_t i : {0U, 2U}) {
         const AnimalDensity density = density_of(animals[i], bandwidths[i], {}, grid);
         EXPECT_EQ(density.Reason, "");
-        const double sum = std::accumulate(density.Cells.begin(), density.Cells.end(), 0.0);
+        const double sum = std::accumulate(density.Part.Cells.begin(), density.Part.Cells.end(), 0.0);
         EXPECT_NEAR(sum * 4.0, 1.0, 3e-4);  // what lies beyond four bandwidths
     }
     EXPECT_EQ(density_of(animals[1], bandwidths[1], {}, grid).Reason, "no fix");
@@ -58,8 +58,43 @@ TEST(AnimalDensity, Fixed_kernels_add_up_to_the_plain_sum) {
     sum.Add(fixes, bandwidth.MapUnits);
     const AnimalDensity density = density_of(fixes, bandwidth, {}, grid);
     const double factor = 40.0 * 2.0 * 3.14159265358979 * bandwidth.MapUnits * bandwidth.MapUnits;
-    for (std::size_t cell = 0; cell < density.Cells.size(); ++cell)
-        ASSERT_NEAR(density.Cells[cell] * factor, sum.Cells()[cell], 1e-9);
+    ASSERT_EQ(density.Part.Cells.size(), sum.Cells().size());
+    for (std::size_t cell = 0; cell < density.Part.Cells.size(); ++cell)
+        ASSERT_NEAR(density.Part.Cells[cell] * factor, sum.Cells()[cell], 1e-9);
+}
+
+// One animal in the west of a grid of two, and one in its north-east.
+TEST(AnimalDensity, Is_told_where_kernels_reach_and_is_nothing_beyond) {
+    const platform::RasterGeometry grid{0.0, 0.0, 10.0, 60, 40};
+    for (const engine::PointSample& fixes : {engine::PointSample{{105.0, 105.0}, {155.0, 145.0}, {95.0, 215.0}},
+                                             engine::PointSample{{585.0, 385.0}, {505.0, 305.0}}}) {
+        const AnimalBandwidth bandwidth = bandwidth_of(fixes, {.Rule = BandwidthRule::kManual, .Value = 15.0});
+        const PartOfGrid part = density_of(fixes, bandwidth, {}, grid).Part;
+        KernelSum sum(grid);
+        sum.Add(fixes, 15.0);
+        const double factor = static_cast<double>(fixes.size()) * 2.0 * 3.14159265358979 * 15.0 * 15.0;
+        for (std::int32_t row = 0; row < 40; ++row)
+            for (std::int32_t column = 0; column < 60; ++column) {
+                const bool within = column >= part.FirstColumn && column < part.FirstColumn + part.Columns &&
+                                    row >= part.FirstRow && row < part.FirstRow + part.Rows;
+                const double wanted = sum.Cells()[static_cast<std::size_t>(row * 60 + column)];
+                ASSERT_NEAR(within ? part(column, row) * factor : 0.0, wanted, 1e-12) << column << ", " << row;
+            }
+    }
+}
+
+// A reach of four bandwidths is seven cells on each side of the fix's own.
+TEST(AnimalDensity, Holds_the_cells_of_all_search_squares) {
+    const platform::RasterGeometry grid{0.0, 0.0, 10.0, 60, 40};
+    const PartOfGrid part =
+        density_of({{105.0, 205.0}, {155.0, 155.0}},
+                   bandwidth_of({{105.0, 205.0}, {155.0, 155.0}}, {.Rule = BandwidthRule::kManual, .Value = 15.0}), {},
+                   grid)
+            .Part;
+    EXPECT_EQ(part.FirstColumn, 3);
+    EXPECT_EQ(part.Columns, 20);
+    EXPECT_EQ(part.FirstRow, 12);
+    EXPECT_EQ(part.Rows, 20);
 }
 
 TEST(AnimalDensity, A_bandwidth_below_the_cell_gives_none) {

@@ -160,7 +160,7 @@ TEST(Overlap, Of_ten_thousand_animals_of_which_two_meet) {
     for (std::size_t i = 0; i < kAnimals; ++i) {
         const std::size_t home = i + 1 == kAnimals ? 0 : i;
         cells[home] = 1.0;
-        set.Animals.emplace_back(grid, cells, set.Percents);
+        set.Animals.emplace_back(grid, whole_of(grid, cells), set.Percents);
         cells[home] = 0.0;
     }
     const std::vector<PairOverlap> pairs = overlaps(set, {});
@@ -169,6 +169,35 @@ TEST(Overlap, Of_ten_thousand_animals_of_which_two_meet) {
     EXPECT_EQ(pairs[1].Second, kAnimals - 1);
     EXPECT_EQ(pairs[1].Indices->HrIj, 1.0);
     EXPECT_EQ(pairs[1].Indices->Hd, 0.0);
+}
+
+// A part that begins and ends within tiles, at the grid's edge too.
+TEST(TiledDensity, Of_a_part_of_the_grid_is_that_of_the_whole_grid) {
+    const platform::RasterGeometry grid = square_grid(100, 1.0);
+    const std::vector<double> percents = {95.0, 50.0, 100.0};
+    for (const auto& [firstColumn, firstRow] : {std::pair{27, 13}, std::pair{0, 0}, std::pair{60, 70}}) {
+        PartOfGrid part{firstColumn, firstRow, 40, 30, {}};
+        std::vector<double> cells(10000, 0.0);
+        for (std::int32_t row = 0; row < 30; ++row)
+            for (std::int32_t column = 0; column < 40; ++column) {
+                const double density = (row + column) % 7 == 0 ? 0.0 : 1e-5 * ((3 * row + 5 * column) % 11);
+                part.Cells.push_back(density);
+                cells[static_cast<std::size_t>((firstRow + row) * 100 + firstColumn + column)] = density;
+            }
+        const TiledDensity found(grid, part, percents);
+        const TiledDensity whole(grid, whole_of(grid, cells), percents);
+        EXPECT_EQ(found.Volume(), whole.Volume());
+        ASSERT_EQ(found.Tiles(), whole.Tiles());
+        for (std::size_t percent = 0; percent < percents.size(); ++percent) {
+            EXPECT_EQ(found.Ranges()[percent].Cells, whole.Ranges()[percent].Cells);
+            EXPECT_EQ(found.Ranges()[percent].Level, whole.Ranges()[percent].Level);
+            for (std::size_t place = 0; place < found.Tiles().size(); ++place)
+                EXPECT_EQ(found.Mask(percent, place), whole.Mask(percent, place));
+        }
+        for (std::size_t place = 0; place < found.Tiles().size(); ++place)
+            for (std::size_t cell = 0; cell < kTileCells; ++cell)
+                ASSERT_EQ(found.Roots(place)[cell], whole.Roots(place)[cell]);
+    }
 }
 
 TEST(Overlap, Of_one_animal_and_of_none) {

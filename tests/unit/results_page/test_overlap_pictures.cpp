@@ -63,7 +63,8 @@ TEST(OverlapPictures, Pairs_that_are_left_out_share_nothing) {
     ranges.Densities.Grid = {0.0, 0.0, 1.0, 3, 1};
     ranges.Densities.Percents = {95.0};
     const std::vector<std::vector<double>> cells = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}, {}};
-    for (const std::vector<double>& density : cells) comparison::add_animal(ranges, {.Name = "a"}, density, false);
+    for (const std::vector<double>& density : cells)
+        comparison::add_animal(ranges, {.Name = "a"}, comparison::whole_of(ranges.Densities.Grid, density), false);
     ranges.Pairs = comparison::overlaps(ranges.Densities, {});
     ASSERT_EQ(ranges.Pairs.size(), 2U);
     EXPECT_THAT(heat_map(ranges, section("ba"), {0, 1, 2}).Values,
