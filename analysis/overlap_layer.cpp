@@ -64,7 +64,8 @@ std::vector<std::size_t> drawn_pairs(const ComparedRanges& ranges, const compari
 
 OverlapLayer write_overlap_layer(platform::IPackages& packages, const PackagePlace& place, const ComparedRanges& ranges,
                                  const comparison::IndexKind& index, const std::function<void(double)>& progress) {
-    const auto writer = packages.Open({place.File, place.Reference, {overlap_table()}, kPackageChanged, place.Others});
+    const auto writer =
+        packages.Open({place.File, place.Reference, {overlap_table()}, platform::kPackageChanged, place.Others});
     if (!writer) return {.IsForeign = true};
     const std::vector<std::size_t> drawn = drawn_pairs(ranges, index, kMostOverlaps);
     const auto sharing = static_cast<std::size_t>(std::ranges::count_if(ranges.Pairs, shares_cells));

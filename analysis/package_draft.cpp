@@ -76,8 +76,11 @@ void PackageDraft::Begin(const std::filesystem::path& folder, const platform::Sp
     if (m_services.Packages == nullptr) return;
     m_file = file_in_folder(folder, kRangePackage);
     Keep([&] {
-        m_writer = m_services.Packages->Open(
-            {m_file, reference, std::move(tables), kPackageChanged, {convex_polygon_table(), overlap_table()}});
+        m_writer = m_services.Packages->Open({m_file,
+                                              reference,
+                                              std::move(tables),
+                                              platform::kPackageChanged,
+                                              {convex_polygon_table(), overlap_table()}});
         m_isForeign = !m_writer;
     });
 }

@@ -19,10 +19,6 @@ namespace wxl::analysis {
 /// Name of the package of a run, joined to the output folder as a file in it.
 inline constexpr const char* kRangePackage = "\\RANGES.gpkg";
 
-/// What the package tells as the moment of its last change: always the same, so that the same run gives the same bytes.
-/// The report has the time.
-inline constexpr const char* kPackageChanged = "1970-01-01T00:00:00.000Z";
-
 platform::Field text_column(const char* name);
 platform::Field number_column(const char* name);
 platform::Field whole_column(const char* name);

@@ -21,6 +21,10 @@ struct PackageTable {
     std::string Style = {};              ///< how a desktop GIS draws it (QML of QGIS); empty: as that likes
 };
 
+/// What packages of ours tell as the moment of their last change: always the same, so that the same work gives the same
+/// bytes.
+inline constexpr const char* kPackageChanged = "1970-01-01T00:00:00.000Z";
+
 /// A file of tables in one coordinate system.
 struct Package {
     std::filesystem::path File;

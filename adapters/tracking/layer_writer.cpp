@@ -217,6 +217,7 @@ private:
     static constexpr const char* kGeometryColumn = "geom";
 
     void Make(GDALDriver& maker, const platform::SpatialReference& reference) {
+        const CPLConfigOptionSetter moment("OGR_CURRENT_DATE", platform::kPackageChanged, false);
         CPLStringList options;
         options.SetNameValue("ADD_GPKG_OGR_CONTENTS", "NO");
         files::GdalDatasetPtr dataset(maker.Create(m_file.c_str(), 0, 0, 0, GDT_Unknown, options.List()));

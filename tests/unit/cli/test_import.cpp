@@ -1,10 +1,15 @@
+#include "adapters/gdal/gdal_support.h"
 #include "adapters/ogr/ogr_feature_class.h"
 #include "tests/support/telemetry.h"
 #include "tests/unit/cli/layer_files.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <gdal_priv.h>
 #include <gtest/gtest.h>
+#include <ogrsf_frmts.h>
+#include <thread>
 #include <variant>
 #include <vector>
 
@@ -531,6 +536,29 @@ TEST(Import, A_GeoPackage_that_another_program_has_open_is_not_replaced) {
         EXPECT_EQ(read_file(out), "old");
         std::filesystem::remove(side);
     }
+}
+
+TEST(Import, The_same_file_gives_the_same_bytes_again) {
+    const ScratchFolder folder;
+    const std::string csv = write_file(
+        folder, "t.csv",
+        "animal,lon,lat,timestamp,sex\na,15.1,45.1,2018-05-09 10:00:00,f\nb,15.2,45.2,2018-05-10 10:00:00,m\n");
+    for (const std::string ending : {"gpkg", "fgb", "shp"}) {
+        const std::string out = folder / ("o." + ending);
+        ASSERT_EQ(run_wxl({"import", csv, out}).Code, 0);
+        const std::string first = read_file(out);
+        // A GeoPackage would tell the millisecond of its last change.
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_EQ(run_wxl({"import", csv, out, "--overwrite"}).Code, 0);
+        EXPECT_TRUE(read_file(out) == first) << ending;
+        EXPECT_GT(first.size(), 100U) << ending;
+    }
+    files::RegisterGdal();
+    const files::GdalDatasetPtr package(
+        GDALDataset::Open((folder / "o.gpkg").c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    OGRLayer* told = package->ExecuteSQL("SELECT last_change || '' FROM gpkg_contents", nullptr, nullptr);
+    EXPECT_EQ(std::string((*told->begin())->GetFieldAsString(0)), "1970-01-01T00:00:00.000Z");
+    package->ReleaseResultSet(told);
 }
 
 TEST(Import, Two_columns_of_one_name_are_refused_where_they_are_read) {
