@@ -3,6 +3,7 @@
 #include "adapters/gdal/place_index.h"
 #include "adapters/gdal/sqlite_statements.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -35,17 +36,28 @@ bool bind(sqlite3_stmt* statement, int place, const FieldValue& value) {
     return sqlite3_bind_null(statement, place) == SQLITE_OK;
 }
 
-/// "INSERT INTO t (geom, a, b) VALUES (?, ?, ?)"
-std::string insertion(const PackageTable& table, const std::string& geometryColumn) {
+std::size_t column_count(const PackageTable& table) {
+    return table.Fields.size() + (table.Shape == ShapeType::kNull ? 0 : 1);
+}
+
+/// "INSERT INTO t (geom, a, b) VALUES (?, ?, ?), (?, ?, ?)"
+std::string insertion(const PackageTable& table, const std::string& geometryColumn, std::size_t rows) {
     std::string names;
-    std::string marks;
-    const auto add = [&](const std::string& name) {
-        names += (names.empty() ? "" : ", ") + sql_name(name);
-        marks += marks.empty() ? "?" : ", ?";
-    };
+    const auto add = [&](const std::string& name) { names += (names.empty() ? "" : ", ") + sql_name(name); };
     if (table.Shape != ShapeType::kNull) add(geometryColumn);
     for (const platform::Field& field : table.Fields) add(field.Name);
-    return "INSERT INTO " + sql_name(table.Name) + " (" + names + ") VALUES (" + marks + ")";
+    std::string marks;
+    for (std::size_t i = 0; i < column_count(table); ++i) marks += i == 0 ? "?" : ", ?";
+    std::string all;
+    for (std::size_t i = 0; i < rows; ++i) all += (i == 0 ? "(" : ", (") + marks + ")";
+    return "INSERT INTO " + sql_name(table.Name) + " (" + names + ") VALUES " + all;
+}
+
+/// Rows that one statement may insert.
+std::size_t rows_at_once(sqlite3* database, const PackageTable& table) {
+    constexpr std::size_t kMostRows = 16;
+    const int marks = sqlite3_limit(database, SQLITE_LIMIT_VARIABLE_NUMBER, -1);
+    return std::clamp<std::size_t>(static_cast<std::size_t>(marks) / column_count(table), 1, kMostRows);
 }
 
 /// The header of a shape in a GeoPackage: little-endian, with an envelope or without.
@@ -58,12 +70,23 @@ void put_header(char* bytes, std::int32_t system, bool envelope) {
 
 }  // namespace
 
+/// A row that waits for its statement.
+struct PackageRows::Row {
+    std::string Shape;  ///< as a GeoPackage stores it; empty: none
+    platform::Extent Box;
+    std::vector<FieldValue> Values;
+};
+
 struct PackageRows::Table {
     std::string Name;
     bool HasShapes = false;
     std::string Key;
     std::int32_t System = 0;
+    int Columns = 0;
     StatementPtr Insertion;
+    StatementPtr Insertions;  ///< of as many rows as wait at most
+    std::vector<Row> Waiting;
+    std::size_t Count = 0;  ///< of the rows that wait
     StatementPtr Deletion;
     std::optional<std::multimap<std::string, std::int64_t>> Earlier;  ///< rows by their key, read when first asked for
     platform::Extent Bounds;
@@ -83,11 +106,15 @@ PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& 
         // The triggers of an index know functions of GDAL's: with them no insertion can be prepared.
         if (m_good && table->HasShapes && places == Places::kIndexed)
             table->Places.emplace(m_database.get(), given.Name, geometryColumn);
-        table->Insertion = prepared(m_database.get(), insertion(given, geometryColumn));
+        table->Columns = static_cast<int>(column_count(given));
+        table->Waiting.resize(rows_at_once(m_database.get(), given));
+        table->Insertion = prepared(m_database.get(), insertion(given, geometryColumn, 1));
+        table->Insertions = prepared(m_database.get(), insertion(given, geometryColumn, table->Waiting.size()));
         table->Deletion = prepared(m_database.get(), "DELETE FROM " + sql_name(given.Name) + " WHERE fid = ?");
         const StatementPtr system =
             prepared(m_database.get(), "SELECT srs_id FROM gpkg_geometry_columns WHERE table_name = ?");
-        m_good = m_good && table->Insertion && table->Deletion && system && bind_text(system.get(), 1, given.Name);
+        m_good = m_good && table->Insertion && table->Insertions && table->Deletion && system &&
+                 bind_text(system.get(), 1, given.Name);
         if (m_good && sqlite3_step(system.get()) == SQLITE_ROW) table->System = sqlite3_column_int(system.get(), 0);
         m_tables.push_back(std::move(table));
     }
@@ -114,7 +141,7 @@ bool PackageRows::ReadKeys(Table& table) {
 
 bool PackageRows::Drop(std::size_t place, const std::string& key) {
     Table& table = *m_tables.at(place);
-    if (!m_good || (!table.Earlier && !ReadKeys(table))) return m_good = false;
+    if (!m_good || (!table.Earlier && !(Flush(table) && ReadKeys(table)))) return m_good = false;
     const auto [first, last] = table.Earlier->equal_range(key);
     for (auto row = first; row != last && m_good; ++row)
         m_good = sqlite3_bind_int64(table.Deletion.get(), 1, row->second) == SQLITE_OK && ran(table.Deletion.get());
@@ -126,6 +153,7 @@ bool PackageRows::Drop(std::size_t place, const std::string& key) {
 bool PackageRows::Clear(std::size_t place) {
     Table& table = *m_tables.at(place);
     table.Earlier.emplace();
+    m_good = m_good && Flush(table);
     const StatementPtr extent = prepared(
         m_database.get(),
         "UPDATE gpkg_contents SET min_x = NULL, min_y = NULL, max_x = NULL, max_y = NULL WHERE table_name = ?");
@@ -134,57 +162,101 @@ bool PackageRows::Clear(std::size_t place) {
     return m_good;
 }
 
-bool PackageRows::Insert(Table& table, std::span<const char> shape, std::span<const FieldValue> values) {
-    sqlite3_stmt* statement = table.Insertion.get();
-    int place = 1;
-    if (table.HasShapes) {
-        const int code = shape.empty()
-                             ? sqlite3_bind_null(statement, place)
-                             : sqlite3_bind_blob64(statement, place, shape.data(), shape.size(), SQLITE_STATIC);
-        m_good = m_good && code == SQLITE_OK;
-        ++place;
-    }
-    for (const FieldValue& value : values) m_good = m_good && bind(statement, place++, value);
-    m_good = m_good && ran(statement);
-    return m_good;
+PackageRows::Row& PackageRows::NextRow(Table& table, std::span<const FieldValue> values) {
+    Row& row = table.Waiting[table.Count];
+    row.Values.assign(values.begin(), values.end());
+    return row;
 }
 
 bool PackageRows::Put(std::size_t place, const OGRGeometry* shape, std::span<const FieldValue> values) {
     if (!m_good) return false;
     Table& table = *m_tables.at(place);
-    if (shape == nullptr) return Insert(table, {}, values);
+    Row& row = NextRow(table, values);
+    row.Shape.clear();
+    if (shape == nullptr) return Take(table);
     OGREnvelope box;
     shape->getEnvelope(&box);
-    m_bytes.resize(kHeader + kEnvelope + shape->WkbSize());
-    put_header(m_bytes.data(), table.System, true);
+    row.Box = {box.MinX, box.MinY, box.MaxX, box.MaxY};
+    row.Shape.resize(kHeader + kEnvelope + shape->WkbSize());
+    put_header(row.Shape.data(), table.System, true);
     const std::array<double, 4> sides = {box.MinX, box.MaxX, box.MinY, box.MaxY};
-    std::memcpy(m_bytes.data() + kHeader, sides.data(), kEnvelope);
-    auto* wkb = reinterpret_cast<unsigned char*>(m_bytes.data() + kHeader + kEnvelope);
+    std::memcpy(row.Shape.data() + kHeader, sides.data(), kEnvelope);
+    auto* wkb = reinterpret_cast<unsigned char*>(row.Shape.data() + kHeader + kEnvelope);
     if (shape->exportToWkb(wkbNDR, wkb, wkbVariantIso) != OGRERR_NONE) return m_good = false;
-    return Insert(table, m_bytes, values) && Place(table, {box.MinX, box.MinY, box.MaxX, box.MaxY});
+    return Take(table);
 }
 
 bool PackageRows::Put(std::size_t place, const platform::Point& point, std::span<const FieldValue> values) {
     if (!m_good) return false;
     Table& table = *m_tables.at(place);
-    std::array<char, kHeader + 21> bytes{};
-    put_header(bytes.data(), table.System, false);
-    bytes[kHeader] = 1;
-    bytes[kHeader + 1] = 1;
-    std::memcpy(bytes.data() + kHeader + 5, &point.X, 8);
-    std::memcpy(bytes.data() + kHeader + 13, &point.Y, 8);
-    return Insert(table, bytes, values) && Place(table, {point.X, point.Y, point.X, point.Y});
+    Row& row = NextRow(table, values);
+    row.Box = {point.X, point.Y, point.X, point.Y};
+    row.Shape.assign(kHeader + 21, '\0');
+    put_header(row.Shape.data(), table.System, false);
+    row.Shape[kHeader] = 1;
+    row.Shape[kHeader + 1] = 1;
+    std::memcpy(row.Shape.data() + kHeader + 5, &point.X, 8);
+    std::memcpy(row.Shape.data() + kHeader + 13, &point.Y, 8);
+    return Take(table);
 }
 
-/// Of the row that was inserted last.
-bool PackageRows::Place(Table& table, const platform::Extent& box) {
-    table.Bounds.Include({box.XMin, box.YMin});
-    table.Bounds.Include({box.XMax, box.YMax});
-    if (table.Places) m_good = table.Places->Add(sqlite3_last_insert_rowid(m_database.get()), box);
+bool PackageRows::Take(Table& table) {
+    ++table.Count;
+    return table.Count < table.Waiting.size() || Flush(table);
+}
+
+bool PackageRows::Flush(Table& table) {
+    const bool isFull = table.Count == table.Waiting.size();
+    if (isFull) {
+        InsertAll(table);
+    } else {
+        for (std::size_t i = 0; m_good && i < table.Count; ++i) InsertOne(table, table.Waiting[i]);
+    }
+    table.Count = 0;
     return m_good;
 }
 
+/// The rows of one statement get numbers that follow one another.
+bool PackageRows::InsertAll(Table& table) {
+    int place = 1;
+    for (const Row& row : table.Waiting) {
+        m_good = m_good && BindRow(table, table.Insertions.get(), place, row);
+        place += table.Columns;
+    }
+    m_good = m_good && ran(table.Insertions.get());
+    std::int64_t number =
+        sqlite3_last_insert_rowid(m_database.get()) - static_cast<std::int64_t>(table.Waiting.size()) + 1;
+    for (const Row& row : table.Waiting) m_good = m_good && Place(table, row, number++);
+    return m_good;
+}
+
+bool PackageRows::InsertOne(Table& table, const Row& row) {
+    m_good = m_good && BindRow(table, table.Insertion.get(), 1, row) && ran(table.Insertion.get()) &&
+             Place(table, row, sqlite3_last_insert_rowid(m_database.get()));
+    return m_good;
+}
+
+bool PackageRows::BindRow(const Table& table, sqlite3_stmt* statement, int place, const Row& row) {
+    if (table.HasShapes) {
+        const int code = row.Shape.empty()
+                             ? sqlite3_bind_null(statement, place)
+                             : sqlite3_bind_blob64(statement, place, row.Shape.data(), row.Shape.size(), SQLITE_STATIC);
+        m_good = m_good && code == SQLITE_OK;
+        ++place;
+    }
+    for (const FieldValue& value : row.Values) m_good = m_good && bind(statement, place++, value);
+    return m_good;
+}
+
+bool PackageRows::Place(Table& table, const Row& row, std::int64_t number) {
+    if (row.Shape.empty()) return true;
+    table.Bounds.Include({row.Box.XMin, row.Box.YMin});
+    table.Bounds.Include({row.Box.XMax, row.Box.YMax});
+    return !table.Places || table.Places->Add(number, row.Box);
+}
+
 bool PackageRows::Finish() {
+    for (const auto& table : m_tables) m_good = m_good && Flush(*table);
     // An extent that stands already is that of earlier rows.
     const StatementPtr extent =
         prepared(m_database.get(),

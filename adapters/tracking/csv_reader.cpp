@@ -61,6 +61,9 @@ void CsvReader::Start(const Dialect& dialect) {
     m_begin = m_dialect.Start;
     m_position = m_begin;
     m_line = m_dialect.Line;
+    m_endsCell.fill(false);
+    const char other = m_dialect.Separator == ' ' ? '\t' : m_dialect.Separator;
+    for (const char end : {m_dialect.Separator, other, '\n', '\r'}) m_endsCell[static_cast<unsigned char>(end)] = true;
 }
 
 void CsvReader::Seek(std::uint64_t offset, std::int64_t line) {
@@ -165,7 +168,7 @@ CsvReader::Scan CsvReader::ScanQuoted(std::size_t& at) {
     const std::string_view quoted(m_buffer.data() + open, close - open);
     m_linesInRecord += count_line_ends(quoted);
     at = close + 1;
-    while (at < m_end && !IsCellEnd(at)) ++at;
+    at = CellEnd(at);
     if (!doubled && at == close + 1) {
         m_cells.push_back(quoted);
     } else {
@@ -177,13 +180,14 @@ CsvReader::Scan CsvReader::ScanQuoted(std::size_t& at) {
 
 void CsvReader::ScanPlain(std::size_t& at) {
     const std::size_t start = at;
-    while (at < m_end && !IsCellEnd(at)) ++at;
+    at = CellEnd(at);
     m_cells.emplace_back(m_buffer.data() + start, at - start);
 }
 
-bool CsvReader::IsCellEnd(std::size_t at) const {
-    const char c = m_buffer[at];
-    return c == m_dialect.Separator || is_line_end(c) || (m_dialect.Separator == ' ' && c == '\t');
+std::size_t CsvReader::CellEnd(std::size_t at) const {
+    const std::string_view bytes(m_buffer.data(), m_end);
+    while (at < m_end && !m_endsCell[static_cast<unsigned char>(bytes[at])]) ++at;
+    return at;
 }
 
 /// Where blanks part the cells, a run of them is one separator, and none at the ends of a line.

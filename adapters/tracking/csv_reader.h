@@ -1,6 +1,7 @@
 #pragma once
 #include "adapters/tracking/dialect.h"
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <istream>
@@ -57,12 +58,13 @@ private:
     Scan ScanQuoted(std::size_t& at);
     void ScanPlain(std::size_t& at);
     void SkipBlanks(std::size_t& at) const;
-    bool IsCellEnd(std::size_t at) const;
+    std::size_t CellEnd(std::size_t at) const;
     bool IsBlankRecord() const;
 
     std::istream& m_source;
     std::string m_name;
     Dialect m_dialect;
+    std::array<bool, 256> m_endsCell{};  ///< bytes that end a cell outside quotes
     std::string m_buffer;
     std::uint64_t m_bufferOffset = 0;  ///< of the buffer's first byte in the source
     std::size_t m_block;               ///< bytes to read next time

@@ -131,6 +131,24 @@ protected:
     Package Wanted;
 };
 
+// Rows may go in many at once: what a row lacks must not be that of the row before.
+TEST_P(PackageContract, Any_number_of_rows_appears) {
+    for (const std::size_t count : {15U, 16U, 17U, 32U, 33U, 101U}) {
+        Wanted.File = Stage->Folder() / (std::to_string(count) + ".gpkg");
+        Rows expected;
+        const auto writer = Stage->Packages().Open(Wanted);
+        for (std::size_t i = 0; i < count; ++i) {
+            const double x = 500000.0 + static_cast<double>(i);
+            const bool lacks = i % 3 == 1;
+            const std::string animal = "animal " + std::string(i % 7, 'x');
+            PutFix(*writer, x, animal, lacks ? FieldValue() : FieldValue(static_cast<std::int64_t>(i)));
+            expected.push_back(place_text(x, 6000000.5) + "|" + animal + "|" + (lacks ? "" : std::to_string(i)));
+        }
+        writer->Publish();
+        EXPECT_EQ(Stage->Read(Wanted, 0), expected) << count;
+    }
+}
+
 TEST_P(PackageContract, Rows_appear_in_their_order_with_what_is_missing) {
     MakeThree();
     EXPECT_THAT(Stage->Read(Wanted, 0),
