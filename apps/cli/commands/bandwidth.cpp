@@ -91,9 +91,10 @@ std::optional<analysis::RangeInParts> range_with(double bandwidth, const analysi
     if (std::int64_t{grid.Columns} * grid.Rows > kMostCells || bandwidth < grid.CellSize) return std::nullopt;
     const comparison::AnimalDensity density =
         comparison::density_of(samples.front(), bandwidths.front(), {.Rescale = options.Rescale}, grid);
-    if (density.Cells.empty()) return std::nullopt;
-    const comparison::VolumeRange range = comparison::ranges_by_volume(density.Cells, kPercents).front();
-    return analysis::RangeInParts{kPercents.front(), comparison::range_parts(density.Cells, grid.Columns, range).Parts};
+    const comparison::PartOfGrid& part = density.Part;
+    if (part.Cells.empty()) return std::nullopt;
+    const comparison::VolumeRange range = comparison::ranges_by_volume(part.Cells, kPercents).front();
+    return analysis::RangeInParts{kPercents.front(), comparison::range_parts(part.Cells, part.Columns, range).Parts};
 }
 
 analysis::AdviceFacts advice_on(const analysis::AnimalFixes& animal, double metresPerUnit) {
