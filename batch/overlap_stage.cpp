@@ -2,7 +2,6 @@
 
 #include "batch/json_codec.h"
 #include "batch/sha256.h"
-#include "batch/task_state.h"
 #include "platform/clock.h"
 #include "platform/runtime_error.h"
 
@@ -28,10 +27,15 @@ constexpr std::string_view kMagic = "WXLROWS1";
 constexpr std::uint64_t kLargestSums = 1ULL << 40U;
 constexpr int kLockAttempts = 40;
 constexpr std::chrono::milliseconds kLockPause{50};
+constexpr std::int64_t kMostTasks = 1'000'000;
 constexpr const char* kPlanAnew = "Plan the comparison anew: wxl batch overlap DIR --tasks N.";
 
 std::filesystem::path sums_of(const BatchFiles& stage, std::size_t number) {
     return stage.Task(number) / "sums.bin";
+}
+
+std::filesystem::path wish_of(const BatchFiles& stage) {
+    return stage.Folder / "wish.json";
 }
 
 std::string advice_for(std::size_t number) {
@@ -251,6 +255,24 @@ std::vector<TileRowTask> row_tasks(const platform::RasterGeometry& grid, std::si
     return cut;
 }
 
+void write_wish(const platform::Services& services, const BatchFiles& stage, const OverlapWish& wish) {
+    for (const std::filesystem::path& folder : {stage.Folder.parent_path(), stage.Folder, stage.Tasks(), stage.Logs()})
+        platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
+    for (const std::filesystem::path& before : {stage.Merge(), stage.Plan()})
+        if (services.Files->FileExists(before)) services.Files->DeleteFile(before, true);
+    write_json(*services.Files, wish_of(stage), {{"tasks", wish.Tasks}, {"words", json_of_texts(wish.Words)}});
+}
+
+std::optional<OverlapWish> read_wish(const platform::IFileSystem& files, const BatchFiles& stage) {
+    if (!files.FileExists(wish_of(stage))) return std::nullopt;
+    OverlapWish wish;
+    read_json(files, wish_of(stage), kPlanAnew, [&](const Json& json) {
+        wish.Tasks = static_cast<std::size_t>(whole_of(json.at("tasks"), 1, kMostTasks));
+        wish.Words = texts_of(json.at("words"));
+    });
+    return wish;
+}
+
 void write_plan(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan) {
     for (const std::filesystem::path& folder : {stage.Folder.parent_path(), stage.Folder, stage.Tasks()})
         platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
@@ -325,14 +347,30 @@ TaskOutcome run_overlap_task(const platform::Services& services, const BatchFile
     return TaskOutcome::kDone;
 }
 
+TaskState overlap_task_state(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan,
+                             std::size_t number) {
+    const TaskState state = state_of(*services.Files, *services.Locks, stage, number);
+    const bool foreign = state.Stage == TaskStage::kDone && !is_of_plan(*services.Files, stage, plan, number);
+    return foreign ? TaskState() : state;
+}
+
+std::vector<std::size_t> open_overlap_tasks(const platform::Services& services, const BatchFiles& stage,
+                                            const OverlapPlan& plan) {
+    std::vector<std::size_t> open;
+    for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) {
+        const TaskStage state = overlap_task_state(services, stage, plan, task).Stage;
+        if (state == TaskStage::kMissing || state == TaskStage::kFailed) open.push_back(task);
+    }
+    return open;
+}
+
 std::string unfinished_overlap(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan) {
     std::vector<std::size_t> missing;
     std::vector<std::size_t> running;
     std::string failed;
     for (std::size_t task = 1; task <= plan.Tasks.size(); ++task) {
-        const TaskState state = state_of(*services.Files, *services.Locks, stage, task);
-        const bool foreign = state.Stage == TaskStage::kDone && !is_of_plan(*services.Files, stage, plan, task);
-        if (state.Stage == TaskStage::kMissing || foreign) missing.push_back(task);
+        const TaskState state = overlap_task_state(services, stage, plan, task);
+        if (state.Stage == TaskStage::kMissing) missing.push_back(task);
         if (state.Stage == TaskStage::kRunning) running.push_back(task);
         if (state.Stage == TaskStage::kFailed)
             failed += (failed.empty() ? "failed " : ", failed ") + std::to_string(task) + " (" + state.Fault + ")";

@@ -2,6 +2,7 @@
 // The comparison of the ranges of a run in tasks: each sums all pairs over some rows of tiles of the common grid.
 
 #include "batch/task_run.h"
+#include "batch/task_state.h"
 #include "comparison/compared_ranges.h"
 #include "platform/services.h"
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,11 +39,23 @@ struct OverlapPlan {
     std::string Id() const;
 };
 
+/// The comparison as it was asked for, so that whoever runs the tasks can plan and merge it.
+struct OverlapWish {
+    std::size_t Tasks = 0;           ///< about so many
+    std::vector<std::string> Words;  ///< further options of wxl batch overlap, for its plan and its merge
+};
+
 /// The files of the stage in the folder of rasters `output`, in the folder "overlap" of its batch.
 BatchFiles overlap_files(const std::filesystem::path& output);
 
 /// About `tasks` tasks of the same number of rows of tiles.
 std::vector<TileRowTask> row_tasks(const platform::RasterGeometry& grid, std::size_t tasks);
+
+/// Publishes the wish. A plan of before is none of it, and a merge of before does not count.
+void write_wish(const platform::Services& services, const BatchFiles& stage, const OverlapWish& wish);
+
+/// Nothing where no comparison was asked for. RuntimeError 57 for a wish that cannot be used.
+std::optional<OverlapWish> read_wish(const platform::IFileSystem& files, const BatchFiles& stage);
 
 /// Publishes the plan. Results of an earlier plan do not belong to it.
 void write_plan(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan);
@@ -59,6 +73,14 @@ TaskOutcome run_overlap_task(const platform::Services& services, const BatchFile
                              std::size_t number, bool again, const std::string& host,
                              const std::function<comparison::ComparedRanges()>& ranges,
                              const std::function<void(double)>& progress);
+
+/// Where the task `number` (from 1) stands; one that was done for another plan is missing.
+TaskState overlap_task_state(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan,
+                             std::size_t number);
+
+/// Tasks that are neither done nor at work, ascending.
+std::vector<std::size_t> open_overlap_tasks(const platform::Services& services, const BatchFiles& stage,
+                                            const OverlapPlan& plan);
 
 /// Tasks that are not done, with how they stand; "" when all are.
 std::string unfinished_overlap(const platform::Services& services, const BatchFiles& stage, const OverlapPlan& plan);

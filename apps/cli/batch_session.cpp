@@ -17,18 +17,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As wxl kde keeps its output folder, so that paths come out the same.
-fs::path folder_of(const std::string& folder) {
-    fs::path path = fs::absolute(folder).lexically_normal();
-    return path.has_filename() ? path : path.parent_path();
-}
-
 std::variant<batch::Plan, batch::RangePlan> plan_in(const platform::IFileSystem& files, const fs::path& folder) {
     if (batch::is_range_plan(files, folder)) return batch::read_range_plan(files, folder);
     return batch::read_plan(files, folder);
 }
 
 }  // namespace
+
+fs::path batch_folder(const std::string& folder) {
+    fs::path path = fs::absolute(folder).lexically_normal();
+    return path.has_filename() ? path : path.parent_path();
+}
 
 void add_batch_folder(CLI::App& command, std::string& folder) {
     command.add_option("DIR", folder, "Output folder of the batch")->required();
@@ -60,7 +59,7 @@ void refuse_open_batch(const platform::IFileSystem& files, const fs::path& folde
 }
 
 BatchSession::BatchSession(const std::string& folder, Console& console)
-    : m_console(console), m_session(console, {}), m_plan(plan_in(*Services().Files, folder_of(folder))) {
+    : m_console(console), m_session(console, {}), m_plan(plan_in(*Services().Files, batch_folder(folder))) {
     if (const batch::RangePlan* ranges = Ranges())
         batch::refuse_links(*Services().Folders, *ranges, akde::subfolders_of(ranges->Animals));
     else

@@ -20,6 +20,9 @@ namespace wxl::cli {
 /// Gives `command` the argument DIR.
 void add_batch_folder(CLI::App& command, std::string& folder);
 
+/// DIR as a run keeps its output folder, so that paths come out the same.
+std::filesystem::path batch_folder(const std::string& folder);
+
 /// RuntimeError 70 where a batch waits in the output folder to be finished.
 void refuse_open_batch(const platform::IFileSystem& files, const std::filesystem::path& folder);
 /// The task that is meant: the one given, else that of the environment variable SLURM_ARRAY_TASK_ID. WrongCall where

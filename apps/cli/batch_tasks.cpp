@@ -2,13 +2,13 @@
 
 #include "apps/cli/child_processes.h"
 #include "apps/cli/option_checks.h"
-#include "batch/task_state.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <numeric>
+#include <utility>
 
 namespace wxl::cli {
 
@@ -29,16 +29,16 @@ std::size_t distributions_of(const std::vector<std::size_t>& tasks, const batch:
     });
 }
 
-void report_how_to_go_on(const batch::PlanHead& plan, std::size_t jobs, Console& console) {
+void report_how_to_go_on(const std::filesystem::path& folder, std::size_t jobs, Console& console) {
     console.Problem(fmt::format("wxl: what is done is kept; wxl batch submit \"{}\" --engine local --jobs {} goes on",
-                                plan.Folder.string(), jobs));
+                                folder.string(), jobs));
 }
 
 /// A task that ended badly has mostly said why.
-std::string why(const platform::Services& services, const batch::BatchFiles& files, std::size_t task, int status) {
-    const batch::TaskState state = batch::state_of(*services.Files, *services.Locks, files, task);
+std::string why(const TaskProcesses& processes, std::size_t task, int status) {
+    const batch::TaskState state = processes.StateOf(task);
     if (state.Stage == TaskStage::kFailed && !state.Fault.empty()) return "failed: " + state.Fault;
-    return ending_text(status) + "; see " + (files.Logs() / fmt::format("task-{}.log", task)).string();
+    return ending_text(status) + "; see " + (processes.Files.Logs() / fmt::format("task-{}.log", task)).string();
 }
 
 constexpr int kMostJobs = 1024;
@@ -62,38 +62,51 @@ std::vector<std::size_t> open_tasks(const platform::Services& services, const ba
     return open;
 }
 
-bool run_tasks_here(const platform::Services& services, const batch::PlanHead& plan, std::vector<std::size_t> tasks,
-                    std::size_t jobs, Console& console) {
-    const batch::BatchFiles files(plan.Folder);
-    const std::string program = this_program().string();
-    const double total = static_cast<double>(std::max<std::size_t>(distributions_of(tasks, plan), 1));
-    sort_by_cost(tasks, plan);
+bool run_processes(const TaskProcesses& processes, std::size_t jobs, Console& console) {
+    const bool byLines = processes.Lines > 0;
+    const std::size_t all = byLines ? processes.Lines : std::max<std::size_t>(processes.Tasks.size(), 1);
+    std::vector<std::string> call = processes.Words;
+    call.insert(call.begin(), this_program().string());
+    call.insert(call.end(), {"--task", ""});
     const HeldSignals signals;
     ChildProcesses children(signals);
     std::size_t met = 0;
-    for (auto next = tasks.begin(); next != tasks.end() || children.Running() > 0;) {
-        for (; next != tasks.end() && children.Running() < jobs; ++next)
-            children.Start(*next, {program, "batch", "run", plan.Folder.string(), "--task", std::to_string(*next)},
-                           files.Logs() / fmt::format("task-{}.log", *next));
+    for (auto next = processes.Tasks.begin(); next != processes.Tasks.end() || children.Running() > 0;) {
+        for (; next != processes.Tasks.end() && children.Running() < jobs; ++next) {
+            call.back() = std::to_string(*next);
+            children.Start(*next, call, processes.Files.Logs() / fmt::format("task-{}.log", *next));
+        }
         for (const ChildProcesses::News& news : children.Wait()) {
-            met += news.Lines;
+            met += byLines ? news.Lines : static_cast<std::size_t>(news.Ended);
             if (!news.Ended || news.Status == 0) continue;
             console.EndProgress();
-            console.Problem(
-                fmt::format("wxl: task {} {}", news.Number, why(services, files, news.Number, news.Status)));
-            report_how_to_go_on(plan, jobs, console);
+            console.Problem(fmt::format("wxl: task {} {}", news.Number, why(processes, news.Number, news.Status)));
+            report_how_to_go_on(processes.Folder, jobs, console);
             return false;
         }
-        console.Progress(static_cast<double>(met) / total,
-                         fmt::format("{} of {} distributions", met, static_cast<std::size_t>(total)));
+        console.Progress(static_cast<double>(met) / static_cast<double>(all),
+                         fmt::format("{} of {} {}", met, all, processes.Unit));
         if (!HeldSignals::Came()) continue;
         console.EndProgress();
         console.Problem("wxl: stopped");
-        report_how_to_go_on(plan, jobs, console);
+        report_how_to_go_on(processes.Folder, jobs, console);
         return false;
     }
     console.EndProgress();
     return true;
+}
+
+bool run_tasks_here(const platform::Services& services, const batch::PlanHead& plan, std::vector<std::size_t> tasks,
+                    std::size_t jobs, Console& console) {
+    sort_by_cost(tasks, plan);
+    const batch::BatchFiles files(plan.Folder);
+    TaskProcesses processes{files, {"batch", "run", plan.Folder.string()}, plan.Folder, std::move(tasks)};
+    processes.StateOf = [&](std::size_t task) {
+        return batch::state_of(*services.Files, *services.Locks, files, task);
+    };
+    processes.Lines = std::max<std::size_t>(distributions_of(processes.Tasks, plan), 1);
+    processes.Unit = "distributions";
+    return run_processes(processes, jobs, console);
 }
 
 std::string unfinished_text(const platform::Services& services, const batch::PlanHead& plan) {

@@ -1,9 +1,12 @@
 #pragma once
 #include "apps/cli/console.h"
 #include "batch/plan.h"
+#include "batch/task_state.h"
 #include "platform/services.h"
 
 #include <cstddef>
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,6 +24,21 @@ void add_jobs_option(CLI::App& command, std::size_t& jobs);
 
 /// Tasks of a batch that are neither done nor at work, ascending.
 std::vector<std::size_t> open_tasks(const platform::Services& services, const batch::PlanHead& plan);
+
+/// Tasks as processes of this program.
+struct TaskProcesses {
+    batch::BatchFiles Files;         ///< of the tasks
+    std::vector<std::string> Words;  ///< of the command line; "--task K" follows
+    std::filesystem::path Folder;    ///< that wxl batch submit takes
+    std::vector<std::size_t> Tasks;  ///< in the order in which they start
+    std::function<batch::TaskState(std::size_t)> StateOf = {};
+    std::size_t Lines = 0;       ///< that all print, for progress; 0: told by tasks
+    std::string Unit = "tasks";  ///< what the lines are
+};
+
+/// Runs them, `jobs` at a time, with one progress bar. Returns whether all came to their end; where one did not, or the
+/// user stops the work, the others are ended, and the console says what happened and how to go on.
+bool run_processes(const TaskProcesses& processes, std::size_t jobs, Console& console);
 
 /// Runs the tasks `tasks` of the batch as processes of this program, `jobs` at a time, the costliest first, with one
 /// progress bar over their distributions. Returns whether all came to their end; where one did not, or the user stops

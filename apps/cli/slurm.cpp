@@ -35,6 +35,12 @@ std::string quoted(const std::string& text) {
     return word + "'";
 }
 
+/// The same; words that say nothing to a shell stay as they are.
+std::string shell_word(const std::string& text) {
+    constexpr const char* kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.,=";
+    return text.empty() || text.find_first_not_of(kPlain) != std::string::npos ? quoted(text) : text;
+}
+
 /// A file name for an #SBATCH line: in quotes, "%" as itself.
 std::string directive_path(const fs::path& path) {
     std::string text = "\"";
@@ -78,41 +84,57 @@ void refuse_line_breaks(const SlurmSettings& settings) {
 
 }  // namespace
 
-std::string array_script(const batch::PlanHead& plan, const SlurmSettings& settings) {
+double megabytes_to_ask(double estimated) {
+    return estimated * kMemoryFactor + kMemoryBase;
+}
+
+double seconds_to_ask(double estimated) {
+    return estimated * kTimeFactor + kTimeBase;
+}
+
+std::string job_script(const BatchJob& job, const SlurmSettings& settings) {
     refuse_line_breaks(settings);
+    // The directory may hold any character; the file's name is ours.
+    std::string script = head(job.Name, directive_path(job.Log.parent_path()) + "/" + job.Log.filename().string(),
+                              settings.Memory.empty() ? memory_text(job.Megabytes) : settings.Memory,
+                              settings.Time.empty() ? time_text(job.Seconds) : settings.Time, settings.Options);
+    if (!job.Array.empty()) script += "#SBATCH --array=" + batch::number_ranges(job.Array) + "\n#SBATCH --requeue\n";
+    script += "#SBATCH --open-mode=append\nexec " + quoted(settings.Program.string());
+    if (!job.Array.empty()) script += " -q";
+    for (const std::string& word : job.Words) script += " " + shell_word(word);
+    return script + "\n";
+}
+
+std::string array_script(const batch::PlanHead& plan, const SlurmSettings& settings) {
     double seconds = 0.0;
     double megabytes = 0.0;
     for (const std::size_t task : settings.Tasks) {
         seconds = std::max(seconds, plan.Tasks.at(task - 1).Seconds);
         megabytes = std::max(megabytes, plan.Tasks.at(task - 1).Megabytes);
     }
-    const batch::BatchFiles files(plan.Folder);
-    std::string script =
-        head("wxl-task", directive_path(files.Logs() / "task-") + "%a.log",
-             settings.Memory.empty() ? memory_text(megabytes * kMemoryFactor + kMemoryBase) : settings.Memory,
-             settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
-    script +=
-        "#SBATCH --array=" + batch::number_ranges(settings.Tasks) + "\n#SBATCH --requeue\n#SBATCH --open-mode=append\n";
-    return script + "exec " + quoted(settings.Program.string()) + " -q batch run " + quoted(plan.Folder.string()) +
-           "\n";
+    BatchJob job;
+    job.Name = "wxl-task";
+    job.Megabytes = megabytes_to_ask(megabytes);
+    job.Seconds = seconds_to_ask(seconds);
+    job.Log = batch::BatchFiles(plan.Folder).Logs() / "task-%a.log";
+    job.Array = settings.Tasks;
+    job.Words = {"batch", "run", plan.Folder.string()};
+    return job_script(job, settings);
 }
 
 std::string merge_script(const batch::PlanHead& plan, const SlurmSettings& settings) {
-    refuse_line_breaks(settings);
     const batch::BatchFiles files(plan.Folder);
     const auto results = static_cast<double>(plan.Distributions());
-    const double seconds = results * kMergeSecondsPerResult;
     std::error_code gone;  // the merge itself says so
     const auto points = fs::file_size(files.Points(), gone);
-    const double megabytes = gone ? 0.0 : static_cast<double>(points) / 1e6;
-    const std::string script =
-        head("wxl-merge", directive_path(files.Logs() / "merge") + ".log",
-             settings.Memory.empty()
-                 ? memory_text(megabytes * kMemoryFactor + results * kMergeMegabytesPerResult + kMemoryBase)
-                 : settings.Memory,
-             settings.Time.empty() ? time_text(seconds * kTimeFactor + kTimeBase) : settings.Time, settings.Options);
-    return script + "#SBATCH --open-mode=append\nexec " + quoted(settings.Program.string()) + " batch merge " +
-           quoted(plan.Folder.string()) + "\n";
+    BatchJob job;
+    job.Name = "wxl-merge";
+    job.Log = files.Logs() / "merge.log";
+    job.Megabytes =
+        megabytes_to_ask(gone ? 0.0 : static_cast<double>(points) / 1e6) + results * kMergeMegabytesPerResult;
+    job.Seconds = seconds_to_ask(results * kMergeSecondsPerResult);
+    job.Words = {"batch", "merge", plan.Folder.string()};
+    return job_script(job, settings);
 }
 
 std::string submit_script(const fs::path& script, const std::vector<std::string>& options) {

@@ -17,6 +17,23 @@ struct SlurmSettings {
     std::vector<std::string> Options;  ///< further options of sbatch, one to a line
 };
 
+/// A job, or an array of jobs, of this program.
+struct BatchJob {
+    std::string Name;
+    std::filesystem::path Log;  ///< "%a" in its name is the index of an array
+    double Megabytes = 0.0;     ///< asked for, unless the user does
+    double Seconds = 0.0;
+    std::vector<std::size_t> Array;  ///< indices; empty: one job
+    std::vector<std::string> Words;  ///< of the command line
+};
+
+/// One and a half times the estimate and 256 MB; four times the estimate and ten minutes.
+double megabytes_to_ask(double estimated);
+double seconds_to_ask(double estimated);
+
+/// The script of a job. One of an array that is requeued starts anew.
+std::string job_script(const BatchJob& job, const SlurmSettings& settings);
+
 /// The script of the job array: one task for each index. Memory is one and a half times the estimate and 256 MB, time
 /// four times the estimate and ten minutes. A job that is requeued starts its task anew.
 std::string array_script(const batch::PlanHead& plan, const SlurmSettings& settings);

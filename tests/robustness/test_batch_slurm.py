@@ -111,6 +111,44 @@ def check(cluster, folder):
     print(f"{submissions} submissions, {killed} tasks killed, {requeued} requeued: the same {len(wanted)} files")
 
 
+def compared(folder):
+    """What a comparison wrote, but for its page, which tells times and words of the call."""
+    return {name: (folder / name).read_bytes() for name in ("WXL_OVERLAP.csv", "WXL_OVERLAP.svg", "RANGES.gpkg")}
+
+
+def check_overlap(cluster, folder):
+    """A comparison that is asked for with the batch follows it, and a failed merge takes its jobs with it."""
+    layer = make_study(folder, "compared", 12, 30)
+    options = ["--id-field", "animal", "--cell-size", "60", "--extent", "full:3000", "--answer", "yes"]
+    out = folder / "ranges"
+    whole = folder / "whole"
+    assert wxl("kde", layer, *options, "--out", whole).returncode == 0
+    assert wxl("overlap", whole, "--percent", "95,50", "--out", whole / "compared").returncode == 0
+    wanted = compared(whole / "compared")
+
+    planned = wxl("batch", "plan", layer, *options, "--out", out, "--tasks", 4)
+    assert planned.returncode == 0, planned.stderr
+    asked = wxl("batch", "overlap", out, "--tasks", 3, "--percent", "95,50", "--out", out / "compared")
+    assert asked.returncode == 0, asked.stderr
+    # The plan's fixes are away: tasks and merge fail, and nothing waits for ever.
+    points = out / "wxl_batch/points.bin"
+    points.rename(points.with_suffix(".away"))
+    submissions = 0
+    while not json.loads(wxl("batch", "status", out, "--json").stdout)["overlap"]["merged"]:
+        submissions += 1
+        assert submissions < 6, wxl("batch", "status", out).stdout
+        sent = wxl("batch", "submit", out, "--engine", "slurm", "--mem", "200M", env=cluster.environment)
+        assert sent.returncode == 0, sent.stderr
+        disturb(cluster, out, random.Random(5), 0, 0)
+        if submissions == 1:
+            status = json.loads(wxl("batch", "status", out, "--json").stdout)
+            assert not status["merged"] and status["overlap"]["planned"] is None, status
+            points.with_suffix(".away").rename(points)
+    assert submissions == 2, submissions
+    assert compared(out / "compared") == wanted
+    print("a comparison follows its batch: the same files")
+
+
 def main():
     # Ended from outside, it still stops its Slurm.
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
@@ -122,6 +160,7 @@ def main():
             try:
                 cluster.start()
                 check(cluster, folder)
+                check_overlap(cluster, folder)
             finally:
                 cluster.stop()
         except Unavailable as reason:

@@ -180,6 +180,29 @@ class Folders(BatchTest):
         self.assertIn("there is no sbatch on this machine", absent.stderr)
 
 
+class Overlap(BatchTest):
+    """A comparison that is asked for with a batch is its last stage."""
+
+    def test_a_batch_on_this_machine_ends_with_its_comparison(self):
+        out = self.folder / "ends_with_comparison"
+        options = ["--id-field", "animal", "--cell-size", "60", "--extent", "full:3000", "--answer", "yes"]
+        planned = wxl("batch", "plan", self.numbers, *options, "--out", out, "--tasks", 3)
+        self.assertEqual(planned.returncode, 0, planned.stderr)
+        asked = wxl("batch", "overlap", out, "--tasks", 2, "--percent", "95,50", "--csv", out / "pairs.csv")
+        self.assertEqual(asked.returncode, 0, asked.stderr)
+        done = wxl("batch", "submit", out, "--engine", "local", "--jobs", 2)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        status = json.loads(wxl("batch", "status", out, "--json").stdout)
+        self.assertTrue(status["merged"] and status["overlap"]["merged"], status)
+        pairs = (out / "pairs.csv").read_bytes()
+        whole = wxl("overlap", out, "--percent", "95,50", "--csv", out / "whole.csv")
+        self.assertEqual(whole.returncode, 0, whole.stderr)
+        self.assertEqual((out / "whole.csv").read_bytes(), pairs)
+        self.assertTrue(done.stdout.endswith(whole.stdout), done.stdout)
+        again = wxl("batch", "submit", out, "--engine", "local")
+        self.assertEqual((again.returncode, again.stdout), (0, ""))
+
+
 class Ranges(unittest.TestCase):
     """The same of wxl akde."""
     OPTIONS = ["--from-crs", "EPSG:32633", "--prefix", "K", "--cell-size", "40"]

@@ -7,6 +7,7 @@
 #include "apps/cli/commands/kde_dry_run.h"
 #include "apps/cli/commands/kde_session.h"
 #include "apps/cli/option_checks.h"
+#include "apps/cli/overlap_jobs.h"
 #include "apps/cli/text_output.h"
 #include "batch/range_task.h"
 #include "batch/task_run.h"
@@ -18,6 +19,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace wxl::cli {
 
@@ -60,7 +63,8 @@ constexpr const char* kRunFooter =
 
 constexpr const char* kStatusFooter =
     "Lists the tasks of the batch in the folder DIR: done, running (a process is at work on it),\n"
-    "failed, or missing (not begun, or killed), with their times.\n"
+    "failed, or missing (not begun, or killed), with their times; then those of the comparison that\n"
+    "wxl batch overlap planned.\n"
     "\n"
     "Example:\n"
     "\n"
@@ -113,18 +117,75 @@ struct StatusList {
     std::array<std::size_t, 4> Counts{};
 };
 
+/// When a task was at work, where, and what it failed by.
+Json times_of(const batch::TaskState& state) {
+    const bool done = state.Stage == batch::TaskStage::kDone;
+    return {{"started", json_or_null(state.Started)},
+            {"finished", json_or_null(state.Finished)},
+            {"seconds", done ? json_number(state.Seconds) : Json()},
+            {"host", json_or_null(state.Host)},
+            {"fault", json_or_null(state.Fault)}};
+}
+
+Json counts_of(const StatusList& list) {
+    const auto& [missing, running, failed, done] = list.Counts;
+    return {{"done", done}, {"running", running}, {"failed", failed}, {"missing", missing}, {"tasks", list.Tasks}};
+}
+
+std::string counts_text(const StatusList& list, bool merged) {
+    const auto& [missing, running, failed, done] = list.Counts;
+    return fmt::format("{} tasks: {} done, {} running, {} failed, {} missing; {}", list.Tasks.size(), done, running,
+                       failed, missing, merged ? "merged" : "not merged");
+}
+
+void print_status(const StatusList& list, bool merged, const std::string& what, Console& console) {
+    print_table(list.Table, console);
+    for (const std::string& fault : list.Faults) console.Result(fault);
+    console.Result(what + counts_text(list, merged));
+}
+
+/// The tasks of a planned comparison.
+StatusList overlap_status(const platform::Services& services, const OverlapJobs& overlap) {
+    StatusList list;
+    list.Table.Columns = {"task", "state", "rows", "started", "finished", "seconds", "host"};
+    for (std::size_t number = 1; number <= overlap.Plan->Tasks.size(); ++number) {
+        const batch::TileRowTask& rows = overlap.Plan->Tasks[number - 1];
+        const batch::TaskState state = batch::overlap_task_state(services, overlap.Stage, *overlap.Plan, number);
+        ++list.Counts.at(static_cast<std::size_t>(state.Stage));
+        Json json = {{"task", number}, {"state", stage_text(state.Stage)}};
+        json.update(times_of(state));
+        list.Tasks.push_back(std::move(json));
+        list.Table.Rows.push_back({std::to_string(number), stage_text(state.Stage),
+                                   std::to_string(rows.End - rows.First), state.Started, state.Finished,
+                                   state.Stage == batch::TaskStage::kDone ? fmt::format("{:.3g}", state.Seconds) : "",
+                                   state.Host});
+        if (!state.Fault.empty()) list.Faults.push_back(fmt::format("task {}: {}", number, state.Fault));
+    }
+    return list;
+}
+
+/// Null where no comparison was asked for.
+Json overlap_json(const platform::Services& services, const std::optional<OverlapJobs>& overlap) {
+    if (!overlap) return {};
+    Json json = {{"planned", overlap->Plan ? Json(overlap->Plan->Planned) : Json()}, {"merged", overlap->Merged}};
+    json.update(counts_of(overlap->Plan ? overlap_status(services, *overlap) : StatusList()));
+    return json;
+}
+
+void print_overlap_status(const platform::Services& services, const OverlapJobs& overlap, Console& console) {
+    if (overlap.Plan) return print_status(overlap_status(services, overlap), overlap.Merged, "overlap: ", console);
+    console.Result(fmt::format("overlap: planned when the batch is merged, in about {} tasks", overlap.Wish.Tasks));
+}
+
 void add_task(StatusList& list, std::size_t number, const batch::PlannedTask& task, const batch::TaskState& state) {
     const bool done = state.Stage == batch::TaskStage::kDone;
     ++list.Counts.at(static_cast<std::size_t>(state.Stage));
-    list.Tasks.push_back({{"task", number},
-                          {"state", stage_text(state.Stage)},
-                          {"distributions", task.Work.size()},
-                          {"estimated_seconds", json_number(task.Seconds)},
-                          {"started", json_or_null(state.Started)},
-                          {"finished", json_or_null(state.Finished)},
-                          {"seconds", done ? json_number(state.Seconds) : Json()},
-                          {"host", json_or_null(state.Host)},
-                          {"fault", json_or_null(state.Fault)}});
+    Json json = {{"task", number},
+                 {"state", stage_text(state.Stage)},
+                 {"distributions", task.Work.size()},
+                 {"estimated_seconds", json_number(task.Seconds)}};
+    json.update(times_of(state));
+    list.Tasks.push_back(std::move(json));
     list.Table.Rows.push_back({std::to_string(number), stage_text(state.Stage), std::to_string(task.Work.size()),
                                fmt::format("{:.3g} s", task.Seconds), state.Started, state.Finished,
                                done ? fmt::format("{:.3g}", state.Seconds) : "", state.Host});
@@ -219,30 +280,31 @@ void register_batch_status(CLI::App& command, BatchStatusOptions& options) {
 }
 
 int run_batch_status(const BatchStatusOptions& options, Console& console) {
-    BatchSession session(options.Folder, console);
-    const batch::PlanHead& plan = session.Head();
-    const batch::BatchFiles files(plan.Folder);
-    const platform::Services& services = session.Services();
+    const ToolSession tools(console, {});
+    const platform::Services& services = tools.Services();
+    const std::filesystem::path folder = batch_folder(options.Folder);
+    const batch::BatchFiles files(folder);
+    const auto overlap = overlap_jobs_in(services, folder);
     StatusList list;
-    for (std::size_t number = 1; number <= plan.Tasks.size(); ++number)
-        add_task(list, number, plan.Tasks[number - 1],
-                 batch::state_of(*services.Files, *services.Locks, files, number));
+    std::string planned;
+    const bool hasBatch = !overlap || services.Files->FileExists(files.Plan());
+    if (hasBatch) {
+        const BatchSession session(options.Folder, console);
+        planned = session.Head().Planned;
+        for (std::size_t number = 1; number <= session.Head().Tasks.size(); ++number)
+            add_task(list, number, session.Head().Tasks[number - 1],
+                     batch::state_of(*services.Files, *services.Locks, files, number));
+    }
     const bool merged = batch::is_merged(*services.Files, files);
-    const auto& [missing, running, failed, done] = list.Counts;
     if (options.Json) {
-        console.Text(json_text(Json{{"planned", plan.Planned},
-                                    {"merged", merged},
-                                    {"done", done},
-                                    {"running", running},
-                                    {"failed", failed},
-                                    {"missing", missing},
-                                    {"tasks", list.Tasks}}));
+        Json json = {{"planned", json_or_null(planned)}, {"merged", merged}};
+        json.update(counts_of(list));
+        json["overlap"] = overlap_json(services, overlap);
+        console.Text(json_text(json));
         return exit_code::kDone;
     }
-    print_table(list.Table, console);
-    for (const std::string& fault : list.Faults) console.Result(fault);
-    console.Result(fmt::format("{} tasks: {} done, {} running, {} failed, {} missing; {}", plan.Tasks.size(), done,
-                               running, failed, missing, merged ? "merged" : "not merged"));
+    if (hasBatch) print_status(list, merged, "", console);
+    if (overlap) print_overlap_status(services, *overlap, console);
     return exit_code::kDone;
 }
 

@@ -1,7 +1,9 @@
 #include "apps/cli/batch_session.h"
 #include "apps/cli/commands/batch.h"
 #include "apps/cli/option_checks.h"
+#include "batch/merge.h"
 #include "batch/overlap_stage.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -21,10 +23,14 @@ constexpr const char* kFooter =
     "does, in tasks that run side by side. Each sums all pairs over some rows of the common grid.\n"
     "The rasters must lie on one grid (--extent full).\n"
     "\n"
-    "First --tasks N with percentages plans. Then every task runs, anywhere and in any order; one\n"
-    "that is done is left alone, one that was killed starts anew. Without --task the number is\n"
-    "taken from SLURM_ARRAY_TASK_ID. --merge adds the sums up, and prints and writes what wxl\n"
-    "overlap would, byte for byte. Each task reads all rasters and needs the memory of wxl overlap.\n"
+    "First --tasks N with percentages and outputs plans; where a batch in DIR is not merged yet, the\n"
+    "comparison is planned when it is. wxl batch submit DIR then sends all that is missing, the\n"
+    "comparison last, and wxl batch status DIR tells where it stands.\n"
+    "\n"
+    "Or every task is run by --task, anywhere and in any order; one that is done is left alone, one\n"
+    "that was killed starts anew. Without --task the number is taken from SLURM_ARRAY_TASK_ID.\n"
+    "--merge adds the sums up, and prints and writes what wxl overlap would, byte for byte. Each\n"
+    "task reads all rasters and needs the memory of wxl overlap.\n"
     "\n"
     "Example:\n"
     "\n"
@@ -50,9 +56,44 @@ OverlapOptions planned(const BatchOverlapOptions& options, const batch::OverlapP
     return overlap;
 }
 
+std::string absolute(const std::string& path) {
+    return path.empty() ? path : fs::absolute(path).lexically_normal().string();
+}
+
+/// Names are checked now; the merge may be repeated then.
+batch::OverlapWish wish_of(const BatchOverlapOptions& options) {
+    check_overlap_outputs(options.Overlap);
+    OverlapOptions overlap = options.Overlap;
+    overlap.Csv = absolute(overlap.Csv);
+    overlap.Out = absolute(overlap.Out);
+    batch::OverlapWish wish{*options.Tasks, overlap_option_words(overlap)};
+    if (overlap.Json) wish.Words.emplace_back("--json");
+    if (!overlap.Csv.empty() || !overlap.Out.empty()) wish.Words.emplace_back("--overwrite");
+    return wish;
+}
+
+/// A batch whose animals have grids of their own has nothing to compare, and its user should learn it now.
+void refuse_own_grids(const BatchSession& batch) {
+    const batch::Plan* kernels = batch.Kernels();
+    const bool own = kernels != nullptr ? kernels->Frame.Wanted.Mode == analysis::ExtentMode::kMinimum
+                                        : batch.Ranges()->Wanted.Extent == akde::RangeExtent::kMinimum;
+    if (own)
+        platform::Raise(platform::error_number::kInvalidCall,
+                        "the rasters of this batch will lie on grids of their own: plan it with --extent full to "
+                        "compare them");
+}
+
 int plan_overlap(const BatchOverlapOptions& options, const ToolSession& session, const batch::BatchFiles& stage,
                  Console& console) {
     const std::vector<double> percents = overlap_percents(options.Overlap);
+    const batch::OverlapWish wish = wish_of(options);
+    if (batch::has_open_batch(*session.Services().Files, batch_folder(options.Overlap.Tracks.Points.Input))) {
+        refuse_own_grids(BatchSession(options.Overlap.Tracks.Points.Input, console));
+        batch::write_wish(session.Services(), stage, wish);
+        console.Result("comparison: " + stage.Folder.string());
+        console.Result("planned when the batch is merged; wxl batch submit sends both");
+        return exit_code::kDone;
+    }
     const ComparedRanges ranges = ranges_of_folder(options.Overlap, percents, console).Ranges;
     console.EndProgress();
     batch::OverlapPlan plan;
@@ -68,6 +109,7 @@ int plan_overlap(const BatchOverlapOptions& options, const ToolSession& session,
         plan.Volumes.push_back(animal.Volume);
     }
     plan.Tasks = batch::row_tasks(plan.Grid, *options.Tasks);
+    batch::write_wish(session.Services(), stage, wish);
     batch::write_plan(session.Services(), stage, plan);
     console.Result("comparison: " + stage.Folder.string());
     console.Result(fmt::format("animals: {}, tasks: {}", plan.Animals.size(), plan.Tasks.size()));
@@ -78,6 +120,11 @@ int run_task(const BatchOverlapOptions& options, const ToolSession& session, con
              Console& console) {
     const std::size_t number = task_number(options.Task);
     const batch::OverlapPlan plan = batch::read_overlap_plan(*session.Services().Files, stage, WXL_VERSION);
+    if (!options.Task && number > plan.Tasks.size()) {
+        console.Note(
+            fmt::format("the comparison has {} tasks; nothing is left for task {}", plan.Tasks.size(), number));
+        return exit_code::kDone;
+    }
     const auto ranges = [&] { return ranges_of_folder(planned(options, plan), plan.Percents, console).Ranges; };
     const auto outcome = batch::run_overlap_task(session.Services(), stage, plan, number, options.Again, host_name(),
                                                  ranges, [&](double done) { console.Progress(done, "overlap"); });
@@ -93,7 +140,7 @@ int merge_tasks(const BatchOverlapOptions& options, const ToolSession& session, 
     if (const std::string unfinished = batch::unfinished_overlap(services, stage, plan); !unfinished.empty())
         return console.Fail(
             fmt::format("the comparison is not finished: {}; wxl batch overlap DIR --task K runs one", unfinished));
-    return tell_overlap(
+    const int code = tell_overlap(
         planned(options, plan),
         [&](const ComparedRanges& ranges, const comparison::OverlapSettings& settings) {
             batch::check_rasters(plan, ranges);
@@ -101,6 +148,8 @@ int merge_tasks(const BatchOverlapOptions& options, const ToolSession& session, 
                                              batch::added_tasks(*services.Files, stage, plan));
         },
         console);
+    if (code == exit_code::kDone) batch::mark_merge(services, stage, 0, true);
+    return code;
 }
 
 }  // namespace
@@ -123,8 +172,7 @@ int run_batch_overlap(const BatchOverlapOptions& options, Console& console) {
         1)
         throw WrongCall("give one of --tasks, --task and --merge");
     const ToolSession session(console, {});
-    const batch::BatchFiles stage =
-        batch::overlap_files(fs::absolute(options.Overlap.Tracks.Points.Input).lexically_normal());
+    const batch::BatchFiles stage = batch::overlap_files(batch_folder(options.Overlap.Tracks.Points.Input));
     if (options.Tasks) return plan_overlap(options, session, stage, console);
     if (options.Merge) return merge_tasks(options, session, stage, console);
     return run_task(options, session, stage, console);

@@ -290,6 +290,15 @@ void register_overlap(CLI::App& command, OverlapOptions& options) {
     command.footer(kFooter);
 }
 
+std::vector<std::string> overlap_option_words(const OverlapOptions& options) {
+    const std::vector<std::string> words = words_of(options);
+    return {words.begin() + 3, words.end()};
+}
+
+void check_overlap_outputs(const OverlapOptions& options) {
+    const Outputs checked(options);
+}
+
 std::vector<double> overlap_percents(const OverlapOptions& options) {
     return distinct(percentages_of("--percent", options.Percent));
 }

@@ -28,6 +28,12 @@ struct OverlapOptions {
 /// What a folder of rasters is compared by: percentages, scaling factor, outputs.
 void add_overlap_result_options(CLI::App& command, OverlapOptions& options);
 
+/// The options that differ from the usual ones, as words of a command line.
+std::vector<std::string> overlap_option_words(const OverlapOptions& options);
+
+/// RuntimeError where what the options ask for cannot be written, or stands already and may not be replaced.
+void check_overlap_outputs(const OverlapOptions& options);
+
 /// The percentages, each once. WrongCall for what is none.
 std::vector<double> overlap_percents(const OverlapOptions& options);
 
