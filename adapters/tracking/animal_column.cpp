@@ -9,7 +9,7 @@ namespace {
 
 // Names without their punctuation and in small letters, the surest first: "location-long", "location.long",
 // "location_long" and "locationLong" are all "locationlong".
-constexpr std::array<std::string_view, 34> kIndividual = {"individuallocalidentifier",
+constexpr std::array<std::string_view, 42> kIndividual = {"individuallocalidentifier",
                                                           "organismid",
                                                           "individualid",
                                                           "animalid",
@@ -35,6 +35,14 @@ constexpr std::array<std::string_view, 34> kIndividual = {"individuallocalidenti
                                                           "dyr",
                                                           "dyrid",
                                                           "dyrnavn",
+                                                          "dier",
+                                                          "dierid",
+                                                          "diernaam",
+                                                          "zwierze",
+                                                          "zwierzeid",
+                                                          "osobnik",
+                                                          "zvire",
+                                                          "elain",
                                                           "idanimal",
                                                           "nomanimal",
                                                           "nombreanimal",

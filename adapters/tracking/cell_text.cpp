@@ -16,7 +16,7 @@ struct Fold {
 };
 
 // Small and capital letters of the languages that tables come in.
-constexpr std::array<Fold, 60> kFolds = {
+constexpr std::array<Fold, 74> kFolds = {
     {{"\xC3\xA4", "a"},  {"\xC3\x84", "a"},  {"\xC3\xA0", "a"},  {"\xC3\x80", "a"}, {"\xC3\xA1", "a"},
      {"\xC3\x81", "a"},  {"\xC3\xA2", "a"},  {"\xC3\x82", "a"},  {"\xC3\xA3", "a"}, {"\xC3\x83", "a"},
      {"\xC3\xA5", "a"},  {"\xC3\x85", "a"},  {"\xC3\xA7", "c"},  {"\xC3\x87", "c"}, {"\xC3\xA8", "e"},
@@ -28,7 +28,10 @@ constexpr std::array<Fold, 60> kFolds = {
      {"\xC3\xB8", "o"},  {"\xC3\x98", "o"},  {"\xC3\xB9", "u"},  {"\xC3\x99", "u"}, {"\xC3\xBA", "u"},
      {"\xC3\x9A", "u"},  {"\xC3\xBB", "u"},  {"\xC3\x9B", "u"},  {"\xC3\xBC", "u"}, {"\xC3\x9C", "u"},
      {"\xC3\x9F", "ss"}, {"\xC3\xA6", "ae"}, {"\xC3\x86", "ae"}, {"\xC4\x8D", "c"}, {"\xC4\x8C", "c"},
-     {"\xC5\xA1", "s"},  {"\xC5\xA0", "s"},  {"\xC5\xBE", "z"},  {"\xC5\xBD", "z"}, {"\xC5\x82", "l"}}};
+     {"\xC5\xA1", "s"},  {"\xC5\xA0", "s"},  {"\xC5\xBE", "z"},  {"\xC5\xBD", "z"}, {"\xC5\x82", "l"},
+     {"\xC5\x81", "l"},  {"\xC4\x85", "a"},  {"\xC4\x87", "c"},  {"\xC4\x99", "e"}, {"\xC5\x84", "n"},
+     {"\xC5\x9B", "s"},  {"\xC5\x9A", "s"},  {"\xC5\xBA", "z"},  {"\xC5\xBC", "z"}, {"\xC4\x9B", "e"},
+     {"\xC5\x99", "r"},  {"\xC3\xBD", "y"},  {"\xC5\xAF", "u"},  {"\xC5\x91", "o"}}};
 
 std::size_t fold_at(std::string_view rest, std::string& bare) {
     for (const Fold& fold : kFolds) {

@@ -20,6 +20,13 @@ bool is_whole(std::string_view cell) {
     return !cell.empty() && cell.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// Whether a number has the digits of hour, minute and second.
+bool is_clock(double value) {
+    if (value < 0.0 || value >= 240000.0) return false;
+    const auto whole = static_cast<int>(value);
+    return whole / 100 % 100 < 60 && whole % 100 < 60;
+}
+
 /// Whether a text reads as a time in some order of day and month.
 bool reads_as_time(std::string_view cell, bool& hasTimeOfDay) {
     for (const DateOrder order : {DateOrder::kDayMonthYear, DateOrder::kMonthDayYear, DateOrder::kYearMonthDay}) {
@@ -53,6 +60,7 @@ void ColumnProfile::TakeNumber(std::string_view cell, double value) {
     if (!is_whole(cell)) return;
     m_longestWhole = std::max(m_longestWhole, cell.size());
     ++m_whole;
+    if (is_clock(value)) ++m_clocks;
 }
 
 void ColumnProfile::TakeText(std::string_view cell) {

@@ -26,7 +26,8 @@ public:
     double FullTimes() const { return Share(m_fullTimes); }  ///< texts with date and time of day
     double Dates() const { return Share(m_dates); }          ///< texts with a date alone
     double TimesOfDay() const { return Share(m_timesOfDay); }
-    double Whole() const { return Share(m_whole); }  ///< digits alone
+    double Clocks() const { return Share(m_clocks); }  ///< hour, minute and second as a number: 90500
+    double Whole() const { return Share(m_whole); }    ///< digits alone
 
     double Min() const { return m_min; }  ///< of the numbers
     double Max() const { return m_max; }
@@ -53,6 +54,7 @@ private:
     std::size_t m_fullTimes = 0;
     std::size_t m_dates = 0;
     std::size_t m_timesOfDay = 0;
+    std::size_t m_clocks = 0;
     std::size_t m_whole = 0;
     std::size_t m_lettersNs = 0;
     std::size_t m_longestWhole = 0;

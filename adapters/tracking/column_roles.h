@@ -47,7 +47,9 @@ struct TimeColumns {
     bool IsUtc = false;    ///< the name says so
     bool IsLocal = false;  ///< the name says that it is the time of some place
     bool ByContent = false;
-    bool IsNumber = false;  ///< seconds, days: one column of numbers
+    bool IsNumber = false;        ///< seconds, days: one column of numbers
+    std::size_t ClockDigits = 0;  ///< 4 or 6: the second column is a time of day whose leading zeros may be lost
+    bool EndsWithZone = false;    ///< the last column is the offset of the row's clock from UTC
 };
 
 /// Where the cells of a row stand.

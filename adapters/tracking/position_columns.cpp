@@ -17,7 +17,7 @@ struct Words {
     bool Within;  ///< also as a part of a name
 };
 
-constexpr std::array<Words, 33> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
+constexpr std::array<Words, 37> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
                                            {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
                                            {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
                                            {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
@@ -32,6 +32,10 @@ constexpr std::array<Words, 33> kWords = {{{"locationlong", "locationlat", Posit
                                            {"lengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
                                            {"lengtegraad", "breedtegraad", PositionUnit::kDegrees, 92, true},
                                            {"pituusaste", "leveysaste", PositionUnit::kDegrees, 92, true},
+                                           {"laengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
+                                           {"dlugosc", "szerokosc", PositionUnit::kDegrees, 92, true},
+                                           {"delka", "sirka", PositionUnit::kDegrees, 91, true},
+                                           {"hosszusag", "szelesseg", PositionUnit::kDegrees, 91, true},
                                            {"x", "y", PositionUnit::kUnknown, 70, false},
                                            {"xcoord", "ycoord", PositionUnit::kUnknown, 66, false},
                                            {"xcoordinate", "ycoordinate", PositionUnit::kUnknown, 66, false},

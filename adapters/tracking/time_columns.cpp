@@ -50,6 +50,11 @@ bool can_be_number_of_time(const ColumnProfile& profile) {
     return seconds || sheetDays;
 }
 
+/// Hour, minute and second in one number, as 90500 for 9:05.
+bool is_clock(const ColumnProfile& profile) {
+    return profile.Clocks() > 0.9 && (profile.LongestWhole() == 5 || profile.LongestWhole() == 6);
+}
+
 struct Candidate {
     std::size_t Column;
     int Score;
@@ -142,7 +147,9 @@ private:
         const bool named =
             speaks_of_time(name) || name == "tod" || name == "uhrzeit" || name == "ora" || name == "hour";
         const bool plainText = profile.TimesOfDay() > 0.5 && profile.Numbers() < 0.5;
-        const bool digits = named && profile.Whole() > 0.9 && profile.TimesOfDay() > 0.5 && profile.LongestWhole() <= 6;
+        const bool digits =
+            named &&
+            (is_clock(profile) || (profile.Whole() > 0.9 && profile.TimesOfDay() > 0.5 && profile.LongestWhole() <= 6));
         const bool shareOfDay = named && profile.Numbers() > 0.9 && profile.Min() >= 0.0 && profile.Max() < 1.0 &&
                                 m_profiles[date].Numbers() > 0.9;
         const bool alsoDate = named && profile.FullTimes() > 0.5 && m_profiles[date].Dates() > 0.5;
@@ -208,6 +215,42 @@ std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std:
     return columns;
 }
 
+/// As many digits as the times of day of a column have with their leading zeros; 0 where they are no such numbers.
+std::size_t clock_digits(const ColumnProfile& profile) {
+    if (is_clock(profile)) return 6;
+    return profile.Whole() > 0.9 && (profile.LongestWhole() == 3 || profile.LongestWhole() == 4) ? 4 : 0;
+}
+
+constexpr std::array<std::string_view, 6> kZone = {"tz",        "timezone", "utcoffset",
+                                                   "gmtoffset", "tzoffset", "timezoneoffset"};
+
+/// The offset of a clock as it stands behind a time: "+02:00", "UTC+2"; a bare number is one of hours.
+std::string offset_text(std::string_view cell) {
+    const bool bare = !cell.empty() && cell.front() >= '0' && cell.front() <= '9';
+    return (bare ? " +" : " ") + std::string(cell);
+}
+
+bool holds_offsets(const ColumnProfile& profile) {
+    return !profile.IsEmpty() && std::ranges::all_of(profile.Values(), [](const std::string& cell) {
+        const auto time = time_from_text("2000-01-01 00:00" + offset_text(cell), {});
+        return time && time->IsUtc;
+    });
+}
+
+/// Times by the clock of a place, whose offset from UTC stands in another column.
+void add_zone(TimeColumns& columns, const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+              bool namedByUser) {
+    const ColumnProfile& first = profiles[columns.Columns.front()];
+    const auto zone = header.FindFirst(kZone);
+    const bool isNamed = zone && columns.Columns.size() > 1 && columns.Columns.back() == *zone;
+    if (!zone || isNamed != namedByUser || columns.IsUtc || first.FullTimes() + first.Dates() < 0.5 ||
+        !holds_offsets(profiles[*zone]))
+        return;
+    if (!isNamed) columns.Columns.push_back(*zone);
+    columns.EndsWithZone = true;
+    columns.IsLocal = false;
+}
+
 /// The columns that the user named: one name, or several parted by commas.
 std::vector<std::size_t> named_columns(const ColumnHeader& header, const std::string& wanted) {
     if (const auto whole = header.Find(wanted)) return {*whole};
@@ -238,6 +281,37 @@ TimeColumns columns_named_by_user(const ColumnHeader& header, const std::vector<
 void append_padded(std::string& text, std::string_view number, std::size_t width) {
     if (number.size() < width) text.append(width - number.size(), '0');
     text += number;
+}
+
+bool is_digits(std::string_view text) {
+    return text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// Puts the cells behind the first one.
+void join_parts(const TimeColumns& columns, const std::function<std::string_view(std::size_t)>& cell,
+                std::string& buffer) {
+    const std::size_t count = columns.Columns.size() - (columns.EndsWithZone ? 1 : 0);
+    for (std::size_t i = 1; i < count; ++i) {
+        const std::string_view part = cell(columns.Columns[i]);
+        if (is_missing(part)) continue;
+        // The second column may hold the date, too; the first may hold the time of day already.
+        const auto whole = time_from_text(part, {});
+        if (whole && whole->HasTimeOfDay) {
+            buffer = part;
+            return;
+        }
+        const auto already = time_from_text(buffer, {});
+        if (already && already->HasTimeOfDay) return;
+        buffer += ' ';
+        append_padded(buffer, part, is_digits(part) ? columns.ClockDigits : 0);
+    }
+}
+
+/// A time that tells its offset itself keeps it.
+void append_zone(std::string_view zone, std::string& buffer) {
+    if (is_missing(zone)) return;
+    const auto already = time_from_text(buffer, {});
+    if (!already || !already->IsUtc) buffer += offset_text(zone);
 }
 
 /// Hour, minute and second, or a time of day, from a column on.
@@ -271,7 +345,9 @@ std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vect
         if (best->NeedsTimeOfDay)
             if (const auto ofDay = finder.TimeOfDayFor(best->Column)) columns.Columns.push_back(*ofDay);
     }
+    if (columns.Columns.size() > 1) columns.ClockDigits = clock_digits(profiles[columns.Columns[1]]);
     judge_name(columns, header);
+    add_zone(columns, header, profiles, !wanted.Time.empty());
     return columns;
 }
 
@@ -282,18 +358,8 @@ std::string_view joined_time(const TimeColumns& columns, const std::function<std
     buffer = first;
     switch (columns.How) {
         case TimeColumns::Style::kTogether:
-            for (std::size_t i = 1; i < columns.Columns.size(); ++i) {
-                const std::string_view part = cell(columns.Columns[i]);
-                if (is_missing(part)) continue;
-                // The second column may hold the date, too; the first may hold the time of day already.
-                const auto whole = time_from_text(part, {});
-                if (whole && whole->HasTimeOfDay) return part;
-                const auto already = time_from_text(buffer, {});
-                if (already && already->HasTimeOfDay) return buffer;
-                buffer += ' ';
-                if (part.size() == 3 && part.find_first_not_of("0123456789") == std::string_view::npos) buffer += '0';
-                buffer += part;
-            }
+            join_parts(columns, cell, buffer);
+            if (columns.EndsWithZone) append_zone(cell(columns.Columns.back()), buffer);
             return buffer;
         case TimeColumns::Style::kYearAndDay:
             buffer += '-';

@@ -1,6 +1,7 @@
 #include "adapters/tracking/tracking_file.h"
 #include "platform/runtime_error.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
@@ -90,8 +91,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Names{"individualID", "decimalLongitude", "decimalLatitude", "eventDate"},
                     Names{"Animal", "Longitude", "Latitude", "DateTime"}, Names{"ID", "X", "Y", "Date"},
                     Names{"animal_id", "lon", "lat", "date"}, Names{"name", "Long", "Lat", "Time"},
-                    Names{"id", "Easting", "Northing", "date_time"},
-                    Names{"id", "utm-easting", "utm-northing", "time"}));
+                    Names{"id", "Easting", "Northing", "date_time"}, Names{"id", "utm-easting", "utm-northing", "time"},
+                    Names{"Dier", "Lengtegraad", "Breedtegraad", "Datum"},
+                    Names{"Zwierz\xC4\x99", "D\xC5\x82ugo\xC5\x9B\xC4\x87", "Szeroko\xC5\x9B\xC4\x87", "data"},
+                    Names{"zv\xC3\xAD\xC5\x99"
+                          "e",
+                          "d\xC3\xA9lka", "\xC5\xA1\xC3\xAD\xC5\x99ka", "datum"},
+                    Names{"dyr", "l\xC3\xA6ngdegrad", "breddegrad", "dato"}));
 
 TEST(TrackingFile, Animal_goes_before_tag_and_tag_before_row_number) {
     EXPECT_EQ(facts_of("id,tag-local-identifier,x,y\n1,T,0,0\n").Id, "tag-local-identifier");
@@ -172,6 +178,49 @@ TEST(TrackingFile, Date_and_time_of_day_in_two_columns_are_joined) {
 }
 
 using Names_ = std::vector<std::string>;
+
+/// Seconds of the fixes of one animal, since 2019-03-13 00:00 UTC.
+std::vector<std::int64_t> seconds_of(const std::string& text, const ReadOptions& options = {}) {
+    std::vector<std::int64_t> seconds;
+    for (const TrackingFix& fix : read(text, options).Fixes) seconds.push_back(fix.Seconds - 17968LL * 86400);
+    return seconds;
+}
+
+// 14:05:00 as 140500 is a day of 2000 too (2014-05-00 is none, 18:05:00 is 18 May 2000).
+TEST(TrackingFile, Times_of_day_as_numbers_that_lost_their_zeros_are_joined) {
+    EXPECT_EQ(seconds_of("id,date,time,lat,lon\na,20190313,500,52,5\na,20190313,90501,52,5\na,20190313,180500,52,5\n"),
+              (std::vector<std::int64_t>{300, 9 * 3600 + 301, 18 * 3600 + 300}));
+    EXPECT_EQ(seconds_of("id,date,time,lat,lon\na,2019-03-13,5,52,5\na,2019-03-13,130,52,5\na,2019-03-13,2359,52,5\n"),
+              (std::vector<std::int64_t>{300, 5400, 86340}));
+    EXPECT_EQ(seconds_of("id,day,hours,lat,lon\na,2019-03-13,500,52,5\na,2019-03-13,180500,52,5\n",
+                         columns("id", "lon", "lat", "day,hours")),
+              (std::vector<std::int64_t>{300, 18 * 3600 + 300}));
+}
+
+TEST(TrackingFile, Offset_of_the_clock_may_stand_in_a_column_of_its_own) {
+    const std::vector<std::int64_t> noon = {12 * 3600, 13 * 3600};
+    EXPECT_EQ(seconds_of("id,date,time,tz,lat,lon\na,2019-03-13,13:00:00,+01:00,52,5\n"
+                         "a,2019-03-13,09:00:00,-04:00,52,5\n"),
+              noon);
+    EXPECT_EQ(seconds_of("id,local time,UTC offset,lat,lon\na,13.03.2019 13:00,1,52,5\na,13.03.2019 09:00,-4,52,5\n"),
+              noon);
+    EXPECT_EQ(
+        seconds_of("id,Timestamp,Time zone,lat,lon\na,2019-03-13 12:00,GMT,52,5\na,2019-03-13 15:00,GMT+2,52,5\n"),
+        noon);
+    EXPECT_EQ(seconds_of("id,d,t,tz,lat,lon\na,2019-03-13,13:00,+01,52,5\na,2019-03-13,14:00,+01,52,5\n",
+                         columns("id", "lon", "lat", "d,t,tz")),
+              noon);
+    const FileFacts facts = facts_of("id,local time,utc_offset,lat,lon\na,2019-03-13 13:00,+1,52,5\n");
+    EXPECT_EQ(facts.Time, (std::vector<std::string>{"local time", "utc_offset"}));
+    EXPECT_FALSE(facts.TimeIsLocal) << "nothing is left to be told";
+}
+
+TEST(TrackingFile, Offsets_are_left_aside_where_times_are_utc_or_no_offset_is_told) {
+    const std::vector<std::int64_t> noon = {12 * 3600};
+    EXPECT_EQ(seconds_of("id,utc time,tz,lat,lon\na,2019-03-13 12:00,+01:00,52,5\n"), noon);
+    EXPECT_EQ(seconds_of("id,time,tz,lat,lon\na,2019-03-13 12:00Z,+01:00,52,5\n"), noon);
+    EXPECT_EQ(seconds_of("id,time,timezone,lat,lon\na,2019-03-13 12:00,Eastern Standard Time,52,5\n"), noon);
+}
 
 TEST(TrackingFile, Columns_of_the_time_are_told) {
     EXPECT_EQ(facts_of("id,x,y,Date,Time\na,1,2,2018-05-09,14:59:05\n").Time, (Names_{"Date", "Time"}));
