@@ -38,6 +38,7 @@ struct PositionColumns {
 /// Columns whose cells make up the time of a fix.
 struct TimeColumns {
     enum class Style {
+        kDateAndHour,  ///< date, hour, then minute and second where there are
         kTogether,     ///< cells one after the other: date and time of day, or both in one
         kYearAndDay,   ///< year, day of the year, then times of day
         kYearMonthDay  ///< year, month, day, then hour, minute and second where there are

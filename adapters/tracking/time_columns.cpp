@@ -176,7 +176,8 @@ constexpr std::array<std::string_view, 5> kMonth = {"month", "mon", "monat", "mo
 constexpr std::array<std::string_view, 5> kDay = {"day", "dayofmonth", "tag", "jour", "dia"};
 constexpr std::array<std::string_view, 8> kDayOfYear = {"doy",       "yday", "dayofyear", "julian",
                                                         "julianday", "jday", "yearday",   "jd"};
-constexpr std::array<std::string_view, 6> kHour = {"hour", "hr", "hh", "stunde", "heure", "hora"};
+constexpr std::array<std::string_view, 10> kHour = {"hour", "hr",    "hh",  "stunde",  "heure",
+                                                    "hora", "hours", "uur", "uhrzeit", "time"};
 constexpr std::array<std::string_view, 4> kMinute = {"minute", "min", "mm", "minuto"};
 constexpr std::array<std::string_view, 5> kSecond = {"second", "sec", "ss", "seconds", "segundo"};
 constexpr std::array<std::string_view, 4> kTimeOfDay = {"time", "timeofday", "utctime", "gmttime"};
@@ -213,6 +214,22 @@ std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std:
         columns.Columns.push_back(*ofDay);
     }
     return columns;
+}
+
+/// Hour, minute and second of a date in columns of their own.
+void add_hour(TimeColumns& columns, const ColumnHeader& header, const std::vector<ColumnProfile>& profiles) {
+    const auto is_part = [&](std::optional<std::size_t> column, double most) {
+        return are_numbers(profiles, column) && profiles[*column].Min() >= 0.0 && profiles[*column].Max() <= most;
+    };
+    const auto hour = header.FindFirst(kHour);
+    const ColumnProfile& date = profiles[columns.Columns.front()];
+    if (date.Dates() < 0.5 || !is_part(hour, 24.0) || *hour == columns.Columns.front()) return;
+    columns.How = TimeColumns::Style::kDateAndHour;
+    columns.Columns.push_back(*hour);
+    const auto minute = header.FindFirst(kMinute);
+    if (!is_part(minute, 59.0)) return;
+    columns.Columns.push_back(*minute);
+    if (const auto second = header.FindFirst(kSecond); is_part(second, 60.0)) columns.Columns.push_back(*second);
 }
 
 /// As many digits as the times of day of a column have with their leading zeros; 0 where they are no such numbers.
@@ -317,11 +334,12 @@ void append_zone(std::string_view zone, std::string& buffer) {
 /// Hour, minute and second, or a time of day, from a column on.
 void append_time_of_day(const TimeColumns& columns, std::size_t from,
                         const std::function<std::string_view(std::size_t)>& cell, std::string& text) {
-    for (std::size_t i = from; i < columns.Columns.size(); ++i) {
+    const std::size_t count = columns.Columns.size() - (columns.EndsWithZone ? 1 : 0);
+    for (std::size_t i = from; i < count; ++i) {
         const std::string_view part = cell(columns.Columns[i]);
         text += i == from ? ' ' : ':';
         append_padded(text, part, 2);
-        if (i == from && columns.Columns.size() == from + 1 && part.size() <= 2) text += ":00";
+        if (i == from && count == from + 1 && part.size() <= 2) text += ":00";
     }
 }
 
@@ -342,8 +360,13 @@ std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vect
         if (!best) return std::nullopt;
         columns.Columns = {best->Column};
         columns.ByContent = best->ByContent;
-        if (best->NeedsTimeOfDay)
-            if (const auto ofDay = finder.TimeOfDayFor(best->Column)) columns.Columns.push_back(*ofDay);
+        if (best->NeedsTimeOfDay) {
+            if (const auto ofDay = finder.TimeOfDayFor(best->Column)) {
+                columns.Columns.push_back(*ofDay);
+            } else {
+                add_hour(columns, header, profiles);
+            }
+        }
     }
     if (columns.Columns.size() > 1) columns.ClockDigits = clock_digits(profiles[columns.Columns[1]]);
     judge_name(columns, header);
@@ -359,6 +382,10 @@ std::string_view joined_time(const TimeColumns& columns, const std::function<std
     switch (columns.How) {
         case TimeColumns::Style::kTogether:
             join_parts(columns, cell, buffer);
+            if (columns.EndsWithZone) append_zone(cell(columns.Columns.back()), buffer);
+            return buffer;
+        case TimeColumns::Style::kDateAndHour:
+            if (!is_missing(cell(columns.Columns[1]))) append_time_of_day(columns, 1, cell, buffer);
             if (columns.EndsWithZone) append_zone(cell(columns.Columns.back()), buffer);
             return buffer;
         case TimeColumns::Style::kYearAndDay:

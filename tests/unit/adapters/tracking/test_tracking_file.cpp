@@ -197,6 +197,16 @@ TEST(TrackingFile, Times_of_day_as_numbers_that_lost_their_zeros_are_joined) {
               (std::vector<std::int64_t>{300, 18 * 3600 + 300}));
 }
 
+TEST(TrackingFile, Hours_beside_a_date_are_joined) {
+    const std::vector<std::int64_t> times = {7 * 3600, 14 * 3600};
+    EXPECT_EQ(seconds_of("id,date,hour,lat,lon\na,2019-03-13,7,52,5\na,2019-03-13,14,52,5\n"), times);
+    EXPECT_EQ(seconds_of("id,date,time,lat,lon\na,2019-03-13,7,52,5\na,2019-03-13,14,52,5\n"), times);
+    EXPECT_EQ(seconds_of("id,date,hour,minute,second,lat,lon\na,13.03.2019,7,5,9,52,5\na,13.03.2019,,,,52,5\n"),
+              (std::vector<std::int64_t>{0, 7 * 3600 + 309}));
+    EXPECT_EQ(seconds_of("id,date,hour,tz,lat,lon\na,2019-03-13,8,+1,52,5\na,2019-03-13,15,+1,52,5\n"), times);
+    EXPECT_EQ(facts_of("id,date,hour,min,lat,lon\na,2019-03-13,7,30,52,5\n").Time, (Names_{"date", "hour", "min"}));
+}
+
 TEST(TrackingFile, Offset_of_the_clock_may_stand_in_a_column_of_its_own) {
     const std::vector<std::int64_t> noon = {12 * 3600, 13 * 3600};
     EXPECT_EQ(seconds_of("id,date,time,tz,lat,lon\na,2019-03-13,13:00:00,+01:00,52,5\n"
