@@ -77,7 +77,7 @@ std::optional<OverlapJobs> overlap_jobs_in(const platform::Services& services, c
 }
 
 OverlapCost overlap_cost(const OverlapJobs& jobs, double animals, double cells) {
-    double tasks = static_cast<double>(jobs.Wish.Tasks);
+    auto tasks = static_cast<double>(jobs.Wish.Tasks);
     if (jobs.Plan) {
         animals = static_cast<double>(jobs.Plan->Animals.size());
         cells = static_cast<double>(jobs.Plan->Grid.Columns) * jobs.Plan->Grid.Rows;
