@@ -60,6 +60,15 @@ std::size_t rows_at_once(sqlite3* database, const PackageTable& table) {
     return std::clamp<std::size_t>(static_cast<std::size_t>(marks) / column_count(table), 1, kMostRows);
 }
 
+/// The triggers by which whoever changes rows keeps their number.
+struct CountTrigger {
+    const char* Name;  ///< before that of the table
+    const char* Event;
+    const char* Step;
+};
+constexpr std::array<CountTrigger, 2> kCountTriggers = {
+    {{"trigger_insert_feature_count_", "INSERT", "+ 1"}, {"trigger_delete_feature_count_", "DELETE", "- 1"}}};
+
 /// The header of a shape in a GeoPackage: little-endian, with an envelope or without.
 void put_header(char* bytes, std::int32_t system, bool envelope) {
     static_assert(std::endian::native == std::endian::little);
@@ -103,6 +112,9 @@ PackageRows::PackageRows(const fs::path& file, const std::vector<PackageTable>& 
         table->Name = given.Name;
         table->HasShapes = given.Shape != ShapeType::kNull;
         table->Key = given.Fields.at(given.Key).Name;
+        // The rows are counted at the end: a count at every row costs more than the row itself.
+        for (const CountTrigger& trigger : kCountTriggers)
+            m_good = m_good && Execute("DROP TRIGGER IF EXISTS " + sql_name(trigger.Name + given.Name));
         // The triggers of an index know functions of GDAL's: with them no insertion can be prepared.
         if (m_good && table->HasShapes && places == Places::kIndexed)
             table->Places.emplace(m_database.get(), given.Name, geometryColumn);
@@ -273,7 +285,26 @@ bool PackageRows::Finish() {
     }
     for (const auto& table : m_tables)
         if (table->Places) m_good = m_good && table->Places->Finish();
-    m_good = m_good && Execute("COMMIT");
+    m_good = m_good && CountRows() && Execute("COMMIT");
+    return m_good;
+}
+
+/// As GDAL keeps them. QGIS takes the number of all rows of a table without one for that of its filtered rows.
+bool PackageRows::CountRows() {
+    m_good = m_good && Execute(
+                           "CREATE TABLE IF NOT EXISTS gpkg_ogr_contents(table_name TEXT NOT NULL PRIMARY KEY,"
+                           "feature_count INTEGER DEFAULT NULL)");
+    for (const auto& table : m_tables) {
+        const std::string name = sql_name(table->Name);
+        const std::string text = sql_text(table->Name);
+        m_good =
+            m_good && Execute("INSERT OR REPLACE INTO gpkg_ogr_contents SELECT " + text + ", count(*) FROM " + name);
+        for (const CountTrigger& trigger : kCountTriggers)
+            m_good =
+                m_good && Execute("CREATE TRIGGER " + sql_name(trigger.Name + table->Name) + " AFTER " + trigger.Event +
+                                  " ON " + name + " BEGIN UPDATE gpkg_ogr_contents SET feature_count = feature_count " +
+                                  trigger.Step + " WHERE lower(table_name) = lower(" + text + "); END");
+    }
     return m_good;
 }
 

@@ -40,7 +40,7 @@ public:
     bool Put(std::size_t place, const OGRGeometry* shape, std::span<const platform::FieldValue> values);
     bool Put(std::size_t place, const platform::Point& point, std::span<const platform::FieldValue> values);
 
-    /// Writes extents and indexes, and ends the transaction.
+    /// Writes extents, indexes and the numbers of rows, and ends the transaction.
     bool Finish();
 
 private:
@@ -56,6 +56,7 @@ private:
     bool BindRow(const Table& table, sqlite3_stmt* statement, int place, const Row& row);
     bool Place(Table& table, const Row& row, std::int64_t number);
     bool ReadKeys(Table& table);
+    bool CountRows();
 
     SqlitePtr m_database;
     bool m_good = true;

@@ -2,10 +2,22 @@
 
 namespace wxl::files {
 
+namespace {
+
+std::string in_quotes(const std::string& text, char quote) {
+    std::string quoted(1, quote);
+    for (const char c : text) quoted += c == quote ? std::string(2, quote) : std::string(1, c);
+    return quoted + quote;
+}
+
+}  // namespace
+
 std::string sql_name(const std::string& name) {
-    std::string text = "\"";
-    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
-    return text + "\"";
+    return in_quotes(name, '"');
+}
+
+std::string sql_text(const std::string& text) {
+    return in_quotes(text, '\'');
 }
 
 StatementPtr prepared(sqlite3* database, const std::string& sql) {

@@ -14,6 +14,9 @@ using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 /// A name of a table or column as it stands in SQL, in quotes.
 std::string sql_name(const std::string& name);
 
+/// A text as it stands in SQL, in quotes.
+std::string sql_text(const std::string& text);
+
 /// Made ready to be run often; null where it is no statement of this database.
 StatementPtr prepared(sqlite3* database, const std::string& sql);
 

@@ -9,13 +9,18 @@
 #include "platform/runtime_error.h"
 #include "tests/support/scratch_folder.h"
 
+#include <array>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <ogrsf_frmts.h>
+#include <sqlite3.h>
+#include <string>
 #include <sys/stat.h>
 
 namespace wxl::tests {
 namespace {
 
+namespace fs = std::filesystem;
 using platform::FieldType;
 using platform::FieldValue;
 using platform::Geometry;
@@ -286,6 +291,55 @@ TEST(GeoPackages, Pipes_and_links_in_their_place_are_refused_at_once) {
               (folder / "pipe.gpkg").string() + " is a pipe or a device and no file: choose another name");
     EXPECT_EQ(refusal_of("link.gpkg"),
               (folder / "link.gpkg").string() + " is a link, and nothing is written through links: delete it");
+}
+
+/// "fixes|3, summary|1"
+std::string told_counts(const fs::path& file) {
+    sqlite3* opened = nullptr;
+    EXPECT_EQ(sqlite3_open(file.c_str(), &opened), SQLITE_OK);
+    const files::SqlitePtr database(opened);
+    std::string text;
+    const auto add = [](void* all, int, char** cells, char**) {
+        *static_cast<std::string*>(all) += std::string(cells[0]) + "|" + cells[1] + " ";
+        return 0;
+    };
+    EXPECT_EQ(
+        sqlite3_exec(opened, "SELECT table_name, feature_count FROM gpkg_ogr_contents ORDER BY 1", add, &text, nullptr),
+        SQLITE_OK);
+    return text;
+}
+
+// Where a package does not tell them, QGIS takes the number of all rows for that of its filtered ones.
+TEST(GeoPackages, Numbers_of_rows_stand_in_it_and_follow_every_change) {
+    ScratchFolder folder;
+    files::DiskFileSystem disk;
+    files::GeoPackages packages(disk);
+    Package wanted{folder / "ranges.gpkg",
+                   files::ReferenceFromText("EPSG:32633"),
+                   {{"fixes", ShapeType::kPoint, {{"animal", FieldType::kText}}, 0}},
+                   "2026-11-22T09:05:00.000Z"};
+    const auto put = [&](const std::string& animal, int rows) {
+        const auto writer = packages.Open(wanted);
+        writer->Drop(0, animal);
+        const std::array<FieldValue, 1> values = {animal};
+        for (int i = 0; i < rows; ++i) writer->Put(0, Geometry::OfPoint({500000.0 + i, 6000000.0}), values);
+        writer->Publish();
+    };
+    put("a", 40);
+    EXPECT_EQ(told_counts(wanted.File), "fixes|40 ");
+    put("b", 2);
+    put("a", 3);
+    EXPECT_EQ(told_counts(wanted.File), "fixes|5 ");
+    wanted.Tables.push_back({"summary", ShapeType::kNull, {{"animal", FieldType::kText}}, 0});
+    put("b", 1);
+    EXPECT_EQ(told_counts(wanted.File), "fixes|4 summary|0 ");
+    // Whoever edits it keeps them.
+    const files::GdalDatasetPtr dataset(GDALDataset::Open(wanted.File.c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE));
+    ASSERT_TRUE(dataset);
+    dataset->ReleaseResultSet(
+        dataset->ExecuteSQL("INSERT INTO summary (animal) VALUES ('x'), ('y')", nullptr, nullptr));
+    dataset->ReleaseResultSet(dataset->ExecuteSQL("DELETE FROM fixes WHERE animal = 'a'", nullptr, nullptr));
+    EXPECT_EQ(told_counts(wanted.File), "fixes|1 summary|2 ");
 }
 
 TEST(GeoPackages, One_that_another_program_has_open_keeps_the_change_that_is_in_its_log) {

@@ -415,6 +415,8 @@ TEST_F(ProcessingTest, The_package_of_autocorrelated_ranges_brings_its_styles) {
         EXPECT_EQ(fill->strokeStyle() == Qt::SolidLine, bound == QLatin1String("est"));
     }
     ranges->renderer()->stopRender(render);
+    ASSERT_TRUE(ranges->setSubsetString(QStringLiteral("bound = 'est'")));
+    EXPECT_EQ(ranges->featureCount(), 4 * 2) << "of the filtered rows";
     EXPECT_EQ(layer_of(results, "fixes")->featureCount(), 1001);
     EXPECT_EQ(layer_of(results, "summary")->featureCount(), 4 * 2);
 }

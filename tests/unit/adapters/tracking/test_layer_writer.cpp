@@ -136,8 +136,12 @@ protected:
 TEST_P(PlaceIndexOf, Is_sound_and_holds_every_row) {
     EXPECT_EQ(Asked("SELECT rtreecheck('rtree_fixes_geom')"), "ok");
     EXPECT_EQ(Asked("SELECT count(*) FROM rtree_fixes_geom"), std::to_string(GetParam()));
-    EXPECT_EQ(Asked("SELECT count(*) FROM sqlite_master WHERE type = 'trigger' AND tbl_name = 'fixes'"), "6")
+    EXPECT_EQ(Asked("SELECT count(*) FROM sqlite_master WHERE type = 'trigger' AND tbl_name = 'fixes' AND name LIKE "
+                    "'rtree%'"),
+              "6")
         << "the triggers that keep it up to date";
+    EXPECT_EQ(Asked("SELECT feature_count FROM gpkg_ogr_contents WHERE table_name = 'fixes'"),
+              std::to_string(GetParam()));
 }
 
 TEST_P(PlaceIndexOf, Finds_what_lies_in_a_box) {
