@@ -2,10 +2,12 @@
 
 #include "adapters/disk/disk_file_system.h"
 #include "adapters/raster/raster_dataset.h"
+#include "akde/range_record.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <fmt/format.h>
 #include <fstream>
@@ -22,7 +24,8 @@ namespace fs = std::filesystem;
 namespace error_number = platform::error_number;
 using platform::NumberText;
 
-constexpr const char* kSummary = "WXL_KDE_SUMMARY.csv";
+/// Of runs of kernel densities, and of ranges with limits; a folder may have both.
+constexpr std::array<const char*, 2> kSummaries = {"WXL_KDE_SUMMARY.csv", akde::kRangeSummary};
 constexpr const char* kSettings = "WXL_KERNEL_SETTINGS.txt";
 constexpr double kUsualScaling = 1e6;
 
@@ -87,22 +90,30 @@ void name_apart(std::vector<DensityRaster>& rasters, const std::vector<std::stri
         if (counts[rasters[i].Name] > 1) rasters[i].Name = places[i];
 }
 
-std::vector<DensityRaster> rasters_of_summary(const fs::path& folder) {
+/// Why the run has no density; "" where it has one. Ranges with limits have no status, and a reason then alone.
+std::string failure_of(const SummaryRow& row) {
+    const std::string status = row["status"];
+    if (status == "0") return {};
+    if (status.empty() || !row["reason"].empty()) return row["reason"];
+    return "the run has no density of it (code " + status + ")";
+}
+
+std::vector<DensityRaster> rasters_of_summaries(const fs::path& folder) {
     std::vector<DensityRaster> rasters;
     std::vector<std::string> places;
     std::set<std::string> met;
-    const auto rows = rows_of(text_of(folder / kSummary));
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        const SummaryRow row(rows[0], rows[i]);
-        const std::string place = row["raster"];
-        if (place.empty() || !met.insert(place).second) continue;
-        DensityRaster raster{row["id"], std::nullopt, number_in(row["bandwidth"]), {}, file_of(folder, place)};
-        if (const auto fixes = number_in(row["n"])) raster.Fixes = static_cast<std::int64_t>(*fixes);
-        if (row["status"] != "0")
-            raster.Failure =
-                row["reason"].empty() ? "the run has no density of it (code " + row["status"] + ")" : row["reason"];
-        rasters.push_back(std::move(raster));
-        places.push_back(place);
+    for (const char* summary : kSummaries) {
+        const auto rows = rows_of(text_of(folder / summary));
+        for (std::size_t i = 1; i < rows.size(); ++i) {
+            const SummaryRow row(rows[0], rows[i]);
+            const std::string place = row["raster"];
+            if (place.empty() || !met.insert(place).second) continue;
+            DensityRaster raster{row["id"], std::nullopt, number_in(row["bandwidth"]), failure_of(row),
+                                 file_of(folder, place)};
+            if (const auto fixes = number_in(row["n"])) raster.Fixes = static_cast<std::int64_t>(*fixes);
+            rasters.push_back(std::move(raster));
+            places.push_back(place);
+        }
     }
     name_apart(rasters, places);
     return rasters;
@@ -145,8 +156,9 @@ double density_of(float cell, double scaling, const DensityRaster& raster) {
 }  // namespace
 
 std::vector<DensityRaster> rasters_in(const fs::path& folder) {
-    std::vector<DensityRaster> rasters =
-        fs::exists(folder / kSummary) ? rasters_of_summary(folder) : rasters_by_name(folder);
+    const bool told =
+        std::ranges::any_of(kSummaries, [&](const char* summary) { return fs::exists(folder / summary); });
+    std::vector<DensityRaster> rasters = told ? rasters_of_summaries(folder) : rasters_by_name(folder);
     if (rasters.empty())
         platform::Raise(error_number::kFileNotFound,
                         folder.string() +
@@ -157,7 +169,7 @@ std::vector<DensityRaster> rasters_in(const fs::path& folder) {
 
 ReadFiles tables_in(const fs::path& folder) {
     ReadFiles read;
-    for (const char* name : {kSummary, kSettings})
+    for (const char* name : {kSummaries[0], kSummaries[1], kSettings})
         if (fs::exists(folder / name)) read.Add(folder / name);
     return read;
 }

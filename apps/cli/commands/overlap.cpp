@@ -262,7 +262,7 @@ namespace {
 
 constexpr const char* kFooter =
     "Compares the home ranges of all pairs of animals: of a point layer, or of the output\n"
-    "folder of an earlier wxl kde, whose rasters must lie on one grid (--extent full).\n"
+    "folder of an earlier wxl kde or wxl akde, whose rasters must lie on one grid (--extent full).\n"
     "In row i and column j stand: ba, Bhattacharyya's affinity, 0 to 1 (Bhattacharyya\n"
     "1943); vi, volume of intersection, 0 to 1 (Seidel 1992, Millspaugh et al. 2004);\n"
     "udoi, utilization distribution overlap index, above 1 where peaks are shared\n"

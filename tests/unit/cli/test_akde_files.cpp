@@ -287,6 +287,29 @@ TEST(AkdeSummary, A_file_that_is_none_stays_as_it_is) {
     EXPECT_TRUE(Json::parse(akde(layer, out, {"--json", "--prefix", "P"}).Out)["summary"].is_null());
 }
 
+// A summary that another run left in the folder hides no ranges, and one without a range is told.
+TEST(AkdeSummary, Names_the_animals_whose_ranges_are_compared) {
+    ScratchFolder folder;
+    const std::string layer =
+        make_layer(folder, fourteen_rows("a") + fourteen_rows("b") + "c,500000,5800000,2020-01-01T06:00:00Z\n");
+    const std::string out = (folder / "out").string();
+    ASSERT_EQ(akde(layer, out, {"--extent", "full"}).Code, 0);
+    const Json json = Json::parse(run_wxl({"overlap", out, "--json"}).Out);
+    ASSERT_EQ(json["animals"].size(), 3U);
+    EXPECT_EQ(json["animals"][0]["id"], "a");
+    EXPECT_EQ(json["animals"][0]["n"], 14);
+    EXPECT_EQ(json["animals"][1]["id"], "b");
+    EXPECT_EQ(json["animals"][2]["id"], "c");
+    EXPECT_THAT(json["animals"][2]["status"].get<std::string>(), HasSubstr("There is 1 fix of different times"));
+    EXPECT_NEAR(json["pairs"][0]["ba"].get<double>(), 1.0, 1e-3);  // the same fixes
+    ASSERT_EQ(run_wxl({"kde", layer, "--id-field", "animal", "--out", out, "--extent", "ref:" + out + "/1", "--prefix",
+                       "K", "--where", "animal = 'b'"})
+                  .Code,
+              0);
+    const Json both = Json::parse(run_wxl({"overlap", out, "--json"}).Out);
+    EXPECT_EQ(both["animals"].size(), 4U) << both.dump(1);
+}
+
 TEST(AkdeDryRun, Tells_what_would_be_computed_and_writes_nothing) {
     ScratchFolder folder;
     const std::string layer = make_layer(folder, fourteen_rows("a") + "b,500000,5800000,2020-01-01T06:00:00Z\n");
