@@ -191,13 +191,18 @@ BandwidthMethod advised_method(const AdviceFacts& facts) {
     return method_advice(facts).Method;
 }
 
-std::string advice_text(const AdviceFacts& facts) {
+std::string advice_clause(const AdviceFacts& facts) {
     if (facts.Count < 2) return {};
-    const std::string advice = method_advice(facts).Text + remark_on_own(facts);
-    if (!is_autocorrelated(facts)) return "advised: " + advice;
-    return "advised: wxl akde, as fixes depend on each other (" + indices_text(facts) +
+    std::string advice = method_advice(facts).Text + remark_on_own(facts);
+    if (!is_autocorrelated(facts)) return advice;
+    return "wxl akde, as fixes depend on each other (" + indices_text(facts) +
            ") and ranges of independent fixes come out too small then (Fleming et al. 2015); of the other methods " +
            advice;
+}
+
+std::string advice_text(const AdviceFacts& facts) {
+    const std::string clause = advice_clause(facts);
+    return clause.empty() ? clause : "advised: " + clause;
 }
 
 }  // namespace wxl::analysis

@@ -59,7 +59,11 @@ bool is_autocorrelated(const AdviceFacts& facts);
 /// The method that suits independent fixes: LSCV, HREF, or the ad hoc one.
 BandwidthMethod advised_method(const AdviceFacts& facts);
 
-/// Both in one line, with what speaks for them and the literature; without a full stop. "" for fewer than 2 fixes.
+/// The method with what speaks for it and the literature, in one line without a full stop: "HREF, as ...". "" for fewer
+/// than 2 fixes.
+std::string advice_clause(const AdviceFacts& facts);
+
+/// The same as a line of its own: "advised: HREF, as ...".
 std::string advice_text(const AdviceFacts& facts);
 
 }  // namespace wxl::analysis

@@ -79,9 +79,9 @@ std::string advice(const PageRun& run, const AnimalRecord& record) {
     const bool searchBelowCell =
         analysis::is_search(record.Method) && analysis::failure_of(record) == analysis::Failure::kBelowCell;
     if (record.Status != 0 && !searchBelowCell) return {};
-    const std::string text = analysis::advice_text(analysis::advice_facts(record, run.Reference));
+    const std::string text = analysis::advice_clause(analysis::advice_facts(record, run.Reference));
     return text.empty() ? text
-                        : "<p class=\"advice\">If you do not know which method to take, " + XmlText(text) + ".</p>\n";
+                        : "<p class=\"advice\">If you do not know which method to take: " + XmlText(text) + ".</p>\n";
 }
 
 std::string times(const tracking_times::TimeFacts& times) {

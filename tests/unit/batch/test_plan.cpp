@@ -71,6 +71,7 @@ struct PlanTest : testing::Test {
 };
 
 TEST_F(PlanTest, Comes_back_as_it_was_written) {
+    Made.Animals[1].Error = analysis::PositionError{.Metres = 0.1 + 0.2, .Field = "hacc"};
     write_plan(Files, Batch, Made);
     const Plan plan = read_plan(Files, Folder);
     EXPECT_EQ(plan.Id, Made.Id);
@@ -89,6 +90,8 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     EXPECT_EQ(plan.Animals[0].Id, platform::FieldValue(std::int64_t{3}));
     EXPECT_EQ(plan.Animals[1].Subfolder, "animals_2-2");
     EXPECT_EQ(plan.Animals[0].StepsBack, 5);
+    EXPECT_EQ(plan.Animals[0].Error, std::nullopt);
+    EXPECT_EQ(plan.Animals[1].Error, Made.Animals[1].Error);
     ASSERT_EQ(plan.Tasks.size(), 2U);
     EXPECT_THAT(plan.Tasks[0].Work, ElementsAre(0U, 2U, 3U));
     EXPECT_EQ(plan.Tasks[1].Seconds, 9.0);

@@ -337,6 +337,7 @@ TEST_F(KdeCommand, The_page_advises_by_the_parts_of_the_range_and_the_error_of_t
                  "--cell-size", "5", "--isopleths", "50,95", "--overwrite"});
         return content(fs::path(Out) / "WXL_KDE_ANALYSIS.html");
     };
+    EXPECT_THAT(advice("20"), HasSubstr("<p class=\"advice\">If you do not know which method to take: "));
     EXPECT_THAT(advice("20"),
                 HasSubstr("; with the bandwidth of this run its 95 % range is in 8 parts, often a sign of "
                           "too small a bandwidth (Kie 2013).</p>"));
