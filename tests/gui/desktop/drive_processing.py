@@ -26,8 +26,10 @@ def show_ranges_with_limits(fixes, root):
     """The ranges of autocorrelated fixes above those of before, with an outline for every limit."""
     loaded = processing.runAndLoadResults("wxltools:autocorrelatedranges",
                                           {"INPUT": fixes, "ID_FIELD": "animal", "TIME_FIELD": "Date",
-                                           "TIME_OF_DAY_FIELD": "Time1", "OUTPUT": SETUP["output"] + "-akde"})
+                                           "TIME_OF_DAY_FIELD": "Time1", "GPKG": True,
+                                           "OUTPUT": SETUP["output"] + "-akde"})
     check(loaded["DISTRIBUTIONS"] == 4 and loaded["FAILED"] == 0, f"ranges with limits: {loaded}")
+    check(pathlib.Path(loaded["PACKAGE"]).name == "RANGES.gpkg", "their package")
     group = root.findGroup("Home ranges: fixes, AKDE")
     check(group is not None and len(group.children()) == 8, "their group")
     legend = [item.label() for item in group.children()[0].layer().renderer().legendSymbolItems()]
