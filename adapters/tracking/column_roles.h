@@ -50,7 +50,8 @@ struct TimeColumns {
     bool ByContent = false;
     bool IsNumber = false;        ///< seconds, days: one column of numbers
     std::size_t ClockDigits = 0;  ///< 4 or 6: the second column is a time of day whose leading zeros may be lost
-    bool EndsWithZone = false;    ///< the last column is the offset of the row's clock from UTC
+    std::optional<std::size_t> NamedZone = {};  ///< a column that names zones, which the times do not heed
+    bool EndsWithZone = false;                  ///< the last column is the offset of the row's clock from UTC
 };
 
 /// Where the cells of a row stand.

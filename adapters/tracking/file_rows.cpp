@@ -187,6 +187,7 @@ void FileRows::TellColumns() {
     facts.TimeByContent = m_layout.Time->ByContent;
     facts.TimeIsLocal = m_layout.Time->IsLocal && !m_layout.Time->IsUtc;
     facts.TimeIsUtc = m_layout.Time->IsUtc;
+    if (m_layout.Time->NamedZone) facts.ZoneOfClock = m_header[*m_layout.Time->NamedZone];
 }
 
 /// The columns that are kept beside the others' roles.

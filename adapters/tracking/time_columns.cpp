@@ -254,15 +254,22 @@ bool holds_offsets(const ColumnProfile& profile) {
     });
 }
 
+bool is_utc(const std::string& cell) {
+    const auto time = time_from_text(cell, {});
+    return time && time->IsUtc;
+}
+
 /// Times by the clock of a place, whose offset from UTC stands in another column.
 void add_zone(TimeColumns& columns, const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
               bool namedByUser) {
     const ColumnProfile& first = profiles[columns.Columns.front()];
     const auto zone = header.FindFirst(kZone);
     const bool isNamed = zone && columns.Columns.size() > 1 && columns.Columns.back() == *zone;
-    if (!zone || isNamed != namedByUser || columns.IsUtc || first.FullTimes() + first.Dates() < 0.5 ||
-        !holds_offsets(profiles[*zone]))
+    if (!zone || isNamed != namedByUser || columns.IsUtc || first.FullTimes() + first.Dates() < 0.5) return;
+    if (!holds_offsets(profiles[*zone])) {
+        if (!profiles[*zone].IsEmpty() && std::ranges::none_of(first.Values(), is_utc)) columns.NamedZone = zone;
         return;
+    }
     if (!isNamed) columns.Columns.push_back(*zone);
     columns.EndsWithZone = true;
     columns.IsLocal = false;

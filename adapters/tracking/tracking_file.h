@@ -59,8 +59,9 @@ struct FileFacts {
     std::string X;
     std::string Y;
     std::vector<std::string> Time;
-    std::string OtherId;  ///< may tell animals of the same name apart
-    std::string Zone;     ///< UTM zones
+    std::string OtherId;      ///< may tell animals of the same name apart
+    std::string Zone;         ///< UTM zones
+    std::string ZoneOfClock;  ///< a column that names zones of clocks, which the times do not heed
     bool IdByContent = false;
     bool PositionByContent = false;
     bool TimeByContent = false;

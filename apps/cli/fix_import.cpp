@@ -232,6 +232,11 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
         remarks.emplace_back("the column of the time was found by what it holds; another: --time COLUMN");
     if (facts.Order)
         remarks.push_back(fmt::format("dates are read as {}, as the column decides", order_text(*facts.Order)));
+    if (!facts.ZoneOfClock.empty() && options.TimeZone.empty())
+        remarks.push_back(
+            fmt::format("the column \"{}\" names the zones of clocks, and the times are taken as UTC; if they are not, "
+                        "give --time-zone NAME",
+                        facts.ZoneOfClock));
     if (facts.TimeIsLocal && options.TimeZone.empty())
         remarks.emplace_back("the times are local by their column's name, and are taken as UTC; give --time-zone NAME");
     if (facts.TimeIsUtc && !options.TimeZone.empty())

@@ -538,6 +538,20 @@ TEST(Import, A_GeoPackage_that_another_program_has_open_is_not_replaced) {
     }
 }
 
+TEST(Import, Names_of_zones_beside_the_times_are_told_unless_a_zone_is_given) {
+    const ScratchFolder folder;
+    const std::string csv =
+        write_file(folder, "t.csv", "animal,lon,lat,time,timezone\na,15.1,45.1,2018-05-09 10:00:00,Europe/Berlin\n");
+    const std::string told =
+        "the column \"timezone\" names the zones of clocks, and the times are taken as UTC; if they are not, give "
+        "--time-zone NAME\n";
+    const std::string out = folder / "o.gpkg";
+    EXPECT_NE(run_wxl({"import", csv, out}).Err.find(told), std::string::npos);
+    const Ran given = run_wxl({"import", csv, out, "--time-zone", "Europe/Berlin", "--overwrite"});
+    EXPECT_EQ(given.Code, 0);
+    EXPECT_EQ(given.Err.find(told), std::string::npos);
+}
+
 TEST(Import, The_same_file_gives_the_same_bytes_again) {
     const ScratchFolder folder;
     const std::string csv = write_file(

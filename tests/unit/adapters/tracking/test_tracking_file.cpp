@@ -229,7 +229,11 @@ TEST(TrackingFile, Offsets_are_left_aside_where_times_are_utc_or_no_offset_is_to
     const std::vector<std::int64_t> noon = {12 * 3600};
     EXPECT_EQ(seconds_of("id,utc time,tz,lat,lon\na,2019-03-13 12:00,+01:00,52,5\n"), noon);
     EXPECT_EQ(seconds_of("id,time,tz,lat,lon\na,2019-03-13 12:00Z,+01:00,52,5\n"), noon);
-    EXPECT_EQ(seconds_of("id,time,timezone,lat,lon\na,2019-03-13 12:00,Eastern Standard Time,52,5\n"), noon);
+    const std::string named = "id,time,timezone,lat,lon\na,2019-03-13 12:00,Eastern Standard Time,52,5\n";
+    EXPECT_EQ(seconds_of(named), noon);
+    EXPECT_EQ(facts_of(named).ZoneOfClock, "timezone");
+    EXPECT_EQ(facts_of("id,time,tz,lat,lon\na,2019-03-13 12:00Z,Europe/Berlin,52,5\n").ZoneOfClock, "");
+    EXPECT_EQ(facts_of("id,time,tz,lat,lon\na,2019-03-13 12:00,+01:00,52,5\n").ZoneOfClock, "");
 }
 
 TEST(TrackingFile, Columns_of_the_time_are_told) {
