@@ -537,7 +537,8 @@ TEST_F(KdeAlone, Cells_suit_the_bandwidth_that_leaves_a_range_whole) {
     WriteTable("wolves.csv");
     const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf", "--bandwidth", "adhoc", "--json"});
     ASSERT_EQ(ran.Code, 0) << ran.Err;
-    for (const json& animal : json::parse(ran.Out)["animals"]) {
+    const json told = json::parse(ran.Out);
+    for (const json& animal : told["animals"]) {
         const double cells = animal["bandwidth_map_units"].get<double>() / animal["cell_size"].get<double>();
         EXPECT_GE(cells, 6.0);
         EXPECT_LE(cells, 15.0);

@@ -188,7 +188,8 @@ TEST_F(ResultsPageTest, A_raster_that_is_gone_leaves_a_line) {
     frame.Folder = "/out";
     frame.Wanted.Html = true;
     Rasters.Delete("/out", "K3");
-    Page->RunBegins(frame, {});
+    const analysis::GroupedFixes unknown;
+    Page->RunBegins(frame, unknown);
     for (const auto& record : Keeper.Records) Page->AnimalDone(record);
     Page->RunEnds(analysis::RunOutcome::kStopped);
     EXPECT_THAT(Html(), HasSubstr("The raster is not in the folder, so there is no map."));
