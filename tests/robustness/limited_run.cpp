@@ -33,7 +33,7 @@ void set_limit(int what, rlim_t value) {
 
 [[noreturn]] void run_child(const std::vector<std::string>& arguments, const std::filesystem::path& out,
                             const std::filesystem::path& err) {
-    set_limit(RLIMIT_CPU, 20);
+    set_limit(RLIMIT_CPU, kSanitized ? 80 : 20);
     set_limit(RLIMIT_CORE, 0);
     if (!kSanitized) set_limit(RLIMIT_DATA, rlim_t{1} << 30);
     ::alarm(60);

@@ -45,7 +45,7 @@ enum class Expected {
 /// signal.
 inline void expect_defined(const LimitedRun& run, Expected expected, const std::string& stem) {
     EXPECT_EQ(run.Signal, 0) << run.Err;
-    EXPECT_LT(run.CpuSeconds, 2.0 * (is_sanitized() ? 8.0 : 1.0)) << run.Err;
+    EXPECT_LT(run.CpuSeconds, 2.0 * (is_sanitized() ? 30.0 : 1.0)) << run.Err;
     EXPECT_LT(run.Megabytes, 256.0 * (is_sanitized() ? 4.0 : 1.0)) << run.Err;
     EXPECT_EQ(run.Err.find("runtime error:"), std::string::npos) << run.Err;
     EXPECT_EQ(run.Err.find("AddressSanitizer"), std::string::npos) << run.Err;
