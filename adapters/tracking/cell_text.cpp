@@ -10,36 +10,84 @@ namespace wxl::tracking {
 
 namespace {
 
-struct Fold {
-    std::string_view Letter;
-    std::string_view Plain;
+/// A character and the bytes it takes; 0 for a byte that begins none.
+struct Character {
+    char32_t Code = 0;
+    std::size_t Bytes = 1;
 };
 
-// Small and capital letters of the languages that tables come in.
-constexpr std::array<Fold, 74> kFolds = {
-    {{"\xC3\xA4", "a"},  {"\xC3\x84", "a"},  {"\xC3\xA0", "a"},  {"\xC3\x80", "a"}, {"\xC3\xA1", "a"},
-     {"\xC3\x81", "a"},  {"\xC3\xA2", "a"},  {"\xC3\x82", "a"},  {"\xC3\xA3", "a"}, {"\xC3\x83", "a"},
-     {"\xC3\xA5", "a"},  {"\xC3\x85", "a"},  {"\xC3\xA7", "c"},  {"\xC3\x87", "c"}, {"\xC3\xA8", "e"},
-     {"\xC3\x88", "e"},  {"\xC3\xA9", "e"},  {"\xC3\x89", "e"},  {"\xC3\xAA", "e"}, {"\xC3\x8A", "e"},
-     {"\xC3\xAB", "e"},  {"\xC3\x8B", "e"},  {"\xC3\xAD", "i"},  {"\xC3\x8D", "i"}, {"\xC3\xAE", "i"},
-     {"\xC3\x8E", "i"},  {"\xC3\xAF", "i"},  {"\xC3\x8F", "i"},  {"\xC3\xAC", "i"}, {"\xC3\x8C", "i"},
-     {"\xC3\xB1", "n"},  {"\xC3\x91", "n"},  {"\xC3\xB6", "o"},  {"\xC3\x96", "o"}, {"\xC3\xB3", "o"},
-     {"\xC3\x93", "o"},  {"\xC3\xB4", "o"},  {"\xC3\x94", "o"},  {"\xC3\xB5", "o"}, {"\xC3\x95", "o"},
-     {"\xC3\xB8", "o"},  {"\xC3\x98", "o"},  {"\xC3\xB9", "u"},  {"\xC3\x99", "u"}, {"\xC3\xBA", "u"},
-     {"\xC3\x9A", "u"},  {"\xC3\xBB", "u"},  {"\xC3\x9B", "u"},  {"\xC3\xBC", "u"}, {"\xC3\x9C", "u"},
-     {"\xC3\x9F", "ss"}, {"\xC3\xA6", "ae"}, {"\xC3\x86", "ae"}, {"\xC4\x8D", "c"}, {"\xC4\x8C", "c"},
-     {"\xC5\xA1", "s"},  {"\xC5\xA0", "s"},  {"\xC5\xBE", "z"},  {"\xC5\xBD", "z"}, {"\xC5\x82", "l"},
-     {"\xC5\x81", "l"},  {"\xC4\x85", "a"},  {"\xC4\x87", "c"},  {"\xC4\x99", "e"}, {"\xC5\x84", "n"},
-     {"\xC5\x9B", "s"},  {"\xC5\x9A", "s"},  {"\xC5\xBA", "z"},  {"\xC5\xBC", "z"}, {"\xC4\x9B", "e"},
-     {"\xC5\x99", "r"},  {"\xC3\xBD", "y"},  {"\xC5\xAF", "u"},  {"\xC5\x91", "o"}}};
+Character character_at(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<char32_t>(static_cast<unsigned char>(text[i])); };
+    const char32_t first = byte(0);
+    const std::size_t bytes = first < 0x80 ? 1 : first < 0xC0 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (bytes == 0 || bytes > text.size()) return {};
+    char32_t code = bytes == 1 ? first : first & (0x7FU >> bytes);
+    for (std::size_t i = 1; i < bytes; ++i) code = (code << 6U) | (byte(i) & 0x3FU);
+    return {code, bytes};
+}
+
+void append_character(std::string& text, char32_t code) {
+    const auto add = [&](char32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (code < 0x80) return add(code);
+    if (code < 0x800) {
+        add(0xC0 | (code >> 6U));
+    } else {
+        add(0xE0 | (code >> 12U));
+        add(0x80 | ((code >> 6U) & 0x3FU));
+    }
+    add(0x80 | (code & 0x3FU));
+}
+
+// What is left of accented Latin letters: U+00C0 to U+00FF without ae and ss, and U+0100 to U+017F. A blank is no
+// letter.
+constexpr std::string_view kLatin1 = "aaaaaa ceeeeiiiidnooooo ouuuuyt aaaaaa ceeeeiiiidnooooo ouuuuyty";
+constexpr std::string_view kLatinA =
+    "aaaaaaccccccccddddeeeeeeeeeegggggggghhhhiiiiiiiiiiiijjkkkllllllllllnnnnnnnnnoooooooorrrrrrssssssssttttttuuuuuuuuuu"
+    "uu"
+    "wwyyyzzzzzzs";
+static_assert(kLatin1.size() == 64 && kLatinA.size() == 128);
+
+std::string_view plain_latin(char32_t code) {
+    if (code == 0xC6 || code == 0xE6) return "ae";
+    if (code == 0xDF) return "ss";
+    if (code == 0x218 || code == 0x219) return "s";
+    if (code == 0x21A || code == 0x21B) return "t";
+    std::string_view plain;
+    if (code >= 0xC0 && code < 0x100) plain = kLatin1.substr(code - 0xC0, 1);
+    if (code >= 0x100 && code < 0x180) plain = kLatinA.substr(code - 0x100, 1);
+    return plain == " " ? std::string_view() : plain;
+}
+
+struct GreekFold {
+    char32_t Letter;
+    char32_t Plain;
+};
+constexpr std::array<GreekFold, 21> kGreek = {
+    {{0x386, 0x3B1}, {0x3AC, 0x3B1}, {0x388, 0x3B5}, {0x3AD, 0x3B5}, {0x389, 0x3B7}, {0x3AE, 0x3B7}, {0x38A, 0x3B9},
+     {0x3AF, 0x3B9}, {0x390, 0x3B9}, {0x3AA, 0x3B9}, {0x3CA, 0x3B9}, {0x38C, 0x3BF}, {0x3CC, 0x3BF}, {0x38E, 0x3C5},
+     {0x3CD, 0x3C5}, {0x3B0, 0x3C5}, {0x3AB, 0x3C5}, {0x3CB, 0x3C5}, {0x38F, 0x3C9}, {0x3CE, 0x3C9}, {0x3C2, 0x3C3}}};
+
+/// A letter of Greek, without accents, or Cyrillic as a small one.
+char32_t small_letter(char32_t code) {
+    for (const GreekFold& fold : kGreek)
+        if (fold.Letter == code) return fold.Plain;
+    if (code >= 0x391 && code <= 0x3A9) return code + 0x20;
+    if (code >= 0x410 && code <= 0x42F) return code + 0x20;
+    if (code >= 0x400 && code <= 0x40F) return code + 0x50;
+    return code == 0x490 ? 0x491 : code;
+}
+
+/// Letters of Greek, Cyrillic, Hebrew, Arabic, Chinese, Japanese and Korean.
+bool is_other_letter(char32_t code) {
+    return (code >= 0x370 && code < 0x530) || (code >= 0x5D0 && code < 0x700) || (code >= 0x3040 && code < 0x3100) ||
+           (code >= 0x4E00 && code < 0xA000) || (code >= 0xAC00 && code < 0xD7B0);
+}
 
 std::size_t fold_at(std::string_view rest, std::string& bare) {
-    for (const Fold& fold : kFolds) {
-        if (!rest.starts_with(fold.Letter)) continue;
-        bare += fold.Plain;
-        return fold.Letter.size();
-    }
-    return 1;
+    const Character character = character_at(rest);
+    bare += plain_latin(character.Code);
+    if (is_other_letter(character.Code)) append_character(bare, small_letter(character.Code));
+    return character.Bytes;
 }
 
 }  // namespace
@@ -77,6 +125,21 @@ bool is_placeholder(double value) {
     constexpr std::array<double, 5> kPlaceholders = {-999.0, -9999.0, -99999.0, -999999.0, -9999999.0};
     return std::any_of(kPlaceholders.begin(), kPlaceholders.end(),
                        [&](double placeholder) { return value <= placeholder && value > placeholder - 1.0; });
+}
+
+std::string small_letters(std::string_view word) {
+    std::string small;
+    while (!word.empty()) {
+        const Character character = character_at(word);
+        const char32_t folded = small_letter(character.Code);
+        if (folded == character.Code) {
+            small += word.substr(0, character.Bytes);
+        } else {
+            append_character(small, folded);
+        }
+        word.remove_prefix(character.Bytes);
+    }
+    return small;
 }
 
 std::string bare_name(std::string_view name, bool brackets) {

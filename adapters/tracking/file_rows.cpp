@@ -381,6 +381,14 @@ bool FileRows::TakeTime(TrackingFix& fix) {
                         shown(text), fmt::join(Facts().Time, "\" and \"")));
         return false;
     }
+    if (time->HasAbbreviation && !m_options->Zone) {
+        LeaveUnreadable(
+            Reason::kTime, m_layout.Time->Columns.front(),
+            fmt::format("\"{}\" in column \"{}\" names a time zone by letters that several zones share; say "
+                        "which it is by --time-zone NAME (UTC, Europe/Paris)",
+                        shown(text), fmt::join(Facts().Time, "\" and \"")));
+        return false;
+    }
     fix.Seconds = time->Seconds;
     if (time->IsUtc || !m_options->Zone || m_layout.Time->IsUtc) return true;
     const UtcTime utc = m_options->Zone->ToUtc(time->Seconds);
@@ -442,6 +450,7 @@ TimeKind FileRows::KindOfNumbers() const {
     if (time.How != TimeColumns::Style::kTogether || profile.IsEmpty() || profile.Numbers() < 0.9 ||
         profile.FullTimes() + profile.Dates() > 0.5)
         return TimeKind::kCalendar;
+    if (profile.Max() >= 1e17) return TimeKind::kEpochNanos;
     if (profile.Max() >= 1e14) return TimeKind::kEpochMicros;
     if (profile.Max() >= 1e11) return TimeKind::kEpochMillis;
     if (profile.Max() >= 1e8) return TimeKind::kEpochSeconds;

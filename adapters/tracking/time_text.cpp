@@ -1,5 +1,6 @@
 #include "adapters/tracking/time_text.h"
 
+#include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/number_text.h"
 #include "platform/text.h"
 
@@ -7,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <initializer_list>
 
 namespace wxl::tracking {
 
@@ -122,7 +124,7 @@ struct MonthName {
     std::string_view Start;
     int Month;
 };
-constexpr std::array<MonthName, 58> kMonths = {{{"jan", 1},
+constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
                                                 {"ene", 1},
                                                 {"gen", 1},
                                                 {"sty", 1},
@@ -183,16 +185,58 @@ constexpr std::array<MonthName, 58> kMonths = {{{"jan", 1},
                                                  12},
                                                 {"gru", 12},
                                                 {"des", 12},
-                                                {"sept", 9}}};
+                                                {"sept", 9},
+                                                {"\xD1\x8F\xD0\xBD\xD0\xB2", 1},
+                                                {"\xD1\x84\xD0\xB5\xD0\xB2", 2},
+                                                {"\xD0\xBC\xD0\xB0\xD1\x80", 3},
+                                                {"\xD0\xB0\xD0\xBF\xD1\x80", 4},
+                                                {"\xD0\xBC\xD0\xB0\xD1\x8F", 5},
+                                                {"\xD0\xBC\xD0\xB0\xD0\xB9", 5},
+                                                {"\xD0\xB8\xD1\x8E\xD0\xBD", 6},
+                                                {"\xD0\xB8\xD1\x8E\xD0\xBB", 7},
+                                                {"\xD0\xB0\xD0\xB2\xD0\xB3", 8},
+                                                {"\xD1\x81\xD0\xB5\xD0\xBD", 9},
+                                                {"\xD0\xBE\xD0\xBA\xD1\x82", 10},
+                                                {"\xD0\xBD\xD0\xBE\xD1\x8F", 11},
+                                                {"\xD0\xB4\xD0\xB5\xD0\xBA", 12},
+                                                {"\xD1\x81\xD1\x96\xD1\x87", 1},
+                                                {"\xD0\xBB\xD1\x8E\xD1\x82", 2},
+                                                {"\xD0\xB1\xD0\xB5\xD1\x80", 3},
+                                                {"\xD0\xBA\xD0\xB2\xD1\x96", 4},
+                                                {"\xD1\x82\xD1\x80\xD0\xB0", 5},
+                                                {"\xD1\x87\xD0\xB5\xD1\x80", 6},
+                                                {"\xD0\xBB\xD0\xB8\xD0\xBF", 7},
+                                                {"\xD1\x81\xD0\xB5\xD1\x80", 8},
+                                                {"\xD0\xB2\xD0\xB5\xD1\x80", 9},
+                                                {"\xD0\xB6\xD0\xBE\xD0\xB2", 10},
+                                                {"\xD0\xBB\xD0\xB8\xD1\x81", 11},
+                                                {"\xD0\xB3\xD1\x80\xD1\x83", 12},
+                                                {"\xCE\xB9\xCE\xB1\xCE\xBD", 1},
+                                                {"\xCF\x86\xCE\xB5\xCE\xB2", 2},
+                                                {"\xCE\xB1\xCF\x80\xCF\x81", 4},
+                                                {"\xCE\xB9\xCE\xBF\xCF\x85\xCE\xBD", 6},
+                                                {"\xCE\xB9\xCE\xBF\xCF\x85\xCE\xBB", 7},
+                                                {"\xCE\xB1\xCF\x85\xCE\xB3", 8},
+                                                {"\xCF\x83\xCE\xB5\xCF\x80", 9},
+                                                {"\xCE\xBF\xCE\xBA\xCF\x84", 10},
+                                                {"\xCE\xBD\xCE\xBF\xCE\xB5", 11},
+                                                {"\xCE\xB4\xCE\xB5\xCE\xBA", 12},
+                                                {"\xCE\xBC\xCE\xB1\xCF\x81", 3}}};
 
 bool starts_no_case(std::string_view text, std::string_view start) {
     return platform::EqualNoCase(text.substr(0, start.size()), start);
 }
 
-std::optional<int> month_named(std::string_view word) {
+std::optional<int> month_starting(std::string_view word) {
     for (const MonthName& name : kMonths)
         if (starts_no_case(word, name.Start)) return name.Month;
     return std::nullopt;
+}
+
+std::optional<int> month_named(std::string_view word) {
+    if (const auto month = month_starting(word)) return month;
+    const bool isAscii = std::ranges::all_of(word, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    return isAscii ? std::nullopt : month_starting(small_letters(word));
 }
 
 bool is_weekday(std::string_view word) {
@@ -233,8 +277,33 @@ void skip_separators(Scanner& scanner) {
     while (scanner.TakeAny("-/., ")) continue;
 }
 
+bool take_mark(Scanner& scanner, std::initializer_list<std::string_view> marks) {
+    for (const std::string_view mark : marks) {
+        if (!scanner.Rest().starts_with(mark)) continue;
+        scanner.Skip(mark.size());
+        scanner.SkipBlanks();
+        return true;
+    }
+    return false;
+}
+
+/// What stands behind a year in Chinese, Japanese and Korean.
+bool take_year_mark(Scanner& scanner) {
+    return take_mark(scanner, {"\xE5\xB9\xB4", "\xEB\x85\x84"});
+}
+
+/// Month and day with their marks, as the year before them has its own.
+std::optional<std::int64_t> take_marked_date(Scanner& scanner, const Part& year) {
+    const auto month = take_part(scanner);
+    if (!month || !take_mark(scanner, {"\xE6\x9C\x88", "\xEC\x9B\x94"})) return std::nullopt;
+    const auto day = take_part(scanner);
+    if (!day || !take_mark(scanner, {"\xE6\x97\xA5", "\xEC\x9D\xBC"})) return std::nullopt;
+    return days_in_order({year, *month, *day}, DateOrder::kYearMonthDay);
+}
+
 /// Day, month by name and year, the first of them taken already.
 std::optional<std::int64_t> take_named_month(Scanner& scanner, const Part& first) {
+    if (take_year_mark(scanner)) return take_marked_date(scanner, first);
     const auto month = month_named(scanner.Word());
     skip_separators(scanner);
     const auto last = take_part(scanner);
@@ -302,7 +371,9 @@ std::optional<std::int64_t> take_date(Scanner& scanner, DateOrder order) {
         scanner = ahead;
         return take_named_month(scanner, *first);
     }
-    if (std::string_view("-/.").find(scanner.Peek()) == std::string_view::npos) return std::nullopt;
+    // Cameras write 2018:05:09.
+    const bool isCamera = scanner.Peek() == ':' && first->Digits == 4;
+    if (!isCamera && std::string_view("-/.").find(scanner.Peek()) == std::string_view::npos) return std::nullopt;
     const auto date = take_numeric_date(scanner, *first);
     if (!date) return std::nullopt;
     if (date->IsYearAndDay) return days_of_year(date->Parts[0].Value, date->Parts[1].Value);
@@ -317,7 +388,7 @@ std::optional<int> hour_of_half(Scanner& scanner, int hour) {
     const bool before = platform::EqualNoCase(ahead.Rest().substr(0, 1), "a");
     if (!after && !before) return hour;
     ahead.Skip(1);
-    ahead.Take('.');
+    if (ahead.Take('.')) ahead.Take(' ');
     if (!ahead.TakeAny("mM")) return hour;
     ahead.Take('.');
     if (hour < 1 || hour > 12) return std::nullopt;
@@ -356,6 +427,34 @@ std::optional<TimeOfDay> take_packed_time(Scanner& scanner, std::size_t digits) 
     return time;
 }
 
+/// The "m", "min" or ":" of 14h59min05s.
+bool take_minute_mark(Scanner& scanner) {
+    if (!scanner.TakeAny("m:")) return false;
+    if (scanner.Rest().starts_with("in")) scanner.Skip(2);
+    scanner.SkipBlanks();
+    return true;
+}
+
+bool take_hour_mark(Scanner& scanner) {
+    return take_mark(scanner, {"\xE6\x97\xB6", "\xE6\x99\x82", "\xEC\x8B\x9C"});
+}
+
+/// Hour, minute and second with their marks in Chinese, Japanese or Korean.
+std::optional<TimeOfDay> take_marked_time(Scanner& scanner) {
+    TimeOfDay time;
+    time.Hour = scanner.Number(scanner.DigitsAhead());
+    take_hour_mark(scanner);
+    if (scanner.AtEnd()) return time;
+    const auto minute = take_part(scanner);
+    if (!minute || !take_mark(scanner, {"\xE5\x88\x86", "\xEB\xB6\x84"})) return std::nullopt;
+    time.Minute = minute->Value;
+    if (scanner.AtEnd()) return time;
+    const auto second = take_seconds(scanner);
+    if (!second || !take_mark(scanner, {"\xE7\xA7\x92", "\xEC\xB4\x88"})) return std::nullopt;
+    time.Second = *second;
+    return time;
+}
+
 std::optional<TimeOfDay> take_parted_time(Scanner& scanner) {
     TimeOfDay time;
     time.Hour = scanner.Number(scanner.DigitsAhead());
@@ -366,7 +465,7 @@ std::optional<TimeOfDay> take_parted_time(Scanner& scanner) {
     if (hourMark && digits == 0) return time;
     if (digits < 1 || digits > 2) return std::nullopt;
     time.Minute = scanner.Number(digits);
-    const bool more = hourMark ? scanner.TakeAny("m:") && scanner.DigitsAhead() > 0 : scanner.Take(mark);
+    const bool more = hourMark ? take_minute_mark(scanner) && scanner.DigitsAhead() > 0 : scanner.Take(mark);
     if (!more) return time;
     const auto seconds = take_seconds(scanner);
     if (!seconds) return std::nullopt;
@@ -384,6 +483,11 @@ std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
     std::optional<TimeOfDay> time;
     if (parted) {
         time = take_parted_time(scanner);
+    } else if (digits <= 2 && static_cast<unsigned char>(mark) >= 0x80) {
+        Scanner ahead = scanner;
+        ahead.Skip(digits);
+        if (!take_hour_mark(ahead)) return std::nullopt;
+        time = take_marked_time(scanner);
     } else if (digits >= 3) {
         time = take_packed_time(scanner, digits);
     } else {
@@ -404,7 +508,29 @@ std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
 struct Zone {
     bool Given = false;
     std::int64_t Seconds = 0;  ///< east of UTC
+    bool IsAbbreviated = false;
 };
+
+/// "CET", "EST": letters that stand for several zones.
+bool take_abbreviation(Scanner& scanner) {
+    std::size_t length = 0;
+    while (scanner.Peek(length) >= 'A' && scanner.Peek(length) <= 'Z') ++length;
+    if (length < 2 || length > 5 || is_letter(scanner.Peek(length)) || is_digit(scanner.Peek(length))) return false;
+    scanner.Skip(length);
+    return true;
+}
+
+/// What is told of a zone in brackets behind its offset: "[Europe/Amsterdam]", "(CEST)".
+void skip_bracket(Scanner& scanner) {
+    Scanner ahead = scanner;
+    ahead.SkipBlanks();
+    if (ahead.Peek() != '[' && ahead.Peek() != '(') return;
+    const char end = ahead.Peek() == '[' ? ']' : ')';
+    const std::size_t length = ahead.Rest().find(end);
+    if (length == std::string_view::npos) return;
+    ahead.Skip(length + 1);
+    scanner = ahead;
+}
 
 /// Offset after a sign: +02:00, +0200, +02, +2.
 std::optional<Zone> take_signed_offset(Scanner& scanner) {
@@ -433,7 +559,20 @@ std::optional<Zone> take_zone(Scanner& scanner) {
         return Zone{true, 0};
     }
     if (scanner.Peek() == '+' || scanner.Peek() == '-') return take_signed_offset(scanner);
+    if (take_abbreviation(scanner)) return Zone{false, 0, true};
     return Zone{};
+}
+
+/// 05:00:00
+bool starts_with_seconds(const Scanner& scanner) {
+    Scanner ahead = scanner;
+    for (const char mark : {':', ':', '\0'}) {
+        const std::size_t digits = ahead.DigitsAhead();
+        if (digits < 1 || digits > 2) return false;
+        ahead.Skip(digits);
+        if (mark != '\0' && !ahead.Take(mark)) return false;
+    }
+    return true;
 }
 
 /// What stands between a date and a time of day.
@@ -444,7 +583,12 @@ bool take_joint(Scanner& scanner) {
     }
     bool any = false;
     while (scanner.TakeAny(" ,")) any = true;
-    return any;
+    if (any) return true;
+    // 2018/05/09-14:59:05; less than that may be the offset of a date.
+    Scanner ahead = scanner;
+    if (!ahead.TakeAny("-:") || !starts_with_seconds(ahead)) return false;
+    scanner = ahead;
+    return true;
 }
 
 bool at_end(Scanner& scanner) {
@@ -452,28 +596,74 @@ bool at_end(Scanner& scanner) {
     return scanner.AtEnd() || scanner.Peek() == '/';
 }
 
+TimeText time_of(std::int64_t days, std::int64_t ofDay, const Zone& zone) {
+    return {days * kSecondsPerDay + ofDay - zone.Seconds, zone.Given, true, zone.IsAbbreviated};
+}
+
+bool starts_with_time_of_day(const Scanner& scanner) {
+    const std::size_t digits = scanner.DigitsAhead();
+    return (digits == 1 || digits == 2) && scanner.Peek(digits) == ':';
+}
+
+/// "14:59:05 9-May-2018"
+std::optional<TimeText> time_before_date(Scanner scanner, DateOrder order) {
+    const auto ofDay = take_time_of_day(scanner);
+    if (!ofDay || !scanner.TakeAny(" ,")) return std::nullopt;
+    scanner.SkipBlanks();
+    const auto days = take_date(scanner, order);
+    if (!days) return std::nullopt;
+    const auto zone = take_zone(scanner);
+    if (!zone || !at_end(scanner)) return std::nullopt;
+    return time_of(*days, *ofDay, *zone);
+}
+
+/// "Wed May  9 14:59:05 2018", as C prints times, and "Wed May  9 14:59:05 UTC 2018".
+std::optional<TimeText> time_within_date(Scanner scanner) {
+    skip_weekday(scanner);
+    const auto month = month_named(scanner.Word());
+    scanner.SkipBlanks();
+    const auto day = take_part(scanner);
+    scanner.SkipBlanks();
+    if (!month || !day || !starts_with_time_of_day(scanner)) return std::nullopt;
+    const auto ofDay = take_time_of_day(scanner);
+    const auto zone = take_zone(scanner);
+    scanner.SkipBlanks();
+    const auto year = take_part(scanner);
+    if (!ofDay || !zone || !year || year->Digits != 4 || !at_end(scanner)) return std::nullopt;
+    const auto days = days_of(year->Value, *month, day->Value);
+    if (!days) return std::nullopt;
+    return time_of(*days, *ofDay, *zone);
+}
+
 std::optional<TimeText> calendar_time(std::string_view text, DateOrder order) {
     Scanner scanner(text);
+    if (starts_with_time_of_day(scanner)) return time_before_date(scanner, order);
+    if (is_letter(scanner.Peek()))
+        if (const auto time = time_within_date(scanner)) return time;
     // 201805091459 and 20180509145905 are a date and a time of day.
     const std::size_t packed = scanner.DigitsAhead();
     const bool joined = packed == 12 || packed == 14;
     Scanner date(joined ? text.substr(0, 8) : text);
     const auto days = take_date(date, order);
     if (!days || (joined && !date.AtEnd())) return std::nullopt;
-    TimeText time{*days * kSecondsPerDay, false, false};
     if (joined) {
         scanner.Skip(8);
     } else {
         scanner = date;
-        if (at_end(scanner)) return time;
+        if (at_end(scanner)) return TimeText{*days * kSecondsPerDay, false, false, false};
         scanner = date;
-        if (!take_joint(scanner)) return std::nullopt;
+        // The mark of the day parts a date from the time behind it.
+        const char before = text[text.size() - scanner.Rest().size() - 1];
+        const bool isMarked = is_letter(before) || before == ' ';
+        if (!take_joint(scanner) && !isMarked) return std::nullopt;
     }
     const auto ofDay = take_time_of_day(scanner);
     if (!ofDay) return std::nullopt;
     const auto zone = take_zone(scanner);
-    if (!zone || !at_end(scanner)) return std::nullopt;
-    return TimeText{time.Seconds + *ofDay - zone->Seconds, zone->Given, true};
+    if (!zone) return std::nullopt;
+    if (zone->Given) skip_bracket(scanner);
+    if (!at_end(scanner)) return std::nullopt;
+    return time_of(*days, *ofDay, *zone);
 }
 
 std::optional<TimeText> number_time(std::string_view text, const TimeFormat& format) {
@@ -483,11 +673,12 @@ std::optional<TimeText> number_time(std::string_view text, const TimeFormat& for
     double seconds = *number;
     if (format.Kind == TimeKind::kEpochMillis) seconds /= 1e3;
     if (format.Kind == TimeKind::kEpochMicros) seconds /= 1e6;
+    if (format.Kind == TimeKind::kEpochNanos) seconds /= 1e9;
     const bool sheet = format.Kind == TimeKind::kSheetDays;
     // A day number has some 11 decimals: the nearest thousandth of a second is what the sheet showed.
     if (sheet) seconds = std::round((*number - kDaysTo1970) * 86400.0 * 1000.0) / 1000.0;
     if (!(std::abs(seconds) < 2.5e11)) return std::nullopt;
-    return TimeText{static_cast<std::int64_t>(std::floor(seconds)), !sheet, true};
+    return TimeText{static_cast<std::int64_t>(std::floor(seconds)), !sheet, true, false};
 }
 
 }  // namespace
@@ -514,6 +705,10 @@ std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {
 unsigned possible_orders(std::string_view text) {
     constexpr unsigned kAny = 7;
     Scanner scanner(platform::Trim(text));
+    if (starts_with_time_of_day(scanner)) {
+        if (!take_time_of_day(scanner)) return kAny;
+        scanner.SkipBlanks();
+    }
     skip_weekday(scanner);
     std::array<Part, 3> parts{};
     const std::size_t digits = scanner.DigitsAhead();

@@ -18,6 +18,7 @@ enum class TimeKind {
     kEpochSeconds,  ///< since 1970-01-01 UTC, fractions allowed
     kEpochMillis,
     kEpochMicros,
+    kEpochNanos,
     kSheetDays  ///< day numbers of spreadsheets: days since 1899-12-30, fractions are times of day
 };
 
@@ -32,6 +33,7 @@ struct TimeText {
     std::int64_t Seconds = 0;  ///< since 1970-01-01 00:00:00, by the clock of the text or in UTC
     bool IsUtc = false;        ///< an offset, a "Z" or the kind made it UTC; else it is a time of some clock
     bool HasTimeOfDay = false;
+    bool HasAbbreviation = false;  ///< a zone is named by letters that several zones share ("CST"): not UTC by them
 
     friend bool operator==(const TimeText&, const TimeText&) = default;
 };
@@ -42,8 +44,10 @@ struct TimeText {
 /// the order of the format, unless a year of four digits stands first or points part them (then the day stands first);
 /// months by name ("13-Feb-2009", "Feb 13, 2009", in English, German, French, Spanish, ...); years of two digits are
 /// 1970 to 2069; a day of the week before the date is skipped. Times of day: 14:59, 14:59:05.25, 14h59, 1459, 145905,
-/// 2:59 pm. Then an offset ("+02:00", "+0200", "UTC+2"), "Z", "UTC" or "GMT". Of a range ("2018-05-09/2018-05-11") the
-/// start counts.
+/// 2:59 pm, 14h59min05s. Then an offset ("+02:00", "+0200", "UTC+2"), "Z", "UTC" or "GMT"; of other letters
+/// (HasAbbreviation) only that they are there. The time may stand before the date, or within it ("Wed May 9 14:59:05
+/// 2018"). Chinese, Japanese and Korean dates have their marks behind the numbers. Of a range
+/// ("2018-05-09/2018-05-11") the start counts.
 std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& format);
 
 /// Seconds since midnight of a time of day alone, fractions cut off; nothing when the text is none.

@@ -16,7 +16,7 @@ constexpr std::int64_t kMinute = kDay + 53940;
 constexpr std::int64_t kMoment = kDay + 53945;
 
 std::int64_t seconds(std::string_view text, const TimeFormat& format = kDmy) {
-    return time_from_text(text, format).value_or(TimeText{-1, false, false}).Seconds;
+    return time_from_text(text, format).value_or(TimeText{-1}).Seconds;
 }
 
 TEST(TimeText, Dates_with_the_year_first_need_no_order) {
@@ -48,6 +48,49 @@ TEST(TimeText, Months_by_name) {
     EXPECT_EQ(seconds("9-dic-2018"), tracking_times::seconds_from_timestamp("2018-12-09"));
 }
 
+TEST(TimeText, Time_stands_within_the_date_or_before_it) {
+    for (const char* text :
+         {"Wed May  9 14:59:05 2018", "Wed May  9 14:59:05 UTC 2018", "May 9 14:59:05 2018", "14:59:05 09-May-2018",
+          "14:59:05 9/5/2018", "2:59:05 PM, 9 May 2018", "Wed, 09 May 2018 14:59:05 +0000", "2018/05/09-14:59:05",
+          "2018-05-09-14:59:05", "09MAY2018:14:59:05", "2018:05:09 14:59:05"})
+        EXPECT_EQ(seconds(text), kMoment) << text;
+    EXPECT_EQ(seconds("14:59:05 5/9/2018", kMdy), kMoment);
+    EXPECT_EQ(possible_orders("14:59:05 13/5/2018"), 1U << static_cast<unsigned>(DateOrder::kDayMonthYear));
+}
+
+TEST(TimeText, Months_in_other_alphabets) {
+    // 9 мая 2018, 9 МАЯ 2018, 9 травня 2018
+    for (const char* text : {"9 \xD0\xBC\xD0\xB0\xD1\x8F 2018", "9 \xD0\x9C\xD0\x90\xD0\xAF 2018",
+                             "9 \xD1\x82\xD1\x80\xD0\xB0\xD0\xB2\xD0\xBD\xD1\x8F 2018"})
+        EXPECT_EQ(seconds(text), kDay) << text;
+}
+
+TEST(TimeText, Marks_behind_the_numbers_of_a_date) {
+    // 2018年5月9日14时59分05秒, 2018年05月09日 14:59:05, 2018년 5월 9일 14시 59분 5초
+    for (const char* text :
+         {"2018\xE5\xB9\xB4"
+          "5\xE6\x9C\x88"
+          "9\xE6\x97\xA5"
+          "14\xE6\x97\xB6"
+          "59\xE5\x88\x86"
+          "05\xE7\xA7\x92",
+          "2018\xE5\xB9\xB4"
+          "05\xE6\x9C\x88"
+          "09\xE6\x97\xA5 14:59:05",
+          "2018\xEB\x85\x84 5\xEC\x9B\x94 9\xEC\x9D\xBC 14\xEC\x8B\x9C 59\xEB\xB6\x84 5\xEC\xB4\x88"})
+        EXPECT_EQ(seconds(text), kMoment) << text;
+}
+
+TEST(TimeText, Abbreviations_of_zones_are_told_and_not_heeded) {
+    for (const char* text : {"2018-05-09 14:59:05 CEST", "5/9/2018 14:59:05 EST", "Wed May  9 14:59:05 CST 2018"}) {
+        const auto time = time_from_text(text, kMdy);
+        ASSERT_TRUE(time) << text;
+        EXPECT_EQ(*time, (TimeText{kMoment, false, true, true})) << text;
+    }
+    EXPECT_EQ(time_from_text("2018-05-09T16:59:05+02:00[Europe/Paris]", kDmy), (TimeText{kMoment, true, true, false}));
+    EXPECT_EQ(time_from_text("Wed May 09 2018 16:59:05 GMT+0200 (CEST)", kDmy), (TimeText{kMoment, true, true, false}));
+}
+
 TEST(TimeText, Times_of_day) {
     EXPECT_EQ(time_of_day_from_text("14:59:05"), 53945);
     EXPECT_EQ(time_of_day_from_text("14:59:05.9"), 53945);
@@ -58,6 +101,11 @@ TEST(TimeText, Times_of_day) {
     EXPECT_EQ(time_of_day_from_text("08h00"), 28800);
     EXPECT_EQ(time_of_day_from_text("8h"), 28800);
     EXPECT_EQ(time_of_day_from_text("8h30m15s"), 30615);
+    EXPECT_EQ(time_of_day_from_text("8h30min15s"), 30615);
+    EXPECT_EQ(time_of_day_from_text("13h05min"), 47100);
+    EXPECT_EQ(time_of_day_from_text("14.59.05"), 53945);
+    EXPECT_EQ(time_of_day_from_text("14:59:05,250"), 53945);
+    EXPECT_EQ(time_of_day_from_text("2:59:05 p. m."), 53945);
     EXPECT_EQ(time_of_day_from_text("1459"), 53940);
     EXPECT_EQ(time_of_day_from_text("905"), 32700);
     EXPECT_EQ(time_of_day_from_text("145905"), 53945);
@@ -93,7 +141,10 @@ TEST(TimeText, Years_of_two_digits_are_1970_to_2069) {
 TEST(TimeText, Anything_else_is_none) {
     for (const char* text :
          {"", "week 20", "2018-05", "2018-02-30", "31/4/2018", "13/13/2018", "2018-05-09 25:00", "2018-366",
-          "2018-05-09 14:59 CEST", "2018-05-09x", "12345", "9-Foo-2018", "1/2/345", "2018-05-09 14:59 +25:00"})
+          "2018-05-09x", "2018-05-09-05:00", "2018-05-09 14:59 Cest", "14:59 2018", "Wed May 9 14:59:05",
+          "2018\xE5\xB9\xB4"
+          "5",
+          "12345", "9-Foo-2018", "1/2/345", "2018-05-09 14:59 +25:00"})
         EXPECT_FALSE(time_from_text(text, kDmy)) << text;
 }
 

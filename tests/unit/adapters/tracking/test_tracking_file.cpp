@@ -583,5 +583,20 @@ TEST(TrackingFile, Cells_in_messages_are_short_and_harmless) {
                   "...\" in column \"y\" is not a coordinate; correct it, or empty the cell");
 }
 
+TEST(TrackingFile, Letters_that_several_zones_share_are_not_guessed) {
+    const std::string table = "id,x,y,time\nA,5.1,52.2,2018-05-09 14:59:05 CEST\n";
+    EXPECT_EQ(
+        refusal(table),
+        "f.csv, line 2: \"2018-05-09 14:59:05 CEST\" in column \"time\" names a time zone by letters that several "
+        "zones share; say which it is by --time-zone NAME (UTC, Europe/Paris)");
+    ReadOptions options;
+    options.Zone = std::make_shared<TimeZone>("Europe/Paris");
+    EXPECT_EQ(read(table, options).Fixes.at(0).Seconds, 17660LL * 86400 + 53945 - 7200);
+}
+
+TEST(TrackingFile, Nanoseconds_are_times) {
+    EXPECT_EQ(read("id,x,y,time\nA,5.1,52.2,1525877945000000000\n").Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+}
+
 }  // namespace
 }  // namespace wxl::tracking
