@@ -5,6 +5,7 @@
 #include "adapters/tracking/time_columns.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <array>
 
 namespace wxl::tracking {
@@ -55,9 +56,16 @@ std::vector<std::size_t> columns_read(const Layout& layout) {
 
 /// Which of two columns of one name is meant nobody can know.
 void refuse_namesakes(const std::vector<std::string>& header, const ColumnHeader& columns, const Layout& layout) {
-    for (const std::size_t column : columns_read(layout))
+    const std::vector<std::size_t> read = columns_read(layout);
+    // MM and mm are month and minute where each has its role.
+    const auto differ = [&](std::size_t column, std::size_t other) {
+        return header[column] != header[other] && std::ranges::count(read, column) == 1 &&
+               std::ranges::count(read, other) == 1;
+    };
+    for (const std::size_t column : read)
         for (std::size_t other = 0; other < header.size(); ++other)
-            if (other != column && !header[column].empty() && platform::EqualNoCase(header[column], header[other]))
+            if (other != column && !header[column].empty() && platform::EqualNoCase(header[column], header[other]) &&
+                !differ(column, other))
                 columns.Refuse("two columns are called \"" + header[column] + "\"; give each a name of its own");
 }
 

@@ -306,7 +306,8 @@ bool FileRows::TakePosition(TrackingFix& fix) {
             return false;
         }
     }
-    if (fix.X == 0.0 && fix.Y == 0.0 && SaysNoFix()) {
+    // 200, 200 is what some tags send where others send 0, 0.
+    if (fix.X == fix.Y && (fix.X == 0.0 || fix.X == 200.0) && SaysNoFix()) {
         Leave(Reason::kNoPosition, position.X);
         return false;
     }

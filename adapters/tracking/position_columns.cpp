@@ -17,48 +17,70 @@ struct Words {
     bool Within;  ///< also as a part of a name
 };
 
-constexpr std::array<Words, 37> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
-                                           {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
-                                           {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
-                                           {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
-                                           {"longitudine", "latitudine", PositionUnit::kDegrees, 97, true},
-                                           {"long", "lat", PositionUnit::kDegrees, 96, true},
-                                           {"lon", "lat", PositionUnit::kDegrees, 95, true},
-                                           {"lng", "lat", PositionUnit::kDegrees, 94, true},
-                                           {"langengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
-                                           {"laengengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
-                                           {"lange", "breite", PositionUnit::kDegrees, 92, true},
-                                           {"laenge", "breite", PositionUnit::kDegrees, 92, true},
-                                           {"lengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
-                                           {"lengtegraad", "breedtegraad", PositionUnit::kDegrees, 92, true},
-                                           {"pituusaste", "leveysaste", PositionUnit::kDegrees, 92, true},
-                                           {"laengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
-                                           {"dlugosc", "szerokosc", PositionUnit::kDegrees, 92, true},
-                                           {"delka", "sirka", PositionUnit::kDegrees, 91, true},
-                                           {"hosszusag", "szelesseg", PositionUnit::kDegrees, 91, true},
-                                           {"x", "y", PositionUnit::kUnknown, 70, false},
-                                           {"xcoord", "ycoord", PositionUnit::kUnknown, 66, false},
-                                           {"xcoordinate", "ycoordinate", PositionUnit::kUnknown, 66, false},
-                                           {"coordx", "coordy", PositionUnit::kUnknown, 66, false},
-                                           {"coordsx1", "coordsx2", PositionUnit::kUnknown, 66, false},
-                                           {"posx", "posy", PositionUnit::kUnknown, 66, false},
-                                           {"pointx", "pointy", PositionUnit::kUnknown, 66, false},
-                                           {"locx", "locy", PositionUnit::kUnknown, 66, false},
-                                           {"easting", "northing", PositionUnit::kLengths, 60, true},
-                                           {"utmeasting", "utmnorthing", PositionUnit::kLengths, 59, true},
-                                           {"utmx", "utmy", PositionUnit::kLengths, 58, true},
-                                           {"utme", "utmn", PositionUnit::kLengths, 58, false},
-                                           {"xutm", "yutm", PositionUnit::kLengths, 58, true},
-                                           {"eutm", "nutm", PositionUnit::kLengths, 58, false},
-                                           {"rechtswert", "hochwert", PositionUnit::kLengths, 57, true},
-                                           {"east", "north", PositionUnit::kLengths, 56, true},
-                                           {"este", "norte", PositionUnit::kLengths, 55, true},
-                                           {"ost", "nord", PositionUnit::kLengths, 54, false}}};
+constexpr std::array<Words, 53> kWords = {
+    {{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
+     {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
+     {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
+     {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
+     {"longitudine", "latitudine", PositionUnit::kDegrees, 97, true},
+     {"long", "lat", PositionUnit::kDegrees, 96, true},
+     {"lon", "lat", PositionUnit::kDegrees, 95, true},
+     {"lng", "lat", PositionUnit::kDegrees, 94, true},
+     {"langengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
+     {"laengengrad", "breitengrad", PositionUnit::kDegrees, 93, true},
+     {"lange", "breite", PositionUnit::kDegrees, 92, true},
+     {"laenge", "breite", PositionUnit::kDegrees, 92, true},
+     {"lengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
+     {"lengtegraad", "breedtegraad", PositionUnit::kDegrees, 92, true},
+     {"pituusaste", "leveysaste", PositionUnit::kDegrees, 92, true},
+     {"laengdegrad", "breddegrad", PositionUnit::kDegrees, 92, true},
+     {"dlugosc", "szerokosc", PositionUnit::kDegrees, 92, true},
+     {"delka", "sirka", PositionUnit::kDegrees, 91, true},
+     {"hosszusag", "szelesseg", PositionUnit::kDegrees, 91, true},
+     {"\xD0\xB4\xD0\xBE\xD0\xBB\xD0\xB3\xD0\xBE\xD1\x82\xD0\xB0", "\xD1\x88\xD0\xB8\xD1\x80\xD0\xBE\xD1\x82\xD0\xB0",
+      PositionUnit::kDegrees, 92, true},  // долгота, широта
+     {"\xD0\xB4\xD0\xBE\xD0\xB2\xD0\xB3\xD0\xBE\xD1\x82\xD0\xB0", "\xD1\x88\xD0\xB8\xD1\x80\xD0\xBE\xD1\x82\xD0\xB0",
+      PositionUnit::kDegrees, 92, true},  // довгота, широта
+     {"\xD0\xB4\xD1\x8A\xD0\xBB\xD0\xB6\xD0\xB8\xD0\xBD\xD0\xB0", "\xD1\x88\xD0\xB8\xD1\x80\xD0\xB8\xD0\xBD\xD0\xB0",
+      PositionUnit::kDegrees, 92, true},  // дължина, ширина
+     {"\xD0\xB4\xD1\x83\xD0\xB6\xD0\xB8\xD0\xBD\xD0\xB0", "\xD1\x88\xD0\xB8\xD1\x80\xD0\xB8\xD0\xBD\xD0\xB0",
+      PositionUnit::kDegrees, 92, true},  // дужина, ширина
+     {"\xCE\xBC\xCE\xB7\xCE\xBA\xCE\xBF\xCF\x83", "\xCF\x80\xCE\xBB\xCE\xB1\xCF\x84\xCE\xBF\xCF\x83",
+      PositionUnit::kDegrees, 92, true},  // μηκοσ, πλατοσ
+     {"\xE7\xBB\x8F\xE5\xBA\xA6", "\xE7\xBA\xAC\xE5\xBA\xA6", PositionUnit::kDegrees, 92, true},  // 经度, 纬度
+     {"\xE7\xB6\x93\xE5\xBA\xA6", "\xE7\xB7\xAF\xE5\xBA\xA6", PositionUnit::kDegrees, 92, true},  // 經度, 緯度
+     {"\xE7\xB5\x8C\xE5\xBA\xA6", "\xE7\xB7\xAF\xE5\xBA\xA6", PositionUnit::kDegrees, 92, true},  // 経度, 緯度
+     {"\xEA\xB2\xBD\xEB\x8F\x84", "\xEC\x9C\x84\xEB\x8F\x84", PositionUnit::kDegrees, 92, true},  // 경도, 위도
+     {"boylam", "enlem", PositionUnit::kDegrees, 92, true},
+     {"dolzina", "sirina", PositionUnit::kDegrees, 92, true},
+     {"duzina", "sirina", PositionUnit::kDegrees, 92, true},
+     {"pikkuskraad", "laiuskraad", PositionUnit::kDegrees, 92, true},
+     {"bujur", "lintang", PositionUnit::kDegrees, 92, true},
+     {"x", "y", PositionUnit::kUnknown, 70, false},
+     {"x1", "y1", PositionUnit::kUnknown, 65, false},
+     {"mux", "muy", PositionUnit::kUnknown, 64, false},
+     {"xcoord", "ycoord", PositionUnit::kUnknown, 66, false},
+     {"xcoordinate", "ycoordinate", PositionUnit::kUnknown, 66, false},
+     {"coordx", "coordy", PositionUnit::kUnknown, 66, false},
+     {"coordsx1", "coordsx2", PositionUnit::kUnknown, 66, false},
+     {"posx", "posy", PositionUnit::kUnknown, 66, false},
+     {"pointx", "pointy", PositionUnit::kUnknown, 66, false},
+     {"locx", "locy", PositionUnit::kUnknown, 66, false},
+     {"easting", "northing", PositionUnit::kLengths, 60, true},
+     {"utmeasting", "utmnorthing", PositionUnit::kLengths, 59, true},
+     {"utmx", "utmy", PositionUnit::kLengths, 58, true},
+     {"utme", "utmn", PositionUnit::kLengths, 58, false},
+     {"xutm", "yutm", PositionUnit::kLengths, 58, true},
+     {"eutm", "nutm", PositionUnit::kLengths, 58, false},
+     {"rechtswert", "hochwert", PositionUnit::kLengths, 57, true},
+     {"east", "north", PositionUnit::kLengths, 56, true},
+     {"este", "norte", PositionUnit::kLengths, 55, true},
+     {"ost", "nord", PositionUnit::kLengths, 54, false}}};
 
 // Words of columns that tell of other places than those of fixes.
-constexpr std::array<std::string_view, 21> kOtherPlaces = {
-    "deploy", "release", "capture", "nest", "colony", "study", "start", "end",  "home",    "centroid", "mean",
-    "ecef",   "burrow",  "den",     "site", "roost",  "acc",   "mag",   "gyro", "station", "offset"};
+constexpr std::array<std::string_view, 22> kOtherPlaces = {
+    "tagdep", "deploy", "release", "capture", "nest", "colony", "study", "start", "end",  "home",    "centroid",
+    "mean",   "ecef",   "burrow",  "den",     "site", "roost",  "acc",   "mag",   "gyro", "station", "offset"};
 // A solution that is not that of the satellite receiver on the animal.
 constexpr std::array<std::string_view, 7> kCoarse = {"iridium", "argos", "gsm", "cell", "doppler", "cep", "network"};
 

@@ -21,21 +21,86 @@ bool has_any(const std::string& name, std::span<const std::string_view> parts) {
     return std::any_of(parts.begin(), parts.end(), [&](std::string_view part) { return has(name, part); });
 }
 
-constexpr std::array<std::string_view, 15> kTimeWords = {"time",        "date",     "stamp", "datum",    "fecha",
-                                                         "zeit",        "hora",     "heure", "klokka",   "epoch",
-                                                         "acquisition", "tidpunkt", "tijd",  "datetime", "utc"};
-constexpr std::array<std::string_view, 7> kWholeTimeWords = {"t", "tid", "dato", "data", "when", "begin", "dt"};
+constexpr std::array<std::string_view, 30> kTimeWords = {
+    "time",
+    "date",
+    "stamp",
+    "datum",
+    "fecha",
+    "zeit",
+    "hora",
+    "heure",
+    "klokka",
+    "epoch",
+    "acquisition",
+    "tidpunkt",
+    "tijd",
+    "datetime",
+    "utc",
+    "recorded",
+    "\xD0\xB4\xD0\xB0\xD1\x82\xD0\xB0",
+    "\xD0\xB2\xD1\x80\xD0\xB5\xD0\xBC\xD1\x8F",
+    "\xCE\xB7\xCE\xBC\xCE\xB5\xCF\x81\xCE\xBF\xCE\xBC\xCE\xB7\xCE\xBD\xCE\xB9\xCE\xB1",
+    "\xE6\x97\xA5\xE6\x9C\x9F",
+    "\xE6\x97\xB6\xE9\x97\xB4",
+    "\xE6\x99\x82\xE9\x96\x93",
+    "\xE6\x97\xA5\xE4\xBB\x98",
+    "\xE6\x97\xA5\xE6\x99\x82",
+    "\xE6\x99\x82\xE5\x88\xBB",
+    "\xEB\x82\xA0\xEC\xA7\x9C",
+    "\xEC\x8B\x9C\xEA\xB0\x84",
+    "\xEC\x9D\xBC\xEC\x8B\x9C",
+    "paivamaara",
+    "tarih"};
+constexpr std::array<std::string_view, 19> kWholeTimeWords = {"t",
+                                                              "tid",
+                                                              "dato",
+                                                              "data",
+                                                              "when",
+                                                              "begin",
+                                                              "dt",
+                                                              "t1",
+                                                              "ts",
+                                                              "tscorrected",
+                                                              "\xD1\x87\xD0\xB0\xD1\x81",
+                                                              "\xCF\x89\xCF\x81\xCE\xB1",
+                                                              "aika",
+                                                              "saat",
+                                                              "godzina",
+                                                              "czas",
+                                                              "cas",
+                                                              "ido",
+                                                              "ora"};
 constexpr std::array<std::string_view, 4> kUtcWords = {"utc", "gmt", "zulu", "unix"};
 constexpr std::array<std::string_view, 4> kLocalWords = {"local", "lmt", "localtime", "lokal"};
-constexpr std::array<std::string_view, 13> kOfMessage = {"scts",    "receive",      "message", "sent",     "upload",
-                                                         "uplink",  "transmit",     "import",  "download", "update",
-                                                         "created", "transmission", "server"};
+constexpr std::array<std::string_view, 16> kOfMessage = {
+    "scts",   "msg",      "txdate", "txtime",   "receive", "message", "sent",         "upload",
+    "uplink", "transmit", "import", "download", "update",  "created", "transmission", "server"};
 constexpr std::array<std::string_view, 17> kOfOtherThings = {
     "deploy", "birth", "capture", "mortality", "sunrise", "sunset",    "release",  "hatch", "moult",
     "first",  "last",  "onset",   "timezone",  "used",    "timetoget", "modified", "ttf"};
 constexpr std::array<std::string_view, 4> kOfStart = {"start", "begin", "end", "stop"};
-constexpr std::array<std::string_view, 12> kDateWords = {"date", "datum",   "fecha", "dato",    "data", "day",
-                                                         "jour", "yearday", "dag",   "utcdate", "dia",  "tag"};
+constexpr std::array<std::string_view, 20> kDateWords = {
+    "date",
+    "datum",
+    "fecha",
+    "dato",
+    "data",
+    "day",
+    "jour",
+    "yearday",
+    "dag",
+    "utcdate",
+    "dia",
+    "tag",
+    "\xD0\xB4\xD0\xB0\xD1\x82\xD0\xB0",
+    "\xCE\xB7\xCE\xBC\xCE\xB5\xCF\x81\xCE\xBF\xCE\xBC\xCE\xB7\xCE\xBD\xCE\xB9\xCE\xB1",
+    "\xE6\x97\xA5\xE6\x9C\x9F",
+    "\xE6\x97\xA5\xE4\xBB\x98",
+    "\xEB\x82\xA0\xEC\xA7\x9C",
+    "paivamaara",
+    "pvm",
+    "tarih"};
 
 bool speaks_of_time(const std::string& bare) {
     return has_any(bare, kTimeWords) ||
@@ -172,8 +237,8 @@ private:
 };
 
 constexpr std::array<std::string_view, 7> kYear = {"year", "yr", "yyyy", "jahr", "annee", "ano", "ar"};
-constexpr std::array<std::string_view, 5> kMonth = {"month", "mon", "monat", "mois", "mes"};
-constexpr std::array<std::string_view, 5> kDay = {"day", "dayofmonth", "tag", "jour", "dia"};
+constexpr std::array<std::string_view, 8> kMonth = {"month", "mon", "monat", "mois", "mes", "maand", "mese", "mm"};
+constexpr std::array<std::string_view, 8> kDay = {"day", "dayofmonth", "tag", "jour", "dia", "dag", "giorno", "dd"};
 constexpr std::array<std::string_view, 8> kDayOfYear = {"doy",       "yday", "dayofyear", "julian",
                                                         "julianday", "jday", "yearday",   "jd"};
 constexpr std::array<std::string_view, 10> kHour = {"hour", "hr",    "hh",  "stunde",  "heure",
@@ -184,6 +249,15 @@ constexpr std::array<std::string_view, 4> kTimeOfDay = {"time", "timeofday", "ut
 
 bool are_numbers(const std::vector<ColumnProfile>& profiles, std::optional<std::size_t> column) {
     return column && profiles[*column].Whole() > 0.9;
+}
+
+/// The minute beside a month: MM and mm are the same without their case.
+std::optional<std::size_t> minute_column(const ColumnHeader& header, std::optional<std::size_t> month) {
+    const auto minute = header.FindFirst(kMinute);
+    if (!minute || minute != month) return minute;
+    for (std::size_t i = *month + 1; i < header.Count(); ++i)
+        if (header.Bare(i) == "mm") return i;
+    return std::nullopt;
 }
 
 /// Year, month, day and hour, minute, second in columns of their own.
@@ -204,7 +278,7 @@ std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std:
         return std::nullopt;
     }
     const auto hour = header.FindFirst(kHour);
-    const auto minute = header.FindFirst(kMinute);
+    const auto minute = minute_column(header, month);
     const auto ofDay = header.FindFirst(kTimeOfDay);
     if (are_numbers(profiles, hour)) {
         columns.Columns.push_back(*hour);
@@ -338,6 +412,11 @@ void append_zone(std::string_view zone, std::string& buffer) {
     if (!already || !already->IsUtc) buffer += offset_text(zone);
 }
 
+/// A year of two digits in a column of its own is one from 1970 to 2069.
+void complete_year(std::string& year) {
+    if (year.size() == 2) year.insert(0, year < "70" ? "20" : "19");
+}
+
 /// Hour, minute and second, or a time of day, from a column on.
 void append_time_of_day(const TimeColumns& columns, std::size_t from,
                         const std::function<std::string_view(std::size_t)>& cell, std::string& text) {
@@ -396,11 +475,13 @@ std::string_view joined_time(const TimeColumns& columns, const std::function<std
             if (columns.EndsWithZone) append_zone(cell(columns.Columns.back()), buffer);
             return buffer;
         case TimeColumns::Style::kYearAndDay:
+            complete_year(buffer);
             buffer += '-';
             append_padded(buffer, cell(columns.Columns[1]), 3);
             append_time_of_day(columns, 2, cell, buffer);
             return buffer;
         case TimeColumns::Style::kYearMonthDay:
+            complete_year(buffer);
             buffer += '-';
             buffer += cell(columns.Columns[1]);
             buffer += '-';

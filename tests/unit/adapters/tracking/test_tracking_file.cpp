@@ -97,7 +97,43 @@ INSTANTIATE_TEST_SUITE_P(
                     Names{"zv\xC3\xAD\xC5\x99"
                           "e",
                           "d\xC3\xA9lka", "\xC5\xA1\xC3\xAD\xC5\x99ka", "datum"},
-                    Names{"dyr", "l\xC3\xA6ngdegrad", "breddegrad", "dato"}));
+                    Names{"dyr", "l\xC3\xA6ngdegrad", "breddegrad", "dato"},
+                    Names{"\xD0\x96\xD0\xB8\xD0\xB2\xD0\xBE\xD1\x82\xD0\xBD\xD0\xBE\xD0\xB5",
+                          "\xD0\x94\xD0\xBE\xD0\xBB\xD0\xB3\xD0\xBE\xD1\x82\xD0\xB0",
+                          "\xD0\xA8\xD0\xB8\xD1\x80\xD0\xBE\xD1\x82\xD0\xB0", "\xD0\x94\xD0\xB0\xD1\x82\xD0\xB0"},
+                    Names{"\xD0\x96\xD0\x98\xD0\x92\xD0\x9E\xD0\xA2\xD0\x9D\xD0\x9E\xD0\x95",
+                          "\xD0\x94\xD0\x9E\xD0\x9B\xD0\x93\xD0\x9E\xD0\xA2\xD0\x90",
+                          "\xD0\xA8\xD0\x98\xD0\xA0\xD0\x9E\xD0\xA2\xD0\x90", "\xD0\x94\xD0\x90\xD0\xA2\xD0\x90"},
+                    Names{"\xD0\xA2\xD0\xB2\xD0\xB0\xD1\x80\xD0\xB8\xD0\xBD\xD0\xB0",
+                          "\xD0\x94\xD0\xBE\xD0\xB2\xD0\xB3\xD0\xBE\xD1\x82\xD0\xB0",
+                          "\xD0\xA8\xD0\xB8\xD1\x80\xD0\xBE\xD1\x82\xD0\xB0", "\xD0\x94\xD0\xB0\xD1\x82\xD0\xB0"},
+                    Names{"\xCE\x96\xCF\x8E\xCE\xBF",
+                          "\xCE\x93\xCE\xB5\xCF\x89\xCE\xB3\xCF\x81\xCE\xB1\xCF\x86\xCE\xB9\xCE\xBA\xCF\x8C "
+                          "\xCE\xBC\xCE\xAE\xCE\xBA\xCE\xBF\xCF\x82",
+                          "\xCE\x93\xCE\xB5\xCF\x89\xCE\xB3\xCF\x81\xCE\xB1\xCF\x86\xCE\xB9\xCE\xBA\xCF\x8C "
+                          "\xCF\x80\xCE\xBB\xCE\xAC\xCF\x84\xCE\xBF\xCF\x82",
+                          "\xCE\x97\xCE\xBC\xCE\xB5\xCF\x81\xCE\xBF\xCE\xBC\xCE\xB7\xCE\xBD\xCE\xAF\xCE\xB1"},
+                    Names{"\xCE\x96\xCE\xA9\xCE\x9F",
+                          "\xCE\x93\xCE\x95\xCE\xA9\xCE\x93\xCE\xA1\xCE\x91\xCE\xA6\xCE\x99\xCE\x9A\xCE\x9F "
+                          "\xCE\x9C\xCE\x97\xCE\x9A\xCE\x9F\xCE\xA3",
+                          "\xCE\x93\xCE\x95\xCE\xA9\xCE\x93\xCE\xA1\xCE\x91\xCE\xA6\xCE\x99\xCE\x9A\xCE\x9F "
+                          "\xCE\xA0\xCE\x9B\xCE\x91\xCE\xA4\xCE\x9F\xCE\xA3",
+                          "\xCE\x97\xCE\x9C\xCE\x95\xCE\xA1\xCE\x9F\xCE\x9C\xCE\x97\xCE\x9D\xCE\x99\xCE\x91"},
+                    Names{"\xE5\x8A\xA8\xE7\x89\xA9\xE7\xBC\x96\xE5\x8F\xB7", "\xE7\xBB\x8F\xE5\xBA\xA6",
+                          "\xE7\xBA\xAC\xE5\xBA\xA6", "\xE6\x97\xA5\xE6\x9C\x9F"},
+                    Names{"\xE5\x8B\x95\xE7\x89\xA9", "\xE7\xB6\x93\xE5\xBA\xA6", "\xE7\xB7\xAF\xE5\xBA\xA6",
+                          "\xE6\x99\x82\xE9\x96\x93"},
+                    Names{"\xE5\x80\x8B\xE4\xBD\x93\xE7\x95\xAA\xE5\x8F\xB7", "\xE7\xB5\x8C\xE5\xBA\xA6",
+                          "\xE7\xB7\xAF\xE5\xBA\xA6", "\xE6\x97\xA5\xE6\x99\x82"},
+                    Names{"\xEA\xB0\x9C\xEC\xB2\xB4\xEB\xB2\x88\xED\x98\xB8", "\xEA\xB2\xBD\xEB\x8F\x84",
+                          "\xEC\x9C\x84\xEB\x8F\x84", "\xEB\x82\xA0\xEC\xA7\x9C"},
+                    Names{"Hayvan", "Boylam", "Enlem", "Tarih"},
+                    Names{"El\xC3\xA4in", "Pituusaste", "Leveysaste", "P\xC3\xA4iv\xC3\xA4m\xC3\xA4\xC3\xA4r\xC3\xA4"},
+                    Names{"\xC3\x81LLAT", "HOSSZ\xC3\x9AS\xC3\x81G", "SZ\xC3\x89LESS\xC3\x89G", "D\xC3\x81TUM"},
+                    Names{"ZWIERZ\xC4\x98", "D\xC5\x81UGO\xC5\x9A\xC4\x86", "SZEROKO\xC5\x9A\xC4\x86", "data"},
+                    Names{"id", "x1_", "y1_", "t1_"}, Names{"ID", "mu.x", "mu.y", "Time"},
+                    Names{"CollarSerialNumber", "Longitude", "Latitude", "DateLocal"},
+                    Names{"ref", "LON", "LAT", "D_DATE"}));
 
 TEST(TrackingFile, Animal_goes_before_tag_and_tag_before_row_number) {
     EXPECT_EQ(facts_of("id,tag-local-identifier,x,y\n1,T,0,0\n").Id, "tag-local-identifier");
@@ -596,6 +632,39 @@ TEST(TrackingFile, Letters_that_several_zones_share_are_not_guessed) {
 
 TEST(TrackingFile, Nanoseconds_are_times) {
     EXPECT_EQ(read("id,x,y,time\nA,5.1,52.2,1525877945000000000\n").Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+}
+
+TEST(TrackingFile, Years_of_two_digits_in_a_column_of_their_own) {
+    EXPECT_EQ(read("id,Year,Julianday,Hour,Minute,x,y\nA,18,129,14,59,5.1,52.2\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 53940);
+    EXPECT_EQ(read("id,Day,Month,Year,Hour,Minute,Second,x,y\nA,9,5,18,14,59,5,5.1,52.2\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 53945);
+}
+
+TEST(TrackingFile, Months_and_minutes_may_have_one_name_but_for_its_case) {
+    EXPECT_EQ(read("id,YYYY,MM,DD,HH,mm,ss,x,y\nA,2018,05,09,14,59,05,5.1,52.2\n").Fixes.at(0).Seconds,
+              17660LL * 86400 + 53945);
+}
+
+TEST(TrackingFile, Date_of_the_location_goes_before_that_of_the_message) {
+    EXPECT_EQ(facts_of("Platform ID No.;Msg Date;Loc. date;Latitude;Longitude\n"
+                       "7;2018/05/09 14:50:00;2018/05/09 14:59:05;52.2;5.1\n")
+                  .Time,
+              std::vector<std::string>{"Loc. date"});
+}
+
+TEST(TrackingFile, Places_of_tagging_are_no_fixes) {
+    EXPECT_EQ(
+        refusal("motusTagID,ts,tagDepLat,tagDepLon\n7,1525877945,52.2,5.1\n"),
+        "f.csv, line 1: no two columns look like the position of a fix; give them by --x COLUMN --y COLUMN, if the "
+        "table holds fixes; the columns are: motusTagID, ts, tagDepLat, tagDepLon");
+}
+
+TEST(TrackingFile, Two_hundred_degrees_without_a_fix_are_no_position) {
+    const Tracking t = read("UUID,time,Longitude,Latitude,Validity\na,2018-05-09,5.1,52.2,1\na,2018-05-09,200,200,0\n");
+    EXPECT_EQ(t.Animals, std::vector<std::string>{"a"});
+    EXPECT_EQ(t.Fixes.size(), 1U);
+    EXPECT_EQ(t.Rejected.Of(Reason::kNoPosition), 1);
 }
 
 }  // namespace
