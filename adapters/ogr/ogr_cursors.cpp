@@ -83,7 +83,7 @@ public:
 
     bool HasShape() const override {
         const OGRGeometry* geometry = m_feature->GetGeometryRef();
-        return geometry != nullptr && !geometry->IsEmpty();
+        return geometry != nullptr && geometry->IsEmpty() == FALSE;
     }
 
     void AddTo(platform::Extent& bounds) const override {

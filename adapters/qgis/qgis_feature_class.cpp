@@ -32,8 +32,8 @@ bool IsGone(QgsVectorLayer& layer, QgsFeatureId id) {
 
 class QgisFeature final : public platform::IFeature {
 public:
-    QgisFeature(std::shared_ptr<TablePass> pass, QgsFeature feature)
-        : m_pass(std::move(pass)), m_feature(std::move(feature)) {}
+    QgisFeature(std::shared_ptr<TablePass> pass, const QgsFeature& feature)
+        : m_pass(std::move(pass)), m_feature(feature) {}
 
     std::int64_t OID() const override { return m_feature.id(); }
     platform::Geometry Shape() const override { return FromQgsGeometry(m_feature.geometry()); }
@@ -184,8 +184,8 @@ private:
 /// blocks, which spares the rows between.
 class SelectionCursor final : public platform::IFeatureCursor {
 public:
-    SelectionCursor(std::shared_ptr<TablePass> pass, QgsFeatureRequest request)
-        : m_pass(std::move(pass)), m_request(std::move(request)) {
+    SelectionCursor(std::shared_ptr<TablePass> pass, const QgsFeatureRequest& request)
+        : m_pass(std::move(pass)), m_request(request) {
         const QgsFeatureIds& selected = m_pass->Open().selectedFeatureIds();
         m_ids.assign(selected.begin(), selected.end());
         std::sort(m_ids.begin(), m_ids.end());
@@ -286,10 +286,11 @@ platform::ShapeType QgisFeatureClass::Shape() const {
 
 platform::SpatialReference QgisFeatureClass::Reference() const {
     const QgsVectorLayer& layer = open_layer(m_layer);
-    const platform::SpatialReference reference = FromCrs(layer.crs());
+    platform::SpatialReference reference = FromCrs(layer.crs());
     const QgsVectorDataProvider* provider = layer.dataProvider();
     // A system that the user gave the layer in QGIS has its name there.
-    if (!provider || provider->storageType() != QLatin1String("ESRI Shapefile") || provider->crs() != layer.crs())
+    if (provider == nullptr || provider->storageType() != QLatin1String("ESRI Shapefile") ||
+        provider->crs() != layer.crs())
         return reference;
     const QString file = QgsProviderRegistry::instance()
                              ->decodeUri(layer.providerType(), provider->dataSourceUri())

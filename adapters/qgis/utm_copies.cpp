@@ -65,12 +65,12 @@ bool is_writable_folder(const QString& folder) {
 }
 
 QString folder_for_copy(const QgsVectorLayer& layer) {
-    if (const QString home = QgsProject::instance()->homePath(); is_writable_folder(home)) return home;
+    if (QString home = QgsProject::instance()->homePath(); is_writable_folder(home)) return home;
     const QString file = QgsProviderRegistry::instance()
                              ->decodeUri(layer.providerType(), layer.source())
                              .value(QStringLiteral("path"))
                              .toString();
-    if (const QString beside = QFileInfo(file).absolutePath(); QFileInfo::exists(file) && is_writable_folder(beside))
+    if (QString beside = QFileInfo(file).absolutePath(); QFileInfo::exists(file) && is_writable_folder(beside))
         return beside;
     return QDir::tempPath();
 }

@@ -50,8 +50,8 @@ bool is_raster_file(const platform::IFileSystem& files, const std::filesystem::p
 /// Where the raster of that name stands; empty when there is none.
 std::filesystem::path find_raster(const platform::IFileSystem& files, const std::filesystem::path& folder,
                                   const std::string& name) {
-    const auto plain = folder / name;
-    const auto tiff = folder / (name + ".tif");
+    auto plain = folder / name;
+    auto tiff = folder / (name + ".tif");
     if (is_grid(files, plain)) return plain;
     if (files.FileExists(tiff)) return tiff;
     if (is_raster_file(files, plain)) return plain;

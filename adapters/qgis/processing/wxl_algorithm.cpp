@@ -54,7 +54,7 @@ std::string ProcessingSession::Add(QgsMapLayer& layer) {
     const std::vector<platform::Layer> layers = Map().Layers();
     const auto has_its_name = [&](const platform::Layer& other) { return other.Name == added.Name; };
     if (std::any_of(layers.begin(), layers.end(), has_its_name)) added.Name = FromQString(layer.source());
-    const std::string name = added.Name;
+    std::string name = added.Name;
     Map().Add(std::move(added));
     return name;
 }
