@@ -15,6 +15,7 @@ public:
     ColumnHeader(const std::vector<std::string>& names, std::string place);
 
     std::size_t Count() const { return m_bare.size(); }
+    const std::string& Name(std::size_t column) const { return m_names[column]; }
     const std::string& Bare(std::size_t column) const { return m_bare[column]; }  ///< without what stands in brackets
     const std::string& BareAll(std::size_t column) const { return m_bareAll[column]; }  ///< with it
 

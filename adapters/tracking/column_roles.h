@@ -1,5 +1,6 @@
 #pragma once
 #include "adapters/tracking/column_profile.h"
+#include "adapters/tracking/position_text.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +11,7 @@ namespace wxl::tracking {
 /// Columns that the user named; empty: found.
 struct WantedColumns {
     std::string Id;
-    std::string X;
+    std::string X;  ///< a column, or "COLUMN:1" and "COLUMN:2" for both coordinates in one
     std::string Y;
     std::string Time;  ///< several, of date and time of day, joined by commas
     bool NoTime = false;
@@ -25,7 +26,10 @@ enum class PositionUnit { kUnknown, kDegrees, kLengths };
 
 struct PositionColumns {
     std::size_t X = 0;
-    std::size_t Y = 0;
+    std::size_t Y = 0;               ///< X: one column holds both coordinates
+    std::optional<PairOrder> Order;  ///< in that column, where its cells do not tell it
+    double PerDegree = 1.0;          ///< 1e7: whole numbers of ten-millionths of a degree
+    bool IsOfReceiver = false;       ///< degrees and minutes in one number (degrees_of_receiver)
     PositionUnit Unit = PositionUnit::kUnknown;
     std::optional<std::size_t> Zone;        ///< UTM zones, row by row
     std::optional<std::size_t> EastOrWest;  ///< letters of hemispheres
@@ -33,6 +37,8 @@ struct PositionColumns {
     bool WestPositive = false;  ///< the name says west, and no value is negative
     bool SouthPositive = false;
     bool ByContent = false;  ///< found by what the columns hold
+
+    bool IsPair() const { return X == Y; }
 };
 
 /// Columns whose cells make up the time of a fix.

@@ -41,7 +41,8 @@ char take_hemisphere(std::string_view& text) {
 
 /// Length of a mark of degrees, minutes or seconds at the front; 0 for none.
 std::size_t mark_length(std::string_view text) {
-    constexpr std::array<std::string_view, 21> kMarks = {" ",
+    constexpr std::array<std::string_view, 22> kMarks = {" ",
+                                                         "deg",
                                                          "\xC2\xB0",
                                                          "\xC2\xBA",
                                                          "\xCB\x9A",

@@ -177,6 +177,13 @@ void FileRows::TellColumns() {
     const PositionColumns& position = m_layout.Position;
     facts.X = m_header[position.X];
     facts.Y = m_header[position.Y];
+    if (position.IsPair()) {
+        const bool latitudeFirst = position.Order == PairOrder::kLatitudeFirst;
+        facts.X += latitudeFirst ? ":2" : ":1";
+        facts.Y += latitudeFirst ? ":1" : ":2";
+    }
+    facts.PerDegree = position.PerDegree;
+    facts.IsOfReceiver = position.IsOfReceiver;
     facts.PositionByContent = position.ByContent;
     facts.NamedLengths = position.Unit == PositionUnit::kLengths;
     facts.MadeNegative = position.WestPositive || position.SouthPositive;
@@ -297,7 +304,9 @@ std::optional<Reason> FileRows::WhyNoFix() {
 
 bool FileRows::TakePosition(TrackingFix& fix) {
     const PositionColumns& position = m_layout.Position;
-    if (!TakeCoordinate(position.X, true, fix.X) || !TakeCoordinate(position.Y, false, fix.Y)) return false;
+    if (position.IsPair() ? !TakePair(fix)
+                          : !TakeCoordinate(position.X, true, fix.X) || !TakeCoordinate(position.Y, false, fix.Y))
+        return false;
     if (is_placeholder(fix.X) || is_placeholder(fix.Y)) {
         // In metres, -999 is a place; in both coordinates it is none.
         const bool both = is_placeholder(fix.X) && is_placeholder(fix.Y);
@@ -318,6 +327,28 @@ bool FileRows::TakePosition(TrackingFix& fix) {
     return true;
 }
 
+/// Both coordinates of one cell.
+bool FileRows::TakePair(TrackingFix& fix) {
+    const PositionColumns& columns = m_layout.Position;
+    const std::string_view cell = Cell(columns.X);
+    if (is_empty_position(cell)) {
+        Leave(Reason::kNoPosition, columns.X);
+        return false;
+    }
+    const auto position = position_from_text(cell);
+    const auto order = position && position->Order ? position->Order : columns.Order;
+    if (!position || !order) {
+        LeaveUnreadable(Reason::kPosition, columns.X,
+                        fmt::format("\"{}\" in column \"{}\" is not a position; correct it, or empty the cell",
+                                    shown(cell), m_header[columns.X]));
+        return false;
+    }
+    const bool latitudeFirst = order == PairOrder::kLatitudeFirst;
+    fix.X = latitudeFirst ? position->Second : position->First;
+    fix.Y = latitudeFirst ? position->First : position->Second;
+    return true;
+}
+
 bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
     const std::string_view cell = Cell(column);
     const auto coordinate = coordinate_from_text(cell);
@@ -333,8 +364,15 @@ bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
                                     m_header[column], isX ? "longitude" : "latitude"));
         return false;
     }
-    value = coordinate->Value;
-    return true;
+    value = coordinate->Value / m_layout.Position.PerDegree;
+    if (!m_layout.Position.IsOfReceiver) return true;
+    const auto degrees = degrees_of_receiver(value);
+    if (!degrees)
+        LeaveUnreadable(Reason::kPosition, column,
+                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
+                                    shown(cell), m_header[column]));
+    value = degrees.value_or(0.0);
+    return degrees.has_value();
 }
 
 /// Whether another column says that there was no position.

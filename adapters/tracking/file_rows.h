@@ -44,6 +44,7 @@ private:
     bool CellsFit();
     std::optional<Reason> WhyNoFix();
     bool TakePosition(TrackingFix& fix);
+    bool TakePair(TrackingFix& fix);
     bool TakeCoordinate(std::size_t column, bool isX, double& value);
     bool TakeTime(TrackingFix& fix);
     bool TakeAnimal(TrackingFix& fix);

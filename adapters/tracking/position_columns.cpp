@@ -1,7 +1,12 @@
 #include "adapters/tracking/position_columns.h"
 
+#include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/coordinate_text.h"
+#include "adapters/tracking/position_text.h"
+
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace wxl::tracking {
@@ -201,6 +206,161 @@ constexpr std::array<std::string_view, 8> kNorthSouth = {"ns",    "northsouth", 
 constexpr std::array<std::string_view, 9> kEastWest = {
     "ew", "eastwest", "ewindicator", "londir", "lonew", "lonhemisphere", "longitudeew", "longdir", "londirection"};
 
+/// Columns that hold both coordinates, and the order that their name tells.
+struct PairName {
+    std::string_view Name;
+    std::optional<PairOrder> Order;
+};
+constexpr std::array<PairName, 44> kPairs = {
+    {{"latlon", PairOrder::kLatitudeFirst},
+     {"latlong", PairOrder::kLatitudeFirst},
+     {"latlng", PairOrder::kLatitudeFirst},
+     {"latitudelongitude", PairOrder::kLatitudeFirst},
+     {"latitudelongitudes", PairOrder::kLatitudeFirst},
+     {"gpslatlon", PairOrder::kLatitudeFirst},
+     {"gpslatlong", PairOrder::kLatitudeFirst},
+     {"latlongs", PairOrder::kLatitudeFirst},
+     {"lonlat", PairOrder::kLongitudeFirst},
+     {"longlat", PairOrder::kLongitudeFirst},
+     {"lnglat", PairOrder::kLongitudeFirst},
+     {"longitudelatitude", PairOrder::kLongitudeFirst},
+     {"xy", PairOrder::kLongitudeFirst},
+     {"geometry", std::nullopt},
+     {"geom", std::nullopt},
+     {"thegeom", std::nullopt},
+     {"wkt", std::nullopt},
+     {"wktgeom", std::nullopt},
+     {"geometrywkt", std::nullopt},
+     {"geomwkt", std::nullopt},
+     {"footprintwkt", std::nullopt},
+     {"shape", std::nullopt},
+     {"location", std::nullopt},
+     {"position", std::nullopt},
+     {"coordinates", std::nullopt},
+     {"coordinate", std::nullopt},
+     {"coords", std::nullopt},
+     {"coord", std::nullopt},
+     {"gps", std::nullopt},
+     {"gpsposition", std::nullopt},
+     {"gpslocation", std::nullopt},
+     {"gpscoordinates", std::nullopt},
+     {"point", std::nullopt},
+     {"loc", std::nullopt},
+     {"pos", std::nullopt},
+     {"koordinaten", std::nullopt},
+     {"koordinater", std::nullopt},
+     {"coordenadas", std::nullopt},
+     {"coordonnees", std::nullopt},
+     {"coordinaten", std::nullopt},
+     {"\xD0\xBA\xD0\xBE\xD0\xBE\xD1\x80\xD0\xB4\xD0\xB8\xD0\xBD\xD0\xB0\xD1\x82\xD1\x8B", std::nullopt},
+     {"\xE5\x9D\x90\xE6\xA0\x87", std::nullopt},
+     {"\xE5\xBA\xA7\xE6\xA8\x99", std::nullopt},
+     {"\xEC\xA2\x8C\xED\x91\x9C", std::nullopt}}};
+
+/// What the cells of a column tell of the positions in them.
+struct PairCells {
+    std::size_t Positions = 0;
+    std::size_t Ordered = 0;  ///< by their notation
+    bool FirstIsWide = false;
+    bool SecondIsWide = false;
+    std::string Example;
+};
+
+PairCells pair_cells(const ColumnProfile& profile) {
+    PairCells cells;
+    for (const std::string& cell : profile.Values()) {
+        if (is_empty_position(cell)) ++cells.Positions, ++cells.Ordered;
+        const auto position = position_from_text(cell);
+        if (!position) continue;
+        ++cells.Positions;
+        if (position->Order) ++cells.Ordered;
+        cells.FirstIsWide = cells.FirstIsWide || std::abs(position->First) > 90.0;
+        cells.SecondIsWide = cells.SecondIsWide || std::abs(position->Second) > 90.0;
+        if (cells.Example.empty() || cell < cells.Example) cells.Example = cell;
+    }
+    return cells;
+}
+
+/// The order of the coordinates of one column, by its cells, its name, and what no latitude can be.
+void settle_pair(const ColumnHeader& header, const ColumnProfile& profile, const std::string& name,
+                 std::optional<PairOrder> named, PositionColumns& columns) {
+    const PairCells cells = pair_cells(profile);
+    columns.Order = named;
+    if (cells.Ordered == cells.Positions) columns.Order = PairOrder::kLongitudeFirst;
+    if (columns.Order) return;
+    if (cells.FirstIsWide != cells.SecondIsWide) {
+        columns.Order = cells.FirstIsWide ? PairOrder::kLongitudeFirst : PairOrder::kLatitudeFirst;
+        return;
+    }
+    header.Refuse(
+        fmt::format("nothing tells whether latitude or longitude comes first in positions like \"{}\"; give "
+                    "--x \"{}:2\" --y \"{}:1\" for latitude, or --x \"{}:1\" --y \"{}:2\" for longitude",
+                    shown(cells.Example), name, name, name, name));
+}
+
+/// A column that its name, or points of well-known text, show to hold positions.
+bool find_pair(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, PositionColumns& columns) {
+    const auto holds_pairs = [&](std::size_t i) {
+        return profiles[i].Numbers() < 0.5 && !profiles[i].IsEmpty() &&
+               pair_cells(profiles[i]).Positions * 10 > profiles[i].Distinct() * 9;
+    };
+    for (const PairName& pair : kPairs)
+        for (std::size_t i = 0; i < header.Count(); ++i) {
+            if ((header.Bare(i) != pair.Name && header.BareAll(i) != pair.Name) || !holds_pairs(i)) continue;
+            columns.X = columns.Y = i;
+            settle_pair(header, profiles[i], header.Name(i), pair.Order, columns);
+            return true;
+        }
+    return false;
+}
+
+/// "COLUMN:1" and "COLUMN:2" of --x and --y.
+bool named_pair(const ColumnHeader& header, const WantedColumns& wanted, PositionColumns& columns) {
+    if (header.Find(wanted.X) || header.Find(wanted.Y)) return false;
+    const bool longitudeFirst = wanted.X.ends_with(":1") && wanted.Y.ends_with(":2");
+    const bool latitudeFirst = wanted.X.ends_with(":2") && wanted.Y.ends_with(":1");
+    if (!longitudeFirst && !latitudeFirst) return false;
+    const auto x = header.Find(std::string_view(wanted.X).substr(0, wanted.X.size() - 2));
+    const auto y = header.Find(std::string_view(wanted.Y).substr(0, wanted.Y.size() - 2));
+    if (!x || x != y) return false;
+    columns.X = columns.Y = *x;
+    columns.Order = longitudeFirst ? PairOrder::kLongitudeFirst : PairOrder::kLatitudeFirst;
+    return true;
+}
+
+/// Parts of a degree that a column's name tells: "lat_e7", "lat*1e7".
+double per_degree(const ColumnHeader& header, std::size_t column, const ColumnProfile& profile) {
+    if (std::max(std::abs(profile.Min()), std::abs(profile.Max())) <= 360.0) return 1.0;
+    const std::string& name = header.BareAll(column);
+    if (name.ends_with("e7") || name.find("1e7") != std::string::npos) return 1e7;
+    if (name.ends_with("e6") || name.find("1e6") != std::string::npos) return 1e6;
+    if (name.ends_with("e5") || name.find("1e5") != std::string::npos) return 1e5;
+    return 1.0;
+}
+
+/// Whether all values can be degrees and minutes in one number; `beyond`: some are no degrees.
+bool can_be_of_receiver(const ColumnProfile& profile, double most, bool& beyond) {
+    return std::ranges::all_of(profile.Values(), [&](const std::string& cell) {
+        const auto coordinate = coordinate_from_text(cell);
+        if (!coordinate) return true;
+        beyond = beyond || std::abs(coordinate->Value) > most;
+        return std::abs(coordinate->Value) < most * 100.0 && degrees_of_receiver(coordinate->Value).has_value();
+    });
+}
+
+/// Degrees and minutes in one number, where names or letters of hemispheres make it sure.
+bool is_of_receiver(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                    const PositionColumns& columns) {
+    const ColumnProfile& x = profiles[columns.X];
+    const ColumnProfile& y = profiles[columns.Y];
+    const bool named = header.BareAll(columns.X).find("ddmm") != std::string::npos &&
+                       header.BareAll(columns.Y).find("ddmm") != std::string::npos;
+    const bool lettered = (columns.EastOrWest && columns.NorthOrSouth) || (x.Longitudes() > 0.9 && y.Latitudes() > 0.9);
+    bool beyond = false;
+    if (columns.Unit == PositionUnit::kLengths || (!named && !lettered)) return false;
+    return can_be_of_receiver(x, 180.0, beyond) && can_be_of_receiver(y, 90.0, beyond) && beyond;
+}
+
 /// A column of letters.
 std::optional<std::size_t> letters(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
                                    std::span<const std::string_view> names) {
@@ -222,11 +382,17 @@ PositionColumns find_position(const ColumnHeader& header, const std::vector<Colu
                               const WantedColumns& wanted) {
     PositionColumns columns;
     if (!wanted.X.empty() && !wanted.Y.empty()) {
+        if (named_pair(header, wanted, columns)) return columns;
         columns.X = header.Named(wanted.X, "--x");
         columns.Y = header.Named(wanted.Y, "--y");
+        if (columns.IsPair()) {
+            settle_pair(header, profiles[columns.X], header.Name(columns.X), std::nullopt, columns);
+            return columns;
+        }
     } else {
         Finder finder(header, profiles, wanted);
         auto found = finder.ByName();
+        if (!found && find_pair(header, profiles, columns)) return columns;
         if (!found) {
             found = finder.ByContent();
             columns.ByContent = found.has_value();
@@ -242,6 +408,9 @@ PositionColumns find_position(const ColumnHeader& header, const std::vector<Colu
     if (columns.Unit != PositionUnit::kDegrees) columns.Zone = header.FindFirst(kZones);
     columns.NorthOrSouth = letters(header, profiles, kNorthSouth);
     columns.EastOrWest = letters(header, profiles, kEastWest);
+    columns.PerDegree = per_degree(header, columns.X, profiles[columns.X]);
+    if (columns.PerDegree != per_degree(header, columns.Y, profiles[columns.Y])) columns.PerDegree = 1.0;
+    columns.IsOfReceiver = is_of_receiver(header, profiles, columns);
     columns.WestPositive = names_direction(header.BareAll(columns.X), "w", "west") && profiles[columns.X].Min() >= 0.0;
     columns.SouthPositive =
         names_direction(header.BareAll(columns.Y), "s", "south") && profiles[columns.Y].Min() >= 0.0;

@@ -223,6 +223,9 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
         remarks.emplace_back("the first row holds no names of columns: they are column 1, column 2, ...");
     if (facts.PositionByContent)
         remarks.emplace_back("the columns of the position were found by what they hold; others: --x COLUMN --y COLUMN");
+    if (facts.PerDegree != 1.0)
+        remarks.push_back(fmt::format("positions are divided by {:.0f}, as the column's name says", facts.PerDegree));
+    if (facts.IsOfReceiver) remarks.emplace_back("positions are read as degrees and minutes (ddmm.mmmm)");
     if (!facts.OtherId.empty())
         remarks.push_back(
             fmt::format("animals are told apart by the column \"{}\", not by \"{}\"; if several have the same name, "

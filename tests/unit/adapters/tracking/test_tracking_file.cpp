@@ -667,5 +667,63 @@ TEST(TrackingFile, Two_hundred_degrees_without_a_fix_are_no_position) {
     EXPECT_EQ(t.Rejected.Of(Reason::kNoPosition), 1);
 }
 
+class PairColumns : public testing::TestWithParam<const char*> {};
+
+TEST_P(PairColumns, Hold_both_coordinates) {
+    const Tracking t = read(std::string("id;time;") + GetParam() + "\n");
+    ASSERT_EQ(t.Fixes.size(), 1U);
+    EXPECT_EQ(t.Fixes[0].X, 5.1);
+    EXPECT_EQ(t.Fixes[0].Y, 52.2);
+}
+
+INSTANTIATE_TEST_SUITE_P(TrackingFile, PairColumns,
+                         testing::Values("geometry\nA;2018-05-09;POINT (5.1 52.2)",
+                                         "the_geom\nA;2018-05-09;c(5.1, 52.2)", "lat/long\nA;2018-05-09;52.2, 5.1",
+                                         "LatLng\nA;2018-05-09;52.2 5.1", "Lon, Lat\nA;2018-05-09;5,1 52,2",
+                                         "coordinates\nA;2018-05-09;[5.1, 52.2]",
+                                         "GPS position\nA;2018-05-09;52.2 N, 5.1 E"));
+
+TEST(TrackingFile, Order_of_a_pair_is_decided_by_what_no_latitude_can_be) {
+    const Tracking t = read("id;time;location\nA;2018-05-09;-120.5, 45.5\nA;2018-05-10;-80.5, 45.5\n");
+    EXPECT_EQ(t.Fixes.at(1).X, -80.5);
+    EXPECT_EQ(t.Fixes.at(1).Y, 45.5);
+    EXPECT_EQ(t.Files.at(0).X, "location:1");
+    EXPECT_EQ(t.Files.at(0).Y, "location:2");
+}
+
+TEST(TrackingFile, Order_of_a_pair_is_asked_for_where_nothing_decides) {
+    const std::string table = "id;time;location\nA;2018-05-09;52.2, 5.1\n";
+    EXPECT_EQ(refusal(table),
+              "f.csv, line 1: nothing tells whether latitude or longitude comes first in positions like \"52.2, 5.1\"; "
+              "give --x \"location:2\" --y \"location:1\" for latitude, or --x \"location:1\" --y \"location:2\" for "
+              "longitude; the columns are: id, time, location");
+    EXPECT_EQ(read(table, columns("", "location:2", "location:1", "")).Fixes.at(0).X, 5.1);
+    EXPECT_EQ(read(table, columns("", "location:1", "location:2", "")).Fixes.at(0).X, 52.2);
+}
+
+TEST(TrackingFile, Empty_points_are_no_position) {
+    const Tracking t = read("id,geom\nA,POINT (5.1 52.2)\nA,POINT EMPTY\n");
+    EXPECT_EQ(t.Fixes.size(), 1U);
+    EXPECT_EQ(t.Rejected.Of(Reason::kNoPosition), 1);
+}
+
+TEST(TrackingFile, Parts_of_a_degree_are_told_by_the_name) {
+    const Tracking t = read("latitudeE7,longitudeE7\n522000000,-51000000\n");
+    EXPECT_EQ(t.Fixes.at(0).X, -5.1);
+    EXPECT_EQ(t.Fixes.at(0).Y, 52.2);
+    EXPECT_EQ(t.Files.at(0).PerDegree, 1e7);
+    EXPECT_EQ(read("lat*1e6,lon*1e6\n52200000,5100000\n").Fixes.at(0).X, 5.1);
+    EXPECT_NE(refusal("lat,lon\n522000000,51000000\n"), "");
+}
+
+TEST(TrackingFile, Degrees_and_minutes_in_one_number_need_letters_or_a_name) {
+    EXPECT_EQ(read("lat,N/S,lon,E/W\n5230.0,N,00530.0,W\n").Fixes.at(0).X, -5.5);
+    EXPECT_EQ(read("lat,lon\n5230.0N,00530.0E\n").Fixes.at(0).Y, 52.5);
+    EXPECT_EQ(read("Latitude (ddmm.mmmm),Longitude (dddmm.mmmm)\n5230.0,-00530.0\n").Fixes.at(0).X, -5.5);
+    EXPECT_EQ(
+        refusal("lat,lon\n5230.0,530.0\n"),
+        "f.csv, line 2: the position 530, 5230 is not in degrees; name the coordinate system by --from-crs EPSG:n");
+}
+
 }  // namespace
 }  // namespace wxl::tracking
