@@ -68,7 +68,7 @@ void ColumnProfile::TakeText(std::string_view cell) {
     bool hasTimeOfDay = false;
     if (!isFraction && reads_as_time(cell, hasTimeOfDay)) {
         ++(hasTimeOfDay ? m_fullTimes : m_dates);
-    } else if (!isFraction && time_of_day_from_text(cell)) {
+    } else if (!isFraction && is_time_of_day(cell)) {
         ++m_timesOfDay;
     }
     if (is_one_of(cell, {"N", "S", "E", "W"})) {

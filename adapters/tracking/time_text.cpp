@@ -601,6 +601,7 @@ TimeText time_of(std::int64_t days, std::int64_t ofDay, const Zone& zone) {
 }
 
 bool starts_with_time_of_day(const Scanner& scanner) {
+    if (scanner.Peek(2) != ':' && scanner.Peek(1) != ':') return false;
     const std::size_t digits = scanner.DigitsAhead();
     return (digits == 1 || digits == 2) && scanner.Peek(digits) == ':';
 }
@@ -700,6 +701,17 @@ std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {
     const auto seconds = take_time_of_day(scanner);
     if (!seconds || !scanner.AtEnd()) return std::nullopt;
     return seconds;
+}
+
+bool is_time_of_day(std::string_view text) {
+    Scanner scanner(platform::Trim(text));
+    if (!take_time_of_day(scanner)) return false;
+    if (scanner.AtEnd()) return true;
+    // "10.5 KM" is a length.
+    if (text.find(':') == std::string_view::npos || !take_zone(scanner)) return false;
+    skip_bracket(scanner);
+    scanner.SkipBlanks();
+    return scanner.AtEnd();
 }
 
 unsigned possible_orders(std::string_view text) {

@@ -53,6 +53,9 @@ std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& 
 /// Seconds since midnight of a time of day alone, fractions cut off; nothing when the text is none.
 std::optional<std::int64_t> time_of_day_from_text(std::string_view text);
 
+/// Whether a text is a time of day, alone or with a zone behind it ("14:59:05 UTC", "14:59 CET").
+bool is_time_of_day(std::string_view text);
+
 /// Which orders a date of three numbers can have: bit 1 << order for each that gives a day of the calendar. 7 for a
 /// text whose order is plain or that is no such date: it decides nothing.
 unsigned possible_orders(std::string_view text);

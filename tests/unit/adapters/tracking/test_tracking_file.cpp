@@ -725,5 +725,14 @@ TEST(TrackingFile, Degrees_and_minutes_in_one_number_need_letters_or_a_name) {
         "f.csv, line 2: the position 530, 5230 is not in degrees; name the coordinate system by --from-crs EPSG:n");
 }
 
+TEST(TrackingFile, Zones_behind_the_time_of_day_in_its_own_column_are_heeded) {
+    const auto table = [](const std::string& time) { return "id,date,time,x,y\nA,2018-05-09," + time + ",5.1,52.2\n"; };
+    EXPECT_EQ(read(table("14:59:05 UTC")).Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(read(table("14:59:05Z")).Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(read(table("16:59:05+02:00")).Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_NE(refusal(table("14:59:05 CST")).find("--time-zone NAME"), std::string::npos);
+    EXPECT_EQ(read("id,date,length,x,y\nA,2018-05-09,10.5 KM,5.1,52.2\n").Fixes.at(0).Seconds, 17660LL * 86400);
+}
+
 }  // namespace
 }  // namespace wxl::tracking
