@@ -36,7 +36,7 @@ comparison::DensitySet scene(const benchmark::State& state) {
         const double margin = width / 200.0;
         const double x = kCells * (margin + (1.0 - 2.0 * margin) * dice.Uniform());
         const double y = kCells * (margin + (1.0 - 2.0 * margin) * dice.Uniform());
-        set.Animals.emplace_back(set.Grid, hill(x, y, width), set.Percents);
+        set.Animals.emplace_back(set.Grid, comparison::whole_of(set.Grid, hill(x, y, width)), set.Percents);
     }
     return set;
 }
@@ -44,11 +44,12 @@ comparison::DensitySet scene(const benchmark::State& state) {
 /// From densities in memory to live tiles and ranges.
 void tiles(benchmark::State& state) {
     const platform::RasterGeometry grid{0.0, 0.0, 1.0, kCells, kCells};
-    const std::vector<double> cells = hill(kCells / 2.0, kCells / 2.0, static_cast<double>(state.range(1)));
+    const comparison::PartOfGrid part =
+        comparison::whole_of(grid, hill(kCells / 2.0, kCells / 2.0, static_cast<double>(state.range(1))));
     const std::vector<double> percents = {95.0};
     for (auto _ : state)
         for (std::int64_t animal = 0; animal < state.range(0); ++animal) {
-            comparison::TiledDensity tiled(grid, cells, percents);
+            comparison::TiledDensity tiled(grid, part, percents);
             benchmark::DoNotOptimize(tiled);
         }
 }
