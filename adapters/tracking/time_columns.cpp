@@ -22,55 +22,12 @@ bool has_any(const std::string& name, std::span<const std::string_view> parts) {
 }
 
 constexpr std::array<std::string_view, 30> kTimeWords = {
-    "time",
-    "date",
-    "stamp",
-    "datum",
-    "fecha",
-    "zeit",
-    "hora",
-    "heure",
-    "klokka",
-    "epoch",
-    "acquisition",
-    "tidpunkt",
-    "tijd",
-    "datetime",
-    "utc",
-    "recorded",
-    "\xD0\xB4\xD0\xB0\xD1\x82\xD0\xB0",
-    "\xD0\xB2\xD1\x80\xD0\xB5\xD0\xBC\xD1\x8F",
-    "\xCE\xB7\xCE\xBC\xCE\xB5\xCF\x81\xCE\xBF\xCE\xBC\xCE\xB7\xCE\xBD\xCE\xB9\xCE\xB1",
-    "\xE6\x97\xA5\xE6\x9C\x9F",
-    "\xE6\x97\xB6\xE9\x97\xB4",
-    "\xE6\x99\x82\xE9\x96\x93",
-    "\xE6\x97\xA5\xE4\xBB\x98",
-    "\xE6\x97\xA5\xE6\x99\x82",
-    "\xE6\x99\x82\xE5\x88\xBB",
-    "\xEB\x82\xA0\xEC\xA7\x9C",
-    "\xEC\x8B\x9C\xEA\xB0\x84",
-    "\xEC\x9D\xBC\xEC\x8B\x9C",
-    "paivamaara",
-    "tarih"};
-constexpr std::array<std::string_view, 19> kWholeTimeWords = {"t",
-                                                              "tid",
-                                                              "dato",
-                                                              "data",
-                                                              "when",
-                                                              "begin",
-                                                              "dt",
-                                                              "t1",
-                                                              "ts",
-                                                              "tscorrected",
-                                                              "\xD1\x87\xD0\xB0\xD1\x81",
-                                                              "\xCF\x89\xCF\x81\xCE\xB1",
-                                                              "aika",
-                                                              "saat",
-                                                              "godzina",
-                                                              "czas",
-                                                              "cas",
-                                                              "ido",
-                                                              "ora"};
+    "time",        "date",     "stamp", "datum",    "fecha", "zeit",     "hora", "heure", "klokka",     "epoch",
+    "acquisition", "tidpunkt", "tijd",  "datetime", "utc",   "recorded", "дата", "время", "ημερομηνια", "日期",
+    "时间",        "時間",     "日付",  "日時",     "時刻",  "날짜",     "시간", "일시",  "paivamaara", "tarih"};
+constexpr std::array<std::string_view, 19> kWholeTimeWords = {
+    "t",   "tid", "dato", "data", "when",    "begin", "dt",  "t1",  "ts", "tscorrected",
+    "час", "ωρα", "aika", "saat", "godzina", "czas",  "cas", "ido", "ora"};
 constexpr std::array<std::string_view, 4> kUtcWords = {"utc", "gmt", "zulu", "unix"};
 constexpr std::array<std::string_view, 4> kLocalWords = {"local", "lmt", "localtime", "lokal"};
 constexpr std::array<std::string_view, 16> kOfMessage = {
@@ -81,26 +38,8 @@ constexpr std::array<std::string_view, 17> kOfOtherThings = {
     "first",  "last",  "onset",   "timezone",  "used",    "timetoget", "modified", "ttf"};
 constexpr std::array<std::string_view, 4> kOfStart = {"start", "begin", "end", "stop"};
 constexpr std::array<std::string_view, 20> kDateWords = {
-    "date",
-    "datum",
-    "fecha",
-    "dato",
-    "data",
-    "day",
-    "jour",
-    "yearday",
-    "dag",
-    "utcdate",
-    "dia",
-    "tag",
-    "\xD0\xB4\xD0\xB0\xD1\x82\xD0\xB0",
-    "\xCE\xB7\xCE\xBC\xCE\xB5\xCF\x81\xCE\xBF\xCE\xBC\xCE\xB7\xCE\xBD\xCE\xB9\xCE\xB1",
-    "\xE6\x97\xA5\xE6\x9C\x9F",
-    "\xE6\x97\xA5\xE4\xBB\x98",
-    "\xEB\x82\xA0\xEC\xA7\x9C",
-    "paivamaara",
-    "pvm",
-    "tarih"};
+    "date", "datum", "fecha", "dato",       "data", "day",  "jour", "yearday",    "dag", "utcdate",
+    "dia",  "tag",   "дата",  "ημερομηνια", "日期", "日付", "날짜", "paivamaara", "pvm", "tarih"};
 
 bool speaks_of_time(const std::string& bare) {
     return has_any(bare, kTimeWords) ||

@@ -131,11 +131,11 @@ constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
                                                 {"janv", 1},
                                                 {"feb", 2},
                                                 {"fev", 2},
-                                                {"f\xC3\xA9v", 2},
+                                                {"fév", 2},
                                                 {"f\xE9v", 2},
                                                 {"lut", 2},
                                                 {"mar", 3},
-                                                {"m\xC3\xA4r", 3},
+                                                {"mär", 3},
                                                 {"m\xE4r", 3},
                                                 {"mrz", 3},
                                                 {"mrt", 3},
@@ -160,7 +160,7 @@ constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
                                                 {"lip", 7},
                                                 {"aug", 8},
                                                 {"aou", 8},
-                                                {"ao\xC3\xBB", 8},
+                                                {"aoû", 8},
                                                 {"ao\xFB", 8},
                                                 {"ago", 8},
                                                 {"sie", 8},
@@ -171,13 +171,13 @@ constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
                                                 {"okt", 10},
                                                 {"out", 10},
                                                 {"ott", 10},
-                                                {"pa\xC5\xBA", 10},
+                                                {"paź", 10},
                                                 {"nov", 11},
                                                 {"lis", 11},
                                                 {"dec", 12},
                                                 {"dez", 12},
                                                 {"dic", 12},
-                                                {"d\xC3\xA9"
+                                                {"dé"
                                                  "c",
                                                  12},
                                                 {"d\xE9"
@@ -186,42 +186,42 @@ constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
                                                 {"gru", 12},
                                                 {"des", 12},
                                                 {"sept", 9},
-                                                {"\xD1\x8F\xD0\xBD\xD0\xB2", 1},
-                                                {"\xD1\x84\xD0\xB5\xD0\xB2", 2},
-                                                {"\xD0\xBC\xD0\xB0\xD1\x80", 3},
-                                                {"\xD0\xB0\xD0\xBF\xD1\x80", 4},
-                                                {"\xD0\xBC\xD0\xB0\xD1\x8F", 5},
-                                                {"\xD0\xBC\xD0\xB0\xD0\xB9", 5},
-                                                {"\xD0\xB8\xD1\x8E\xD0\xBD", 6},
-                                                {"\xD0\xB8\xD1\x8E\xD0\xBB", 7},
-                                                {"\xD0\xB0\xD0\xB2\xD0\xB3", 8},
-                                                {"\xD1\x81\xD0\xB5\xD0\xBD", 9},
-                                                {"\xD0\xBE\xD0\xBA\xD1\x82", 10},
-                                                {"\xD0\xBD\xD0\xBE\xD1\x8F", 11},
-                                                {"\xD0\xB4\xD0\xB5\xD0\xBA", 12},
-                                                {"\xD1\x81\xD1\x96\xD1\x87", 1},
-                                                {"\xD0\xBB\xD1\x8E\xD1\x82", 2},
-                                                {"\xD0\xB1\xD0\xB5\xD1\x80", 3},
-                                                {"\xD0\xBA\xD0\xB2\xD1\x96", 4},
-                                                {"\xD1\x82\xD1\x80\xD0\xB0", 5},
-                                                {"\xD1\x87\xD0\xB5\xD1\x80", 6},
-                                                {"\xD0\xBB\xD0\xB8\xD0\xBF", 7},
-                                                {"\xD1\x81\xD0\xB5\xD1\x80", 8},
-                                                {"\xD0\xB2\xD0\xB5\xD1\x80", 9},
-                                                {"\xD0\xB6\xD0\xBE\xD0\xB2", 10},
-                                                {"\xD0\xBB\xD0\xB8\xD1\x81", 11},
-                                                {"\xD0\xB3\xD1\x80\xD1\x83", 12},
-                                                {"\xCE\xB9\xCE\xB1\xCE\xBD", 1},
-                                                {"\xCF\x86\xCE\xB5\xCE\xB2", 2},
-                                                {"\xCE\xB1\xCF\x80\xCF\x81", 4},
-                                                {"\xCE\xB9\xCE\xBF\xCF\x85\xCE\xBD", 6},
-                                                {"\xCE\xB9\xCE\xBF\xCF\x85\xCE\xBB", 7},
-                                                {"\xCE\xB1\xCF\x85\xCE\xB3", 8},
-                                                {"\xCF\x83\xCE\xB5\xCF\x80", 9},
-                                                {"\xCE\xBF\xCE\xBA\xCF\x84", 10},
-                                                {"\xCE\xBD\xCE\xBF\xCE\xB5", 11},
-                                                {"\xCE\xB4\xCE\xB5\xCE\xBA", 12},
-                                                {"\xCE\xBC\xCE\xB1\xCF\x81", 3}}};
+                                                {"янв", 1},
+                                                {"фев", 2},
+                                                {"мар", 3},
+                                                {"апр", 4},
+                                                {"мая", 5},
+                                                {"май", 5},
+                                                {"июн", 6},
+                                                {"июл", 7},
+                                                {"авг", 8},
+                                                {"сен", 9},
+                                                {"окт", 10},
+                                                {"ноя", 11},
+                                                {"дек", 12},
+                                                {"січ", 1},
+                                                {"лют", 2},
+                                                {"бер", 3},
+                                                {"кві", 4},
+                                                {"тра", 5},
+                                                {"чер", 6},
+                                                {"лип", 7},
+                                                {"сер", 8},
+                                                {"вер", 9},
+                                                {"жов", 10},
+                                                {"лис", 11},
+                                                {"гру", 12},
+                                                {"ιαν", 1},
+                                                {"φεβ", 2},
+                                                {"απρ", 4},
+                                                {"ιουν", 6},
+                                                {"ιουλ", 7},
+                                                {"αυγ", 8},
+                                                {"σεπ", 9},
+                                                {"οκτ", 10},
+                                                {"νοε", 11},
+                                                {"δεκ", 12},
+                                                {"μαρ", 3}}};
 
 bool starts_no_case(std::string_view text, std::string_view start) {
     return platform::EqualNoCase(text.substr(0, start.size()), start);
@@ -289,15 +289,15 @@ bool take_mark(Scanner& scanner, std::initializer_list<std::string_view> marks) 
 
 /// What stands behind a year in Chinese, Japanese and Korean.
 bool take_year_mark(Scanner& scanner) {
-    return take_mark(scanner, {"\xE5\xB9\xB4", "\xEB\x85\x84"});
+    return take_mark(scanner, {"年", "년"});
 }
 
 /// Month and day with their marks, as the year before them has its own.
 std::optional<std::int64_t> take_marked_date(Scanner& scanner, const Part& year) {
     const auto month = take_part(scanner);
-    if (!month || !take_mark(scanner, {"\xE6\x9C\x88", "\xEC\x9B\x94"})) return std::nullopt;
+    if (!month || !take_mark(scanner, {"月", "월"})) return std::nullopt;
     const auto day = take_part(scanner);
-    if (!day || !take_mark(scanner, {"\xE6\x97\xA5", "\xEC\x9D\xBC"})) return std::nullopt;
+    if (!day || !take_mark(scanner, {"日", "일"})) return std::nullopt;
     return days_in_order({year, *month, *day}, DateOrder::kYearMonthDay);
 }
 
@@ -436,7 +436,7 @@ bool take_minute_mark(Scanner& scanner) {
 }
 
 bool take_hour_mark(Scanner& scanner) {
-    return take_mark(scanner, {"\xE6\x97\xB6", "\xE6\x99\x82", "\xEC\x8B\x9C"});
+    return take_mark(scanner, {"时", "時", "시"});
 }
 
 /// Hour, minute and second with their marks in Chinese, Japanese or Korean.
@@ -446,11 +446,11 @@ std::optional<TimeOfDay> take_marked_time(Scanner& scanner) {
     take_hour_mark(scanner);
     if (scanner.AtEnd()) return time;
     const auto minute = take_part(scanner);
-    if (!minute || !take_mark(scanner, {"\xE5\x88\x86", "\xEB\xB6\x84"})) return std::nullopt;
+    if (!minute || !take_mark(scanner, {"分", "분"})) return std::nullopt;
     time.Minute = minute->Value;
     if (scanner.AtEnd()) return time;
     const auto second = take_seconds(scanner);
-    if (!second || !take_mark(scanner, {"\xE7\xA7\x92", "\xEC\xB4\x88"})) return std::nullopt;
+    if (!second || !take_mark(scanner, {"秒", "초"})) return std::nullopt;
     time.Second = *second;
     return time;
 }
