@@ -8,7 +8,7 @@
 namespace wxl::batch {
 namespace {
 
-constexpr std::int64_t kFormat = 4;
+constexpr std::int64_t kFormat = 5;
 constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
 
 Json json_of_input(const std::vector<InputFile>& input) {

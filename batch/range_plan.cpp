@@ -145,6 +145,7 @@ Json json_of_animals(const TimedAnimals& animals) {
     Json list = Json::array();
     for (const TimedAnimal& animal : animals.Animals) list.push_back(json_of_animal(animal));
     return {{"reference", json_of_reference(animals.Reference)},
+            {"without_id", animals.WithoutId},
             {"number_times", animals.NumberTimes},
             {"list", std::move(list)}};
 }
@@ -152,6 +153,7 @@ Json json_of_animals(const TimedAnimals& animals) {
 TimedAnimals animals_of(const Json& json, const std::string& prefix) {
     TimedAnimals animals;
     animals.Reference = reference_of(json.at("reference"));
+    animals.WithoutId = whole_of(json.at("without_id"), 0, INT64_MAX);
     animals.NumberTimes = json.at("number_times").get<bool>();
     for (const Json& animal : json.at("list")) animals.Animals.push_back(animal_of(animal, prefix));
     return animals;
@@ -208,11 +210,22 @@ void write_stores(platform::IFileSystem& files, const BatchFiles& batch, const T
     write_points(files, batch.Times(), moments);
 }
 
+/// What is said of all animals together.
+TimedAnimals without_animals(const TimedAnimals& animals) {
+    const auto& [list, reference, withoutId, numberTimes] = animals;
+    return {.Animals = {}, .Reference = reference, .WithoutId = withoutId, .NumberTimes = numberTimes};
+}
+
 TimedAnimals without_fixes(const TimedAnimals& animals) {
-    TimedAnimals heads{{}, animals.Reference, animals.NumberTimes};
+    TimedAnimals heads = without_animals(animals);
     for (const TimedAnimal& animal : animals.Animals)
-        heads.Animals.push_back(
-            {animal.Id, animal.NamingId, {}, {}, animal.WithoutTime, animal.FirstUnreadable, animal.Subfolder});
+        heads.Animals.push_back({.Id = animal.Id,
+                                 .NamingId = animal.NamingId,
+                                 .Fixes = {},
+                                 .Times = {},
+                                 .WithoutTime = animal.WithoutTime,
+                                 .FirstUnreadable = animal.FirstUnreadable,
+                                 .Subfolder = animal.Subfolder});
     return heads;
 }
 
@@ -280,7 +293,7 @@ TimedAnimal TimedStore::Read(std::size_t animal) const {
 }
 
 TimedAnimals TimedStore::ReadAll() const {
-    TimedAnimals animals{{}, m_plan.Animals.Reference, m_plan.Animals.NumberTimes};
+    TimedAnimals animals = without_animals(m_plan.Animals);
     for (std::size_t i = 0; i < m_plan.Animals.Animals.size(); ++i) animals.Animals.push_back(Read(i));
     return animals;
 }

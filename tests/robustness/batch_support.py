@@ -1,4 +1,5 @@
 """What the tests of batches share: small studies, calls of wxl, and snapshots of output folders."""
+import json
 import os
 import pathlib
 import random
@@ -43,19 +44,36 @@ def make_study(folder, name, animals, fixes, text_ids=False, lonely=()):
     return layer
 
 
-def make_tracks(folder, name, animals, fixes, lonely=()):
-    """Tracks that come back to where they began, in a table. Those in `lonely` have one fix. Returns its path."""
+def tracks_of(animals, fixes, lonely=()):
+    """Animal, x, y and number of the fix of tracks that come back to where they began; those in `lonely` have one."""
     chance = random.Random(29)
+    for animal in range(animals):
+        x = y = 0.0
+        for fix in range(1 if animal in lonely else fixes):
+            x, y = 0.8 * x + chance.gauss(0, 200), 0.8 * y + chance.gauss(0, 120)
+            yield f"T{animal}", round(500000 + 700 * animal + x, 2), round(6000000 + y, 2), fix
+
+
+def make_tracks(folder, name, animals, fixes, lonely=()):
+    """Tracks in a table. Returns its path."""
     table = pathlib.Path(folder) / f"{name}.csv"
     with open(table, "w", encoding="utf-8") as out:
         out.write("animal,x,y,timestamp\n")
-        for animal in range(animals):
-            x = y = 0.0
-            for fix in range(1 if animal in lonely else fixes):
-                x, y = 0.8 * x + chance.gauss(0, 200), 0.8 * y + chance.gauss(0, 120)
-                out.write(f"T{animal},{500000 + 700 * animal + x:.2f},{6000000 + y:.2f},"
-                          f"2020-01-{1 + fix // 12:02d}T{2 * (fix % 12):02d}:00:00Z\n")
+        for animal, x, y, fix in tracks_of(animals, fixes, lonely):
+            out.write(f"{animal},{x:.2f},{y:.2f},2020-01-{1 + fix // 12:02d}T{2 * (fix % 12):02d}:00:00Z\n")
     return table
+
+
+def make_numbered_tracks(folder, name, animals, fixes, nameless):
+    """Tracks whose times are seconds of no calendar, and points that belong to no animal. Returns the layer's path."""
+    points = list(tracks_of(animals, fixes)) + [(None, 500000.5, 6000000.5, fix) for fix in range(nameless)]
+    layer = pathlib.Path(folder) / f"{name}.geojson"
+    layer.write_text(json.dumps({
+        "type": "FeatureCollection",
+        "crs": {"type": "name", "properties": {"name": "urn:ogc:def:crs:EPSG::32633"}},
+        "features": [{"type": "Feature", "properties": {"animal": animal, "seconds": 7200 * fix},
+                      "geometry": {"type": "Point", "coordinates": [x, y]}} for animal, x, y, fix in points]}))
+    return layer
 
 
 def timeless(name, text):

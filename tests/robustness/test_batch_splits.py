@@ -10,7 +10,8 @@ import subprocess
 import time
 import unittest
 
-from batch_support import WXL, differences, make_study, make_tracks, scratch_folder, snapshot, wxl
+from batch_support import (WXL, differences, make_numbered_tracks, make_study, make_tracks, scratch_folder, snapshot,
+                           wxl)
 
 SMALL = ["--id-field", "animal", "--cell-size", "60", "--prefix", "K"]
 ISOPLETHS = ["--isopleths", "95,50", "--lines", "--polygons"]
@@ -205,7 +206,8 @@ class Overlap(BatchTest):
 
 class Ranges(unittest.TestCase):
     """The same of wxl akde."""
-    OPTIONS = ["--from-crs", "EPSG:32633", "--prefix", "K", "--cell-size", "40"]
+    OPTIONS = ["--prefix", "K", "--cell-size", "40"]
+    TABLE = ["--from-crs", "EPSG:32633"]
 
     @classmethod
     def setUpClass(cls):
@@ -222,29 +224,37 @@ class Ranges(unittest.TestCase):
         shutil.rmtree(self.out, ignore_errors=True)
         return wxl(*arguments, "--out", self.out)
 
-    def plan(self, options, tasks):
-        done = self.run_anew("batch", "plan-akde", self.tracks, *self.OPTIONS, *options, "--tasks", tasks)
+    def plan(self, options, tasks, source=None):
+        source = source or [self.tracks, *self.TABLE]
+        done = self.run_anew("batch", "plan-akde", *source, *self.OPTIONS, *options, "--tasks", tasks)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.asked = done.stderr
         return len(json.loads(wxl("batch", "status", self.out, "--json").stdout)["tasks"])
 
-    def check(self, options, told=()):
-        whole = self.run_anew("akde", self.tracks, *self.OPTIONS, *options, *told)
+    @staticmethod
+    def lines(text):
+        return sorted(text.splitlines())
+
+    def check(self, options, told=(), source=None):
+        source = source or [self.tracks, *self.TABLE]
+        whole = self.run_anew("akde", *source, *self.OPTIONS, *options, *told)
         self.assertEqual(whole.returncode, 0, whole.stderr)
         wanted = snapshot(self.out)
-        jobs = self.run_anew("akde", self.tracks, *self.OPTIONS, *options, *told, "--jobs", 2)
+        jobs = self.run_anew("akde", *source, *self.OPTIONS, *options, *told, "--jobs", 2)
         self.assertEqual(differences(wanted, snapshot(self.out)), [])
-        self.assertEqual((jobs.stdout, sorted(jobs.stderr), jobs.returncode), (whole.stdout, sorted(whole.stderr), 0))
+        self.assertEqual((jobs.stdout, self.lines(jobs.stderr), jobs.returncode),
+                         (whole.stdout, self.lines(whole.stderr), 0))
         self.assertFalse((self.out / "wxl_batch").exists())
         for tasks in (1, 4):
-            numbers = list(range(1, self.plan(options, tasks) + 1))
+            numbers = list(range(1, self.plan(options, tasks, source) + 1))
             random.Random(tasks).shuffle(numbers)
             for number in numbers:
                 done = wxl("batch", "run", self.out, "--task", number)
                 self.assertEqual(done.returncode, 0, done.stderr)
             merged = wxl("batch", "merge", self.out, *told)
             self.assertEqual(differences(wanted, snapshot(self.out)), [])
-            self.assertEqual((merged.stdout, sorted(self.asked + merged.stderr)), (whole.stdout, sorted(whole.stderr)))
+            self.assertEqual((merged.stdout, self.lines(self.asked + merged.stderr)),
+                             (whole.stdout, self.lines(whole.stderr)))
 
     def test_rasters_of_their_own_with_package_and_page(self):
         self.check(["--gpkg", "--html", "--lines", "--group-by", "2", "--weights", "optimal"])
@@ -253,13 +263,18 @@ class Ranges(unittest.TestCase):
         self.check(["--extent", "full", "--raster-format", "GTiff"], told=["--json"])
 
     def test_a_given_model_on_the_grid_of_a_raster(self):
-        self.run_anew("akde", self.tracks, *self.OPTIONS, "--raster-format", "GTiff")
+        self.run_anew("akde", self.tracks, *self.TABLE, *self.OPTIONS, "--raster-format", "GTiff")
         reference = self.folder / "reference.tif"
         shutil.copy(self.out / "K1.tif", reference)
         self.check(["--extent", f"ref:{reference}", "--at", "OUF:isotropic:20000,3000"])
 
+    def test_times_that_are_numbers_and_points_without_an_animal(self):
+        layer = make_numbered_tracks(self.folder, "numbers", 3, 60, nameless=2)
+        self.check(["--gpkg", "--html"], source=[layer, "--id-field", "animal", "--time-field", "seconds"])
+        self.assertIn("2 points have no value in the field animal", self.asked)
+
     def test_tasks_need_no_input_and_leave_what_is_done(self):
-        self.run_anew("akde", self.tracks, *self.OPTIONS)
+        self.run_anew("akde", self.tracks, *self.TABLE, *self.OPTIONS)
         wanted = snapshot(self.out)
         self.plan([], 2)
         away = self.tracks.with_suffix(".away")
@@ -276,7 +291,7 @@ class Ranges(unittest.TestCase):
 
     def test_killed_tasks_are_run_again(self):
         chance = random.Random(7)
-        self.run_anew("akde", self.tracks, *self.OPTIONS, "--gpkg")
+        self.run_anew("akde", self.tracks, *self.TABLE, *self.OPTIONS, "--gpkg")
         wanted = snapshot(self.out)
         count = self.plan(["--gpkg"], 3)
         for _ in range(5):
@@ -296,9 +311,10 @@ class Ranges(unittest.TestCase):
         self.assertEqual(refused.returncode, 1)
         self.assertIn("K2_poly.dbf was made by another program since the batch was planned", refused.stderr)
         (self.out / "K2_poly.dbf").unlink()
-        waiting = wxl("akde", self.tracks, *self.OPTIONS, "--out", self.out)
+        waiting = wxl("akde", self.tracks, *self.TABLE, *self.OPTIONS, "--out", self.out)
         self.assertIn("holds a planned batch that is not merged yet", waiting.stderr)
-        self.assertEqual(wxl("akde", self.tracks, *self.OPTIONS, "--overwrite", "--out", self.out).returncode, 0)
+        again = wxl("akde", self.tracks, *self.TABLE, *self.OPTIONS, "--overwrite", "--out", self.out)
+        self.assertEqual(again.returncode, 0)
         self.assertFalse((self.out / "wxl_batch").exists())
 
 

@@ -87,6 +87,21 @@ TEST_F(RangePlanTest, Settings_animals_and_tasks_come_back) {
     EXPECT_TRUE(read.Animals.Animals.at(0).Fixes.empty());
 }
 
+TEST_F(RangePlanTest, Whether_times_are_numbers_and_how_many_points_lack_an_animal_come_back) {
+    for (const bool numbers : {false, true}) {
+        Animals.NumberTimes = numbers;
+        Animals.WithoutId = 12;
+        Planned();
+        const RangePlan read = read_range_plan(Files, "/out");
+        EXPECT_EQ(read.Animals.NumberTimes, numbers);
+        EXPECT_EQ(read.Animals.WithoutId, 12);
+        const akde::TimedAnimals all = TimedStore(Files, read).ReadAll();
+        EXPECT_EQ(all.NumberTimes, numbers);
+        EXPECT_EQ(all.WithoutId, 12);
+        EXPECT_EQ(all.Reference.Name, "UTM");
+    }
+}
+
 TEST_F(RangePlanTest, Fixes_and_times_come_back_to_the_last_bit) {
     const RangePlan plan = Planned();
     const akde::TimedAnimal wolf = TimedStore(Files, plan).Read(0);
