@@ -56,6 +56,7 @@ void ColumnProfile::TakeNumber(std::string_view cell, double value) {
     m_min = m_numbers == 0 ? value : std::min(m_min, value);
     m_max = m_numbers == 0 ? value : std::max(m_max, value);
     ++m_numbers;
+    m_timeNumbers.Take(value);
     if (decimals_of(cell) >= 3) ++m_fractions;
     if (!is_whole(cell)) return;
     m_longestWhole = std::max(m_longestWhole, cell.size());

@@ -1,6 +1,9 @@
 #pragma once
+#include "adapters/tracking/time_numbers.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -28,6 +31,9 @@ public:
     double TimesOfDay() const { return Share(m_timesOfDay); }
     double Clocks() const { return Share(m_clocks); }  ///< hour, minute and second as a number: 90500
     double Whole() const { return Share(m_whole); }    ///< digits alone
+
+    /// The kind of time that four fifths of the filled cells can be by their size.
+    std::optional<TimeKind> NumberKind() const { return m_timeNumbers.KindOf(m_filled); }
 
     double Min() const { return m_min; }  ///< of the numbers
     double Max() const { return m_max; }
@@ -58,6 +64,7 @@ private:
     std::size_t m_whole = 0;
     std::size_t m_lettersNs = 0;
     std::size_t m_longestWhole = 0;
+    TimeNumberCounts m_timeNumbers;
     double m_min = 0.0;
     double m_max = 0.0;
     std::unordered_set<std::string> m_distinct;

@@ -4,6 +4,7 @@
 #include "adapters/tracking/coordinate_text.h"
 #include "adapters/tracking/number_text.h"
 #include "adapters/tracking/time_columns.h"
+#include "adapters/tracking/time_numbers.h"
 #include "adapters/tracking/utm_rows.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -13,6 +14,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <span>
 
 namespace wxl::tracking {
 
@@ -97,6 +99,19 @@ void FileRows::ReadAll(const std::string& animal, const std::function<void(std::
         platform::Raise(platform::error_number::kTypeMismatch, m_firstTrouble + share);
     }
     SettlePositions(firstFix);
+    TellNumbers(firstFix);
+}
+
+/// What the numbers of the column of times were taken for, and which days that makes them.
+void FileRows::TellNumbers(std::size_t firstFix) {
+    FileFacts& facts = Facts();
+    facts.Numbers = m_format.Kind;
+    for (const TrackingFix& fix : std::span(m_owner->Fixes).subspan(firstFix)) {
+        if (m_format.Kind == TimeKind::kCalendar) return;
+        if (!fix.HasTime()) continue;
+        facts.FirstTime = std::min(facts.FirstTime.value_or(fix.Seconds), fix.Seconds);
+        facts.LastTime = std::max(facts.LastTime.value_or(fix.Seconds), fix.Seconds);
+    }
 }
 
 /// Room for as many fixes as the rows of the sample let expect, so that they are not moved about as they become more.
@@ -482,18 +497,41 @@ void FileRows::DecideTimes() {
     if (m_format.Kind == TimeKind::kCalendar) DecideOrder();
 }
 
-/// What the numbers of a column of times are, by their size.
-TimeKind FileRows::KindOfNumbers() const {
+/// What the numbers of a column of times are, by their size; kCalendar: texts.
+TimeKind FileRows::KindOfNumbers() {
     const TimeColumns& time = *m_layout.Time;
     const ColumnProfile& profile = m_profiles[time.Columns.front()];
-    if (time.How != TimeColumns::Style::kTogether || profile.IsEmpty() || profile.Numbers() < 0.9 ||
-        profile.FullTimes() + profile.Dates() > 0.5)
+    if (time.How != TimeColumns::Style::kTogether || profile.FullTimes() + profile.Dates() > 0.5)
         return TimeKind::kCalendar;
-    if (profile.Max() >= 1e17) return TimeKind::kEpochNanos;
-    if (profile.Max() >= 1e14) return TimeKind::kEpochMicros;
-    if (profile.Max() >= 1e11) return TimeKind::kEpochMillis;
-    if (profile.Max() >= 1e8) return TimeKind::kEpochSeconds;
-    return profile.Max() >= 20000.0 ? TimeKind::kSheetDays : TimeKind::kCalendar;
+    const auto kind = profile.NumberKind();
+    // Days of a modified Julian date look like days of a spreadsheet of forty years later.
+    const bool isOther = bare_name(m_header[time.Columns.front()], true).find("julian") != std::string::npos ||
+                         bare_name(m_header[time.Columns.front()], true).find("mjd") != std::string::npos;
+    if (kind && !isOther) return *kind;
+    if (profile.Numbers() > 0.9 && time.Columns.size() == 1) RefuseNumbers();
+    return TimeKind::kCalendar;
+}
+
+/// Stops at numbers that are no times, such as seconds since a start.
+void FileRows::RefuseNumbers() {
+    const std::size_t column = m_layout.Time->Columns.front();
+    std::optional<double> least;
+    std::optional<double> most;
+    m_reader.Seek(m_dataStart.Offset, m_dataStart.Line);
+    while (NextRow()) {
+        const auto number = number_from_text(Cell(column));
+        if (!number || is_placeholder(*number)) continue;
+        least = std::min(least.value_or(*number), *number);
+        most = std::max(most.value_or(*number), *number);
+    }
+    platform::Raise(
+        platform::error_number::kTypeMismatch,
+        fmt::format("{}: the numbers in column \"{}\", {} to {}, are no times of a kind that is known: seconds or "
+                    "milliseconds since 1970, days of a spreadsheet (20000 to 80000), or dates in digits (20180509, "
+                    "180509, 2018129); name a column with a date by --time COLUMN, or import without times by "
+                    "--no-time",
+                    m_reader.Name(), m_header[column], platform::NumberText(least.value_or(0.0)),
+                    platform::NumberText(most.value_or(0.0))));
 }
 
 bool FileRows::SampleNeedsOrder() {

@@ -34,7 +34,9 @@ private:
     void TellColumns();
     void FindOthers();
     void DecideTimes();
-    TimeKind KindOfNumbers() const;
+    TimeKind KindOfNumbers();
+    [[noreturn]] void RefuseNumbers();
+    void TellNumbers(std::size_t firstFix);
     void DecideOrder();
     bool SampleNeedsOrder();
 

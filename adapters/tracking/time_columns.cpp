@@ -46,14 +46,6 @@ bool speaks_of_time(const std::string& bare) {
            std::find(kWholeTimeWords.begin(), kWholeTimeWords.end(), bare) != kWholeTimeWords.end();
 }
 
-/// Numbers that can be times where the name says so: seconds, days of a spreadsheet, years with their days.
-bool can_be_number_of_time(const ColumnProfile& profile) {
-    if (profile.Numbers() < 0.9) return false;
-    const bool seconds = profile.Min() >= 1e8;
-    const bool sheetDays = profile.Min() >= 20000.0 && profile.Max() <= 80000.0;
-    return seconds || sheetDays;
-}
-
 /// Hour, minute and second in one number, as 90500 for 9:05.
 bool is_clock(const ColumnProfile& profile) {
     return profile.Clocks() > 0.9 && (profile.LongestWhole() == 5 || profile.LongestWhole() == 6);
@@ -108,9 +100,9 @@ private:
         Candidate candidate{column, 0, false, !named};
         if (full + dates >= 0.5 && full >= dates && (named || (full > 0.9 && !isNumber))) {
             candidate.Score = 100;
-        } else if (named && can_be_number_of_time(profile)) {
+        } else if (named && profile.NumberKind() && !IsClockBesideDate(column)) {
             candidate.Score = 95;
-            candidate.NeedsTimeOfDay = profile.Max() <= 80000.0 && profile.Whole() > 0.9;
+            candidate.NeedsTimeOfDay = profile.NumberKind() == TimeKind::kSheetDays && profile.Whole() > 0.9;
         } else if (full + dates >= 0.5 && (named || is_date_name(name) || (dates > 0.9 && !isNumber))) {
             candidate.NeedsTimeOfDay = true;
             candidate.ByContent = !named && !is_date_name(name);
@@ -124,6 +116,15 @@ private:
         // A column of some other thing is left alone, whatever it holds.
         if (has_any(name, kOfOtherThings)) return std::nullopt;
         return candidate;
+    }
+
+    /// 60500 is five past six where another column holds the date.
+    bool IsClockBesideDate(std::size_t column) const {
+        if (!is_clock(m_profiles[column])) return false;
+        for (std::size_t i = 0; i < m_header.Count(); ++i)
+            if (i != column && m_profiles[i].Dates() > 0.5 && (speaks_of_time(Name(i)) || is_date_name(Name(i))))
+                return true;
+        return false;
     }
 
     static bool is_date_name(const std::string& name) {

@@ -1,13 +1,12 @@
 #include "adapters/tracking/time_text.h"
 
 #include "adapters/tracking/cell_text.h"
-#include "adapters/tracking/number_text.h"
+#include "adapters/tracking/time_numbers.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cmath>
 #include <initializer_list>
 
 namespace wxl::tracking {
@@ -251,11 +250,16 @@ void skip_weekday(Scanner& scanner) {
     scanner = ahead;
 }
 
+/// Whether four digits that only their place makes a year can be one of a fix.
+bool is_packed_year(int year) {
+    return year >= 1800 && year <= 2100;
+}
+
 /// Digits without separators: 20180509, 2018129, 180509.
 std::optional<std::int64_t> take_packed_date(Scanner& scanner, std::size_t digits, DateOrder order) {
     if (digits == 7) {
         const int year = scanner.Number(4);
-        return days_of_year(year, scanner.Number(3));
+        return is_packed_year(year) ? days_of_year(year, scanner.Number(3)) : std::nullopt;
     }
     std::array<Part, 3> parts{};
     const bool yearFirst = digits == 8 || order == DateOrder::kYearMonthDay;
@@ -263,6 +267,7 @@ std::optional<std::int64_t> take_packed_date(Scanner& scanner, std::size_t digit
         const std::size_t width = digits == 8 && i == 0 ? 4 : 2;
         parts[i] = {scanner.Number(width), width};
     }
+    if (digits == 8 && !is_packed_year(parts[0].Value)) return std::nullopt;
     return days_in_order(parts, yearFirst ? DateOrder::kYearMonthDay : order);
 }
 
@@ -667,21 +672,6 @@ std::optional<TimeText> calendar_time(std::string_view text, DateOrder order) {
     return time_of(*days, *ofDay, *zone);
 }
 
-std::optional<TimeText> number_time(std::string_view text, const TimeFormat& format) {
-    const auto number = number_from_text(text);
-    if (!number) return std::nullopt;
-    constexpr double kDaysTo1970 = 25569.0;  // from 1899-12-30
-    double seconds = *number;
-    if (format.Kind == TimeKind::kEpochMillis) seconds /= 1e3;
-    if (format.Kind == TimeKind::kEpochMicros) seconds /= 1e6;
-    if (format.Kind == TimeKind::kEpochNanos) seconds /= 1e9;
-    const bool sheet = format.Kind == TimeKind::kSheetDays;
-    // A day number has some 11 decimals: the nearest thousandth of a second is what the sheet showed.
-    if (sheet) seconds = std::round((*number - kDaysTo1970) * 86400.0 * 1000.0) / 1000.0;
-    if (!(std::abs(seconds) < 2.5e11)) return std::nullopt;
-    return TimeText{static_cast<std::int64_t>(std::floor(seconds)), !sheet, true, false};
-}
-
 }  // namespace
 
 std::optional<DateOrder> date_order_from(std::string_view text) {
@@ -693,7 +683,8 @@ std::optional<DateOrder> date_order_from(std::string_view text) {
 
 std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& format) {
     const std::string_view trimmed = platform::Trim(text);
-    return format.Kind == TimeKind::kCalendar ? calendar_time(trimmed, format.Order) : number_time(trimmed, format);
+    return format.Kind == TimeKind::kCalendar ? calendar_time(trimmed, format.Order)
+                                              : time_from_number(trimmed, format.Kind);
 }
 
 std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {

@@ -15,7 +15,7 @@ std::optional<DateOrder> date_order_from(std::string_view text);
 /// What a column of times holds.
 enum class TimeKind {
     kCalendar,      ///< dates as people write them
-    kEpochSeconds,  ///< since 1970-01-01 UTC, fractions allowed
+    kEpochSeconds,  ///< since 1970-01-01 UTC, fractions allowed; is_time_number tells which numbers can be of a kind
     kEpochMillis,
     kEpochMicros,
     kEpochNanos,
@@ -40,7 +40,8 @@ struct TimeText {
 
 /// Whole seconds of a time, fractions cut off towards the past; nothing when the text is none.
 ///
-/// Dates: 2018-05-09, 2018/5/9, 2018.05.09, 20180509, 2018-129 and 2018129 (day of the year), 180509; three numbers in
+/// Dates: 2018-05-09, 2018/5/9, 2018.05.09, 2018-129 (day of the year), 20180509 and 2018129 (years 1800 to 2100 only,
+/// lest any number be a date), 180509; three numbers in
 /// the order of the format, unless a year of four digits stands first or points part them (then the day stands first);
 /// months by name ("13-Feb-2009", "Feb 13, 2009", in English, German, French, Spanish, ...); years of two digits are
 /// 1970 to 2069; a day of the week before the date is skipped. Times of day: 14:59, 14:59:05.25, 14h59, 1459, 145905,

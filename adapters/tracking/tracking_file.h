@@ -71,10 +71,13 @@ struct FileFacts {
     bool TimeIsLocal = false;   ///< by the column's name
     bool TimeIsUtc = false;     ///< by the column's name, although a zone was given
     bool HeaderMissing = false;
-    bool IsLengths = false;          ///< positions are no degrees
-    std::int64_t Over180 = 0;        ///< longitudes from 180 to 360, which became -180 to 0
-    bool MadeNegative = false;       ///< positive longitudes west or latitudes south, by the column's name
-    std::optional<DateOrder> Order;  ///< decided by the column
+    bool IsLengths = false;                  ///< positions are no degrees
+    std::int64_t Over180 = 0;                ///< longitudes from 180 to 360, which became -180 to 0
+    bool MadeNegative = false;               ///< positive longitudes west or latitudes south, by the column's name
+    std::optional<DateOrder> Order;          ///< decided by the column
+    TimeKind Numbers = TimeKind::kCalendar;  ///< what the numbers of the time were taken for; kCalendar: no numbers
+    std::optional<std::int64_t> FirstTime;   ///< of fixes whose times are numbers, seconds since 1970 UTC
+    std::optional<std::int64_t> LastTime;
     std::int64_t Rows = 0;
     std::int64_t WithoutTime = 0;  ///< fixes kept though their time is missing
     std::int64_t ClockTwice = 0;   ///< times that the clock showed twice

@@ -6,9 +6,11 @@
 #include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/point_layer.h"
 #include "adapters/tracking/text_file.h"
+#include "adapters/tracking/time_numbers.h"
 #include "apps/cli/input_layer.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "tracking_times/timestamps.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
@@ -235,6 +237,10 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
         remarks.emplace_back("the column of the time was found by what it holds; another: --time COLUMN");
     if (facts.Order)
         remarks.push_back(fmt::format("dates are read as {}, as the column decides", order_text(*facts.Order)));
+    if (facts.FirstTime)
+        remarks.push_back(
+            fmt::format("the numbers of the time are read as {}: {} to {}", tracking::unit_of_numbers(facts.Numbers),
+                        tracking_times::date_text(*facts.FirstTime), tracking_times::date_text(*facts.LastTime)));
     if (!facts.ZoneOfClock.empty() && options.TimeZone.empty())
         remarks.push_back(
             fmt::format("the column \"{}\" names the zones of clocks, and the times are taken as UTC; if they are not, "

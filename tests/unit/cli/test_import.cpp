@@ -144,6 +144,15 @@ TEST(Import, Times_of_any_century_come_back_as_whole_seconds) {
     EXPECT_EQ(rows[3].Values, (std::vector<FieldValue>{"a", 10413792000LL, "2300-01-01", "00:00:00"}));
 }
 
+TEST(Import, Numbers_of_times_are_told_with_their_days) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "t.csv", "id,lon,lat,date\na,10,52,43229.5\na,10,52,43233\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string()});
+    EXPECT_NE(ran.Err.find("\nthe numbers of the time are read as days of a spreadsheet: 2018-05-09 to 2018-05-13\n"),
+              std::string::npos)
+        << ran.Err;
+}
+
 TEST(Import, Table_without_times_gets_no_time_fields) {
     ScratchFolder folder;
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");

@@ -333,6 +333,77 @@ TEST(TrackingFile, Numbers_of_times_are_told_by_their_size) {
     EXPECT_EQ(read("id,x,y,Date,Time\na,1,2,43229,0.75\n").Fixes.at(0).Seconds, 17660LL * 86400 + 64800);
 }
 
+/// A table of one animal with these times.
+std::string timed_rows(const std::vector<std::string>& times, const std::string& column = "timestamp") {
+    std::string text = "id,x,y," + column + "\n";
+    for (const std::string& time : times) text += "a,1,2," + time + "\n";
+    return text;
+}
+
+/// Whole numbers from `first` on.
+std::vector<std::string> numbers_from(std::int64_t first, std::int64_t step, int count) {
+    std::vector<std::string> numbers;
+    for (int i = 0; i < count; ++i) numbers.push_back(std::to_string(first + step * i));
+    return numbers;
+}
+
+TEST(TrackingFile, Numbers_from_a_start_are_no_times) {
+    const auto refused = [](const std::string& column, const std::string& range) {
+        return "f.csv: the numbers in column \"" + column + "\", " + range +
+               ", are no times of a kind that is known: seconds or milliseconds since 1970, days of a spreadsheet "
+               "(20000 to 80000), or dates in digits (20180509, 180509, 2018129); name a column with a date by --time "
+               "COLUMN, or import without times by --no-time";
+    };
+    EXPECT_EQ(refusal(timed_rows(numbers_from(0, 3600, 60))), refused("timestamp", "0 to 212400"));
+    EXPECT_EQ(refusal(timed_rows(numbers_from(0, 1, 50))), refused("timestamp", "0 to 49"));
+    EXPECT_EQ(refusal(timed_rows(numbers_from(17660, 1, 50))), refused("timestamp", "17660 to 17709"));
+    EXPECT_EQ(refusal(timed_rows(numbers_from(58247, 1, 9), "MJD date")), refused("MJD date", "58247 to 58255"));
+    EXPECT_EQ(refusal(timed_rows(numbers_from(1052018, 1000000, 9), "date")), refused("date", "1052018 to 9052018"));
+    ReadOptions none;
+    none.Columns.NoTime = true;
+    EXPECT_EQ(read(timed_rows(numbers_from(0, 3600, 60)), none).Fixes.size(), 60U);
+}
+
+TEST(TrackingFile, A_number_beyond_its_kind_leaves_out_its_row_alone) {
+    const auto with = [](std::vector<std::string> times, const std::string& odd) {
+        times.push_back(odd);
+        return read(timed_rows(times));
+    };
+    const std::int64_t second = 1525877945;
+    struct Case {
+        std::vector<std::string> Times;
+        const char* Odd;
+        TimeKind Kind;
+    };
+    for (const auto& [times, odd, kind] : {Case{numbers_from(43229, 1, 20), "0", TimeKind::kSheetDays},
+                                           Case{numbers_from(43229, 1, 20), "-999", TimeKind::kSheetDays},
+                                           Case{numbers_from(second, 60, 20), "0", TimeKind::kEpochSeconds},
+                                           Case{numbers_from(second, 60, 20), "1525877945999", TimeKind::kEpochSeconds},
+                                           Case{numbers_from(second * 1000, 60000, 20), "0", TimeKind::kEpochMillis},
+                                           Case{numbers_from(20180509, 1, 20), "0", TimeKind::kCalendar},
+                                           Case{numbers_from(20180509, 1, 20), "99990101", TimeKind::kCalendar},
+                                           Case{numbers_from(2018129, 1, 20), "9052018", TimeKind::kCalendar}}) {
+        const Tracking t = with(times, odd);
+        EXPECT_EQ(t.Fixes.size(), 20U) << odd;
+        EXPECT_EQ(t.Rejected.Of(Reason::kTime), 1) << odd;
+        EXPECT_EQ(t.Fixes.at(0).Seconds / 86400, 17660) << odd;
+        EXPECT_EQ(t.Files.at(0).Numbers, kind) << odd;
+    }
+}
+
+TEST(TrackingFile, Days_that_numbers_stand_for_are_told) {
+    const FileFacts facts = facts_of(timed_rows({"43230", "43229.5", "43231"}));
+    EXPECT_EQ(facts.FirstTime, 17660LL * 86400 + 43200);
+    EXPECT_EQ(facts.LastTime, 17662LL * 86400);
+    EXPECT_FALSE(facts_of(timed_rows({"2018-05-09"})).FirstTime);
+}
+
+// 60000 to 61800 are 6:00 to 6:18 beside a date, and days of a spreadsheet without one.
+TEST(TrackingFile, Times_of_day_as_numbers_are_no_days_of_a_spreadsheet) {
+    EXPECT_EQ(seconds_of("id,date,time,lat,lon\na,20190313,60000,52,5\na,20190313,61800,52,5\n"),
+              (std::vector<std::int64_t>{6 * 3600, 6 * 3600 + 1080}));
+}
+
 TEST(TrackingFile, Order_of_day_and_month_is_decided_by_the_whole_column) {
     const std::string start = "id,x,y,date\na,1,2,03/04/2020\na,1,2,04/04/2020\n";
     EXPECT_EQ(read(start + "a,1,2,13/04/2020\n").Files.at(0).Order, DateOrder::kDayMonthYear);
