@@ -443,6 +443,7 @@ bool FileRows::TakeTime(TrackingFix& fix) {
                         shown(text), fmt::join(Facts().Time, "\" and \"")));
         return false;
     }
+    if (time->Seconds % 86400 == 0) ++Facts().Midnights;
     fix.Seconds = time->Seconds;
     if (time->IsUtc || !m_options->Zone || m_layout.Time->IsUtc) return true;
     const UtcTime utc = m_options->Zone->ToUtc(time->Seconds);

@@ -15,6 +15,7 @@ public:
     /// Brings the reader to the row of a fix and gives the trimmed cell of one of the owner's other columns.
     void SeekTo(const TrackingFix& fix);
     std::string_view Other(std::size_t other) const;
+    std::string_view Time() { return TimeCell(); }  ///< of the row that SeekTo found
 
     void SetOwner(Tracking& owner) { m_owner = &owner; }
     FileFacts& Facts() { return m_owner->Files[m_index]; }

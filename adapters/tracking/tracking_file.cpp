@@ -85,6 +85,12 @@ std::string Tracking::ReadCell(const TrackingFix& fix, std::size_t other) {
     return to_utf8(file.Other(other));
 }
 
+std::string Tracking::ReadTime(const TrackingFix& fix) {
+    FileRows& file = *m_files[fix.File()];
+    file.SeekTo(fix);
+    return shown(file.Time());
+}
+
 std::string Tracking::PlaceOf(const TrackingFix& fix) const {
     return fmt::format("{}, line {}", Files[fix.File()].Name, fix.Line);
 }

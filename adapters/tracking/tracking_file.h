@@ -80,6 +80,7 @@ struct FileFacts {
     std::optional<std::int64_t> LastTime;
     std::int64_t Rows = 0;
     std::int64_t WithoutTime = 0;  ///< fixes kept though their time is missing
+    std::int64_t Midnights = 0;    ///< times at midnight of their clock: dates alone, most often
     std::int64_t ClockTwice = 0;   ///< times that the clock showed twice
     std::int64_t ClockNever = 0;
     std::int64_t WithoutDop = 0;  ///< fixes kept though nothing tells their DOP
@@ -116,6 +117,9 @@ public:
 
     /// The cell of one of the other columns of a fix.
     std::string ReadCell(const TrackingFix& fix, std::size_t other);
+
+    /// The time of a fix as it stands in its file.
+    std::string ReadTime(const TrackingFix& fix);
 
     /// A fix as messages name it: "f.csv, line 7".
     std::string PlaceOf(const TrackingFix& fix) const;

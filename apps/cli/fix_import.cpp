@@ -4,6 +4,7 @@
 #include "adapters/gdal/projection.h"
 #include "adapters/gdal/source_rules.h"
 #include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/odd_times.h"
 #include "adapters/tracking/point_layer.h"
 #include "adapters/tracking/text_file.h"
 #include "adapters/tracking/time_numbers.h"
@@ -13,6 +14,7 @@
 #include "tracking_times/timestamps.h"
 
 #include <algorithm>
+#include <array>
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <filesystem>
@@ -322,6 +324,46 @@ void note_zero_positions(const Tracking& data, Console& console) {
                     data.Animals[first->Animal]));
 }
 
+/// Where a fix stands: its file only where there are several.
+std::string place_of(const Tracking& data, const TrackingFix& fix) {
+    return data.Files.size() > 1 ? data.PlaceOf(fix) : fmt::format("line {}", fix.Line);
+}
+
+struct OddText {
+    const char* One;
+    const char* Several;
+    const char* Behind;
+};
+constexpr std::array<OddText, tracking::kOddTimes> kOddTexts = {
+    {{"1 fix stands where clocks start, far from the other times",
+      "{} fixes stand where clocks start, far from the other times",
+      ", as if the clock had not been set; correct the times, or empty their cells to keep the fixes without a time"},
+     {"1 fix is 1024 weeks from the other times of its animal",
+      "{} fixes are 1024 weeks from the other times of their animals",
+      ", as where a receiver's count of weeks starts anew; move such times by 7168 days in the table, or empty their "
+      "cells to keep the fixes without a time"},
+     {"1 fix is over 20 years from the other times of its animal",
+      "{} fixes are over 20 years from the other times of their animals",
+      "; if that is wrong, correct the times, or empty their cells to keep the fixes without a time"}}};
+
+/// Says when times may be none, as of clocks that were not set.
+void note_odd_times(Tracking& data, Console& console) {
+    std::int64_t midnights = 0;
+    for (const FileFacts& facts : data.Files) midnights += facts.Midnights;
+    const bool haveClock = midnights * 2 < static_cast<std::int64_t>(data.Fixes.size());
+    const auto odd = tracking::find_odd_times(data.Fixes, haveClock);
+    for (std::size_t i = 0; i < odd.size(); ++i) {
+        if (odd[i].Count == 0) continue;
+        const TrackingFix& first = data.Fixes[odd[i].First];
+        const bool one = odd[i].Count == 1;
+        const std::string count =
+            one ? kOddTexts[i].One : fmt::format(fmt::runtime(kOddTexts[i].Several), odd[i].Count);
+        console.Note(fmt::format("{} ({}{}, animal \"{}\": {}){}", count,
+                                 one ? "" : "the first: ", place_of(data, first), data.Animals[first.Animal],
+                                 data.ReadTime(first), kOddTexts[i].Behind));
+    }
+}
+
 /// Removes what is not kept, in all parallel to the fixes.
 template <class Keep>
 void keep_fixes(Tracking& data, Keep keep) {
@@ -625,6 +667,7 @@ ImportedFixes import_fixes(const FixOptions& options, const tracking::RejectedRo
     Tracking& data = fixes.Data;
     report_files(data, options, console);
     if (data.Fixes.empty()) refuse_without_fixes(options, data);
+    note_odd_times(data, console);
     thin(options, data);
     split(options, inputs.System, fixes);
     report_left_out(data, console);

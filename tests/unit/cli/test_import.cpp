@@ -153,6 +153,39 @@ TEST(Import, Numbers_of_times_are_told_with_their_days) {
         << ran.Err;
 }
 
+TEST(Import, Times_of_clocks_that_were_not_set_are_told_and_kept) {
+    ScratchFolder folder;
+    std::string rows;
+    for (int i = 1; i < 10; ++i) rows += "w,10,52,2018-05-0" + std::to_string(i) + " 14:59\n";
+    const auto told = [&](const std::string& odd) {
+        const std::string csv = write_file(folder, "t.csv", "id,lon,lat,time\n" + rows + odd);
+        const Ran ran = run_wxl({"import", csv, (folder / "t.shp").string(), "--overwrite"});
+        EXPECT_EQ(ran.Code, 0);
+        EXPECT_NE(ran.Err.find("rows left out: 0 not visible, 0 outliers, 0 without a position, 0 without an animal\n"),
+                  std::string::npos)
+            << ran.Err;
+        const std::size_t begin = ran.Err.find('\n') + 1;
+        return ran.Err.substr(begin, ran.Err.find("\nrows left out") - begin);
+    };
+    EXPECT_EQ(told("w,10,52,1970-01-01T00:00:00\n"),
+              "1 fix stands where clocks start, far from the other times (line 11, animal \"w\": 1970-01-01T00:00:00), "
+              "as if the clock had not been set; correct the times, or empty their cells to keep the fixes without a "
+              "time");
+    EXPECT_EQ(
+        told("w,10,52,2000-01-01 00:00\nw,10,52,1980-01-06\n"),
+        "2 fixes stand where clocks start, far from the other times (the first: line 11, animal \"w\": 2000-01-01 "
+        "00:00), as if the clock had not been set; correct the times, or empty their cells to keep the fixes "
+        "without a time");
+    EXPECT_EQ(
+        told("w,10,52,1998-09-19 12:00\n"),
+        "1 fix is 1024 weeks from the other times of its animal (line 11, animal \"w\": 1998-09-19 12:00), as where "
+        "a receiver's count of weeks starts anew; move such times by 7168 days in the table, or empty their cells "
+        "to keep the fixes without a time");
+    EXPECT_EQ(told("w,10,52,2080-05-01 12:00\n"),
+              "1 fix is over 20 years from the other times of its animal (line 11, animal \"w\": 2080-05-01 12:00); if "
+              "that is wrong, correct the times, or empty their cells to keep the fixes without a time");
+}
+
 TEST(Import, Table_without_times_gets_no_time_fields) {
     ScratchFolder folder;
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");
