@@ -3,13 +3,27 @@
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace wxl::engine {
+namespace {
+
+/// Whose mean may be off by a rounding, so that its deviations would not be 0.
+template <class Coordinate>
+bool is_constant(std::span<const platform::Point> sample, const Coordinate& coordinate) {
+    const double first = coordinate(sample.front());
+    return std::isfinite(first) && std::all_of(sample.begin(), sample.end(), [&](const platform::Point& point) {
+               return coordinate(point) == first;
+           });
+}
+
+}  // namespace
 
 double Variance(std::span<const platform::Point> sample, int column) {
     if (column != 0 && column != 1) return 0.0;
     const auto coordinate = [column](const platform::Point& point) { return column == 0 ? point.X : point.Y; };
+    if (sample.size() > 1 && is_constant(sample, coordinate)) return 0.0;
     const auto count = static_cast<double>(sample.size());
     double sum = 0.0;
     for (const platform::Point& point : sample) sum += coordinate(point);

@@ -7,8 +7,8 @@
 
 namespace wxl::engine {
 
-/// Sample variance (divisor n - 1) of x (column 0) or y (column 1); 0 for any other column. RuntimeError 6 or 11 for
-/// fewer than two points, and 6 when the result is not a finite number.
+/// Sample variance (divisor n - 1) of x (column 0) or y (column 1); 0 for any other column, and exactly 0 where
+/// all are equal. RuntimeError 6 or 11 for fewer than two points, and 6 when the result is not a finite number.
 double Variance(std::span<const platform::Point> sample, int column);
 
 /// Log(x) / Log(2.718281828): the divisor is the logarithm of that literal, not exactly 1. `x` > 0.

@@ -49,6 +49,15 @@ TEST(Numeric, Variance_keeps_its_digits_far_from_the_origin) {
     EXPECT_DOUBLE_EQ(Variance(PointSample{{5.8e6, 0.0}, {5.8e6 + 2.0, 0.0}}, 0), 2.0);
 }
 
+// The sum of fifty times 500000.1 is not fifty times it: the mean is off by a rounding, the variance is not.
+TEST(Numeric, Variance_of_equal_coordinates_is_exactly_0) {
+    PointSample column;
+    for (int i = 0; i < 50; ++i) column.push_back({500000.1, 6000000.3 + i});
+    EXPECT_EQ(Variance(column, 0), 0.0);
+    EXPECT_NEAR(Variance(column, 1), 212.5, 1e-6);
+    EXPECT_NE(error_of({{500000.1, 0.0}}), 0);
+}
+
 // ln 10 = 2.302585092994046; the divisor ln 2.718281828 is 1 - 1.7E-10.
 TEST(Numeric, NaturalLog_divides_by_the_logarithm_of_a_rounded_e) {
     EXPECT_DOUBLE_EQ(NaturalLog(10.0), 2.3025850933828913);
