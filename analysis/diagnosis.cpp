@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <set>
@@ -149,6 +150,14 @@ std::string reach_reason(const AnimalRecord& record) {
            ": outer isopleths are too small; --reach whole computes the full kernels";
 }
 
+bool is_rescaling(std::int32_t status) {
+    namespace kernel_status = engine::kernel_status;
+    constexpr std::array kSteps = {kernel_status::kRescaling, kernel_status::kHrefRescaling,
+                                   kernel_status::kLscvUnits, kernel_status::kLscvRescaling,
+                                   kernel_status::kBcvUnits,  kernel_status::kBcvRescaling};
+    return std::find(kSteps.begin(), kSteps.end(), status) != kSteps.end();
+}
+
 std::string cell_text(const AnimalRecord& record) {
     return "the bandwidth " + short_number(record.BandwidthMapUnits) + " is smaller than the cell size " +
            NumberText(record.Grid.CellSize);
@@ -246,6 +255,7 @@ Failure failure_of(const AnimalRecord& record) {
     if (record.Status == kernel_status::kNothingToCompute)
         return record.Grid.Columns > 0 && record.Grid.Rows > 0 ? Failure::kNoBandwidth : Failure::kNoCells;
     if (record.Status == kernel_status::kBandwidthBelowCell) return Failure::kBelowCell;
+    if (is_rescaling(record.Status)) return Failure::kRescaling;
     return lacks_memory(record) ? Failure::kMemory : Failure::kOther;
 }
 
@@ -268,6 +278,8 @@ std::string failure_reason(const AnimalRecord& record) {
             return cell_text(record);
         case Failure::kMemory:
             return memory_text(record);
+        case Failure::kRescaling:
+            return "x or y of its fixes has no spread, so that they cannot be rescaled to unit variance";
         case Failure::kOther:
             break;
     }
@@ -295,6 +307,8 @@ std::string failure_remedy(const AnimalRecord& record) {
                              ", or a wider bandwidth.";
         case Failure::kMemory:
             return "Choose larger cells or a smaller extent, or close other programs.";
+        case Failure::kRescaling:
+            return "Leave out the rescaling, or this animal.";
         case Failure::kOther:
             break;
     }

@@ -70,6 +70,7 @@ enum class Failure {
     kNoCells,       ///< the extent is smaller than one cell
     kBelowCell,     ///< the bandwidth is smaller than the cell
     kMemory,        ///< there is no memory for the raster
+    kRescaling,     ///< x or y has no spread that rescaling to unit variance could divide by
     kOther
 };
 Failure failure_of(const AnimalRecord& record);

@@ -4,6 +4,7 @@
 #include "engine/clsKernelCalculator.h"
 #include "engine/status.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -246,6 +247,20 @@ TEST(BandwidthDoctor, Explains_the_calculators_status) {
     record.Status = kernel_status::kAccumulation;
     EXPECT_EQ(failure_reason(record), "the calculation failed (code 1008)");
     EXPECT_EQ(failure_remedy(record), "The report tells how far it came.");
+}
+
+TEST(BandwidthDoctor, Fixes_that_cannot_be_rescaled_have_a_reason_of_their_own) {
+    namespace kernel_status = engine::kernel_status;
+    AnimalRecord record;
+    record.SampleSize = 40;
+    for (const std::int32_t status :
+         {kernel_status::kRescaling, kernel_status::kHrefRescaling, kernel_status::kLscvRescaling,
+          kernel_status::kLscvUnits, kernel_status::kBcvRescaling, kernel_status::kBcvUnits}) {
+        record.Status = status;
+        EXPECT_EQ(failure_reason(record),
+                  "x or y of its fixes has no spread, so that they cannot be rescaled to unit variance");
+        EXPECT_EQ(failure_remedy(record), "Leave out the rescaling, or this animal.");
+    }
 }
 
 TEST(BandwidthDoctor, Tells_of_one_cause_once_and_of_several_in_one_line) {
