@@ -5,7 +5,10 @@
 #include "analysis/summary_rows.h"
 #include "platform/text.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <span>
 
 namespace wxl::analysis {
 namespace {
@@ -13,6 +16,9 @@ namespace {
 constexpr double kManySharing = 0.01;
 constexpr double kRangePercent = 95.0;
 constexpr double kLeastRangePercent = 90.0;
+constexpr double kReadAs = 0.05;  // share by which an index may be rounded
+constexpr std::array kSchoenerLimits = {1.6, 2.4};
+constexpr std::array kSwihartSladeLimits = {0.6};
 
 /// The method that is advised, and what speaks for it.
 struct Advice {
@@ -55,15 +61,29 @@ bool is_in_many_parts(const AdviceFacts& facts) {
     return facts.Given && facts.Given->Range && facts.Given->Range->Parts >= kManyParts;
 }
 
-std::string two_decimals(double value) {
-    return platform::NumberText(std::round(value * 100.0) / 100.0);
+/// Whether it is read as the same: as near, and on the same side of what counts as significant.
+bool is_read_as(double rounded, double index, std::span<const double> limits) {
+    return std::abs(rounded - index) <= kReadAs * std::abs(index) &&
+           std::all_of(limits.begin(), limits.end(), [&](double limit) {
+               return (rounded < limit) == (index < limit) && (rounded > limit) == (index > limit);
+           });
+}
+
+/// With two decimals, or as many more as it takes to be read as the same.
+std::string index_text(double index, std::span<const double> limits) {
+    for (double scale = 100.0; scale < 1e15; scale *= 10.0) {
+        const double rounded = std::round(index * scale) / scale;
+        if (is_read_as(rounded, index, limits)) return platform::NumberText(rounded);
+    }
+    return platform::NumberText(index);
 }
 
 std::string indices_text(const AdviceFacts& facts) {
     std::string text;
-    if (facts.Schoener) text += "Schoener " + two_decimals(*facts.Schoener);
+    if (facts.Schoener) text += "Schoener " + index_text(*facts.Schoener, kSchoenerLimits);
     if (facts.SwihartSlade)
-        text += (text.empty() ? "" : ", ") + ("Swihart and Slade " + two_decimals(*facts.SwihartSlade));
+        text +=
+            (text.empty() ? "" : ", ") + ("Swihart and Slade " + index_text(*facts.SwihartSlade, kSwihartSladeLimits));
     return text;
 }
 
@@ -183,8 +203,8 @@ std::optional<RangeInParts> range_in_parts(std::span<const IsoplethRecord> isopl
 }
 
 bool is_autocorrelated(const AdviceFacts& facts) {
-    return (facts.Schoener && (*facts.Schoener < 1.6 || *facts.Schoener > 2.4)) ||
-           (facts.SwihartSlade && *facts.SwihartSlade > 0.6);
+    return (facts.Schoener && (*facts.Schoener < kSchoenerLimits[0] || *facts.Schoener > kSchoenerLimits[1])) ||
+           (facts.SwihartSlade && *facts.SwihartSlade > kSwihartSladeLimits[0]);
 }
 
 BandwidthMethod advised_method(const AdviceFacts& facts) {

@@ -1,6 +1,8 @@
 #include "analysis/advice.h"
 
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace wxl::analysis {
 namespace {
@@ -188,6 +190,27 @@ TEST(Advice, Fixes_that_depend_on_each_other_are_for_movement_models) {
     EXPECT_TRUE(advice_text(facts).starts_with(
         "advised: wxl akde, as fixes depend on each other (Schoener 0.32, Swihart and Slade 0.1) and ranges of "
         "independent fixes come out too small then (Fleming et al. 2015); of the other methods LSCV, if "));
+}
+
+std::string told_indices(double schoener, double swihartSlade) {
+    AdviceFacts facts = independent(200);
+    facts.Schoener = schoener;
+    facts.SwihartSlade = swihartSlade;
+    const std::string text = advice_text(facts);
+    const std::size_t first = text.find('(') + 1;
+    return text.substr(first, text.find(')') - first);
+}
+
+TEST(Advice, Indices_have_digits_enough_to_be_read_as_what_they_are) {
+    EXPECT_EQ(told_indices(0.0005572, 1.98765), "Schoener 0.00056, Swihart and Slade 1.99");
+    EXPECT_EQ(told_indices(0.0149, -0.004), "Schoener 0.015, Swihart and Slade -0.004");
+    EXPECT_EQ(told_indices(0.0, 0.0), "Schoener 0, Swihart and Slade 0");
+}
+
+TEST(Advice, Rounding_takes_no_index_over_the_limit_that_it_is_judged_by) {
+    EXPECT_EQ(told_indices(1.5983, 0.6004), "Schoener 1.598, Swihart and Slade 0.6004");
+    EXPECT_EQ(told_indices(2.40001, 0.6), "Schoener 2.40001, Swihart and Slade 0.6");
+    EXPECT_EQ(told_indices(1.99997, 0.60001), "Schoener 2, Swihart and Slade 0.60001");
 }
 
 }  // namespace
