@@ -20,6 +20,7 @@
 #include <cpl_vsi.h>
 #include <cstring>
 #include <fmt/format.h>
+#include <new>
 #include <ogrsf_frmts.h>
 #include <set>
 
@@ -119,21 +120,32 @@ private:
     std::string m_record;
 };
 
+/// A driver of GDAL, alone: all of them take 7 MB while the fixes fill the memory.
+GDALDriver& driver_named(const char* name, void (*enlist)()) {
+    GDALDriverManager& drivers = *GetGDALDriverManager();
+    if (drivers.GetDriverByName(name) == nullptr) {
+        // GDAL uses a driver that cannot be allocated all the same.
+        constexpr std::size_t kDriverBytes = 1 << 20;
+        ::operator delete(::operator new(kDriverBytes));
+        enlist();
+    }
+    GDALDriver* driver = drivers.GetDriverByName(name);
+    if (driver == nullptr) platform::Raise(error_number::kInvalidCall, fmt::format("this GDAL has no driver {}", name));
+    return *driver;
+}
+
 OGRFieldType ogr_type(FieldType type) {
     if (type == FieldType::kInteger) return OFTInteger64;
     return type == FieldType::kDouble ? OFTReal : OFTString;
 }
 
-class OgrWriter final : public ILayerWriter {
+class FlatGeobufWriter final : public ILayerWriter {
 public:
-    OgrWriter(const char* driver, const fs::path& file, const std::vector<Field>& fields,
-              const platform::SpatialReference& reference)
+    FlatGeobufWriter(const fs::path& file, const std::vector<Field>& fields,
+                     const platform::SpatialReference& reference)
         : m_file(file), m_writing(file) {
-        files::RegisterGdal();
-        GDALDriver* maker = GetGDALDriverManager()->GetDriverByName(driver);
-        if (maker == nullptr)
-            platform::Raise(error_number::kInvalidCall, fmt::format("this GDAL has no driver {}", driver));
-        m_dataset.reset(maker->Create(file.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+        GDALDriver& maker = driver_named("FlatGeobuf", RegisterOGRFlatGeobuf);
+        m_dataset.reset(maker.Create(file.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
         if (!m_dataset) Fail();
         OGRSpatialReference system = files::ToOgr(reference);
         CPLStringList options;
@@ -149,9 +161,9 @@ public:
         m_dataset->StartTransaction();
     }
 
-    ~OgrWriter() override { OGRFeature::DestroyFeature(m_feature); }
-    OgrWriter(const OgrWriter&) = delete;
-    OgrWriter& operator=(const OgrWriter&) = delete;
+    ~FlatGeobufWriter() override { OGRFeature::DestroyFeature(m_feature); }
+    FlatGeobufWriter(const FlatGeobufWriter&) = delete;
+    FlatGeobufWriter& operator=(const FlatGeobufWriter&) = delete;
 
     void Put(const Point& point, const std::vector<FieldValue>& values) override {
         m_feature->SetFID(OGRNullFID);
@@ -197,10 +209,7 @@ public:
     GeoPackageWriter(const fs::path& file, const std::vector<Field>& fields,
                      const platform::SpatialReference& reference)
         : m_file(file), m_table{file.stem().string(), platform::ShapeType::kPoint, fields}, m_writing(file) {
-        files::RegisterGdal();
-        GDALDriver* maker = GetGDALDriverManager()->GetDriverByName("GPKG");
-        if (maker == nullptr) platform::Raise(error_number::kInvalidCall, "this GDAL has no driver GPKG");
-        Make(*maker, reference);
+        Make(driver_named("GPKG", RegisterOGRGeoPackage), reference);
         m_rows.emplace(m_file, std::vector{m_table}, kGeometryColumn, files::PackageRows::Places::kIndexed);
     }
 
@@ -313,7 +322,7 @@ MemoryFile::~MemoryFile() {
 
 std::unique_ptr<ILayerWriter> make_memory_writer(const MemoryFile& file, const std::vector<Field>& fields,
                                                  const platform::SpatialReference& reference) {
-    return std::make_unique<OgrWriter>("FlatGeobuf", file.Path(), fields, reference);
+    return std::make_unique<FlatGeobufWriter>(file.Path(), fields, reference);
 }
 
 std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const fs::path& file,
@@ -325,7 +334,7 @@ std::unique_ptr<ILayerWriter> make_layer_writer(LayerFormat format, const fs::pa
         case LayerFormat::kGeoPackage:
             return std::make_unique<GeoPackageWriter>(file, fields, reference);
         default:
-            return std::make_unique<OgrWriter>("FlatGeobuf", file, fields, reference);
+            return std::make_unique<FlatGeobufWriter>(file, fields, reference);
     }
 }
 
