@@ -127,21 +127,6 @@ bool is_placeholder(double value) {
                        [&](double placeholder) { return value <= placeholder && value > placeholder - 1.0; });
 }
 
-std::string small_letters(std::string_view word) {
-    std::string small;
-    while (!word.empty()) {
-        const Character character = character_at(word);
-        const char32_t folded = small_letter(character.Code);
-        if (folded == character.Code) {
-            small += word.substr(0, character.Bytes);
-        } else {
-            append_character(small, folded);
-        }
-        word.remove_prefix(character.Bytes);
-    }
-    return small;
-}
-
 std::string bare_name(std::string_view name, bool brackets) {
     std::string bare;
     int depth = 0;

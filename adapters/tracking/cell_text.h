@@ -20,9 +20,6 @@ bool is_one_of(std::string_view cell, std::initializer_list<std::string_view> wo
 /// Whether a coordinate stands for none: -999, -9999, -99999, -999.9 and the like.
 bool is_placeholder(double value);
 
-/// UTF-8 with Greek and Cyrillic letters made small, Greek ones without accents; anything else stays.
-std::string small_letters(std::string_view word);
-
 /// A name in small letters and digits, accents and punctuation taken off: "Länge [°]" becomes "lange". Letters of other
 /// alphabets stay, small where they have a small form. With `brackets`, what stands in brackets counts, too.
 std::string bare_name(std::string_view name, bool brackets = false);

@@ -118,129 +118,51 @@ std::optional<std::int64_t> days_in_order(const std::array<Part, 3>& parts, Date
     return days_of(whole_year(parts[year].Value, parts[year].Digits), parts[month].Value, parts[day].Value);
 }
 
-/// Months by the first letters of their names in the languages of many tables; the longest match counts.
+/// Months by the first letters of their names, small and without accents, in the languages of many tables.
 struct MonthName {
     std::string_view Start;
     int Month;
 };
-constexpr std::array<MonthName, 94> kMonths = {{{"jan", 1},
-                                                {"ene", 1},
-                                                {"gen", 1},
-                                                {"sty", 1},
-                                                {"janv", 1},
-                                                {"feb", 2},
-                                                {"fev", 2},
-                                                {"fév", 2},
-                                                {"f\xE9v", 2},
-                                                {"lut", 2},
-                                                {"mar", 3},
-                                                {"mär", 3},
-                                                {"m\xE4r", 3},
-                                                {"mrz", 3},
-                                                {"mrt", 3},
-                                                {"maa", 3},
-                                                {"maerz", 3},
-                                                {"apr", 4},
-                                                {"avr", 4},
-                                                {"abr", 4},
-                                                {"kwi", 4},
-                                                {"may", 5},
-                                                {"mai", 5},
-                                                {"mei", 5},
-                                                {"maj", 5},
-                                                {"mag", 5},
-                                                {"jun", 6},
-                                                {"juin", 6},
-                                                {"giu", 6},
-                                                {"cze", 6},
-                                                {"jul", 7},
-                                                {"juil", 7},
-                                                {"lug", 7},
-                                                {"lip", 7},
-                                                {"aug", 8},
-                                                {"aou", 8},
-                                                {"aoû", 8},
-                                                {"ao\xFB", 8},
-                                                {"ago", 8},
-                                                {"sie", 8},
-                                                {"sep", 9},
-                                                {"set", 9},
-                                                {"wrz", 9},
-                                                {"oct", 10},
-                                                {"okt", 10},
-                                                {"out", 10},
-                                                {"ott", 10},
-                                                {"paź", 10},
-                                                {"nov", 11},
-                                                {"lis", 11},
-                                                {"dec", 12},
-                                                {"dez", 12},
-                                                {"dic", 12},
-                                                {"dé"
-                                                 "c",
-                                                 12},
-                                                {"d\xE9"
-                                                 "c",
-                                                 12},
-                                                {"gru", 12},
-                                                {"des", 12},
-                                                {"sept", 9},
-                                                {"янв", 1},
-                                                {"фев", 2},
-                                                {"мар", 3},
-                                                {"апр", 4},
-                                                {"мая", 5},
-                                                {"май", 5},
-                                                {"июн", 6},
-                                                {"июл", 7},
-                                                {"авг", 8},
-                                                {"сен", 9},
-                                                {"окт", 10},
-                                                {"ноя", 11},
-                                                {"дек", 12},
-                                                {"січ", 1},
-                                                {"лют", 2},
-                                                {"бер", 3},
-                                                {"кві", 4},
-                                                {"тра", 5},
-                                                {"чер", 6},
-                                                {"лип", 7},
-                                                {"сер", 8},
-                                                {"вер", 9},
-                                                {"жов", 10},
-                                                {"лис", 11},
-                                                {"гру", 12},
-                                                {"ιαν", 1},
-                                                {"φεβ", 2},
-                                                {"απρ", 4},
-                                                {"ιουν", 6},
-                                                {"ιουλ", 7},
-                                                {"αυγ", 8},
-                                                {"σεπ", 9},
-                                                {"οκτ", 10},
-                                                {"νοε", 11},
-                                                {"δεκ", 12},
-                                                {"μαρ", 3}}};
+constexpr std::array<MonthName, 154> kMonths = {
+    {{"jan", 1},    {"ene", 1},    {"gen", 1},    {"sty", 1},     {"janv", 1},   {"led", 1},      {"oca", 1},
+     {"tammi", 1},  {"ian", 1},    {"sij", 1},    {"sau", 1},     {"янв", 1},    {"січ", 1},      {"ιαν", 1},
+     {"feb", 2},    {"fev", 2},    {"lut", 2},    {"uno", 2},     {"sub", 2},    {"helmi", 2},    {"velj", 2},
+     {"vas", 2},    {"фев", 2},    {"лют", 2},    {"φεβ", 2},     {"mar", 3},    {"mrz", 3},      {"mrt", 3},
+     {"maa", 3},    {"maerz", 3},  {"brez", 3},   {"ozu", 3},     {"kov", 3},    {"мар", 3},      {"бер", 3},
+     {"μαρ", 3},    {"apr", 4},    {"avr", 4},    {"abr", 4},     {"kwi", 4},    {"dub", 4},      {"nis", 4},
+     {"huhti", 4},  {"tra", 4},    {"bal", 4},    {"апр", 4},     {"кві", 4},    {"απρ", 4},      {"may", 5},
+     {"mai", 5},    {"mei", 5},    {"maj", 5},    {"mag", 5},     {"kve", 5},    {"touko", 5},    {"svi", 5},
+     {"geg", 5},    {"maig", 5},   {"мая", 5},    {"май", 5},     {"тра", 5},    {"jun", 6},      {"juin", 6},
+     {"giu", 6},    {"cze", 6},    {"cerven", 6}, {"cervn", 6},   {"cvn", 6},    {"haz", 6},      {"kesa", 6},
+     {"lipanj", 6}, {"lipnja", 6}, {"bir", 6},    {"juuni", 6},   {"iun", 6},    {"июн", 6},      {"чер", 6},
+     {"ιουν", 6},   {"jul", 7},    {"juil", 7},   {"lug", 7},     {"lip", 7},    {"cervenec", 7}, {"cervenc", 7},
+     {"cvc", 7},    {"tem", 7},    {"heina", 7},  {"srpanj", 7},  {"srpnja", 7}, {"lie", 7},      {"juuli", 7},
+     {"iul", 7},    {"июл", 7},    {"лип", 7},    {"ιουλ", 7},    {"aug", 8},    {"aou", 8},      {"ago", 8},
+     {"agu", 8},    {"avg", 8},    {"sie", 8},    {"srp", 8},     {"elo", 8},    {"kolovoz", 8},  {"rugp", 8},
+     {"авг", 8},    {"сер", 8},    {"αυγ", 8},    {"sep", 9},     {"sept", 9},   {"set", 9},      {"wrz", 9},
+     {"zar", 9},    {"eyl", 9},    {"syys", 9},   {"ruj", 9},     {"rugs", 9},   {"szept", 9},    {"сен", 9},
+     {"вер", 9},    {"σεπ", 9},    {"oct", 10},   {"okt", 10},    {"out", 10},   {"ott", 10},     {"paz", 10},
+     {"rij", 10},   {"eki", 10},   {"loka", 10},  {"spa", 10},    {"окт", 10},   {"жов", 10},     {"οκτ", 10},
+     {"nov", 11},   {"lis", 11},   {"kas", 11},   {"marras", 11}, {"stu", 11},   {"lap", 11},     {"noi", 11},
+     {"ноя", 11},   {"лис", 11},   {"νοε", 11},   {"dec", 12},    {"dez", 12},   {"dic", 12},     {"gru", 12},
+     {"des", 12},   {"pro", 12},   {"ara", 12},   {"joulu", 12},  {"дек", 12},   {"гру", 12},     {"δεκ", 12}}};
 
-bool starts_no_case(std::string_view text, std::string_view start) {
-    return platform::EqualNoCase(text.substr(0, start.size()), start);
-}
-
+/// The month whose name starts so; the longest start counts ("marraskuu" is no March).
 std::optional<int> month_starting(std::string_view word) {
+    const MonthName* best = nullptr;
     for (const MonthName& name : kMonths)
-        if (starts_no_case(word, name.Start)) return name.Month;
-    return std::nullopt;
+        if (word.starts_with(name.Start) && (best == nullptr || name.Start.size() > best->Start.size())) best = &name;
+    return best == nullptr ? std::nullopt : std::optional(best->Month);
 }
 
 std::optional<int> month_named(std::string_view word) {
-    if (const auto month = month_starting(word)) return month;
-    const bool isAscii = std::ranges::all_of(word, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    return isAscii ? std::nullopt : month_starting(small_letters(word));
+    return month_starting(bare_name(to_utf8(word)));
 }
 
 bool is_weekday(std::string_view word) {
     constexpr std::array<std::string_view, 7> kDays = {"mon", "tue", "wed", "thu", "fri", "sat", "sun"};
-    return std::any_of(kDays.begin(), kDays.end(), [&](std::string_view day) { return starts_no_case(word, day); });
+    return std::ranges::any_of(
+        kDays, [&](std::string_view day) { return platform::EqualNoCase(word.substr(0, day.size()), day); });
 }
 
 void skip_weekday(Scanner& scanner) {
@@ -282,6 +204,29 @@ void skip_separators(Scanner& scanner) {
     while (scanner.TakeAny("-/., ")) continue;
 }
 
+/// Skips words that say nothing: "at", "um", "de".
+void skip_words(Scanner& scanner, std::initializer_list<std::string_view> words) {
+    for (bool any = true; any;) {
+        any = false;
+        for (const std::string_view word : words) {
+            if (!scanner.TakeWord(word)) continue;
+            while (scanner.TakeAny(". ")) continue;
+            any = true;
+        }
+    }
+}
+
+/// Behind a time of day: "13:05 Uhr", "1305 h".
+void skip_hour_word(Scanner& scanner) {
+    Scanner ahead = scanner;
+    ahead.SkipBlanks();
+    for (const std::string_view word : {"Uhr", "uur", "hrs", "hr", "hs", "h"}) {
+        if (!ahead.TakeWord(word)) continue;
+        scanner = ahead;
+        return;
+    }
+}
+
 bool take_mark(Scanner& scanner, std::initializer_list<std::string_view> marks) {
     for (const std::string_view mark : marks) {
         if (!scanner.Rest().starts_with(mark)) continue;
@@ -306,13 +251,22 @@ std::optional<std::int64_t> take_marked_date(Scanner& scanner, const Part& year)
     return days_in_order({year, *month, *day}, DateOrder::kYearMonthDay);
 }
 
+/// The end of "7th", "1er".
+void skip_ordinal(Scanner& scanner) {
+    for (const std::string_view end : {"st", "nd", "rd", "th", "er"})
+        if (scanner.TakeWord(end)) return;
+}
+
 /// Day, month by name and year, the first of them taken already.
 std::optional<std::int64_t> take_named_month(Scanner& scanner, const Part& first) {
     if (take_year_mark(scanner)) return take_marked_date(scanner, first);
+    skip_words(scanner, {"de", "of", "do"});
     const auto month = month_named(scanner.Word());
     skip_separators(scanner);
+    skip_words(scanner, {"de", "del", "do"});
     const auto last = take_part(scanner);
     if (!month || !last) return std::nullopt;
+    if (scanner.Peek() == '.' && !is_digit(scanner.Peek(1))) scanner.Skip(1);
     const bool yearFirst = first.Digits == 4;
     const Part& year = yearFirst ? first : *last;
     const Part& day = yearFirst ? *last : first;
@@ -325,6 +279,7 @@ std::optional<std::int64_t> take_date_after_month(Scanner& scanner) {
     const auto month = month_named(scanner.Word());
     skip_separators(scanner);
     const auto day = take_part(scanner);
+    skip_ordinal(scanner);
     skip_separators(scanner);
     const auto year = take_part(scanner);
     if (!month || !day || !year || day->Digits > 2 || (year->Digits != 2 && year->Digits != 4)) return std::nullopt;
@@ -353,6 +308,8 @@ std::optional<NumericDate> take_numeric_date(Scanner& scanner, const Part& first
     const auto third = take_part(scanner);
     if (!third) return std::nullopt;
     date.Parts[2] = *third;
+    // Hungarian, Croatian and Korean dates end in a point, too.
+    if (date.Separator == '.' && scanner.Peek() == '.' && !is_digit(scanner.Peek(1))) scanner.Skip(1);
     return date;
 }
 
@@ -370,6 +327,7 @@ std::optional<std::int64_t> take_date(Scanner& scanner, DateOrder order) {
     if (digits >= 6 && digits <= 8) return take_packed_date(scanner, digits, order);
     const auto first = take_part(scanner);
     if (!first) return std::nullopt;
+    skip_ordinal(scanner);
     Scanner ahead = scanner;
     skip_separators(ahead);
     if (is_letter(ahead.Peek()) && ahead.Peek() != 'T') {
@@ -389,6 +347,14 @@ std::optional<std::int64_t> take_date(Scanner& scanner, DateOrder order) {
 std::optional<int> hour_of_half(Scanner& scanner, int hour) {
     Scanner ahead = scanner;
     ahead.SkipBlanks();
+    // Greek: before and after noon.
+    for (const std::string_view mark : {"πμ", "π.μ.", "μμ", "μ.μ."}) {
+        if (!ahead.Rest().starts_with(mark)) continue;
+        if (hour < 1 || hour > 12) return std::nullopt;
+        ahead.Skip(mark.size());
+        scanner = ahead;
+        return hour % 12 + (mark.starts_with("μ") ? 12 : 0);
+    }
     const bool after = platform::EqualNoCase(ahead.Rest().substr(0, 1), "p");
     const bool before = platform::EqualNoCase(ahead.Rest().substr(0, 1), "a");
     if (!after && !before) return hour;
@@ -479,8 +445,19 @@ std::optional<TimeOfDay> take_parted_time(Scanner& scanner) {
     return time;
 }
 
+/// Seconds since midnight of what stands behind the half of the day in Chinese, Japanese or Korean.
+std::optional<std::int64_t> take_time_of_day(Scanner& scanner);
+std::optional<std::int64_t> take_time_of_half(Scanner& scanner, bool isAfternoon) {
+    const auto seconds = take_time_of_day(scanner);
+    constexpr std::int64_t kHalf = kSecondsPerDay / 2;
+    if (!seconds || *seconds >= kHalf + 3600) return std::nullopt;
+    return *seconds % kHalf + (isAfternoon ? kHalf : 0);
+}
+
 /// Seconds since midnight.
 std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
+    if (take_mark(scanner, {"上午", "午前", "오전"})) return take_time_of_half(scanner, false);
+    if (take_mark(scanner, {"下午", "午後", "午后", "오후"})) return take_time_of_half(scanner, true);
     const std::size_t digits = scanner.DigitsAhead();
     if (digits == 0 || digits > 6) return std::nullopt;
     const char mark = scanner.Peek(digits);
@@ -588,6 +565,9 @@ bool take_joint(Scanner& scanner) {
     }
     bool any = false;
     while (scanner.TakeAny(" ,")) any = true;
+    if (any)
+        skip_words(scanner,
+                   {"at", "um", "om", "kl", "klo", "kello", "a", "las", "à", "às", "alle", "ore", "godz", "o", "в"});
     if (any) return true;
     // 2018/05/09-14:59:05; less than that may be the offset of a date.
     Scanner ahead = scanner;
@@ -614,8 +594,10 @@ bool starts_with_time_of_day(const Scanner& scanner) {
 /// "14:59:05 9-May-2018"
 std::optional<TimeText> time_before_date(Scanner scanner, DateOrder order) {
     const auto ofDay = take_time_of_day(scanner);
+    skip_hour_word(scanner);
     if (!ofDay || !scanner.TakeAny(" ,")) return std::nullopt;
     scanner.SkipBlanks();
+    skip_words(scanner, {"on"});
     const auto days = take_date(scanner, order);
     if (!days) return std::nullopt;
     const auto zone = take_zone(scanner);
@@ -665,6 +647,7 @@ std::optional<TimeText> calendar_time(std::string_view text, DateOrder order) {
     }
     const auto ofDay = take_time_of_day(scanner);
     if (!ofDay) return std::nullopt;
+    skip_hour_word(scanner);
     const auto zone = take_zone(scanner);
     if (!zone) return std::nullopt;
     if (zone->Given) skip_bracket(scanner);
@@ -690,6 +673,7 @@ std::optional<TimeText> time_from_text(std::string_view text, const TimeFormat& 
 std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {
     Scanner scanner(platform::Trim(text));
     const auto seconds = take_time_of_day(scanner);
+    skip_hour_word(scanner);
     if (!seconds || !scanner.AtEnd()) return std::nullopt;
     return seconds;
 }
@@ -697,6 +681,7 @@ std::optional<std::int64_t> time_of_day_from_text(std::string_view text) {
 bool is_time_of_day(std::string_view text) {
     Scanner scanner(platform::Trim(text));
     if (!take_time_of_day(scanner)) return false;
+    skip_hour_word(scanner);
     if (scanner.AtEnd()) return true;
     // "10.5 KM" is a length.
     if (text.find(':') == std::string_view::npos || !take_zone(scanner)) return false;
@@ -710,7 +695,9 @@ unsigned possible_orders(std::string_view text) {
     Scanner scanner(platform::Trim(text));
     if (starts_with_time_of_day(scanner)) {
         if (!take_time_of_day(scanner)) return kAny;
+        skip_hour_word(scanner);
         scanner.SkipBlanks();
+        skip_words(scanner, {"on"});
     }
     skip_weekday(scanner);
     std::array<Part, 3> parts{};

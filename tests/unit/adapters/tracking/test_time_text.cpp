@@ -81,6 +81,69 @@ TEST(TimeText, Marks_behind_the_numbers_of_a_date) {
         EXPECT_EQ(seconds(text), kMoment) << text;
 }
 
+// "marraskuuta" is no March, "srpna" August in Czech and "srpnja" July in Croatian.
+TEST(TimeText, Months_of_many_languages) {
+    struct Month {
+        const char* Text;
+        const char* Day;
+    };
+    for (const auto& [text, day] :
+         {Month{"9 marraskuuta 2018", "2018-11-09"}, Month{"9 maaliskuuta 2018", "2018-03-09"},
+          Month{"9 kes\xC3\xA4kuuta 2018", "2018-06-09"},
+          Month{"9. \xC4\x8D"
+                "ervna 2018",
+                "2018-06-09"},
+          Month{"9. \xC4\x8D"
+                "ervence 2018",
+                "2018-07-09"},
+          Month{"9. \xC5\x99\xC3\xADjna 2018", "2018-10-09"}, Month{"9. srpna 2018", "2018-08-09"},
+          Month{"9. srpnja 2018", "2018-07-09"}, Month{"9. lipnja 2018", "2018-06-09"},
+          Month{"9 lipca 2018", "2018-07-09"}, Month{"9 \xC5\x9Eubat 2018", "2018-02-09"},
+          Month{"9 A\xC4\x9Fustos 2018", "2018-08-09"}, Month{"2018. m\xC3\xA1jus 9.", "2018-05-09"},
+          Month{"9-szept-2018", "2018-09-09"}, Month{"9-ian-2018", "2018-01-09"}, Month{"9 M\xC4r 2018", "2018-03-09"},
+          Month{"9 AO\xDBT 2018", "2018-08-09"}})
+        EXPECT_EQ(seconds(text), tracking_times::seconds_from_timestamp(day)) << text;
+}
+
+TEST(TimeText, Words_around_dates_and_times_are_passed_over) {
+    for (const char* text : {"2018-05-09 at 14:59",
+                             "9/5/2018 at 14:59",
+                             "9 May 2018 at 2:59 pm",
+                             "9.5.2018 um 14:59 Uhr",
+                             "9.5.2018 klo 14.59",
+                             "9 de mayo de 2018 14:59",
+                             "9 de mayo de 2018 a las 14:59",
+                             "9 de maio de 2018, 14:59",
+                             "9 mai 2018 \xC3\xA0 14h59",
+                             "14:59 on 9 May 2018",
+                             "9th May 2018 14:59",
+                             "May 9th, 2018 14:59",
+                             "9th of May 2018, 1459 h",
+                             "2018.05.09. 14:59",
+                             "9.5.2018. 14:59",
+                             "9. 5. 2018 14:59",
+                             "2018. 5. 9. \xEC\x98\xA4\xED\x9B\x84 2:59",
+                             "2018/5/9 \xE4\xB8\x8B\xE5\x8D\x88 02:59",
+                             "9/5/2018 2:59 \xCE\xBC\xCE\xBC",
+                             "2018-05-09 14:59 hrs"})
+        EXPECT_EQ(seconds(text), kMinute) << text;
+    // 0:59 in the night
+    for (const char* text : {"2018/5/9 \xE4\xB8\x8A\xE5\x8D\x88 12:59", "9/5/2018 12:59 \xCF\x80.\xCE\xBC."})
+        EXPECT_EQ(seconds(text), kDay + 59 * 60) << text;
+    EXPECT_EQ(time_of_day_from_text("14:59 Uhr"), 53940);
+    EXPECT_EQ(possible_orders("14:59 on 13/5/2018"), 1U << static_cast<unsigned>(DateOrder::kDayMonthYear));
+    for (const char* text :
+         {"2018/5/9 \xE4\xB8\x8B\xE5\x8D\x88 14:59", "9 of 2018", "9/5/2018 2:59 at", "9/5/2018 Uhr"})
+        EXPECT_FALSE(time_from_text(text, kDmy)) << text;
+}
+
+TEST(TimeText, Digits_alone_are_dates_of_years_from_1800_to_2100) {
+    EXPECT_EQ(seconds("18000101"), tracking_times::seconds_from_timestamp("1800-01-01"));
+    EXPECT_EQ(seconds("2100365"), tracking_times::seconds_from_timestamp("2100-12-31"));
+    for (const char* text : {"17991231", "21010101", "99990101", "9052018", "0905201", "1799365", "2101001"})
+        EXPECT_FALSE(time_from_text(text, kDmy)) << text;
+}
+
 TEST(TimeText, Abbreviations_of_zones_are_told_and_not_heeded) {
     for (const char* text : {"2018-05-09 14:59:05 CEST", "5/9/2018 14:59:05 EST", "Wed May  9 14:59:05 CST 2018"}) {
         const auto time = time_from_text(text, kMdy);
