@@ -53,14 +53,15 @@ std::optional<double> if_positive(double value) {
     return value > 0.0 && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
-/// Whether the fixes differ by more than the rounding of their coordinates, of which the sums of a variance leave a
-/// spread even where all are the same.
-bool has_spread(const std::vector<platform::Point>& fixes) {
+/// Whether the fixes differ by more than the rounding of their coordinates; with rescaling, along both axes.
+bool has_spread(const std::vector<platform::Point>& fixes, bool rescale) {
     constexpr double kRounding = 1e-12;
     const platform::Extent extent = platform::bounds_of(fixes);
+    if (extent.IsEmpty()) return false;
     const double size =
         std::max({std::abs(extent.XMin), std::abs(extent.XMax), std::abs(extent.YMin), std::abs(extent.YMax)});
-    return !extent.IsEmpty() && std::max(extent.Width(), extent.Height()) > kRounding * size;
+    const auto [narrow, wide] = std::minmax({extent.Width(), extent.Height()});
+    return (rescale ? narrow : wide) > kRounding * size;
 }
 
 analysis::BandwidthMethod method_of(const BandwidthOptions& options) {
@@ -141,22 +142,27 @@ Json json_of(const analysis::AdviceFacts& advice) {
             {"text", text}};
 }
 
+void calculate(engine::clsKernelCalculator& calculator, const std::string& method) {
+    if (method == "lscv") {
+        calculator.CalculateLSCV();
+    } else if (method == "bcv") {
+        calculator.CalculateBCV();
+    } else {
+        calculator.CalculateHREF();
+    }
+}
+
 AnimalBandwidth bandwidth_of(const analysis::AnimalFixes& animal, const BandwidthOptions& options, double metresPerUnit,
                              ConsoleMessages& messages) {
     engine::clsKernelCalculator calculator(messages);
     calculator.SetInputCoords(animal.Fixes);
     calculator.SetEnforceUnitVariance(options.Rescale);
-    if (options.Method == "lscv") {
-        calculator.CalculateLSCV();
-    } else if (options.Method == "bcv") {
-        calculator.CalculateBCV();
-    } else {
-        calculator.CalculateHREF();
-    }
+    const bool hasSpread = has_spread(animal.Fixes, options.Rescale);
+    if (hasSpread) calculate(calculator, options.Method);
     AnimalBandwidth found;
     found.Id = animal.Id;
     found.Count = animal.Fixes.size();
-    if (has_spread(animal.Fixes)) found.Href = if_positive(calculator.GetHREF());
+    if (hasSpread) found.Href = if_positive(calculator.GetHREF());
     found.Reason = reason_of(animal, options, calculator);
     found.Advice = advice_on(animal, metresPerUnit);
     if (!found.Href) return found;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fmt/format.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -210,6 +211,19 @@ TEST(Bandwidth, Fixes_at_one_place_have_no_bandwidth_wherever_the_place_is) {
         EXPECT_EQ(ran.Err, "b: no bandwidth, because its 41 fixes are too few or have no spread\nwxl: " + layer +
                                ": no animal has a bandwidth\n");
         EXPECT_FALSE(std::filesystem::exists(svg));
+    }
+}
+
+TEST(Bandwidth, Fixes_on_a_line_along_an_axis_cannot_be_rescaled) {
+    ScratchFolder folder;
+    std::string rows;
+    for (int i = 0; i < 41; ++i) rows += fmt::format("b,323484.2194833446,{},2018-05-09\n", 6144646 + i * i);
+    const std::string layer = make_layer(folder, rows);
+    for (const char* method : {"href", "lscv", "bcv"}) {
+        const Ran ran = run_wxl({"bandwidth", layer, "--id-field", "animal", "--method", method, "--rescale"});
+        EXPECT_EQ(ran.Code, 1);
+        EXPECT_EQ(ran.Err, "b: no bandwidth, because its 41 fixes are too few or have no spread\nwxl: " + layer +
+                               ": no animal has a bandwidth\n");
     }
 }
 
