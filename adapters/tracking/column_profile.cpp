@@ -58,6 +58,7 @@ void ColumnProfile::TakeNumber(std::string_view cell, double value) {
     ++m_numbers;
     m_timeNumbers.Take(value);
     if (decimals_of(cell) >= 3) ++m_fractions;
+    if (is_whole(cell.starts_with('-') ? cell.substr(1) : cell)) ++m_integers;
     if (!is_whole(cell)) return;
     m_longestWhole = std::max(m_longestWhole, cell.size());
     ++m_whole;
@@ -72,8 +73,8 @@ void ColumnProfile::TakeText(std::string_view cell) {
     } else if (!isFraction && is_time_of_day(cell)) {
         ++m_timesOfDay;
     }
-    if (is_one_of(cell, {"N", "S", "E", "W"})) {
-        ++m_lettersNs;
+    if (const char side = hemisphere_from_text(cell); side != '\0') {
+        ++(side == 'N' || side == 'S' ? m_northSouth : m_eastWest);
         return;
     }
     const auto coordinate = coordinate_from_text(cell);

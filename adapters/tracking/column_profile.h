@@ -29,8 +29,9 @@ public:
     double FullTimes() const { return Share(m_fullTimes); }  ///< texts with date and time of day
     double Dates() const { return Share(m_dates); }          ///< texts with a date alone
     double TimesOfDay() const { return Share(m_timesOfDay); }
-    double Clocks() const { return Share(m_clocks); }  ///< hour, minute and second as a number: 90500
-    double Whole() const { return Share(m_whole); }    ///< digits alone
+    double Clocks() const { return Share(m_clocks); }      ///< hour, minute and second as a number: 90500
+    double Whole() const { return Share(m_whole); }        ///< digits alone
+    double Integers() const { return Share(m_integers); }  ///< digits with or without a sign
 
     /// The kind of time that four fifths of the filled cells can be by their size.
     std::optional<TimeKind> NumberKind() const { return m_timeNumbers.KindOf(m_filled); }
@@ -41,7 +42,9 @@ public:
 
     std::size_t Distinct() const { return m_distinct.size(); }
     bool AllDistinct() const { return m_filled > 0 && m_distinct.size() == m_filled; }
-    bool IsHemisphereLetter() const { return m_lettersNs == m_filled && m_filled > 0; }
+    /// Whether all cells are north or south, or east or west, in letters or words (hemisphere_from_text).
+    bool IsNorthOrSouth() const { return m_northSouth == m_filled && m_filled > 0; }
+    bool IsEastOrWest() const { return m_eastWest == m_filled && m_filled > 0; }
     const std::unordered_set<std::string>& Values() const { return m_distinct; }
 
 private:
@@ -62,7 +65,9 @@ private:
     std::size_t m_timesOfDay = 0;
     std::size_t m_clocks = 0;
     std::size_t m_whole = 0;
-    std::size_t m_lettersNs = 0;
+    std::size_t m_integers = 0;
+    std::size_t m_northSouth = 0;
+    std::size_t m_eastWest = 0;
     std::size_t m_longestWhole = 0;
     TimeNumberCounts m_timeNumbers;
     double m_min = 0.0;

@@ -34,7 +34,9 @@ struct PositionColumns {
     std::optional<std::size_t> Zone;        ///< UTM zones, row by row
     std::optional<std::size_t> EastOrWest;  ///< letters of hemispheres
     std::optional<std::size_t> NorthOrSouth;
-    bool WestPositive = false;  ///< the name says west, and no value is negative
+    bool PartsByContent = false;  ///< PerDegree is told by the size of the numbers
+    char LetterO = 'O';           ///< E or W: what the letter O means in EastOrWest
+    bool WestPositive = false;    ///< the name says west, and no value is negative
     bool SouthPositive = false;
     bool ByContent = false;  ///< found by what the columns hold
 

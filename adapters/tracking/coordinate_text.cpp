@@ -1,5 +1,6 @@
 #include "adapters/tracking/coordinate_text.h"
 
+#include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/number_text.h"
 #include "platform/text.h"
 
@@ -123,6 +124,23 @@ std::optional<CoordinateText> coordinate_from_text(std::string_view text) {
     if (!degrees) return std::nullopt;
     const bool negative = minus || hemisphere == 'S' || hemisphere == 'W';
     return CoordinateText{negative ? -*degrees : *degrees, hemisphere};
+}
+
+char hemisphere_from_text(std::string_view text) {
+    struct Side {
+        std::string_view Word;
+        char Letter;
+    };
+    constexpr std::array<Side, 22> kSides = {
+        {{"n", 'N'},     {"north", 'N'}, {"nord", 'N'},  {"norte", 'N'}, {"noord", 'N'}, {"s", 'S'},
+         {"south", 'S'}, {"sud", 'S'},   {"sur", 'S'},   {"sul", 'S'},   {"zuid", 'S'},  {"e", 'E'},
+         {"east", 'E'},  {"ost", 'E'},   {"est", 'E'},   {"este", 'E'},  {"oost", 'E'},  {"w", 'W'},
+         {"west", 'W'},  {"ouest", 'W'}, {"oeste", 'W'}, {"o", 'O'}}};
+    constexpr std::size_t kLongest = 5;
+    if (text.empty() || text.size() > kLongest) return '\0';
+    const std::string bare = bare_name(text);
+    const auto* side = std::ranges::find(kSides, std::string_view(bare), &Side::Word);
+    return side == kSides.end() ? '\0' : side->Letter;
 }
 
 }  // namespace wxl::tracking

@@ -18,4 +18,8 @@ struct CoordinateText {
 /// and seconds are below 60, and only the last part has a fraction. Nothing for any other text.
 std::optional<CoordinateText> coordinate_from_text(std::string_view text);
 
+/// N, S, E or W for a text that is no more than a side of the Earth, in letters or words of several languages; O for
+/// the letter O, which is east in German and west in Spanish and French; '\0' for any other text.
+char hemisphere_from_text(std::string_view text);
+
 }  // namespace wxl::tracking

@@ -1,8 +1,11 @@
 #include "adapters/tracking/file_rows.h"
 
+#include "adapters/gdal/gdal_support.h"
+#include "adapters/gdal/projection.h"
 #include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/coordinate_text.h"
 #include "adapters/tracking/number_text.h"
+#include "adapters/tracking/position_text.h"
 #include "adapters/tracking/time_columns.h"
 #include "adapters/tracking/time_numbers.h"
 #include "adapters/tracking/utm_rows.h"
@@ -14,6 +17,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <set>
 #include <span>
 
 namespace wxl::tracking {
@@ -75,6 +79,7 @@ FileRows::FileRows(std::unique_ptr<std::istream> source, const std::string& name
 
 void FileRows::ReadAll(const std::string& animal, const std::function<void(std::uint64_t)>& progress) {
     m_options = &m_owner->m_options;
+    m_unit = m_options->Unit;
     ReadHeader();
     TakeSample();
     FindColumns();
@@ -185,6 +190,35 @@ void FileRows::FindColumns() {
     if (m_layout.Time)
         for (const std::size_t column : m_layout.Time->Columns) m_lastRole = std::max(m_lastRole, column);
     TellColumns();
+    FindSystem();
+}
+
+/// The coordinate system that the positions name themselves, unless the user does.
+void FileRows::FindSystem() {
+    const PositionColumns& position = m_layout.Position;
+    if (!position.IsPair() || m_unit != PositionUnit::kUnknown) return;
+    std::set<int> named;
+    for (const std::string& cell : m_profiles[position.X].Values())
+        if (const auto srid = srid_from_text(cell)) named.insert(*srid);
+    if (named.empty()) return;
+    const std::string column = m_header[position.X];
+    if (named.size() > 1)
+        platform::Raise(platform::error_number::kTypeMismatch,
+                        fmt::format("{}: the positions in column \"{}\" are in several coordinate systems (SRID {}); "
+                                    "import those of each from a file of its own",
+                                    m_reader.Name(), column, fmt::join(named, ", ")));
+    try {
+        const auto reference = files::ReferenceFromText(fmt::format("EPSG:{}", *named.begin()));
+        if (!files::has_places(reference)) platform::Raise(platform::error_number::kTypeMismatch, "no places");
+        m_unit = reference.IsGeographic ? PositionUnit::kDegrees : PositionUnit::kLengths;
+    } catch (const platform::RuntimeError&) {
+        platform::Raise(
+            platform::error_number::kTypeMismatch,
+            fmt::format("{}: the SRID {} of the positions in column \"{}\" is no coordinate system of a map "
+                        "that EPSG lists; name it by --from-crs EPSG:n",
+                        m_reader.Name(), *named.begin(), column));
+    }
+    Facts().Srid = *named.begin();
 }
 
 void FileRows::TellColumns() {
@@ -198,6 +232,7 @@ void FileRows::TellColumns() {
         facts.Y += latitudeFirst ? ":1" : ":2";
     }
     facts.PerDegree = position.PerDegree;
+    facts.PartsByContent = position.PartsByContent;
     facts.IsOfReceiver = position.IsOfReceiver;
     facts.PositionByContent = position.ByContent;
     facts.NamedLengths = position.Unit == PositionUnit::kLengths;
@@ -325,7 +360,7 @@ bool FileRows::TakePosition(TrackingFix& fix) {
     if (is_placeholder(fix.X) || is_placeholder(fix.Y)) {
         // In metres, -999 is a place; in both coordinates it is none.
         const bool both = is_placeholder(fix.X) && is_placeholder(fix.Y);
-        if (both || m_options->Unit != PositionUnit::kLengths) {
+        if (both || m_unit != PositionUnit::kLengths) {
             Leave(Reason::kNoPosition, is_placeholder(fix.X) ? position.X : position.Y);
             return false;
         }
@@ -335,8 +370,12 @@ bool FileRows::TakePosition(TrackingFix& fix) {
         Leave(Reason::kNoPosition, position.X);
         return false;
     }
-    if (position.EastOrWest && is_one_of(Cell(*position.EastOrWest), {"W"})) fix.X = -std::abs(fix.X);
-    if (position.NorthOrSouth && is_one_of(Cell(*position.NorthOrSouth), {"S"})) fix.Y = -std::abs(fix.Y);
+    const auto side_in = [&](std::size_t column) {
+        const char side = hemisphere_from_text(Cell(column));
+        return side == 'O' ? position.LetterO : side;
+    };
+    if (position.EastOrWest && side_in(*position.EastOrWest) == 'W') fix.X = -std::abs(fix.X);
+    if (position.NorthOrSouth && side_in(*position.NorthOrSouth) == 'S') fix.Y = -std::abs(fix.Y);
     if (position.WestPositive) fix.X = -fix.X;
     if (position.SouthPositive) fix.Y = -fix.Y;
     return true;
@@ -352,7 +391,9 @@ bool FileRows::TakePair(TrackingFix& fix) {
     }
     const auto position = position_from_text(cell);
     const auto order = position && position->Order ? position->Order : columns.Order;
-    if (!position || !order) {
+    const auto srid = srid_from_text(cell);
+    const bool isOfOther = Facts().Srid && srid && *srid != *Facts().Srid;
+    if (!position || !order || isOfOther) {
         LeaveUnreadable(Reason::kPosition, columns.X,
                         fmt::format("\"{}\" in column \"{}\" is not a position; correct it, or empty the cell",
                                     shown(cell), m_header[columns.X]));
@@ -377,6 +418,14 @@ bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
         LeaveUnreadable(Reason::kPosition, column,
                         fmt::format("\"{}\" in column \"{}\" is no {}; name the columns by --x and --y", shown(cell),
                                     m_header[column], isX ? "longitude" : "latitude"));
+        return false;
+    }
+    // A degree among parts of degrees is no part.
+    const bool isDegree = std::abs(coordinate->Value) <= 360.0 && coordinate->Value != std::floor(coordinate->Value);
+    if (m_layout.Position.PerDegree != 1.0 && isDegree) {
+        LeaveUnreadable(Reason::kPosition, column,
+                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
+                                    shown(cell), m_header[column]));
         return false;
     }
     value = coordinate->Value / m_layout.Position.PerDegree;
@@ -571,7 +620,7 @@ void FileRows::DecideOrder() {
 /// Finds out what the positions are, and leaves out those that cannot be.
 void FileRows::SettlePositions(std::size_t firstFix) {
     FileFacts& facts = Facts();
-    if (m_options->Unit == PositionUnit::kLengths) {
+    if (m_unit == PositionUnit::kLengths) {
         facts.IsLengths = true;
         return;
     }
@@ -582,8 +631,8 @@ void FileRows::SettlePositions(std::size_t firstFix) {
     const auto beyond = std::count_if(fixes.begin() + static_cast<std::ptrdiff_t>(firstFix), fixes.end(), offMap);
     const auto all = fixes.size() - firstFix;
     const bool mostly = static_cast<double>(beyond) > kMostUnreadable * static_cast<double>(all);
-    if (mostly && m_layout.Position.Zone && m_options->Unit == PositionUnit::kUnknown) return ProjectZones(firstFix);
-    if (facts.NamedLengths && m_options->Unit == PositionUnit::kUnknown)
+    if (mostly && m_layout.Position.Zone && m_unit == PositionUnit::kUnknown) return ProjectZones(firstFix);
+    if (facts.NamedLengths && m_unit == PositionUnit::kUnknown)
         platform::Raise(platform::error_number::kTypeMismatch,
                         fmt::format("{}: the columns \"{}\" and \"{}\" are in metres, of a coordinate system that the "
                                     "file does not tell; name it by --from-crs EPSG:n",
@@ -599,11 +648,20 @@ void FileRows::SettlePositions(std::size_t firstFix) {
     const auto first = std::find_if(fixes.begin() + static_cast<std::ptrdiff_t>(firstFix), fixes.end(), offMap);
     platform::Raise(
         platform::error_number::kTypeMismatch,
-        fmt::format("{}: the position {}, {} is not in degrees{}; name the coordinate system by --from-crs EPSG:n",
-                    m_owner->PlaceOf(*first), first->X, first->Y,
-                    beyond == 1 ? ""
-                                : fmt::format(" ({} of {} are not)", beyond,
-                                              counted(static_cast<std::int64_t>(all), "position"))));
+        fmt::format(
+            "{}: the position {}, {} is not in degrees{}; name the coordinate system by --from-crs EPSG:n{}",
+            m_owner->PlaceOf(*first), first->X, first->Y,
+            beyond == 1
+                ? ""
+                : fmt::format(" ({} of {} are not)", beyond, counted(static_cast<std::int64_t>(all), "position")),
+            MayBeParts() ? ", or, if these are parts of a degree, call the columns lat_e7 and lon_e7 (e6, e5)" : ""));
+}
+
+/// Whether whole numbers stand in columns whose names say degrees.
+bool FileRows::MayBeParts() const {
+    const PositionColumns& position = m_layout.Position;
+    return position.Unit == PositionUnit::kDegrees && m_profiles[position.X].Integers() > 0.9 &&
+           m_profiles[position.Y].Integers() > 0.9;
 }
 
 /// Leaves out what is off the map, and brings longitudes below 180.

@@ -33,6 +33,7 @@ private:
     void TakeSample();
     void FindColumns();
     void TellColumns();
+    void FindSystem();
     void FindOthers();
     void DecideTimes();
     TimeKind KindOfNumbers();
@@ -55,6 +56,7 @@ private:
     bool SaysNoFix() const;
     void TakeOthers();
     void SettlePositions(std::size_t firstFix);
+    bool MayBeParts() const;
     void SettleDegrees(std::size_t firstFix);
     void ProjectZones(std::size_t firstFix);
 
@@ -75,6 +77,7 @@ private:
     std::size_t m_lastRole = 0;  ///< last column that must be there
     Layout m_layout;
     TimeFormat m_format;
+    PositionUnit m_unit = PositionUnit::kUnknown;
     DataStart m_dataStart;
     std::int64_t m_headerLine = 1;
     std::uint64_t m_sampleEnd = 0;                              ///< start of the last row of the sample

@@ -291,6 +291,19 @@ void settle_pair(const ColumnHeader& header, const ColumnProfile& profile, const
                     shown(cells.Example), name, name, name, name));
 }
 
+/// The only column whose cells tell themselves that they are positions, and in which order.
+std::optional<std::size_t> ordered_pairs(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles) {
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < header.Count(); ++i) {
+        if (profiles[i].IsEmpty() || profiles[i].Coordinates() > 0.1 || has_any(header.Bare(i), kOtherPlaces)) continue;
+        const PairCells cells = pair_cells(profiles[i]);
+        if (cells.Ordered * 10 <= profiles[i].Distinct() * 9) continue;
+        if (found) return std::nullopt;
+        found = i;
+    }
+    return found;
+}
+
 /// A column that its name, or points of well-known text, show to hold positions.
 bool find_pair(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, PositionColumns& columns) {
     const auto holds_pairs = [&](std::size_t i) {
@@ -304,7 +317,12 @@ bool find_pair(const ColumnHeader& header, const std::vector<ColumnProfile>& pro
             settle_pair(header, profiles[i], header.Name(i), pair.Order, columns);
             return true;
         }
-    return false;
+    const auto found = ordered_pairs(header, profiles);
+    if (!found) return false;
+    columns.X = columns.Y = *found;
+    columns.ByContent = true;
+    settle_pair(header, profiles[*found], header.Name(*found), std::nullopt, columns);
+    return true;
 }
 
 /// "COLUMN:1" and "COLUMN:2" of --x and --y.
@@ -354,12 +372,58 @@ bool is_of_receiver(const ColumnHeader& header, const std::vector<ColumnProfile>
     return can_be_of_receiver(x, 180.0, beyond) && can_be_of_receiver(y, 90.0, beyond) && beyond;
 }
 
-/// A column of letters.
-std::optional<std::size_t> letters(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
-                                   std::span<const std::string_view> names) {
-    const auto found = header.FindFirst(names);
-    if (!found || !profiles[*found].IsHemisphereLetter()) return std::nullopt;
-    return found;
+/// Columns of north or south and east or west, by their names, or the only two in the table that hold such letters.
+void find_hemispheres(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                      PositionColumns& columns) {
+    const auto named = [&](std::span<const std::string_view> names, auto holds) {
+        const auto found = header.FindFirst(names);
+        return found && (profiles[*found].*holds)() ? found : std::nullopt;
+    };
+    const auto only = [&](auto holds) -> std::optional<std::size_t> {
+        const auto count = std::ranges::count_if(profiles, [&](const auto& profile) { return (profile.*holds)(); });
+        const auto found = std::ranges::find_if(profiles, [&](const auto& profile) { return (profile.*holds)(); });
+        return count == 1 ? std::optional(static_cast<std::size_t>(found - profiles.begin())) : std::nullopt;
+    };
+    columns.NorthOrSouth = named(kNorthSouth, &ColumnProfile::IsNorthOrSouth);
+    columns.EastOrWest = named(kEastWest, &ColumnProfile::IsEastOrWest);
+    const auto northOrSouth = columns.NorthOrSouth ? columns.NorthOrSouth : only(&ColumnProfile::IsNorthOrSouth);
+    const auto eastOrWest = columns.EastOrWest ? columns.EastOrWest : only(&ColumnProfile::IsEastOrWest);
+    if (columns.Unit == PositionUnit::kLengths || !northOrSouth || !eastOrWest) return;
+    columns.NorthOrSouth = northOrSouth;
+    columns.EastOrWest = eastOrWest;
+}
+
+/// What the letter O stands for beside the others: with E it is the west, with W the east.
+void settle_letter_o(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, PositionColumns& columns) {
+    if (!columns.EastOrWest) return;
+    const auto holds = [&](char letter) {
+        return std::ranges::any_of(profiles[*columns.EastOrWest].Values(),
+                                   [&](const std::string& cell) { return hemisphere_from_text(cell) == letter; });
+    };
+    if (!holds('O')) return;
+    if (holds('E') == holds('W'))
+        header.Refuse(
+            fmt::format("the letter O in column \"{}\" may be east (Ost) or west (Oeste, Ouest); write E or W",
+                        header.Name(*columns.EastOrWest)));
+    columns.LetterO = holds('E') ? 'W' : 'E';
+}
+
+/// Whether whole numbers in columns of degrees can be nothing but ten-millionths of a degree: most latitudes are above
+/// 9e7, or most longitudes above 3.6e8, which no millionths and no metres are.
+bool are_ten_millionths(const std::vector<ColumnProfile>& profiles, const PositionColumns& columns) {
+    const ColumnProfile& x = profiles[columns.X];
+    const ColumnProfile& y = profiles[columns.Y];
+    if (columns.Unit != PositionUnit::kDegrees || x.Integers() < 0.9 || y.Integers() < 0.9) return false;
+    const auto mostly_within = [](const ColumnProfile& profile, double least, double most) {
+        const auto count = std::ranges::count_if(profile.Values(), [&](const std::string& cell) {
+            const auto value = coordinate_from_text(cell);
+            return value && std::abs(value->Value) > least && std::abs(value->Value) <= most;
+        });
+        return static_cast<double>(count) >= 0.8 * static_cast<double>(profile.Distinct());
+    };
+    constexpr double kPerDegree = 1e7;
+    return mostly_within(y, 360.0, 90.0 * kPerDegree) && mostly_within(x, 360.0, 360.0 * kPerDegree) &&
+           (mostly_within(y, 9e7, 90.0 * kPerDegree) || mostly_within(x, 3.6e8, 360.0 * kPerDegree));
 }
 
 bool names_direction(const std::string& all, std::string_view letter, std::string_view word) {
@@ -399,10 +463,14 @@ PositionColumns find_position(const ColumnHeader& header, const std::vector<Colu
         columns.Unit = found->Unit;
     }
     if (columns.Unit != PositionUnit::kDegrees) columns.Zone = header.FindFirst(kZones);
-    columns.NorthOrSouth = letters(header, profiles, kNorthSouth);
-    columns.EastOrWest = letters(header, profiles, kEastWest);
+    find_hemispheres(header, profiles, columns);
+    settle_letter_o(header, profiles, columns);
     columns.PerDegree = per_degree(header, columns.X, profiles[columns.X]);
     if (columns.PerDegree != per_degree(header, columns.Y, profiles[columns.Y])) columns.PerDegree = 1.0;
+    if (columns.PerDegree == 1.0 && are_ten_millionths(profiles, columns)) {
+        columns.PerDegree = 1e7;
+        columns.PartsByContent = true;
+    }
     columns.IsOfReceiver = is_of_receiver(header, profiles, columns);
     columns.WestPositive = names_direction(header.BareAll(columns.X), "w", "west") && profiles[columns.X].Min() >= 0.0;
     columns.SouthPositive =

@@ -2,6 +2,7 @@
 
 #include "adapters/tracking/cell_text.h"
 #include "adapters/tracking/coordinate_text.h"
+#include "adapters/tracking/number_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -108,6 +109,16 @@ std::optional<PositionText> position_from_text(std::string_view text) {
         if (const auto position = parted_once(text, ",")) return position;
     if (const auto position = parted_by_letter(text)) return position;
     return parted_once(text, " ");
+}
+
+std::optional<int> srid_from_text(std::string_view text) {
+    constexpr std::string_view kStart = "SRID=";
+    text = Trim(text);
+    const std::size_t end = text.find(';');
+    if (!starts_no_case(text, kStart) || end == std::string_view::npos) return std::nullopt;
+    const auto number = number_from_text(Trim(text.substr(kStart.size(), end - kStart.size())));
+    if (!number || *number < 1.0 || *number > 999999.0) return std::nullopt;
+    return static_cast<int>(*number);
 }
 
 bool is_empty_position(std::string_view text) {

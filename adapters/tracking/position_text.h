@@ -20,6 +20,9 @@ struct PositionText {
 /// height. Nothing for any other text; "52,5" is one number.
 std::optional<PositionText> position_from_text(std::string_view text);
 
+/// The number of the coordinate system that "SRID=32633;POINT(...)" names; nothing for other texts, and for 0 (none).
+std::optional<int> srid_from_text(std::string_view text);
+
 /// "POINT EMPTY", "c(NA, NA)": a position that is none.
 bool is_empty_position(std::string_view text);
 

@@ -64,8 +64,10 @@ struct FileFacts {
     std::string ZoneOfClock;  ///< a column that names zones of clocks, which the times do not heed
     bool IdByContent = false;
     bool PositionByContent = false;
-    double PerDegree = 1.0;     ///< positions are whole numbers of such parts of a degree
-    bool IsOfReceiver = false;  ///< positions are degrees and minutes in one number
+    double PerDegree = 1.0;       ///< positions are whole numbers of such parts of a degree
+    bool PartsByContent = false;  ///< PerDegree is told by the size of the numbers, not by the name
+    std::optional<int> Srid;      ///< EPSG code that each position names
+    bool IsOfReceiver = false;    ///< positions are degrees and minutes in one number
     bool TimeByContent = false;
     bool NamedLengths = false;  ///< the names of the position say that it is in lengths
     bool TimeIsLocal = false;   ///< by the column's name

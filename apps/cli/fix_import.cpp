@@ -134,6 +134,7 @@ public:
         Tracking data(read);
         data.Rejected.SetListener(rejected);
         for (std::size_t i = 0; i < m_options.Inputs.size(); ++i) Add(data, m_options.Inputs[i], layers[i], given);
+        if (!from) TakeSystemOfPositions(data);
         data.Sort();
         return data;
     }
@@ -154,6 +155,18 @@ private:
                                   m_options.Inputs[i], layers[i].Reference.Name));
         }
         return layers;
+    }
+
+    /// The system that positions like "SRID=32633;POINT(...)" name themselves.
+    void TakeSystemOfPositions(const Tracking& data) {
+        const auto code_of = [](const FileFacts& facts) { return fmt::format("EPSG:{}", facts.Srid.value_or(4326)); };
+        const std::string code = code_of(data.Files.front());
+        for (const FileFacts& facts : data.Files)
+            if (code_of(facts) != code)
+                Raise(error_number::kTypeMismatch,
+                      fmt::format("the positions of {} are in {}, those of {} in {}: import each on its own",
+                                  data.Files.front().Name, code, facts.Name, code_of(facts)));
+        System = {files::ReferenceFromText(code), code};
     }
 
     /// The system of the layers where they have one.
@@ -228,7 +241,9 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
     if (facts.PositionByContent)
         remarks.emplace_back("the columns of the position were found by what they hold; others: --x COLUMN --y COLUMN");
     if (facts.PerDegree != 1.0)
-        remarks.push_back(fmt::format("positions are divided by {:.0f}, as the column's name says", facts.PerDegree));
+        remarks.push_back(fmt::format("positions are divided by {:.0f}, as the {}", facts.PerDegree,
+                                      facts.PartsByContent ? "size of the numbers says" : "column's name says"));
+    if (facts.Srid) remarks.push_back(fmt::format("positions are in EPSG:{}, as their SRID says", *facts.Srid));
     if (facts.IsOfReceiver) remarks.emplace_back("positions are read as degrees and minutes (ddmm.mmmm)");
     if (!facts.OtherId.empty())
         remarks.push_back(

@@ -186,6 +186,22 @@ TEST(Import, Times_of_clocks_that_were_not_set_are_told_and_kept) {
               "that is wrong, correct the times, or empty their cells to keep the fixes without a time");
 }
 
+TEST(Import, Positions_that_name_their_system_are_imported_in_it) {
+    ScratchFolder folder;
+    const std::string csv = write_file(
+        folder, "t.csv", "id,geom\na,SRID=32633;POINT(500000 5800000)\na,SRID=32633;POINT(500010 5800000)\n");
+    const Ran ran = run_wxl({"import", csv, (folder / "t.gpkg").string()});
+    EXPECT_EQ(ran.Code, 0);
+    EXPECT_NE(ran.Err.find("\npositions are in EPSG:32633, as their SRID says\n"), std::string::npos) << ran.Err;
+    EXPECT_NE(ran.Out.find("2 fixes of 1 animal, WGS 84 / UTM zone 33N"), std::string::npos) << ran.Out;
+    const std::string other = write_file(folder, "o.csv", "id,geom\na,POINT(15 52)\n");
+    const Ran both = run_wxl({"import", csv, other, (folder / "b.gpkg").string()});
+    EXPECT_EQ(both.Code, 1);
+    EXPECT_NE(both.Err.find("are in EPSG:32633, those of " + other + " in EPSG:4326: import each on its own"),
+              std::string::npos)
+        << both.Err;
+}
+
 TEST(Import, Table_without_times_gets_no_time_fields) {
     ScratchFolder folder;
     const std::string csv = write_file(folder, "t.csv", "id,lon,lat\na,10,52\n");

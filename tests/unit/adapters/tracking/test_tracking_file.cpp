@@ -784,7 +784,89 @@ TEST(TrackingFile, Parts_of_a_degree_are_told_by_the_name) {
     EXPECT_EQ(t.Fixes.at(0).Y, 52.2);
     EXPECT_EQ(t.Files.at(0).PerDegree, 1e7);
     EXPECT_EQ(read("lat*1e6,lon*1e6\n52200000,5100000\n").Fixes.at(0).X, 5.1);
-    EXPECT_NE(refusal("lat,lon\n522000000,51000000\n"), "");
+}
+
+// 5.22e8 is no metre of any map, and 522 degrees in millionths; 9e7 may be 9 degrees or 90.
+TEST(TrackingFile, Whole_numbers_in_columns_of_degrees_are_ten_millionths_where_nothing_else_is_so_large) {
+    const Tracking t = read("lat,lon\n522000000,-51000000\n522000001,-51000000\n");
+    EXPECT_EQ(t.Fixes.at(0).X, -5.1);
+    EXPECT_EQ(t.Fixes.at(0).Y, 52.2);
+    EXPECT_EQ(t.Files.at(0).PerDegree, 1e7);
+    EXPECT_TRUE(t.Files.at(0).PartsByContent);
+    EXPECT_EQ(read("Latitude,Longitude\n-13000000,368000000\n").Fixes.at(0).X, 36.8);
+    const std::string advice =
+        " is not in degrees; name the coordinate system by --from-crs EPSG:n, or, if these are parts of a degree, call "
+        "the "
+        "columns lat_e7 and lon_e7 (e6, e5)";
+    EXPECT_EQ(refusal("lat,lon\n5220000,510000\n"), "f.csv, line 2: the position 510000, 5220000" + advice);
+    EXPECT_EQ(refusal("lat,lon\n56000000,-2000000\n"), "f.csv, line 2: the position -2000000, 56000000" + advice);
+    EXPECT_EQ(refusal("lat,lon\n-500000,101000000\n"), "f.csv, line 2: the position 101000000, -500000" + advice);
+    EXPECT_EQ(refusal("x,y\n51000000,522000000\n"),
+              "f.csv, line 2: the position 51000000, 522000000 is not in degrees; name the coordinate system by "
+              "--from-crs EPSG:n");
+}
+
+TEST(TrackingFile, A_degree_among_parts_of_degrees_is_left_out) {
+    std::string text = "lat,lon\n";
+    for (int i = 0; i < 9; ++i) text += "52200000" + std::to_string(i) + ",5100000" + std::to_string(i) + "\n";
+    const Tracking t = read(text + "52.2,5.1\n");
+    EXPECT_EQ(t.Fixes.size(), 9U);
+    EXPECT_EQ(t.Rejected.Of(Reason::kPosition), 1);
+}
+
+TEST(TrackingFile, Positions_that_name_their_system_are_in_it) {
+    const Tracking t = read("id,geom\na,SRID=32633;POINT(500000 5800000)\na,SRID=32633;POINT(500001 5800000)\n");
+    EXPECT_EQ(t.Files.at(0).Srid, 32633);
+    EXPECT_TRUE(t.Files.at(0).IsLengths);
+    EXPECT_EQ(t.Fixes.at(0).X, 500000.0);
+    EXPECT_FALSE(read("id,geom\na,SRID=4326;POINT(500 58)\na,SRID=4326;POINT(5 58)\na,SRID=4326;POINT(5 58)\na,SRID="
+                      "4326;POINT(5 58)\na,SRID=4326;POINT(5 58)\na,SRID=4326;POINT(5 58)\n")
+                     .Files.at(0)
+                     .IsLengths);
+    EXPECT_EQ(
+        refusal("id,geom\na,SRID=32633;POINT(500000 5800000)\na,SRID=32632;POINT(500001 5800000)\n"),
+        "f.csv: the positions in column \"geom\" are in several coordinate systems (SRID 32632, 32633); import those "
+        "of each from a file of its own");
+    EXPECT_EQ(refusal("id,geom\na,SRID=999999;POINT(500000 5800000)\n"),
+              "f.csv: the SRID 999999 of the positions in column \"geom\" is no coordinate system of a map that EPSG "
+              "lists; name it by --from-crs EPSG:n");
+    ReadOptions told;
+    told.Unit = PositionUnit::kLengths;
+    EXPECT_FALSE(read("id,geom\na,SRID=999999;POINT(500000 5800000)\n", told).Files.at(0).Srid);
+}
+
+TEST(TrackingFile, A_position_of_another_system_behind_the_first_thousand_is_left_out) {
+    std::string text = "id,geom\n";
+    for (int i = 0; i < 1100; ++i) text += "a,SRID=32633;POINT(500000 5800000)\n";
+    const Tracking t = read(text + "a,SRID=4326;POINT(5 58)\n");
+    EXPECT_EQ(t.Fixes.size(), 1100U);
+    EXPECT_EQ(t.Rejected.Of(Reason::kPosition), 1);
+}
+
+TEST(TrackingFile, Positions_that_tell_themselves_are_found_under_any_name) {
+    const Tracking t = read("id;info\na;{\"type\":\"Point\",\"coordinates\":[5.1,52.2]}\n");
+    EXPECT_EQ(t.Fixes.at(0).X, 5.1);
+    EXPECT_TRUE(t.Files.at(0).PositionByContent);
+    EXPECT_NE(refusal("id;info;more\na;POINT(5 52);POINT(6 52)\n"), "") << "which of them?";
+}
+
+TEST(TrackingFile, Sides_of_the_earth_are_heeded_under_any_name_and_in_words) {
+    const auto place = [](const std::string& text) {
+        const TrackingFix fix = read(text).Fixes.at(0);
+        return std::pair(fix.X, fix.Y);
+    };
+    const std::pair<double, double> southWest{-70.25, -33.5};
+    EXPECT_EQ(place("lat,a,lon,b\n33.5,S,70.25,W\n"), southWest);
+    EXPECT_EQ(place("lat,lat_hem,lon,lon_hem\n33.5,South,70.25,West\n"), southWest);
+    EXPECT_EQ(place("lat,ns,lon,ew\n33.5,sur,70.25,oeste\n"), southWest);
+    EXPECT_EQ(read("lat,ns,lon,ew\n33.5,S,70.25,O\n33.5,S,70.25,E\n").Fixes.at(0).X, -70.25);
+    EXPECT_EQ(read("lat,ns,lon,ew\n33.5,S,70.25,O\n33.5,S,70.25,W\n").Fixes.at(0).X, 70.25);
+    EXPECT_EQ(
+        refusal("lat,ns,lon,ew\n33.5,S,70.25,O\n"),
+        "f.csv, line 1: the letter O in column \"ew\" may be east (Ost) or west (Oeste, Ouest); write E or W; the "
+        "columns are: lat, ns, lon, ew");
+    // A letter alone shows nothing, nor do three such columns.
+    EXPECT_EQ(place("lat,lon,flag\n33.5,70.25,S\n"), (std::pair{70.25, 33.5}));
 }
 
 TEST(TrackingFile, Degrees_and_minutes_in_one_number_need_letters_or_a_name) {
