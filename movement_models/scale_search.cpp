@@ -133,11 +133,18 @@ SlopeSums::SlopeSums(const Track& track, const Autocorrelation& model) : m_fixes
     if (scales == 2) m_two = filter_with_slopes(track, model.Scales);
 }
 
+/// Three fixes leave two contrasts, as many as there are axes: the determinants of times and of an elliptic range then
+/// cancel, and what is computed as slope and curvature is rounding.
 Expansion SlopeSums::Penalty(RangeShape shape, Criterion criterion) const {
     const int scales = scale_count(m_kind);
     if (scales == 0) return {0, penalty(m_none, m_fixes, shape, criterion), {}, {}};
-    return scales == 1 ? expansion_of(penalty(m_one, m_fixes, shape, criterion))
-                       : expansion_of(penalty(m_two, m_fixes, shape, criterion));
+    Expansion p = scales == 1 ? expansion_of(penalty(m_one, m_fixes, shape, criterion))
+                              : expansion_of(penalty(m_two, m_fixes, shape, criterion));
+    if (m_fixes == 3 && shape == RangeShape::kAnisotropic && criterion == Criterion::kReml) {
+        p.Gradient = {};
+        p.Hessian = {};
+    }
+    return p;
 }
 
 Expansion SlopeSums::LogSize(RangeShape shape) const {

@@ -94,6 +94,20 @@ TEST(Fit, Three_fixes_have_one_model) {
     EXPECT_EQ(choice.Chosen()->DofMean, 3.0);
 }
 
+// Two contrasts on two axes: by 60-digit arithmetic the restricted criterion of an elliptic range has no curvature at
+// any scale (below 1e-43), and so no effective sample size. That of a round one has.
+TEST(Fit, Three_fixes_have_no_effective_sample_size_of_an_elliptic_range) {
+    const double steps[][2] = {{1528, 1596}, {3600, 3600}, {624, 612}, {60, 90}, {86400, 86400}};
+    for (const auto& [first, second] : steps) {
+        const Track track = tests::track_of({0, first, first + second}, {0, 10, 4}, {0, 3, 9});
+        for (const double tau : {600.0, 7200.0, 50000.0}) {
+            EXPECT_EQ(model_at(track, {ModelKind::kOu, {tau, 0}}, kAnisotropic).DofArea, 0.0) << first << ' ' << tau;
+            EXPECT_EQ(model_at(track, {ModelKind::kCritical, {tau, 0}}, kAnisotropic).DofArea, 0.0);
+            EXPECT_EQ(model_at(track, {ModelKind::kOuf, {tau, 60}}, kAnisotropic).DofArea, 0.0);
+        }
+    }
+}
+
 TEST(Fit, Fixes_on_a_line_have_isotropic_models_only) {
     const Track track = tests::track_of({0, 1, 2, 4, 7, 8}, {5, 3, 8, 1, 4, 4.5}, {7, 7, 7, 7, 7, 7});
     const ModelChoice choice = choose_model(track, Estimation::kPhreml, true);
