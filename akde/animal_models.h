@@ -18,6 +18,7 @@ namespace wxl::akde {
 struct GivenModel {
     movement_models::Autocorrelation Model;
     movement_models::RangeShape Shape = movement_models::RangeShape::kAnisotropic;
+    friend bool operator==(const GivenModel&, const GivenModel&) = default;
 };
 
 /// "OU:10800", "OUF:isotropic:86400,3600", "IID:isotropic"; nothing for anything else. The letters of OUf and OUF
@@ -31,6 +32,7 @@ std::string status_text(const movement_models::FittedModel& model);
 struct FitSettings {
     movement_models::Estimation Method = movement_models::Estimation::kPhreml;  ///< ML, REML or pHREML
     std::optional<GivenModel> Given;                                            ///< nothing: the best of all
+    friend bool operator==(const FitSettings&, const FitSettings&) = default;
 };
 
 /// One animal, fitted.

@@ -38,6 +38,7 @@ struct RangeIsopleth {
     std::string Bound;            ///< "low", "est", "high"
     double Area = 0.0;            ///< square map units
     std::optional<double> Level;  ///< density at the border; nothing where the grid has not that much area
+    friend bool operator==(const RangeIsopleth&, const RangeIsopleth&) = default;
 };
 
 struct AnimalRange {

@@ -46,6 +46,7 @@ struct RangeSettings {
     std::vector<std::string> SourceOptions;  ///< that make the layer of a tracking file
     std::string Where;                       ///< the condition that the fixes meet; empty: none
     bool SelectedOnly = false;
+    friend bool operator==(const RangeSettings&, const RangeSettings&) = default;
 };
 
 /// What became of one animal.
@@ -92,6 +93,7 @@ struct RangeRecord {
 
     /// Whether an outline is cut by the edge of the raster.
     bool IsCut() const;
+    friend bool operator==(const RangeRecord&, const RangeRecord&) = default;
 };
 
 /// Name of the summary in the output folder.

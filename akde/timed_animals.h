@@ -15,6 +15,7 @@ namespace wxl::akde {
 struct Moment {
     std::int64_t Seconds = 0;  ///< since 1970-01-01 UTC, or whatever a field of numbers counts from
     double Fraction = 0.0;     ///< 0 to below 1
+    friend bool operator==(const Moment&, const Moment&) = default;
 };
 
 /// The moment of a cell: a number is seconds, a text a timestamp with what fraction of a second it has. Nothing for a
@@ -35,6 +36,7 @@ struct TimedAnimal {
     std::string Subfolder = {};   ///< of the output folder, takes the animal's files; empty: the folder itself
 
     std::vector<double> Seconds() const;  ///< from the earliest fix
+    friend bool operator==(const TimedAnimal&, const TimedAnimal&) = default;
 };
 
 struct TimedAnimals {
@@ -42,6 +44,7 @@ struct TimedAnimals {
     platform::SpatialReference Reference;
     std::int64_t WithoutId = 0;  ///< points without a value in the ID field; they belong to no animal
     bool NumberTimes = false;    ///< times are numbers of a field, not moments of a calendar
+    friend bool operator==(const TimedAnimals&, const TimedAnimals&) = default;
 };
 
 /// Gives every animal its sub-folder: one for every `every` animals; none with 0.
@@ -54,6 +57,7 @@ std::vector<std::string> subfolders_of(const TimedAnimals& animals);
 struct TimedFields {
     std::string Id;
     std::string Time;  ///< one field (a text, a date or seconds), or "DATE,TIME" for two of one moment
+    friend bool operator==(const TimedFields&, const TimedFields&) = default;
 };
 
 /// Reads the fixes of a layer, or only its selected ones. RuntimeError 9 for a field that `source` (as the user calls

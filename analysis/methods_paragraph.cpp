@@ -163,8 +163,8 @@ std::string MethodsParagraph::ChoiceText() const {
     else if (m_wanted.SelectedOnly)
         text += " Fixes were selected by hand.";
     if (m_withoutId > 0)
-        text += " " + counted(static_cast<std::size_t>(m_withoutId), "point", "points") +
-                " without an animal's name were left out.";
+        text += " " + counted(static_cast<std::size_t>(m_withoutId), "point", "points") + " without an animal's name " +
+                (m_withoutId == 1 ? "was" : "were") + " left out.";
     if (m_withoutPlace) text += " Points without a place were left out.";
     std::int64_t coincident = 0;
     for (const Animal& animal : m_animals) coincident += animal.Coincident;

@@ -26,6 +26,7 @@ struct IsoplethRecord {
     std::optional<double> Area = {};  ///< square map units; absent where the level has no contour
     platform::Geometry Shape = {};    ///< the polygon, where a package of the ranges is written; null else
     std::int32_t Parts = 0;           ///< polygons that the area lies in; 0 where the level has no contour
+    friend bool operator==(const IsoplethRecord&, const IsoplethRecord&) = default;
 };
 
 /// One distribution of one animal: with several bandwidths per animal there is one record for each.
@@ -69,6 +70,7 @@ struct AnimalRecord {
     /// What the projection does to sizes, at most over the fixes; absent in degrees and where it is not known.
     std::optional<platform::Distortion> Distorted;
     std::optional<PositionError> Error;  ///< of the positions, where the table tells it
+    friend bool operator==(const AnimalRecord&, const AnimalRecord&) = default;
 };
 
 struct RunFrame;

@@ -16,14 +16,12 @@ constexpr std::uint64_t kLargestReport = std::uint64_t{1} << 40U;
 
 analysis::GroupedFixes animals_of(const platform::IFileSystem& files, const Plan& plan, const BatchFiles& batch) {
     const PointStore points(files, batch.Points());
-    analysis::GroupedFixes fixes;
-    fixes.TextIds = plan.Frame.TextIds;
-    for (std::size_t i = 0; i < plan.Animals.size(); ++i) {
-        const PlannedAnimal& animal = plan.Animals[i];
-        fixes.Animals.push_back({animal.Id, animal.NamingId, points.Read(i), animal.Subfolder, animal.StepsBack,
-                                 animal.Times, animal.Error});
-    }
-    return fixes;
+    std::vector<analysis::AnimalFixes> animals;
+    for (std::size_t i = 0; i < plan.Animals.size(); ++i) animals.push_back(unplanned(plan.Animals[i], points.Read(i)));
+    return {.Animals = std::move(animals),
+            .TextIds = plan.Frame.TextIds,
+            .NullGeometry = plan.NullGeometry,
+            .WithoutId = plan.WithoutId};
 }
 
 }  // namespace

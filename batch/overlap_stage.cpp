@@ -1,6 +1,7 @@
 #include "batch/overlap_stage.h"
 
 #include "batch/json_codec.h"
+#include "batch/plan_codec.h"
 #include "batch/sha256.h"
 #include "platform/clock.h"
 #include "platform/runtime_error.h"
@@ -58,22 +59,25 @@ public:
         std::memcpy(m_text.data() + at, &number, sizeof number);
     }
     void Put(const PairTotals& totals) {
-        for (const double value : {totals.Agreement.Affinity, totals.Agreement.Shared, totals.Agreement.Product,
-                                   totals.Agreement.Distance, totals.VolumeI, totals.VolumeJ})
-            Put(value);
+        const auto& [agreement, volumeI, volumeJ] = totals;
+        const auto& [affinity, shared, product, distance] = agreement;
+        for (const double value : {affinity, shared, product, distance, volumeI, volumeJ}) Put(value);
     }
     void Put(const RangeTotals& range) {
-        Put(range.CommonCells);
-        Put(range.JInRangeOfI);
-        Put(range.IInRangeOfJ);
-        Put(range.Conditional);
-        Put(range.JInBoth);
-        Put(range.IInBoth);
+        const auto& [commonCells, jInRangeOfI, iInRangeOfJ, conditional, jInBoth, iInBoth] = range;
+        Put(commonCells);
+        Put(jInRangeOfI);
+        Put(iInRangeOfJ);
+        Put(conditional);
+        Put(jInBoth);
+        Put(iInBoth);
     }
     void Put(const RowSums& row) {
-        for (const std::uint32_t number : {row.Row, row.Sums.I, row.Sums.J}) Put(number);
-        Put(row.Sums.Whole);
-        for (const RangeTotals& range : row.Sums.Ranges) Put(range);
+        const auto& [place, sums] = row;
+        const auto& [i, j, whole, ranges] = sums;
+        for (const std::uint32_t number : {place, i, j}) Put(number);
+        Put(whole);
+        for (const RangeTotals& range : ranges) Put(range);
     }
 
     std::string Taken() { return std::move(m_text); }
@@ -97,24 +101,27 @@ public:
         m_text.remove_prefix(sizeof number);
     }
     void Get(PairTotals& totals) {
-        for (double* value : {&totals.Agreement.Affinity, &totals.Agreement.Shared, &totals.Agreement.Product,
-                              &totals.Agreement.Distance, &totals.VolumeI, &totals.VolumeJ})
-            Get(*value);
+        auto& [agreement, volumeI, volumeJ] = totals;
+        auto& [affinity, shared, product, distance] = agreement;
+        for (double* value : {&affinity, &shared, &product, &distance, &volumeI, &volumeJ}) Get(*value);
     }
     void Get(RangeTotals& range) {
-        Get(range.CommonCells);
-        Get(range.JInRangeOfI);
-        Get(range.IInRangeOfJ);
-        Get(range.Conditional);
-        Get(range.JInBoth);
-        Get(range.IInBoth);
+        auto& [commonCells, jInRangeOfI, iInRangeOfJ, conditional, jInBoth, iInBoth] = range;
+        Get(commonCells);
+        Get(jInRangeOfI);
+        Get(iInRangeOfJ);
+        Get(conditional);
+        Get(jInBoth);
+        Get(iInBoth);
     }
     RowSums Row(std::size_t percents) {
         RowSums row;
-        for (std::uint32_t* number : {&row.Row, &row.Sums.I, &row.Sums.J}) Get(*number);
-        Get(row.Sums.Whole);
-        row.Sums.Ranges.resize(percents);
-        for (RangeTotals& range : row.Sums.Ranges) Get(range);
+        auto& [place, sums] = row;
+        auto& [i, j, whole, ranges] = sums;
+        for (std::uint32_t* number : {&place, &i, &j}) Get(*number);
+        Get(whole);
+        ranges.resize(percents);
+        for (RangeTotals& range : ranges) Get(range);
         return row;
     }
 
@@ -127,40 +134,46 @@ private:
 };
 
 Json json_of_plan(const OverlapPlan& plan) {
-    Json tasks = Json::array();
-    for (const TileRowTask& task : plan.Tasks) tasks.push_back({task.First, task.End});
-    return {{"program", plan.Program},
-            {"planned", plan.Planned},
-            {"percents", json_of_doubles(plan.Percents)},
-            {"conditional", plan.Conditional},
-            {"normalise", plan.Normalise},
-            {"scaling", json_of_double(plan.Scaling)},
-            {"grid",
-             {json_of_double(plan.Grid.OriginX), json_of_double(plan.Grid.OriginY), json_of_double(plan.Grid.CellSize),
-              plan.Grid.Columns, plan.Grid.Rows}},
-            {"animals", json_of_texts(plan.Animals)},
-            {"volumes", json_of_doubles(plan.Volumes)},
-            {"tasks", std::move(tasks)}};
+    const auto& [program, planned, percents, conditional, normalise, scaling, typedPercents, typedScaling, grid,
+                 animals, volumes, tasks] = plan;
+    Json rows = Json::array();
+    for (const auto& [first, end] : tasks) rows.push_back({first, end});
+    return {{"program", program},
+            {"planned", planned},
+            {"percents", json_of_doubles(percents)},
+            {"conditional", conditional},
+            {"normalise", normalise},
+            {"scaling", json_of_double(scaling)},
+            {"typed_percents", json_of_text(typedPercents)},
+            {"typed_scaling", json_of_text(typedScaling)},
+            {"grid", json_of_grid(grid)},
+            {"animals", json_of_texts(animals)},
+            {"volumes", json_of_doubles(volumes)},
+            {"tasks", std::move(rows)}};
+}
+
+std::vector<TileRowTask> tasks_of(const Json& json) {
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    std::vector<TileRowTask> tasks;
+    for (const Json& task : json)
+        tasks.push_back({.First = static_cast<std::uint32_t>(whole_of(task.at(0), 0, kMost)),
+                         .End = static_cast<std::uint32_t>(whole_of(task.at(1), 0, kMost))});
+    return tasks;
 }
 
 OverlapPlan plan_of(const Json& json) {
-    OverlapPlan plan;
-    plan.Program = json.at("program").get<std::string>();
-    plan.Planned = json.at("planned").get<std::string>();
-    plan.Percents = doubles_of(json.at("percents"));
-    plan.Conditional = json.at("conditional").get<bool>();
-    plan.Normalise = json.at("normalise").get<bool>();
-    plan.Scaling = double_of(json.at("scaling"));
-    const Json& grid = json.at("grid");
-    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
-    plan.Grid = {double_of(grid.at(0)), double_of(grid.at(1)), double_of(grid.at(2)),
-                 static_cast<std::int32_t>(whole_of(grid.at(3), 1, kMost)),
-                 static_cast<std::int32_t>(whole_of(grid.at(4), 1, kMost))};
-    plan.Animals = texts_of(json.at("animals"));
-    plan.Volumes = doubles_of(json.at("volumes"));
-    for (const Json& task : json.at("tasks"))
-        plan.Tasks.push_back({static_cast<std::uint32_t>(whole_of(task.at(0), 0, kMost)),
-                              static_cast<std::uint32_t>(whole_of(task.at(1), 0, kMost))});
+    OverlapPlan plan{.Program = json.at("program").get<std::string>(),
+                     .Planned = json.at("planned").get<std::string>(),
+                     .Percents = doubles_of(json.at("percents")),
+                     .Conditional = json.at("conditional").get<bool>(),
+                     .Normalise = json.at("normalise").get<bool>(),
+                     .Scaling = double_of(json.at("scaling")),
+                     .TypedPercents = text_of(json.at("typed_percents")),
+                     .TypedScaling = text_of(json.at("typed_scaling")),
+                     .Grid = grid_of(json.at("grid")),
+                     .Animals = texts_of(json.at("animals")),
+                     .Volumes = doubles_of(json.at("volumes")),
+                     .Tasks = tasks_of(json.at("tasks"))};
     if (plan.Volumes.size() != plan.Animals.size() || plan.Percents.empty())
         platform::Raise(error_number::kInvalidCall, "other values");
     return plan;
@@ -260,15 +273,16 @@ void write_wish(const platform::Services& services, const BatchFiles& stage, con
         platform::MakeOwnFolder(*services.Files, *services.Folders, folder);
     for (const std::filesystem::path& before : {stage.Merge(), stage.Plan()})
         if (services.Files->FileExists(before)) services.Files->DeleteFile(before, true);
-    write_json(*services.Files, wish_of(stage), {{"tasks", wish.Tasks}, {"words", json_of_texts(wish.Words)}});
+    const auto& [tasks, words] = wish;
+    write_json(*services.Files, wish_of(stage), {{"tasks", tasks}, {"words", json_of_texts(words)}});
 }
 
 std::optional<OverlapWish> read_wish(const platform::IFileSystem& files, const BatchFiles& stage) {
     if (!files.FileExists(wish_of(stage))) return std::nullopt;
     OverlapWish wish;
     read_json(files, wish_of(stage), kPlanAnew, [&](const Json& json) {
-        wish.Tasks = static_cast<std::size_t>(whole_of(json.at("tasks"), 1, kMostTasks));
-        wish.Words = texts_of(json.at("words"));
+        wish = {.Tasks = static_cast<std::size_t>(whole_of(json.at("tasks"), 1, kMostTasks)),
+                .Words = texts_of(json.at("words"))};
     });
     return wish;
 }

@@ -20,6 +20,7 @@ namespace wxl::batch {
 struct TileRowTask {
     std::uint32_t First = 0;
     std::uint32_t End = 0;
+    friend bool operator==(const TileRowTask&, const TileRowTask&) = default;
 };
 
 /// All that is decided once. The rasters are those of the folder, in its order.
@@ -30,6 +31,8 @@ struct OverlapPlan {
     bool Conditional = false;
     bool Normalise = false;
     double Scaling = 0.0;
+    std::string TypedPercents;  ///< as they were typed, which the page repeats
+    std::string TypedScaling;   ///< the same; empty: that of the folder
     platform::RasterGeometry Grid;
     std::vector<std::string> Animals;
     std::vector<double> Volumes;  ///< of the distributions as they were when it was planned
@@ -37,12 +40,14 @@ struct OverlapPlan {
 
     /// Tells this plan from every other, and from one of other rasters.
     std::string Id() const;
+    friend bool operator==(const OverlapPlan&, const OverlapPlan&) = default;
 };
 
 /// The comparison as it was asked for, so that whoever runs the tasks can plan and merge it.
 struct OverlapWish {
     std::size_t Tasks = 0;           ///< about so many
     std::vector<std::string> Words;  ///< further options of wxl batch overlap, for its plan and its merge
+    friend bool operator==(const OverlapWish&, const OverlapWish&) = default;
 };
 
 /// The files of the stage in the folder of rasters `output`, in the folder "overlap" of its batch.

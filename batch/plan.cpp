@@ -32,29 +32,26 @@ private:
 };
 
 Json json_of_typed(const analysis::TypedNumber& number) {
-    return {{"text", json_of_text(number.Text)}, {"value", number.Value ? json_of_double(*number.Value) : Json()}};
+    const auto& [text, value] = number;
+    return {{"text", json_of_text(text)}, {"value", json_of_optional(value)}};
 }
 
 analysis::TypedNumber typed_of(const Json& json) {
-    analysis::TypedNumber number;
-    number.Text = text_of(json.at("text"));
-    if (!json.at("value").is_null()) number.Value = number_of(json.at("value"));
-    return number;
+    const Json& value = json.at("value");
+    return {.Text = text_of(json.at("text")),
+            .Value = value.is_null() ? std::nullopt : std::optional(number_of(value))};
 }
 
 /// A list that was accepted has no piece that is no number.
 Json json_of_typed(const analysis::TypedNumbers& list) {
-    return {{"text", json_of_text(list.Text)}, {"values", json_of_doubles(list.Values)}};
+    const auto& [text, values, noNumber] = list;
+    return {{"text", json_of_text(text)}, {"values", json_of_doubles(values)}};
 }
 
 analysis::TypedNumbers typed_list_of(const Json& json) {
-    analysis::TypedNumbers list;
-    list.Text = text_of(json.at("text"));
-    list.Values = numbers_of(json.at("values"));
-    return list;
+    return {.Text = text_of(json.at("text")), .Values = numbers_of(json.at("values"))};
 }
 
-/// Bound by name and number, as in json_of_frame: what is new there does not compile until it is kept here too.
 Json json_of_settings(const Settings& settings) {
     const auto& [layer, where, idField, selectedOnly, rescale, fixedKernel, method, bandwidths, proportions, adHocParts,
                  reach, outputFolder, prefix, cells, scaling, verbose, mode, buffer, reference, isopleths, percentages,
@@ -76,7 +73,7 @@ Json json_of_settings(const Settings& settings) {
             {"cell_size", json_of_text(cells.Text)},
             {"scaling", json_of_typed(scaling)},
             {"verbose", verbose},
-            {"extent", static_cast<std::int64_t>(mode)},
+            {"extent", json_of_enumeration(mode)},
             {"buffer", json_of_typed(buffer)},
             {"reference", json_of_text(reference)},
             {"isopleths", isopleths},
@@ -93,44 +90,52 @@ Json json_of_settings(const Settings& settings) {
             {"asks_searches_only", asksSearchesOnly}};
 }
 
-Settings settings_of(const Json& json) {
-    Settings settings;
-    settings.LayerName = text_of(json.at("layer"));
-    settings.Where = text_of(json.at("where"));
-    settings.IdField = text_of(json.at("id_field"));
-    settings.SelectedOnly = json.at("selected_only").get<bool>();
-    settings.Rescale = json.at("rescale").get<bool>();
-    settings.FixedKernel = json.at("fixed_kernel").get<bool>();
-    settings.Method = method_of_text(json.at("method").get<std::string>());
-    settings.Bandwidths = typed_list_of(json.at("bandwidths"));
-    settings.Proportions = typed_list_of(json.at("proportions"));
-    settings.AdHocParts = static_cast<std::int32_t>(whole_of(json.at("adhoc_parts"), 1, analysis::kMostParts));
-    const auto reach = analysis::reach_of(text_of(json.at("reach")));
+analysis::Reach reach_of(const Json& json) {
+    const auto reach = analysis::reach_of(text_of(json));
     if (!reach) platform::Raise(platform::error_number::kTypeMismatch, "no reach");
-    settings.KernelReach = *reach;
-    settings.OutputFolder = text_of(json.at("output_folder"));
-    settings.Prefix = text_of(json.at("prefix"));
-    settings.Cells = analysis::cell_size_of(text_of(json.at("cell_size")));
-    number_of(json_of_double(settings.Cells.Typed));
-    settings.ScalingFactor = typed_of(json.at("scaling"));
-    settings.Verbose = json.at("verbose").get<bool>();
-    settings.Mode = static_cast<analysis::ExtentMode>(
-        whole_of(json.at("extent"), 0, static_cast<std::int64_t>(analysis::ExtentMode::kReference)));
-    settings.Buffer = typed_of(json.at("buffer"));
-    settings.ReferenceName = text_of(json.at("reference"));
-    settings.Isopleths = json.at("isopleths").get<bool>();
-    settings.Percentages = typed_list_of(json.at("percentages"));
-    settings.Lines = json.at("lines").get<bool>();
-    settings.Polygons = json.at("polygons").get<bool>();
-    settings.Donuts = json.at("donuts").get<bool>();
-    settings.ConvexPercentages = typed_list_of(json.at("convex_percentages"));
-    settings.Silent = json.at("silent").get<bool>();
-    settings.Html = json.at("html").get<bool>();
-    settings.RasterFormat = json.at("raster_format").get<std::string>();
-    settings.AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX));
-    settings.GeoPackage = json.at("geopackage").get<bool>();
-    settings.AsksSearchesOnly = json.at("asks_searches_only").get<bool>();
-    return settings;
+    return *reach;
+}
+
+analysis::CellSize cells_of(const Json& json) {
+    analysis::CellSize cells = analysis::cell_size_of(text_of(json));
+    number_of(json_of_double(cells.Typed));
+    return cells;
+}
+
+Settings settings_of(const Json& json) {
+    return {
+        .LayerName = text_of(json.at("layer")),
+        .Where = text_of(json.at("where")),
+        .IdField = text_of(json.at("id_field")),
+        .SelectedOnly = json.at("selected_only").get<bool>(),
+        .Rescale = json.at("rescale").get<bool>(),
+        .FixedKernel = json.at("fixed_kernel").get<bool>(),
+        .Method = method_of_text(json.at("method").get<std::string>()),
+        .Bandwidths = typed_list_of(json.at("bandwidths")),
+        .Proportions = typed_list_of(json.at("proportions")),
+        .AdHocParts = static_cast<std::int32_t>(whole_of(json.at("adhoc_parts"), 1, analysis::kMostParts)),
+        .KernelReach = reach_of(json.at("reach")),
+        .OutputFolder = text_of(json.at("output_folder")),
+        .Prefix = text_of(json.at("prefix")),
+        .Cells = cells_of(json.at("cell_size")),
+        .ScalingFactor = typed_of(json.at("scaling")),
+        .Verbose = json.at("verbose").get<bool>(),
+        .Mode = enumeration_of(json.at("extent"), analysis::ExtentMode::kReference),
+        .Buffer = typed_of(json.at("buffer")),
+        .ReferenceName = text_of(json.at("reference")),
+        .Isopleths = json.at("isopleths").get<bool>(),
+        .Percentages = typed_list_of(json.at("percentages")),
+        .Lines = json.at("lines").get<bool>(),
+        .Polygons = json.at("polygons").get<bool>(),
+        .Donuts = json.at("donuts").get<bool>(),
+        .ConvexPercentages = typed_list_of(json.at("convex_percentages")),
+        .Silent = json.at("silent").get<bool>(),
+        .Html = json.at("html").get<bool>(),
+        .RasterFormat = json.at("raster_format").get<std::string>(),
+        .AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX)),
+        .GeoPackage = json.at("geopackage").get<bool>(),
+        .AsksSearchesOnly = json.at("asks_searches_only").get<bool>(),
+    };
 }
 
 Json json_of_raster(const std::shared_ptr<platform::IRasterLayer>& raster) {
@@ -145,6 +150,18 @@ std::shared_ptr<platform::IRasterLayer> raster_of(const Json& json) {
     return std::make_shared<PlannedRaster>(text_of(json.at("name")), grid_of(json));
 }
 
+Json json_of_extent(const platform::Extent& extent) {
+    const auto& [xMin, yMin, xMax, yMax] = extent;
+    return json_of_doubles({xMin, yMin, xMax, yMax});
+}
+
+platform::Extent extent_of(const Json& json) {
+    return {.XMin = double_of(json.at(0)),
+            .YMin = double_of(json.at(1)),
+            .XMax = double_of(json.at(2)),
+            .YMax = double_of(json.at(3))};
+}
+
 /// The output folder is where the plan is found.
 Json json_of_frame(const RunFrame& frame) {
     const auto& [settings, source, sourceOptions, textIds, values, extent, reference, referenceRaster, outputFolder] =
@@ -154,7 +171,7 @@ Json json_of_frame(const RunFrame& frame) {
             {"source_options", json_of_texts(sourceOptions)},
             {"text_ids", textIds},
             {"values", json_of_doubles(values)},
-            {"layer_extent", json_of_doubles({extent.XMin, extent.YMin, extent.XMax, extent.YMax})},
+            {"layer_extent", json_of_extent(extent)},
             {"reference", json_of_reference(reference)},
             {"reference_raster", json_of_raster(referenceRaster)}};
 }
@@ -175,27 +192,26 @@ void check_frame(const RunFrame& frame) {
 }
 
 RunFrame frame_of(const Json& json) {
-    RunFrame frame;
-    frame.Wanted = settings_of(json.at("settings"));
-    frame.Source = text_of(json.at("source"));
-    frame.SourceOptions = texts_of(json.at("source_options"));
-    frame.TextIds = json.at("text_ids").get<bool>();
-    frame.Values = numbers_of(json.at("values"));
-    const auto extent = doubles_of(json.at("layer_extent"));
-    frame.LayerExtent = {extent.at(0), extent.at(1), extent.at(2), extent.at(3)};
+    RunFrame frame{.Wanted = settings_of(json.at("settings")),
+                   .Source = text_of(json.at("source")),
+                   .SourceOptions = texts_of(json.at("source_options")),
+                   .TextIds = json.at("text_ids").get<bool>(),
+                   .Values = numbers_of(json.at("values")),
+                   .LayerExtent = extent_of(json.at("layer_extent")),
+                   .Reference = reference_of(json.at("reference")),
+                   .ReferenceRaster = raster_of(json.at("reference_raster")),
+                   .Folder = {}};
     // Of the other two ways to choose an extent it stays empty: infinite.
     if (frame.Wanted.Mode == analysis::ExtentMode::kFull) numbers_of(json.at("layer_extent"));
-    frame.Reference = reference_of(json.at("reference"));
-    frame.ReferenceRaster = raster_of(json.at("reference_raster"));
     check_frame(frame);
     return frame;
 }
 
 Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
     Json json = Json::array();
-    for (const PlannedAnimal& animal : animals)
-        json.push_back({json_of_value(animal.Id), json_of_text(animal.NamingId), json_of_text(animal.Subfolder),
-                        animal.StepsBack, json_of_times(animal.Times), json_of_error(animal.Error)});
+    for (const auto& [id, namingId, subfolder, stepsBack, times, error] : animals)
+        json.push_back({json_of_value(id), json_of_text(namingId), json_of_text(subfolder), stepsBack,
+                        json_of_times(times), json_of_error(error)});
     return json;
 }
 
@@ -203,12 +219,27 @@ Json json_of_animals(const std::vector<PlannedAnimal>& animals) {
 std::vector<PlannedAnimal> animals_of(const Json& json, const std::string& prefix) {
     std::vector<PlannedAnimal> animals;
     for (const Json& one : json) {
-        animals.push_back({value_of(one.at(0)), text_of(one.at(1)), text_of(one.at(2)),
-                           whole_of(one.at(3), 0, INT64_MAX), times_of(one.at(4)), error_of(one.at(5))});
+        animals.push_back({.Id = value_of(one.at(0)),
+                           .NamingId = text_of(one.at(1)),
+                           .Subfolder = text_of(one.at(2)),
+                           .StepsBack = whole_of(one.at(3), 0, INT64_MAX),
+                           .Times = times_of(one.at(4)),
+                           .Error = error_of(one.at(5))});
         platform::CheckDatasetName(prefix + animals.back().NamingId);
         if (!animals.back().Subfolder.empty()) platform::CheckDatasetName(animals.back().Subfolder);
     }
     return animals;
+}
+
+PlannedRun run_of(const Json& json) {
+    RunFrame frame = frame_of(json.at("frame"));
+    std::vector<PlannedAnimal> animals = animals_of(json.at("animals"), frame.Wanted.Prefix);
+    return {.Frame = std::move(frame),
+            .Animals = std::move(animals),
+            .NullGeometry = json.at("null_geometry").get<bool>(),
+            .WithoutId = whole_of(json.at("without_id"), 0, INT64_MAX),
+            .ReportHead = texts_of(json.at("report_head")),
+            .ToldWhole = json.at("told_whole").get<bool>()};
 }
 
 Plan plan_of(const Json& json) {
@@ -216,22 +247,41 @@ Plan plan_of(const Json& json) {
         platform::Raise(platform::error_number::kInvalidCall, "it plans other estimates");
     Plan plan;
     take_head(json, plan);
-    plan.Frame = frame_of(json.at("frame"));
-    plan.Animals = animals_of(json.at("animals"), plan.Frame.Wanted.Prefix);
+    static_cast<PlannedRun&>(plan) = run_of(json);
     plan.Tasks = tasks_of(json.at("tasks"), plan.DistributionCount());
-    plan.ReportHead = texts_of(json.at("report_head"));
     return plan;
 }
 
 }  // namespace
 
 void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan) {
+    const auto& [frame, animals, nullGeometry, withoutId, reportHead, toldWhole] = static_cast<const PlannedRun&>(plan);
     Json json = json_of_head(plan, kKernelEstimator);
-    json["frame"] = json_of_frame(plan.Frame);
+    json["frame"] = json_of_frame(frame);
     json["tasks"] = json_of_tasks(plan.Tasks);
-    json["animals"] = json_of_animals(plan.Animals);
-    json["report_head"] = json_of_texts(plan.ReportHead);
+    json["animals"] = json_of_animals(animals);
+    json["null_geometry"] = nullGeometry;
+    json["without_id"] = withoutId;
+    json["report_head"] = json_of_texts(reportHead);
+    json["told_whole"] = toldWhole;
     write_json(files, batch.Plan(), json);
+}
+
+PlannedAnimal planned(const analysis::AnimalFixes& animal) {
+    const auto& [id, namingId, fixes, subfolder, stepsBack, times, error] = animal;
+    return {
+        .Id = id, .NamingId = namingId, .Subfolder = subfolder, .StepsBack = stepsBack, .Times = times, .Error = error};
+}
+
+analysis::AnimalFixes unplanned(const PlannedAnimal& animal, std::vector<platform::Point> fixes) {
+    const auto& [id, namingId, subfolder, stepsBack, times, error] = animal;
+    return {.Id = id,
+            .NamingId = namingId,
+            .Fixes = std::move(fixes),
+            .Subfolder = subfolder,
+            .StepsBack = stepsBack,
+            .Times = times,
+            .Error = error};
 }
 
 std::size_t PlanHead::Distributions() const {

@@ -42,6 +42,7 @@ struct InputFile {
     std::uint64_t Bytes = 0;
     std::int64_t Modified = 0;  ///< seconds since 1970
     std::string Sha256;         ///< as sha256sum prints it
+    friend bool operator==(const InputFile&, const InputFile&) = default;
 };
 
 struct PlannedAnimal {
@@ -51,12 +52,14 @@ struct PlannedAnimal {
     std::int64_t StepsBack = 0;                         ///< as AnimalFixes::StepsBack
     tracking_times::TimeFacts Times = {};               ///< as AnimalFixes::Times
     std::optional<analysis::PositionError> Error = {};  ///< as AnimalFixes::Error
+    friend bool operator==(const PlannedAnimal&, const PlannedAnimal&) = default;
 };
 
 struct PlannedTask {
     TaskWork Work;
     double Seconds = 0.0;    ///< estimated, on one core of 2020
     double Megabytes = 0.0;  ///< estimated, of its largest grid or search, and sample
+    friend bool operator==(const PlannedTask&, const PlannedTask&) = default;
 };
 
 /// What the plan of every batch tells, whatever its tasks compute.
@@ -70,17 +73,29 @@ struct PlanHead {
 
     /// The distributions of all tasks.
     std::size_t Distributions() const;
+    friend bool operator==(const PlanHead&, const PlanHead&) = default;
+};
+
+/// A prepared run of kernel densities, with its animals as they stand in the store of points.
+struct PlannedRun {
+    analysis::RunFrame Frame;            ///< writes into the plan's Folder
+    std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
+    bool NullGeometry = false;           ///< as GroupedFixes::NullGeometry
+    std::int64_t WithoutId = 0;          ///< as GroupedFixes::WithoutId
+    analysis::Lines ReportHead;
+    bool ToldWhole = false;  ///< people are told days, cells and areas with their units
 };
 
 /// All that is decided once of a run of kernel densities, so that tasks need neither the input nor a question answered.
-struct Plan : PlanHead {
-    analysis::RunFrame Frame;            ///< writes into Folder
-    std::vector<PlannedAnimal> Animals;  ///< in the order of the run and of the store
-    analysis::Lines ReportHead;
-
+struct Plan : PlanHead, PlannedRun {
     std::size_t ValueCount() const { return Frame.Values.size(); }
     std::size_t DistributionCount() const { return Animals.size() * ValueCount(); }
 };
+
+PlannedAnimal planned(const analysis::AnimalFixes& animal);
+
+/// The animal as it was before it was planned, with its fixes.
+analysis::AnimalFixes unplanned(const PlannedAnimal& animal, std::vector<platform::Point> fixes);
 
 /// Publishes the plan.
 void write_plan(platform::IFileSystem& files, const BatchFiles& batch, const Plan& plan);

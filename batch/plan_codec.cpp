@@ -8,24 +8,23 @@
 namespace wxl::batch {
 namespace {
 
-constexpr std::int64_t kFormat = 5;
+constexpr std::int64_t kFormat = 6;
 constexpr const char* kAdvice = "Plan the batch anew with --overwrite.";
 
 Json json_of_input(const std::vector<InputFile>& input) {
     Json json = Json::array();
-    for (const InputFile& file : input)
-        json.push_back({{"path", json_of_text(file.Path)},
-                        {"bytes", file.Bytes},
-                        {"modified", file.Modified},
-                        {"sha256", file.Sha256}});
+    for (const auto& [path, bytes, modified, sha256] : input)
+        json.push_back({{"path", json_of_text(path)}, {"bytes", bytes}, {"modified", modified}, {"sha256", sha256}});
     return json;
 }
 
 std::vector<InputFile> input_of(const Json& json) {
     std::vector<InputFile> input;
     for (const Json& file : json)
-        input.push_back({text_of(file.at("path")), static_cast<std::uint64_t>(whole_of(file.at("bytes"), 0, INT64_MAX)),
-                         whole_of(file.at("modified"), INT64_MIN, INT64_MAX), file.at("sha256").get<std::string>()});
+        input.push_back({.Path = text_of(file.at("path")),
+                         .Bytes = static_cast<std::uint64_t>(whole_of(file.at("bytes"), 0, INT64_MAX)),
+                         .Modified = whole_of(file.at("modified"), INT64_MIN, INT64_MAX),
+                         .Sha256 = file.at("sha256").get<std::string>()});
     return input;
 }
 
@@ -72,10 +71,10 @@ std::vector<double> numbers_of(const Json& json, double least) {
 
 Json json_of_tasks(const std::vector<PlannedTask>& tasks) {
     Json json = Json::array();
-    for (const PlannedTask& task : tasks)
-        json.push_back({{"distributions", json_of_work(task.Work)},
-                        {"seconds", json_of_double(task.Seconds)},
-                        {"megabytes", json_of_double(task.Megabytes)}});
+    for (const auto& [work, seconds, megabytes] : tasks)
+        json.push_back({{"distributions", json_of_work(work)},
+                        {"seconds", json_of_double(seconds)},
+                        {"megabytes", json_of_double(megabytes)}});
     return json;
 }
 
@@ -83,8 +82,9 @@ std::vector<PlannedTask> tasks_of(const Json& json, std::size_t distributions) {
     std::vector<PlannedTask> tasks;
     std::vector<bool> met(distributions, false);
     for (const Json& one : json) {
-        tasks.push_back({work_of(one.at("distributions"), distributions), number_of(one.at("seconds"), 0.0),
-                         number_of(one.at("megabytes"), 0.0)});
+        tasks.push_back({.Work = work_of(one.at("distributions"), distributions),
+                         .Seconds = number_of(one.at("seconds"), 0.0),
+                         .Megabytes = number_of(one.at("megabytes"), 0.0)});
         for (const std::size_t distribution : tasks.back().Work) {
             if (met[distribution]) platform::Raise(platform::error_number::kSubscript, "work that is planned twice");
             met[distribution] = true;
@@ -96,30 +96,37 @@ std::vector<PlannedTask> tasks_of(const Json& json, std::size_t distributions) {
 }
 
 Json json_of_reference(const platform::SpatialReference& reference) {
-    return {{"name", json_of_text(reference.Name)},
-            {"wkt", json_of_text(reference.Wkt)},
-            {"unit", json_of_text(reference.UnitName)},
-            {"metres_per_unit", json_of_double(reference.MetersPerUnit)},
-            {"geographic", reference.IsGeographic}};
+    const auto& [name, wkt, unit, metresPerUnit, geographic] = reference;
+    return {{"name", json_of_text(name)},
+            {"wkt", json_of_text(wkt)},
+            {"unit", json_of_text(unit)},
+            {"metres_per_unit", json_of_double(metresPerUnit)},
+            {"geographic", geographic}};
 }
 
 platform::SpatialReference reference_of(const Json& json) {
-    return {text_of(json.at("name")), text_of(json.at("wkt")), text_of(json.at("unit")),
-            number_of(json.at("metres_per_unit"), 0.0), json.at("geographic").get<bool>()};
+    return {.Name = text_of(json.at("name")),
+            .Wkt = text_of(json.at("wkt")),
+            .UnitName = text_of(json.at("unit")),
+            .MetersPerUnit = number_of(json.at("metres_per_unit"), 0.0),
+            .IsGeographic = json.at("geographic").get<bool>()};
 }
 
 Json json_of_grid(const platform::RasterGeometry& grid) {
-    return {{"origin_x", json_of_double(grid.OriginX)},
-            {"origin_y", json_of_double(grid.OriginY)},
-            {"cell_size", json_of_double(grid.CellSize)},
-            {"columns", grid.Columns},
-            {"rows", grid.Rows}};
+    const auto& [originX, originY, cellSize, columns, rows] = grid;
+    return {{"origin_x", json_of_double(originX)},
+            {"origin_y", json_of_double(originY)},
+            {"cell_size", json_of_double(cellSize)},
+            {"columns", columns},
+            {"rows", rows}};
 }
 
 platform::RasterGeometry grid_of(const Json& json) {
-    return {number_of(json.at("origin_x")), number_of(json.at("origin_y")), number_of(json.at("cell_size"), 0.0),
-            static_cast<std::int32_t>(whole_of(json.at("columns"), 0, INT32_MAX)),
-            static_cast<std::int32_t>(whole_of(json.at("rows"), 0, INT32_MAX))};
+    return {.OriginX = number_of(json.at("origin_x")),
+            .OriginY = number_of(json.at("origin_y")),
+            .CellSize = number_of(json.at("cell_size"), 0.0),
+            .Columns = static_cast<std::int32_t>(whole_of(json.at("columns"), 0, INT32_MAX)),
+            .Rows = static_cast<std::int32_t>(whole_of(json.at("rows"), 0, INT32_MAX))};
 }
 
 std::string estimator_of(const Json& plan) {
@@ -129,8 +136,9 @@ std::string estimator_of(const Json& plan) {
 }
 
 Json json_of_head(const PlanHead& plan, std::string_view estimator) {
-    return {{"format", kFormat},       {"estimator", estimator},  {"id", plan.Id},
-            {"program", plan.Program}, {"planned", plan.Planned}, {"input", json_of_input(plan.Input)}};
+    const auto& [id, program, planned, folder, input, tasks] = plan;
+    return {{"format", kFormat},  {"estimator", estimator}, {"id", id},
+            {"program", program}, {"planned", planned},     {"input", json_of_input(input)}};
 }
 
 void take_head(const Json& json, PlanHead& plan) {

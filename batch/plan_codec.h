@@ -1,5 +1,8 @@
 #pragma once
 // What the plans of all batches have in common, as JSON and back.
+//
+// Codecs take values apart by structured bindings: what is new in a value does not compile until it is kept. They are
+// put together by name, so that nothing shifts.
 
 #include "batch/json_codec.h"
 #include "batch/plan.h"
@@ -23,7 +26,8 @@ inline constexpr std::string_view kKernelEstimator = "kde";
 inline constexpr std::string_view kRangeEstimator = "akde";
 std::string estimator_of(const Json& plan);
 
-/// The head without its tasks, which want to know how many distributions there are.
+/// The head without its tasks, which want to know how many distributions there are, and without the output folder,
+/// which is where the plan is found.
 Json json_of_head(const PlanHead& plan, std::string_view estimator);
 void take_head(const Json& json, PlanHead& plan);
 

@@ -62,6 +62,20 @@ std::string id_of(const PlanHead& plan, const platform::IClock& clock) {
     return hash.Digest().substr(0, 16);
 }
 
+/// Bound by name and number: what is new in a prepared run does not compile until the plan keeps it too.
+PlannedRun planned(const analysis::PreparedRun& run, bool toldWhole) {
+    const auto& [frame, grouped, reportHead] = run;
+    const auto& [animals, textIds, nullGeometry, withoutId] = grouped;
+    PlannedRun kept{.Frame = frame,
+                    .Animals = {},
+                    .NullGeometry = nullGeometry,
+                    .WithoutId = withoutId,
+                    .ReportHead = reportHead,
+                    .ToldWhole = toldWhole};
+    for (const analysis::AnimalFixes& animal : animals) kept.Animals.push_back(batch::planned(animal));
+    return kept;
+}
+
 /// A task may replace what it wrote before, and nothing else: nothing of these names may stand when the batch begins.
 void check_names_are_free(const platform::Services& services, const analysis::PreparedRun& run) {
     const auto standing =
@@ -79,7 +93,10 @@ void make_folder(const platform::Services& services, const std::filesystem::path
 InputFile described(const platform::IFileSystem& files, const std::filesystem::path& file,
                     const platform::FileFacts& facts) {
     try {
-        return {facts.Place.string(), facts.Bytes, facts.Modified, sha256_of(*files.OpenForReading(file))};
+        return {.Path = facts.Place.string(),
+                .Bytes = facts.Bytes,
+                .Modified = facts.Modified,
+                .Sha256 = sha256_of(*files.OpenForReading(file))};
     } catch (const platform::RuntimeError&) {
         platform::Raise(platform::error_number::kDeviceIo, file.string() + " cannot be read.");
     }
@@ -148,13 +165,9 @@ Plan plan_batch(const platform::Services& services, const analysis::PreparedRun&
     const BatchFiles batch(run.Frame.Folder);
     Plan plan;
     begin_plan(services, run.Frame.Folder, wishes, plan);
-    plan.Frame = run.Frame;
-    for (const analysis::AnimalFixes& animal : run.Animals.Animals)
-        plan.Animals.push_back(
-            {animal.Id, animal.NamingId, animal.Subfolder, animal.StepsBack, animal.Times, animal.Error});
+    static_cast<PlannedRun&>(plan) = planned(run, wishes.ToldWhole);
     check_names_are_free(services, run);
     plan.Tasks = tasks_of(run, wishes.Tasks);
-    plan.ReportHead = run.ReportHead;
     remove_batch(services, run.Frame.Folder);
     make_folders(services, plan, subfolders_of(plan));
     write_point_store(*services.Files, batch.Points(), run.Animals.Animals);

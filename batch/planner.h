@@ -16,6 +16,7 @@ struct PlanWishes {
     std::string Program;          ///< version of the program
     std::filesystem::path Input;  ///< the layer's file or folder
     std::size_t Tasks = 0;        ///< how many tasks; 0: as many as is usual
+    bool ToldWhole = false;       ///< as PlannedRun::ToldWhole
 };
 
 /// Writes the batch of a prepared run: store of points, folders, and last the plan. RuntimeError 58 when datasets of

@@ -30,19 +30,25 @@ constexpr const char* kOtherPoints =
 Json json_of_fit(const akde::FitSettings& fit) {
     const auto& [method, given] = fit;
     Json model;
-    if (given)
-        model = {json_of_enumeration(given->Model.Kind), json_of_enumeration(given->Shape),
-                 json_of_double(given->Model.Scales.Position), json_of_double(given->Model.Scales.Velocity)};
+    if (given) {
+        const auto& [autocorrelation, shape] = *given;
+        const auto& [kind, scales] = autocorrelation;
+        const auto& [position, velocity] = scales;
+        model = {json_of_enumeration(kind), json_of_enumeration(shape), json_of_double(position),
+                 json_of_double(velocity)};
+    }
     return {{"method", json_of_enumeration(method)}, {"given", std::move(model)}};
 }
 
 akde::FitSettings fit_of(const Json& json) {
-    akde::FitSettings fit{enumeration_of(json.at("method"), movement_models::Estimation::kPhreml), {}};
+    akde::FitSettings fit{.Method = enumeration_of(json.at("method"), movement_models::Estimation::kPhreml),
+                          .Given = {}};
     const Json& given = json.at("given");
     if (given.is_null()) return fit;
-    fit.Given = akde::GivenModel{{enumeration_of(given.at(0), movement_models::ModelKind::kOuf),
-                                  {number_of(given.at(2), 0.0), number_of(given.at(3), 0.0)}},
-                                 enumeration_of(given.at(1), movement_models::RangeShape::kAnisotropic)};
+    fit.Given = akde::GivenModel{
+        .Model = {.Kind = enumeration_of(given.at(0), movement_models::ModelKind::kOuf),
+                  .Scales = {.Position = number_of(given.at(2), 0.0), .Velocity = number_of(given.at(3), 0.0)}},
+        .Shape = enumeration_of(given.at(1), movement_models::RangeShape::kAnisotropic)};
     return fit;
 }
 
@@ -56,8 +62,9 @@ Json json_of_settings(const RangeSettings& settings) {
     const auto& [fields, fit, folder, prefix, cellSize, scaling, extent, buffer, reference, referenceName, rasterFormat,
                  percentages, optimal, lines, geoPackage, html, animalsPerSubfolder, overwrite, layerName, source,
                  sourceOptions, where, selectedOnly] = settings;
-    return {{"id_field", json_of_text(fields.Id)},
-            {"time_field", json_of_text(fields.Time)},
+    const auto& [idField, timeField] = fields;
+    return {{"id_field", json_of_text(idField)},
+            {"time_field", json_of_text(timeField)},
             {"fit", json_of_fit(fit)},
             {"prefix", json_of_text(prefix)},
             {"cell_size", json_of_optional(cellSize)},
@@ -94,29 +101,31 @@ void check_settings(const RangeSettings& settings) {
 }
 
 RangeSettings settings_of(const Json& json) {
-    RangeSettings settings;
-    settings.Fields = {text_of(json.at("id_field")), text_of(json.at("time_field"))};
-    settings.Fit = fit_of(json.at("fit"));
-    settings.Prefix = text_of(json.at("prefix"));
-    settings.CellSize = optional_number_of(json.at("cell_size"));
-    settings.Scaling = number_of(json.at("scaling"));
-    settings.Extent = enumeration_of(json.at("extent"), akde::RangeExtent::kReference);
-    settings.Buffer = optional_number_of(json.at("buffer"));
-    settings.Reference = grid_of(json.at("reference"));
-    settings.ReferenceName = text_of(json.at("reference_name"));
-    settings.RasterFormat = json.at("raster_format").get<std::string>();
-    settings.Percentages = numbers_of(json.at("percentages"));
-    settings.Optimal = json.at("optimal").get<bool>();
-    settings.Lines = json.at("lines").get<bool>();
-    settings.GeoPackage = json.at("geopackage").get<bool>();
-    settings.Html = json.at("html").get<bool>();
-    settings.AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX));
-    settings.Overwrite = json.at("overwrite").get<bool>();
-    settings.LayerName = text_of(json.at("layer"));
-    settings.Source = text_of(json.at("source"));
-    settings.SourceOptions = texts_of(json.at("source_options"));
-    settings.Where = text_of(json.at("where"));
-    settings.SelectedOnly = json.at("selected_only").get<bool>();
+    RangeSettings settings{
+        .Fields = {.Id = text_of(json.at("id_field")), .Time = text_of(json.at("time_field"))},
+        .Fit = fit_of(json.at("fit")),
+        .Folder = {},
+        .Prefix = text_of(json.at("prefix")),
+        .CellSize = optional_number_of(json.at("cell_size")),
+        .Scaling = number_of(json.at("scaling")),
+        .Extent = enumeration_of(json.at("extent"), akde::RangeExtent::kReference),
+        .Buffer = optional_number_of(json.at("buffer")),
+        .Reference = grid_of(json.at("reference")),
+        .ReferenceName = text_of(json.at("reference_name")),
+        .RasterFormat = json.at("raster_format").get<std::string>(),
+        .Percentages = numbers_of(json.at("percentages")),
+        .Optimal = json.at("optimal").get<bool>(),
+        .Lines = json.at("lines").get<bool>(),
+        .GeoPackage = json.at("geopackage").get<bool>(),
+        .Html = json.at("html").get<bool>(),
+        .AnimalsPerSubfolder = static_cast<std::size_t>(whole_of(json.at("animals_per_subfolder"), 0, INT64_MAX)),
+        .Overwrite = json.at("overwrite").get<bool>(),
+        .LayerName = text_of(json.at("layer")),
+        .Source = text_of(json.at("source")),
+        .SourceOptions = texts_of(json.at("source_options")),
+        .Where = text_of(json.at("where")),
+        .SelectedOnly = json.at("selected_only").get<bool>(),
+    };
     check_settings(settings);
     return settings;
 }
@@ -130,31 +139,33 @@ Json json_of_animal(const TimedAnimal& animal) {
 
 /// Names come from a file that anybody may have changed: none may leave the output folder.
 TimedAnimal animal_of(const Json& json, const std::string& prefix) {
-    TimedAnimal animal;
-    animal.Id = value_of(json.at(0));
-    animal.NamingId = text_of(json.at(1));
-    animal.WithoutTime = static_cast<std::size_t>(whole_of(json.at(2), 0, INT64_MAX));
-    animal.FirstUnreadable = text_of(json.at(3));
-    animal.Subfolder = text_of(json.at(4));
+    TimedAnimal animal{.Id = value_of(json.at(0)),
+                       .NamingId = text_of(json.at(1)),
+                       .Fixes = {},
+                       .Times = {},
+                       .WithoutTime = static_cast<std::size_t>(whole_of(json.at(2), 0, INT64_MAX)),
+                       .FirstUnreadable = text_of(json.at(3)),
+                       .Subfolder = text_of(json.at(4))};
     platform::CheckDatasetName(prefix + animal.NamingId);
     if (!animal.Subfolder.empty()) platform::CheckDatasetName(animal.Subfolder);
     return animal;
 }
 
 Json json_of_animals(const TimedAnimals& animals) {
-    Json list = Json::array();
-    for (const TimedAnimal& animal : animals.Animals) list.push_back(json_of_animal(animal));
-    return {{"reference", json_of_reference(animals.Reference)},
-            {"without_id", animals.WithoutId},
-            {"number_times", animals.NumberTimes},
-            {"list", std::move(list)}};
+    const auto& [list, reference, withoutId, numberTimes] = animals;
+    Json heads = Json::array();
+    for (const TimedAnimal& animal : list) heads.push_back(json_of_animal(animal));
+    return {{"reference", json_of_reference(reference)},
+            {"without_id", withoutId},
+            {"number_times", numberTimes},
+            {"list", std::move(heads)}};
 }
 
 TimedAnimals animals_of(const Json& json, const std::string& prefix) {
-    TimedAnimals animals;
-    animals.Reference = reference_of(json.at("reference"));
-    animals.WithoutId = whole_of(json.at("without_id"), 0, INT64_MAX);
-    animals.NumberTimes = json.at("number_times").get<bool>();
+    TimedAnimals animals{.Animals = {},
+                         .Reference = reference_of(json.at("reference")),
+                         .WithoutId = whole_of(json.at("without_id"), 0, INT64_MAX),
+                         .NumberTimes = json.at("number_times").get<bool>()};
     for (const Json& animal : json.at("list")) animals.Animals.push_back(animal_of(animal, prefix));
     return animals;
 }
@@ -218,22 +229,23 @@ TimedAnimals without_animals(const TimedAnimals& animals) {
 
 TimedAnimals without_fixes(const TimedAnimals& animals) {
     TimedAnimals heads = without_animals(animals);
-    for (const TimedAnimal& animal : animals.Animals)
-        heads.Animals.push_back({.Id = animal.Id,
-                                 .NamingId = animal.NamingId,
+    for (const auto& [id, namingId, fixes, times, withoutTime, firstUnreadable, subfolder] : animals.Animals)
+        heads.Animals.push_back({.Id = id,
+                                 .NamingId = namingId,
                                  .Fixes = {},
                                  .Times = {},
-                                 .WithoutTime = animal.WithoutTime,
-                                 .FirstUnreadable = animal.FirstUnreadable,
-                                 .Subfolder = animal.Subfolder});
+                                 .WithoutTime = withoutTime,
+                                 .FirstUnreadable = firstUnreadable,
+                                 .Subfolder = subfolder});
     return heads;
 }
 
 void write_range_plan(platform::IFileSystem& files, const RangePlan& plan) {
     Json json = json_of_head(plan, kRangeEstimator);
-    json["settings"] = json_of_settings(plan.Wanted);
+    const auto& [wanted, animals] = static_cast<const PlannedRanges&>(plan);
+    json["settings"] = json_of_settings(wanted);
     json["tasks"] = json_of_tasks(plan.Tasks);
-    json["animals"] = json_of_animals(plan.Animals);
+    json["animals"] = json_of_animals(animals);
     write_json(files, BatchFiles(plan.Folder).Plan(), json);
 }
 

@@ -11,11 +11,14 @@
 
 namespace wxl::batch {
 
-/// All that is decided once of a run of ranges of autocorrelated fixes: PlanHead as Plan has it.
-struct RangePlan : PlanHead {
+/// A run of ranges of autocorrelated fixes, with its animals as they stand in the stores of fixes and times.
+struct PlannedRanges {
     akde::RangeSettings Wanted;  ///< of the full extent too, Reference is the grid
     akde::TimedAnimals Animals;  ///< in the order of the run and of the store, without their fixes
 };
+
+/// All that is decided once of a run of ranges of autocorrelated fixes: PlanHead as Plan has it.
+struct RangePlan : PlanHead, PlannedRanges {};
 
 /// Writes the batch of a run into its output folder: stores of fixes and times, folders, and last the plan. Whose full
 /// extent is asked for, has that grid in Reference. RuntimeError 70 as akde::lock_output.

@@ -3,6 +3,7 @@
 #include "batch/plan_codec.h"
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace wxl::batch {
@@ -18,26 +19,29 @@ std::size_t count_of(const Json& json) {
 }
 
 Json json_of_matrix(const Matrix2& matrix) {
-    return json_of_doubles({matrix.XX, matrix.XY, matrix.YY});
+    const auto& [xx, xy, yy] = matrix;
+    return json_of_doubles({xx, xy, yy});
 }
 
 Matrix2 matrix_of(const Json& json) {
-    return {double_of(json.at(0)), double_of(json.at(1)), double_of(json.at(2))};
+    return {.XX = double_of(json.at(0)), .XY = double_of(json.at(1)), .YY = double_of(json.at(2))};
 }
 
 Json json_of_scales(const TimeScales& scales) {
-    return json_of_doubles({scales.Position, scales.Velocity});
+    const auto& [position, velocity] = scales;
+    return json_of_doubles({position, velocity});
 }
 
 TimeScales scales_of(const Json& json) {
-    return {double_of(json.at(0)), double_of(json.at(1))};
+    return {.Position = double_of(json.at(0)), .Velocity = double_of(json.at(1))};
 }
 
 /// Bound by name and number, as the record below.
 Json json_of_model(const FittedModel& fitted) {
     const auto& [model, shape, status, collapsedTo, used, deviations, covariance, mean, logLikelihood, aicc, dofArea,
                  dofMean] = fitted;
-    return {json_of_enumeration(model.Kind),   json_of_scales(model.Scales),
+    const auto& [kind, scales] = model;
+    return {json_of_enumeration(kind),         json_of_scales(scales),
             json_of_enumeration(shape),        json_of_enumeration(status),
             json_of_enumeration(collapsedTo),  json_of_enumeration(used),
             json_of_scales(deviations),        json_of_matrix(covariance),
@@ -46,21 +50,19 @@ Json json_of_model(const FittedModel& fitted) {
 
 FittedModel model_of(const Json& json) {
     using movement_models::ModelKind;
-    FittedModel fitted;
-    fitted.Model = {enumeration_of(json.at(0), ModelKind::kOuf), scales_of(json.at(1))};
-    fitted.Shape = enumeration_of(json.at(2), movement_models::RangeShape::kAnisotropic);
-    fitted.Status = enumeration_of(json.at(3), movement_models::FitStatus::kNoNumber);
-    fitted.CollapsedTo = enumeration_of(json.at(4), ModelKind::kOuf);
-    fitted.Used = enumeration_of(json.at(5), movement_models::Estimation::kPhreml);
-    fitted.Deviations = scales_of(json.at(6));
-    fitted.Covariance = matrix_of(json.at(7));
-    fitted.Mean = {double_of(json.at(8).at(0)), double_of(json.at(8).at(1))};
     const std::vector<double> numbers = doubles_of(json.at(9));
-    fitted.LogLikelihood = numbers.at(0);
-    fitted.Aicc = numbers.at(1);
-    fitted.DofArea = numbers.at(2);
-    fitted.DofMean = numbers.at(3);
-    return fitted;
+    return {.Model = {.Kind = enumeration_of(json.at(0), ModelKind::kOuf), .Scales = scales_of(json.at(1))},
+            .Shape = enumeration_of(json.at(2), movement_models::RangeShape::kAnisotropic),
+            .Status = enumeration_of(json.at(3), movement_models::FitStatus::kNoNumber),
+            .CollapsedTo = enumeration_of(json.at(4), ModelKind::kOuf),
+            .Used = enumeration_of(json.at(5), movement_models::Estimation::kPhreml),
+            .Deviations = scales_of(json.at(6)),
+            .Covariance = matrix_of(json.at(7)),
+            .Mean = {double_of(json.at(8).at(0)), double_of(json.at(8).at(1))},
+            .LogLikelihood = numbers.at(0),
+            .Aicc = numbers.at(1),
+            .DofArea = numbers.at(2),
+            .DofMean = numbers.at(3)};
 }
 
 Json json_of_models(const std::vector<FittedModel>& models) {
@@ -82,9 +84,43 @@ Json json_of_isopleths(const std::vector<akde::RangeIsopleth>& isopleths) {
     return json;
 }
 
+std::vector<FittedModel> models_of(const Json& json) {
+    std::vector<FittedModel> models;
+    for (const Json& model : json) models.push_back(model_of(model));
+    return models;
+}
+
+std::vector<movement_models::VariogramPoint> variogram_of(const Json& json) {
+    std::vector<movement_models::VariogramPoint> points;
+    for (const Json& point : json)
+        points.push_back(
+            {.Lag = double_of(point.at(0)), .Semivariance = double_of(point.at(1)), .Pairs = double_of(point.at(2))});
+    return points;
+}
+
+std::vector<akde::RangeIsopleth> isopleths_of(const Json& json) {
+    std::vector<akde::RangeIsopleth> isopleths;
+    for (const Json& one : json)
+        isopleths.push_back({.Percent = double_of(one.at(0)),
+                             .Bound = one.at(1).get<std::string>(),
+                             .Area = double_of(one.at(2)),
+                             .Level = optional_of(one.at(3))});
+    return isopleths;
+}
+
+std::vector<platform::Geometry> outlines_of(const Json& json) {
+    std::vector<platform::Geometry> outlines;
+    for (const Json& outline : json) outlines.push_back(shape_of(outline));
+    return outlines;
+}
+
 Json json_of_verdict(const movement_models::Verdict& verdict) {
     const auto& [resident, text, warnings] = verdict;
     return {resident, json_of_text(text), json_of_texts(warnings)};
+}
+
+movement_models::Verdict verdict_of(const Json& json) {
+    return {.Resident = json.at(0).get<bool>(), .Text = text_of(json.at(1)), .Warnings = texts_of(json.at(2))};
 }
 
 }  // namespace
@@ -125,55 +161,53 @@ Json json_of_record(const RangeRecord& record) {
 }
 
 RangeRecord range_record_of(const Json& json) {
-    RangeRecord record;
-    record.Id = value_of(json.at("id"));
-    record.NamingId = text_of(json.at("naming_id"));
-    record.Given = count_of(json.at("given"));
-    record.Used = count_of(json.at("used"));
-    record.First = text_of(json.at("first"));
-    record.Last = text_of(json.at("last"));
-    record.Duration = double_of(json.at("duration"));
-    for (const Json& model : json.at("models")) record.Models.push_back(model_of(model));
-    if (!json.at("chosen").is_null()) record.Chosen = model_of(json.at("chosen"));
-    record.GivenModel = json.at("given_model").get<bool>();
-    for (const Json& point : json.at("variogram"))
-        record.Variogram.push_back({double_of(point.at(0)), double_of(point.at(1)), double_of(point.at(2))});
-    const Json& verdict = json.at("verdict");
-    record.Verdict = {verdict.at(0).get<bool>(), text_of(verdict.at(1)), texts_of(verdict.at(2))};
-    record.Notes = texts_of(json.at("notes"));
-    record.Reason = text_of(json.at("reason"));
-    record.NotWritten = json.at("not_written").get<bool>();
-    record.Matrix = matrix_of(json.at("matrix"));
+    const Json& chosen = json.at("chosen");
     const std::vector<double> kernel = doubles_of(json.at("kernel"));
-    record.H = kernel.at(0);
-    record.DofBandwidth = kernel.at(1);
-    record.Bias = kernel.at(2);
-    record.EffectiveWeights = kernel.at(3);
-    record.ZeroWeights = count_of(json.at("zero_weights"));
-    record.Grid = grid_of(json.at("grid"));
-    record.Volume = double_of(json.at("volume"));
-    record.HighestAtEdge = double_of(json.at("highest_at_edge"));
-    for (const Json& one : json.at("isopleths"))
-        record.Isopleths.push_back(
-            {double_of(one.at(0)), one.at(1).get<std::string>(), double_of(one.at(2)), optional_of(one.at(3))});
-    record.Subfolder = text_of(json.at("subfolder"));
-    record.RasterName = text_of(json.at("raster"));
-    record.Files = texts_of(json.at("files"));
-    for (const Json& outline : json.at("outlines")) record.Outlines.push_back(shape_of(outline));
-    return record;
+    return {
+        .Id = value_of(json.at("id")),
+        .NamingId = text_of(json.at("naming_id")),
+        .Given = count_of(json.at("given")),
+        .Used = count_of(json.at("used")),
+        .First = text_of(json.at("first")),
+        .Last = text_of(json.at("last")),
+        .Duration = double_of(json.at("duration")),
+        .Models = models_of(json.at("models")),
+        .Chosen = chosen.is_null() ? std::nullopt : std::optional(model_of(chosen)),
+        .GivenModel = json.at("given_model").get<bool>(),
+        .Variogram = variogram_of(json.at("variogram")),
+        .Verdict = verdict_of(json.at("verdict")),
+        .Notes = texts_of(json.at("notes")),
+        .Reason = text_of(json.at("reason")),
+        .NotWritten = json.at("not_written").get<bool>(),
+        .Matrix = matrix_of(json.at("matrix")),
+        .H = kernel.at(0),
+        .DofBandwidth = kernel.at(1),
+        .Bias = kernel.at(2),
+        .EffectiveWeights = kernel.at(3),
+        .ZeroWeights = count_of(json.at("zero_weights")),
+        .Grid = grid_of(json.at("grid")),
+        .Volume = double_of(json.at("volume")),
+        .HighestAtEdge = double_of(json.at("highest_at_edge")),
+        .Isopleths = isopleths_of(json.at("isopleths")),
+        .Subfolder = text_of(json.at("subfolder")),
+        .RasterName = text_of(json.at("raster")),
+        .Files = texts_of(json.at("files")),
+        .Outlines = outlines_of(json.at("outlines")),
+    };
 }
 
 Json json_of_entry(const RangeEntry& entry) {
-    Json lines = Json::array();
-    for (const ToldLine& line : entry.Lines) lines.push_back({line.Problem, json_of_text(line.Text)});
-    return {{"distribution", entry.Animal}, {"record", json_of_record(entry.Record)}, {"lines", std::move(lines)}};
+    const auto& [animal, record, lines] = entry;
+    Json told = Json::array();
+    for (const auto& [problem, text] : lines) told.push_back({problem, json_of_text(text)});
+    return {{"distribution", animal}, {"record", json_of_record(record)}, {"lines", std::move(told)}};
 }
 
 RangeEntry range_entry_of(const Json& json) {
-    RangeEntry entry;
-    entry.Animal = count_of(json.at("distribution"));
-    entry.Record = range_record_of(json.at("record"));
-    for (const Json& line : json.at("lines")) entry.Lines.push_back({line.at(0).get<bool>(), text_of(line.at(1))});
+    RangeEntry entry{
+        .Animal = count_of(json.at("distribution")), .Record = range_record_of(json.at("record")), .Lines = {}};
+    for (const Json& line : json.at("lines"))
+        entry.Lines.push_back({.Problem = line.at(0).get<bool>(), .Text = text_of(line.at(1))});
     return entry;
 }
 

@@ -24,6 +24,7 @@ struct RangeEntry {
     std::size_t Animal = 0;  ///< place in the run's order
     akde::RangeRecord Record;
     std::vector<ToldLine> Lines;
+    friend bool operator==(const RangeEntry&, const RangeEntry&) = default;
 };
 
 Json json_of_entry(const RangeEntry& entry);

@@ -67,13 +67,13 @@ void RangeTask::CheckNothingStands(std::size_t number) const {
 
 void RangeTask::Compute(std::size_t number) {
     const auto begin = m_services.Clock->Steady();
-    TaskHead head{m_plan.Id, now_of(m_services), {}, 0.0, m_host};
+    TaskHead head{.Batch = m_plan.Id, .Started = now_of(m_services), .Finished = {}, .Seconds = 0.0, .Host = m_host};
     KeptLines lines(m_listener);
     akde::RangeRun run(m_plan.Wanted, m_services, lines);
     const TimedStore store(*m_services.Files, m_plan);
     Json entries = Json::array();
     for (const std::size_t place : m_plan.Tasks.at(number - 1).Work) {
-        RangeEntry entry{place, run.Compute(store.Read(place), m_plan.Animals), {}};
+        RangeEntry entry{.Animal = place, .Record = run.Compute(store.Read(place), m_plan.Animals), .Lines = {}};
         entry.Lines = lines.Take();
         m_met(entry.Record);
         for (std::string& file : entry.Record.Files)

@@ -144,9 +144,7 @@ void TaskRun::Compute(std::size_t number) {
     for (const std::size_t distribution : m_plan.Tasks.at(number - 1).Work) {
         const std::size_t place = distribution / m_plan.ValueCount();
         if (place != present) {
-            const PlannedAnimal& planned = m_plan.Animals.at(place);
-            animal = {planned.Id,        planned.NamingId, points.Read(place), planned.Subfolder,
-                      planned.StepsBack, planned.Times,    planned.Error};
+            animal = unplanned(m_plan.Animals.at(place), points.Read(place));
             present = place;
         }
         TaskEntry entry;

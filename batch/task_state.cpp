@@ -34,12 +34,13 @@ bool is_held(platform::IFolderLocks& locks, const std::filesystem::path& folder)
 
 void write_entries(platform::IFileSystem& files, const BatchFiles& batch, std::size_t task, const TaskHead& head,
                    Json entries) {
+    const auto& [plan, started, finished, seconds, host] = head;
     write_json(files, batch.Result(task),
-               {{"batch", head.Batch},
-                {"started", head.Started},
-                {"finished", head.Finished},
-                {"seconds", json_of_double(head.Seconds)},
-                {"host", json_of_text(head.Host)},
+               {{"batch", plan},
+                {"started", started},
+                {"finished", finished},
+                {"seconds", json_of_double(seconds)},
+                {"host", json_of_text(host)},
                 {"entries", std::move(entries)}});
 }
 
@@ -47,11 +48,11 @@ TaskHead read_entries(const platform::IFileSystem& files, const BatchFiles& batc
                       std::size_t task, const std::function<std::size_t(const Json&)>& take) {
     TaskHead head;
     read_json(files, batch.Result(task), advice_for(task), [&](const Json& json) {
-        head.Batch = json.at("batch").get<std::string>();
-        head.Started = json.at("started").get<std::string>();
-        head.Finished = json.at("finished").get<std::string>();
-        head.Seconds = double_of(json.at("seconds"));
-        head.Host = text_of(json.at("host"));
+        head = {.Batch = json.at("batch").get<std::string>(),
+                .Started = json.at("started").get<std::string>(),
+                .Finished = json.at("finished").get<std::string>(),
+                .Seconds = double_of(json.at("seconds")),
+                .Host = text_of(json.at("host"))};
         TaskWork work;
         for (const Json& entry : json.at("entries")) work.push_back(take(entry));
         if (head.Batch != plan.Id || work != plan.Tasks.at(task - 1).Work)

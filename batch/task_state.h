@@ -36,6 +36,7 @@ struct TaskHead {
     std::string Finished;
     double Seconds = 0.0;
     std::string Host;
+    friend bool operator==(const TaskHead&, const TaskHead&) = default;
 };
 
 /// What a task of kernel densities leaves when it is done.

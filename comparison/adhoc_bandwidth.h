@@ -26,6 +26,7 @@ std::string_view status_name(AdHocStatus status);
 struct AdHocStep {
     double Proportion = 0.0;
     RangeParts Range;
+    friend bool operator==(const AdHocStep&, const AdHocStep&) = default;
 };
 
 struct AdHocSettings {
@@ -42,6 +43,7 @@ struct AdHocBandwidth {
     double Bandwidth = 0.0;   ///< Proportion x Href
     double CellSize = 0.0;
     std::vector<AdHocStep> Trace;  ///< in the order of the search
+    friend bool operator==(const AdHocBandwidth&, const AdHocBandwidth&) = default;
 };
 
 /// Steps down from HREF until the range breaks, then halves the step to 0.001; the result is the whole end. The number

@@ -35,6 +35,7 @@ struct CurveSize {
     std::optional<double> Area;  ///< square map units
     std::optional<double> Low;   ///< random order only
     std::optional<double> High;
+    friend bool operator==(const CurveSize&, const CurveSize&) = default;
 };
 
 /// The first number of fixes from which every later area lies within the tolerance of the last, and whether enough
@@ -42,12 +43,14 @@ struct CurveSize {
 struct Asymptote {
     std::size_t N = 0;
     bool Reached = false;
+    friend bool operator==(const Asymptote&, const Asymptote&) = default;
 };
 
 struct AreaCurve {
     std::vector<CurveSize> Sizes;        ///< ascending, the last of all fixes; empty without fixes
     std::optional<Asymptote> Levelling;  ///< none where the last area is 0 or missing
     double CellSize = 0.0;               ///< of the kernel's grid; 0 for polygons
+    friend bool operator==(const AreaCurve&, const AreaCurve&) = default;
 };
 
 /// @param fixes with finite coordinates, in the order of time

@@ -26,6 +26,7 @@ struct MinimumConvexPolygon {
     double Area = 0.0;                     ///< square map units
     std::size_t Kept = 0;                  ///< fixes within the distance
     std::vector<platform::Point> Corners;  ///< counter-clockwise from the lowest x; without area its one or two ends
+    friend bool operator==(const MinimumConvexPolygon&, const MinimumConvexPolygon&) = default;
 };
 
 /// The area; none where there is no fix.

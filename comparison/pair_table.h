@@ -15,6 +15,7 @@ struct PairTotals {
     AgreementSums Agreement;
     double VolumeI = 0.0;  ///< of i in these tiles
     double VolumeJ = 0.0;
+    friend bool operator==(const PairTotals&, const PairTotals&) = default;
 };
 
 /// Sums at one percentage.
@@ -25,6 +26,7 @@ struct RangeTotals {
     PairTotals Conditional;  ///< of the densities within their own ranges; 0 unless asked for
     double JInBoth = 0.0;    ///< volume of j in the cells of both ranges; 0 unless asked for
     double IInBoth = 0.0;
+    friend bool operator==(const RangeTotals&, const RangeTotals&) = default;
 };
 
 struct PairSums {
@@ -32,6 +34,7 @@ struct PairSums {
     std::uint32_t J = 0;
     PairTotals Whole;
     std::vector<RangeTotals> Ranges;  ///< one per percentage
+    friend bool operator==(const PairSums&, const PairSums&) = default;
 };
 
 /// Volumes of one animal, added from its tiles in the way in which pairs are: equal to VolumeI and VolumeJ of a pair
@@ -52,6 +55,7 @@ std::vector<PairSums> pair_sums(const DensitySet& set, bool conditional, const s
 struct RowSums {
     std::uint32_t Row = 0;
     PairSums Sums;
+    friend bool operator==(const RowSums&, const RowSums&) = default;
 };
 
 /// The part of pair_sums that the rows of tiles from `firstRow` to before `endRow` make: a record for each pair and row

@@ -10,6 +10,7 @@ namespace wxl::comparison {
 struct RangeParts {
     std::int32_t Parts = 0;
     std::int32_t Holes = 0;
+    friend bool operator==(const RangeParts&, const RangeParts&) = default;
 };
 
 /// Counts as contours between the cells' centres would: cells of the range that share an edge are one part; those that

@@ -17,6 +17,7 @@ struct AgreementSums {
     double Shared = 0.0;    ///< the smaller of s^2 and t^2
     double Product = 0.0;   ///< s^2 t^2
     double Distance = 0.0;  ///< (s - t)^2
+    friend bool operator==(const AgreementSums&, const AgreementSums&) = default;
 };
 
 struct TileMath {

@@ -63,6 +63,7 @@ struct FittedModel {
 
     /// Root of the mean squared speed, map units per second; nothing for models without a velocity.
     std::optional<double> Speed() const;
+    friend bool operator==(const FittedModel&, const FittedModel&) = default;
 };
 
 /// Limits of an area with this effective sample size at 95 % (chi-square with 2 DOF degrees); nothing where DOF is not

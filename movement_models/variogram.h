@@ -12,6 +12,7 @@ struct VariogramPoint {
     double Lag = 0.0;           ///< mean of the pairs, seconds
     double Semivariance = 0.0;  ///< mean of (dx^2 + dy^2)/4, square map units
     double Pairs = 0.0;
+    friend bool operator==(const VariogramPoint&, const VariogramPoint&) = default;
 };
 
 /// How positions drift apart with time (Fleming et al. 2014), up to half the duration.

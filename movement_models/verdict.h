@@ -16,6 +16,7 @@ struct Verdict {
     bool Resident = false;              ///< a range was crossed often enough, and positions level off
     std::string Text;                   ///< one sentence or more
     std::vector<std::string> Warnings;  ///< the parts of it that ask for care
+    friend bool operator==(const Verdict&, const Verdict&) = default;
 };
 
 /// Why there is no model; "" where there is one. `firstConflict` says when the first two fixes stand at two places; ""

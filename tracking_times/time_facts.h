@@ -13,6 +13,7 @@ struct Quartiles {
     double Upper = 0.0;
 
     double Range() const { return Upper - Lower; }  ///< interquartile range
+    friend bool operator==(const Quartiles&, const Quartiles&) = default;
 };
 
 /// What the times of an animal's fixes tell of how it was followed.
@@ -27,6 +28,7 @@ struct TimeFacts {
     std::optional<Quartiles> Intervals;  ///< nothing for fewer than two times
 
     std::size_t Fixes() const { return WithTime + WithoutTime; }
+    friend bool operator==(const TimeFacts&, const TimeFacts&) = default;
 };
 
 /// Facts on `times` in any order, seconds since 1970-01-01 UTC, and on fixes that have none. Intervals are the

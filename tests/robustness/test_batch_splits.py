@@ -95,6 +95,19 @@ class Splits(BatchTest):
         self.check(self.numbers, SMALL + ["--adaptive", "--extent", f"ref:{reference / 'K100'}"])
 
 
+    def test_what_the_program_chose_is_told_with_units(self):
+        self.check(self.numbers, ["--id-field", "animal", "--no-gpkg"])
+        told = self.in_one_piece(self.numbers, ["--id-field", "animal", "--no-gpkg"])[0].stdout
+        self.assertRegex(told, r"100: 40 fixes, bandwidth [\d.]+ m, cells of \d+ m, 95 %: [\d.]+ km2")
+
+    def test_points_without_an_animal_are_told_in_the_methods(self):
+        layer = make_numbered_tracks(self.folder, "nameless", 3, 20, nameless=2)
+        options = ["--id-field", "animal", "--cell-size", "60", "--extent", "min", "--html"]
+        self.check(layer, options, as_json=True)
+        methods = json.loads(self.in_one_piece(layer, options, ["--json"])[0].stdout)["methods"]["text"]
+        self.assertIn("2 points without an animal's name were left out.", methods)
+
+
 class Folders(BatchTest):
     OPTIONS = SMALL + ["--extent", "min"]
 
@@ -159,6 +172,15 @@ class Folders(BatchTest):
             self.assertIn("another analysis is writing into the output folder", refused.stderr)
             self.assertEqual(wxl("batch", "run", self.out, "--task", 1).returncode, 0)
 
+    def test_names_that_are_taken_are_refused_with_the_same_advice(self):
+        self.in_one_piece(self.numbers, self.OPTIONS)
+        refused = wxl("kde", self.numbers, *self.OPTIONS, "--out", self.out)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("wxl: --overwrite replaces them", refused.stderr)
+        for road in (["kde", self.numbers, "--jobs", 2], ["batch", "plan", self.numbers]):
+            again = wxl(*road, *self.OPTIONS, "--out", self.out)
+            self.assertEqual((again.stdout, again.stderr, again.returncode), (refused.stdout, refused.stderr, 1))
+
     def test_questions_are_asked_when_it_is_planned(self):
         self.clean()
         options = SMALL + ["--bandwidth", "200", "--extent", "full:10"]
@@ -202,6 +224,21 @@ class Overlap(BatchTest):
         self.assertTrue(done.stdout.endswith(whole.stdout), done.stdout)
         again = wxl("batch", "submit", out, "--engine", "local")
         self.assertEqual((again.returncode, again.stdout), (0, ""))
+
+
+    def test_the_page_repeats_what_was_typed_for_the_plan(self):
+        out, compared = self.folder / "typed", self.folder / "compared"
+        options = ["--id-field", "animal", "--cell-size", "60", "--extent", "full:3000", "--answer", "yes"]
+        self.assertEqual(wxl("kde", self.numbers, *options, "--out", out).returncode, 0)
+        typed = ["--percent", "95,50.0", "--scaling", "1000000"]
+        self.assertEqual(wxl("overlap", out, *typed, "--out", compared).returncode, 0)
+        wanted = snapshot(compared)
+        shutil.rmtree(compared)
+        self.assertEqual(wxl("batch", "overlap", out, *typed, "--tasks", 1).returncode, 0)
+        self.assertEqual(wxl("batch", "overlap", out, "--task", 1).returncode, 0)
+        self.assertEqual(wxl("batch", "overlap", out, "--merge", "--out", compared).returncode, 0)
+        self.assertEqual(differences(wanted, snapshot(compared)), [])
+        self.assertIn(b"--percent 95,50.0 --scaling 1000000", wanted["WXL_OVERLAP_ANALYSIS.html"])
 
 
 class Ranges(unittest.TestCase):

@@ -247,11 +247,14 @@ int run_batch_plan(const BatchPlanOptions& given, Console& console) {
     refuse_read_outputs(session.Form(), session.Read());
     prepare_output(options.Run, session.Form());
     std::optional<batch::Plan> plan;
-    session.Form().HandOver([&](const analysis::PreparedRun& run) {
+    const analysis::RunOutcome planned = session.Form().HandOver([&](const analysis::PreparedRun& run) {
         plan = batch::plan_batch(session.Services(), run, plan_wishes_of(options.Run, options.Tasks));
     });
     console.EndProgress();
-    if (!plan) return exit_code::kFailed;
+    if (!plan) {
+        report_refusal(session.Form(), planned, console);
+        return exit_code::kFailed;
+    }
     report_plan(*plan, plan->Animals.size(), console);
     return exit_code::kDone;
 }

@@ -39,19 +39,13 @@ constexpr const char* kFooter =
     "  wxl batch overlap study --task 2\n"
     "  wxl batch overlap study --merge --out compared";
 
-std::string percents_text(const std::vector<double>& percents) {
-    std::string text;
-    for (const double percent : percents) text += (text.empty() ? "" : ",") + platform::NumberText(percent);
-    return text;
-}
-
 /// The options of wxl overlap that the plan stands for.
 OverlapOptions planned(const BatchOverlapOptions& options, const batch::OverlapPlan& plan) {
     OverlapOptions overlap = options.Overlap;
-    overlap.Percent = percents_text(plan.Percents);
+    overlap.Percent = plan.TypedPercents;
     overlap.Conditional = plan.Conditional;
     overlap.Normalise = plan.Normalise;
-    overlap.Scaling.clear();
+    overlap.Scaling = plan.TypedScaling;
     if (overlap_scaling(overlap) != plan.Scaling) overlap.Scaling = platform::NumberText(plan.Scaling);
     return overlap;
 }
@@ -96,19 +90,22 @@ int plan_overlap(const BatchOverlapOptions& options, const ToolSession& session,
     }
     const ComparedRanges ranges = ranges_of_folder(options.Overlap, percents, console).Ranges;
     console.EndProgress();
-    batch::OverlapPlan plan;
-    plan.Program = WXL_VERSION;
-    plan.Planned = platform::DateTimeText(session.Services().Clock->Now());
-    plan.Percents = percents;
-    plan.Conditional = options.Overlap.Conditional;
-    plan.Normalise = options.Overlap.Normalise;
-    plan.Scaling = overlap_scaling(options.Overlap);
-    plan.Grid = ranges.Densities.Grid;
+    batch::OverlapPlan plan{.Program = WXL_VERSION,
+                            .Planned = platform::DateTimeText(session.Services().Clock->Now()),
+                            .Percents = percents,
+                            .Conditional = options.Overlap.Conditional,
+                            .Normalise = options.Overlap.Normalise,
+                            .Scaling = overlap_scaling(options.Overlap),
+                            .TypedPercents = options.Overlap.Percent,
+                            .TypedScaling = options.Overlap.Scaling,
+                            .Grid = ranges.Densities.Grid,
+                            .Animals = {},
+                            .Volumes = {},
+                            .Tasks = batch::row_tasks(ranges.Densities.Grid, *options.Tasks)};
     for (const comparison::ComparedAnimal& animal : ranges.Animals) {
         plan.Animals.push_back(animal.Name);
         plan.Volumes.push_back(animal.Volume);
     }
-    plan.Tasks = batch::row_tasks(plan.Grid, *options.Tasks);
     batch::write_wish(session.Services(), stage, wish);
     batch::write_plan(session.Services(), stage, plan);
     console.Result("comparison: " + stage.Folder.string());

@@ -165,12 +165,11 @@ int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console&
     return done ? exit_code::kDone : exit_code::kFailed;
 }
 
-namespace {
-
-/// Names that are taken are refused by a box, which knows nothing of options.
 void report_refusal(kde_tool::frmKDE& form, analysis::RunOutcome outcome, Console& console) {
     if (outcome == analysis::RunOutcome::kRefused && !taken_names(form).empty()) advise_on_names(console);
 }
+
+namespace {
 
 /// The same run, computed by several processes.
 int run_in_processes(const KdeOptions& options, KdeSession& session, KdeOutput& output, Console& console) {
@@ -226,7 +225,8 @@ void register_kde(CLI::App& command, KdeOptions& options) {
 batch::PlanWishes plan_wishes_of(const KdeOptions& options, std::size_t tasks) {
     return {.Program = "wxl " WXL_VERSION,
             .Input = files::split_input(options.Points.Input, sources_of(options.Points.AllowIndirect)).first,
-            .Tasks = tasks};
+            .Tasks = tasks,
+            .ToldWhole = options.ReadyMade};
 }
 
 int run_kde(const KdeOptions& given, Console& console) {

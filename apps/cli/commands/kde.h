@@ -17,6 +17,10 @@ namespace CLI {
 class App;
 }
 
+namespace wxl::kde_tool {
+class frmKDE;
+}
+
 namespace wxl::cli {
 
 class KdeOutput;
@@ -73,6 +77,9 @@ int with_extras(int code, const analysis::SummaryTable& summary, const analysis:
 
 /// The exit code of a run. Tells of distributions that could not be computed, and of isopleths that could not be made.
 int exit_code_of(analysis::RunOutcome outcome, const KdeOutput& output, Console& console);
+
+/// Advises a run that was refused for names that are taken. Boxes know nothing of options.
+void report_refusal(kde_tool::frmKDE& form, analysis::RunOutcome outcome, Console& console);
 
 /// Completes the options, fills the analysis form, presses OK and writes what came of it.
 int run_kde(const KdeOptions& given, Console& console);

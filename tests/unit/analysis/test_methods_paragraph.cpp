@@ -105,6 +105,15 @@ TEST(MethodsParagraph, Tells_all_that_reports_of_home_ranges_are_asked_for) {
     EXPECT_EQ(names, "Bowman Crane Laver Mohr Odum Rudemo Schoener Silverman Swihart Van Winkle Worton ");
 }
 
+TEST(MethodsParagraph, One_point_without_a_name_was_left_out) {
+    const RunFrame frame = frame_of(BandwidthMethod::kHref);
+    GroupedFixes animals;
+    animals.WithoutId = 1;
+    MethodsParagraph methods(frame, animals, "WXL Tools 9.9");
+    methods.Add(record_of("1", 30, 250.0, 4e6));
+    EXPECT_THAT(methods.Text(), HasSubstr(" 1 point without an animal's name was left out. "));
+}
+
 TEST(MethodsParagraph, Cites_what_the_text_names) {
     for (const auto method : {BandwidthMethod::kLscv, BandwidthMethod::kBcv, BandwidthMethod::kHref,
                               BandwidthMethod::kManual, BandwidthMethod::kProportion, BandwidthMethod::kAdHoc}) {

@@ -4,6 +4,7 @@
 #include "batch/planner.h"
 #include "batch/task_state.h"
 #include "platform/runtime_error.h"
+#include "tests/unit/batch/equal_leaves.h"
 
 #include <filesystem>
 #include <functional>
@@ -54,6 +55,13 @@ struct PlanTest : testing::Test {
         Made.ReportHead = {"WXL KERNEL DENSITY ANALYSIS", ""};
     }
 
+    Json Written(const Plan& plan) {
+        write_plan(Files, Batch, plan);
+        Json json;
+        read_json(Files, Batch.Plan(), {}, [&](const Json& read) { json = read; });
+        return json;
+    }
+
     /// The plan as it is read after `change` was made to its JSON.
     std::string FaultAfter(const std::function<void(Json&)>& change) {
         write_plan(Files, Batch, Made);
@@ -99,6 +107,114 @@ TEST_F(PlanTest, Comes_back_as_it_was_written) {
     EXPECT_THAT(datasets_of(plan, 3),
                 ElementsAre(analysis::Dataset{analysis::DatasetKind::kRaster, "K7_b2"},
                             analysis::Dataset{analysis::DatasetKind::kPolygons, "K7_b2_iso_poly"}));
+}
+
+TEST_F(PlanTest, Every_member_comes_back) {
+    using Kind = analysis::Reach::Kind;
+    Plan full = Made;
+    full.Frame.Wanted = {.LayerName = "a",
+                         .Where = "sex = 'f'",
+                         .IdField = "animal",
+                         .SelectedOnly = true,
+                         .Rescale = true,
+                         .FixedKernel = false,
+                         .Method = analysis::BandwidthMethod::kManual,
+                         .Bandwidths = {.Text = "100, 0.30", .Values = {100.0, 0.1 + 0.2}},
+                         .Proportions = {.Text = "0.5", .Values = {0.5}},
+                         .AdHocParts = 2,
+                         .KernelReach = {.How = Kind::kBandwidths, .Text = "7", .Bandwidths = 7.0},
+                         .OutputFolder = "out",
+                         .Prefix = "K",
+                         .Cells = {.Text = "2.5", .Typed = 2.5, .Side = 2.0},
+                         .ScalingFactor = {.Text = "1000", .Value = 1e3},
+                         .Verbose = true,
+                         .Mode = analysis::ExtentMode::kReference,
+                         .Buffer = {.Text = "117", .Value = 116.55},
+                         .ReferenceName = "dem",
+                         .Isopleths = true,
+                         .Percentages = {.Text = "95,50", .Values = {95.0, 50.0}},
+                         .Lines = true,
+                         .Polygons = true,
+                         .Donuts = true,
+                         .ConvexPercentages = {.Text = "100", .Values = {100.0}},
+                         .Silent = true,
+                         .Html = true,
+                         .RasterFormat = "GTiff",
+                         .AnimalsPerSubfolder = 3,
+                         .GeoPackage = true,
+                         .AsksSearchesOnly = true};
+    full.Frame.Source = "/data/a.csv";
+    full.Frame.SourceOptions = {"--every 4h"};
+    full.Frame.TextIds = true;
+    full.Frame.Values = {100.0, 0.1 + 0.2};
+    full.Frame.LayerExtent = {.XMin = -0.1, .YMin = 0.2, .XMax = 3.0, .YMax = 4e6};
+    full.Frame.Reference = {"WGS 84", "GEOGCS[...]", "degree", 0.3048, true};
+    full.Animals = {{.Id = std::int64_t{3},
+                     .NamingId = "3",
+                     .Subfolder = "animals_1-2",
+                     .StepsBack = 5,
+                     .Times = {.WithTime = 3,
+                               .WithoutTime = 1,
+                               .First = 1525878000,
+                               .Last = 1525881600,
+                               .Days = 1.0 / 24.0,
+                               .DaysWithFix = 1,
+                               .EqualTimes = 2,
+                               .Intervals = tracking_times::Quartiles{0.5, 1800.0, 1800.25}},
+                     .Error = analysis::PositionError{.Metres = 0.1 + 0.2, .Field = "lc", .OfArgosClasses = true}}};
+    full.Tasks = {{.Work = {0, 1}, .Seconds = 1.5, .Megabytes = 2.5}};
+    full.NullGeometry = true;
+    full.WithoutId = 12;
+    full.ReportHead = {"WXL KERNEL DENSITY ANALYSIS"};
+    full.ToldWhole = true;
+
+    Plan fresh;
+    fresh.Input = {{}};
+    fresh.Frame.Values = {0.0, 0.0};
+    fresh.Frame.SourceOptions = {""};
+    fresh.Frame.LayerExtent = {};
+    fresh.Animals = {{}};
+    fresh.Animals[0].Times.Intervals = tracking_times::Quartiles();
+    fresh.Animals[0].Error = analysis::PositionError();
+    fresh.Tasks = {{.Work = {}, .Seconds = 0.0, .Megabytes = 0.0}};
+    fresh.ReportHead = {""};
+    EXPECT_THAT(equal_leaves(Written(full), Written(fresh)), ElementsAre("/format", "/estimator"));
+
+    Written(full);
+    const Plan read = read_plan(Files, Folder);
+    full.Folder = full.Frame.Folder = Folder;
+    EXPECT_EQ(static_cast<const PlanHead&>(read), static_cast<const PlanHead&>(full));
+    EXPECT_EQ(read.Frame.Wanted, full.Frame.Wanted);
+    EXPECT_EQ(read.Frame.Source, full.Frame.Source);
+    EXPECT_EQ(read.Frame.SourceOptions, full.Frame.SourceOptions);
+    EXPECT_EQ(read.Frame.TextIds, full.Frame.TextIds);
+    EXPECT_EQ(read.Frame.Values, full.Frame.Values);
+    EXPECT_EQ(read.Frame.LayerExtent, full.Frame.LayerExtent);
+    EXPECT_EQ(read.Frame.Reference, full.Frame.Reference);
+    EXPECT_EQ(read.Frame.ReferenceRaster->Name(), "dem");
+    EXPECT_EQ(read.Frame.ReferenceRaster->Geometry(), full.Frame.ReferenceRaster->Geometry());
+    EXPECT_EQ(read.Frame.Folder, Folder);
+    EXPECT_EQ(read.Animals, full.Animals);
+    EXPECT_EQ(read.NullGeometry, full.NullGeometry);
+    EXPECT_EQ(read.WithoutId, full.WithoutId);
+    EXPECT_EQ(read.ReportHead, full.ReportHead);
+    EXPECT_EQ(read.ToldWhole, full.ToldWhole);
+}
+
+TEST_F(PlanTest, The_result_of_a_task_comes_back_with_its_head) {
+    Files.Disk().AddFolder(Batch.Task(2));
+    TaskResult result;
+    static_cast<TaskHead&>(result) = {.Batch = Made.Id,
+                                      .Started = "11/20/2026 3:04:05 PM",
+                                      .Finished = "11/20/2026 3:04:06 PM",
+                                      .Seconds = 0.1 + 0.2,
+                                      .Host = "node \xFF"};
+    result.Entries.resize(1);
+    result.Entries[0].Distribution = 1;
+    write_result(Files, Batch, 2, result);
+    const TaskResult read = read_result(Files, Batch, Made, 2);
+    EXPECT_EQ(static_cast<const TaskHead&>(read), static_cast<const TaskHead&>(result));
+    EXPECT_EQ(read.Entries.size(), 1U);
 }
 
 TEST_F(PlanTest, A_folder_without_one_is_told_how_to_make_one) {

@@ -1,6 +1,7 @@
 #include "batch/json_codec.h"
 #include "batch/range_plan.h"
 #include "platform/runtime_error.h"
+#include "tests/unit/batch/equal_leaves.h"
 #include "tests/unit/kde_tool/run_fixture.h"
 
 #include <functional>
@@ -12,6 +13,7 @@ namespace wxl::batch {
 namespace {
 
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 struct RangePlanTest : kde_tool::RunTest {
     const BatchFiles Batch{"/out"};
@@ -85,6 +87,51 @@ TEST_F(RangePlanTest, Settings_animals_and_tasks_come_back) {
     EXPECT_EQ(read.Animals.Animals.at(0).Subfolder, "animals_1-1");
     EXPECT_EQ(read.Animals.Animals.at(0).FirstUnreadable, "noon");
     EXPECT_TRUE(read.Animals.Animals.at(0).Fixes.empty());
+}
+
+TEST_F(RangePlanTest, Every_member_comes_back) {
+    Wanted = {.Fields = {.Id = "animal", .Time = "Date,Time1"},
+              .Fit = {.Method = movement_models::Estimation::kMl,
+                      .Given = akde::parse_given_model("OUF:anisotropic:86400,3600")},
+              .Folder = "/out",
+              .Prefix = "K",
+              .CellSize = 0.1 + 0.2,
+              .Scaling = 1000.0,
+              .Extent = akde::RangeExtent::kFull,
+              .Buffer = 2.5,
+              .Reference = {1.5, -2.5, 30.0, 12, 7},
+              .ReferenceName = "dem",
+              .RasterFormat = "GTiff",
+              .Percentages = {90.0, 12.5},
+              .Optimal = true,
+              .Lines = true,
+              .GeoPackage = true,
+              .Html = true,
+              .AnimalsPerSubfolder = 1,
+              .Overwrite = true,
+              .LayerName = "wolves",
+              .Source = "/data/wolves.csv",
+              .SourceOptions = {"--every 4h"},
+              .Where = "sex = 'f'",
+              .SelectedOnly = true};
+    Animals.WithoutId = 12;
+    Animals.NumberTimes = true;
+    Animals.Reference = {"UTM", "PROJCS[...]", "foot", 0.3048, true};
+    Planned();
+    Json json;
+    read_json(Files, Batch.Plan(), {}, [&](const Json& read) { json = read; });
+    EXPECT_THAT(equal_leaves(json.at("settings"), Json::parse(R"({"id_field": "", "time_field": "",
+        "fit": {"method": 2, "given": [0, 0, 0.0, 0.0]}, "prefix": "", "cell_size": null, "scaling": 1000000.0,
+        "extent": 0, "buffer": null, "reference": {"origin_x": 0.0, "origin_y": 0.0, "cell_size": 0.0, "columns": 0,
+        "rows": 0}, "reference_name": "", "raster_format": "GRID", "percentages": [95.0, 50.0], "optimal": false,
+        "lines": false, "geopackage": false, "html": false, "animals_per_subfolder": 0, "overwrite": false,
+        "layer": "", "source": "", "source_options": [""], "where": "", "selected_only": false})")),
+                IsEmpty());
+
+    const RangePlan read = read_range_plan(Files, "/out");
+    EXPECT_TRUE(read.Wanted == Wanted);
+    const akde::TimedAnimals all = TimedStore(Files, read).ReadAll();
+    EXPECT_TRUE(all == Animals);
 }
 
 TEST_F(RangePlanTest, Whether_times_are_numbers_and_how_many_points_lack_an_animal_come_back) {
