@@ -94,15 +94,15 @@ std::string times(const tracking_times::TimeFacts& times) {
 }
 
 std::string facts(const PageRun& run, const AnimalRecord& record) {
-    const std::string grid = std::to_string(record.Grid.Columns) + " × " + std::to_string(record.Grid.Rows) +
-                             " cells of " + platform::NumberText(record.Grid.CellSize) + " " +
-                             XmlText(length_unit(run));
+    const std::string grid = std::to_string(record.Grid.Columns) + " × " + std::to_string(record.Grid.Rows) + " of " +
+                             platform::NumberText(record.Grid.CellSize) + " " + XmlText(length_unit(run));
     return "<dl class=\"facts\">" + fact("Fixes", std::to_string(record.SampleSize)) + times(record.Times) +
            fact("Bandwidth", bandwidth_text(run, record)) +
            fact("HREF", with_unit(analysis::href_in_map_units(record), length_unit(run))) +
            fact("Volume captured", volume_text(run, record)) + fact("Raster edge", edge_text(record)) +
            fact("Schoener index", schoener(record)) + fact("Swihart and Slade index", swihart_slade(record)) +
-           fact("Raster", "<code>" + XmlText(analysis::raster_place(record)) + "</code>, " + grid) + "</dl>\n";
+           fact("Raster", "<code>" + XmlText(analysis::raster_place(record)) + "</code>") + fact("Cells", grid) +
+           "</dl>\n";
 }
 
 /// Heads of the columns of an area: in square kilometres and in hectares, where its unit is known.

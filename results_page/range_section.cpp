@@ -194,10 +194,9 @@ std::string volume_of(const RangeRecord& record) {
     return NumberText(std::round(record.Volume * 10000.0) / 100.0) + " %";
 }
 
-std::string raster_text(const RangePageRun& run, const RangeRecord& record) {
-    return "<code>" + XmlText(record.RasterPlace()) + "</code>, " + std::to_string(record.Grid.Columns) + " × " +
-           std::to_string(record.Grid.Rows) + " cells of " + NumberText(record.Grid.CellSize) + " " +
-           XmlText(length_unit(run.Units));
+std::string cells_text(const RangePageRun& run, const RangeRecord& record) {
+    return std::to_string(record.Grid.Columns) + " × " + std::to_string(record.Grid.Rows) + " of " +
+           NumberText(record.Grid.CellSize) + " " + XmlText(length_unit(run.Units));
 }
 
 std::string facts(const RangePageRun& run, const RangeRecord& record) {
@@ -219,7 +218,8 @@ std::string facts(const RangePageRun& run, const RangeRecord& record) {
            fact("Kernel (standard deviations)", kernel_text(run, record)) +
            fact("Correction of areas", "÷ " + ShortNumber(record.Bias, kDigits)) +
            fact("Weights", weights_text(run, record)) + fact("Volume captured", volume_of(record)) +
-           fact("Raster", raster_text(run, record)) + "</dl>\n";
+           fact("Raster", "<code>" + XmlText(record.RasterPlace()) + "</code>") +
+           fact("Cells", cells_text(run, record)) + "</dl>\n";
 }
 
 std::string model_row(const RangePageRun& run, const RangeRecord& record, const FittedModel& model) {

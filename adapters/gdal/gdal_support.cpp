@@ -149,12 +149,22 @@ bool CloseChecked(GdalDatasetPtr dataset, const GdalErrors& errors) {
     return !errors.Failed();
 }
 
+namespace {
+
+/// What no code and no text stands for; another fault where PROJ can look up none at all.
+[[noreturn]] void raise_unknown_system(const std::string& text) {
+    if (OGRSpatialReference().importFromEPSG(4326) == OGRERR_NONE)
+        platform::Raise(error_number::kInvalidCall, "Not a coordinate system: " + text);
+    platform::Raise(error_number::kDeviceIo, std::string("coordinate systems cannot be looked up: ") + kNoProjDatabase);
+}
+
+}  // namespace
+
 OGRSpatialReference ToOgr(const platform::SpatialReference& reference) {
     OGRSpatialReference result;
     if (!reference.Wkt.empty()) {
         const GdalErrors errors;
-        if (result.importFromWkt(reference.Wkt.c_str()) != OGRERR_NONE)
-            platform::Raise(error_number::kInvalidCall, "Not a coordinate system: " + reference.Wkt);
+        if (result.importFromWkt(reference.Wkt.c_str()) != OGRERR_NONE) raise_unknown_system(reference.Wkt);
     }
     result.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
     return result;
@@ -182,7 +192,7 @@ platform::SpatialReference ReferenceFromText(const std::string& text) {
     OGRSpatialReference reference;
     const std::array<const char*, 2> options = {"ALLOW_NETWORK_ACCESS=NO", nullptr};
     if (text.empty() || reference.SetFromUserInput(text.c_str(), options.data()) != OGRERR_NONE)
-        platform::Raise(error_number::kInvalidCall, "Not a coordinate system: " + text);
+        raise_unknown_system(text);
     return FromOgr(&reference);
 }
 

@@ -72,7 +72,7 @@ OGRSpatialReference ToOgr(const platform::SpatialReference& reference);
 platform::SpatialReference FromOgr(const OGRSpatialReference* reference);
 
 /// A coordinate system from "EPSG:26915", a well-known text, a PROJ text or a file that holds one. RuntimeError 5 when
-/// it means nothing.
+/// it means nothing, 57 when PROJ lacks its database.
 platform::SpatialReference ReferenceFromText(const std::string& text);
 
 /// Whether x and y of a coordinate system tell where something is on the ground: not in one of heights alone, nor in

@@ -7,8 +7,9 @@ namespace wxl::files {
 namespace {
 
 /// What a message holds, and what is told then.
-constexpr std::array<std::pair<std::string_view, const char*>, 5> kSentences = {
-    {{"not recognized as", "unknown format"},
+constexpr std::array<std::pair<std::string_view, const char*>, 6> kSentences = {
+    {{"proj.db", kNoProjDatabase},
+     {"not recognized as", "unknown format"},
      {"disk image is malformed", "the database is damaged"},
      {"file is not a database", "the file is no database, or a damaged one"},
      {"failed to prepare SQL", "a name in it is no field, or its words make no condition"},

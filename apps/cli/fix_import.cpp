@@ -61,7 +61,8 @@ SpatialReference reference_of(const std::string& text, const std::string& option
     SpatialReference reference;
     try {
         reference = files::ReferenceFromText(text);
-    } catch (const platform::RuntimeError&) {
+    } catch (const platform::RuntimeError& fault) {
+        if (fault.Number != platform::error_number::kInvalidCall) throw;
         throw WrongCall(fmt::format("{} {}: there is no such coordinate system", option, text));
     }
     if (!files::has_places(reference))

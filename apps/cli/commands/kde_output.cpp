@@ -203,7 +203,8 @@ std::string KdeOutput::AreaText(double area) const {
 /// "oyster 7: 2914 fixes, 61.9 days, bandwidth 123.4 m, cells of 10 m, 95 %: 12.34 km2, 50 %: 85.2 ha"
 std::string KdeOutput::WholeText(const AnimalRecord& record) const {
     std::string text = fmt::format("{}: {}", platform::ValueText(record.Id), analysis::fixes_text(record.SampleSize));
-    if (record.Times.First) text += fmt::format(", {} days", short_number(record.Times.Days));
+    if (record.Times.First)
+        text += fmt::format(", {} day{}", short_number(record.Times.Days), record.Times.Days == 1.0 ? "" : "s");
     if (record.Status != 0)
         return text + fmt::format(": failed (code {}: {})", record.Status, analysis::failure_reason(record));
     const std::string unit = unit_text(*m_whole);

@@ -489,7 +489,7 @@ TEST_F(KdeAlone, A_table_becomes_ranges_and_a_page_in_one_line) {
     const Ran ran = run_wxl({"kde", "wolves.csv", "--id", "wolf"});
     ASSERT_EQ(ran.Code, 0) << ran.Err;
     const std::string folder = (Folder.Path() / "wolves_ranges").string();
-    EXPECT_THAT(ran.Out, testing::MatchesRegex("Anna: 4 fixes, 1 days, bandwidth 42\\.[0-9]+ m, cells of 5 m, "
+    EXPECT_THAT(ran.Out, testing::MatchesRegex("Anna: 4 fixes, 1 day, bandwidth 42\\.[0-9]+ m, cells of 5 m, "
                                                "95 %: [0-9.]+ ha, 50 %: [0-9.]+ ha\n"
                                                "Ben: 4 fixes, 2\\.5 days, bandwidth 85\\.[0-9]+ m, cells of 10 m, "
                                                "95 %: [0-9.]+ ha, 50 %: [0-9.]+ ha\n"

@@ -19,6 +19,15 @@ TEST(PlainWords, Statements_functions_and_sketches_of_parsers_are_left_out) {
         "syntax error, unexpected '='");
 }
 
+TEST(PlainWords, A_missing_or_foreign_database_of_coordinate_systems_names_its_variables) {
+    const std::string told =
+        "there is no proj.db of this PROJ; unset PROJ_DATA and PROJ_LIB, or set them to the folder that holds it";
+    EXPECT_EQ(plain_words("PROJ: proj_identify: Cannot find proj.db"), told);
+    EXPECT_EQ(plain_words("PROJ: proj_create_from_database: /opt/proj.db contains DATABASE.LAYOUT.VERSION.MINOR = 0 "
+                          "whereas a number >= 2 is expected. It comes from another PROJ installation."),
+              told);
+}
+
 TEST(PlainWords, Other_sentences_stay) {
     EXPECT_EQ(plain_words("\"nofield\" not recognised as an available field."),
               "\"nofield\" not recognised as an available field.");
