@@ -9,6 +9,9 @@ namespace wxl::movement_models {
 
 namespace {
 
+/// Nearer scales than this share of the longer are equal.
+constexpr double kEqualScales = 1e-4;
+
 /// Sum of logarithms by few logarithms: the product is taken as long as it stays a normal number.
 class LogSum {
 public:
@@ -199,6 +202,7 @@ FilterSums<double> filter(const Track& track, const Autocorrelation& model) {
         case ModelKind::kOuf:
             break;
     }
+    if (tau1 - tau2 < kEqualScales * tau1) return velocity_sums(track, StepModel<double>(tau1));
     return velocity_sums(track, StepModel<double>(tau1, tau2));
 }
 

@@ -25,7 +25,7 @@ struct FilterSums {
     T Determinant() const { return XX * YY - XY * XY; }
 };
 
-/// Sums at the model's time scales.
+/// Sums at the model's time scales. OUF whose scales differ by less than 1e-4 of the longer is taken for OUf.
 /// The track has at least one fix.
 FilterSums<double> filter(const Track& track, const Autocorrelation& model);
 
