@@ -129,6 +129,16 @@ public:
         }
     }
 
+    /// Whether this fit is better than all nested models and yet has no optimum: the restricted criterion may go on
+    /// falling with ever longer time scales.
+    bool IsEndless(const FittedModel& fit) const {
+        return std::any_of(m_endless.begin(), m_endless.end(), [&](const FittedModel& endless) {
+            return endless.Model.Kind == fit.Model.Kind && endless.Shape == fit.Shape;
+        });
+    }
+
+    bool HasEndless() const { return !m_endless.empty(); }
+
 private:
     Criterion SearchCriterion() const { return m_asked == Estimation::kReml ? Criterion::kReml : Criterion::kMl; }
 
@@ -139,11 +149,14 @@ private:
     /// False, with the status set, where the model has no optimum of its own.
     bool Search(const ScaleGrid& grid, FittedModel& fit) {
         std::optional<Optimum> best;
-        for (const TimeScales& start : grid.Starts(fit.Shape, SearchCriterion())) {
+        const std::vector<TimeScales> starts = grid.Starts(fit.Shape, SearchCriterion());
+        for (const TimeScales& start : starts) {
             const auto found = minimum_from(m_track, fit.Model.Kind, fit.Shape, SearchCriterion(), start, m_tick);
             if (found && (!best || found->Penalty < best->Penalty)) best = found;
         }
         const Nested nested = BestNested(fit);
+        if (!best && m_asked == Estimation::kReml && !starts.empty())
+            NoteIfEndless(fit, PenaltyOf({fit.Model.Kind, starts.front()}, fit.Shape), nested);
         // p is -l without constants.
         if (!best || !(best->Penalty < nested.Penalty - kLeastGain)) {
             fit.Status = FitStatus::kCollapsed;
@@ -159,6 +172,12 @@ private:
         ModelKind Kind = ModelKind::kIid;
         double Penalty = std::numeric_limits<double>::infinity();
     };
+
+    void NoteIfEndless(const FittedModel& fit, double lowest, const Nested& nested) {
+        if (!(lowest < nested.Penalty - kLeastGain)) return;
+        m_endless.push_back(fit);
+        Remember(fit, lowest);
+    }
 
     Nested BestNested(const FittedModel& fit) const {
         const auto& fitted = m_fitted.at(static_cast<std::size_t>(fit.Shape));
@@ -185,6 +204,7 @@ private:
     std::function<void()> m_tick;
     double m_done = 0.0;
     std::array<std::vector<Nested>, 2> m_fitted;  ///< by shape
+    std::vector<FittedModel> m_endless;
 };
 
 bool is_better(const FittedModel& a, const FittedModel& b) {
@@ -243,6 +263,11 @@ const FittedModel* ModelChoice::Chosen() const {
     return std::isfinite(Models.front().Aicc) ? &Models.front() : nullptr;
 }
 
+const FittedModel& ModelChoice::Of(ModelKind kind, RangeShape shape) const {
+    return *std::find_if(Models.begin(), Models.end(),
+                         [&](const FittedModel& model) { return model.Model.Kind == kind && model.Shape == shape; });
+}
+
 ModelChoice choose_model(const Track& track, Estimation asked, bool onALine,
                          const std::function<void(double)>& progress) {
     std::vector<RangeShape> shapes{RangeShape::kIsotropic};
@@ -254,6 +279,11 @@ ModelChoice choose_model(const Track& track, Estimation asked, bool onALine,
         if (onALine)
             choice.Models.push_back(
                 {.Model = {kind, {}}, .Shape = RangeShape::kAnisotropic, .Status = FitStatus::kOnALine});
+    }
+    if (fits.HasEndless()) {
+        const ModelChoice perturbed = choose_model(track, Estimation::kPhreml, onALine);
+        for (FittedModel& fit : choice.Models)
+            if (fits.IsEndless(fit)) fit = perturbed.Of(fit.Model.Kind, fit.Shape);
     }
     order_by_aicc(choice.Models);
     return choice;

@@ -74,10 +74,12 @@ std::optional<Interval> area_interval(double area, double dof);
 struct ModelChoice {
     std::vector<FittedModel> Models;
     const FittedModel* Chosen() const;  ///< the best with a finite AICc; null when there is none
+    const FittedModel& Of(ModelKind kind, RangeShape shape) const;  ///< of a choice that was made
 };
 
 /// Fits all eight models. The track has three fixes or more at more than one place.
-/// @param asked kMl, kReml or kPhreml; where the latter is not defined it falls back to HREML, then ML
+/// @param asked kMl, kReml or kPhreml; where the restricted likelihood of a model grows with its time scales without
+///   end, kReml falls back to pHREML, and where that is not defined to HREML, then ML
 /// @param onALine whether anisotropic models are out
 /// @param progress told the share of the work done, 0 to 1
 ModelChoice choose_model(const Track& track, Estimation asked, bool onALine,
