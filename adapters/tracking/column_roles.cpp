@@ -50,6 +50,11 @@ std::vector<std::size_t> columns_read(const Layout& layout) {
     for (const auto& column :
          {layout.Id, layout.Position.Zone, layout.Position.EastOrWest, layout.Position.NorthOrSouth})
         if (column) read.push_back(*column);
+    for (const auto& parts : {layout.Position.PartsOfX, layout.Position.PartsOfY}) {
+        if (!parts) continue;
+        read.push_back(parts->Minutes);
+        if (parts->Seconds) read.push_back(*parts->Seconds);
+    }
     if (layout.Time) read.insert(read.end(), layout.Time->Columns.begin(), layout.Time->Columns.end());
     return read;
 }

@@ -21,15 +21,23 @@ struct WantedColumns {
     bool ArgosClass = false;
 };
 
+/// Columns of the minutes and seconds beside whole degrees.
+struct DegreeParts {
+    std::size_t Minutes = 0;
+    std::optional<std::size_t> Seconds;
+};
+
 /// What the columns of a position hold, as far as their names tell.
 enum class PositionUnit { kUnknown, kDegrees, kLengths };
 
 struct PositionColumns {
     std::size_t X = 0;
-    std::size_t Y = 0;               ///< X: one column holds both coordinates
-    std::optional<PairOrder> Order;  ///< in that column, where its cells do not tell it
-    double PerDegree = 1.0;          ///< 1e7: whole numbers of ten-millionths of a degree
-    bool IsOfReceiver = false;       ///< degrees and minutes in one number (degrees_of_receiver)
+    std::size_t Y = 0;                    ///< X: one column holds both coordinates
+    std::optional<PairOrder> Order;       ///< in that column, where its cells do not tell it
+    double PerDegree = 1.0;               ///< 1e7: whole numbers of ten-millionths of a degree
+    bool IsOfReceiver = false;            ///< degrees and minutes in one number (degrees_of_receiver)
+    std::optional<DegreeParts> PartsOfX;  ///< X has whole degrees; both or neither
+    std::optional<DegreeParts> PartsOfY;
     PositionUnit Unit = PositionUnit::kUnknown;
     std::optional<std::size_t> Zone;        ///< UTM zones, row by row
     std::optional<std::size_t> EastOrWest;  ///< letters of hemispheres
@@ -58,8 +66,9 @@ struct TimeColumns {
     bool ByContent = false;
     bool IsNumber = false;        ///< seconds, days: one column of numbers
     std::size_t ClockDigits = 0;  ///< 4 or 6: the second column is a time of day whose leading zeros may be lost
-    std::optional<std::size_t> NamedZone = {};  ///< a column that names zones, which the times do not heed
-    bool EndsWithZone = false;                  ///< the last column is the offset of the row's clock from UTC
+    std::optional<std::size_t> NamedZone = {};    ///< a column that names zones, which the times do not heed
+    std::optional<std::size_t> UnusedClock = {};  ///< a column named like a time of day, beside dates alone
+    bool EndsWithZone = false;                    ///< the last column is the offset of the row's clock from UTC
 };
 
 /// Where the cells of a row stand.

@@ -111,6 +111,8 @@ void FileRows::ReadAll(const std::string& animal, const std::function<void(std::
 void FileRows::TellNumbers(std::size_t firstFix) {
     FileFacts& facts = Facts();
     facts.Numbers = m_format.Kind;
+    constexpr std::size_t kDecimalsOfSeconds = 5;
+    if (m_decimals > 0 && m_decimals < kDecimalsOfSeconds) facts.DecimalsOfDays = m_decimals;
     for (const TrackingFix& fix : std::span(m_owner->Fixes).subspan(firstFix)) {
         if (m_format.Kind == TimeKind::kCalendar) return;
         if (!fix.HasTime()) continue;
@@ -186,6 +188,8 @@ void FileRows::FindColumns() {
     wanted.NoId = wanted.NoId || (!m_options->Animal.empty() && wanted.Id.empty());
     m_layout = find_layout(m_header, m_profiles, wanted, fmt::format("{}, line {}", m_reader.Name(), m_headerLine));
     m_lastRole = std::max(m_layout.Position.X, m_layout.Position.Y);
+    for (const auto& parts : {m_layout.Position.PartsOfX, m_layout.Position.PartsOfY})
+        if (parts) m_lastRole = std::max({m_lastRole, parts->Minutes, parts->Seconds.value_or(0)});
     if (m_layout.Id) m_lastRole = std::max(m_lastRole, *m_layout.Id);
     if (m_layout.Time)
         for (const std::size_t column : m_layout.Time->Columns) m_lastRole = std::max(m_lastRole, column);
@@ -233,6 +237,8 @@ void FileRows::TellColumns() {
     }
     facts.PerDegree = position.PerDegree;
     facts.PartsByContent = position.PartsByContent;
+    if (position.PartsOfX) facts.MinutesOfX = m_header[position.PartsOfX->Minutes];
+    if (position.PartsOfY) facts.MinutesOfY = m_header[position.PartsOfY->Minutes];
     facts.IsOfReceiver = position.IsOfReceiver;
     facts.PositionByContent = position.ByContent;
     facts.NamedLengths = position.Unit == PositionUnit::kLengths;
@@ -244,6 +250,7 @@ void FileRows::TellColumns() {
     facts.TimeByContent = m_layout.Time->ByContent;
     facts.TimeIsLocal = m_layout.Time->IsLocal && !m_layout.Time->IsUtc;
     facts.TimeIsUtc = m_layout.Time->IsUtc;
+    if (m_layout.Time->UnusedClock) facts.UnusedClock = m_header[*m_layout.Time->UnusedClock];
     if (m_layout.Time->NamedZone) facts.ZoneOfClock = m_header[*m_layout.Time->NamedZone];
 }
 
@@ -252,6 +259,11 @@ void FileRows::FindOthers() {
     std::vector<bool> taken(m_header.size(), false);
     taken[m_layout.Position.X] = true;
     taken[m_layout.Position.Y] = true;
+    for (const auto& parts : {m_layout.Position.PartsOfX, m_layout.Position.PartsOfY}) {
+        if (!parts) continue;
+        taken[parts->Minutes] = true;
+        if (parts->Seconds) taken[*parts->Seconds] = true;
+    }
     if (m_layout.Id) taken[*m_layout.Id] = true;
     if (m_layout.Time)
         for (const std::size_t column : m_layout.Time->Columns) taken[column] = true;
@@ -408,12 +420,7 @@ bool FileRows::TakePair(TrackingFix& fix) {
 bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
     const std::string_view cell = Cell(column);
     const auto coordinate = coordinate_from_text(cell);
-    if (!coordinate) {
-        LeaveUnreadable(Reason::kPosition, column,
-                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
-                                    shown(cell), m_header[column]));
-        return false;
-    }
+    if (!coordinate) return LeaveCoordinate(column);
     if (isX ? coordinate->IsLatitude() : coordinate->IsLongitude()) {
         LeaveUnreadable(Reason::kPosition, column,
                         fmt::format("\"{}\" in column \"{}\" is no {}; name the columns by --x and --y", shown(cell),
@@ -422,21 +429,37 @@ bool FileRows::TakeCoordinate(std::size_t column, bool isX, double& value) {
     }
     // A degree among parts of degrees is no part.
     const bool isDegree = std::abs(coordinate->Value) <= 360.0 && coordinate->Value != std::floor(coordinate->Value);
-    if (m_layout.Position.PerDegree != 1.0 && isDegree) {
-        LeaveUnreadable(Reason::kPosition, column,
-                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
-                                    shown(cell), m_header[column]));
-        return false;
-    }
+    if (m_layout.Position.PerDegree != 1.0 && isDegree) return LeaveCoordinate(column);
     value = coordinate->Value / m_layout.Position.PerDegree;
+    const auto& parts = isX ? m_layout.Position.PartsOfX : m_layout.Position.PartsOfY;
+    if (parts) return TakeParts(*parts, value);
     if (!m_layout.Position.IsOfReceiver) return true;
     const auto degrees = degrees_of_receiver(value);
-    if (!degrees)
-        LeaveUnreadable(Reason::kPosition, column,
-                        fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
-                                    shown(cell), m_header[column]));
-    value = degrees.value_or(0.0);
-    return degrees.has_value();
+    if (!degrees) return LeaveCoordinate(column);
+    value = *degrees;
+    return true;
+}
+
+/// Adds minutes and seconds; empty cells are 0.
+bool FileRows::TakeParts(const DegreeParts& parts, double& degrees) {
+    if (degrees != std::floor(degrees)) return true;
+    double unit = 60.0;
+    for (const auto& column : {std::optional(parts.Minutes), parts.Seconds}) {
+        if (!column || is_missing(Cell(*column))) continue;
+        const auto number = number_from_text(Cell(*column));
+        if (!number || *number < 0.0 || *number >= 60.0) return LeaveCoordinate(*column);
+        degrees += std::copysign(*number / unit, degrees);
+        unit *= 60.0;
+    }
+    return true;
+}
+
+/// Leaves out the row for a cell that is no coordinate; false.
+bool FileRows::LeaveCoordinate(std::size_t column) {
+    LeaveUnreadable(Reason::kPosition, column,
+                    fmt::format("\"{}\" in column \"{}\" is not a coordinate; correct it, or empty the cell",
+                                shown(Cell(column)), m_header[column]));
+    return false;
 }
 
 /// Whether another column says that there was no position.
@@ -493,6 +516,10 @@ bool FileRows::TakeTime(TrackingFix& fix) {
         return false;
     }
     if (time->Seconds % 86400 == 0) ++Facts().Midnights;
+    if (m_format.Kind == TimeKind::kSheetDays && time->Seconds % 60 != 0) {
+        const std::size_t mark = text.find_first_of(".,");
+        if (mark != std::string_view::npos) m_decimals = std::max(m_decimals, text.size() - mark - 1);
+    }
     fix.Seconds = time->Seconds;
     if (time->IsUtc || !m_options->Zone || m_layout.Time->IsUtc) return true;
     const UtcTime utc = m_options->Zone->ToUtc(time->Seconds);
@@ -557,9 +584,26 @@ TimeKind FileRows::KindOfNumbers() {
     // Days of a modified Julian date look like days of a spreadsheet of forty years later.
     const bool isOther = bare_name(m_header[time.Columns.front()], true).find("julian") != std::string::npos ||
                          bare_name(m_header[time.Columns.front()], true).find("mjd") != std::string::npos;
-    if (kind && !isOther) return *kind;
+    if (kind && !isOther) {
+        RefuseRounded(profile);
+        return *kind;
+    }
     if (profile.Numbers() > 0.9 && time.Columns.size() == 1) RefuseNumbers();
     return TimeKind::kCalendar;
+}
+
+/// Stops where a spreadsheet rounded most of the numbers, and seconds are lost.
+void FileRows::RefuseRounded(const ColumnProfile& profile) const {
+    const auto& cells = profile.Values();
+    const auto rounded = std::ranges::count_if(cells, [](const std::string& cell) { return is_rounded(cell); });
+    if (static_cast<std::size_t>(rounded) * 2 <= cells.size()) return;
+    platform::Raise(
+        platform::error_number::kTypeMismatch,
+        fmt::format(
+            "{}: the times in column \"{}\" are numbers that were rounded when the table was saved, like \"{}\"; "
+            "save it with all digits, or import without times by --no-time",
+            m_reader.Name(), m_header[m_layout.Time->Columns.front()],
+            shown(*std::ranges::find_if(cells, [](const std::string& cell) { return is_rounded(cell); }))));
 }
 
 /// Stops at numbers that are no times, such as seconds since a start.

@@ -37,6 +37,7 @@ private:
     void FindOthers();
     void DecideTimes();
     TimeKind KindOfNumbers();
+    void RefuseRounded(const ColumnProfile& profile) const;
     [[noreturn]] void RefuseNumbers();
     void TellNumbers(std::size_t firstFix);
     void DecideOrder();
@@ -50,6 +51,8 @@ private:
     bool TakePosition(TrackingFix& fix);
     bool TakePair(TrackingFix& fix);
     bool TakeCoordinate(std::size_t column, bool isX, double& value);
+    bool TakeParts(const DegreeParts& parts, double& degrees);
+    bool LeaveCoordinate(std::size_t column);
     bool TakeTime(TrackingFix& fix);
     bool TakeAnimal(TrackingFix& fix);
     bool PassesFilters();
@@ -77,6 +80,7 @@ private:
     std::size_t m_lastRole = 0;  ///< last column that must be there
     Layout m_layout;
     TimeFormat m_format;
+    std::size_t m_decimals = 0;  ///< most of a day number that is no whole minute
     PositionUnit m_unit = PositionUnit::kUnknown;
     DataStart m_dataStart;
     std::int64_t m_headerLine = 1;

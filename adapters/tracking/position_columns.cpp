@@ -22,7 +22,7 @@ struct Words {
     bool Within;  ///< also as a part of a name
 };
 
-constexpr std::array<Words, 53> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
+constexpr std::array<Words, 59> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
                                            {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
                                            {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
                                            {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
@@ -50,6 +50,12 @@ constexpr std::array<Words, 53> kWords = {{{"locationlong", "locationlat", Posit
                                            {"經度", "緯度", PositionUnit::kDegrees, 92, true},
                                            {"経度", "緯度", PositionUnit::kDegrees, 92, true},
                                            {"경도", "위도", PositionUnit::kDegrees, 92, true},
+                                           {"東経", "北緯", PositionUnit::kDegrees, 92, true},
+                                           {"东经", "北纬", PositionUnit::kDegrees, 92, true},
+                                           {"東經", "北緯", PositionUnit::kDegrees, 92, true},
+                                           {"동경", "북위", PositionUnit::kDegrees, 92, true},
+                                           {"dlgeogr", "szergeogr", PositionUnit::kDegrees, 92, true},
+                                           {"geogrl", "geogrb", PositionUnit::kDegrees, 90, false},
                                            {"boylam", "enlem", PositionUnit::kDegrees, 92, true},
                                            {"dolzina", "sirina", PositionUnit::kDegrees, 92, true},
                                            {"duzina", "sirina", PositionUnit::kDegrees, 92, true},
@@ -426,6 +432,74 @@ bool are_ten_millionths(const std::vector<ColumnProfile>& profiles, const Positi
            (mostly_within(y, 9e7, 90.0 * kPerDegree) || mostly_within(x, 3.6e8, 360.0 * kPerDegree));
 }
 
+constexpr std::array<std::string_view, 8> kDegreeWords = {"degrees", "degree", "grados", "grader",
+                                                          "grade",   "grad",   "deg",    "d"};
+constexpr std::array<std::string_view, 8> kMinuteWords = {"minutes", "minute", "minutos", "minuten",
+                                                          "minuter", "minuti", "min",     "m"};
+constexpr std::array<std::string_view, 8> kSecondWords = {"seconds",  "second", "segundos", "sekunden",
+                                                          "sekunder", "sec",    "sek",      "s"};
+
+/// A name without the word for degrees, minutes or seconds at its end.
+std::string without_part(const std::string& name) {
+    for (const auto& words : {kDegreeWords, kMinuteWords, kSecondWords})
+        for (const std::string_view word : words)
+            if (name.size() > word.size() + 2 && name.ends_with(word)) return name.substr(0, name.size() - word.size());
+    return name;
+}
+
+std::optional<std::size_t> part_named(const ColumnHeader& header, const std::string& stem,
+                                      std::span<const std::string_view> words) {
+    for (const std::string_view word : words)
+        if (const auto found = header.FindBare(stem + std::string(word))) return found;
+    return std::nullopt;
+}
+
+struct PartedColumn {
+    std::size_t Degrees;
+    DegreeParts Parts;
+};
+
+/// Whole degrees, minutes below 60, and perhaps seconds below 60, in columns of one name but for its end.
+std::optional<PartedColumn> parted_column(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                                          std::size_t column) {
+    const std::string stem = without_part(header.Bare(column));
+    auto degrees = part_named(header, stem, kDegreeWords);
+    if (!degrees) degrees = header.FindBare(stem);
+    const auto minutes = part_named(header, stem, kMinuteWords);
+    const auto is_part = [&](std::size_t part) {
+        const auto& cells = profiles[part].Values();
+        const auto count = std::ranges::count_if(cells, [](const std::string& cell) {
+            const auto value = coordinate_from_text(cell);
+            return value && value->Value >= 0.0 && value->Value < 60.0;
+        });
+        return !cells.empty() && static_cast<std::size_t>(count) * 5 >= cells.size() * 4;
+    };
+    if (!degrees || !minutes || profiles[*degrees].Integers() < 0.9 || !is_part(*minutes)) return std::nullopt;
+    auto seconds = part_named(header, stem, kSecondWords);
+    if (seconds && !is_part(*seconds)) seconds.reset();
+    return PartedColumn{*degrees, {*minutes, seconds}};
+}
+
+/// Degrees, minutes and seconds in columns of their own.
+void find_parts(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, PositionColumns& columns) {
+    if (columns.Unit == PositionUnit::kLengths) return;
+    const auto x = parted_column(header, profiles, columns.X);
+    const auto y = parted_column(header, profiles, columns.Y);
+    if (!x || !y) return;
+    columns.X = x->Degrees;
+    columns.Y = y->Degrees;
+    columns.PartsOfX = x->Parts;
+    columns.PartsOfY = y->Parts;
+}
+
+void refuse_radians(const ColumnHeader& header, const PositionColumns& columns) {
+    const std::string& name = header.BareAll(columns.X);
+    if (name.find("radian") == std::string::npos && (!name.ends_with("rad") || name.ends_with("grad"))) return;
+    header.Refuse(
+        fmt::format("the columns \"{}\" and \"{}\" are in radians; turn them into degrees (times 57.29577951)",
+                    header.Name(columns.X), header.Name(columns.Y)));
+}
+
 bool names_direction(const std::string& all, std::string_view letter, std::string_view word) {
     const auto starts = {"lon", "long", "longitude", "lat", "latitude"};
     return std::ranges::any_of(starts, [&](std::string_view start) {
@@ -463,8 +537,10 @@ PositionColumns find_position(const ColumnHeader& header, const std::vector<Colu
         columns.Unit = found->Unit;
     }
     if (columns.Unit != PositionUnit::kDegrees) columns.Zone = header.FindFirst(kZones);
+    find_parts(header, profiles, columns);
     find_hemispheres(header, profiles, columns);
     settle_letter_o(header, profiles, columns);
+    refuse_radians(header, columns);
     columns.PerDegree = per_degree(header, columns.X, profiles[columns.X]);
     if (columns.PerDegree != per_degree(header, columns.Y, profiles[columns.Y])) columns.PerDegree = 1.0;
     if (columns.PerDegree == 1.0 && are_ten_millionths(profiles, columns)) {

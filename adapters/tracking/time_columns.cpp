@@ -1,11 +1,15 @@
 #include "adapters/tracking/time_columns.h"
 
 #include "adapters/tracking/cell_text.h"
+#include "adapters/tracking/number_text.h"
 #include "adapters/tracking/time_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <fmt/format.h>
+#include <utility>
 
 namespace wxl::tracking {
 
@@ -191,6 +195,11 @@ bool are_numbers(const std::vector<ColumnProfile>& profiles, std::optional<std::
     return column && profiles[*column].Whole() > 0.9;
 }
 
+/// 14.75 for 14:45.
+bool are_decimal_hours(const ColumnProfile& profile) {
+    return profile.Numbers() > 0.9 && profile.Whole() <= 0.9 && profile.Min() >= 0.0 && profile.Max() <= 24.0;
+}
+
 /// The minute beside a month: MM and mm are the same without their case.
 std::optional<std::size_t> minute_column(const ColumnHeader& header, std::optional<std::size_t> month) {
     const auto minute = header.FindFirst(kMinute);
@@ -220,7 +229,9 @@ std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std:
     const auto hour = header.FindFirst(kHour);
     const auto minute = minute_column(header, month);
     const auto ofDay = header.FindFirst(kTimeOfDay);
-    if (are_numbers(profiles, hour)) {
+    if (hour && are_decimal_hours(profiles[*hour])) {
+        columns.Columns.push_back(*hour);
+    } else if (are_numbers(profiles, hour)) {
         columns.Columns.push_back(*hour);
         if (minute) columns.Columns.push_back(*minute);
         if (const auto second = header.FindFirst(kSecond); second && minute) columns.Columns.push_back(*second);
@@ -237,9 +248,12 @@ void add_hour(TimeColumns& columns, const ColumnHeader& header, const std::vecto
     };
     const auto hour = header.FindFirst(kHour);
     const ColumnProfile& date = profiles[columns.Columns.front()];
-    if (date.Dates() < 0.5 || !is_part(hour, 24.0) || *hour == columns.Columns.front()) return;
+    if (date.Dates() < 0.5 || !hour || *hour == columns.Columns.front()) return;
+    const bool isDecimal = are_decimal_hours(profiles[*hour]);
+    if (!isDecimal && !is_part(hour, 24.0)) return;
     columns.How = TimeColumns::Style::kDateAndHour;
     columns.Columns.push_back(*hour);
+    if (isDecimal) return;
     const auto minute = header.FindFirst(kMinute);
     if (!is_part(minute, 59.0)) return;
     columns.Columns.push_back(*minute);
@@ -306,6 +320,35 @@ void judge_name(TimeColumns& columns, const ColumnHeader& header) {
     columns.IsLocal = has_any(names, kLocalWords);
 }
 
+bool is_whole_within(const ColumnProfile& profile, double least, double most) {
+    return profile.Whole() > 0.9 && profile.Min() >= least && profile.Max() <= most;
+}
+
+/// Year, month and day, or year and day of the year, that the user named in columns of their own; day and month before
+/// the year only where their values or names tell them apart.
+void settle_parts(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles, TimeColumns& columns) {
+    auto& named = columns.Columns;
+    const auto within = [&](std::size_t at, double least, double most) {
+        return at < named.size() && is_whole_within(profiles[named[at]], least, most);
+    };
+    const auto is_called = [&](std::size_t at, std::span<const std::string_view> words) {
+        return std::ranges::find(words, header.Bare(named[at])) != words.end();
+    };
+    if (within(0, 1800, 2100)) {
+        const bool hasMonth = within(1, 1, 12) && within(2, 1, 31);
+        if (hasMonth) columns.How = TimeColumns::Style::kYearMonthDay;
+        if (!hasMonth && within(1, 1, 366)) columns.How = TimeColumns::Style::kYearAndDay;
+        return;
+    }
+    if (!within(2, 1800, 2100) || !within(0, 1, 31) || !within(1, 1, 31)) return;
+    const bool dayFirst = !within(0, 1, 12) || is_called(0, kDay) || is_called(1, kMonth);
+    const bool monthFirst = !within(1, 1, 12) || is_called(0, kMonth) || is_called(1, kDay);
+    if (dayFirst == monthFirst) return;
+    columns.How = TimeColumns::Style::kYearMonthDay;
+    std::swap(named[0], named[2]);
+    if (monthFirst) std::swap(named[1], named[2]);
+}
+
 TimeColumns columns_named_by_user(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
                                   const Finder& finder, const std::string& wanted) {
     TimeColumns columns;
@@ -313,6 +356,7 @@ TimeColumns columns_named_by_user(const ColumnHeader& header, const std::vector<
     const ColumnProfile& first = profiles[columns.Columns.front()];
     if (columns.Columns.size() == 1 && first.FullTimes() < 0.5 && first.Dates() >= 0.5)
         if (const auto ofDay = finder.TimeOfDayFor(columns.Columns.front())) columns.Columns.push_back(*ofDay);
+    settle_parts(header, profiles, columns);
     return columns;
 }
 
@@ -357,6 +401,17 @@ void complete_year(std::string& year) {
     if (year.size() == 2) year.insert(0, year < "70" ? "20" : "19");
 }
 
+/// 14:45:00 for 14.75.
+std::string clock_of_hours(double hours) {
+    const auto seconds = static_cast<int>(std::lround(hours * 3600.0));
+    return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+bool is_decimal(std::string_view text) {
+    const std::size_t mark = text.find_first_of(".,");
+    return mark != std::string_view::npos && mark <= 2 && number_from_text(text).has_value();
+}
+
 /// Hour, minute and second, or a time of day, from a column on.
 void append_time_of_day(const TimeColumns& columns, std::size_t from,
                         const std::function<std::string_view(std::size_t)>& cell, std::string& text) {
@@ -364,9 +419,22 @@ void append_time_of_day(const TimeColumns& columns, std::size_t from,
     for (std::size_t i = from; i < count; ++i) {
         const std::string_view part = cell(columns.Columns[i]);
         text += i == from ? ' ' : ':';
+        if (i == from && count == from + 1 && is_decimal(part)) {
+            text += clock_of_hours(number_from_text(part).value_or(-1.0));
+            return;
+        }
         append_padded(text, part, 2);
         if (i == from && count == from + 1 && part.size() <= 2) text += ":00";
     }
+}
+
+/// A column that is called like a time of day beside dates alone, and could not be read as one.
+std::optional<std::size_t> unused_clock(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
+                                        std::size_t date) {
+    if (profiles[date].Dates() < 0.5) return std::nullopt;
+    for (const auto found : {header.FindFirst(kHour), header.FindFirst(kTimeOfDay)})
+        if (found && *found != date && !profiles[*found].IsEmpty()) return found;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -394,6 +462,7 @@ std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vect
             }
         }
     }
+    if (columns.Columns.size() == 1) columns.UnusedClock = unused_clock(header, profiles, columns.Columns.front());
     if (columns.Columns.size() > 1) columns.ClockDigits = clock_digits(profiles[columns.Columns[1]]);
     judge_name(columns, header);
     add_zone(columns, header, profiles, !wanted.Time.empty());

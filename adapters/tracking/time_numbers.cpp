@@ -12,6 +12,8 @@ namespace {
 
 constexpr double kLeastSeconds = 1e8;
 constexpr double kMostSeconds = 4.2e9;
+// Nobody counted millionths of a second before; counts of other programs since 1601 or year 1 are as large as those.
+constexpr double kLeastOfFineClocks = 9e8;
 
 /// Numbers of one kind; no number is of two.
 struct NumberKind {
@@ -25,8 +27,8 @@ constexpr std::array<NumberKind, 5> kKinds = {
     {{TimeKind::kSheetDays, 20000.0, 80000.0, 0.0, "days of a spreadsheet"},
      {TimeKind::kEpochSeconds, kLeastSeconds, kMostSeconds, 1.0, "seconds since 1970"},
      {TimeKind::kEpochMillis, kLeastSeconds * 1e3, kMostSeconds * 1e3, 1e3, "milliseconds since 1970"},
-     {TimeKind::kEpochMicros, kLeastSeconds * 1e6, kMostSeconds * 1e6, 1e6, "microseconds since 1970"},
-     {TimeKind::kEpochNanos, kLeastSeconds * 1e9, kMostSeconds * 1e9, 1e9, "nanoseconds since 1970"}}};
+     {TimeKind::kEpochMicros, kLeastOfFineClocks * 1e6, kMostSeconds * 1e6, 1e6, "microseconds since 1970"},
+     {TimeKind::kEpochNanos, kLeastOfFineClocks * 1e9, kMostSeconds * 1e9, 1e9, "nanoseconds since 1970"}}};
 
 const NumberKind* kind_of(TimeKind kind) {
     const auto* found = std::ranges::find(kKinds, kind, &NumberKind::Kind);
@@ -50,6 +52,13 @@ bool is_time_number(TimeKind kind, double number) {
 std::string_view unit_of_numbers(TimeKind kind) {
     const NumberKind* known = kind_of(kind);
     return known == nullptr ? std::string_view() : known->Unit;
+}
+
+bool is_rounded(std::string_view text) {
+    constexpr int kFewestDigits = 9;
+    const std::size_t exponent = text.find_first_of("eE");
+    if (exponent == std::string_view::npos) return false;
+    return std::ranges::count_if(text.substr(0, exponent), [](char c) { return c >= '0' && c <= '9'; }) < kFewestDigits;
 }
 
 std::optional<TimeText> time_from_number(std::string_view text, TimeKind kind) {

@@ -159,13 +159,24 @@ std::optional<int> month_named(std::string_view word) {
     return month_starting(bare_name(to_utf8(word)));
 }
 
+/// Days of the week in full, or short where no month is called so.
 bool is_weekday(std::string_view word) {
-    constexpr std::array<std::string_view, 7> kDays = {"mon", "tue", "wed", "thu", "fri", "sat", "sun"};
-    return std::ranges::any_of(
-        kDays, [&](std::string_view day) { return platform::EqualNoCase(word.substr(0, day.size()), day); });
+    constexpr std::array<std::string_view, 7> kStarts = {"mon", "tue", "wed", "thu", "fri", "sat", "sun"};
+    constexpr std::array<std::string_view, 59> kNames = {
+        "mo",        "di",      "mi",       "do",        "fr",        "sa",        "so",      "montag",  "dienstag",
+        "mittwoch",  "freitag", "samstag",  "sonnabend", "sonntag",   "lun",       "lundi",   "mardi",   "mer",
+        "mercredi",  "jeu",     "jeudi",    "ven",       "vendredi",  "sam",       "samedi",  "dim",     "dimanche",
+        "lunes",     "martes",  "mie",      "miercoles", "jue",       "jueves",    "vie",     "viernes", "sab",
+        "sabado",    "dom",     "domingo",  "lunedi",    "martedi",   "mercoledi", "gio",     "giovedi", "venerdi",
+        "domenica",  "segunda", "terca",    "quarta",    "quinta",    "sexta",     "maandag", "dinsdag", "woensdag",
+        "donderdag", "vrijdag", "zaterdag", "zondag",    "donnerstag"};
+    const std::string bare = bare_name(to_utf8(word));
+    return std::ranges::any_of(kStarts, [&](std::string_view day) { return bare.starts_with(day); }) ||
+           std::ranges::find(kNames, bare) != kNames.end();
 }
 
 void skip_weekday(Scanner& scanner) {
+    if (!is_letter(scanner.Peek())) return;
     Scanner ahead = scanner;
     if (!is_weekday(ahead.Word())) return;
     while (ahead.TakeAny(",. ")) continue;
@@ -280,6 +291,7 @@ std::optional<std::int64_t> take_date_after_month(Scanner& scanner) {
     skip_separators(scanner);
     const auto day = take_part(scanner);
     skip_ordinal(scanner);
+    if (scanner.Peek() == '/') return std::nullopt;  // "mar 08/05/2018" has a day of the week
     skip_separators(scanner);
     const auto year = take_part(scanner);
     if (!month || !day || !year || day->Digits > 2 || (year->Digits != 2 && year->Digits != 4)) return std::nullopt;
@@ -373,7 +385,9 @@ std::optional<int> take_seconds(Scanner& scanner) {
     if (digits < 1 || digits > 2) return std::nullopt;
     const int seconds = scanner.Number(digits);
     Scanner ahead = scanner;
-    if (ahead.TakeAny(".,") && ahead.DigitsAhead() > 0) {
+    // Some loggers part thousandths by a colon.
+    const bool colon = ahead.Peek() == ':' && Scanner(ahead.Rest().substr(1)).DigitsAhead() == 3;
+    if ((colon && ahead.Take(':')) || (ahead.TakeAny(".,") && ahead.DigitsAhead() > 0)) {
         ahead.Skip(ahead.DigitsAhead());
         scanner = ahead;
     }
@@ -534,6 +548,7 @@ std::optional<Zone> take_signed_offset(Scanner& scanner) {
 std::optional<Zone> take_zone(Scanner& scanner) {
     scanner.SkipBlanks();
     if (scanner.TakeWord("Z")) return Zone{true, 0};
+    if (take_mark(scanner, {"(UTC)", "[UTC]", "(GMT)"})) return Zone{true, 0};
     for (const std::string_view name : {"UTC", "GMT"}) {
         if (!scanner.TakeWord(name)) continue;
         scanner.SkipBlanks();

@@ -61,13 +61,16 @@ struct FileFacts {
     std::vector<std::string> Time;
     std::string OtherId;      ///< may tell animals of the same name apart
     std::string Zone;         ///< UTM zones
+    std::string UnusedClock;  ///< a column named like a time of day that could not be read as one
     std::string ZoneOfClock;  ///< a column that names zones of clocks, which the times do not heed
     bool IdByContent = false;
     bool PositionByContent = false;
     double PerDegree = 1.0;       ///< positions are whole numbers of such parts of a degree
     bool PartsByContent = false;  ///< PerDegree is told by the size of the numbers, not by the name
-    std::optional<int> Srid;      ///< EPSG code that each position names
-    bool IsOfReceiver = false;    ///< positions are degrees and minutes in one number
+    std::string MinutesOfX;       ///< column of minutes beside degrees; empty: none
+    std::string MinutesOfY;
+    std::optional<int> Srid;    ///< EPSG code that each position names
+    bool IsOfReceiver = false;  ///< positions are degrees and minutes in one number
     bool TimeByContent = false;
     bool NamedLengths = false;  ///< the names of the position say that it is in lengths
     bool TimeIsLocal = false;   ///< by the column's name
@@ -80,6 +83,7 @@ struct FileFacts {
     TimeKind Numbers = TimeKind::kCalendar;  ///< what the numbers of the time were taken for; kCalendar: no numbers
     std::optional<std::int64_t> FirstTime;   ///< of fixes whose times are numbers, seconds since 1970 UTC
     std::optional<std::int64_t> LastTime;
+    std::size_t DecimalsOfDays = 0;  ///< of day numbers that have too few for seconds; 0: enough
     std::int64_t Rows = 0;
     std::int64_t WithoutTime = 0;  ///< fixes kept though their time is missing
     std::int64_t Midnights = 0;    ///< times at midnight of their clock: dates alone, most often

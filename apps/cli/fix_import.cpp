@@ -244,6 +244,9 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
     if (facts.PerDegree != 1.0)
         remarks.push_back(fmt::format("positions are divided by {:.0f}, as the {}", facts.PerDegree,
                                       facts.PartsByContent ? "size of the numbers says" : "column's name says"));
+    if (!facts.MinutesOfX.empty())
+        remarks.push_back(fmt::format("minutes are added to the degrees from the columns \"{}\" and \"{}\"",
+                                      facts.MinutesOfX, facts.MinutesOfY));
     if (facts.Srid) remarks.push_back(fmt::format("positions are in EPSG:{}, as their SRID says", *facts.Srid));
     if (facts.IsOfReceiver) remarks.emplace_back("positions are read as degrees and minutes (ddmm.mmmm)");
     if (!facts.OtherId.empty())
@@ -259,6 +262,14 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
         remarks.push_back(
             fmt::format("the numbers of the time are read as {}: {} to {}", tracking::unit_of_numbers(facts.Numbers),
                         tracking_times::date_text(*facts.FirstTime), tracking_times::date_text(*facts.LastTime)));
+    if (facts.DecimalsOfDays > 0)
+        remarks.push_back(
+            fmt::format("the day numbers have {} decimals, so times may be wrong by {:.0f} s: save the table "
+                        "with more of them",
+                        facts.DecimalsOfDays, 43200.0 / std::pow(10.0, facts.DecimalsOfDays)));
+    if (!facts.UnusedClock.empty())
+        remarks.push_back(fmt::format(
+            "the times are days alone: the column \"{}\" holds no time of day that can be read", facts.UnusedClock));
     if (!facts.ZoneOfClock.empty() && options.TimeZone.empty())
         remarks.push_back(
             fmt::format("the column \"{}\" names the zones of clocks, and the times are taken as UTC; if they are not, "

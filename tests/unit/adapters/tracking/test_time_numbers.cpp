@@ -24,9 +24,10 @@ TEST(TimeNumbers, Limits_of_each_kind_belong_to_it) {
     EXPECT_TRUE(is_within(TimeKind::kSheetDays, 20000.0, 80000.0));
     EXPECT_TRUE(is_within(TimeKind::kEpochSeconds, 1e8, 4.2e9));
     EXPECT_TRUE(is_within(TimeKind::kEpochMillis, 1e11, 4.2e12));
-    EXPECT_TRUE(is_within(TimeKind::kEpochMicros, 1e14, 4.2e15));
-    EXPECT_FALSE(is_time_number(TimeKind::kEpochNanos, 9.9e16));
-    EXPECT_TRUE(is_time_number(TimeKind::kEpochNanos, 1e17));
+    EXPECT_TRUE(is_within(TimeKind::kEpochMicros, 9e14, 4.2e15));
+    EXPECT_FALSE(is_time_number(TimeKind::kEpochNanos, 131703587450000000.0)) << "hundred nanoseconds since 1601";
+    EXPECT_FALSE(is_time_number(TimeKind::kEpochNanos, 636614675450000000.0)) << "and since year 1";
+    EXPECT_TRUE(is_time_number(TimeKind::kEpochNanos, 9e17));
     EXPECT_FALSE(is_time_number(TimeKind::kCalendar, 43229.0));
 }
 

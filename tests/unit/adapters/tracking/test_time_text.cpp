@@ -137,6 +137,16 @@ TEST(TimeText, Words_around_dates_and_times_are_passed_over) {
         EXPECT_FALSE(time_from_text(text, kDmy)) << text;
 }
 
+TEST(TimeText, Days_of_the_week_are_passed_over) {
+    for (const char* text :
+         {"Mi, 09.05.2018 14:59:05", "mercredi 9 mai 2018 14:59:05", "mi\xC3\xA9rcoles, 9 de mayo de 2018 14:59:05",
+          "mer. 09/05/2018 14:59:05", "2018-05-09 14:59:05:123", "2018-05-09 14:59:05 (UTC)"})
+        EXPECT_EQ(seconds(text), kMoment) << text;
+    EXPECT_EQ(seconds("martes 08/05/2018"), kDay - 86400);
+    EXPECT_FALSE(time_from_text("mar. 08/05/2018", kDmy)) << "a Tuesday, or March";
+    EXPECT_EQ(seconds("Mar 8, 2018"), tracking_times::seconds_from_timestamp("2018-03-08"));
+}
+
 TEST(TimeText, Digits_alone_are_dates_of_years_from_1800_to_2100) {
     EXPECT_EQ(seconds("18000101"), tracking_times::seconds_from_timestamp("1800-01-01"));
     EXPECT_EQ(seconds("2100365"), tracking_times::seconds_from_timestamp("2100-12-31"));

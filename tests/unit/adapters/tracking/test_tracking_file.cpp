@@ -850,6 +850,95 @@ TEST(TrackingFile, Positions_that_tell_themselves_are_found_under_any_name) {
     EXPECT_NE(refusal("id;info;more\na;POINT(5 52);POINT(6 52)\n"), "") << "which of them?";
 }
 
+TEST(TrackingFile, Degrees_minutes_and_seconds_may_stand_in_columns_of_their_own) {
+    const Tracking t = read("id,lat_min,lat_deg,lon_min,lon_deg\na,12,52,30,-5\n");
+    EXPECT_EQ(t.Fixes.at(0).X, -5.5);
+    EXPECT_EQ(t.Fixes.at(0).Y, 52.2);
+    EXPECT_EQ(t.Files.at(0).MinutesOfX, "lon_min");
+    EXPECT_TRUE(t.Others.empty());
+    // 30 minutes and 36 seconds are 0.51 degrees.
+    const Tracking seconds = read(
+        "Lat Degrees;Lat Minutes;Lat Seconds;NS;Lon Degrees;Lon Minutes;Lon Seconds;EW\n52;30;36,0;S;5;30;;W\n"
+        "52;60;36,0;S;5;30;;W\n52;31;36,0;S;5;30;;W\n52;32;36,0;S;5;30;;W\n52;33;36,0;S;5;30;;W\n52;34;36,0;S;5;30;;"
+        "W\n");
+    EXPECT_NEAR(seconds.Fixes.at(0).Y, -52.51, 1e-12);
+    EXPECT_EQ(seconds.Fixes.at(0).X, -5.5);
+    EXPECT_EQ(seconds.Fixes.size(), 5U) << "the row with 60 minutes is left out";
+    EXPECT_EQ(read("lat,lat_min,lon,lon_min\n52.2,12,5.5,30\n").Fixes.at(0).X, 5.5);
+    EXPECT_EQ(read("lat_deg,lon_deg\n52,5\n").Fixes.at(0).X, 5.0);
+}
+
+TEST(TrackingFile, Numbers_that_a_spreadsheet_rounded_are_no_times) {
+    EXPECT_EQ(refusal(timed_rows({"1.52588E+12", "1.52588E+12", "1.52588E+12"})),
+              "f.csv: the times in column \"timestamp\" are numbers that were rounded when the table was saved, like "
+              "\"1.52588E+12\"; save it with all digits, or import without times by --no-time");
+    EXPECT_EQ(read(timed_rows({"1.525877945E9"})).Fixes.at(0).Seconds, 17660LL * 86400 + 53945);
+    EXPECT_EQ(read(timed_rows({"1525877945", "1.5e9", "1525877946"})).Fixes.size(), 3U) << "R writes such";
+    // 43229.62 is 14:52:48.
+    EXPECT_EQ(facts_of(timed_rows({"43229.62", "43230.5"})).DecimalsOfDays, 2U);
+    EXPECT_EQ(facts_of(timed_rows({"43229.25", "43230.75"})).DecimalsOfDays, 0U);
+    EXPECT_EQ(facts_of(timed_rows({"43229.62436"})).DecimalsOfDays, 0U);
+}
+
+TEST(TrackingFile, Parts_of_dates_that_the_user_names_are_joined) {
+    const auto seconds = [](const std::string& header, const std::string& cells, const std::string& time) {
+        return read("id,lat,lon," + header + "\na,52,5," + cells + "\n", columns("", "", "", time)).Fixes.at(0).Seconds;
+    };
+    const std::int64_t day = 17660LL * 86400;
+    EXPECT_EQ(seconds("J,M,T", "2018,5,9", "J,M,T"), day);
+    EXPECT_EQ(seconds("J,n", "2018,129", "J,n"), day);
+    EXPECT_EQ(seconds("T,M,J", "29,5,2018", "T,M,J"), day + 20 * 86400);
+    EXPECT_EQ(seconds("M,T,J", "5,29,2018", "M,T,J"), day + 20 * 86400);
+    EXPECT_EQ(seconds("dia,mes,ano", "9,5,2018", "dia,mes,ano"), day);
+    EXPECT_EQ(seconds("J,M,T,H,Min", "2018,5,9,14,59", "J,M,T,H,Min"), day + 53940);
+    EXPECT_NE(refusal("id,lat,lon,T,M,J\na,52,5,9,5,2018\n", columns("", "", "", "T,M,J")), "");
+}
+
+TEST(TrackingFile, Tables_in_many_languages) {
+    struct Table {
+        const char* Header;
+        const char* Row;
+        const char* Animal;
+    };
+    for (const auto& [header, row, animal] :
+         {Table{"Állat;Dátum;Idő;Szélesség;Hosszúság", "Bodri;2018.05.09.;14:59:05;52,2;5,1", "Bodri"},
+          Table{"zvíře;datum;čas;zeměpisná šířka;zeměpisná délka", "Rys;9. 5. 2018;14:59:05;52,2;5,1", "Rys"},
+          Table{"Hayvan;Tarih;Saat;Enlem;Boylam", "Ayı;9.05.2018;14:59:05;52,2;5,1", "Ayı"},
+          Table{"Eläin;Päivämäärä;Kellonaika;Leveysaste;Pituusaste", "Susi;9.5.2018;14.59.05;52,2;5,1", "Susi"},
+          Table{"Ζώο;Ημερομηνία;Γεωγραφικό πλάτος;Γεωγραφικό μήκος", "Α;29/5/2018 2:59:05 μμ;52,2;5,1", "Α"},
+          Table{"個体番号,日付,時刻,北緯,東経", "K,2018年5月9日,14時59分05秒,52.2,5.1", "K"},
+          Table{"개체번호,일시,위도,경도", "곰,2018-05-09 오후 2:59:05,52.2,5.1", "곰"},
+          Table{"动物编号,日期,时间,纬度,经度", "豹,2018年5月9日,14:59:05,52.2,5.1", "豹"},
+          Table{"動物編號,日期時間,緯度,經度", "豹,2018/5/9 下午 02:59:05,52.2,5.1", "豹"},
+          Table{"Osobnik;Data;Godzina;Szer. geogr.;Dł. geogr.", "Wilk;09.05.2018;14:59:05;52,2;5,1", "Wilk"}}) {
+        const Tracking t = read(std::string(header) + "\n" + row + "\n");
+        EXPECT_EQ(t.Animals, Names_{animal}) << header;
+        EXPECT_EQ(t.Fixes.at(0).Seconds % 86400, 53945) << header;
+        EXPECT_EQ(t.Fixes.at(0).X, 5.1) << header;
+        EXPECT_EQ(t.Fixes.at(0).Y, 52.2) << header;
+    }
+}
+
+TEST(TrackingFile, Hours_may_have_decimals) {
+    EXPECT_EQ(seconds_of("id,date,hour,lat,lon\na,2019-03-13,14.75,52,5\na,2019-03-13,0.5,52,5\n"),
+              (std::vector<std::int64_t>{1800, 14 * 3600 + 2700}));
+    EXPECT_EQ(seconds_of("id;year;month;day;hour;lat;lon\na;2019;3;13;14,75;52;5\na;2019;3;13;9,5;52;5\n"),
+              (std::vector<std::int64_t>{9 * 3600 + 1800, 14 * 3600 + 2700}));
+}
+
+TEST(TrackingFile, A_time_of_day_that_cannot_be_read_beside_a_date_is_told) {
+    EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13,noon,52,5\n").UnusedClock, "hour");
+    EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13,14,52,5\n").UnusedClock, "");
+    EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13 14:00,14,52,5\n").UnusedClock, "");
+}
+
+TEST(TrackingFile, Radians_are_refused) {
+    EXPECT_EQ(refusal("id,lat_rad,lon_rad\na,0.9,0.1\n"),
+              "f.csv, line 1: the columns \"lon_rad\" and \"lat_rad\" are in radians; turn them into degrees (times "
+              "57.29577951); the columns are: id, lat_rad, lon_rad");
+    EXPECT_EQ(read("id,Breitengrad,Längengrad\na,52,5\n").Fixes.at(0).X, 5.0);
+}
+
 TEST(TrackingFile, Sides_of_the_earth_are_heeded_under_any_name_and_in_words) {
     const auto place = [](const std::string& text) {
         const TrackingFix fix = read(text).Fixes.at(0);
