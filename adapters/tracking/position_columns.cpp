@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <fmt/format.h>
+#include <span>
 
 namespace wxl::tracking {
 
@@ -299,8 +300,11 @@ void settle_pair(const ColumnHeader& header, const ColumnProfile& profile, const
 
 /// The only column whose cells tell themselves that they are positions, and in which order.
 std::optional<std::size_t> ordered_pairs(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles) {
+    constexpr std::size_t kLongest = 200;  // texts of other kinds can be very long
+    const auto is_long = [](const std::string& cell) { return cell.size() > kLongest; };
     std::optional<std::size_t> found;
     for (std::size_t i = 0; i < header.Count(); ++i) {
+        if (std::ranges::any_of(profiles[i].Values(), is_long)) continue;
         if (profiles[i].IsEmpty() || profiles[i].Coordinates() > 0.1 || has_any(header.Bare(i), kOtherPlaces)) continue;
         const PairCells cells = pair_cells(profiles[i]);
         if (cells.Ordered * 10 <= profiles[i].Distinct() * 9) continue;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <fmt/format.h>
+#include <span>
 #include <utility>
 
 namespace wxl::tracking {

@@ -459,19 +459,8 @@ std::optional<TimeOfDay> take_parted_time(Scanner& scanner) {
     return time;
 }
 
-/// Seconds since midnight of what stands behind the half of the day in Chinese, Japanese or Korean.
-std::optional<std::int64_t> take_time_of_day(Scanner& scanner);
-std::optional<std::int64_t> take_time_of_half(Scanner& scanner, bool isAfternoon) {
-    const auto seconds = take_time_of_day(scanner);
-    constexpr std::int64_t kHalf = kSecondsPerDay / 2;
-    if (!seconds || *seconds >= kHalf + 3600) return std::nullopt;
-    return *seconds % kHalf + (isAfternoon ? kHalf : 0);
-}
-
 /// Seconds since midnight.
-std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
-    if (take_mark(scanner, {"上午", "午前", "오전"})) return take_time_of_half(scanner, false);
-    if (take_mark(scanner, {"下午", "午後", "午后", "오후"})) return take_time_of_half(scanner, true);
+std::optional<std::int64_t> take_clock(Scanner& scanner) {
     const std::size_t digits = scanner.DigitsAhead();
     if (digits == 0 || digits > 6) return std::nullopt;
     const char mark = scanner.Peek(digits);
@@ -499,6 +488,21 @@ std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
     if (!hour || time->Minute > 59 || time->Second > 60) return std::nullopt;
     if (*hour > 24 || (*hour == 24 && (time->Minute > 0 || time->Second > 0))) return std::nullopt;
     return *hour * 3600 + time->Minute * 60 + time->Second;
+}
+
+/// The same behind the half of the day in Chinese, Japanese or Korean.
+std::optional<std::int64_t> take_clock_of_half(Scanner& scanner, bool isAfternoon) {
+    constexpr std::int64_t kHalf = kSecondsPerDay / 2;
+    const auto seconds = take_clock(scanner);
+    if (!seconds || *seconds >= kHalf + 3600) return std::nullopt;
+    return *seconds % kHalf + (isAfternoon ? kHalf : 0);
+}
+
+/// Seconds since midnight, with the half of the day before them where there is one.
+std::optional<std::int64_t> take_time_of_day(Scanner& scanner) {
+    if (take_mark(scanner, {"上午", "午前", "오전"})) return take_clock_of_half(scanner, false);
+    if (take_mark(scanner, {"下午", "午後", "午后", "오후"})) return take_clock_of_half(scanner, true);
+    return take_clock(scanner);
 }
 
 struct Zone {

@@ -21,6 +21,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <map>
+#include <utility>
 
 namespace wxl::cli {
 
@@ -258,10 +259,6 @@ std::vector<std::string> remarks_on(const FileFacts& facts, const FixOptions& op
         remarks.emplace_back("the column of the time was found by what it holds; another: --time COLUMN");
     if (facts.Order)
         remarks.push_back(fmt::format("dates are read as {}, as the column decides", order_text(*facts.Order)));
-    if (facts.FirstTime)
-        remarks.push_back(
-            fmt::format("the numbers of the time are read as {}: {} to {}", tracking::unit_of_numbers(facts.Numbers),
-                        tracking_times::date_text(*facts.FirstTime), tracking_times::date_text(*facts.LastTime)));
     if (facts.DecimalsOfDays > 0)
         remarks.push_back(
             fmt::format("the day numbers have {} decimals, so times may be wrong by {:.0f} s: save the table "
@@ -302,6 +299,19 @@ std::string one_animal_text(const Tracking& data, const FixOptions& options, boo
                                                   data.Animals.empty() ? "" : data.Animals.front());
     return fmt::format("no column names the animal: {}; name the column by --id COLUMN, or the animal by --animal NAME",
                        who);
+}
+
+/// Tells what the numbers of times were taken for, and the days that makes them in all files.
+void report_numbers(const Tracking& data, Console& console) {
+    std::map<tracking::TimeKind, std::pair<std::int64_t, std::int64_t>> ranges;
+    for (const FileFacts& facts : data.Files) {
+        if (!facts.FirstTime || !facts.LastTime) continue;
+        auto& range = ranges.try_emplace(facts.Numbers, *facts.FirstTime, *facts.LastTime).first->second;
+        range = {std::min(range.first, *facts.FirstTime), std::max(range.second, *facts.LastTime)};
+    }
+    for (const auto& [kind, range] : ranges)
+        console.Note(fmt::format("the numbers of the time are read as {}: {} to {}", tracking::unit_of_numbers(kind),
+                                 tracking_times::date_text(range.first), tracking_times::date_text(range.second)));
 }
 
 /// Tells what was found in each file; what is the same as in the one before is not repeated.
@@ -693,6 +703,7 @@ ImportedFixes import_fixes(const FixOptions& options, const tracking::RejectedRo
     ImportedFixes fixes{inputs.Read(rejected), {}, {}, {}, {}, {}, {}};
     Tracking& data = fixes.Data;
     report_files(data, options, console);
+    report_numbers(data, console);
     if (data.Fixes.empty()) refuse_without_fixes(options, data);
     note_odd_times(data, console);
     thin(options, data);

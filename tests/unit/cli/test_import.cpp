@@ -151,6 +151,11 @@ TEST(Import, Numbers_of_times_are_told_with_their_days) {
     EXPECT_NE(ran.Err.find("\nthe numbers of the time are read as days of a spreadsheet: 2018-05-09 to 2018-05-13\n"),
               std::string::npos)
         << ran.Err;
+    const std::string second = write_file(folder, "u.csv", "id,lon,lat,date\na,10,52,43250\n");
+    const Ran both = run_wxl({"import", csv, second, (folder / "b.shp").string()});
+    EXPECT_NE(both.Err.find("\nthe numbers of the time are read as days of a spreadsheet: 2018-05-09 to 2018-05-30\n"),
+              std::string::npos)
+        << both.Err;
 }
 
 TEST(Import, Times_of_clocks_that_were_not_set_are_told_and_kept) {

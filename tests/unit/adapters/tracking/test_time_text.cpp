@@ -1,7 +1,10 @@
 #include "adapters/tracking/time_text.h"
 #include "tracking_times/timestamps.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <string>
+#include <string_view>
 
 namespace wxl::tracking {
 namespace {
@@ -130,6 +133,9 @@ TEST(TimeText, Words_around_dates_and_times_are_passed_over) {
     // 0:59 in the night
     for (const char* text : {"2018/5/9 \xE4\xB8\x8A\xE5\x8D\x88 12:59", "9/5/2018 12:59 \xCF\x80.\xCE\xBC."})
         EXPECT_EQ(seconds(text), kDay + 59 * 60) << text;
+    std::string many;
+    for (int i = 0; i < 1'000'000; ++i) many += "\xE4\xB8\x8B\xE5\x8D\x88";
+    EXPECT_FALSE(time_of_day_from_text(many));
     EXPECT_EQ(time_of_day_from_text("14:59 Uhr"), 53940);
     EXPECT_EQ(possible_orders("14:59 on 13/5/2018"), 1U << static_cast<unsigned>(DateOrder::kDayMonthYear));
     for (const char* text :
