@@ -66,6 +66,7 @@ struct TimeColumns {
     bool ByContent = false;
     bool IsNumber = false;        ///< seconds, days: one column of numbers
     std::size_t ClockDigits = 0;  ///< 4 or 6: the second column is a time of day whose leading zeros may be lost
+    double HoursPerUnit = 0.0;    ///< of a number with decimals behind the date: 1 hours, 24 shares of a day; 0: none
     std::optional<std::size_t> NamedZone = {};    ///< a column that names zones, which the times do not heed
     std::optional<std::size_t> UnusedClock = {};  ///< a column named like a time of day, beside dates alone
     bool EndsWithZone = false;                    ///< the last column is the offset of the row's clock from UTC

@@ -23,7 +23,7 @@ struct Words {
     bool Within;  ///< also as a part of a name
 };
 
-constexpr std::array<Words, 59> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
+constexpr std::array<Words, 60> kWords = {{{"locationlong", "locationlat", PositionUnit::kDegrees, 100, false},
                                            {"decimallongitude", "decimallatitude", PositionUnit::kDegrees, 99, false},
                                            {"longitude", "latitude", PositionUnit::kDegrees, 98, true},
                                            {"longitud", "latitud", PositionUnit::kDegrees, 97, true},
@@ -70,6 +70,7 @@ constexpr std::array<Words, 59> kWords = {{{"locationlong", "locationlat", Posit
                                            {"coordx", "coordy", PositionUnit::kUnknown, 66, false},
                                            {"coordsx1", "coordsx2", PositionUnit::kUnknown, 66, false},
                                            {"posx", "posy", PositionUnit::kUnknown, 66, false},
+                                           {"gpsx", "gpsy", PositionUnit::kUnknown, 66, false},
                                            {"pointx", "pointy", PositionUnit::kUnknown, 66, false},
                                            {"locx", "locy", PositionUnit::kUnknown, 66, false},
                                            {"easting", "northing", PositionUnit::kLengths, 60, true},
@@ -553,8 +554,10 @@ PositionColumns find_position(const ColumnHeader& header, const std::vector<Colu
     }
     columns.IsOfReceiver = is_of_receiver(header, profiles, columns);
     columns.WestPositive = names_direction(header.BareAll(columns.X), "w", "west") && profiles[columns.X].Min() >= 0.0;
+    // "lats" beside "lons" is a plural.
+    const bool isPlural = header.BareAll(columns.X).ends_with('s');
     columns.SouthPositive =
-        names_direction(header.BareAll(columns.Y), "s", "south") && profiles[columns.Y].Min() >= 0.0;
+        !isPlural && names_direction(header.BareAll(columns.Y), "s", "south") && profiles[columns.Y].Min() >= 0.0;
     return columns;
 }
 

@@ -196,9 +196,41 @@ bool are_numbers(const std::vector<ColumnProfile>& profiles, std::optional<std::
     return column && profiles[*column].Whole() > 0.9;
 }
 
-/// 14.75 for 14:45.
-bool are_decimal_hours(const ColumnProfile& profile) {
-    return profile.Numbers() > 0.9 && profile.Whole() <= 0.9 && profile.Min() >= 0.0 && profile.Max() <= 24.0;
+/// What numbers with decimals in a column of hours or times of day are.
+enum class DecimalClock {
+    kNone,
+    kHours,      ///< 14.75 for 14:45
+    kHourPoint,  ///< 14.45 for 14:45
+    kShareOfDay  ///< 0.614583 for 14:45
+};
+
+std::size_t decimals_of(std::string_view cell) {
+    const std::size_t mark = cell.find_first_of(".,");
+    return mark == std::string_view::npos ? 0 : cell.size() - mark - 1;
+}
+
+/// Decided by what the other kind cannot be: minutes below 60 have two digits. `isClock`: the name says time of day.
+DecimalClock decimal_clock(const ColumnProfile& profile, bool isClock) {
+    if (profile.Numbers() < 0.9 || profile.Min() < 0.0 || profile.Max() > 24.0) return DecimalClock::kNone;
+    bool canBeMinutes = true;
+    bool hasMany = false;
+    for (const std::string& cell : profile.Values()) {
+        const std::size_t decimals = decimals_of(cell);
+        hasMany = hasMany || decimals > 2;
+        canBeMinutes = canBeMinutes && decimals == 2 && cell.substr(cell.size() - 2) < "60";
+    }
+    if (profile.Max() < 1.0) return hasMany ? DecimalClock::kShareOfDay : DecimalClock::kNone;
+    if (canBeMinutes) return isClock ? DecimalClock::kHourPoint : DecimalClock::kNone;
+    const bool isDecided = std::ranges::any_of(profile.Values(), [](const std::string& cell) {
+        return decimals_of(cell) > 2 || (decimals_of(cell) == 2 && cell.substr(cell.size() - 2) >= "60");
+    });
+    return isDecided ? DecimalClock::kHours : DecimalClock::kNone;
+}
+
+bool is_named_clock(const ColumnHeader& header, std::size_t column) {
+    constexpr std::array<std::string_view, 7> kClocks = {"time",       "uhrzeit", "timeofday", "ora",
+                                                         "kellonaika", "utctime", "gmttime"};
+    return std::ranges::find(kClocks, header.Bare(column)) != kClocks.end();
 }
 
 /// The minute beside a month: MM and mm are the same without their case.
@@ -230,8 +262,9 @@ std::optional<TimeColumns> parted_columns(const ColumnHeader& header, const std:
     const auto hour = header.FindFirst(kHour);
     const auto minute = minute_column(header, month);
     const auto ofDay = header.FindFirst(kTimeOfDay);
-    if (hour && are_decimal_hours(profiles[*hour])) {
+    if (hour && decimal_clock(profiles[*hour], false) == DecimalClock::kHours) {
         columns.Columns.push_back(*hour);
+        columns.HoursPerUnit = 1.0;
     } else if (are_numbers(profiles, hour)) {
         columns.Columns.push_back(*hour);
         if (minute) columns.Columns.push_back(*minute);
@@ -250,11 +283,12 @@ void add_hour(TimeColumns& columns, const ColumnHeader& header, const std::vecto
     const auto hour = header.FindFirst(kHour);
     const ColumnProfile& date = profiles[columns.Columns.front()];
     if (date.Dates() < 0.5 || !hour || *hour == columns.Columns.front()) return;
-    const bool isDecimal = are_decimal_hours(profiles[*hour]);
-    if (!isDecimal && !is_part(hour, 24.0)) return;
+    const DecimalClock clock = decimal_clock(profiles[*hour], is_named_clock(header, *hour));
+    if (clock == DecimalClock::kNone && !is_part(hour, 24.0)) return;
     columns.How = TimeColumns::Style::kDateAndHour;
     columns.Columns.push_back(*hour);
-    if (isDecimal) return;
+    columns.HoursPerUnit = clock == DecimalClock::kShareOfDay ? 24.0 : clock == DecimalClock::kHours ? 1.0 : 0.0;
+    if (clock != DecimalClock::kNone) return;
     const auto minute = header.FindFirst(kMinute);
     if (!is_part(minute, 59.0)) return;
     columns.Columns.push_back(*minute);
@@ -408,11 +442,6 @@ std::string clock_of_hours(double hours) {
     return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
-bool is_decimal(std::string_view text) {
-    const std::size_t mark = text.find_first_of(".,");
-    return mark != std::string_view::npos && mark <= 2 && number_from_text(text).has_value();
-}
-
 /// Hour, minute and second, or a time of day, from a column on.
 void append_time_of_day(const TimeColumns& columns, std::size_t from,
                         const std::function<std::string_view(std::size_t)>& cell, std::string& text) {
@@ -420,8 +449,8 @@ void append_time_of_day(const TimeColumns& columns, std::size_t from,
     for (std::size_t i = from; i < count; ++i) {
         const std::string_view part = cell(columns.Columns[i]);
         text += i == from ? ' ' : ':';
-        if (i == from && count == from + 1 && is_decimal(part)) {
-            text += clock_of_hours(number_from_text(part).value_or(-1.0));
+        if (columns.HoursPerUnit > 0.0) {
+            text += clock_of_hours(number_from_text(part).value_or(-1.0) * columns.HoursPerUnit);
             return;
         }
         append_padded(text, part, 2);
@@ -429,13 +458,27 @@ void append_time_of_day(const TimeColumns& columns, std::size_t from,
     }
 }
 
-/// A column that is called like a time of day beside dates alone, and could not be read as one.
+/// A column that is called like a time of day, and is not among those of the time.
 std::optional<std::size_t> unused_clock(const ColumnHeader& header, const std::vector<ColumnProfile>& profiles,
-                                        std::size_t date) {
-    if (profiles[date].Dates() < 0.5) return std::nullopt;
-    for (const auto found : {header.FindFirst(kHour), header.FindFirst(kTimeOfDay)})
-        if (found && *found != date && !profiles[*found].IsEmpty()) return found;
+                                        const TimeColumns& columns) {
+    for (std::size_t i = 0; i < header.Count(); ++i) {
+        const std::string& name = header.Bare(i);
+        const auto is_one_of = [&](std::span<const std::string_view> names) {
+            return std::ranges::find(names, name) != names.end();
+        };
+        const bool isClock = is_one_of(kHour) || is_one_of(kTimeOfDay) || is_one_of(kMinute) || is_one_of(kSecond) ||
+                             name.ends_with("ofday");
+        const bool isTaken = std::ranges::find(columns.Columns, i) != columns.Columns.end();
+        if (isClock && !isTaken && !profiles[i].IsEmpty()) return i;
+    }
     return std::nullopt;
+}
+
+/// Whether the columns tell days alone.
+bool are_days_alone(const TimeColumns& columns, const std::vector<ColumnProfile>& profiles) {
+    if (columns.How == TimeColumns::Style::kYearMonthDay) return columns.Columns.size() == 3;
+    if (columns.How == TimeColumns::Style::kYearAndDay) return columns.Columns.size() == 2;
+    return columns.Columns.size() == 1 && profiles[columns.Columns.front()].Dates() >= 0.5;
 }
 
 }  // namespace
@@ -450,7 +493,10 @@ std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vect
     } else {
         const auto best = finder.Best();
         if (!best || best->Score < 55) {
-            if (auto parted = parted_columns(header, profiles)) return parted;
+            if (auto parted = parted_columns(header, profiles)) {
+                if (are_days_alone(*parted, profiles)) parted->UnusedClock = unused_clock(header, profiles, *parted);
+                return parted;
+            }
         }
         if (!best) return std::nullopt;
         columns.Columns = {best->Column};
@@ -463,7 +509,7 @@ std::optional<TimeColumns> find_time(const ColumnHeader& header, const std::vect
             }
         }
     }
-    if (columns.Columns.size() == 1) columns.UnusedClock = unused_clock(header, profiles, columns.Columns.front());
+    if (are_days_alone(columns, profiles)) columns.UnusedClock = unused_clock(header, profiles, columns);
     if (columns.Columns.size() > 1) columns.ClockDigits = clock_digits(profiles[columns.Columns[1]]);
     judge_name(columns, header);
     add_zone(columns, header, profiles, !wanted.Time.empty());

@@ -919,17 +919,39 @@ TEST(TrackingFile, Tables_in_many_languages) {
     }
 }
 
-TEST(TrackingFile, Hours_may_have_decimals) {
+// 14.75 and 14.333 are no hours and minutes; 14.59 under "time" is; 14.5 may be either.
+TEST(TrackingFile, Hours_may_have_decimals_where_nothing_else_can_be_meant) {
+    const std::int64_t minute = 60;
     EXPECT_EQ(seconds_of("id,date,hour,lat,lon\na,2019-03-13,14.75,52,5\na,2019-03-13,0.5,52,5\n"),
-              (std::vector<std::int64_t>{1800, 14 * 3600 + 2700}));
+              (std::vector<std::int64_t>{30 * minute, (14 * 60 + 45) * minute}));
     EXPECT_EQ(seconds_of("id;year;month;day;hour;lat;lon\na;2019;3;13;14,75;52;5\na;2019;3;13;9,5;52;5\n"),
-              (std::vector<std::int64_t>{9 * 3600 + 1800, 14 * 3600 + 2700}));
+              (std::vector<std::int64_t>{(9 * 60 + 30) * minute, (14 * 60 + 45) * minute}));
+    EXPECT_EQ(seconds_of("id;date;time;lat;lon\na;2019-03-13;14.59;52;5\na;2019-03-13;9.05;52;5\n"),
+              (std::vector<std::int64_t>{(9 * 60 + 5) * minute, (14 * 60 + 59) * minute}));
+    // 0.625 of a day are 15 hours.
+    EXPECT_EQ(seconds_of("id;date;time;lat;lon\na;13.03.2019;0,625;52;5\na;13.03.2019;0,25;52;5\n"),
+              (std::vector<std::int64_t>{6 * 60 * minute, 15 * 60 * minute}));
+    for (const char* cells : {"14.5", "14.30"}) {
+        const FileFacts facts = facts_of(std::string("id,date,hour,lat,lon\na,2019-03-13,") + cells + ",52,5\n");
+        EXPECT_EQ(facts.Time, Names_{"date"}) << cells;
+        EXPECT_EQ(facts.UnusedClock, "hour") << cells;
+    }
 }
 
 TEST(TrackingFile, A_time_of_day_that_cannot_be_read_beside_a_date_is_told) {
     EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13,noon,52,5\n").UnusedClock, "hour");
+    EXPECT_EQ(facts_of("id,year,month,day,hour,lat,lon\na,2019,3,13,14.5,52,5\n").UnusedClock, "hour");
+    EXPECT_EQ(facts_of("id,year,doy,lat,lon\na,2019,72,52,5\n").UnusedClock, "");
+    EXPECT_EQ(facts_of("id,date,seconds,lat,lon\na,2019-03-13,53945,52,5\n").UnusedClock, "seconds");
+    EXPECT_EQ(facts_of("id,date,minute_of_day,lat,lon\na,2019-03-13,899,52,5\n").UnusedClock, "minute_of_day");
     EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13,14,52,5\n").UnusedClock, "");
     EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13 14:00,14,52,5\n").UnusedClock, "");
+}
+
+TEST(TrackingFile, Plurals_tell_no_side_of_the_earth) {
+    EXPECT_EQ(read("lats,lons\n52.2,5.1\n").Fixes.at(0).Y, 52.2);
+    EXPECT_EQ(read("LatS,LonW\n52.2,5.1\n").Fixes.at(0).Y, -52.2);
+    EXPECT_EQ(read("LatS,LonE\n52.2,5.1\n").Fixes.at(0).Y, -52.2);
 }
 
 TEST(TrackingFile, Radians_are_refused) {
