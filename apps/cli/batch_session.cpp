@@ -77,7 +77,7 @@ bool BatchSession::IsMerged() const {
 }
 
 KdeOutput output_of(const batch::Plan& plan, bool json, Console& console) {
-    KdeOutput output(console, plan.Frame.Folder, json, plan.Frame.Reference.MetersPerUnit == 1.0);
+    KdeOutput output(console, plan.Frame.Folder, json, plan.Frame.Reference);
     if (plan.ToldWhole) output.TellWhole(plan.Frame.Reference);
     return output;
 }

@@ -30,4 +30,12 @@ std::string area_text(double area, const platform::SpatialReference& reference) 
     return short_number(*kilometres) + " km2";
 }
 
+std::string kilometres_text(double area, const platform::SpatialReference& reference, int digits) {
+    return fmt::format("{:.{}g}", analysis::square_kilometres(area, reference).value_or(area), digits);
+}
+
+std::string_view kilometres_unit(const platform::SpatialReference& reference) {
+    return analysis::square_kilometres(1.0, reference) ? " km2" : "";
+}
+
 }  // namespace wxl::cli

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/akde_output.h"
 
 #include "apps/cli/commands/kde_output.h"
+#include "apps/cli/size_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -84,9 +85,8 @@ Json common_json(const RangeRecord& record, const RangeSettings& settings) {
     return json;
 }
 
-std::string area_text(std::optional<double> area, bool metres) {
-    if (!area) return "not defined";
-    return fmt::format("{:.4g}", metres ? *area / 1e6 : *area);
+std::string area_text(std::optional<double> area, const platform::SpatialReference& reference) {
+    return area ? kilometres_text(*area, reference, 4) : "not defined";
 }
 
 }  // namespace
@@ -124,14 +124,14 @@ std::string range_line(const RangeRecord& record) {
                        record.Grid.Rows, record.Files.front());
 }
 
-void print_range(const RangeRecord& record, bool metres, Console& console) {
+void print_range(const RangeRecord& record, const platform::SpatialReference& reference, Console& console) {
     console.Result(range_line(record));
     for (const RangeIsopleth& isopleth : record.Isopleths)
         if (isopleth.Bound == "est")
             console.Result(fmt::format("  {} %: {}{} ({} to {})", NumberText(isopleth.Percent),
-                                       area_text(isopleth.Area, metres), metres ? " km2" : "",
-                                       area_text(record.AreaAt(isopleth.Percent, "low"), metres),
-                                       area_text(record.AreaAt(isopleth.Percent, "high"), metres)));
+                                       area_text(isopleth.Area, reference), kilometres_unit(reference),
+                                       area_text(record.AreaAt(isopleth.Percent, "low"), reference),
+                                       area_text(record.AreaAt(isopleth.Percent, "high"), reference)));
 }
 
 AkdeOutput::AkdeOutput(const RangeSettings& settings, const platform::SpatialReference& reference,
@@ -139,7 +139,7 @@ AkdeOutput::AkdeOutput(const RangeSettings& settings, const platform::SpatialRef
     : m_settings(settings),
       m_console(console),
       m_asJson(json),
-      m_metres(reference.MetersPerUnit == 1.0),
+      m_reference(reference),
       m_page(services, settings, reference) {}
 
 void AkdeOutput::Add(const RangeRecord& record) {
@@ -147,7 +147,7 @@ void AkdeOutput::Add(const RangeRecord& record) {
     if (m_asJson)
         m_animals.push_back(json_of(record, m_settings));
     else
-        print_range(record, m_metres, m_console);
+        print_range(record, m_reference, m_console);
 }
 
 /// Where the page stands; "" where there is none.

@@ -10,9 +10,9 @@ namespace wxl::cli {
 /// its own.
 Json json_of(const akde::RangeRecord& record, const akde::RangeSettings& settings);
 
-/// A line for the animal, and one for each percentage. `metres`: map units are metres, so that areas can be told in
-/// square kilometres.
-void print_range(const akde::RangeRecord& record, bool metres, Console& console);
+/// A line for the animal, and one for each percentage. Areas are told in square kilometres where the map units of
+/// `reference` have a size.
+void print_range(const akde::RangeRecord& record, const platform::SpatialReference& reference, Console& console);
 
 /// The first of these lines.
 std::string range_line(const akde::RangeRecord& record);
@@ -36,7 +36,7 @@ private:
     const akde::RangeSettings& m_settings;
     Console& m_console;
     bool m_asJson;
-    bool m_metres;
+    platform::SpatialReference m_reference;
     Json m_animals = Json::array();
     results_page::RangePage m_page;
 };

@@ -237,7 +237,7 @@ int run_kde(const KdeOptions& given, Console& console) {
     if (options.DryRun) return print_dry_run(form, {options.Json, options.Overwrite}, console);
     prepare_output(options, form);
     KdeOutput output(console, form.OutputFolderPath(), options.Json,
-                     form.PointLayer().Feature->FeatureClass()->Reference().MetersPerUnit == 1.0);
+                     form.PointLayer().Feature->FeatureClass()->Reference());
     results_page::ResultsPage page(session.Services());
     if (options.ReadyMade) output.TellWhole(form.PointLayer().Feature->FeatureClass()->Reference());
     form.AddObserver(output);

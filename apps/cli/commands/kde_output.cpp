@@ -134,12 +134,13 @@ Json json_of(const AnimalRecord& record) {
             {"distortion", distortion_of(record)}};
 }
 
-KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres)
+KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json,
+                     const platform::SpatialReference& reference)
     : m_console(console),
       m_report(analysis::file_in_folder(folder, analysis::kReportFile)),
       m_settings(analysis::file_in_folder(folder, analysis::kSettingsRecordFile)),
       m_json(json),
-      m_metres(metres) {}
+      m_reference(reference) {}
 
 std::string KdeOutput::Head() const {
     return fmt::format("{{\"report\":{},\"settings\":{},\"animals\":[", one_line(m_report.string()),
@@ -197,7 +198,7 @@ std::string KdeOutput::AreasText(const AnimalRecord& record) const {
 }
 
 std::string KdeOutput::AreaText(double area) const {
-    return fmt::format("{:.6g}{}", m_metres ? area / 1e6 : area, m_metres ? " km2" : "");
+    return fmt::format("{}{}", kilometres_text(area, m_reference, 6), kilometres_unit(m_reference));
 }
 
 /// "oyster 7: 2914 fixes, 61.9 days, bandwidth 123.4 m, cells of 10 m, 95 %: 12.34 km2, 50 %: 85.2 ha"

@@ -16,9 +16,10 @@ Json json_of(const analysis::AnimalRecord& record);
 /// Writes a run's records as they come, as lines for people or as one JSON object, and counts the failing ones.
 class KdeOutput final : public analysis::IRunObserver {
 public:
-    /// `folder`: the output folder, for the names of report and settings record. `metres`: map units are metres, so
-    /// that areas can be told in square kilometres.
-    KdeOutput(Console& console, const std::filesystem::path& folder, bool json, bool metres);
+    /// `folder`: the output folder, for the names of report and settings record. `reference`: of the
+    /// fixes; areas are told in square kilometres where its map units have a size.
+    KdeOutput(Console& console, const std::filesystem::path& folder, bool json,
+              const platform::SpatialReference& reference);
 
     /// From now on lines for people tell the days of an animal, its cells, and areas in hectares or square kilometres.
     void TellWhole(const platform::SpatialReference& reference) { m_whole = reference; }
@@ -53,7 +54,7 @@ private:
     std::filesystem::path m_report;
     std::filesystem::path m_settings;
     bool m_json;
-    bool m_metres;
+    platform::SpatialReference m_reference;
     std::optional<platform::SpatialReference> m_whole;
     analysis::MethodsParagraph m_methods;
     std::string m_pending;  ///< the JSON line that waits to know whether another follows

@@ -3,6 +3,7 @@
 #include "akde/variogram_view.h"
 #include "apps/cli/json_values.h"
 #include "apps/cli/output_folder.h"
+#include "apps/cli/size_text.h"
 #include "apps/cli/text_output.h"
 #include "movement_models/likelihood.h"
 #include "pictures/variogram_picture.h"
@@ -196,11 +197,21 @@ void add_csv_rows(const AnimalModels& fitted, bool numberTimes, TextTable& table
 }
 
 /// Units of a layer, as the table shows them.
-struct Units {
-    bool Metres = false;
+class Units {
+public:
+    explicit Units(const platform::SpatialReference& reference) : m_reference(reference) {}
 
-    std::string Area(double value) const { return fmt::format("{:.4g}", Metres ? value / 1e6 : value); }
-    const char* AreaName() const { return Metres ? "km2" : "area"; }
+    bool AreMetres() const { return m_reference.MetersPerUnit == 1.0; }
+    std::string Area(double value) const { return kilometres_text(value, m_reference, 4); }
+    const char* AreaName() const { return HaveSize() ? "km2" : "area"; }
+    std::string Speed(double value) const {
+        return HaveSize() ? fmt::format("{:.3g} m/s", value * m_reference.MetersPerUnit) : fmt::format("{:.3g}", value);
+    }
+
+private:
+    bool HaveSize() const { return !kilometres_unit(m_reference).empty(); }
+
+    const platform::SpatialReference& m_reference;
 };
 
 void print_animal(const AnimalModels& fitted, const Units& units, bool numberTimes, Console& console) {
@@ -218,8 +229,7 @@ void print_animal(const AnimalModels& fitted, const Units& units, bool numberTim
         };
         const auto time = [](const std::optional<double>& value) { return value ? duration_text(*value) : ""; };
         table.Rows.push_back({row.Name + (row.Isotropic ? " isotropic" : " anisotropic"), shown(row.Difference),
-                              time(row.Position), time(row.Velocity),
-                              row.Speed ? fmt::format("{:.3g}{}", *row.Speed, units.Metres ? " m/s" : "") : "",
+                              time(row.Position), time(row.Velocity), row.Speed ? units.Speed(*row.Speed) : "",
                               row.DofArea ? fmt::format("{:.4g}", *row.DofArea) : "",
                               row.Area ? units.Area(*row.Area) : "", row.Limits ? units.Area(row.Limits->Low) : "",
                               row.Limits ? units.Area(row.Limits->High) : "", row.Status});
@@ -279,7 +289,7 @@ int run_models(const ModelsOptions& options, Console& console) {
     const std::vector<TextOutput> plots = plots_of(options, layer);
     ConsoleListener listener(console);
     report_without_id(animals, layer.Fields.Id, listener);
-    const Units units{animals.Reference.MetersPerUnit == 1.0};
+    const Units units(animals.Reference);
 
     Json json = Json::array();
     TextTable table{{std::begin(kCsvColumns), std::end(kCsvColumns)}, {}};
@@ -294,7 +304,7 @@ int run_models(const ModelsOptions& options, Console& console) {
         if (!plots.empty())
             plots[i].Write(pictures::VariogramSvg(
                 akde::variogram_picture_of({platform::ValueText(fitted.Animal->Id), fitted.Variogram,
-                                            fitted.Track.Fixes.Duration(), fitted.Chosen, units.Metres})));
+                                            fitted.Track.Fixes.Duration(), fitted.Chosen, units.AreMetres()})));
     }
     if (csv) csv->Write(csv_text(table));
     if (options.Json) console.Text(json_text(json));
