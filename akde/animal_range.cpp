@@ -1,5 +1,6 @@
 #include "akde/animal_range.h"
 
+#include "analysis/diagnosis.h"
 #include "movement_models/density.h"
 #include "movement_models/weights.h"
 #include "platform/runtime_error.h"
@@ -80,6 +81,15 @@ double highest_at_edge(const engine::KernelGrid& grid) {
     return highest;
 }
 
+void check_volume(double volume, const Smoothing& smoothing, double cellSize) {
+    constexpr double kNothing = 5e-5;  // two decimals of a per cent are 0
+    if (volume >= kNothing) return;
+    const std::string coarse = coarse_cells_text(smoothing.Matrix, cellSize);
+    platform::Raise(platform::error_number::kInvalidCall,
+                    coarse.empty() ? "nothing of the distribution lies on the raster: choose another extent"
+                                   : "no cell meets its distribution: " + coarse);
+}
+
 platform::Extent around(const Smoothing& smoothing, double buffer) {
     const platform::Extent extent = platform::bounds_of(smoothing.Fixes);
     return {extent.XMin - buffer, extent.YMin - buffer, extent.XMax + buffer, extent.YMax + buffer};
@@ -91,6 +101,13 @@ double reach_of(const Smoothing& smoothing) {
 }
 
 }  // namespace
+
+std::string coarse_cells_text(const Matrix2& kernel, double cellSize) {
+    const double width = ellipse_of(kernel).Minor;
+    if (cellSize <= width) return {};
+    return "cells of " + platform::NumberText(cellSize) + " are coarser than its kernel, whose deviation is " +
+           analysis::short_number(width) + " at the narrowest: give a smaller cell size";
+}
 
 Smoothing smoothing_of(const AnimalModels& fitted, bool optimal, IListener& listener) {
     const FittedModel& model = *fitted.Chosen;
@@ -140,6 +157,7 @@ AnimalRange range_on(const Smoothing& smoothing, double dof, const RasterGeometr
     add_density(smoothing.Fixes, smoothing.Bandwidth.Weights, smoothing.Matrix, grid, range.Density, clock);
     const VolumeCurve curve(range.Density, grid.CellSize * grid.CellSize);
     range.Volume = curve.Volume();
+    check_volume(range.Volume, smoothing, grid.CellSize);
     range.HighestAtEdge = highest_at_edge(range.Density);
     range.Isopleths = isopleths_of(curve, smoothing.Bandwidth.Bias, dof, percentages);
     listener.EndProgress();

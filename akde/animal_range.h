@@ -52,8 +52,12 @@ struct AnimalRange {
 /// Standard deviations that kernels reach.
 inline constexpr double kKernelReach = 10.0;
 
+/// What is wrong with cells that are wider than the smaller standard deviation of a kernel, so that areas on them are
+/// rough, in one line without a full stop; "" where nothing is.
+std::string coarse_cells_text(const movement_models::Matrix2& kernel, double cellSize);
+
 /// The density on a grid, its areas and their limits by the model's effective sample size `dof`. RuntimeError 7 for
-/// more cells than a grid may have.
+/// more cells than a grid may have, 5 where nothing of the distribution is on them.
 AnimalRange range_on(const Smoothing& smoothing, double dof, const platform::RasterGeometry& grid,
                      const std::vector<double>& percentages, IListener& listener);
 

@@ -158,7 +158,10 @@ void RangeRun::Finish(Prepared& prepared, const platform::RasterGeometry* grid,
 void RangeRun::ReportGrid(const RangeRecord& record) const {
     constexpr double kWhole = 0.99;
     const std::string name = platform::ValueText(record.Id);
-    if (record.Volume < kWhole)
+    const std::string coarse = coarse_cells_text(record.Matrix, record.Grid.CellSize);
+    if (!coarse.empty())
+        m_listener.Problem(name + ": areas are rough: " + coarse);
+    else if (record.Volume < kWhole)
         m_listener.Problem(name + ": " + percent_text(record.Volume) +
                            " % of the distribution lies on the raster; a larger one would show it whole");
     for (const RangeIsopleth& isopleth : record.Isopleths)

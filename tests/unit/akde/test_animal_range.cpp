@@ -1,8 +1,10 @@
 #include "akde/animal_range.h"
+#include "platform/runtime_error.h"
 #include "tests/unit/akde/kept_lines.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace wxl::akde {
 namespace {
@@ -75,6 +77,35 @@ TEST(Range, A_given_grid_may_cut) {
     const AnimalRange range = range_on(one_fix(0, 0, 10), 5.0, {0.0, -100.0, 1.0, 100, 200}, {95.0}, lines);
     EXPECT_NEAR(range.Volume, 0.5, 1e-3);
     EXPECT_NEAR(range.HighestAtEdge, 1.0 / (2.0 * M_PI * 100.0), 1e-5);
+}
+
+std::string failure_on(const Smoothing& smoothing, const platform::RasterGeometry& grid) {
+    KeptLines lines;
+    try {
+        range_on(smoothing, 5.0, grid, {95.0}, lines);
+    } catch (const platform::RuntimeError& error) {
+        return error.Description;
+    }
+    return {};
+}
+
+// A kernel of 10 between the centres of cells of 500, and one that is 3000 away from the raster.
+TEST(Range, A_raster_that_misses_the_distribution_has_no_areas) {
+    EXPECT_EQ(failure_on(one_fix(0, 0, 10), {-500.0, -500.0, 500.0, 2, 2}),
+              "no cell meets its distribution: cells of 500 are coarser than its kernel, whose deviation is 10 at the "
+              "narrowest: give a smaller cell size");
+    EXPECT_EQ(failure_on(one_fix(0, 0, 10), {3000.0, 0.0, 5.0, 20, 20}),
+              "nothing of the distribution lies on the raster: choose another extent");
+    EXPECT_EQ(failure_on(one_fix(0, 0, 10), {-50.0, -50.0, 5.0, 20, 20}), "");
+}
+
+// Eigenvalues 58 + 42 = 100 and 58 - 42 = 16.
+TEST(Range, Cells_wider_than_the_narrow_side_of_the_kernel_are_coarse) {
+    const movement_models::Matrix2 kernel{58.0, 42.0, 58.0};
+    EXPECT_EQ(coarse_cells_text(kernel, 4.0), "");
+    EXPECT_EQ(
+        coarse_cells_text(kernel, 4.5),
+        "cells of 4.5 are coarser than its kernel, whose deviation is 4 at the narrowest: give a smaller cell size");
 }
 
 }  // namespace
