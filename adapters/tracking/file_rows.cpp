@@ -82,6 +82,7 @@ void FileRows::ReadAll(const std::string& animal, const std::function<void(std::
     m_unit = m_options->Unit;
     ReadHeader();
     TakeSample();
+    CheckRowNames();
     FindColumns();
     if (!m_layout.Id) {
         m_lastAnimal = m_owner->AnimalIndex(animal);
@@ -163,6 +164,7 @@ void FileRows::ReadHeader() {
     // none either.
     if (first.size() != m_header.size() + 1) return;
     const bool atEnd = Trim(first.back()).empty();
+    m_hasRowNames = !atEnd;
     m_header.insert(atEnd ? m_header.end() : m_header.begin(), "");
 }
 
@@ -181,6 +183,21 @@ void FileRows::TakeSample() {
         m_sampleEnd = m_reader.Offset();
         m_sampleRows = row;
     }
+}
+
+/// Names of rows differ from one another; a first column that repeats itself is one of the header's, and some cell
+/// holds the separator.
+void FileRows::CheckRowNames() const {
+    if (!m_hasRowNames || m_profiles.front().IsEmpty()) return;
+    const auto is_srid = [](const ColumnProfile& profile) {
+        return std::ranges::any_of(profile.Values(), [](const std::string& cell) { return cell.starts_with("SRID="); });
+    };
+    if (m_profiles.front().AllDistinct() && std::ranges::none_of(m_profiles, is_srid)) return;
+    platform::Raise(
+        platform::error_number::kTypeMismatch,
+        fmt::format("{}, line {}: the header has {} cells, and the rows have {}; name each column, and put cells "
+                    "that hold the separator in quotes",
+                    m_reader.Name(), m_headerLine, m_header.size() - 1, m_header.size()));
 }
 
 void FileRows::FindColumns() {

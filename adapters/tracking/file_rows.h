@@ -31,6 +31,7 @@ private:
     void ReadHeader();
     void NameColumns();
     void TakeSample();
+    void CheckRowNames() const;
     void FindColumns();
     void TellColumns();
     void FindSystem();
@@ -80,6 +81,7 @@ private:
     std::size_t m_lastRole = 0;  ///< last column that must be there
     Layout m_layout;
     TimeFormat m_format;
+    bool m_hasRowNames = false;  ///< a first column without a heading
     std::size_t m_decimals = 0;  ///< most of a day number that is no whole minute
     PositionUnit m_unit = PositionUnit::kUnknown;
     DataStart m_dataStart;

@@ -129,6 +129,12 @@ std::optional<Around> around(const std::string& name, const Words& words, std::s
     return Around{name.substr(0, at), name.substr(at + word.size())};
 }
 
+/// "lat_min" is a corner of an area, or minutes.
+bool is_corner(const Around& place) {
+    const auto is_limit = [](const std::string& text) { return text == "min" || text == "max"; };
+    return is_limit(place.Before) || is_limit(place.Behind);
+}
+
 /// Fewer points for what stands around a word: later solutions, coarse sources.
 int score_around(const Around& place) {
     const std::string all = place.Before + place.Behind;
@@ -172,7 +178,7 @@ public:
 private:
     void Consider(const Words& words, std::size_t x) {
         const auto place = around(without_direction(m_header.Bare(x)), words, words.X);
-        if (!place || has_any(place->Before + place->Behind, kOtherPlaces)) return;
+        if (!place || has_any(place->Before + place->Behind, kOtherPlaces) || is_corner(*place)) return;
         for (std::size_t y = 0; y < m_header.Count(); ++y) {
             if (y == x || around(without_direction(m_header.Bare(y)), words, words.Y) != place) continue;
             int score = words.Score + score_around(*place) + score_content(m_profiles[x], m_profiles[y]);

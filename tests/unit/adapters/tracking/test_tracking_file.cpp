@@ -948,6 +948,21 @@ TEST(TrackingFile, A_time_of_day_that_cannot_be_read_beside_a_date_is_told) {
     EXPECT_EQ(facts_of("id,date,hour,lat,lon\na,2019-03-13 14:00,14,52,5\n").UnusedClock, "");
 }
 
+TEST(TrackingFile, A_first_column_without_a_heading_holds_names_of_rows_only_if_they_differ) {
+    const std::string message =
+        "f.csv, line 1: the header has 3 cells, and the rows have 4; name each column, and put cells that hold the "
+        "separator "
+        "in quotes";
+    EXPECT_EQ(refusal("id,x,y\nA,6,5,53\nA,6,6,53\n"), message) << "a decimal comma";
+    EXPECT_EQ(refusal("id;time;geom\nA;2018-05-09;SRID=4326;POINT(6.5 52.1)\n"), message);
+    EXPECT_EQ(read("id,x,y\n1,A,6,53\n2,A,6,53\n").Fixes.at(0).X, 6.0);
+}
+
+TEST(TrackingFile, Corners_of_an_area_are_no_positions) {
+    EXPECT_NE(refusal("id,lat_min,lon_min,lat_max,lon_max\na,52.0,6.4,52.2,6.6\n").find("no two columns look like"),
+              std::string::npos);
+}
+
 TEST(TrackingFile, Plurals_tell_no_side_of_the_earth) {
     EXPECT_EQ(read("lats,lons\n52.2,5.1\n").Fixes.at(0).Y, 52.2);
     EXPECT_EQ(read("LatS,LonW\n52.2,5.1\n").Fixes.at(0).Y, -52.2);
