@@ -85,7 +85,7 @@ Json common_json(const RangeRecord& record, const RangeSettings& settings) {
     return json;
 }
 
-std::string area_text(std::optional<double> area, const platform::SpatialReference& reference) {
+std::string kilometres_or_none(std::optional<double> area, const platform::SpatialReference& reference) {
     return area ? kilometres_text(*area, reference, 4) : "not defined";
 }
 
@@ -129,9 +129,9 @@ void print_range(const RangeRecord& record, const platform::SpatialReference& re
     for (const RangeIsopleth& isopleth : record.Isopleths)
         if (isopleth.Bound == "est")
             console.Result(fmt::format("  {} %: {}{} ({} to {})", NumberText(isopleth.Percent),
-                                       area_text(isopleth.Area, reference), kilometres_unit(reference),
-                                       area_text(record.AreaAt(isopleth.Percent, "low"), reference),
-                                       area_text(record.AreaAt(isopleth.Percent, "high"), reference)));
+                                       kilometres_or_none(isopleth.Area, reference), kilometres_unit(reference),
+                                       kilometres_or_none(record.AreaAt(isopleth.Percent, "low"), reference),
+                                       kilometres_or_none(record.AreaAt(isopleth.Percent, "high"), reference)));
 }
 
 AkdeOutput::AkdeOutput(const RangeSettings& settings, const platform::SpatialReference& reference,
