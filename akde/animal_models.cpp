@@ -80,6 +80,11 @@ std::optional<GivenModel> parse_given_model(const std::string& text) {
     return given;
 }
 
+double velocity_scale(const FittedModel& model) {
+    const auto& [kind, scales] = model.Model;
+    return kind == movement_models::ModelKind::kCritical ? scales.Position : scales.Velocity;
+}
+
 std::string status_text(const FittedModel& model) {
     switch (model.Status) {
         case FitStatus::kCollapsed:

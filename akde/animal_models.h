@@ -25,6 +25,9 @@ struct GivenModel {
 /// differ in size only, so that these count.
 std::optional<GivenModel> parse_given_model(const std::string& text);
 
+/// The time scale of velocities, seconds; in OUf that of positions, 0 in a model that has none.
+double velocity_scale(const movement_models::FittedModel& model);
+
 /// "fitted by pHREML", "collapsed to OU", "no likelihood": what became of a model's fit.
 std::string status_text(const movement_models::FittedModel& model);
 

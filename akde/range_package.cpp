@@ -1,5 +1,6 @@
 #include "akde/range_package.h"
 
+#include "akde/animal_models.h"
 #include "analysis/range_styles.h"
 #include "isopleths/rings.h"
 #include "platform/text.h"
@@ -177,7 +178,7 @@ void RangePackage::PutSummary(const RangeRecord& record, platform::IPackageWrite
             text_or_none(record.Last),
             record.Chosen ? FieldValue(model_title(model.Model.Kind, model.Shape)) : FieldValue(),
             if_positive(model.Model.Scales.Position),
-            if_positive(model.Model.Scales.Velocity),
+            if_positive(velocity_scale(model)),
             if_positive(model.DofArea),
             of_range(record.H),
             of_range(record.DofBandwidth),

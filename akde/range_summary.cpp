@@ -1,5 +1,6 @@
 #include "akde/range_summary.h"
 
+#include "akde/animal_models.h"
 #include "platform/text.h"
 
 #include <cstddef>
@@ -40,7 +41,7 @@ std::string summary_rows(const RangeRecord& record, const RangeSettings& setting
         if (isopleth.Bound != "est") continue;
         rows += analysis::summary_line(
             {platform::ValueText(record.Id), std::to_string(record.Used), model_title(model.Model.Kind, model.Shape),
-             positive(model.Model.Scales.Position), positive(model.Model.Scales.Velocity), positive(model.DofArea),
+             positive(model.Model.Scales.Position), positive(velocity_scale(model)), positive(model.DofArea),
              NumberText(record.H), NumberText(record.DofBandwidth), NumberText(record.Bias),
              settings.Optimal ? "optimal" : "uniform", NumberText(record.Grid.CellSize), NumberText(record.Volume),
              NumberText(isopleth.Percent), text_of(record.AreaAt(isopleth.Percent, "low")), NumberText(isopleth.Area),

@@ -144,9 +144,14 @@ std::vector<ComingDistribution> dry_run(const EstimateFrame& frame, std::span<co
         const double href = applied_href(hrefs[i], spreads[i], frame.Wanted.Rescale);
         for (std::size_t number = 1; number <= values.size(); ++number) {
             const DistributionEstimate cost = estimate(frame, animals[i], href, values[number - 1]);
-            distributions.push_back({animals[i].Id, animals[i].Fixes.size(), hrefs[i].Href, cost,
-                                     raster_name(frame.Wanted, animals[i].NamingId, number),
-                                     coming_failure(animals[i], cost, frame.Wanted.Method)});
+            const std::string name = raster_name(frame.Wanted, animals[i].NamingId, number);
+            distributions.push_back(
+                {.Id = animals[i].Id,
+                 .SampleSize = animals[i].Fixes.size(),
+                 .Href = hrefs[i].Href,
+                 .Cost = cost,
+                 .RasterName = animals[i].Subfolder.empty() ? name : animals[i].Subfolder + "/" + name,
+                 .Failure = coming_failure(animals[i], cost, frame.Wanted.Method)});
         }
     }
     return distributions;

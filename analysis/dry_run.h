@@ -49,8 +49,8 @@ struct ComingDistribution {
     std::size_t SampleSize = 0;
     std::optional<double> Href;  ///< map units, of the fixes as they are
     DistributionEstimate Cost;
-    std::string RasterName;
-    std::string Failure;  ///< why it will fail, in one line; empty when nothing is known to keep it
+    std::string RasterName;  ///< "NAME" or "SUBFOLDER/NAME"
+    std::string Failure;     ///< why it will fail, in one line; empty when nothing is known to keep it
 };
 
 /// The distributions that a run would compute, in its order.

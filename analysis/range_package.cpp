@@ -93,9 +93,15 @@ Geometry shape_of(const comparison::MinimumConvexPolygon& polygon) {
     return {ShapeType::kPolygon, {}, {std::move(ring)}};
 }
 
+/// What tables tell of the rasters that the record's replaces.
+void drop_rows(const AnimalRecord& record, const std::string& prefix, platform::IPackageWriter& package) {
+    for (const std::size_t table : {kIsopleths, kSummary})
+        for (const std::string& raster : {raster_place(record), plain_raster_place(record, prefix)})
+            package.Drop(table, raster);
+}
+
 void put_summary(const AnimalRecord& record, platform::IPackageWriter& package) {
     const std::string raster = raster_place(record);
-    package.Drop(kSummary, raster);
     const tracking_times::TimeFacts& times = record.Times;
     const auto interval = [&](auto value) {
         return times.Intervals ? FieldValue(value(*times.Intervals)) : FieldValue();
@@ -140,6 +146,7 @@ void RangePackage::RunBegins(const RunFrame& frame, const GroupedFixes& animals)
     m_package.Forget();
     if (!frame.Wanted.GeoPackage) return;
     m_reference = frame.Reference;
+    m_prefix = frame.Wanted.Prefix;
     m_hasConvexPolygons = !frame.Wanted.ConvexPercentages.Values.empty();
     m_lastConvex.clear();
     std::vector<PackageTable> tables = package_tables();
@@ -150,6 +157,7 @@ void RangePackage::RunBegins(const RunFrame& frame, const GroupedFixes& animals)
 
 void RangePackage::AnimalDone(const AnimalRecord& record) {
     m_package.Put([&](platform::IPackageWriter& package) {
+        drop_rows(record, m_prefix, package);
         PutIsopleths(record, package);
         put_summary(record, package);
         PutConvexPolygons(record, package);
@@ -176,7 +184,6 @@ void RangePackage::PutConvexPolygons(const AnimalRecord& record, platform::IPack
 
 void RangePackage::PutIsopleths(const AnimalRecord& record, platform::IPackageWriter& package) const {
     const std::string raster = raster_place(record);
-    package.Drop(kIsopleths, raster);
     for (const IsoplethRecord* isopleth : largest_first(record)) {
         const std::optional<double> area = square_metres(isopleth->Area, m_reference);
         const std::vector<FieldValue> cells = {utf8_cell(platform::ValueText(record.Id)),

@@ -39,6 +39,7 @@ private:
 
     const platform::Services& m_services;
     platform::SpatialReference m_reference;
+    std::string m_prefix;
     PackageDraft m_package;
     std::filesystem::path m_written;
     bool m_failed = false;

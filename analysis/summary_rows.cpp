@@ -29,6 +29,10 @@ std::string raster_place(const AnimalRecord& record) {
     return (record.Subfolder.empty() ? "" : record.Subfolder + "/") + record.RasterName;
 }
 
+std::string plain_raster_place(const AnimalRecord& record, const std::string& prefix) {
+    return (record.Subfolder.empty() ? "" : record.Subfolder + "/") + prefix + record.NamingId;
+}
+
 const char* method_name(BandwidthMethod method) {
     switch (method) {
         case BandwidthMethod::kLscv:

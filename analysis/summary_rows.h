@@ -25,6 +25,10 @@ inline constexpr SummaryColumns kSummaryColumns = {kSummaryHeader,
 /// Name of the record's raster below the output folder, as the report and the summary give it.
 std::string raster_place(const AnimalRecord& record);
 
+/// The same of the raster without a number that the animal has in a run of one bandwidth: as it keeps a run from
+/// starting, and --overwrite deletes it, what tables tell of it ends with the run.
+std::string plain_raster_place(const AnimalRecord& record, const std::string& prefix);
+
 /// "href", "lscv", "bcv", "manual", "proportion" or "adhoc".
 const char* method_name(BandwidthMethod method);
 

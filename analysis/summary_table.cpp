@@ -9,6 +9,7 @@ namespace wxl::analysis {
 void SummaryTable::RunBegins(const RunFrame& frame, const GroupedFixes& /*animals*/) {
     m_summary.Begin(file_in_folder(frame.Folder, kSummaryFile));
     m_reference = frame.Reference;
+    m_prefix = frame.Wanted.Prefix;
     m_animal.clear();
     m_failed = false;
 }
@@ -18,6 +19,7 @@ void SummaryTable::AnimalDone(const AnimalRecord& record) {
     if (record.NamingId != m_animal) rows += polygon_rows(record, m_reference);
     m_animal = record.NamingId;
     m_summary.Add(rows, raster_place(record));
+    m_summary.Add({}, plain_raster_place(record, m_prefix));
 }
 
 void SummaryTable::RunEnds(RunOutcome outcome) {

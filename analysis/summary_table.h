@@ -33,6 +33,7 @@ private:
     const platform::Services& m_services;
     SummaryFile m_summary;
     platform::SpatialReference m_reference;
+    std::string m_prefix;
     std::string m_animal;  ///< naming ID of the last distribution
     bool m_failed = false;
 };

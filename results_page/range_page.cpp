@@ -1,5 +1,6 @@
 #include "results_page/range_page.h"
 
+#include "akde/animal_models.h"
 #include "pictures/axis.h"
 #include "pictures/xml_text.h"
 #include "platform/text.h"
@@ -82,8 +83,9 @@ void add_model(std::vector<Column>& columns) {
     columns.push_back({"Range crossed in", true, [](const RangeRecord& r) {
                            return time_cell(r.Chosen ? r.Chosen->Model.Scales.Position : 0.0);
                        }});
-    columns.push_back({"Direction kept for", true,
-                       [](const RangeRecord& r) { return time_cell(r.Chosen ? velocity_time(*r.Chosen) : 0.0); }});
+    columns.push_back({"Direction kept for", true, [](const RangeRecord& r) {
+                           return time_cell(r.Chosen ? akde::velocity_scale(*r.Chosen) : 0.0);
+                       }});
     columns.push_back({"Bandwidth", true, [](const RangeRecord& r) { return number_cell(r.H); }});
 }
 

@@ -1,5 +1,6 @@
 #include "results_page/range_section.h"
 
+#include "akde/animal_models.h"
 #include "akde/variogram_view.h"
 #include "analysis/output_names.h"
 #include "pictures/axis.h"
@@ -231,7 +232,7 @@ std::string model_row(const RangePageRun& run, const RangeRecord& record, const 
            of_fit(record.Chosen ? model.Aicc - record.Chosen->Aicc : model.Aicc) +
            cell(fitted ? NumberText(std::round(model.LogLikelihood * 100.0) / 100.0) : "") +
            cell(fitted ? time_text(model.Model.Scales.Position) : "") +
-           cell(fitted ? time_text(velocity_time(model)) : "") + of_fit(model.DofArea) +
+           cell(fitted ? time_text(akde::velocity_scale(model)) : "") + of_fit(model.DofArea) +
            area(limits ? std::optional(limits->Low) : std::nullopt) +
            area(fitted ? std::optional(model.GaussianArea(0.95)) : std::nullopt) +
            area(limits ? std::optional(limits->High) : std::nullopt) + "<td>" +
@@ -270,11 +271,6 @@ std::string model_text(const RangeRecord& record) {
 
 std::string time_text(double seconds) {
     return seconds > 0.0 ? movement_models::duration_text(seconds) : std::string();
-}
-
-double velocity_time(const FittedModel& model) {
-    return model.Model.Kind == movement_models::ModelKind::kCritical ? model.Model.Scales.Position
-                                                                     : model.Model.Scales.Velocity;
 }
 
 std::string range_section(const RangePageRun& run, std::size_t number, const PictureSize& size,

@@ -18,7 +18,4 @@ std::string model_text(const akde::RangeRecord& record);
 /// A time of autocorrelation: "5.2 h"; "" where the model has none.
 std::string time_text(double seconds);
 
-/// The model's second time scale, which OUf shares with the first; 0 where it has none.
-double velocity_time(const movement_models::FittedModel& model);
-
 }  // namespace wxl::results_page

@@ -26,6 +26,11 @@ inline Json json_value(const platform::FieldValue& value) {
     return nullptr;
 }
 
+/// A text; null where it is empty.
+inline Json json_or_null(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
 /// The local minima of a search, by bandwidth and score.
 inline Json json_minima(const engine::SearchProfile& reached) {
     Json minima = Json::array();

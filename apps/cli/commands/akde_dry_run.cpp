@@ -17,10 +17,6 @@ namespace {
 
 using akde::ComingRange;
 
-Json json_or_null(const std::string& text) {
-    return text.empty() ? Json() : Json(text);
-}
-
 Json json_of(const ComingRange& coming) {
     return {{"id", json_value(coming.Id)},
             {"n", coming.Given},

@@ -18,12 +18,13 @@ using akde::RangeIsopleth;
 using akde::RangeRecord;
 using akde::RangeSettings;
 using movement_models::FittedModel;
-using movement_models::ModelKind;
 using platform::NumberText;
 
 std::optional<double> if_positive(double value) {
     return value > 0.0 ? std::optional(value) : std::nullopt;
 }
+
+constexpr double kSecondsPerDay = 86400.0;
 
 Json isopleths_json(const RangeRecord& record) {
     Json json = Json::array();
@@ -59,6 +60,7 @@ analysis::AnimalRecord kernel_record(const RangeRecord& record, const RangeSetti
     analysis::AnimalRecord told;
     told.Id = record.Id;
     told.NamingId = record.NamingId;
+    told.Subfolder = record.Subfolder;
     told.SampleSize = static_cast<std::int32_t>(record.Used);
     told.Reason = record.Reason;
     told.RasterName = record.RasterName;
@@ -82,6 +84,9 @@ Json common_json(const RangeRecord& record, const RangeSettings& settings) {
     json["method"] = "akde";
     json["levels"] = levels_json(record, settings.Scaling);
     json["warnings"] = record.Verdict.Warnings;
+    json["first"] = json_or_null(record.First);
+    json["last"] = json_or_null(record.Last);
+    json["days"] = record.First.empty() ? Json() : json_number(record.Duration / kSecondsPerDay);
     return json;
 }
 
@@ -99,8 +104,7 @@ Json json_of(const RangeRecord& record, const RangeSettings& settings) {
     const FittedModel model = record.Chosen.value_or(FittedModel{});
     json["model"] = record.Chosen ? Json(model_title(model.Model.Kind, model.Shape)) : Json();
     json["tau_position_s"] = json_number(if_positive(model.Model.Scales.Position));
-    json["tau_velocity_s"] = json_number(if_positive(
-        model.Model.Kind == ModelKind::kCritical ? model.Model.Scales.Position : model.Model.Scales.Velocity));
+    json["tau_velocity_s"] = json_number(if_positive(akde::velocity_scale(model)));
     json["bandwidth_matrix"] =
         done ? Json{json_number(record.Matrix.XX), json_number(record.Matrix.XY), json_number(record.Matrix.YY)}
              : Json();

@@ -106,10 +106,6 @@ const char* stage_text(batch::TaskStage stage) {
     return "done";
 }
 
-Json json_or_null(const std::string& text) {
-    return text.empty() ? Json() : Json(text);
-}
-
 struct StatusList {
     Json Tasks = Json::array();
     TextTable Table = {{"task", "state", "distributions", "estimated", "started", "finished", "seconds", "host"}, {}};

@@ -142,7 +142,8 @@ void advise_on_names(Console& console) {
 int print_dry_run(frmKDE& form, const DryRunOptions& options, Console& console) {
     const Settings settings = kde_tool::settings_of(form);
     if (const auto refusal = analysis::refusal_of(settings)) return console.Fail(*refusal);
-    const analysis::GroupedFixes fixes = form.ReadFixes();
+    analysis::GroupedFixes fixes = form.ReadFixes();
+    analysis::spread_over_subfolders(fixes.Animals, settings.AnimalsPerSubfolder);
     const auto distributions = analysis::dry_run(frame_of(form, settings), fixes.Animals);
     const std::vector<std::string> taken = options.Overwrite ? std::vector<std::string>() : taken_names(form);
     Json animals = Json::array();

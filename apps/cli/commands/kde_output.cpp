@@ -117,7 +117,7 @@ Json json_of(const AnimalRecord& record) {
             {"reach", computed(record.Reach)},
             {"beyond_reach", record.Status == 0 ? json_number(record.BeyondReach) : Json()},
             {"lost_at_edge", record.Status == 0 ? json_number(record.LostAtEdge) : Json()},
-            {"raster", record.RasterName},
+            {"raster", analysis::raster_place(record)},
             {"levels", levels_of(record)},
             {"mcp", json_of(record.ConvexPolygons)},
             {"asymptote", asymptote_of(record)},

@@ -73,8 +73,7 @@ ModelRow row_of(const FittedModel& model, double least) {
     row.Aicc = if_finite(model.Aicc);
     row.Difference = if_finite(model.Aicc - least);
     row.Position = if_positive(model.Model.Scales.Position);
-    // OUf has one scale for both.
-    row.Velocity = model.Model.Kind == ModelKind::kCritical ? row.Position : if_positive(model.Model.Scales.Velocity);
+    row.Velocity = if_positive(akde::velocity_scale(model));
     row.Range = ellipse_of(model.Covariance);
     row.DofArea = if_positive(model.DofArea);
     row.Area = if_finite(model.GaussianArea(kLevel));
@@ -116,10 +115,6 @@ Json json_of(const ModelRow& row) {
             {"tau_velocity_sd_s", json_number(row.VelocityDeviation)},
             {"speed", json_number(row.Speed)},
             {"dof_mean", json_number(row.DofMean)}};
-}
-
-Json json_or_null(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
 }
 
 Json head_of(const AnimalModels& fitted, bool numberTimes) {
