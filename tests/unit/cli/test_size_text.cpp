@@ -58,6 +58,11 @@ TEST(SizeText, Models_of_a_layer_in_feet_have_square_kilometres) {
     EXPECT_THAT(models.Out, ContainsRegex("IID isotropic +0.000 .* 12.19 "));
     const Ran akde = run_wxl({"akde", layer, "--id-field", "animal", "--out", (folder / "akde").string()});
     EXPECT_THAT(akde.Out, ContainsRegex("\n  95 %: [0-9.]+ km2 \\([0-9.]+ to [0-9.]+\\)\n"));
+    const std::string metres = make_layer(folder,
+                                          "a,500000,6000000,2018-05-09 10:00\na,500300,6000000,2018-05-09 11:00\n"
+                                          "a,500300,6000200,2018-05-09 12:00\na,500000,6000400,2018-05-09 13:00\n");
+    const Ran small = run_wxl({"akde", metres, "--id-field", "animal", "--out", (folder / "small").string()});
+    EXPECT_THAT(small.Out, ContainsRegex("\n  95 %: 0[.][0-9]+ km2 [(]0[.][0-9]+ to [0-9.]+[)]\n"));
 }
 
 }  // namespace
