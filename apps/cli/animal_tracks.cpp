@@ -267,6 +267,33 @@ void tell(const LeftOut& left, const Choice& choice, Console& console) {
         console.Problem(fmt::format("{} left out: nothing in {}", points_text(left.WithoutKey), choice.SplitColumn));
 }
 
+/// Whether most animals were first seen south of the equator; false where the coordinate system tells no latitudes.
+bool are_mostly_south(const std::vector<TimedAnimal>& animals, const platform::SpatialReference& reference) {
+    std::vector<Point> places;
+    for (const TimedAnimal& animal : animals)
+        if (!animal.Fixes.empty()) places.push_back(animal.Fixes.front().Place);
+    try {
+        if (!reference.IsGeographic && files::project(places, reference, files::ReferenceFromText("EPSG:4326")))
+            return false;
+    } catch (const platform::RuntimeError&) {
+        return false;
+    }
+    const auto south = std::count_if(places.begin(), places.end(), [](const Point& place) { return place.Y < 0.0; });
+    return 2 * static_cast<std::size_t>(south) > places.size();
+}
+
+/// A summer that is called winter is easily overlooked.
+void tell_hemisphere(const std::vector<TimedAnimal>& animals, const Choice& choice,
+                     const platform::SpatialReference& reference, Console& console) {
+    using tracking_times::SplitBy;
+    if (!choice.Calendar || choice.Calendar->South) return;
+    if (choice.Calendar->By != SplitBy::kSeason && choice.Calendar->By != SplitBy::kYearSeason) return;
+    if (are_mostly_south(animals, reference))
+        console.Problem(
+            "the animals live south of the equator, and their seasons are named as in the north: --hemisphere south "
+            "names them as there");
+}
+
 }  // namespace
 
 std::string guess_time_field(platform::ITable& table) {
@@ -361,6 +388,7 @@ AnimalTracks read_tracks(const AnimalFixOptions& options, Times times, Console& 
     AnimalTracks tracks{{}, layer->FeatureClass()->Reference(), choice.TimeField, files_read(*layer)};
     LeftOut left;
     std::vector<TimedAnimal> animals = RowReader(*layer, choice).Read(left);
+    tell_hemisphere(animals, choice, tracks.Reference, console);
     const Splitter splitter(choice, tracks.Reference);
     for (TimedAnimal& animal : animals) splitter.Split(animal, left, tracks.Animals);
     tell(left, choice, console);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace wxl::cli {
 namespace {
@@ -79,6 +80,29 @@ TEST(Mcp, Facts_on_times_where_a_time_column_is_given_as_in_overlap_and_curve) {
         EXPECT_NE(nlohmann::ordered_json::parse(ran.Out).dump().find(facts), std::string::npos) << ran.Out;
     }
     EXPECT_EQ(run_wxl({"mcp", layer, "--id-field", "animal", "--json"}).Out.find("median_s"), std::string::npos);
+}
+
+// 35 degrees south in January.
+TEST(Mcp, Seasons_of_the_wrong_hemisphere_are_told) {
+    ScratchFolder folder;
+    const std::string csv = write_file(folder, "k.csv",
+                                       "animal,lon,lat,timestamp\nk,145.10,-35.20,2024-01-05 10:00:00\n"
+                                       "k,145.12,-35.21,2024-01-06 10:00:00\nk,145.14,-35.20,2024-01-07 10:00:00\n");
+    const std::string layer = (folder / "k.gpkg").string();
+    ASSERT_EQ(run_wxl({"import", csv, layer}).Code, 0);
+    const std::string told =
+        "the animals live south of the equator, and their seasons are named as in the north: --hemisphere south names "
+        "them as there\n";
+    for (const char* key : {"season", "year-season"}) {
+        const Ran north = run_wxl({"mcp", layer, "--id-field", "animal", "--split-by", key});
+        EXPECT_NE(north.Out.find("winter"), std::string::npos);
+        EXPECT_NE(north.Err.find(told), std::string::npos) << north.Err;
+        const Ran south = run_wxl({"mcp", layer, "--id-field", "animal", "--split-by", key, "--hemisphere", "south"});
+        EXPECT_NE(south.Out.find("summer"), std::string::npos);
+        EXPECT_EQ(south.Err.find(told), std::string::npos) << south.Err;
+    }
+    const Ran month = run_wxl({"mcp", layer, "--id-field", "animal", "--split-by", "month"});
+    EXPECT_EQ(month.Err.find(told), std::string::npos) << month.Err;
 }
 
 TEST(Mcp, What_is_left_out_is_told) {
