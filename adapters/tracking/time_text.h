@@ -1,16 +1,12 @@
 #pragma once
+#include "adapters/tracking/date_order.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace wxl::tracking {
-
-/// The order of day, month and year in a date of three numbers.
-enum class DateOrder { kDayMonthYear, kMonthDayYear, kYearMonthDay };
-
-/// "dmy", "mdy" or "ymd" in any case.
-std::optional<DateOrder> date_order_from(std::string_view text);
 
 /// What a column of times holds.
 enum class TimeKind {
@@ -56,9 +52,5 @@ std::optional<std::int64_t> time_of_day_from_text(std::string_view text);
 
 /// Whether a text is a time of day, alone or with a zone behind it ("14:59:05 UTC", "14:59 CET").
 bool is_time_of_day(std::string_view text);
-
-/// Which orders a date of three numbers can have: bit 1 << order for each that gives a day of the calendar. 7 for a
-/// text whose order is plain or that is no such date: it decides nothing.
-unsigned possible_orders(std::string_view text);
 
 }  // namespace wxl::tracking
