@@ -33,6 +33,11 @@ std::string spread_text(std::vector<double> values, const std::string& unit) {
            short_number(values.front()) + " to " + short_number(values.back()) + unit;
 }
 
+std::string days_text(const std::vector<double>& days) {
+    const bool single = std::ranges::all_of(days, [](double count) { return count == 1.0; });
+    return spread_text(days, single ? " day" : " days");
+}
+
 /// "95 %, 75 % and 50 %"; `unit` with its blank.
 std::string list_text(const std::vector<double>& values, const std::string& unit) {
     std::string text;
@@ -194,11 +199,8 @@ std::string MethodsParagraph::TimesText() const {
     using tracking_times::TimeFacts;
     std::string text =
         " Tracking lasted from " + date_of(*first) + " to " + date_of(*last) + " (UTC), for " +
-        spread_text(of_times([](const TimeFacts& t) { return std::optional(t.Days); }), " days") +
-        " per animal, with " +
-        spread_text(of_times([](const TimeFacts& t) { return std::optional(static_cast<double>(t.DaysWithFix)); }),
-                    " days") +
-        " that have a fix.";
+        days_text(of_times([](const TimeFacts& t) { return std::optional(t.Days); })) + " per animal, with a fix on " +
+        days_text(of_times([](const TimeFacts& t) { return std::optional(static_cast<double>(t.DaysWithFix)); })) + ".";
     const auto intervals =
         of_times([](const TimeFacts& t) { return t.Intervals ? std::optional(t.Intervals->Median) : std::nullopt; });
     if (!intervals.empty())

@@ -84,8 +84,8 @@ TEST(MethodsParagraph, Tells_all_that_reports_of_home_ranges_are_asked_for) {
         "We estimated the home ranges of 3 animals from 1600 fixes (median 300, range 100 to 1200 per animal). 2 "
         "points without an animal's name were left out. No fix was removed as a duplicate, and none to thin the data; "
         "3 fixes at the place of another of the same animal stayed. Tracking lasted from 2018-05-01 to 2018-05-31 "
-        "(UTC), for median 20 days, range 10 to 30 days per animal, with median 21 days, range 11 to 31 days that have "
-        "a fix. The median interval between fixes was median 30 min, range 10 min to 4 days (interquartile range: "
+        "(UTC), for median 20 days, range 10 to 30 days per animal, with a fix on median 21 days, range 11 to 31 "
+        "days. The median interval between fixes was median 30 min, range 10 min to 4 days (interquartile range: "
         "median 15 min, range 5 min to 2 days). Coordinates were in WGS 84 / UTM zone 32N. Utilization distributions "
         "(Van Winkle 1975) were estimated with a fixed bivariate normal kernel (Worton 1989), on rasters with cells of "
         "50 m. The bandwidth was chosen by least squares cross-validation (Rudemo 1982, Bowman 1984) between 0.05 and "
@@ -112,6 +112,15 @@ TEST(MethodsParagraph, One_point_without_a_name_was_left_out) {
     MethodsParagraph methods(frame, animals, "WXL Tools 9.9");
     methods.Add(record_of("1", 30, 250.0, 4e6));
     EXPECT_THAT(methods.Text(), HasSubstr(" 1 point without an animal's name was left out. "));
+}
+
+TEST(MethodsParagraph, One_day_is_no_days) {
+    MethodsParagraph methods(frame_of(BandwidthMethod::kHref), {}, "WXL Tools 9.9");
+    AnimalRecord record = record_of("1", 100, 250.0, 4e6);
+    record.Times = times(1, 600);
+    record.Times.DaysWithFix = 1;
+    methods.Add(record);
+    EXPECT_THAT(methods.Text(), HasSubstr(" (UTC), for 1 day per animal, with a fix on 1 day. "));
 }
 
 TEST(MethodsParagraph, Cites_what_the_text_names) {
