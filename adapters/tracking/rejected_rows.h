@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,13 @@ inline constexpr std::size_t kReasons = 11;
 /// The reason as a word for a table ("no_position"), and as the end of "3 rows ..." for a message.
 std::string_view reason_name(Reason reason);
 std::string_view reason_text(Reason reason);
+
+/// Why a row is to be left out.
+struct RowFault {
+    Reason Why = Reason::kNotVisible;
+    std::optional<std::size_t> Column;  ///< that decides; nothing: the row as a whole
+    std::string What;  ///< what is wrong and what to do where the row cannot be read; empty: it can, and is no fix
+};
 
 /// A row that was left out.
 struct RejectedRow {
