@@ -69,8 +69,15 @@ void check_range(const akde::AnimalModels& fitted, bool optimal, akde::IListener
     const double side = std::max(extent.Width(), extent.Height()) + 2.0 * reach;
     const platform::RasterGeometry grid{extent.XMin - reach, extent.YMin - reach, side / kAcross, 40, 40};
     if (!(grid.CellSize > 0.0) || !std::isfinite(grid.CellSize * grid.CellSize)) return;
-    const akde::AnimalRange range = akde::range_on(smoothing, fitted.Chosen->DofArea, grid, {95.0, 50.0}, listener);
-    require(std::isfinite(range.Volume) && range.Volume >= 0.0, "a volume");
+    akde::AnimalRange range;
+    const std::int32_t fault = fuzz::fault_of([&] {
+        range = akde::range_on(smoothing, fitted.Chosen->DofArea, grid, {95.0, 50.0}, listener);
+    });
+    // Fixes far apart with a narrow kernel: cells of a fortieth of the whole may miss it.
+    require(fault == 0 || !akde::coarse_cells_text(smoothing.Matrix, grid.CellSize).empty(),
+            "only cells coarser than the kernel are refused");
+    if (fault != 0) return;
+    require(std::isfinite(range.Volume) && range.Volume > 0.0, "a volume");
     double before = 0.0;
     for (const akde::RangeIsopleth& isopleth : range.Isopleths) {
         require(std::isfinite(isopleth.Area) && isopleth.Area >= 0.0, "an area");
