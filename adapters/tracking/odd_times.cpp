@@ -12,9 +12,9 @@ namespace {
 constexpr std::int64_t kHour = 3600;
 constexpr std::int64_t kDay = 24 * kHour;
 constexpr std::int64_t kYear = 365 * kDay;
-constexpr std::int64_t kThousandWeeks = 1024 * 7 * kDay;
+constexpr std::int64_t kThousandWeeks = kDay * 7 * 1024;
 constexpr std::int64_t kLongestOfRollover = 5 * kYear;
-constexpr std::int64_t kLifetime = 20 * 1461 * kDay / 4;
+constexpr std::int64_t kLifetime = kDay * 1461 * 20 / 4;
 constexpr std::size_t kFewestOfMain = 3;
 
 /// Days since 1970-01-01 of the starts of clocks: 1601-01-01, 1899-12-30, 1900-01-01, 1904-01-01, 1970-01-01,

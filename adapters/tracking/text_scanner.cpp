@@ -56,13 +56,11 @@ bool Scanner::TakeWord(std::string_view word) {
 }
 
 bool Scanner::TakeMark(std::initializer_list<std::string_view> marks) {
-    for (const std::string_view mark : marks) {
-        if (!m_rest.starts_with(mark)) continue;
-        Skip(mark.size());
-        SkipBlanks();
-        return true;
-    }
-    return false;
+    const auto* mark = std::ranges::find_if(marks, [this](std::string_view one) { return m_rest.starts_with(one); });
+    if (mark == marks.end()) return false;
+    Skip(mark->size());
+    SkipBlanks();
+    return true;
 }
 
 void Scanner::SkipWords(std::initializer_list<std::string_view> words) {

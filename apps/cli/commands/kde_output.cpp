@@ -135,12 +135,12 @@ Json json_of(const AnimalRecord& record) {
 }
 
 KdeOutput::KdeOutput(Console& console, const std::filesystem::path& folder, bool json,
-                     const platform::SpatialReference& reference)
+                     platform::SpatialReference reference)
     : m_console(console),
       m_report(analysis::file_in_folder(folder, analysis::kReportFile)),
       m_settings(analysis::file_in_folder(folder, analysis::kSettingsRecordFile)),
       m_json(json),
-      m_reference(reference) {}
+      m_reference(std::move(reference)) {}
 
 std::string KdeOutput::Head() const {
     return fmt::format("{{\"report\":{},\"settings\":{},\"animals\":[", one_line(m_report.string()),

@@ -18,8 +18,7 @@ class KdeOutput final : public analysis::IRunObserver {
 public:
     /// `folder`: the output folder, for the names of report and settings record. `reference`: of the
     /// fixes; areas are told in square kilometres where its map units have a size.
-    KdeOutput(Console& console, const std::filesystem::path& folder, bool json,
-              const platform::SpatialReference& reference);
+    KdeOutput(Console& console, const std::filesystem::path& folder, bool json, platform::SpatialReference reference);
 
     /// From now on lines for people tell the days of an animal, its cells, and areas in hectares or square kilometres.
     void TellWhole(const platform::SpatialReference& reference) { m_whole = reference; }

@@ -2,6 +2,7 @@
 #include "analysis/animal_fixes.h"
 #include "analysis/position_error.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
@@ -22,8 +23,9 @@ std::optional<PositionError> error_of(const std::vector<Field>& fields,
     all.insert(all.end(), fields.begin(), fields.end());
     const auto points = std::make_shared<memory::MemoryFeatureClass>(platform::ShapeType::kPoint, all);
     memory::MemoryFeatureLayer layer("fixes", points);
-    for (std::vector<FieldValue> row : rows) {
-        row.insert(row.begin(), std::int64_t{1});
+    for (const std::vector<FieldValue>& cells : rows) {
+        std::vector<FieldValue> row = {std::int64_t{1}};
+        row.insert(row.end(), cells.begin(), cells.end());
         points->Add(platform::Geometry::OfPoint({0, 0}), row);
     }
     return GroupFixes(layer, "ID", false).Animals.at(0).Error;
